@@ -1,0 +1,25 @@
+# Options for the project's own targets; the packages that it builds from source do not see them.
+add_library(project_options INTERFACE)
+target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(project_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+
+if(WIN32)
+  target_compile_definitions(project_options INTERFACE
+    UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+  # One file to install: nothing of the compiler's runtime beside it. ASLR and DEP as Windows expects of a server DLL.
+  add_link_options(-static -Wl,--dynamicbase -Wl,--nxcompat)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    add_link_options(-Wl,--high-entropy-va)
+  endif()
+endif()
+
+option(SANITIZE "Sanitizers: native ones with reports, traps on Windows" OFF)
+if(SANITIZE)
+  if(WIN32)
+    target_compile_options(project_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+  else()
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+  endif()
+endif()

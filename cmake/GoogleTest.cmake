@@ -1,0 +1,3 @@
+# Debian ships GoogleTest as sources, so that one copy serves the native and the cross build.
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory(/usr/src/googletest "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)

@@ -1,0 +1,172 @@
+// The embedded T-SQL engine: what its users see.
+//
+// A Database is a file or a named in-memory database; a Session is one connection to it. Session::Execute
+// runs a batch and pushes what comes out of it, in order, into a ResultSink. All text is UTF-8.
+//
+// Threads: a Database may be shared by many threads, a Session is used by one thread at a time. Sessions of
+// one process may use one Database at the same time; a writer waits for another and then fails with the
+// server's lock time-out error (1222), nothing lost.
+//
+// Errors of a batch are the server's (number, severity, state, line, text) and go to ResultSink::Failed; what
+// the engine itself cannot do (no such file, no memory) is thrown as tsql::Error.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tsql {
+
+// ---- types
+// -------------------------------------------------------------------------------------------------------
+
+enum class TypeId : uint8_t {
+  TinyInt,
+  SmallInt,
+  Int,
+  BigInt,
+  Bit,
+  Decimal,
+  Money,
+  SmallMoney,
+  Float,
+  Real,
+  Char,
+  VarChar,
+  Text,
+  NChar,
+  NVarChar,
+  NText,
+  DateTime,
+  SmallDateTime,
+  Date,
+  Binary,
+  VarBinary,
+  Image,
+  UniqueIdentifier,
+};
+
+struct Type {
+  TypeId id = TypeId::Int;
+  int32_t length = 0;    // characters or bytes; -1 for (max) and the text types; 0 where a type has none
+  uint8_t precision = 0; // decimal digits: decimal, money
+  uint8_t scale = 0;
+  bool operator==(const Type&) const = default;
+};
+
+// An exact number: magnitude / 10^scale, at most 38 digits. The magnitude's low half comes first.
+struct Decimal {
+  uint64_t low = 0;
+  uint64_t high = 0;
+  uint8_t scale = 0;
+  bool negative = false;
+};
+
+// A moment: days since 1900-01-01 and 1/300 seconds since midnight, as the server stores a datetime.
+struct DateTime {
+  int32_t days = 0;
+  int32_t ticks = 0;
+  auto operator<=>(const DateTime&) const = default;
+};
+
+// A value on its way in or out; text and bytes are borrowed from whoever hands it over, for the call only.
+struct Value {
+  enum class Kind : uint8_t { Null, Integer, Float, Decimal, Text, Bytes, DateTime };
+  Kind kind = Kind::Null;
+  int64_t integer = 0;   // all integer types, and Bit as 0 or 1
+  double real = 0;       // Float, Real
+  Decimal decimal;       // Decimal, Money (scale 4)
+  DateTime datetime;     // DateTime, SmallDateTime, Date
+  std::string_view text; // character types, UniqueIdentifier (36 characters); binary types as bytes
+};
+
+// ---- errors
+// ------------------------------------------------------------------------------------------------------
+
+struct Error : std::runtime_error {
+  Error(int errorNumber, int errorSeverity, int errorState, int errorLine, const std::string& text)
+      : std::runtime_error(text), number(errorNumber), severity(errorSeverity), state(errorState),
+        line(errorLine) {}
+  int number;
+  int severity; // up to 10 information, 11 and more an error
+  int state;
+  int line; // 1-based, within the batch or the procedure
+};
+
+// ---- results
+// -----------------------------------------------------------------------------------------------------
+
+struct Column {
+  std::string name; // empty where the query gives none
+  Type type;
+  bool nullable = true;
+};
+
+// Receives a batch's output in order. What a call hands over is valid during that call only. A sink may
+// throw; the batch then ends (an open statement's own changes undone) and the exception passes through
+// Execute.
+class ResultSink {
+ public:
+  virtual ~ResultSink() = default;
+  virtual void BeginRows(std::span<const Column> columns) = 0;
+  virtual void Row(std::span<const Value> values) = 0;
+  virtual void EndRows(int64_t count) = 0;
+  virtual void RowCount(int64_t count) = 0;    // a changing statement's count, while NOCOUNT is off
+  virtual void Message(const Error& info) = 0; // PRINT and errors of severity 10 and less
+  virtual void Failed(const Error& error) = 0; // the batch goes on or ends as on the server
+};
+
+struct Parameter {
+  std::string name; // "@TableName"; empty for the markers "?", which are taken in order
+  Type type;
+  bool output = false;
+  Value value; // in; and out for output parameters (its text then lives in `storage`)
+  std::string storage;
+};
+
+// ---- databases and sessions
+// --------------------------------------------------------------------------------------
+
+enum class OpenMode : uint8_t { Existing, Create };
+
+class Database {
+ public:
+  // `path` is a file, or ":memory:NAME" for an in-memory database that lives as long as any handle of that
+  // name. Existing throws 4060 when the file is not there or is no database of this engine.
+  static std::shared_ptr<Database> Open(const std::string& path, OpenMode mode);
+  virtual ~Database() = default;
+};
+
+class Session {
+ public:
+  static std::unique_ptr<Session> Open(std::shared_ptr<Database> database);
+  // Rolls back an open transaction and drops the session's temporary tables.
+  virtual ~Session() = default;
+
+  // Runs one batch. `parameters` serve "?" markers by position and @names by name; output ones are written
+  // back. False when any statement of it failed (each failure went to the sink).
+  virtual bool Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) = 0;
+
+  // Calls a stored procedure by name and returns its return status; nullopt when the call failed.
+  virtual std::optional<int32_t> Call(std::string_view procedure, std::span<Parameter> parameters,
+                                      ResultSink& sink) = 0;
+
+  // Transactions from outside the batches (the host's unit of work); they nest with the batches' own as
+  // @@TRANCOUNT.
+  virtual void Begin() = 0;
+  virtual void Commit() = 0;
+  virtual void Rollback() = 0;
+  virtual int TransactionCount() const = 0;
+
+  // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
+  virtual void SetNow(std::optional<DateTime> now) = 0;
+  // How long a statement waits for another session's lock. The default is 5,000 ms.
+  virtual void SetLockTimeout(int milliseconds) = 0;
+};
+
+} // namespace tsql
