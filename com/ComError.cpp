@@ -28,9 +28,11 @@ ComError::ComError(HRESULT hr, std::wstring source, std::wstring description, st
     : hr_(hr), source_(std::move(source)), description_(std::move(description)),
       helpFile_(std::move(helpFile)), helpContext_(helpContext) {}
 
+ComError ComError::FromSystem(HRESULT hr) { return {hr, {}, SystemText(hr)}; }
+
 ComError ComError::FromThread(HRESULT hr) {
   Ptr<IErrorInfo> info;
-  if (GetErrorInfo(0, info.Out()) != S_OK) return {hr, {}, SystemText(hr)};
+  if (GetErrorInfo(0, info.Out()) != S_OK) return FromSystem(hr);
   BSTR source = nullptr;
   BSTR description = nullptr;
   BSTR helpFile = nullptr;
@@ -72,7 +74,7 @@ void ComError::FillExcepInfo(EXCEPINFO& info) const noexcept {
 }
 
 void Check(HRESULT hr) {
-  if (FAILED(hr)) throw ComError::FromThread(hr);
+  if (FAILED(hr)) throw ComError::FromSystem(hr);
 }
 
 HRESULT ReportCurrentException(EXCEPINFO* info) noexcept {

@@ -16,8 +16,9 @@ class ComError : public std::exception {
   ComError(HRESULT hr, std::wstring source, std::wstring description, std::wstring helpFile = {},
            DWORD helpContext = 0);
 
-  // The error of a call that failed with `hr`: what the thread's error object says (and takes it), else the
-  // system's text for the code.
+  // The error of a system function that failed with `hr`, in the system's words.
+  static ComError FromSystem(HRESULT hr);
+  // The error of an object that failed with `hr`: takes the thread's error object where there is one.
   static ComError FromThread(HRESULT hr);
   // The error of a dispatch call that returned DISP_E_EXCEPTION. Frees the strings of `info`.
   static ComError FromExcepInfo(EXCEPINFO& info);
@@ -41,7 +42,7 @@ class ComError : public std::exception {
   DWORD helpContext_;
 };
 
-// Throws FromThread(hr) when hr is a failure.
+// Throws FromSystem(hr) when hr is a failure.
 void Check(HRESULT hr);
 
 // For a catch (...) at a COM boundary: turns the exception in flight into its HRESULT and the thread's error

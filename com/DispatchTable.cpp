@@ -97,7 +97,7 @@ void WriteBack(const VARIANTARG& reference, const Variant& value) {
   case VT_R8:
   case VT_DATE: *reference.pdblVal = converted.dblVal; break;
   case VT_CY: *reference.pcyVal = converted.cyVal; break;
-  default: VariantClear(&converted); throw ComError::FromThread(DISP_E_TYPEMISMATCH);
+  default: VariantClear(&converted); throw ComError::FromSystem(DISP_E_TYPEMISMATCH);
   }
 }
 

@@ -12,8 +12,9 @@ Object Object::Create(const wchar_t* progId) {
   CLSID clsid;
   Check(CLSIDFromProgID(progId, &clsid));
   Ptr<IDispatch> object;
-  Check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                         object.OutVoid()));
+  const HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                                      object.OutVoid());
+  if (FAILED(hr)) throw ComError::FromThread(hr);
   return Object(std::move(object));
 }
 
@@ -33,7 +34,7 @@ Variant Object::InvokeArray(const wchar_t* name, WORD flags, Variant* args, size
 
   // A dispatch call takes its arguments last first.
   std::array<VARIANTARG, 16> reversed;
-  if (count > reversed.size()) throw ComError::FromThread(DISP_E_BADPARAMCOUNT);
+  if (count > reversed.size()) throw ComError::FromSystem(DISP_E_BADPARAMCOUNT);
   for (size_t i = 0; i < count; ++i) reversed[count - 1 - i] = args[i].raw();
 
   DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(count), 0};
@@ -49,7 +50,11 @@ Variant Object::InvokeArray(const wchar_t* name, WORD flags, Variant* args, size
   UINT badArgument = 0;
   const HRESULT hr = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
                                      put ? nullptr : &result.raw(), &info, &badArgument);
-  if (hr == DISP_E_EXCEPTION) throw ComError::FromExcepInfo(info);
+  if (hr == DISP_E_EXCEPTION) {
+    // The error travels on as an exception; left on the thread as well it would be taken for a later one's.
+    SetErrorInfo(0, nullptr);
+    throw ComError::FromExcepInfo(info);
+  }
   Check(hr);
   return result;
 }

@@ -158,7 +158,7 @@ Object Variant::AsObject() const {
     if (v.punkVal) Check(v.punkVal->QueryInterface(IID_IDispatch, dispatch.OutVoid()));
     return Object(dispatch);
   }
-  throw ComError::FromThread(DISP_E_TYPEMISMATCH);
+  throw ComError::FromSystem(DISP_E_TYPEMISMATCH);
 }
 
 VARIANT* Variant::Out() noexcept {
