@@ -2,7 +2,11 @@
 add_library(project_options INTERFACE)
 target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(project_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+if(NOT WIN32)
+  # COM interfaces have no virtual destructor by design.
+  target_compile_options(project_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+endif()
 
 if(WIN32)
   target_compile_definitions(project_options INTERFACE

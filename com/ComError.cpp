@@ -1,0 +1,105 @@
+#include "com/ComError.h"
+
+#include <new>
+#include <utility>
+
+#include "com/Ptr.h"
+#include "com/Text.h"
+
+namespace com {
+namespace {
+
+std::wstring SystemText(HRESULT hr) {
+  wchar_t* text = nullptr;
+  const DWORD flags =
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+  const DWORD length = FormatMessageW(flags, nullptr, static_cast<DWORD>(hr), 0,
+                                      reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+  std::wstring result(text ? text : L"", length);
+  LocalFree(text);
+  while (!result.empty() && result.back() <= L' ') result.pop_back();
+  return result;
+}
+
+} // namespace
+
+ComError::ComError(HRESULT hr, std::wstring source, std::wstring description, std::wstring helpFile,
+                   DWORD helpContext)
+    : hr_(hr), source_(std::move(source)), description_(std::move(description)),
+      helpFile_(std::move(helpFile)), helpContext_(helpContext) {}
+
+ComError ComError::FromSystem(HRESULT hr) { return {hr, {}, SystemText(hr)}; }
+
+ComError ComError::FromThread(HRESULT hr) {
+  Ptr<IErrorInfo> info;
+  if (GetErrorInfo(0, info.Out()) != S_OK) return FromSystem(hr);
+  BSTR source = nullptr;
+  BSTR description = nullptr;
+  BSTR helpFile = nullptr;
+  DWORD helpContext = 0;
+  info->GetSource(&source);
+  info->GetDescription(&description);
+  info->GetHelpFile(&helpFile);
+  info->GetHelpContext(&helpContext);
+  return {hr, TakeBstr(source), TakeBstr(description), TakeBstr(helpFile), helpContext};
+}
+
+ComError ComError::FromExcepInfo(EXCEPINFO& info) {
+  if (info.pfnDeferredFillIn) info.pfnDeferredFillIn(&info);
+  // A server that reports only the 16-bit code means an Automation run-time error.
+  const HRESULT hr = info.scode ? info.scode : MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, info.wCode);
+  return {hr, TakeBstr(std::exchange(info.bstrSource, nullptr)),
+          TakeBstr(std::exchange(info.bstrDescription, nullptr)),
+          TakeBstr(std::exchange(info.bstrHelpFile, nullptr)), info.dwHelpContext};
+}
+
+void ComError::SetOnThread() const noexcept {
+  Ptr<ICreateErrorInfo> create;
+  if (FAILED(CreateErrorInfo(create.Out()))) return;
+  create->SetSource(const_cast<wchar_t*>(source_.c_str()));
+  create->SetDescription(const_cast<wchar_t*>(description_.c_str()));
+  if (!helpFile_.empty()) create->SetHelpFile(const_cast<wchar_t*>(helpFile_.c_str()));
+  create->SetHelpContext(helpContext_);
+  Ptr<IErrorInfo> info;
+  if (SUCCEEDED(create->QueryInterface(IID_IErrorInfo, info.OutVoid()))) SetErrorInfo(0, info.Get());
+}
+
+void ComError::FillExcepInfo(EXCEPINFO& info) const noexcept {
+  info = {};
+  info.scode = hr_;
+  info.bstrSource = SysAllocString(source_.c_str());
+  info.bstrDescription = SysAllocString(description_.c_str());
+  if (!helpFile_.empty()) info.bstrHelpFile = SysAllocString(helpFile_.c_str());
+  info.dwHelpContext = helpContext_;
+}
+
+void Check(HRESULT hr) {
+  if (FAILED(hr)) throw ComError::FromSystem(hr);
+}
+
+HRESULT ReportCurrentException(EXCEPINFO* info) noexcept {
+  try {
+    throw;
+  } catch (const ComError& error) {
+    error.SetOnThread();
+    if (info) error.FillExcepInfo(*info);
+    return info ? DISP_E_EXCEPTION : error.code();
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  } catch (const std::exception& error) {
+    try {
+      const ComError wrapped(E_FAIL, {}, FromUtf8(error.what()));
+      wrapped.SetOnThread();
+      if (info) wrapped.FillExcepInfo(*info);
+      return info ? DISP_E_EXCEPTION : E_FAIL;
+    } catch (const std::bad_alloc&) {
+      return E_OUTOFMEMORY;
+    }
+  }
+}
+
+void RaiseRuntimeError(int number, const wchar_t* source, const wchar_t* description) {
+  throw ComError(MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number), source, description);
+}
+
+} // namespace com

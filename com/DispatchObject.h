@@ -1,0 +1,91 @@
+// DispatchObject: a COM object around a plain C++ class.
+//
+// The class knows nothing of COM; its table (TableOf) says what is called by which name. The object counts as
+// a use of the module while it lives. Make<T>() creates one, Unwrap<T>() finds the class inside an object
+// that may be anything.
+#pragma once
+
+#include <oaidl.h>
+#include <ocidl.h>
+
+#include <atomic>
+#include <utility>
+
+#include "com/DispatchTable.h"
+#include "com/Module.h"
+#include "com/Ptr.h"
+
+namespace com {
+
+class DispatchBase : public IDispatch, public ISupportErrorInfo, public IProvideClassInfo {
+ public:
+  DispatchBase(const DispatchBase&) = delete;
+  DispatchBase& operator=(const DispatchBase&) = delete;
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** object) final;
+  STDMETHODIMP_(ULONG) AddRef() final;
+  STDMETHODIMP_(ULONG) Release() final;
+
+  STDMETHODIMP GetTypeInfoCount(UINT* count) final;
+  STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) final;
+  STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) final;
+  STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
+                      EXCEPINFO* info, UINT* badArgument) final;
+
+  STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) final;
+  STDMETHODIMP GetClassInfo(ITypeInfo** info) final;
+
+  const DispatchTable& table() const noexcept { return table_; }
+  virtual void* instance() noexcept = 0;
+
+ protected:
+  // `classId` is the coclass in the module's type library; CLSID_NULL when it has none.
+  DispatchBase(const DispatchTable& table, REFCLSID classId) : table_(table), classId_(classId) {}
+  virtual ~DispatchBase() = default;
+
+ private:
+  const DispatchTable& table_;
+  CLSID classId_;
+  std::atomic<ULONG> references_{0};
+  ModuleUse use_;
+};
+
+// An interface that only this kit knows: an object that answers to it is a DispatchBase.
+extern const IID kImplementationId;
+
+template <class T>
+class DispatchObject final : public DispatchBase {
+ public:
+  template <class... Args>
+  explicit DispatchObject(REFCLSID classId, Args&&... args)
+      : DispatchBase(TableOf<T>(), classId), object_(std::forward<Args>(args)...) {}
+
+  T& object() noexcept { return object_; }
+  void* instance() noexcept override { return &object_; }
+
+ private:
+  T object_;
+};
+
+template <class T, class... Args>
+Ptr<DispatchObject<T>> Make(Args&&... args) {
+  return Ptr<DispatchObject<T>>(new DispatchObject<T>(CLSID_NULL, std::forward<Args>(args)...));
+}
+
+template <class T>
+Object ToObject(const Ptr<DispatchObject<T>>& object) {
+  return Object(Ptr<IDispatch>(object.Get()));
+}
+
+// The T inside `object`, valid as long as the object; null when it is something else.
+template <class T>
+T* Unwrap(IDispatch* object) {
+  DispatchBase* base = nullptr;
+  if (!object || FAILED(object->QueryInterface(kImplementationId, reinterpret_cast<void**>(&base))))
+    return nullptr;
+  T* result = &base->table() == &TableOf<T>() ? static_cast<T*>(base->instance()) : nullptr;
+  base->Release();
+  return result;
+}
+
+} // namespace com

@@ -1,0 +1,292 @@
+// DispatchTable: the late-bound face of one plain C++ class.
+//
+// A table lists the class's members, each with its DISPID, its name, its parameters and a pointer to the C++
+// member that does the work. Types, results and in/out parameters are derived from that member's signature:
+//
+//   const Text&/Object&/Variant&, bool, int16_t, int32_t, double    in
+//   Text&, Object&, Variant&, bool&, int16_t&, int32_t&             in/out
+//
+// Invoke does what a type-library dispatcher does (named arguments, optional ones, DISP_E_… with the
+// argument's position) and also takes an in/out argument as script passes it: a reference to a variant of any
+// type that converts. In/out arguments are written back even when the member throws: what was set before a
+// failure stays set.
+#pragma once
+
+#include <oaidl.h>
+
+#include <array>
+#include <initializer_list>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+#include "com/Text.h"
+#include "com/Variant.h"
+
+namespace com {
+
+constexpr DISPID kNextId = DISPID_UNKNOWN; // a member without an id of its own gets the next free one
+
+// A parameter as its table names it: required, or optional with the value it has when omitted.
+struct Parameter {
+  Parameter(const wchar_t* parameterName) : name(parameterName) {} // NOLINT(google-explicit-constructor)
+  Parameter(const wchar_t* parameterName, Variant defaultValue)
+      : name(parameterName), optional(true), fallback(std::move(defaultValue)) {}
+
+  const wchar_t* name;
+  bool optional = false;
+  Variant fallback; // Missing: an optional parameter without a value
+  VARTYPE type = VT_EMPTY;
+  bool inOut = false;
+};
+
+// An argument that does not fit its parameter.
+struct ArgumentError {
+  HRESULT hr;
+  size_t parameter;
+};
+
+// The arguments of one call in the order of the parameters; null where one was omitted.
+class Arguments {
+ public:
+  static constexpr size_t kMost = 16;
+
+  explicit Arguments(const std::vector<Parameter>& parameters) : parameters_(parameters) {}
+  // Sorts out positional and named arguments. Throws ArgumentError for what does not fit.
+  HRESULT Bind(DISPPARAMS& params, WORD flags, UINT* badArgument);
+
+  Variant In(size_t i) const;
+  // The reference that parameter i is written back to; null when it was passed by value or omitted.
+  VARIANTARG* Out(size_t i) const;
+  const std::vector<Parameter>& parameters() const { return parameters_; }
+  // The position in DISPPARAMS of the argument for parameter i.
+  UINT Position(size_t i) const { return positions_[i]; }
+
+ private:
+  const std::vector<Parameter>& parameters_;
+  std::array<VARIANTARG*, kMost> given_{};
+  std::array<UINT, kMost> positions_{};
+};
+
+// Whether a value of `type` can be written through `reference`: to a variant, or to a variable of that very
+// type.
+bool CanWriteBack(const VARIANTARG& reference, VARTYPE type);
+// Writes `value` to the variable that `reference` (VT_BYREF) names, converted to the variable's type.
+void WriteBack(const VARIANTARG& reference, const Variant& value);
+
+// ---- from signatures to conversions
+// ------------------------------------------------------------------------------
+
+template <class T>
+struct Conversion;
+template <>
+struct Conversion<std::wstring> {
+  static constexpr VARTYPE type = VT_BSTR;
+  static std::wstring From(const Variant& value) { return value.AsText(); }
+};
+template <>
+struct Conversion<bool> {
+  static constexpr VARTYPE type = VT_BOOL;
+  static bool From(const Variant& value) { return value.AsBool(); }
+};
+template <>
+struct Conversion<int16_t> {
+  static constexpr VARTYPE type = VT_I2;
+  static int16_t From(const Variant& value) { return value.AsShort(); }
+};
+template <>
+struct Conversion<int32_t> {
+  static constexpr VARTYPE type = VT_I4;
+  static int32_t From(const Variant& value) { return value.AsLong(); }
+};
+template <>
+struct Conversion<double> {
+  static constexpr VARTYPE type = VT_R8;
+  static double From(const Variant& value) { return value.AsDouble(); }
+};
+template <>
+struct Conversion<Object> {
+  static constexpr VARTYPE type = VT_DISPATCH;
+  static Object From(const Variant& value) { return value.AsObject(); }
+};
+template <>
+struct Conversion<Variant> {
+  static constexpr VARTYPE type = VT_VARIANT;
+  static Variant From(const Variant& value) { return value; }
+};
+
+template <class T>
+constexpr bool isInOut = std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
+
+template <class R>
+struct Result {
+  static constexpr VARTYPE type = Conversion<R>::type;
+};
+template <>
+struct Result<void> {
+  static constexpr VARTYPE type = VT_EMPTY;
+};
+template <>
+struct Result<Ptr<IUnknown>> {
+  static constexpr VARTYPE type = VT_UNKNOWN;
+};
+
+inline Variant ToVariant(const Ptr<IUnknown>& value) {
+  return Variant::FromUnknown(value);
+}
+template <class T>
+Variant ToVariant(T&& value) {
+  return Variant(std::forward<T>(value));
+}
+
+// One argument on its way through a call: converted in, handed to the member, written back.
+template <class T>
+class Slot {
+ public:
+  using Plain = std::remove_cvref_t<T>;
+
+  Slot(const Arguments& arguments, size_t index)
+      : arguments_(arguments), index_(index), value_(Load()), original_(value_) {}
+  Plain& value() { return value_; }
+  // An untouched argument stays the caller's own value, of the caller's own type.
+  void Store() const {
+    if constexpr (isInOut<T>) {
+      VARIANTARG* reference = arguments_.Out(index_);
+      if (reference && !(value_ == original_)) WriteBack(*reference, Variant(value_));
+    }
+  }
+
+ private:
+  struct Nothing {
+    explicit Nothing(const Plain& /*value*/) {}
+  };
+
+  Plain Load() const {
+    if constexpr (isInOut<T>) {
+      const VARIANTARG* reference = arguments_.Out(index_);
+      if (reference && !CanWriteBack(*reference, Conversion<Plain>::type))
+        throw ArgumentError{DISP_E_TYPEMISMATCH, index_};
+    }
+    try {
+      return Conversion<Plain>::From(arguments_.In(index_));
+    } catch (const ComError& error) {
+      throw ArgumentError{error.code(), index_};
+    }
+  }
+
+  const Arguments& arguments_;
+  size_t index_;
+  Plain value_;
+  std::conditional_t<isInOut<T>, const Plain, const Nothing> original_;
+};
+
+template <class C, class R, class... A>
+struct Signature {
+  using Class = C;
+  static constexpr VARTYPE result = Result<R>::type;
+  static constexpr size_t count = sizeof...(A);
+  static constexpr std::array<VARTYPE, sizeof...(A)> types{Conversion<std::remove_cvref_t<A>>::type...};
+  static constexpr std::array<bool, sizeof...(A)> inOut{isInOut<A>...};
+
+  template <auto Member>
+  static Variant Call(void* instance, const Arguments& arguments) {
+    return Call<Member>(*static_cast<C*>(instance), arguments, std::index_sequence_for<A...>());
+  }
+
+ private:
+  template <auto Member, size_t... I>
+  static Variant Call(C& object, [[maybe_unused]] const Arguments& arguments, std::index_sequence<I...>) {
+    std::tuple<Slot<A>...> slots{Slot<A>(arguments, I)...};
+    const auto storeAll = [&slots] { (std::get<I>(slots).Store(), ...); };
+    try {
+      if constexpr (std::is_void_v<R>) {
+        (object.*Member)(std::get<I>(slots).value()...);
+        storeAll();
+        return {};
+      } else {
+        Variant result = ToVariant((object.*Member)(std::get<I>(slots).value()...));
+        storeAll();
+        return result;
+      }
+    } catch (const ComError&) {
+      storeAll();
+      throw;
+    }
+  }
+};
+
+template <class T>
+struct SignatureOf;
+template <class C, class R, class... A>
+struct SignatureOf<R (C::*)(A...)> : Signature<C, R, A...> {};
+template <class C, class R, class... A>
+struct SignatureOf<R (C::*)(A...) const> : Signature<C, R, A...> {};
+
+// ---- the table
+// ---------------------------------------------------------------------------------------------------
+
+struct Member {
+  DISPID id;
+  const wchar_t* name;
+  WORD kind; // DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT
+  VARTYPE result;
+  std::vector<Parameter> parameters;
+  Variant (*call)(void* instance, const Arguments& arguments);
+};
+
+template <auto Function>
+Member MakeMember(WORD kind, DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters) {
+  using Shape = SignatureOf<decltype(Function)>;
+  Member member{id, name, kind, Shape::result, parameters, &Shape::template Call<Function>};
+  // A table that does not fit its class is a programming error, found when the table is first used.
+  if (parameters.size() != Shape::count || Shape::count > Arguments::kMost) std::terminate();
+  for (size_t i = 0; i < Shape::count; ++i) {
+    member.parameters[i].type = Shape::types[i];
+    member.parameters[i].inOut = Shape::inOut[i];
+  }
+  return member;
+}
+
+template <auto Function>
+Member Method(DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters = {}) {
+  return MakeMember<Function>(DISPATCH_METHOD, id, name, parameters);
+}
+template <auto Function>
+Member PropertyGet(DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters = {}) {
+  return MakeMember<Function>(DISPATCH_PROPERTYGET, id, name, parameters);
+}
+// The last parameter is the new value. Serves assignments by value and by reference alike.
+template <auto Function>
+Member PropertyPut(DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters) {
+  return MakeMember<Function>(DISPATCH_PROPERTYPUT, id, name, parameters);
+}
+
+class DispatchTable {
+ public:
+  // `interfaceId` is the dispinterface of the class in the module's type library; IID_NULL when it has none.
+  DispatchTable(REFIID interfaceId, std::initializer_list<Member> members);
+
+  REFIID interfaceId() const noexcept { return interfaceId_; }
+  const std::vector<Member>& members() const noexcept { return members_; }
+
+  HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
+  // Never throws: failures come back as HRESULT, EXCEPINFO and the thread's error object.
+  HRESULT Invoke(void* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* info,
+                 UINT* badArgument) const noexcept;
+
+ private:
+  const Member* Find(DISPID id, WORD flags) const noexcept;
+
+  IID interfaceId_;
+  std::vector<Member> members_;
+};
+
+// Each class that is called through COM defines its table beside it.
+template <class T>
+const DispatchTable& TableOf();
+
+} // namespace com

@@ -1,0 +1,63 @@
+// Object: an Automation object that is called late-bound, by name.
+//
+// Member names are string literals: an Object remembers the DISPIDs of the last few literals it was asked
+// for, by address, so a loop asks the server once. The memory is the object's own, because two objects of one
+// kind may number their members differently (script objects do).
+//
+// Every failure throws ComError; calling through a null Object is run-time error 91.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "com/Ptr.h"
+#include "com/Variant.h"
+
+namespace com {
+
+class Object {
+ public:
+  Object() noexcept = default;
+  explicit Object(Ptr<IDispatch> object) noexcept : object_(std::move(object)) {}
+
+  // A new object of the class registered under `progId`.
+  static Object Create(const wchar_t* progId);
+
+  explicit operator bool() const noexcept { return static_cast<bool>(object_); }
+  IDispatch* pointer() const noexcept { return object_.Get(); }
+  bool operator==(const Object& other) const noexcept { return object_ == other.object_; }
+
+  template <class... Args>
+  Variant Get(const wchar_t* name, Args&&... args) const {
+    return Invoke(name, DISPATCH_PROPERTYGET | DISPATCH_METHOD, std::forward<Args>(args)...);
+  }
+  template <class... Args>
+  Variant Call(const wchar_t* name, Args&&... args) const {
+    return Invoke(name, DISPATCH_METHOD, std::forward<Args>(args)...);
+  }
+  // The last argument is the value, those before it index the property. An object is put by reference.
+  template <class... Args>
+  void Put(const wchar_t* name, Args&&... indexesAndValue) const {
+    Invoke(name, DISPATCH_PROPERTYPUT, std::forward<Args>(indexesAndValue)...);
+  }
+
+ private:
+  struct KnownMember {
+    const wchar_t* name = nullptr;
+    DISPID id = DISPID_UNKNOWN;
+  };
+
+  template <class... Args>
+  Variant Invoke(const wchar_t* name, WORD flags, Args&&... args) const {
+    std::array<Variant, sizeof...(Args)> values{Variant(std::forward<Args>(args))...};
+    return InvokeArray(name, flags, values.data(), values.size());
+  }
+  Variant InvokeArray(const wchar_t* name, WORD flags, Variant* args, size_t count) const;
+  DISPID IdOf(const wchar_t* name) const;
+
+  Ptr<IDispatch> object_;
+  mutable std::array<KnownMember, 4> known_;
+  mutable size_t nextKnown_ = 0;
+};
+
+} // namespace com

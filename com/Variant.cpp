@@ -1,0 +1,175 @@
+#include "com/Variant.h"
+
+#include <oleauto.h>
+
+#include <cstring>
+#include <new>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+#include "com/Text.h"
+
+namespace com {
+
+Variant::Variant(bool value) noexcept : Variant() {
+  v_.vt = VT_BOOL;
+  v_.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+Variant::Variant(int16_t value) noexcept : Variant() {
+  v_.vt = VT_I2;
+  v_.iVal = value;
+}
+
+Variant::Variant(int32_t value) noexcept : Variant() {
+  v_.vt = VT_I4;
+  v_.lVal = value;
+}
+
+Variant::Variant(double value) noexcept : Variant() {
+  v_.vt = VT_R8;
+  v_.dblVal = value;
+}
+
+Variant::Variant(std::wstring_view text) : Variant() {
+  v_.bstrVal = NewBstr(text);
+  v_.vt = VT_BSTR;
+}
+
+Variant::Variant(const Object& object) noexcept : Variant() {
+  v_.vt = VT_DISPATCH;
+  v_.pdispVal = Ptr<IDispatch>(object.pointer()).Detach();
+}
+
+Variant::Variant(const VARIANT& value) : Variant() {
+  Check(VariantCopyInd(&v_, const_cast<VARIANT*>(&value)));
+}
+
+Variant::Variant(const Variant& other) : Variant() {
+  Check(VariantCopy(&v_, const_cast<VARIANT*>(&other.v_)));
+}
+
+Variant::Variant(Variant&& other) noexcept : v_(other.Detach()) {}
+
+Variant& Variant::operator=(Variant other) noexcept {
+  std::swap(v_, other.v_);
+  return *this;
+}
+
+Variant Variant::Null() noexcept {
+  Variant result;
+  result.v_.vt = VT_NULL;
+  return result;
+}
+
+Variant Variant::Missing() noexcept {
+  Variant result;
+  result.v_.vt = VT_ERROR;
+  result.v_.scode = DISP_E_PARAMNOTFOUND;
+  return result;
+}
+
+Variant Variant::Attach(const VARIANT& owned) noexcept {
+  Variant result;
+  result.v_ = owned;
+  return result;
+}
+
+Variant Variant::FromUnknown(const Ptr<IUnknown>& object) noexcept {
+  Variant result;
+  result.v_.vt = VT_UNKNOWN;
+  result.v_.punkVal = Ptr<IUnknown>(object).Detach();
+  return result;
+}
+
+Variant Variant::Date(double days) noexcept {
+  Variant result;
+  result.v_.vt = VT_DATE;
+  result.v_.date = days;
+  return result;
+}
+
+Variant Variant::Array(const Variant* values, size_t count) {
+  SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(count));
+  if (!array) throw std::bad_alloc();
+  Variant result;
+  result.v_.vt = VT_ARRAY | VT_VARIANT;
+  result.v_.parray = array;
+  for (LONG i = 0; i < static_cast<LONG>(count); ++i)
+    Check(SafeArrayPutElement(array, &i, const_cast<VARIANT*>(&values[i].v_)));
+  return result;
+}
+
+Variant Variant::Reference(Variant& target) noexcept {
+  Variant result;
+  result.v_.vt = VT_BYREF | VT_VARIANT;
+  result.v_.pvarVal = &target.v_;
+  return result;
+}
+
+bool Variant::operator==(const Variant& other) const noexcept {
+  if (v_.vt != other.v_.vt) return false;
+  switch (v_.vt) {
+  case VT_EMPTY:
+  case VT_NULL: return true;
+  case VT_BSTR: return FromBstr(v_.bstrVal) == FromBstr(other.v_.bstrVal);
+  case VT_BOOL:
+  case VT_I2: return v_.iVal == other.v_.iVal;
+  case VT_I4:
+  case VT_ERROR: return v_.lVal == other.v_.lVal;
+  case VT_DISPATCH:
+  case VT_UNKNOWN: return v_.punkVal == other.v_.punkVal;
+  default: return std::memcmp(&v_, &other.v_, sizeof v_) == 0;
+  }
+}
+
+Variant Variant::As(VARTYPE type) const {
+  Variant result;
+  Check(
+      VariantChangeTypeEx(&result.v_, const_cast<VARIANT*>(&v_), LOCALE_INVARIANT, VARIANT_ALPHABOOL, type));
+  return result;
+}
+
+bool Variant::AsBool() const {
+  return As(VT_BOOL).v_.boolVal != VARIANT_FALSE;
+}
+
+int16_t Variant::AsShort() const {
+  return As(VT_I2).v_.iVal;
+}
+
+int32_t Variant::AsLong() const {
+  return v_.vt == VT_I4 ? v_.lVal : As(VT_I4).v_.lVal;
+}
+
+double Variant::AsDouble() const {
+  return As(VT_R8).v_.dblVal;
+}
+
+std::wstring Variant::AsText() const {
+  return FromBstr(v_.vt == VT_BSTR ? v_.bstrVal : As(VT_BSTR).v_.bstrVal);
+}
+
+Object Variant::AsObject() const {
+  const VARIANT& v = v_.vt == (VT_BYREF | VT_VARIANT) ? *v_.pvarVal : v_;
+  if (v.vt == VT_DISPATCH) return Object(Ptr<IDispatch>(v.pdispVal));
+  if (v.vt == VT_UNKNOWN) {
+    Ptr<IDispatch> dispatch;
+    if (v.punkVal) Check(v.punkVal->QueryInterface(IID_IDispatch, dispatch.OutVoid()));
+    return Object(dispatch);
+  }
+  throw ComError::FromSystem(DISP_E_TYPEMISMATCH);
+}
+
+VARIANT* Variant::Out() noexcept {
+  VariantClear(&v_);
+  return &v_;
+}
+
+VARIANT Variant::Detach() noexcept {
+  const VARIANT result = v_;
+  VariantInit(&v_);
+  return result;
+}
+
+} // namespace com

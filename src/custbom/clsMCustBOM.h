@@ -1,0 +1,19 @@
+// clsMCustBOM: customer BOM.
+#pragma once
+
+#include <cstdint>
+
+#include "src/frame/Frame.h"
+
+namespace mbom {
+
+class clsMCustBOM {
+ public:
+  // The transaction mode that the host reads: 3.
+  int32_t TransMode() const { return 3; }
+
+ private:
+  Frame frame_;
+};
+
+} // namespace mbom

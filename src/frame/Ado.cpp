@@ -1,0 +1,54 @@
+#include "src/frame/Ado.h"
+
+#include "src/frame/OutsideNames.h"
+
+namespace mbom {
+namespace {
+
+using com::Object;
+using com::Variant;
+namespace ado = outside::ado;
+
+// ADO's constants.
+constexpr int32_t kUnspecified = -1;
+constexpr int32_t kCommandText = 1;
+constexpr int32_t kParameterInput = 1;
+constexpr int32_t kVarWChar = 202;
+
+} // namespace
+
+bool Recordset::Eof() const {
+  return object_.Get(ado::kEof).AsBool();
+}
+
+void Recordset::MoveNext() const {
+  object_.Call(ado::kMoveNext);
+}
+
+Variant Recordset::operator[](const wchar_t* field) const {
+  const Object fields = object_.Get(ado::kFields).AsObject();
+  return fields.Get(ado::kItem, field).AsObject().Get(ado::kValue);
+}
+
+Recordset Connection::Execute(const Sql& statement) const {
+  return Recordset(
+      object_.Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject());
+}
+
+Command::Command(const Connection& connection, const std::wstring& text)
+    : object_(Object::Create(ado::kCommandProgId)) {
+  object_.Put(ado::kActiveConnection, connection.object());
+  object_.Put(ado::kCommandType, kCommandText);
+  object_.Put(ado::kCommandText, text);
+}
+
+void Command::AppendText(const std::wstring& value, int32_t size) const {
+  const Variant parameter = object_.Call(ado::kCreateParameter, L"", kVarWChar, kParameterInput, size, value);
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, parameter);
+}
+
+Recordset Command::Execute() const {
+  return Recordset(object_.Call(ado::kExecute).AsObject());
+}
+
+} // namespace mbom

@@ -1,0 +1,53 @@
+// The ADO objects as the component uses them. Each holds a reference to the real object, late-bound; a
+// failure of ADO throws its COM error unchanged.
+#pragma once
+
+#include <string>
+
+#include "com/Object.h"
+#include "src/frame/Sql.h"
+
+namespace mbom {
+
+// A recordset, or none: a provider may hand back nothing.
+class Recordset {
+ public:
+  Recordset() = default;
+  explicit Recordset(com::Object object) : object_(std::move(object)) {}
+
+  explicit operator bool() const noexcept { return static_cast<bool>(object_); }
+  const com::Object& object() const noexcept { return object_; }
+
+  bool Eof() const;
+  void MoveNext() const;
+  // The current row's value of the field; the name in any case.
+  com::Variant operator[](const wchar_t* field) const;
+
+ private:
+  com::Object object_;
+};
+
+class Connection {
+ public:
+  explicit Connection(com::Object object) : object_(std::move(object)) {}
+
+  // Runs a statement; records affected are not asked for, the options are unspecified (-1).
+  Recordset Execute(const Sql& statement) const;
+  const com::Object& object() const noexcept { return object_; }
+
+ private:
+  com::Object object_;
+};
+
+// A parameterised command whose parameters are input texts.
+class Command {
+ public:
+  Command(const Connection& connection, const std::wstring& text);
+  void AppendText(const std::wstring& value, int32_t size) const;
+  Recordset Execute() const;
+
+ private:
+  com::Object object_;
+};
+
+} // namespace mbom

@@ -1,0 +1,41 @@
+// The foundation collections as the component reads and writes them, late-bound.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "com/Object.h"
+#include "src/frame/OutsideNames.h"
+
+namespace mbom {
+
+// Field name -> value; names in any case, a missing one reads Empty.
+class Dictionary {
+ public:
+  explicit Dictionary(com::Object object) : object_(std::move(object)) {}
+
+  com::Variant operator[](const wchar_t* key) const { return object_.Get(outside::dictionary::kValue, key); }
+  void Put(const wchar_t* key, const com::Variant& value) const {
+    object_.Put(outside::dictionary::kValue, key, value);
+  }
+  const com::Object& object() const noexcept { return object_; }
+
+ private:
+  com::Object object_;
+};
+
+// A list counted from 1.
+class Vector {
+ public:
+  explicit Vector(com::Object object) : object_(std::move(object)) {}
+
+  int32_t UBound() const { return object_.Get(outside::vector::kUBound).AsLong(); }
+  com::Variant operator[](int32_t index) const { return object_.Get(outside::vector::kItem, index); }
+  Dictionary DictionaryAt(int32_t index) const { return Dictionary((*this)[index].AsObject()); }
+  const com::Object& object() const noexcept { return object_; }
+
+ private:
+  com::Object object_;
+};
+
+} // namespace mbom

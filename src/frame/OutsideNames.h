@@ -1,0 +1,81 @@
+// The outside objects as the component calls them: every ProgID and every member name, in one place for
+// whoever integrates the component with another release of the system.
+#pragma once
+
+namespace mbom::outside {
+
+// The shared data-access library: a global object a thread, which hands out data contexts.
+namespace global {
+inline constexpr wchar_t kProgId[] = L"QorvaneGlobal.Global";
+inline constexpr wchar_t kGetDataContext[] = L"GetDataContext";
+} // namespace global
+
+namespace context {
+inline constexpr wchar_t kVoteAbort[] = L"VoteAbort";
+inline constexpr wchar_t kVoteComplete[] = L"VoteComplete";
+inline constexpr wchar_t kGetCallerInfo[] = L"GetCallerInfo";
+inline constexpr wchar_t kBindDsn[] = L"BindDsn";
+inline constexpr wchar_t kGetConnection[] = L"GetConnection";
+} // namespace context
+
+namespace callerInfo {
+inline constexpr wchar_t kCallerKey[] = L"CallerKey";
+}
+
+// The foundation collections and the foundation's text formatting.
+namespace dictionary {
+inline constexpr wchar_t kProgId[] = L"ruvo10.Dictionary";
+inline constexpr wchar_t kValue[] = L"Value";
+} // namespace dictionary
+
+namespace vector {
+inline constexpr wchar_t kProgId[] = L"ruvo10.Vector";
+inline constexpr wchar_t kItem[] = L"Item";
+inline constexpr wchar_t kUBound[] = L"UBound";
+inline constexpr wchar_t kAdd[] = L"Add";
+} // namespace vector
+
+namespace foundation {
+inline constexpr wchar_t kProgId[] = L"ruvo10.Global";
+inline constexpr wchar_t kFormatText[] = L"FormatText";
+} // namespace foundation
+
+// The resource loader and this component's resource module.
+namespace loader {
+inline constexpr wchar_t kProgId[] = L"TarnelResLoader.Loader";
+inline constexpr wchar_t kResFileBaseName[] = L"ResFileBaseName";
+inline constexpr wchar_t kLanguageID[] = L"LanguageID";
+inline constexpr wchar_t kLoadString[] = L"LoadString";
+inline constexpr wchar_t kBaseName[] = L"TarnelManufacture";
+} // namespace loader
+
+// The shared base library: its object factory creates the rest of it.
+namespace factory {
+inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.ObjectFactory";
+inline constexpr wchar_t kCreateServerObject[] = L"CreateServerObject";
+} // namespace factory
+
+namespace security {
+inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.SecurityInfo";
+inline constexpr wchar_t kGetCurrentUserID[] = L"GetCurrentUserID";
+} // namespace security
+
+namespace ado {
+inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
+inline constexpr wchar_t kExecute[] = L"Execute";
+inline constexpr wchar_t kEof[] = L"EOF";
+inline constexpr wchar_t kMoveNext[] = L"MoveNext";
+inline constexpr wchar_t kFields[] = L"Fields";
+inline constexpr wchar_t kCount[] = L"Count";
+inline constexpr wchar_t kItem[] = L"Item";
+inline constexpr wchar_t kName[] = L"Name";
+inline constexpr wchar_t kValue[] = L"Value";
+inline constexpr wchar_t kActiveConnection[] = L"ActiveConnection";
+inline constexpr wchar_t kCommandType[] = L"CommandType";
+inline constexpr wchar_t kCommandText[] = L"CommandText";
+inline constexpr wchar_t kParameters[] = L"Parameters";
+inline constexpr wchar_t kCreateParameter[] = L"CreateParameter";
+inline constexpr wchar_t kAppend[] = L"Append";
+} // namespace ado
+
+} // namespace mbom::outside

@@ -1,0 +1,38 @@
+#include "src/frame/ThreadState.h"
+
+#include "src/frame/OutsideNames.h"
+
+namespace mbom {
+namespace {
+
+using com::Object;
+
+thread_local const Object* t_global = nullptr;
+thread_local const Object* t_loader = nullptr;
+thread_local const Object* t_factory = nullptr;
+thread_local const Object* t_foundation = nullptr;
+
+const Object& OnFirstUse(const Object*& slot, const wchar_t* progId) {
+  if (!slot) slot = new Object(Object::Create(progId));
+  return *slot;
+}
+
+} // namespace
+
+const Object& GlobalObject() {
+  return OnFirstUse(t_global, outside::global::kProgId);
+}
+
+const Object& ResourceLoader() {
+  return OnFirstUse(t_loader, outside::loader::kProgId);
+}
+
+const Object& ObjectFactory() {
+  return OnFirstUse(t_factory, outside::factory::kProgId);
+}
+
+const Object& FoundationGlobal() {
+  return OnFirstUse(t_foundation, outside::foundation::kProgId);
+}
+
+} // namespace mbom

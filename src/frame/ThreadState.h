@@ -1,0 +1,18 @@
+// The component's per-thread state: outside objects that are created on first use on a thread and kept for
+// the thread's life. They are never released, as plain pointers: at a thread's end COM may already be gone.
+#pragma once
+
+#include "com/Object.h"
+
+namespace mbom {
+
+// The data-access library's global object.
+const com::Object& GlobalObject();
+// The resource loader.
+const com::Object& ResourceLoader();
+// The base library's object factory.
+const com::Object& ObjectFactory();
+// The foundation library's global object.
+const com::Object& FoundationGlobal();
+
+} // namespace mbom

@@ -1,0 +1,19 @@
+// PPorderImort: production-order import.
+#pragma once
+
+#include <cstdint>
+
+#include "src/frame/Frame.h"
+
+namespace mbom {
+
+class PPorderImort {
+ public:
+  // The transaction mode that the host reads: 2.
+  int32_t TransMode() const { return 2; }
+
+ private:
+  Frame frame_;
+};
+
+} // namespace mbom

@@ -1,0 +1,11 @@
+#include "src/import/BOMImport.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::BOMImport>() {
+  using mbom::BOMImport;
+  static const DispatchTable table(DIID__BOMImport, {
+                                                        PropertyGet<&BOMImport::TransMode>(1, L"TransMode"),
+                                                    });
+  return table;
+}

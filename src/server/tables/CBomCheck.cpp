@@ -1,0 +1,11 @@
+#include "src/bom/CBomCheck.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::CBomCheck>() {
+  using mbom::CBomCheck;
+  static const DispatchTable table(DIID__CBomCheck, {
+                                                        PropertyGet<&CBomCheck::TransMode>(1, L"TransMode"),
+                                                    });
+  return table;
+}

@@ -1,0 +1,12 @@
+#include "src/bom/CBomFunction.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::CBomFunction>() {
+  using mbom::CBomFunction;
+  static const DispatchTable table(DIID__CBomFunction,
+                                   {
+                                       PropertyGet<&CBomFunction::TransMode>(1, L"TransMode"),
+                                   });
+  return table;
+}

@@ -1,0 +1,12 @@
+#include "src/import/PPorderImort.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::PPorderImort>() {
+  using mbom::PPorderImort;
+  static const DispatchTable table(DIID__PPorderImort,
+                                   {
+                                       PropertyGet<&PPorderImort::TransMode>(1, L"TransMode"),
+                                   });
+  return table;
+}

@@ -1,0 +1,12 @@
+#include "src/custbom/clsMBOMRule.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::clsMBOMRule>() {
+  using mbom::clsMBOMRule;
+  static const DispatchTable table(DIID__clsMBOMRule,
+                                   {
+                                       PropertyGet<&clsMBOMRule::TransMode>(1, L"TransMode"),
+                                   });
+  return table;
+}

@@ -1,0 +1,12 @@
+#include "src/custbom/clsMCustBOM.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::clsMCustBOM>() {
+  using mbom::clsMCustBOM;
+  static const DispatchTable table(DIID__clsMCustBOM,
+                                   {
+                                       PropertyGet<&clsMCustBOM::TransMode>(1, L"TransMode"),
+                                   });
+  return table;
+}

@@ -1,0 +1,12 @@
+#include "src/view/clsReadUserDefined.h"
+#include "src/server/TableSupport.h"
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::clsReadUserDefined>() {
+  using mbom::clsReadUserDefined;
+  static const DispatchTable table(DIID__clsReadUserDefined,
+                                   {
+                                       PropertyGet<&clsReadUserDefined::TransMode>(1, L"TransMode"),
+                                   });
+  return table;
+}

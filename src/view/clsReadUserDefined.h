@@ -1,0 +1,19 @@
+// clsReadUserDefined: user-defined bill fields.
+#pragma once
+
+#include <cstdint>
+
+#include "src/frame/Frame.h"
+
+namespace mbom {
+
+class clsReadUserDefined {
+ public:
+  // The transaction mode that the host reads: 2.
+  int32_t TransMode() const { return 2; }
+
+ private:
+  Frame frame_;
+};
+
+} // namespace mbom
