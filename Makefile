@@ -1,0 +1,6 @@
+# Each target is a script in tools/; they install what is missing and build what is out of date themselves.
+targets = demo test bench build package clean format lint
+.PHONY: $(targets)
+
+$(targets):
+	@tools/$@

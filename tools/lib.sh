@@ -1,0 +1,78 @@
+# shellcheck shell=bash
+# Sourced by the scripts in this directory: where things are, how a step is shown, how Wine is called.
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
+BUILD=$ROOT/build
+LOGS=$BUILD/logs
+mkdir -p "$LOGS"
+
+die() {
+  echo "${0##*/}: $*" >&2
+  exit 1
+}
+
+# Microseconds; EPOCHREALTIME has the locale's decimal point.
+now() { echo "${EPOCHREALTIME/[.,]/}"; }
+
+seconds_since() {
+  local us=$(($(now) - $1))
+  printf '%d.%d s' $((us / 1000000)) $((us / 100000 % 10))
+}
+
+log_of() { echo "$LOGS/$(tr -cs 'A-Za-z0-9_.' - <<<"$1" | sed 's/^-*//; s/-*$//').log"; }
+
+# step TEXT COMMAND…: runs the command quietly and says how long it took; the log's end is shown if it fails.
+# The command must be a program: "set -e" does not hold inside a function that is called so.
+step() {
+  local text=$1 log start status=0
+  shift
+  log=$(log_of "$text")
+  printf '%s ... ' "$text"
+  start=$(now)
+  "$@" </dev/null >"$log" 2>&1 || status=$?
+  if ((status == 0)); then
+    seconds_since "$start"
+    echo
+  else
+    printf 'FAILED after %s (exit code %d)\n' "$(seconds_since "$start")" "$status"
+    tail -n 40 "$log"
+    echo "The whole log: $log"
+  fi
+  return "$status"
+}
+
+# lock NAME: waits until no other script holds the lock; it is held until this script ends.
+lock() {
+  local fd
+  exec {fd}>"$BUILD/$1.lock"
+  flock "$fd"
+}
+
+# Runs a program with nothing of this shell open: a daemon that kept a pipe of ours would hang its reader.
+detached() (
+  for fd in "/proc/$BASHPID/fd"/*; do
+    fd=${fd##*/}
+    if ((fd > 2)); then exec {fd}>&-; fi
+  done
+  exec "$@"
+) </dev/null >/dev/null 2>&1
+
+wine_env() {
+  # The loader itself: Debian's wrapper complains about the 32-bit one, which nothing here needs.
+  for WINE in /usr/lib/wine/wine64 "$(command -v wine64 || true)" "$(command -v wine || true)" ''; do
+    if [[ -x $WINE ]]; then break; fi
+  done
+  [[ $WINE ]] || die "Wine is missing: run tools/setup"
+  export WINEPREFIX=$BUILD/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+  # No offers to download Mono and Gecko, no windows.
+  export WINEDLLOVERRIDES='mscoree,mshtml='
+  unset DISPLAY WAYLAND_DISPLAY
+  # Wine takes code page and language from here; they must not depend on who runs it.
+  export LC_ALL=C.UTF-8
+}
+
+# All C++ sources; by find and not by git, so that an unpacked archive is checked too.
+sources() {
+  (cd "$ROOT" && find com src standin cli tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
+}
