@@ -2,7 +2,8 @@
 //
 // The class knows nothing of COM; its table (TableOf) says what is called by which name. The object counts as
 // a use of the module while it lives. Make<T>() creates one, Unwrap<T>() finds the class inside an object
-// that may be anything.
+// that may be anything. A class that hands out references to its own object declares SetSelf(IDispatch*); it
+// is told once, before the first call, and holds the pointer without a reference.
 #pragma once
 
 #include <oaidl.h>
@@ -54,11 +55,18 @@ class DispatchBase : public IDispatch, public ISupportErrorInfo, public IProvide
 extern const IID kImplementationId;
 
 template <class T>
+concept KnowsItsObject = requires(T& object, IDispatch* self) {
+  object.SetSelf(self);
+};
+
+template <class T>
 class DispatchObject final : public DispatchBase {
  public:
   template <class... Args>
   explicit DispatchObject(REFCLSID classId, Args&&... args)
-      : DispatchBase(TableOf<T>(), classId), object_(std::forward<Args>(args)...) {}
+      : DispatchBase(TableOf<T>(), classId), object_(std::forward<Args>(args)...) {
+    if constexpr (KnowsItsObject<T>) object_.SetSelf(this);
+  }
 
   T& object() noexcept { return object_; }
   void* instance() noexcept override { return &object_; }
