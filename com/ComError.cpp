@@ -1,5 +1,7 @@
 #include "com/ComError.h"
 
+#include <array>
+#include <cwchar>
 #include <new>
 #include <utility>
 
@@ -18,7 +20,11 @@ std::wstring SystemText(HRESULT hr) {
   std::wstring result(text ? text : L"", length);
   LocalFree(text);
   while (!result.empty() && result.back() <= L' ') result.pop_back();
-  return result;
+  if (!result.empty()) return result;
+  // Not every system knows a text for every code.
+  std::array<wchar_t, 32> code{};
+  std::swprintf(code.data(), code.size(), L"Error 0x%08lX", static_cast<unsigned long>(hr));
+  return code.data();
 }
 
 } // namespace
@@ -28,7 +34,9 @@ ComError::ComError(HRESULT hr, std::wstring source, std::wstring description, st
     : hr_(hr), source_(std::move(source)), description_(std::move(description)),
       helpFile_(std::move(helpFile)), helpContext_(helpContext) {}
 
-ComError ComError::FromSystem(HRESULT hr) { return {hr, {}, SystemText(hr)}; }
+ComError ComError::FromSystem(HRESULT hr) {
+  return {hr, {}, SystemText(hr)};
+}
 
 ComError ComError::FromThread(HRESULT hr) {
   Ptr<IErrorInfo> info;

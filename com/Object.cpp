@@ -12,8 +12,8 @@ Object Object::Create(const wchar_t* progId) {
   CLSID clsid;
   Check(CLSIDFromProgID(progId, &clsid));
   Ptr<IDispatch> object;
-  const HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                                      object.OutVoid());
+  const HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
+                                      IID_IDispatch, object.OutVoid());
   if (FAILED(hr)) throw ComError::FromThread(hr);
   return Object(std::move(object));
 }

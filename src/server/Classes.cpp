@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "QorvaneMBomBill_h.h" // generated from the IDL
 #include "src/bom/BomInfo.h"
 #include "src/bom/BomUpdate.h"
 #include "src/bom/CBomCheck.h"
@@ -12,32 +11,9 @@
 #include "src/ecn/CEcnInfo.h"
 #include "src/import/BOMImport.h"
 #include "src/import/PPorderImort.h"
+#include "src/server/Tables.h"
 #include "src/view/BomView.h"
 #include "src/view/clsReadUserDefined.h"
-
-// Each class's table stands in a file of its own under tables/.
-template <>
-const com::DispatchTable& com::TableOf<mbom::BomUpdate>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::BomView>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::BOMImport>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::PPorderImort>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::CBomFunction>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::CBomCheck>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::CEcnInfo>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::BomInfo>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::clsMCustBOM>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::clsMBOMRule>();
-template <>
-const com::DispatchTable& com::TableOf<mbom::clsReadUserDefined>();
 
 namespace mbom {
 namespace {

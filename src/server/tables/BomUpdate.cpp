@@ -1,5 +1,5 @@
 #include "src/bom/BomUpdate.h"
-#include "src/server/TableSupport.h"
+#include "src/server/Tables.h"
 
 template <>
 const com::DispatchTable& com::TableOf<mbom::BomUpdate>() {

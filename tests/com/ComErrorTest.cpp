@@ -1,0 +1,49 @@
+#include "com/ComError.h"
+
+#include <gtest/gtest.h>
+#include <oleauto.h>
+
+#include "com/Ptr.h"
+
+namespace com {
+namespace {
+
+HRESULT __stdcall FillIn(EXCEPINFO* info) {
+  info->bstrDescription = SysAllocString(L"filled in late");
+  return S_OK;
+}
+
+TEST(ComError, ReadsAnExcepInfoThatIsFilledInLate) {
+  EXCEPINFO info{};
+  info.scode = E_ABORT;
+  info.pfnDeferredFillIn = FillIn;
+  const ComError error = ComError::FromExcepInfo(info);
+  EXPECT_EQ(error.code(), E_ABORT);
+  EXPECT_EQ(error.description(), L"filled in late");
+}
+
+TEST(ComError, TakesA16BitCodeForARunTimeError) {
+  EXCEPINFO info{};
+  info.wCode = 13;
+  EXPECT_EQ(static_cast<unsigned>(ComError::FromExcepInfo(info).code()), 0x800A000Du);
+}
+
+TEST(ComError, SpeaksTheSystemsWordsWhereThereAreNoOthers) {
+  SetErrorInfo(0, nullptr);
+  EXPECT_FALSE(ComError::FromThread(E_ACCESSDENIED).description().empty());
+  EXPECT_THROW(Check(E_ACCESSDENIED), ComError);
+  EXPECT_NO_THROW(Check(S_FALSE));
+}
+
+TEST(ComError, RunTimeErrorsAreNumberedAsAutomationDoes) {
+  try {
+    RaiseRuntimeError(457, L"Source", L"text");
+    FAIL();
+  } catch (const ComError& error) {
+    EXPECT_EQ(static_cast<unsigned>(error.code()), 0x800A01C9u);
+    EXPECT_EQ(error.source(), L"Source");
+  }
+}
+
+} // namespace
+} // namespace com

@@ -1,0 +1,94 @@
+#include "com/Variant.h"
+
+#include <gtest/gtest.h>
+#include <oleauto.h>
+
+#include <functional>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+#include "com/Text.h"
+#include "tests/support/Printing.h"
+
+namespace com {
+namespace {
+
+TEST(Variant, HoldsWhatItWasMadeFrom) {
+  EXPECT_EQ(Variant(true).type(), VT_BOOL);
+  EXPECT_EQ(Variant(int16_t{3}).type(), VT_I2);
+  EXPECT_EQ(Variant(3).type(), VT_I4);
+  EXPECT_EQ(Variant(3.5).type(), VT_R8);
+  EXPECT_EQ(Variant(L"x").type(), VT_BSTR);
+  EXPECT_EQ(Variant(Object()).type(), VT_DISPATCH);
+  EXPECT_TRUE(Variant::Missing().IsMissing());
+  EXPECT_TRUE(Variant::Null().IsNull());
+  EXPECT_TRUE(Variant().IsEmpty());
+}
+
+TEST(Variant, ConvertsWithoutALocale) {
+  EXPECT_EQ(Variant(1234.5).AsText(), L"1234.5");
+  EXPECT_EQ(Variant(L"1234.5").AsDouble(), 1234.5);
+  EXPECT_EQ(Variant(true).AsText(), L"True");
+  EXPECT_EQ(Variant(L" 42 ").AsLong(), 42);
+  EXPECT_EQ(Variant(2.5).AsLong(), 2);
+  EXPECT_EQ(Variant(3.5).AsLong(), 4);
+  EXPECT_EQ(Variant().AsText(), L"");
+  EXPECT_EQ(Variant().AsLong(), 0);
+}
+
+HRESULT CodeOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const ComError& error) {
+    return error.code();
+  }
+  return S_OK;
+}
+
+TEST(Variant, RefusesWhatDoesNotConvert) {
+  EXPECT_EQ(CodeOf([] { Variant(L"abc").AsLong(); }), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(CodeOf([] { Variant::Null().AsText(); }), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(CodeOf([] { Variant(1e12).AsLong(); }), DISP_E_OVERFLOW);
+  EXPECT_EQ(CodeOf([] { Variant(1).AsObject(); }), DISP_E_TYPEMISMATCH);
+}
+
+TEST(Variant, CopiesThroughReferences) {
+  BSTR text = SysAllocString(L"referred");
+  VARIANT reference{};
+  reference.vt = VT_BYREF | VT_BSTR;
+  reference.pbstrVal = &text;
+  EXPECT_EQ(Variant(reference), Variant(L"referred"));
+  SysFreeString(text);
+}
+
+TEST(Variant, MakesArraysOfVariants) {
+  const Variant values[] = {Variant(1), Variant(L"two")};
+  const Variant array = Variant::Array(values, 2);
+  ASSERT_EQ(array.type(), VT_ARRAY | VT_VARIANT);
+  LONG upper = 0;
+  ASSERT_EQ(SafeArrayGetUBound(array.raw().parray, 1, &upper), S_OK);
+  EXPECT_EQ(upper, 1);
+  Variant second;
+  LONG index = 1;
+  ASSERT_EQ(SafeArrayGetElement(array.raw().parray, &index, second.Out()), S_OK);
+  EXPECT_EQ(second, Variant(L"two"));
+}
+
+TEST(Text, ConvertsBetweenEncodings) {
+  const std::wstring text = L"销售订单 \xD83D\xDE00";
+  EXPECT_EQ(FromUtf8(ToUtf8(text)), text);
+  EXPECT_EQ(ToUtf8(L"单"), "\xE5\x8D\x95");
+  EXPECT_EQ(FromUtf8("\xFF"), L"\xFFFD");
+  EXPECT_EQ(FromUtf8(""), L"");
+  EXPECT_EQ(ToUtf8(L""), "");
+}
+
+TEST(Text, ComparesWithoutCase) {
+  EXPECT_TRUE(EqualsNoCase(L"FInterID", L"finterid"));
+  EXPECT_TRUE(EqualsNoCase(L"\u00C4", L"\u00E4"));
+  EXPECT_FALSE(EqualsNoCase(L"FInterID", L"FInterI"));
+  EXPECT_EQ(Lower(L"LANGUAGE"), L"language");
+}
+
+} // namespace
+} // namespace com

@@ -1,0 +1,124 @@
+// The DLL's four entry points, its registration and its resources.
+#include <gtest/gtest.h>
+#include <objbase.h>
+#include <oleauto.h>
+
+#include <array>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+#include "src/server/Classes.h"
+#include "tests/src/server/LoadedDll.h"
+#include "tests/support/Printing.h"
+
+namespace mbom::test {
+namespace {
+
+using GetClassObjectFunction = HRESULT __stdcall(REFCLSID, REFIID, void**);
+using EntryPoint = HRESULT __stdcall();
+
+std::wstring ClassesValue(const std::wstring& key, const wchar_t* name = nullptr) {
+  std::array<wchar_t, 1024> text{};
+  DWORD size = sizeof text;
+  const LSTATUS status =
+      RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text.data(), &size);
+  return status == ERROR_SUCCESS ? text.data() : L"(missing)";
+}
+
+std::wstring GuidText(REFGUID guid) {
+  std::array<wchar_t, 40> text{};
+  StringFromGUID2(guid, text.data(), static_cast<int>(text.size()));
+  return text.data();
+}
+
+TEST(Dll, RefusesUnknownClasses) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  ASSERT_TRUE(dll);
+  auto* getClassObject = dll.Export<GetClassObjectFunction>("DllGetClassObject");
+  ASSERT_NE(getClassObject, nullptr);
+  void* object = &object;
+  EXPECT_EQ(getClassObject(CLSID_NULL, IID_IClassFactory, &object), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(object, nullptr);
+}
+
+TEST(Dll, RefusesAggregation) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  auto* getClassObject = dll.Export<GetClassObjectFunction>("DllGetClassObject");
+  for (const com::ClassEntry& entry : PublicClasses()) {
+    com::Ptr<IClassFactory> factory;
+    ASSERT_EQ(getClassObject(entry.classId, IID_IClassFactory, factory.OutVoid()), S_OK);
+    com::Ptr<IUnknown> object;
+    EXPECT_EQ(factory->CreateInstance(factory.Get(), IID_IUnknown, object.OutVoid()), CLASS_E_NOAGGREGATION);
+  }
+}
+
+TEST(Dll, MayBeUnloadedOnlyWhenNothingIsHeld) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  auto* getClassObject = dll.Export<GetClassObjectFunction>("DllGetClassObject");
+  auto* canUnloadNow = dll.Export<EntryPoint>("DllCanUnloadNow");
+  EXPECT_EQ(canUnloadNow(), S_OK);
+  com::Ptr<IClassFactory> factory;
+  ASSERT_EQ(getClassObject(PublicClasses()[0].classId, IID_IClassFactory, factory.OutVoid()), S_OK);
+  EXPECT_EQ(canUnloadNow(), S_FALSE);
+  factory->LockServer(TRUE);
+  com::Ptr<IClassFactory> kept = std::move(factory);
+  kept->LockServer(FALSE);
+  EXPECT_EQ(canUnloadNow(), S_FALSE);
+  kept = nullptr;
+  EXPECT_EQ(canUnloadNow(), S_OK);
+}
+
+TEST(Dll, RegistersEveryClassWithItsTypeLibrary) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  ASSERT_EQ(dll.Export<EntryPoint>("DllRegisterServer")(), S_OK);
+  for (const com::ClassEntry& entry : PublicClasses()) {
+    SCOPED_TRACE(com::ToUtf8(entry.progId));
+    CLSID classId;
+    ASSERT_EQ(CLSIDFromProgID(entry.progId, &classId), S_OK);
+    EXPECT_EQ(classId, entry.classId);
+    const std::wstring key = L"CLSID\\" + GuidText(entry.classId);
+    EXPECT_EQ(ClassesValue(key + L"\\InprocServer32"), BesideTheTest(L"QorvaneMBomBill.dll"));
+    EXPECT_EQ(ClassesValue(key + L"\\InprocServer32", L"ThreadingModel"), L"Apartment");
+    EXPECT_EQ(ClassesValue(key + L"\\VersionIndependentProgID"), entry.progId);
+
+    const std::wstring libraryId = ClassesValue(key + L"\\TypeLib");
+    GUID guid;
+    ASSERT_EQ(CLSIDFromString(libraryId.c_str(), &guid), S_OK);
+    com::Ptr<ITypeLib> library;
+    EXPECT_EQ(LoadRegTypeLib(guid, 1, 0, 0, library.Out()), S_OK);
+  }
+}
+
+TEST(Dll, RemovesItsRegistrationAndRegistersAgain) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  ASSERT_EQ(dll.Export<EntryPoint>("DllUnregisterServer")(), S_OK);
+  CLSID classId;
+  for (const com::ClassEntry& entry : PublicClasses()) {
+    EXPECT_EQ(CLSIDFromProgID(entry.progId, &classId), CO_E_CLASSSTRING);
+    EXPECT_EQ(ClassesValue(L"CLSID\\" + GuidText(entry.classId)), L"(missing)");
+  }
+  EXPECT_EQ(dll.Export<EntryPoint>("DllUnregisterServer")(), S_OK);
+  ASSERT_EQ(dll.Export<EntryPoint>("DllRegisterServer")(), S_OK);
+  EXPECT_EQ(CLSIDFromProgID(L"QorvaneMBomBill.BomUpdate", &classId), S_OK);
+}
+
+TEST(Dll, DoesNotRegisterWithoutItsTypeLibrary) {
+  const LoadedDll dll(L"NoTypeLibrary.dll");
+  ASSERT_TRUE(dll);
+  EXPECT_EQ(dll.Export<EntryPoint>("DllRegisterServer")(), TYPE_E_CANTLOADLIBRARY);
+}
+
+TEST(Dll, SaysItsVersion) {
+  const std::wstring path = BesideTheTest(L"QorvaneMBomBill.dll");
+  DWORD handle = 0;
+  std::vector<BYTE> block(GetFileVersionInfoSizeW(path.c_str(), &handle));
+  ASSERT_TRUE(GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()));
+  VS_FIXEDFILEINFO* fixed = nullptr;
+  UINT size = 0;
+  ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &size));
+  EXPECT_EQ(fixed->dwFileVersionMS, 0x00010000u);
+  EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_DLL));
+}
+
+} // namespace
+} // namespace mbom::test
