@@ -10,11 +10,12 @@
 -- BOM groups     1 finished goods > 2 city bikes, 3 mountain bikes > 7 prototypes (empty); 4 assemblies > 5 wheels;
 --                6 configuration
 -- BOMs           1001 city bike 1.0, not in use            1002 city bike 2.0, in use, audited; orders refer to it
---                1003 mountain bike, in use, not audited, FEcnInterID NULL
+--                1003 mountain bike, in use, not audited, FEcnInterID NULL;
+--                    and like 1005's its base quantities are still to be computed
 --                1004 frame, in use, audited               1005 front wheel, in use, not audited, odd units
 --                1006 rear wheel 1.0, not in use           1007 drivetrain, in use, audited
 --                1008 rear wheel 2.0, made by change 5: FEcnInterID 5
---                1009 city bike 3.0, a draft               1010 prototype in cancelled state with a deleted part
+--                1009 city bike 3.0, a draft               1010 cancelled, with a deleted part
 --                2001 configuration of item 103            2002 planning BOM of item 104 (60 % + 40 %)
 --                2003 colours, 2004 saddles (feature BOMs, percentages)
 --                3001 customer BOM made from 2001, with 3002 as its frame; 3003 another one, disabled
