@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "src/frame/Collections.h"
+#include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
 
 namespace mbom {
