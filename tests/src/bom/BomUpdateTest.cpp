@@ -367,14 +367,15 @@ using Method = std::pair<const wchar_t*, OutsideCall>;
 class RisingFailure : public BomUpdateTest, public testing::WithParamInterface<Method> {};
 
 TEST_P(RisingFailure, ReachesTheCallerUnchangedWithTheUnitAborted) {
-  const auto& [method, call] = GetParam();
+  const std::wstring method = GetParam().first;
+  const OutsideCall& call = GetParam().second;
   const Object bom = Hosted(L"BomUpdate");
   const Object save =
       MakeVector({Header(11, 0), MakeDictionary({{L"UseStatusChange", true}, {L"FItemID", 500}})});
   const Trace trace;
   const Fault fault(call.kind, call.nth);
   const Raised raised = RaisedBy([&] {
-    if (std::wstring(method) == L"BeginSave")
+    if (method == L"BeginSave")
       bom.Call(L"BeginSave", database_.Dsn(), save, L"");
     else
       bom.Call(L"UpdateIcBomStatus", database_.Dsn(), L"B11");

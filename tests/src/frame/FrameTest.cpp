@@ -72,10 +72,11 @@ TEST(TransMode, IsEachClassesOwn) {
       {L"CBomFunction", 2}, {L"CBomCheck", 2},   {L"CEcnInfo", 2},           {L"BomInfo", 3},
       {L"clsMCustBOM", 3},  {L"clsMBOMRule", 3}, {L"clsReadUserDefined", 2},
   };
-  for (const auto& [name, mode] : modes) {
+  for (const auto& mode : modes) {
+    const wchar_t* name = mode.first;
     SCOPED_TRACE(com::ToUtf8(name));
-    EXPECT_EQ(Unhosted(name).Get(L"TransMode"), com::Variant(mode));
-    EXPECT_EQ(Hosted(name).Get(L"TransMode"), com::Variant(mode));
+    EXPECT_EQ(Unhosted(name).Get(L"TransMode"), com::Variant(mode.second));
+    EXPECT_EQ(Hosted(name).Get(L"TransMode"), com::Variant(mode.second));
     EXPECT_EQ(RaisedBy([&] { Unhosted(name).Put(L"TransMode", 1); }).code, DISP_E_MEMBERNOTFOUND);
   }
 }

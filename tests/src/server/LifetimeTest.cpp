@@ -140,6 +140,7 @@ TEST(Unloading, IsAllowedWhenEverythingIsReleased) {
 // Runs `work` on several single-threaded apartments at once.
 void InApartments(int count, const std::function<void(int)>& work) {
   std::vector<std::thread> threads;
+  threads.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     threads.emplace_back([&work, i] {
       CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
