@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <string>
 
 #include "com/Ptr.h"
@@ -34,6 +35,10 @@ class Object {
   template <class... Args>
   Variant Call(const wchar_t* name, Args&&... args) const {
     return Invoke(name, DISPATCH_METHOD, std::forward<Args>(args)...);
+  }
+  // For calls whose arguments are known at run time only.
+  Variant CallWith(const wchar_t* name, std::span<Variant> args) const {
+    return InvokeArray(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, args.data(), args.size());
   }
   // The last argument is the value, those before it index the property. An object is put by reference.
   template <class... Args>

@@ -65,9 +65,12 @@ wine_env() {
   done
   [[ $WINE ]] || die "Wine is missing: run tools/setup"
   export WINEPREFIX=$BUILD/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
-  # No offers to download Mono and Gecko, no windows.
-  export WINEDLLOVERRIDES='mscoree,mshtml='
+  # No offers to download Mono and Gecko. No explorer.exe either: it would make a desktop for the first window, and
+  # without a display the program that wants one waits 10 s for it.
+  export WINEDLLOVERRIDES='mscoree,mshtml,explorer.exe='
   unset DISPLAY WAYLAND_DISPLAY
+  # A BSTR is freed when it is freed, so that the tests can count what is left.
+  export OANOCACHE=1
   # Wine takes code page and language from here; they must not depend on who runs it.
   export LC_ALL=C.UTF-8
 }

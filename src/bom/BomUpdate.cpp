@@ -3,13 +3,13 @@
 #include <exception>
 
 #include "src/frame/Collections.h"
+#include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
 
 namespace mbom {
 namespace {
 
 using com::Object;
-using com::Variant;
 
 constexpr int16_t kNotInUse = 1073;
 constexpr int32_t kCustomerBomBill = 53;

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "src/frame/Convert.h"
+#include "com/ValueText.h"
 
 namespace mbom {
 
@@ -22,7 +22,7 @@ class Sql {
   Sql& operator<<(const wchar_t* text) { return *this << std::wstring_view(text); }
   Sql& operator<<(const std::wstring& text) { return *this << std::wstring_view(text); }
   Sql& operator<<(int32_t number) { return *this << std::wstring_view(std::to_wstring(number)); }
-  Sql& operator<<(const com::Variant& value) { return *this << std::wstring_view(ToText(value)); }
+  Sql& operator<<(const com::Variant& value) { return *this << std::wstring_view(com::ToText(value)); }
 
   const std::wstring& text() const noexcept { return text_; }
 

@@ -1,0 +1,109 @@
+#include "demo/Stories.h"
+
+namespace demo {
+namespace {
+
+using com::Object;
+
+constexpr int32_t kEngineer = 16401;
+constexpr int32_t kPlanner = 16403;
+constexpr int32_t kOrdinaryBill = 50;
+constexpr int32_t kCustomerBomBill = 53;
+
+std::wstring HeadersWhere(const std::wstring& condition) {
+  return L"SELECT FInterID, FBOMNumber, FVersion, FBomType, FStatus, FUseStatus, FOperatorID, FEnterTime, "
+         L"FCheckID, "
+         L"FCheckDate, FParentID, FEcnInterID FROM ICBOM WHERE " +
+         condition + L" ORDER BY FInterID";
+}
+
+std::wstring LinesOf(const wchar_t* table, const wchar_t* id) {
+  return std::wstring(L"SELECT t1.FEntryID, t2.FName AS FItemName, t1.FAuxQty, t3.FName AS FUnitName, "
+                      L"t3.FCoefficient, "
+                      L"t3.FScale, t1.FQty, t1.FBeginDay, t1.FEndDay FROM ") +
+         table + L" t1 INNER JOIN t_ICItem t2 ON t1.FItemID = t2.FItemID " +
+         L"LEFT JOIN t_MeasureUnit t3 ON t1.FUnitID = t3.FItemID WHERE t1.FInterID = " + id +
+         L" ORDER BY t1.FEntryID";
+}
+
+Object Header(int32_t id, int32_t transType) {
+  return Dictionary({{L"FInterID", id}, {L"FTransType", transType}});
+}
+
+void OrdinaryBom(const Stage& stage) {
+  stage.Chapter(L"1. An ordinary BOM, its use status changed");
+  stage.Say(
+      L"The engineer puts the front wheel's BOM 1005 out of use and in use again; its lines have odd units.");
+  const std::wstring headers = HeadersWhere(L"FItemID = 202");
+  const Object save =
+      Vector({Header(1005, kOrdinaryBill), Dictionary({{L"UseStatusChange", true}, {L"FItemID", 202}})});
+  stage.Show(L"The BOMs of item 202 before:", headers);
+  stage.Show(L"The lines of BOM 1005 before:", LinesOf(L"ICBOMChild", L"1005"));
+
+  stage.Call(L"BeginSave", save, kEngineer, L"chs");
+  stage.Show(L"BeginSave took every BOM of the item out of use:", headers);
+  stage.Say(L"Now the bill's form writes BOM 1005, in use, and calls EndSave.");
+  stage.Execute(L"UPDATE ICBOM SET FUseStatus = 1072 WHERE FInterID = 1005");
+
+  stage.Call(L"EndSave", save, kEngineer, L"chs");
+  stage.Show(L"The header after, with operator and date:", headers);
+  stage.Show(L"The lines after: FQty = FAuxQty x (FCoefficient + FScale):", LinesOf(L"ICBOMChild", L"1005"));
+}
+
+void CustomerBom(const Stage& stage) {
+  stage.Chapter(L"2. A customer BOM (transaction type 53)");
+  stage.Say(L"The planner saves customer BOM 3001, made from the configuration BOM 2001.");
+  const std::wstring header = HeadersWhere(L"FInterID = 3001");
+  stage.Show(L"The header before:", header);
+  stage.Show(L"The customer lines before:", LinesOf(L"ICCustBOMChild", L"3001"));
+
+  const Object item = Header(3001, kCustomerBomBill);
+  item.Put(L"Value", L"StateParm", Dictionary({{L"FParentID", 2001}}));
+  stage.Call(L"EndSave", Vector({item}), kPlanner, L"cht");
+  stage.Show(L"The header after, with its maker, not in use:", header);
+  stage.Show(L"The customer lines after:", LinesOf(L"ICCustBOMChild", L"3001"));
+}
+
+void Refusal(const Stage& stage) {
+  stage.Chapter(L"3. A BOM under engineering-change control is refused");
+  const std::wstring header = HeadersWhere(L"FInterID = 1008");
+  stage.Show(L"The rear wheel's BOM before; change 5 made it:", header);
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    stage.Call(L"EndSave", Vector({Header(1008, kOrdinaryBill)}), kEngineer, language);
+  stage.Show(L"And after, untouched:", header);
+}
+
+void RolledBack(const Stage& stage) {
+  stage.Chapter(L"4. A failure is rolled back");
+  stage.Say(
+      L"Planning BOM 2002 is saved, but the last statement of EndSave fails: the vote aborts, and the host "
+      L"rolls the earlier statements back.");
+  const std::wstring header = HeadersWhere(L"FInterID = 2002");
+  const std::wstring lines = LinesOf(L"ICBOMChild", L"2002");
+  stage.Show(L"The header before:", header);
+  stage.Show(L"The lines before:", lines);
+
+  const Object faults = Object::Create(L"ErpStandIn.Faults");
+  constexpr auto kTimeOut = static_cast<int32_t>(0x80040E31);
+  faults.Call(L"Fail", L"Execute", 4, kTimeOut, L"Timeout expired");
+  stage.Call(L"EndSave", Vector({Header(2002, kOrdinaryBill)}), kPlanner, L"en");
+  faults.Call(L"Clear");
+  stage.Show(L"The header after the failure, as it was:", header);
+  stage.Show(L"The lines after the failure, as they were:", lines);
+
+  stage.Say(L"The same save without the failure:");
+  stage.Call(L"EndSave", Vector({Header(2002, kOrdinaryBill)}), kPlanner, L"en");
+  stage.Show(L"The header after:", header);
+  stage.Show(L"The lines after, valid without end, as for every BOM that is not ordinary:", lines);
+}
+
+} // namespace
+
+void TellSaveStory(const Stage& stage) {
+  OrdinaryBom(stage);
+  CustomerBom(stage);
+  Refusal(stage);
+  RolledBack(stage);
+}
+
+} // namespace demo

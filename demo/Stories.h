@@ -1,0 +1,12 @@
+// The stories that the demo tells.
+#pragma once
+
+#include "demo/Stage.h"
+
+namespace demo {
+
+// Saving BOMs: an ordinary one whose use status changed, a customer BOM, a refusal, a failure that is rolled
+// back.
+void TellSaveStory(const Stage& stage);
+
+} // namespace demo

@@ -1,0 +1,73 @@
+#include "src/frame/Convert.h"
+
+#include <gtest/gtest.h>
+
+#include "com/Object.h"
+#include "com/ValueText.h"
+#include "src/frame/Sql.h"
+#include "tests/support/Client.h"
+
+namespace mbom::test {
+namespace {
+
+using com::Object;
+using com::Variant;
+
+constexpr double kDay = 43895; // 2020-03-05
+
+TEST(Convert, ComparesLateBoundValuesWithNumbers) {
+  EXPECT_TRUE(Equals(53, 53));
+  EXPECT_TRUE(Equals(L"53", 53));
+  EXPECT_TRUE(Equals(L" 53.0 ", 53));
+  EXPECT_TRUE(Equals(53.0, 53));
+  EXPECT_TRUE(Equals(Variant(), 0));
+  EXPECT_TRUE(Equals(true, -1));
+  EXPECT_FALSE(Equals(52.5, 53));
+  EXPECT_FALSE(Equals(Variant::Null(), 0));
+  EXPECT_EQ(RaisedBy([] { Equals(L"abc", 53); }).code, DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(RaisedBy([] { Equals(Object(), 53); }).code, DISP_E_TYPEMISMATCH);
+  EXPECT_TRUE(IsGreater(0.5, 0));
+  EXPECT_FALSE(IsGreater(0, 0));
+  EXPECT_FALSE(IsGreater(Variant::Null(), 0));
+  EXPECT_FALSE(IsGreater(Variant(), 0));
+}
+
+TEST(Convert, KnowsTrueFromOtherNumbers) {
+  EXPECT_TRUE(IsTrue(true));
+  EXPECT_TRUE(IsTrue(-1));
+  EXPECT_TRUE(IsTrue(L"True"));
+  EXPECT_FALSE(IsTrue(1));
+  EXPECT_FALSE(IsTrue(false));
+  EXPECT_FALSE(IsTrue(Variant()));
+  EXPECT_FALSE(IsTrue(Variant::Null()));
+  EXPECT_EQ(RaisedBy([] { IsTrue(L"maybe"); }).code, DISP_E_TYPEMISMATCH);
+}
+
+TEST(Convert, TrimsBlanksOnly) {
+  EXPECT_EQ(Trim(L"  a b\t "), L"a b\t");
+  EXPECT_EQ(Trim(L"   "), L"");
+  EXPECT_EQ(Trim(L"\x3000x\x3000"), L"\x3000x\x3000"); // an ideographic blank is a character
+}
+
+TEST(ToText, WritesValuesAsStatementsNeedThem) {
+  EXPECT_EQ(com::ToText(Variant()), L"");
+  EXPECT_EQ(com::ToText(Variant::Null()), L"");
+  EXPECT_EQ(com::ToText(12), L"12");
+  EXPECT_EQ(com::ToText(-0.5), L"-0.5");
+  EXPECT_EQ(com::ToText(true), L"True");
+  EXPECT_EQ(com::ToText(false), L"False");
+  EXPECT_EQ(com::ToText(L"O'Neil"), L"O'Neil");
+  EXPECT_EQ(com::ToText(Variant::Date(kDay)), L"2020-03-05");
+  EXPECT_EQ(com::ToText(Variant::Date(kDay + 0.75)), L"2020-03-05 18:00:00");
+  EXPECT_EQ(RaisedBy([] { com::ToText(Object()); }).code, DISP_E_TYPEMISMATCH);
+}
+
+TEST(Sql, TakesEverythingAsItStands) {
+  EXPECT_EQ((Sql() << L"a='" << std::wstring(L"O'Neil") << L"', b=" << 7 << L", c=" << Variant(1.5) << L", d="
+                   << Variant() << kCrLf)
+                .text(),
+            L"a='O'Neil', b=7, c=1.5, d=\r\n");
+}
+
+} // namespace
+} // namespace mbom::test

@@ -1,0 +1,146 @@
+#include "tests/support/Client.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "com/Text.h"
+#include "com/ValueText.h"
+
+namespace mbom::test {
+namespace {
+
+using com::Object;
+using com::Variant;
+
+// The batches of a script: its parts between lines that hold only GO.
+std::vector<std::wstring> Batches(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) ADD_FAILURE() << "cannot read " << path;
+  std::vector<std::wstring> batches;
+  std::string batch;
+  for (std::string line; std::getline(file, line);) {
+    if (line == "GO" || line == "GO\r") {
+      batches.push_back(com::FromUtf8(batch));
+      batch.clear();
+    } else {
+      batch += line + "\n";
+    }
+  }
+  if (batch.find_first_not_of(" \r\n") != std::string::npos) batches.push_back(com::FromUtf8(batch));
+  return batches;
+}
+
+std::wstring NextName() {
+  static std::atomic<int> next{0};
+  return L":memory:test" + std::to_wstring(++next);
+}
+
+} // namespace
+
+TestDatabase::TestDatabase() : name_(NextName()), connection_(Object::Create(L"ADODB.Connection")) {
+  connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + name_);
+  static const std::vector<std::wstring> schema = Batches(SOURCE_DIR "/standin/database/schema.sql");
+  for (const std::wstring& batch : schema) Execute(batch);
+}
+
+void TestDatabase::Execute(const std::wstring& sql) const {
+  connection_.Call(L"Execute", sql);
+}
+
+std::vector<std::wstring> TestDatabase::Rows(const std::wstring& sql) const {
+  const Object recordset = connection_.Call(L"Execute", sql).AsObject();
+  const Object fields = recordset.Get(L"Fields").AsObject();
+  const int32_t count = fields.Get(L"Count").AsLong();
+  std::vector<std::wstring> rows;
+  for (; !recordset.Get(L"EOF").AsBool(); recordset.Call(L"MoveNext")) {
+    std::wstring row;
+    for (int32_t i = 0; i < count; ++i) {
+      const Variant value = fields.Get(L"Item", i).AsObject().Get(L"Value");
+      row += (i > 0 ? L"|" : L"") + (value.IsNull() ? std::wstring(L"NULL") : com::ToText(value));
+    }
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+std::wstring TestDatabase::Value(const std::wstring& sql) const {
+  const std::vector<std::wstring> rows = Rows(sql);
+  return rows.size() == 1 ? rows[0] : L"(" + std::to_wstring(rows.size()) + L" rows)";
+}
+
+std::wstring TestDatabase::Dsn(const std::wstring& extra) const {
+  const std::wstring dsn =
+      L"Provider=Embedded;Data Source=" + name_ + L";User ID=16394;Now=2026-03-05 14:30:00";
+  return extra.empty() ? dsn : dsn + L";" + extra;
+}
+
+Object MakeDictionary(std::initializer_list<std::pair<const wchar_t*, Variant>> items) {
+  Object dictionary = Object::Create(L"ruvo10.Dictionary");
+  for (const auto& [key, value] : items) dictionary.Put(L"Value", key, value);
+  return dictionary;
+}
+
+Object MakeVector(std::initializer_list<Variant> items) {
+  Object vector = Object::Create(L"ruvo10.Vector");
+  for (const Variant& item : items) vector.Call(L"Add", item);
+  return vector;
+}
+
+Object Hosted(const wchar_t* className) {
+  return Object::Create(L"ErpStandIn.Host")
+      .Call(L"CreateObject", L"QorvaneMBomBill." + std::wstring(className))
+      .AsObject();
+}
+
+Object Unhosted(const wchar_t* className) {
+  return Object::Create((L"QorvaneMBomBill." + std::wstring(className)).c_str());
+}
+
+Trace::Trace() : trace_(Object::Create(L"ErpStandIn.Trace")) {
+  trace_.Call(L"Clear");
+  trace_.Call(L"Start");
+}
+
+Trace::~Trace() {
+  trace_.Call(L"Stop");
+  trace_.Call(L"Clear");
+}
+
+std::vector<std::wstring> Trace::Events() const {
+  std::vector<std::wstring> events;
+  const int32_t count = trace_.Get(L"Count").AsLong();
+  for (int32_t i = 1; i <= count; ++i) events.push_back(trace_.Get(L"Item", i).AsText());
+  return events;
+}
+
+std::vector<std::wstring> Trace::Details(const std::wstring& kind) const {
+  std::vector<std::wstring> details;
+  for (const std::wstring& event : Events())
+    if (event.starts_with(kind + L"\t")) details.push_back(event.substr(kind.size() + 1));
+  return details;
+}
+
+std::vector<std::wstring> Trace::Votes() const {
+  std::vector<std::wstring> votes;
+  for (const std::wstring& event : Events())
+    if (event.starts_with(L"Vote")) votes.push_back(event);
+  return votes;
+}
+
+void Trace::Clear() const {
+  trace_.Call(L"Clear");
+}
+
+Fault::Fault(const std::wstring& kind, int32_t nth) : faults_(Object::Create(L"ErpStandIn.Faults")) {
+  faults_.Call(L"Fail", kind, nth, static_cast<int32_t>(kCode), kText);
+}
+
+Fault::~Fault() {
+  faults_.Call(L"Clear");
+}
+
+} // namespace mbom::test
