@@ -135,7 +135,7 @@ struct Result<Ptr<IUnknown>> {
   static constexpr VARTYPE type = VT_UNKNOWN;
 };
 
-inline Variant ToVariant(const Ptr<IUnknown>& value) {
+inline Variant ToVariant(Ptr<IUnknown>&& value) {
   return Variant::FromUnknown(value);
 }
 template <class T>
