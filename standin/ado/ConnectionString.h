@@ -1,0 +1,33 @@
+// ConnectionString: the key=value pairs of a connection descriptor, separated by ";". Keys compare without
+// case; a value that holds a ";" stands in braces.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace standin::ado {
+
+class ConnectionString {
+ public:
+  explicit ConnectionString(std::wstring_view text);
+
+  // The value of the key's first pair, trimmed and without braces; empty when there is none.
+  std::wstring Get(std::wstring_view key) const;
+  // The descriptor without these keys' pairs.
+  std::wstring Without(std::initializer_list<std::wstring_view> keys) const;
+
+  // Whether the embedded engine serves it: its provider, or a data source and no provider.
+  bool IsEmbedded() const;
+
+ private:
+  struct Pair {
+    std::wstring key;
+    std::wstring value;
+    std::wstring text; // as written
+  };
+  std::vector<Pair> pairs_;
+};
+
+} // namespace standin::ado

@@ -1,0 +1,394 @@
+#include "standin/ado/Recordset.h"
+
+#include <oleauto.h>
+
+#include <algorithm>
+#include <new>
+#include <vector>
+
+#include "com/DispatchObject.h"
+#include "standin/ado/AdoError.h"
+#include "standin/ado/Command.h"
+#include "standin/ado/Connection.h"
+#include "standin/ado/Fields.h"
+#include "standin/host/EventLog.h"
+
+namespace standin::ado {
+namespace {
+
+using com::Object;
+using com::Variant;
+
+constexpr wchar_t kSource[] = L"ADODB.Recordset";
+
+// A bookmark of Move and GetRows that is none but stands for a row (BookmarkEnum).
+constexpr int32_t kBookmarkCurrent = 0;
+constexpr int32_t kBookmarkFirst = 1;
+constexpr int32_t kBookmarkLast = 2;
+
+// What the provider says of a forward-only cursor.
+[[noreturn]] void RaiseCannotFetchBackward() {
+  throw com::ComError(static_cast<HRESULT>(0x80040E24), kProviderSource,
+                      L"Rowset does not support fetching backward.");
+}
+[[noreturn]] void RaiseCannotRestart() {
+  throw com::ComError(static_cast<HRESULT>(0x80040E18), kProviderSource,
+                      L"Rowset position cannot be restarted.");
+}
+
+CursorType CheckedCursorType(int32_t value) {
+  if (value < static_cast<int32_t>(CursorType::Unspecified) ||
+      value > static_cast<int32_t>(CursorType::Static))
+    Raise(AdoError::InvalidArgument, kSource);
+  return static_cast<CursorType>(value);
+}
+
+LockType CheckedLockType(int32_t value) {
+  if (value != kUnspecified && (value < static_cast<int32_t>(LockType::ReadOnly) ||
+                                value > static_cast<int32_t>(LockType::BatchOptimistic)))
+    Raise(AdoError::InvalidArgument, kSource);
+  return static_cast<LockType>(value);
+}
+
+// The columns that GetRows is asked for: one, an array of them, or all.
+std::vector<size_t> ColumnsOf(const RowSet& rows, const Variant& fields) {
+  std::vector<size_t> columns;
+  if (fields.IsMissing() || fields.IsEmpty()) {
+    for (size_t i = 0; i < rows.columns().size(); ++i) columns.push_back(i);
+    return columns;
+  }
+  if (fields.type() != (VT_ARRAY | VT_VARIANT)) return {ColumnOf(rows, fields)};
+  SAFEARRAY* array = fields.raw().parray;
+  LONG first = 0;
+  LONG last = -1;
+  com::Check(SafeArrayGetLBound(array, 1, &first));
+  com::Check(SafeArrayGetUBound(array, 1, &last));
+  for (LONG i = first; i <= last; ++i) {
+    Variant field;
+    com::Check(SafeArrayGetElement(array, &i, field.Out()));
+    columns.push_back(ColumnOf(rows, field));
+  }
+  return columns;
+}
+
+} // namespace
+
+CursorLocation CheckedCursorLocation(int32_t value, const wchar_t* source) {
+  if (value != static_cast<int32_t>(CursorLocation::Server) &&
+      value != static_cast<int32_t>(CursorLocation::Client))
+    Raise(AdoError::InvalidArgument, source);
+  return static_cast<CursorLocation>(value);
+}
+
+Object Recordset::Make(const Variant& source, const Connection& connection, Results results) {
+  const auto object = com::Make<Recordset>();
+  Recordset& recordset = object->object();
+  recordset.source_ = source;
+  recordset.connection_ = connection.self();
+  recordset.Show(std::move(results), connection.session());
+  return com::ToObject(object);
+}
+
+void Recordset::Show(Results results, std::shared_ptr<Session> session) {
+  pending_ = std::move(results);
+  cursor_->rows = nullptr;
+  cursor_->position = 0;
+  cursor_->session = std::move(session);
+  if (!pending_.empty()) {
+    cursor_->rows = std::move(pending_.front().rows);
+    pending_.pop_front();
+  }
+  // Where the cursor is does not change any more when the connection's default does.
+  cursorLocation_ = EffectiveLocation();
+  if (cursorLocation_ == CursorLocation::Client) cursorType_ = CursorType::Static;
+}
+
+CursorLocation Recordset::EffectiveLocation() const {
+  if (cursorLocation_) return *cursorLocation_;
+  const auto* connection = com::Unwrap<Connection>(connection_.pointer());
+  return connection ? connection->cursorLocation() : CursorLocation::Server;
+}
+
+void Recordset::RequireOpen() const {
+  if (!cursor_->open()) Raise(AdoError::ObjectClosed, kSource);
+}
+
+void Recordset::RequireClosed() const {
+  if (cursor_->open()) Raise(AdoError::ObjectOpen, kSource);
+}
+
+void Recordset::Open(const Variant& source, const Variant& activeConnection, int32_t cursorType,
+                     int32_t lockType, int32_t options) {
+  RequireClosed();
+  if (!source.IsMissing()) PutSource(source);
+  if (Object connection = ConnectionFrom(activeConnection, kSource)) connection_ = std::move(connection);
+  if (cursorType != kUnspecified) PutCursorType(cursorType);
+  if (lockType != kUnspecified) PutLockType(lockType);
+  options_ = options;
+
+  if (auto* command = source_.IsObject() ? com::Unwrap<Command>(source_.AsObject().pointer()) : nullptr) {
+    if (Object connection = command->ActiveConnection()) connection_ = std::move(connection);
+    const auto* connection = com::Unwrap<Connection>(connection_.pointer());
+    if (!connection) Raise(AdoError::InvalidConnection, kSource);
+    return Show(command->Run(*connection), connection->session());
+  }
+  if (source_.type() != VT_BSTR) Raise(AdoError::InvalidArgument, kSource);
+  const std::wstring text = source_.AsText();
+  Event(EventKind::Open, text);
+  const auto* connection = com::Unwrap<Connection>(connection_.pointer());
+  if (!connection) Raise(AdoError::InvalidConnection, kSource);
+  Show(connection->Run(text, CommandTypeOf(options)), connection->session());
+}
+
+void Recordset::Close() {
+  RequireOpen();
+  Show({}, nullptr);
+}
+
+void Recordset::Requery(int32_t options) {
+  RequireOpen();
+  if (!connection_) Raise(AdoError::InvalidConnection, kSource);
+  Close();
+  Open(Variant::Missing(), Variant::Missing(), kUnspecified, kUnspecified,
+       options == kUnspecified ? options_ : options);
+}
+
+Object Recordset::GetFields() const {
+  return com::ToObject(com::Make<Fields>(cursor_));
+}
+
+bool Recordset::Bof() const {
+  RequireOpen();
+  return cursor_->bof();
+}
+
+bool Recordset::Eof() const {
+  RequireOpen();
+  return cursor_->eof();
+}
+
+void Recordset::MoveFirst() {
+  RequireOpen();
+  if (ForwardOnly() && cursor_->position != 0) RaiseCannotRestart();
+  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
+  cursor_->position = 0;
+}
+
+void Recordset::MoveLast() {
+  RequireOpen();
+  if (ForwardOnly()) RaiseCannotFetchBackward();
+  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
+  cursor_->position = Last();
+}
+
+void Recordset::MoveNext() {
+  RequireOpen();
+  if (cursor_->eof()) Raise(AdoError::NoCurrentRecord, kSource);
+  ++cursor_->position;
+}
+
+void Recordset::MovePrevious() {
+  RequireOpen();
+  if (ForwardOnly()) RaiseCannotFetchBackward();
+  if (cursor_->bof()) Raise(AdoError::NoCurrentRecord, kSource);
+  --cursor_->position;
+}
+
+void Recordset::Move(int32_t count, const Variant& start) {
+  RequireOpen();
+  ptrdiff_t from = cursor_->position;
+  if (!start.IsMissing() && start.AsLong() != kBookmarkCurrent) {
+    if (ForwardOnly()) RaiseUnsupported(L"Bookmarks", kSource);
+    switch (start.AsLong()) {
+    case kBookmarkFirst: from = 0; break;
+    case kBookmarkLast: from = Last(); break;
+    default: Raise(AdoError::InvalidArgument, kSource);
+    }
+  }
+  if (ForwardOnly() && count < 0) RaiseCannotFetchBackward();
+  if ((count > 0 && cursor_->eof()) || (count < 0 && cursor_->bof()))
+    Raise(AdoError::NoCurrentRecord, kSource);
+  cursor_->position = std::clamp<ptrdiff_t>(from + count, -1, Last() + 1);
+}
+
+int32_t Recordset::RecordCount() const {
+  RequireOpen();
+  const bool counted = cursorType_ == CursorType::Static || cursorType_ == CursorType::Keyset;
+  return counted ? static_cast<int32_t>(cursor_->rows->rowCount()) : -1;
+}
+
+int32_t Recordset::AbsolutePosition() const {
+  RequireOpen();
+  if (RecordCount() < 0) return kPositionUnknown;
+  if (cursor_->eof()) return kPositionEof;
+  if (cursor_->bof()) return kPositionBof;
+  return static_cast<int32_t>(cursor_->position) + 1;
+}
+
+void Recordset::PutAbsolutePosition(int32_t value) {
+  RequireOpen();
+  if (RecordCount() < 0) RaiseUnsupported(L"AbsolutePosition", kSource);
+  if (value < 1 || value > RecordCount()) Raise(AdoError::InvalidArgument, kSource);
+  cursor_->position = value - 1;
+}
+
+Object Recordset::NextRecordset(Variant& recordsAffected) {
+  const auto* connection = com::Unwrap<Connection>(connection_.pointer());
+  if (!connection || (cursor_->session && cursor_->session->closed())) Raise(AdoError::ObjectClosed, kSource);
+  Results rest = std::move(pending_);
+  const std::shared_ptr<Session> session = cursor_->session;
+  Show({}, nullptr);
+  if (rest.empty()) return {};
+  recordsAffected = RecordsAffectedOf(rest);
+  const auto object = com::Make<Recordset>();
+  Recordset& next = object->object();
+  next.source_ = source_;
+  next.connection_ = connection_;
+  next.cursorLocation_ = cursorLocation_;
+  next.cursorType_ = cursorType_;
+  next.lockType_ = lockType_;
+  next.options_ = options_;
+  next.Show(std::move(rest), session);
+  return com::ToObject(object);
+}
+
+Object Recordset::Clone(int32_t lockType) const {
+  RequireOpen();
+  if (ForwardOnly()) RaiseUnsupported(L"Clone of a forward-only recordset", kSource);
+  const auto object = com::Make<Recordset>();
+  Recordset& clone = object->object();
+  *clone.cursor_ = {cursor_->rows, cursor_->session, 0};
+  clone.connection_ = connection_;
+  clone.source_ = source_;
+  clone.cursorLocation_ = EffectiveLocation();
+  clone.cursorType_ = cursorType_;
+  clone.lockType_ = lockType == kUnspecified ? lockType_ : CheckedLockType(lockType);
+  clone.options_ = options_;
+  return com::ToObject(object);
+}
+
+Variant Recordset::GetRows(int32_t rows, const Variant& start, const Variant& fields) {
+  RequireOpen();
+  if (!start.IsMissing()) Move(0, start);
+  if (cursor_->bof() || cursor_->eof()) Raise(AdoError::NoCurrentRecord, kSource);
+  const std::vector<size_t> columns = ColumnsOf(*cursor_->rows, fields);
+  const auto left = static_cast<int32_t>(Last() - cursor_->position + 1);
+  const int32_t count = rows < 0 ? left : std::min(rows, left);
+
+  SAFEARRAYBOUND bounds[]{{static_cast<ULONG>(columns.size()), 0}, {static_cast<ULONG>(count), 0}};
+  SAFEARRAY* array = SafeArrayCreate(VT_VARIANT, 2, bounds);
+  if (!array) throw std::bad_alloc();
+  Variant result;
+  result.raw().vt = VT_ARRAY | VT_VARIANT;
+  result.raw().parray = array;
+  // The fields run fastest, as the client's array has them first.
+  VARIANT* element = nullptr;
+  com::Check(SafeArrayAccessData(array, reinterpret_cast<void**>(&element)));
+  for (int32_t i = 0; i < count; ++i, ++cursor_->position)
+    for (const size_t column : columns)
+      *element++ = cursor_->rows->Value(static_cast<size_t>(cursor_->position), column).Detach();
+  SafeArrayUnaccessData(array);
+  return result;
+}
+
+Variant Recordset::Source() const {
+  if (source_.IsEmpty()) return {L""};
+  const auto* command = source_.IsObject() ? com::Unwrap<Command>(source_.AsObject().pointer()) : nullptr;
+  return command ? Variant(command->CommandText()) : source_;
+}
+
+void Recordset::PutSource(const Variant& value) {
+  RequireClosed();
+  if (value.IsObject() ? !com::Unwrap<Command>(value.AsObject().pointer()) : value.type() != VT_BSTR)
+    Raise(AdoError::InvalidArgument, kSource);
+  source_ = value;
+}
+
+void Recordset::PutActiveConnection(const Variant& value) {
+  if (!cursor_->open()) {
+    connection_ = ConnectionFrom(value, kSource);
+    return;
+  }
+  if (EffectiveLocation() != CursorLocation::Client) Raise(AdoError::ObjectOpen, kSource);
+  Object connection = ConnectionFrom(value, kSource);
+  const auto* attached = com::Unwrap<Connection>(connection.pointer());
+  cursor_->session = attached ? attached->session() : nullptr;
+  connection_ = std::move(connection);
+  pending_.clear();
+}
+
+void Recordset::PutCursorLocation(int32_t value) {
+  RequireClosed();
+  cursorLocation_ = CheckedCursorLocation(value, kSource);
+}
+
+void Recordset::PutCursorType(int32_t value) {
+  RequireClosed();
+  cursorType_ = CheckedCursorType(value);
+  if (cursorType_ == CursorType::Unspecified) cursorType_ = CursorType::ForwardOnly;
+}
+
+void Recordset::PutLockType(int32_t value) {
+  RequireClosed();
+  lockType_ = CheckedLockType(value);
+  if (lockType_ == LockType::Unspecified) lockType_ = LockType::ReadOnly;
+}
+
+Variant Recordset::Filter() const {
+  RaiseUnsupported(L"Filter", kSource);
+}
+
+void Recordset::PutFilter(const Variant& /*value*/) {
+  RaiseUnsupported(L"Filter", kSource);
+}
+
+} // namespace standin::ado
+
+template <>
+const com::DispatchTable& com::TableOf<standin::ado::Recordset>() {
+  using standin::ado::kUnspecified;
+  using standin::ado::Recordset;
+  static const DispatchTable table(
+      IID_NULL,
+      {
+          PropertyGet<&Recordset::GetFields>(DISPID_VALUE, L"Fields"),
+          Method<&Recordset::Open>(kNextId, L"Open",
+                                   {{L"Source", Variant::Missing()},
+                                    {L"ActiveConnection", Variant::Missing()},
+                                    {L"CursorType", kUnspecified},
+                                    {L"LockType", kUnspecified},
+                                    {L"Options", kUnspecified}}),
+          Method<&Recordset::Close>(kNextId, L"Close"),
+          Method<&Recordset::Requery>(kNextId, L"Requery", {{L"Options", kUnspecified}}),
+          PropertyGet<&Recordset::State>(kNextId, L"State"),
+          PropertyGet<&Recordset::Bof>(kNextId, L"BOF"),
+          PropertyGet<&Recordset::Eof>(kNextId, L"EOF"),
+          Method<&Recordset::MoveFirst>(kNextId, L"MoveFirst"),
+          Method<&Recordset::MoveLast>(kNextId, L"MoveLast"),
+          Method<&Recordset::MoveNext>(kNextId, L"MoveNext"),
+          Method<&Recordset::MovePrevious>(kNextId, L"MovePrevious"),
+          Method<&Recordset::Move>(kNextId, L"Move", {L"NumRecords", {L"Start", Variant::Missing()}}),
+          PropertyGet<&Recordset::RecordCount>(kNextId, L"RecordCount"),
+          PropertyGet<&Recordset::AbsolutePosition>(kNextId, L"AbsolutePosition"),
+          PropertyPut<&Recordset::PutAbsolutePosition>(kNextId, L"AbsolutePosition", {L"Value"}),
+          Method<&Recordset::NextRecordset>(kNextId, L"NextRecordset",
+                                            {{L"RecordsAffected", Variant::Missing()}}),
+          Method<&Recordset::Clone>(kNextId, L"Clone", {{L"LockType", kUnspecified}}),
+          Method<&Recordset::GetRows>(
+              kNextId, L"GetRows",
+              {{L"Rows", kUnspecified}, {L"Start", Variant::Missing()}, {L"Fields", Variant::Missing()}}),
+          PropertyGet<&Recordset::Source>(kNextId, L"Source"),
+          PropertyPut<&Recordset::PutSource>(kNextId, L"Source", {L"Value"}),
+          PropertyGet<&Recordset::ActiveConnection>(kNextId, L"ActiveConnection"),
+          PropertyPut<&Recordset::PutActiveConnection>(kNextId, L"ActiveConnection", {L"Value"}),
+          PropertyGet<&Recordset::GetCursorLocation>(kNextId, L"CursorLocation"),
+          PropertyPut<&Recordset::PutCursorLocation>(kNextId, L"CursorLocation", {L"Value"}),
+          PropertyGet<&Recordset::GetCursorType>(kNextId, L"CursorType"),
+          PropertyPut<&Recordset::PutCursorType>(kNextId, L"CursorType", {L"Value"}),
+          PropertyGet<&Recordset::GetLockType>(kNextId, L"LockType"),
+          PropertyPut<&Recordset::PutLockType>(kNextId, L"LockType", {L"Value"}),
+          PropertyGet<&Recordset::Filter>(kNextId, L"Filter"),
+          PropertyPut<&Recordset::PutFilter>(kNextId, L"Filter", {L"Value"}),
+      });
+  return table;
+}

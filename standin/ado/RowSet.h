@@ -1,0 +1,75 @@
+// RowSet: the rows of one result, kept compactly and read in any order.
+//
+// A cell takes 16 bytes; texts, bytes and exact numbers lie in blocks of memory that only grow. The columns'
+// names are there once.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "com/Variant.h"
+#include "standin/tsql/tsql.h"
+
+namespace standin::ado {
+
+// Memory that is handed out piece by piece and freed as a whole.
+class Arena {
+ public:
+  // Aligned for any value.
+  void* Allocate(size_t size);
+
+ private:
+  std::vector<std::unique_ptr<std::byte[]>> blocks_;
+  size_t blockSize_ = 0;
+  size_t used_ = 0;
+};
+
+struct RowColumn {
+  std::wstring name;
+  tsql::Type type;
+  bool nullable;
+};
+
+class RowSet {
+ public:
+  explicit RowSet(std::span<const tsql::Column> columns);
+
+  void Append(std::span<const tsql::Value> row);
+
+  const std::vector<RowColumn>& columns() const { return columns_; }
+  size_t rowCount() const { return rowCount_; }
+  // The position of the first column of that name, in any case; columns().size() when there is none.
+  size_t FindColumn(std::wstring_view name) const;
+
+  com::Variant Value(size_t row, size_t column) const;
+  // The value's length: bytes, of text that is not Unicode characters; 0 for null.
+  int32_t ActualSize(size_t row, size_t column) const;
+
+ private:
+  struct Cell {
+    union {
+      int64_t integer;
+      double real;
+      tsql::DateTime moment;
+      const void* data;
+    };
+    uint32_t size; // characters or bytes
+    tsql::Value::Kind kind;
+  };
+
+  Cell Store(const tsql::Value& value, const tsql::Type& type);
+  const Cell& At(size_t row, size_t column) const { return cells_[row * columns_.size() + column]; }
+
+  std::vector<RowColumn> columns_;
+  std::deque<Cell> cells_;
+  size_t rowCount_ = 0;
+  Arena arena_;
+};
+
+} // namespace standin::ado

@@ -1,0 +1,85 @@
+#include "standin/foundation/Enumerator.h"
+
+#include <oleauto.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <new>
+
+#include "com/Module.h"
+
+namespace standin {
+namespace {
+
+using com::Variant;
+using Elements = std::vector<Variant>;
+
+class Enumerator final : public IEnumVARIANT {
+ public:
+  Enumerator(std::shared_ptr<const Elements> elements, size_t next)
+      : elements_(std::move(elements)), next_(next) {}
+  virtual ~Enumerator() = default;
+  Enumerator(const Enumerator&) = delete;
+  Enumerator& operator=(const Enumerator&) = delete;
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+    if (!object) return E_POINTER;
+    *object = nullptr;
+    if (iid != IID_IUnknown && iid != IID_IEnumVARIANT) return E_NOINTERFACE;
+    *object = static_cast<IEnumVARIANT*>(this);
+    AddRef();
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
+  STDMETHODIMP_(ULONG) Release() override {
+    const ULONG left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+  STDMETHODIMP Next(ULONG wanted, VARIANT* out, ULONG* fetched) override {
+    if (!out || (wanted != 1 && !fetched)) return E_POINTER;
+    ULONG given = 0;
+    HRESULT hr = S_OK;
+    for (; given < wanted && next_ < elements_->size() && SUCCEEDED(hr); ++given) {
+      VariantInit(&out[given]);
+      hr = VariantCopy(&out[given], const_cast<VARIANT*>(&(*elements_)[next_].raw()));
+      if (FAILED(hr)) break;
+      ++next_;
+    }
+    if (fetched) *fetched = given;
+    if (FAILED(hr)) return hr;
+    return given == wanted ? S_OK : S_FALSE;
+  }
+  STDMETHODIMP Skip(ULONG count) override {
+    const size_t left = elements_->size() - next_;
+    next_ += std::min<size_t>(count, left);
+    return count <= left ? S_OK : S_FALSE;
+  }
+  STDMETHODIMP Reset() override {
+    next_ = 0;
+    return S_OK;
+  }
+  STDMETHODIMP Clone(IEnumVARIANT** copy) override {
+    if (!copy) return E_POINTER;
+    *copy = new (std::nothrow) Enumerator(elements_, next_);
+    if (!*copy) return E_OUTOFMEMORY;
+    (*copy)->AddRef();
+    return S_OK;
+  }
+
+ private:
+  std::shared_ptr<const Elements> elements_;
+  size_t next_;
+  std::atomic<ULONG> references_{0};
+  com::ModuleUse use_;
+};
+
+} // namespace
+
+com::Ptr<IUnknown> MakeEnumerator(Elements elements) {
+  return com::Ptr<IUnknown>(new Enumerator(std::make_shared<const Elements>(std::move(elements)), 0));
+}
+
+} // namespace standin

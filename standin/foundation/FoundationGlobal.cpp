@@ -1,0 +1,78 @@
+#include "standin/foundation/FoundationGlobal.h"
+
+#include <oleauto.h>
+
+#include <vector>
+
+#include "com/ComError.h"
+#include "com/DispatchObject.h"
+#include "standin/foundation/TextOf.h"
+
+namespace standin {
+namespace {
+
+using com::Variant;
+
+// The elements of a one-dimensional array of any type.
+std::vector<Variant> Elements(const Variant& values) {
+  SAFEARRAY* array = (values.type() & VT_ARRAY) != 0 ? values.raw().parray : nullptr;
+  VARTYPE type = VT_EMPTY;
+  if (!array || SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &type)))
+    com::RaiseRuntimeError(13, L"ruvo10", L"Type mismatch");
+  LONG first = 0;
+  LONG last = -1;
+  com::Check(SafeArrayGetLBound(array, 1, &first));
+  com::Check(SafeArrayGetUBound(array, 1, &last));
+  std::vector<Variant> elements;
+  for (LONG i = first; i <= last; ++i) {
+    Variant element;
+    VARIANT& raw = element.raw();
+    if (type == VT_VARIANT) {
+      com::Check(SafeArrayGetElement(array, &i, &raw));
+    } else {
+      com::Check(SafeArrayGetElement(array, &i, type == VT_DECIMAL ? static_cast<void*>(&raw) : &raw.bVal));
+      raw.vt = type;
+    }
+    elements.push_back(std::move(element));
+  }
+  return elements;
+}
+
+bool IsDigit(wchar_t c) {
+  return c >= L'0' && c <= L'9';
+}
+
+} // namespace
+
+std::wstring FoundationGlobal::FormatText(const std::wstring& text, const Variant& values) const {
+  const std::vector<Variant> elements = Elements(values);
+  std::wstring result;
+  for (size_t i = 0; i < text.size();) {
+    size_t end = i + 1;
+    if (text[i] == L'%' && end < text.size() && text[end] == L'%') {
+      ++end;
+    } else if (text[i] == L'%') {
+      size_t number = 0;
+      for (; end < text.size() && IsDigit(text[end]); ++end)
+        if (number <= elements.size()) number = number * 10 + static_cast<size_t>(text[end] - L'0');
+      if (number >= 1 && number <= elements.size() && text[i + 1] != L'0') {
+        result += TextOf(elements[number - 1]);
+        i = end;
+        continue;
+      }
+    }
+    result.append(text, i, end - i);
+    i = end;
+  }
+  return result;
+}
+
+} // namespace standin
+
+template <>
+const com::DispatchTable& com::TableOf<standin::FoundationGlobal>() {
+  using standin::FoundationGlobal;
+  static const DispatchTable table(
+      IID_NULL, {Method<&FoundationGlobal::FormatText>(kNextId, L"FormatText", {L"Template", L"Values"})});
+  return table;
+}

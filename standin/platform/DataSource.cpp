@@ -1,0 +1,51 @@
+#include "standin/platform/DataSource.h"
+
+#include "com/ComError.h"
+#include "com/DispatchObject.h"
+#include "com/Text.h"
+#include "standin/ado/Connection.h"
+#include "standin/host/UnitOfWork.h"
+
+namespace standin {
+
+using com::Object;
+using com::Variant;
+
+std::wstring DataSource::UserId() const {
+  const std::wstring id = descriptor_.Get(L"User ID");
+  return id.empty() ? L"0" : id;
+}
+
+// What two descriptors of one data source have in common; the keys that make no difference to it are left
+// out.
+std::wstring DataSource::Identity() const {
+  if (descriptor_.IsEmbedded()) return L"Embedded;" + com::Lower(descriptor_.Get(L"Data Source"));
+  return descriptor_.Without({L"Language", L"SubID", L"Now"});
+}
+
+Object DataSource::Open() const {
+  if (!descriptor_.IsEmbedded()) {
+    Object connection = Object::Create(L"ADODB.Connection");
+    connection.Call(L"Open", Identity());
+    return connection;
+  }
+  const auto connection = com::Make<ado::Connection>();
+  connection->object().Open(descriptor_.Without({}), Variant::Missing(), Variant::Missing(),
+                            ado::kUnspecified);
+  return com::ToObject(connection);
+}
+
+Object DataSource::Connect() const {
+  if (descriptor_.Get(L"Provider").empty() && descriptor_.Get(L"Data Source").empty())
+    throw com::ComError(E_INVALIDARG, L"QorvaneGlobal",
+                        L"The connection descriptor names neither a provider nor a data source.");
+  UnitOfWork* unit = UnitOfWork::Current();
+  if (!unit) return Open();
+  Object connection = unit->Enlist(Identity(), [this] { return Open(); });
+  // The unit may have the session from a descriptor with another clock.
+  if (auto* embedded = com::Unwrap<ado::Connection>(connection.pointer()))
+    embedded->session()->SetClock(descriptor_);
+  return connection;
+}
+
+} // namespace standin

@@ -1,0 +1,41 @@
+// The entry points of the COM server.
+#include <windows.h>
+
+#include "com/Module.h"
+#include "com/Registration.h"
+#include "standin/host/ThreadState.h"
+#include "standin/server/Classes.h"
+
+namespace {
+
+bool RunsUnderWine() {
+  const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+  return ntdll && GetProcAddress(ntdll, "wine_get_version");
+}
+
+com::RegistrationInfo Registered() {
+  return {com::ModulePath(), RunsUnderWine() ? standin::Classes() : standin::ClassesBesidesAdo(), false};
+}
+
+} // namespace
+
+STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object) {
+  return com::GetClassObject(standin::Classes(), classId, iid, object);
+}
+
+STDAPI DllCanUnloadNow() {
+  return com::ModuleInUse() ? S_FALSE : S_OK;
+}
+
+STDAPI DllRegisterServer() {
+  return com::Register(Registered());
+}
+
+STDAPI DllUnregisterServer() {
+  return com::Unregister(Registered());
+}
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* /*reserved*/) {
+  if (reason == DLL_THREAD_DETACH) standin::ReleaseThreadState();
+  return TRUE;
+}
