@@ -5,10 +5,10 @@
 #include <deque>
 #include <vector>
 
+#include "com/ValueText.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Connection.h"
 #include "standin/ado/Recordset.h"
-#include "standin/foundation/TextOf.h"
 #include "standin/host/EventLog.h"
 
 namespace standin::ado {
@@ -79,7 +79,7 @@ std::wstring Command::EventDetail() const {
   for (const Parameter* parameter : parameters_->object().items()) {
     if (!parameter->IsInput()) continue;
     detail += L'\t';
-    detail += parameter->Name() + L'=' + TextOf(parameter->Value());
+    detail += parameter->Name() + L'=' + com::ToText(parameter->Value());
   }
   return detail;
 }

@@ -8,7 +8,7 @@
 
 #include "com/ComError.h"
 #include "com/Text.h"
-#include "standin/foundation/TextOf.h"
+#include "com/ValueText.h"
 
 namespace standin::ado {
 namespace {
@@ -215,7 +215,7 @@ Variant Convert(const Variant& value, DataType type) {
   if (value.IsEmpty() || value.IsNull()) return value;
   const VARTYPE wanted = AutomationTypeOf(type);
   if (wanted == VT_EMPTY || value.type() == wanted) return value;
-  return wanted == VT_BSTR ? Variant(standin::TextOf(value)) : value.As(wanted);
+  return wanted == VT_BSTR ? Variant(com::ToText(value)) : value.As(wanted);
 }
 
 tsql::Value ToValue(const Variant& value, std::string& storage) {

@@ -6,8 +6,8 @@
 
 #include "com/DispatchObject.h"
 #include "com/Text.h"
+#include "com/ValueText.h"
 #include "standin/foundation/Enumerator.h"
-#include "standin/foundation/TextOf.h"
 
 namespace standin {
 namespace {
@@ -44,7 +44,7 @@ class Key {
     if (key.type() == VT_BSTR) {
       text_ = {key.raw().bstrVal, SysStringLen(key.raw().bstrVal)};
     } else {
-      converted_ = TextOf(key);
+      converted_ = com::ToText(key);
       text_ = converted_;
     }
     hash_ = HashOf(text_);

@@ -6,7 +6,7 @@
 
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
-#include "standin/foundation/TextOf.h"
+#include "com/ValueText.h"
 
 namespace standin {
 namespace {
@@ -56,7 +56,7 @@ std::wstring FoundationGlobal::FormatText(const std::wstring& text, const Varian
       for (; end < text.size() && IsDigit(text[end]); ++end)
         if (number <= elements.size()) number = number * 10 + static_cast<size_t>(text[end] - L'0');
       if (number >= 1 && number <= elements.size() && text[i + 1] != L'0') {
-        result += TextOf(elements[number - 1]);
+        result += com::ToText(elements[number - 1]);
         i = end;
         continue;
       }

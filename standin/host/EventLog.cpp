@@ -29,12 +29,14 @@ void EventLog::Arm(std::wstring_view kind, int32_t nth, HRESULT hr, const std::w
   faults_.push_back({static_cast<EventKind>(name - kKindNames.begin()), nth, hr, description});
 }
 
-void EventLog::Record(EventKind kind, std::wstring_view detail) {
+void EventLog::Record(EventKind kind, std::optional<std::wstring_view> detail) {
   if (pauses_ > 0) return;
   if (recording_) {
     std::wstring event = kKindNames[static_cast<size_t>(kind)];
-    event += L'\t';
-    event += detail;
+    if (detail) {
+      event += L'\t';
+      event += *detail;
+    }
     events_.push_back(std::move(event));
   }
   for (Fault& fault : faults_)
@@ -46,7 +48,7 @@ void EventLog::Record(EventKind kind, std::wstring_view detail) {
   throw com::ComError(fault.hr, kSource, fault.description);
 }
 
-void Event(EventKind kind, std::wstring_view detail) {
+void Event(EventKind kind, std::optional<std::wstring_view> detail) {
   CurrentThread().events.Record(kind, detail);
 }
 

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,7 +36,7 @@ class EventLog {
   void Start() { recording_ = true; }
   void Stop() { recording_ = false; }
   void Clear() { events_.clear(); }
-  // Each the kind's name, a TAB and the detail.
+  // Each the kind's name, and for the kinds with a detail a TAB and the detail.
   const std::vector<std::wstring>& events() const { return events_; }
 
   // The nth event of the kind from now (1 is the next one) fails so. Throws run-time error 5 for an unknown
@@ -44,7 +45,7 @@ class EventLog {
   void Disarm() { faults_.clear(); }
 
   // Throws the armed failure when this event is its one.
-  void Record(EventKind kind, std::wstring_view detail);
+  void Record(EventKind kind, std::optional<std::wstring_view> detail);
 
   // While one lives, what happens on the thread is the stand-in's own doing: no events.
   class Pause {
@@ -73,6 +74,6 @@ class EventLog {
 };
 
 // Records an event of the calling thread.
-void Event(EventKind kind, std::wstring_view detail = {});
+void Event(EventKind kind, std::optional<std::wstring_view> detail = {});
 
 } // namespace standin
