@@ -23,7 +23,7 @@ std::wstring DateText(const Variant& value) {
   return result;
 }
 
-}  // namespace
+} // namespace
 
 std::wstring ToText(const Variant& value) {
   switch (value.type()) {
@@ -37,4 +37,4 @@ std::wstring ToText(const Variant& value) {
   }
 }
 
-}  // namespace com
+} // namespace com

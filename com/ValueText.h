@@ -7,8 +7,8 @@
 
 namespace com {
 
-// Null and Empty give nothing, numbers have a point whatever the locale, a Boolean is True or False, a date yyyy-mm-dd,
-// with hh:nn:ss where it has a time. An object is a type mismatch (DISP_E_TYPEMISMATCH).
+// Null and Empty give nothing, numbers have a point whatever the locale, a Boolean is True or False, a date
+// yyyy-mm-dd, with hh:nn:ss where it has a time. An object is a type mismatch (DISP_E_TYPEMISMATCH).
 std::wstring ToText(const Variant& value);
 
-}  // namespace com
+} // namespace com

@@ -2,7 +2,6 @@
 
 #include <oleauto.h>
 
-#include <cstring>
 #include <new>
 
 #include "com/ComError.h"
@@ -119,7 +118,14 @@ bool Variant::operator==(const Variant& other) const noexcept {
   case VT_ERROR: return v_.lVal == other.v_.lVal;
   case VT_DISPATCH:
   case VT_UNKNOWN: return v_.punkVal == other.v_.punkVal;
-  default: return std::memcmp(&v_, &other.v_, sizeof v_) == 0;
+  case VT_R8:
+  case VT_DATE: return v_.dblVal == other.v_.dblVal;
+  case VT_CY:
+  case VT_I8: return v_.llVal == other.v_.llVal;
+  case VT_DECIMAL:
+    return VarDecCmp(const_cast<DECIMAL*>(&v_.decVal), const_cast<DECIMAL*>(&other.v_.decVal)) == VARCMP_EQ;
+  // Arrays and the rest are never the same: who asks must not miss a change.
+  default: return false;
   }
 }
 

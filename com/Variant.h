@@ -50,7 +50,7 @@ class Variant {
   // A reference to a variable that outlives the call.
   static Variant Reference(Variant& target) noexcept;
 
-  // The same type and the same value; objects by identity. No conversion.
+  // The same type and the same value; objects by identity. No conversion; arrays are never the same.
   bool operator==(const Variant& other) const noexcept;
 
   VARTYPE type() const noexcept { return v_.vt; }

@@ -10,7 +10,6 @@ namespace mbom {
 namespace {
 
 using com::Object;
-using com::Variant;
 
 constexpr int16_t kNotInUse = 1073;
 constexpr int32_t kCustomerBomBill = 53;
