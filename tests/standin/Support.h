@@ -43,7 +43,7 @@ Raised RaisedBy(Action&& action) {
 
 // An error of ADO, of the run time or of Automation languages, by its number.
 constexpr HRESULT Numbered(int number) {
-  return static_cast<HRESULT>(0x800A0000U + static_cast<unsigned>(number));
+  return MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number);
 }
 
 // A name that no other database in memory has.

@@ -98,7 +98,7 @@ TEST(Connection, ExecutesATableAndAProcedureByName) {
 
 TEST(Connection, EndsItsTransactions) {
   const Database database;
-  const Object connection = database.connection();
+  const Object& connection = database.connection();
   EXPECT_EQ(connection.Call(L"BeginTrans"), Variant(1));
   database.Execute(L"DELETE FROM t WHERE FInterID = 1");
   connection.Call(L"RollbackTrans");
@@ -111,7 +111,7 @@ TEST(Connection, EndsItsTransactions) {
 
 TEST(Connection, KnowsOneTransactionAtATime) {
   const Database database;
-  const Object connection = database.connection();
+  const Object& connection = database.connection();
   EXPECT_EQ(RaisedBy([&] { connection.Call(L"CommitTrans"); }).code, static_cast<HRESULT>(0x8004D00E));
   EXPECT_EQ(RaisedBy([&] { connection.Call(L"RollbackTrans"); }).code, static_cast<HRESULT>(0x8004D00E));
   connection.Call(L"BeginTrans");
