@@ -14,6 +14,8 @@ constexpr int32_t kUnspecified = -1;
 constexpr int32_t kCommandText = 1;
 constexpr int32_t kParameterInput = 1;
 constexpr int32_t kVarWChar = 202;
+constexpr int32_t kUseClient = 3;
+constexpr int32_t kStateClosed = 0;
 
 } // namespace
 
@@ -33,6 +35,30 @@ Variant Recordset::operator[](const wchar_t* field) const {
 Recordset Connection::Execute(const Sql& statement) const {
   return Recordset(
       object_.Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject());
+}
+
+ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor)
+    : Recordset(Object::Create(ado::kRecordsetProgId)), connection_(connection) {
+  object().Put(ado::kActiveConnection, connection.object());
+  object().Put(ado::kCursorLocation, kUseClient);
+  if (cursor != Cursor::Unspecified) object().Put(ado::kCursorType, static_cast<int32_t>(cursor));
+}
+
+void ClientRecordset::Open(const Sql& query) const {
+  if (IsOpen()) object().Call(ado::kClose);
+  object().Call(ado::kOpen, query.text(), connection_.object(), kUnspecified, kUnspecified, kUnspecified);
+}
+
+bool ClientRecordset::IsOpen() const {
+  return object().Get(ado::kState).AsLong() != kStateClosed;
+}
+
+int32_t ClientRecordset::RecordCount() const {
+  return object().Get(ado::kRecordCount).AsLong();
+}
+
+void ClientRecordset::Detach() const {
+  object().Put(ado::kActiveConnection, Object());
 }
 
 Command::Command(const Connection& connection, const std::wstring& text)

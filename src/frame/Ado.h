@@ -39,6 +39,26 @@ class Connection {
   com::Object object_;
 };
 
+// A recordset that the component opens itself: client-side, so that it is counted and can be detached. Made
+// closed.
+class ClientRecordset : public Recordset {
+ public:
+  enum class Cursor : int32_t { Unspecified = -1, Static = 3 };
+
+  explicit ClientRecordset(const Connection& connection, Cursor cursor = Cursor::Unspecified);
+
+  // Opens it on the rows of a query; closes first what it was open on.
+  void Open(const Sql& query) const;
+  // Whether there are rows to read, and be it none: a statement that yields no rows leaves it closed.
+  bool IsOpen() const;
+  int32_t RecordCount() const;
+  // Takes it off its connection; the rows stay.
+  void Detach() const;
+
+ private:
+  Connection connection_;
+};
+
 // A parameterised command whose parameters are input texts.
 class Command {
  public:

@@ -18,6 +18,7 @@ class Dictionary {
   void Put(const wchar_t* key, const com::Variant& value) const {
     object_.Put(outside::dictionary::kValue, key, value);
   }
+  bool Holds(const wchar_t* key) const { return object_.Call(outside::dictionary::kExists, key).AsBool(); }
   const com::Object& object() const noexcept { return object_; }
 
  private:

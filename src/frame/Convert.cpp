@@ -1,5 +1,7 @@
 #include "src/frame/Convert.h"
 
+#include <charconv>
+
 #include "com/ComError.h"
 
 namespace mbom {
@@ -29,6 +31,28 @@ bool IsGreater(const Variant& value, int32_t number) {
 bool IsTrue(const Variant& value) {
   if (value.type() == VT_BSTR) return value.AsBool();
   return Equals(value, VARIANT_TRUE);
+}
+
+double LeadingNumber(const std::wstring& text) {
+  const std::wstring number = Trim(text);
+  const auto digitsFrom = [&number](size_t at) {
+    while (at < number.size() && number[at] >= L'0' && number[at] <= L'9') ++at;
+    return at;
+  };
+  const size_t sign = !number.empty() && (number[0] == L'-' || number[0] == L'+') ? 1 : 0;
+  size_t end = digitsFrom(sign);
+  if (end < number.size() && number[end] == L'.') end = digitsFrom(end + 1);
+  if (end < number.size() && (number[end] == L'e' || number[end] == L'E')) {
+    size_t exponent = end + 1;
+    if (exponent < number.size() && (number[exponent] == L'-' || number[exponent] == L'+')) ++exponent;
+    if (const size_t last = digitsFrom(exponent); last > exponent) end = last;
+  }
+  // All of it is ASCII now; what holds no digit at all, or too large an exponent, leaves the 0.
+  const std::string ascii(number.begin() + (number.starts_with(L'+') ? 1 : 0),
+                          number.begin() + static_cast<ptrdiff_t>(end));
+  double value = 0;
+  std::from_chars(ascii.data(), ascii.data() + ascii.size(), value);
+  return value;
 }
 
 std::wstring Trim(const std::wstring& text) {

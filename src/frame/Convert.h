@@ -15,6 +15,9 @@ bool IsGreater(const com::Variant& value, int32_t number);
 // `value = True`: a Boolean True, or the number -1 that it counts as.
 bool IsTrue(const com::Variant& value);
 
+// The number that a text begins with, blanks aside; 0 where it begins with none. Never fails.
+double LeadingNumber(const std::wstring& text);
+
 // Without leading and trailing blanks (U+0020 only).
 std::wstring Trim(const std::wstring& text);
 
