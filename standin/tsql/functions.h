@@ -1,0 +1,20 @@
+// The functions that the emitter's SQL calls where SQLite's own semantics differ from the dialect's:
+// conversions, checked arithmetic, decimals, texts under the collation, dates. One that fails leaves the
+// server's error in the context, for SQLite's own error says only that a function failed.
+#pragma once
+
+#include "catalog.h"
+
+namespace tsql {
+
+struct FunctionContext {
+  std::optional<Error> error;
+  int64_t now = 0; // what GETDATE() answers throughout a statement
+  const std::vector<Datum>* variables = nullptr;
+  const Catalog* catalog = nullptr;
+};
+
+// Registers the functions and the collation "tsql"; the context outlives the connection.
+void RegisterFunctions(sqlite3* connection, FunctionContext& context);
+
+} // namespace tsql

@@ -1,0 +1,40 @@
+// Turns the text of a batch into tokens. Comments and blanks disappear; texts and bracketed names come out
+// without their delimiters and doublings. The last token is always End.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tsql {
+
+enum class TokenKind : uint8_t {
+  Word,       // a keyword or a plain name
+  QuotedName, // [name] or "name": never a keyword
+  Variable,   // @name, @@name
+  Text,
+  UnicodeText,
+  Integer,
+  Decimal,
+  Float,
+  Money,
+  Binary, // 0x...; the text holds the bytes
+  Symbol,
+  End,
+};
+
+struct Token {
+  TokenKind kind = TokenKind::End;
+  std::string text;
+  std::string_view source; // as written
+  int line = 1;
+};
+
+// The tokens hold views of `batch`. Errors 105 and 113 are thrown.
+std::vector<Token> Tokenize(std::string_view batch);
+
+// Words that cannot be names; a syntax error at one of them is 156 instead of 102.
+bool IsReserved(std::string_view word);
+
+} // namespace tsql

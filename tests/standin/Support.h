@@ -1,0 +1,87 @@
+// What the stand-in's tests have at hand: objects by ProgID, errors as a client sees them, a database in
+// memory.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <oaidl.h>
+#include <oleauto.h>
+
+#include <string>
+#include <vector>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+#include "com/Variant.h"
+#include "tests/support/Printing.h"
+
+namespace standin::test {
+
+using com::Object;
+using com::Variant;
+using Texts = std::vector<std::wstring>;
+
+inline Object New(const wchar_t* progId) {
+  return Object::Create(progId);
+}
+
+// What a call raises. Nothing raised is code 0.
+struct Raised {
+  HRESULT code = 0;
+  std::wstring source;
+  std::wstring description;
+};
+
+template <class Action>
+Raised RaisedBy(Action&& action) {
+  try {
+    action();
+  } catch (const com::ComError& error) {
+    return {error.code(), error.source(), error.description()};
+  }
+  return {};
+}
+
+// An error of ADO, of the run time or of Automation languages, by its number.
+constexpr HRESULT Numbered(int number) {
+  return static_cast<HRESULT>(0x800A0000U + static_cast<unsigned>(number));
+}
+
+// A name that no other database in memory has.
+std::wstring NextMemoryName();
+
+// An open connection to a database in memory of its own, with the table "t" and its three rows:
+// FInterID int 1, 2, 3; FName nvarchar(20) one, two, null.
+class Database {
+ public:
+  Database();
+
+  const Object& connection() const { return connection_; }
+  std::wstring Dsn(const std::wstring& extra = {}) const;
+  Object Execute(const std::wstring& sql) const { return connection_.Call(L"Execute", sql).AsObject(); }
+  // The first column of the query's rows as text, joined by ",". Null reads NULL.
+  std::wstring Column(const std::wstring& sql) const;
+  // A recordset that is opened on the text; client-side when `location` is 3.
+  Object Open(const std::wstring& sql, int32_t location) const;
+
+ private:
+  std::wstring name_;
+  Object connection_;
+};
+
+std::wstring ColumnText(const Object& recordset);
+Variant ValueOf(const Object& recordset, const wchar_t* field);
+
+// Records the thread's events while it lives.
+class Trace {
+ public:
+  Trace();
+  ~Trace();
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+  Texts Events() const;
+
+ private:
+  Object trace_;
+};
+
+} // namespace standin::test

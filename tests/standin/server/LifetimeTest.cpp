@@ -1,0 +1,95 @@
+// Memory over many calls: what a call takes it gives back.
+#include <windows.h>
+
+#include <psapi.h>
+
+#include <thread>
+
+#include "tests/standin/Worker.h"
+
+namespace standin::test {
+namespace {
+
+size_t PrivateBytes() {
+  PROCESS_MEMORY_COUNTERS_EX counters{};
+  counters.cb = sizeof counters;
+  GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
+                       sizeof counters);
+  return counters.PrivateUsage;
+}
+
+// The growth over many rounds after some to warm up.
+template <class Round>
+size_t Growth(int rounds, Round round) {
+  for (int i = 0; i < rounds / 4; ++i) round();
+  const size_t before = PrivateBytes();
+  for (int i = 0; i < rounds; ++i) round();
+  const size_t after = PrivateBytes();
+  return after > before ? after - before : 0;
+}
+
+constexpr size_t kNoise = 512 * 1024;
+
+TEST(Memory, IsFlatOverCollections) {
+  const auto round = [] {
+    const Object rows = New(L"ruvo10.Vector");
+    for (int i = 0; i < 50; ++i) {
+      const Object row = New(L"ruvo10.Dictionary");
+      for (int field = 0; field < 20; ++field)
+        row.Put(L"Value", L"FField" + std::to_wstring(field), L"a text that is longer than a small string");
+      rows.Call(L"Add", row);
+    }
+  };
+  EXPECT_LT(Growth(200, round), kNoise); // one leaked round is about 150 kB
+}
+
+TEST(Memory, IsFlatOverUnitsOfWork) {
+  const Database database;
+  const Object worker = HostedWorker();
+  const std::wstring dsn = database.Dsn();
+  const auto round = [&] {
+    worker.Call(L"Run", dsn, L"bind|UPDATE t SET FName = 'x' WHERE FInterID = 1|complete");
+    RaisedBy([&] { worker.Call(L"Run", dsn, L"bind|DELETE FROM t|abort|raise"); });
+  };
+  EXPECT_LT(Growth(400, round), kNoise);
+}
+
+TEST(Memory, IsFlatOverRecordsets) {
+  const Database database;
+  for (int i = 4; i < 200; ++i)
+    database.Execute(L"INSERT INTO t VALUES (" + std::to_wstring(i) + L", 'a name of some length')");
+  const auto round = [&] {
+    const Object recordset = database.Open(L"SELECT FInterID, FName FROM t", 3);
+    const Object field = recordset.Get(L"Fields").AsObject().Get(L"Item", 1).AsObject();
+    recordset.Put(L"ActiveConnection", Object());
+    for (; !recordset.Get(L"EOF").AsBool(); recordset.Call(L"MoveNext")) field.Get(L"Value");
+    RaisedBy([&] { database.Execute(L"SELECT * FROM nowhere"); });
+  };
+  EXPECT_LT(Growth(400, round), kNoise); // one leaked result is about 16 kB
+}
+
+TEST(Threads, WorkSideBySideWithTheirOwnUnits) {
+  const Database database;
+  const auto work = [&](int first) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    {
+      const Object worker = HostedWorker();
+      for (int i = 0; i < 5; ++i) {
+        const std::wstring id = std::to_wstring(first + i);
+        worker.Call(L"Run", database.Dsn(),
+                    L"bind|INSERT INTO t (FInterID) VALUES (" + id + L")|" +
+                        (i % 2 ? L"abort" : L"complete"));
+      }
+    }
+    CoUninitialize();
+  };
+  std::thread first(work, 100);
+  std::thread second(work, 200);
+  first.join();
+  second.join();
+  EXPECT_EQ(database.Column(L"SELECT FInterID FROM t WHERE FInterID >= 100 ORDER BY FInterID"),
+            L"100,102,104,200,202,204");
+}
+
+} // namespace
+} // namespace standin::test
