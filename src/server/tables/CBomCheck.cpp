@@ -12,7 +12,7 @@ const com::DispatchTable& com::TableOf<mbom::CBomCheck>() {
                                        {L"sDsn", L"lInterID", L"sBillNo", L"lEmpID", L"strMsg"}),
           Method<&CBomCheck::BomUndoCheck>(
               3, L"BomUndoCheck",
-              {L"sDsn", L"lInterID", L"sBillNo", L"lEmpID", {L"lType", 0}, {L"strMsg", L""}}),
+              {L"sDsn", L"lInterID", L"sBillNo", L"lEmpID", {L"lType", 0}, {L"strMsg", Variant::Missing()}}),
           Method<&CBomCheck::GetBomDelInfo>(4, L"GetBomDelInfo",
                                             {L"sDsn", L"lInterID", L"sBillNo", L"strMsg"}),
           Method<&CBomCheck::GetBomModifyInfo>(5, L"GetBomModifyInfo",
