@@ -98,7 +98,7 @@ Results Command::Run(const Connection& connection) {
     bound.push_back(parameter);
   }
 
-  const std::shared_ptr<Session> session = connection.session();
+  const std::shared_ptr<Session>& session = connection.session();
   Results results;
   int32_t status = 0;
   switch (type_) {

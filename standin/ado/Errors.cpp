@@ -12,6 +12,7 @@ com::Object Errors::Item(int32_t index) const {
 
 com::Ptr<IUnknown> Errors::NewEnum() const {
   std::vector<com::Variant> elements;
+  elements.reserve(errors_->size());
   for (int32_t i = 0; i < Count(); ++i) elements.emplace_back(Item(i));
   return MakeEnumerator(std::move(elements));
 }

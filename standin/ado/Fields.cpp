@@ -83,6 +83,7 @@ Object Fields::Item(const Variant& index) const {
 
 com::Ptr<IUnknown> Fields::NewEnum() const {
   std::vector<Variant> elements;
+  elements.reserve(static_cast<size_t>(Count()));
   for (int32_t i = 0; i < Count(); ++i) elements.emplace_back(Item(i));
   return MakeEnumerator(std::move(elements));
 }

@@ -2,7 +2,7 @@
 //
 // A script is UTF-8; a line that holds only GO ends a batch. --new replaces the file, otherwise it is created
 // if it is not there. A script's first error is followed by no more of its batches, and the exit code is 1.
-#include <tsql.h>
+#include "standin/tsql/tsql.h"
 
 #include <cstdio>
 #include <exception>

@@ -18,10 +18,10 @@ constexpr size_t kFewestSlots = 16;
 
 wchar_t Upper(wchar_t c) {
   if (c < 0x80) return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - (L'a' - L'A')) : c;
-  // Caseless scripts, most of what is not ASCII here, need no call.
-  if (c >= 0x2E80 && c < 0xFF00) return c;
-  return static_cast<wchar_t>(reinterpret_cast<uintptr_t>(
-      CharUpperW(reinterpret_cast<wchar_t*>(static_cast<uintptr_t>(static_cast<uint16_t>(c))))));
+  // Chinese, most of what is not ASCII here, has no case and needs no call.
+  if (c >= 0x2E80 && c < 0xA000) return c;
+  CharUpperBuffW(&c, 1);
+  return c;
 }
 
 uint32_t HashOf(std::wstring_view key) {

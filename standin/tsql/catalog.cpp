@@ -242,6 +242,7 @@ void Catalog::AddTable(const TableInfo& table) {
     return;
   }
   WriteTable(table);
+  if (table.place == Place::Global) ownGlobal_.push_back(table.name);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
 }
 
@@ -266,11 +267,22 @@ void Catalog::RemoveTable(const TableInfo& table) {
     return;
   }
   EraseTable(table);
+  std::erase(ownGlobal_, table.name);
   ContentsOf(table.place).tables.erase(table.name);
+}
+
+void Catalog::TouchSchema() const {
+  // Views and procedures are rows to SQLite: its count of schema changes must move with them all the same.
+  PreparedStatement read = connection_.Prepare("PRAGMA main.schema_version");
+  read.Step();
+  const int64_t next = read.ColumnInteger(0) + 1;
+  read.Reset();
+  connection_.Run("PRAGMA main.schema_version = " + std::to_string(next));
 }
 
 void Catalog::AddModule(ObjectKind kind, const ModuleInfo& module) {
   ++version_;
+  TouchSchema();
   RunWith(connection_, "INSERT OR REPLACE INTO main.\"~modules\" VALUES (?, ?, ?)",
           {Text(module.name), Datum::OfInteger(static_cast<int64_t>(kind)), Text(module.text)});
   auto& modules = kind == ObjectKind::View ? main_.views : main_.procedures;
@@ -279,6 +291,7 @@ void Catalog::AddModule(ObjectKind kind, const ModuleInfo& module) {
 
 void Catalog::RemoveModule(const std::string& name) {
   ++version_;
+  TouchSchema();
   RunWith(connection_, "DELETE FROM main.\"~modules\" WHERE name = ?", {Text(name)});
   main_.views.erase(name);
   main_.procedures.erase(name);

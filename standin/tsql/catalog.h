@@ -7,7 +7,6 @@
 #include "ast.h"
 #include "sqlite.h"
 
-#include <atomic>
 #include <map>
 
 namespace tsql {
@@ -67,11 +66,6 @@ struct NameLess {
   bool operator()(const std::string& left, const std::string& right) const;
 };
 
-// Counts committed schema changes, shared by the sessions of a database.
-struct SchemaVersions {
-  std::atomic<uint64_t> main{1};
-};
-
 class Catalog {
  public:
   Catalog(const Connection& connection, std::string databaseName);
@@ -102,6 +96,9 @@ class Catalog {
   std::vector<TablePtr> LeaveScope(); // the tables to drop
   std::string TempStorageName(const std::string& name) const;
 
+  // Global temporary tables that this session created and therefore takes with it.
+  const std::vector<std::string>& OwnGlobalTables() const { return ownGlobal_; }
+
   // The temporary tables as they were, for a rollback.
   struct TempTable {
     TablePtr table;
@@ -123,6 +120,7 @@ class Catalog {
   void LoadKeys(Place place, std::map<std::string, TableInfo, NameLess>& tables) const;
   void WriteTable(const TableInfo& table) const;
   void EraseTable(const TableInfo& table) const;
+  void TouchSchema() const;
   Contents& ContentsOf(Place place) { return place == Place::Global ? global_ : main_; }
 
   const Connection& connection_;
@@ -130,6 +128,7 @@ class Catalog {
   Contents main_;
   Contents global_;
   std::vector<TempTable> temp_;
+  std::vector<std::string> ownGlobal_;
   int depth_ = 0;
   uint64_t version_ = 1;
 };

@@ -3,6 +3,8 @@
 
 #include "catalog.h"
 
+#include <atomic>
+
 namespace tsql {
 
 class DatabaseImpl : public Database {

@@ -44,6 +44,7 @@ class SessionImpl : public Session {
   };
 
   void Refresh();
+  void DropGlobalTables();
   void PublishSchema();
   static Arguments ReadArguments(std::span<Parameter> parameters);
   static void WriteOutputs(std::span<Parameter> parameters, const CompiledUnit& unit, const Frame& frame);
@@ -63,9 +64,25 @@ class SessionImpl : public Session {
 SessionImpl::~SessionImpl() {
   try {
     transaction_.RollbackIfOpen();
-    // Global temporary tables end with the session that created them.
+    DropGlobalTables();
     PublishSchema();
   } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): closing the connection rolls back too
+  }
+}
+
+void SessionImpl::DropGlobalTables() {
+  // Global temporary tables end with the session that created them.
+  Refresh();
+  const std::vector<std::string> names = catalog_.OwnGlobalTables();
+  for (const std::string& name : names) {
+    ObjectName object;
+    object.name = name;
+    const TablePtr table = catalog_.FindTable(object);
+    if (!table) continue;
+    StatementScope scope(transaction_, Place::Global);
+    SchemaEditor(connection_, catalog_).DropTable(*table);
+    scope.Complete();
+    transaction_.MarkSchemaChange();
   }
 }
 
@@ -147,7 +164,6 @@ bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameter
     frame.variables = std::move(arguments.values);
     frame.markers = std::move(arguments.markers);
     const bool succeeded = interpreter_.RunBatch(*unit, frame, sink);
-    std::vector<Parameter*> named;
     WriteOutputs(parameters, *unit, frame);
     return succeeded;
   });

@@ -61,7 +61,11 @@ Expect "Dictionary.Count", header.Count, CLng(2)
 Expect "Dictionary default", header("FTRANSTYPE"), CInt(0)
 Expect "Dictionary missing key", IsEmpty(header("no such key")), True
 Expect "Dictionary stays", header.Count, CLng(2)
-Expect "Dictionary.Keys", Join(header.Keys(), ","), "FInterID,ftranstype"
+Dim key, keys
+For Each key In header.Keys()
+  keys = keys & key & ";"
+Next
+Expect "Dictionary.Keys", keys, "FInterID;ftranstype;"
 Set save = CreateObject("ruvo10.Vector")
 save.Add header
 Expect "Vector.UBound", save.UBound, CLng(1)

@@ -209,8 +209,8 @@ TEST_F(BomUpdateTest, EndSaveStampsACustomerBomsMakerAndParent) {
 TEST_F(BomUpdateTest, EndSaveRefusesABomUnderEngineeringChange) {
   const std::pair<const wchar_t*, const wchar_t*> languages[] = {
       {L"Language=chs", kRefusal},
-      {L"Language=cht", L"該BOM單為工程變更產生或已通過工程變更，不能審核和反審核!"},
-      {L"", L"該BOM單為工程變更產生或已通過工程變更，不能審核和反審核!"},
+      {L"Language=cht", L"該BOM單為工程變更生成或已通過工程變更，不能審核和反審核!"},
+      {L"", L"該BOM單為工程變更生成或已通過工程變更，不能審核和反審核!"},
       {L"Language=en", L"This BOM was created by an engineering change or has passed one; it can be neither "
                        L"audited nor un-audited!"},
   };
