@@ -12,7 +12,11 @@ namespace ado = outside::ado;
 // ADO's constants.
 constexpr int32_t kUnspecified = -1;
 constexpr int32_t kCommandText = 1;
+constexpr int32_t kStoredProcedure = 4;
 constexpr int32_t kParameterInput = 1;
+constexpr int32_t kParameterOutput = 2;
+constexpr int32_t kInteger = 3;
+constexpr int32_t kVarChar = 200;
 constexpr int32_t kVarWChar = 202;
 constexpr int32_t kUseClient = 3;
 constexpr int32_t kStateClosed = 0;
@@ -30,6 +34,15 @@ void Recordset::MoveNext() const {
 Variant Recordset::operator[](const wchar_t* field) const {
   const Object fields = object_.Get(ado::kFields).AsObject();
   return fields.Get(ado::kItem, field).AsObject().Get(ado::kValue);
+}
+
+std::vector<std::wstring> Recordset::FieldNames() const {
+  const Object fields = object_.Get(ado::kFields).AsObject();
+  const int32_t count = fields.Get(ado::kCount).AsLong();
+  std::vector<std::wstring> names;
+  for (int32_t i = 0; i < count; ++i)
+    names.push_back(fields.Get(ado::kItem, i).AsObject().Get(ado::kName).AsText());
+  return names;
 }
 
 Recordset Connection::Execute(const Sql& statement) const {
@@ -75,6 +88,33 @@ void Command::AppendText(const std::wstring& value, int32_t size) const {
 
 Recordset Command::Execute() const {
   return Recordset(object_.Call(ado::kExecute).AsObject());
+}
+
+StoredProcedure::StoredProcedure(const Connection& connection, const std::wstring& name)
+    : object_(Object::Create(ado::kCommandProgId)) {
+  object_.Put(ado::kCommandType, kStoredProcedure);
+  object_.Put(ado::kCommandText, name);
+  object_.Put(ado::kActiveConnection, connection.object());
+}
+
+void StoredProcedure::AppendInput(const std::wstring& parameter, const std::wstring& value,
+                                  int32_t size) const {
+  const Variant created =
+      object_.Call(ado::kCreateParameter, parameter, kVarChar, kParameterInput, size, value);
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+}
+
+void StoredProcedure::AppendOutput(const std::wstring& parameter) const {
+  const Variant created = object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterOutput, 0);
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+}
+
+void StoredProcedure::Execute() const {
+  object_.Call(ado::kExecute);
+}
+
+Variant StoredProcedure::Value(int32_t index) const {
+  return object_.Get(ado::kParameters).AsObject().Get(ado::kItem, index).AsObject().Get(ado::kValue);
 }
 
 } // namespace mbom

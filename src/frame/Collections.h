@@ -13,6 +13,8 @@ namespace mbom {
 class Dictionary {
  public:
   explicit Dictionary(com::Object object) : object_(std::move(object)) {}
+  // A new one, empty.
+  static Dictionary Make() { return Dictionary(com::Object::Create(outside::dictionary::kProgId)); }
 
   com::Variant operator[](const wchar_t* key) const { return object_.Get(outside::dictionary::kValue, key); }
   void Put(const wchar_t* key, const com::Variant& value) const {

@@ -55,6 +55,43 @@ double LeadingNumber(const std::wstring& text) {
   return value;
 }
 
+std::vector<std::wstring> TextsIn(const Variant& array) {
+  const bool isArray = (array.type() & VT_ARRAY) != 0 && (array.type() & VT_BYREF) == 0;
+  if (!isArray || SafeArrayGetDim(array.raw().parray) != 1)
+    throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
+  SAFEARRAY* elements = array.raw().parray;
+  VARTYPE type = VT_EMPTY;
+  LONG first = 0;
+  LONG last = -1;
+  com::Check(SafeArrayGetVartype(elements, &type));
+  com::Check(SafeArrayGetLBound(elements, 1, &first));
+  com::Check(SafeArrayGetUBound(elements, 1, &last));
+  std::vector<std::wstring> texts;
+  for (LONG i = first; i <= last; ++i) {
+    Variant element;
+    VARIANT* target = element.Out();
+    if (type == VT_VARIANT) {
+      com::Check(SafeArrayGetElement(elements, &i, target));
+    } else if (type == VT_BSTR) {
+      com::Check(SafeArrayGetElement(elements, &i, &target->bstrVal));
+      target->vt = VT_BSTR;
+    } else {
+      throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
+    }
+    texts.push_back(element.AsText());
+  }
+  return texts;
+}
+
+Variant Today() {
+  SYSTEMTIME now;
+  GetLocalTime(&now);
+  now.wHour = now.wMinute = now.wSecond = now.wMilliseconds = 0;
+  double days = 0;
+  SystemTimeToVariantTime(&now, &days);
+  return Variant::Date(days);
+}
+
 std::wstring Trim(const std::wstring& text) {
   const size_t first = text.find_first_not_of(L' ');
   if (first == std::wstring::npos) return {};

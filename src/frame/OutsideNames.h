@@ -61,6 +61,13 @@ inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.SecurityInfo";
 inline constexpr wchar_t kGetCurrentUserID[] = L"GetCurrentUserID";
 } // namespace security
 
+// The rules of bill numbers, created by the object factory.
+namespace codeRule {
+inline constexpr wchar_t kProgId[] = L"QorvaneMBillCodeRule.clsBillCodeRule";
+inline constexpr wchar_t kGetItemByBillType[] = L"GetItemByBillType";
+inline constexpr wchar_t kGetNewBillID[] = L"GetNewBillID";
+} // namespace codeRule
+
 namespace ado {
 inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
 inline constexpr wchar_t kRecordsetProgId[] = L"ADODB.Recordset";
