@@ -310,44 +310,54 @@ TEST_F(BomInfoTest, ALookupThatFailsGivesNoObject) {
   }
 }
 
-class BomInfoFailure : public BomInfoTest, public testing::WithParamInterface<OutsideCall> {};
+class LookupFailure : public BomInfoTest, public testing::WithParamInterface<OutsideCall> {};
 
-TEST_P(BomInfoFailure, OfALookupGivesNoObject) {
-  const std::wstring kind = GetParam().kind;
-  if (kind == L"Open") return;
+TEST_P(LookupFailure, GivesNoObject) {
   for (const wchar_t* lookup : kLookups) {
     const Trace trace;
-    const Fault fault(kind, GetParam().nth);
-    EXPECT_FALSE(Read(lookup, L"501"));
+    const Fault fault(GetParam().kind, GetParam().nth);
+    EXPECT_FALSE(Read(lookup, L"501")) << com::ToUtf8(lookup);
     EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
   }
 }
 
-TEST_P(BomInfoFailure, OfTheOthersRises) {
-  const std::wstring kind = GetParam().kind;
-  const std::wstring dsn = database_.Dsn();
-  const auto expectRaised = [&](const auto& call) {
-    const Trace trace;
-    const Fault fault(kind, GetParam().nth);
-    const Raised raised = RaisedBy(call);
-    EXPECT_EQ(raised.code, Fault::kCode);
-    EXPECT_EQ(raised.description, Fault::kText);
-    EXPECT_EQ(trace.Votes(), kind == L"VoteComplete" ? Texts{L"VoteComplete"} : Texts{});
-  };
-  if (kind != L"Execute") {
-    expectRaised([&] { info_.Call(L"GetBomInfo", dsn); });
-    expectRaised([&] { info_.Call(L"GetBomEntryInfo", dsn); });
-    expectRaised([&] { info_.Call(L"GetBomGroupInfo", dsn); });
-    expectRaised([&] { info_.Call(L"GetInfo", dsn, L"select 1"); });
-  }
-  if (kind != L"Open") expectRaised([&] { info_.Call(L"GetItemForbitNumber", dsn, 31); });
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, BomInfoFailure,
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, LookupFailure,
                          testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
                                          OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
-                                         OutsideCall{L"Open", 1}, OutsideCall{L"Execute", 1},
-                                         OutsideCall{L"VoteComplete", 1}));
+                                         OutsideCall{L"Execute", 1}, OutsideCall{L"VoteComplete", 1}));
+
+class DetachedFailure : public BomInfoTest, public testing::WithParamInterface<OutsideCall> {};
+
+TEST_P(DetachedFailure, Rises) {
+  for (const wchar_t* method : {L"GetBomInfo", L"GetBomEntryInfo", L"GetBomGroupInfo", L"GetInfo"}) {
+    const Trace trace;
+    const Fault fault(GetParam().kind, GetParam().nth);
+    const Raised raised = RaisedBy([&] { Read(method, L"1=1"); });
+    EXPECT_EQ(raised.code, Fault::kCode) << com::ToUtf8(method);
+    EXPECT_EQ(raised.description, Fault::kText);
+    EXPECT_EQ(trace.Votes(), Texts{});
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, DetachedFailure,
+                         testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
+                                         OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
+                                         OutsideCall{L"Open", 1}));
+
+class ForbitFailure : public BomInfoTest, public testing::WithParamInterface<OutsideCall> {};
+
+TEST_P(ForbitFailure, Rises) {
+  const Trace trace;
+  const Fault fault(GetParam().kind, GetParam().nth);
+  const Raised raised = RaisedBy([&] { info_.Call(L"GetItemForbitNumber", database_.Dsn(), 31); });
+  EXPECT_EQ(raised.code, Fault::kCode);
+  EXPECT_EQ(raised.description, Fault::kText);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, ForbitFailure,
+                         testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
+                                         OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
+                                         OutsideCall{L"Execute", 1}, OutsideCall{L"VoteComplete", 1}));
 
 } // namespace
 } // namespace mbom::test

@@ -2,6 +2,8 @@
 // result codes and messages.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
@@ -432,67 +434,71 @@ TEST_F(CBomCheckTest, ForbidsToModifyABomInUse) {
 // ---- failure paths
 // -------------------------------------------------------------------------------------------------
 
-class CBomCheckFailure : public CBomCheckTest, public testing::WithParamInterface<OutsideCall> {
+struct Failure {
+  const wchar_t* method;
+  OutsideCall call;
+};
+
+void PrintTo(const Failure& failure, std::ostream* out) {
+  *out << com::ToUtf8(failure.method) << ", ";
+  PrintTo(failure.call, out);
+}
+
+class CBomCheckFailure : public CBomCheckTest, public testing::WithParamInterface<Failure> {
  protected:
-  // The answer to a failing call, after what a message of the method begins with.
-  static Answer Failed(const wchar_t* begin) {
-    return {0, begin + std::wstring(L"出现意外错误。") + Fault::kText};
-  }
-  // Whether a call that makes `opens` queries, writes or not and reads `settings` gets to the failing event.
-  static bool Reaches(int32_t opens, bool writes, int32_t settings) {
-    const std::wstring kind = GetParam().kind;
-    if (kind == L"Open") return GetParam().nth <= opens;
-    if (kind == L"Execute") return writes;
-    if (kind == L"Command") return GetParam().nth <= settings;
-    if (kind == L"GetConnection") return GetParam().nth <= 1 + settings;
-    return true;
+  Answer Call(const std::wstring& method) const {
+    if (method == L"BomCheck") return Audit(Chs(), 21, kMaker);
+    if (method == L"BomUndoCheck") return Undo(Chs(), 22, kMaker);
+    return method == L"GetBomDelInfo" ? MayDelete(Chs(), 22) : MayModify(Chs(), 22);
   }
 };
 
-TEST_P(CBomCheckFailure, OfAnAuditGivesZeroAndSaysWhy) {
-  if (!Reaches(1, true, 1)) return;
+TEST_P(CBomCheckFailure, GivesZeroAndSaysWhy) {
+  const std::map<std::wstring, std::wstring> begins{
+      {L"BomCheck", L"]审核没有成功。原因为："},
+      {L"BomUndoCheck", L"]反审核没有成功。原因为："},
+      {L"GetBomDelInfo", L"]删除没有成功。原因为："},
+      {L"GetBomModifyInfo", L"]修改没有成功。原因为："},
+  };
+  const std::wstring method = GetParam().method;
   Set(L"General", L"SingleMan", L"'1'");
   const Trace trace;
-  const Fault fault(GetParam().kind, GetParam().nth);
-  EXPECT_EQ(Audit(Chs(), 21, kMaker), Failed(L"BOM[编号：N]审核没有成功。原因为："));
+  const Fault fault(GetParam().call.kind, GetParam().call.nth);
+  EXPECT_EQ(Call(method), (Answer{0, L"BOM[编号：N" + begins.at(method) + L"出现意外错误。" + Fault::kText}));
   EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
   EXPECT_EQ(Status(21), kNotAudited);
-}
-
-TEST_P(CBomCheckFailure, OfAnUndoGivesZeroAndSaysWhy) {
-  if (!Reaches(2, true, 2)) return;
-  Set(L"General", L"SingleMan", L"'1'");
-  const Trace trace;
-  const Fault fault(GetParam().kind, GetParam().nth);
-  EXPECT_EQ(Undo(Chs(), 22, kMaker), Failed(L"BOM[编号：N]反审核没有成功。原因为："));
-  EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
   EXPECT_EQ(Status(22), kAudited);
 }
 
-TEST_P(CBomCheckFailure, OfTheDeletionCheckGivesZeroAndSaysWhy) {
-  if (!Reaches(3, false, 0)) return;
-  const Trace trace;
-  const Fault fault(GetParam().kind, GetParam().nth);
-  EXPECT_EQ(MayDelete(Chs(), 22), Failed(L"BOM[编号：N]删除没有成功。原因为："));
-  EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
+// What each method calls: its set-up, so many queries and settings (each on a connection of its own), and
+// maybe an update.
+std::vector<Failure> EveryFailure() {
+  struct Method {
+    const wchar_t* name;
+    int32_t queries;
+    int32_t settings;
+    bool writes;
+  };
+  std::vector<Failure> failures;
+  for (const Method& method :
+       {Method{L"BomCheck", 1, 1, true}, Method{L"BomUndoCheck", 2, 2, true},
+        Method{L"GetBomDelInfo", 3, 0, false}, Method{L"GetBomModifyInfo", 2, 0, false}}) {
+    const auto add = [&](const wchar_t* kind, int32_t count) {
+      for (int32_t nth = 1; nth <= count; ++nth) failures.push_back({method.name, {kind, nth}});
+    };
+    add(L"GetDataContext", 1);
+    add(L"BindDsn", 1);
+    add(L"GetCallerInfo", 1);
+    add(L"GetConnection", 1 + method.settings);
+    add(L"Open", method.queries);
+    add(L"Command", method.settings);
+    add(L"Execute", method.writes ? 1 : 0);
+    add(L"VoteComplete", 1);
+  }
+  return failures;
 }
 
-TEST_P(CBomCheckFailure, OfTheModificationCheckGivesZeroAndSaysWhy) {
-  if (!Reaches(2, false, 0)) return;
-  const Trace trace;
-  const Fault fault(GetParam().kind, GetParam().nth);
-  EXPECT_EQ(MayModify(Chs(), 22), Failed(L"BOM[编号：N]修改没有成功。原因为："));
-  EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomCheckFailure,
-                         testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
-                                         OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
-                                         OutsideCall{L"Open", 1}, OutsideCall{L"GetConnection", 2},
-                                         OutsideCall{L"Command", 1}, OutsideCall{L"GetConnection", 3},
-                                         OutsideCall{L"Command", 2}, OutsideCall{L"Open", 2},
-                                         OutsideCall{L"Open", 3}, OutsideCall{L"Execute", 1},
-                                         OutsideCall{L"VoteComplete", 1}));
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomCheckFailure, testing::ValuesIn(EveryFailure()));
 
 TEST_F(CBomCheckTest, SaysInTheCallersLanguageThatItFailed) {
   const std::pair<const Language&, const wchar_t*> failures[] = {
