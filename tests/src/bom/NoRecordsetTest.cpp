@@ -16,7 +16,9 @@ namespace {
 using com::Object;
 using com::Variant;
 
-thread_local std::vector<std::wstring> t_calls;
+// What the test that runs calls, and how it is answered.
+std::vector<std::wstring> g_calls;
+bool g_emptyAnswers = false;
 
 // Never open, and at its end.
 class MuteRecordset {
@@ -31,17 +33,15 @@ class MuteRecordset {
     EXPECT_EQ(cursorType, -1);
     EXPECT_EQ(lockType, -1);
     EXPECT_EQ(options, -1);
-    t_calls.push_back(source);
+    g_calls.push_back(source);
   }
 };
-
-thread_local bool t_emptyAnswers = false;
 
 class MuteConnection {
  public:
   Object Execute(const std::wstring& text, const Variant& /*affected*/, int32_t /*options*/) {
-    t_calls.push_back(text);
-    return t_emptyAnswers ? com::ToObject(com::Make<MuteRecordset>()) : Object();
+    g_calls.push_back(text);
+    return g_emptyAnswers ? com::ToObject(com::Make<MuteRecordset>()) : Object();
   }
 };
 
@@ -52,8 +52,8 @@ class MuteCallerInfo {
 
 class MuteContext {
  public:
-  void VoteAbort() { t_calls.emplace_back(L"VoteAbort"); }
-  void VoteComplete() { t_calls.emplace_back(L"VoteComplete"); }
+  void VoteAbort() { g_calls.emplace_back(L"VoteAbort"); }
+  void VoteComplete() { g_calls.emplace_back(L"VoteComplete"); }
   Object GetCallerInfo() { return com::ToObject(com::Make<MuteCallerInfo>()); }
   Variant BindDsn(const std::wstring& /*sDsn*/) { return {}; }
   Object GetConnection() { return com::ToObject(com::Make<MuteConnection>()); }
@@ -122,6 +122,8 @@ namespace {
 // Runs `test` on a thread of its own where everything is mute.
 template <class Test>
 void WithMuteProvider(Test test) {
+  g_calls.clear();
+  g_emptyAnswers = false;
   std::thread([&test] {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     {
@@ -139,29 +141,29 @@ TEST(NoRecordset, MakesEndSaveFailWithoutAMessage) {
     const Object save = MakeVector({MakeDictionary({{L"FInterID", 1}})});
     EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"EndSave", L"", save, Variant::Reference(message)).AsBool());
     EXPECT_EQ(message, Variant(L"as it came"));
-    EXPECT_EQ(t_calls, (std::vector<std::wstring>{
+    EXPECT_EQ(g_calls, (std::vector<std::wstring>{
                            L"VoteAbort", L"select FEcnInterId from IcBom where FInterId = 1", L"VoteAbort"}));
   });
 }
 
 TEST(NoRecordset, MakesAddBomGroupFailWithTheIdZeroWhenThereIsNoRow) {
   WithMuteProvider([] {
-    t_emptyAnswers = true;
+    g_emptyAnswers = true;
     Variant id(7);
     const Object group = MakeDictionary({{L"FParentID", 0}});
     EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"AddBomGroup", L"", group, Variant::Reference(id)).AsBool());
     EXPECT_EQ(id, Variant(0));
-    ASSERT_EQ(t_calls.size(), 3u);
-    EXPECT_EQ(t_calls.front(), L"VoteAbort");
-    EXPECT_EQ(t_calls.back(), L"VoteAbort");
+    ASSERT_EQ(g_calls.size(), 3u);
+    EXPECT_EQ(g_calls.front(), L"VoteAbort");
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
   });
 }
 
 TEST(NoRecordset, MakesDeleteBomAnswerFalseWhenThereIsNoRow) {
   WithMuteProvider([] {
-    t_emptyAnswers = true;
+    g_emptyAnswers = true;
     EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"DeleteBom", L"", L"FInterID=1").AsBool());
-    EXPECT_EQ(t_calls.back(), L"VoteComplete");
+    EXPECT_EQ(g_calls.back(), L"VoteComplete");
   });
 }
 
@@ -171,7 +173,7 @@ TEST(NoRecordset, MakesCheckBomUsedFailWithAMessage) {
     EXPECT_EQ(Unhosted(L"BomUpdate").Call(L"CheckBomUsed", L"Language=chs", 1, Variant::Reference(info)),
               Variant(-1));
     EXPECT_EQ(info, Variant(L"检查BOM是否被引用时出现错误，请检查参数是否正确。"));
-    EXPECT_EQ(t_calls.back(), L"VoteAbort");
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
   });
 }
 
@@ -194,9 +196,9 @@ TEST(NoRecordset, MakesTheAuditChecksRefuse) {
     EXPECT_EQ(
         message,
         Variant(L"BOM[编号：N]修改没有成功。原因为：检查BOM是否被引用时出现错误，请检查参数是否正确。"));
-    EXPECT_EQ(t_calls.size(), 8u); // each a query and an abort
-    EXPECT_EQ(t_calls[1], L"VoteAbort");
-    EXPECT_EQ(t_calls[7], L"VoteAbort");
+    EXPECT_EQ(g_calls.size(), 8u); // each a query and an abort
+    EXPECT_EQ(g_calls[1], L"VoteAbort");
+    EXPECT_EQ(g_calls[7], L"VoteAbort");
   });
 }
 
