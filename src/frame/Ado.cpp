@@ -40,6 +40,7 @@ std::vector<std::wstring> Recordset::FieldNames() const {
   const Object fields = object_.Get(ado::kFields).AsObject();
   const int32_t count = fields.Get(ado::kCount).AsLong();
   std::vector<std::wstring> names;
+  names.reserve(static_cast<size_t>(count));
   for (int32_t i = 0; i < count; ++i)
     names.push_back(fields.Get(ado::kItem, i).AsObject().Get(ado::kName).AsText());
   return names;
