@@ -3,6 +3,8 @@
 
 #include <psapi.h>
 
+#include <array>
+#include <functional>
 #include <thread>
 
 #include "tests/standin/Worker.h"
@@ -29,6 +31,11 @@ size_t Growth(int rounds, Round round) {
 }
 
 constexpr size_t kNoise = 512 * 1024;
+
+TEST(Memory, IsMeasured) {
+  std::vector<std::vector<char>> kept;
+  EXPECT_GT(Growth(100, [&] { kept.emplace_back(16384, 'x'); }), kNoise);
+}
 
 TEST(Memory, IsFlatOverCollections) {
   const auto round = [] {
@@ -57,7 +64,7 @@ TEST(Memory, IsFlatOverUnitsOfWork) {
 TEST(Memory, IsFlatOverRecordsets) {
   const Database database;
   for (int i = 4; i < 200; ++i)
-    database.Execute(L"INSERT INTO t VALUES (" + std::to_wstring(i) + L", 'a name of some length')");
+    database.Execute(L"INSERT INTO t VALUES (" + std::to_wstring(i) + L", 'a name of twenty chr')");
   const auto round = [&] {
     const Object recordset = database.Open(L"SELECT FInterID, FName FROM t", 3);
     const Object field = recordset.Get(L"Fields").AsObject().Get(L"Item", 1).AsObject();
@@ -70,9 +77,10 @@ TEST(Memory, IsFlatOverRecordsets) {
 
 TEST(Threads, WorkSideBySideWithTheirOwnUnits) {
   const Database database;
-  const auto work = [&](int first) {
+  // An exception must not leave the thread.
+  const auto work = [&](int first, std::string& failure) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    {
+    try {
       const Object worker = HostedWorker();
       for (int i = 0; i < 5; ++i) {
         const std::wstring id = std::to_wstring(first + i);
@@ -80,13 +88,18 @@ TEST(Threads, WorkSideBySideWithTheirOwnUnits) {
                     L"bind|INSERT INTO t (FInterID) VALUES (" + id + L")|" +
                         (i % 2 ? L"abort" : L"complete"));
       }
+    } catch (const com::ComError& error) {
+      failure = error.what();
     }
     CoUninitialize();
   };
-  std::thread first(work, 100);
-  std::thread second(work, 200);
+  std::array<std::string, 2> failures;
+  std::thread first(work, 100, std::ref(failures[0]));
+  std::thread second(work, 200, std::ref(failures[1]));
   first.join();
   second.join();
+  EXPECT_EQ(failures[0], "");
+  EXPECT_EQ(failures[1], "");
   EXPECT_EQ(database.Column(L"SELECT FInterID FROM t WHERE FInterID >= 100 ORDER BY FInterID"),
             L"100,102,104,200,202,204");
 }
