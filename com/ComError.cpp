@@ -1,6 +1,7 @@
 #include "com/ComError.h"
 
 #include <array>
+#include <cstdio>
 #include <cwchar>
 #include <new>
 #include <utility>
@@ -32,7 +33,11 @@ std::wstring SystemText(HRESULT hr) {
 ComError::ComError(HRESULT hr, std::wstring source, std::wstring description, std::wstring helpFile,
                    DWORD helpContext)
     : hr_(hr), source_(std::move(source)), description_(std::move(description)),
-      helpFile_(std::move(helpFile)), helpContext_(helpContext) {}
+      helpFile_(std::move(helpFile)), helpContext_(helpContext) {
+  std::array<char, 16> code{};
+  std::snprintf(code.data(), code.size(), "0x%08lX ", static_cast<unsigned long>(hr));
+  what_ = code.data() + ToUtf8(description_);
+}
 
 ComError ComError::FromSystem(HRESULT hr) {
   return {hr, {}, SystemText(hr)};

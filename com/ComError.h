@@ -28,7 +28,8 @@ class ComError : public std::exception {
   const std::wstring& description() const noexcept { return description_; }
   const std::wstring& helpFile() const noexcept { return helpFile_; }
   DWORD helpContext() const noexcept { return helpContext_; }
-  const char* what() const noexcept override { return "COM error"; }
+  // The code and the description, for whoever knows it only as an exception.
+  const char* what() const noexcept override { return what_.c_str(); }
 
   // Makes this error the thread's error object.
   void SetOnThread() const noexcept;
@@ -40,6 +41,7 @@ class ComError : public std::exception {
   std::wstring description_;
   std::wstring helpFile_;
   DWORD helpContext_;
+  std::string what_;
 };
 
 // Throws FromSystem(hr) when hr is a failure.

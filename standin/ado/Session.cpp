@@ -25,8 +25,11 @@ tsql::DateTime ParseNow(const std::wstring& value) {
   const int read = swscanf(value.c_str(), L"%4hu-%2hu-%2hu%n %2hu:%2hu:%2hu%n", &time.wYear, &time.wMonth,
                            &time.wDay, &end, &time.wHour, &time.wMinute, &time.wSecond, &end);
   double date = 0;
+  SYSTEMTIME back{};
+  // A day that the month does not have comes back as another one.
   if ((read != 3 && read != 6) || static_cast<size_t>(end) != value.size() || time.wHour > 23 ||
-      time.wMinute > 59 || time.wSecond > 59 || !SystemTimeToVariantTime(&time, &date))
+      time.wMinute > 59 || time.wSecond > 59 || !SystemTimeToVariantTime(&time, &date) ||
+      !VariantTimeToSystemTime(date, &back) || back.wDay != time.wDay || back.wMonth != time.wMonth)
     RaiseBadNow(value);
   return ToDateTime(date);
 }
@@ -59,7 +62,10 @@ Session::Session(const ConnectionString& connectionString, std::shared_ptr<Error
   try {
     session_ = tsql::Session::Open(tsql::Database::Open(path, mode));
   } catch (const tsql::Error& error) {
-    Fail(error);
+    ProviderError failure = FromServer(error);
+    failure.description += L" The data source is '" + connectionString.Get(L"Data Source") + L"'.";
+    *errors_ = {failure};
+    Raise(failure);
   }
   SetClock(connectionString);
 }

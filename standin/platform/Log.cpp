@@ -27,8 +27,8 @@ std::wstring FileName() {
 
 // One call of the system for the whole line, so that the lines of several processes do not mix.
 void Append(const std::wstring& text) {
-  HANDLE file = CreateFileW(FileName().c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE file = CreateFileW(FileName().c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) throw com::ComError::FromSystem(HRESULT_FROM_WIN32(GetLastError()));
   SYSTEMTIME now{};
   GetLocalTime(&now);

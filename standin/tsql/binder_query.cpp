@@ -124,7 +124,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     node->kind = BoundSource::Kind::Common;
     node->common = common->id;
     entry.columns = common->columns;
-  } else if (TablePtr table = catalog_.FindTable(source.name)) {
+  } else if (TablePtr table = FindTable(source.name)) {
     dependencies_.push_back({source.name, table, nullptr});
     node->table = table;
     entry.table = table;

@@ -168,7 +168,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 }
 
 void Interpreter::BeginStatement() {
-  context_.now = fixedNow_ ? *fixedNow_ : LocalNow();
+  context_.now.reset();
   context_.variables = &frame_->variables;
   context_.error.reset();
   target_ = nullptr;

@@ -61,18 +61,17 @@ Variant Worker::ReadBack(const std::wstring& dsn, const std::wstring& statement,
 
 namespace {
 
-// Makes Worker known under its ProgID in this process.
+// Makes Worker known under its ProgID in this thread's apartment.
 void RegisterWorker() {
-  static const bool registered = [] {
-    com::Check(com::Register({com::ModulePath(), WorkerClass(), false}));
-    com::Ptr<IUnknown> classObject;
-    com::Check(com::GetClassObject(WorkerClass(), kWorkerId, IID_IUnknown, classObject.OutVoid()));
-    DWORD cookie = 0;
-    com::Check(CoRegisterClassObject(kWorkerId, classObject.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
-                                     &cookie));
-    return true;
-  }();
-  ASSERT_TRUE(registered);
+  thread_local bool registered = false;
+  if (registered) return;
+  com::Check(com::Register({com::ModulePath(), WorkerClass(), false}));
+  com::Ptr<IUnknown> classObject;
+  com::Check(com::GetClassObject(WorkerClass(), kWorkerId, IID_IUnknown, classObject.OutVoid()));
+  DWORD cookie = 0;
+  com::Check(
+      CoRegisterClassObject(kWorkerId, classObject.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie));
+  registered = true;
 }
 
 } // namespace

@@ -126,6 +126,20 @@ TEST_F(UnitOfWorkTest, TheHostRefusesAnUnknownClass) {
   EXPECT_TRUE(FAILED(RaisedBy([] { New(L"ErpStandIn.Host").Call(L"CreateObject", L"No.SuchClass"); }).code));
 }
 
+// IFontDisp.
+constexpr IID kFontDispatch = {0xBEF6E003, 0xA874, 0x101A, {0x8B, 0xBA, 0x00, 0xAA, 0x00, 0x30, 0x0C, 0xAB}};
+
+// The system's font object is one with a dispinterface that is no dual one.
+TEST_F(UnitOfWorkTest, AHostedObjectIsItsDispatchInterfaceToo) {
+  const Object font = New(L"ErpStandIn.Host").Call(L"CreateObject", L"StdFont").AsObject();
+  com::Ptr<IDispatch> byInterface;
+  ASSERT_EQ(font.pointer()->QueryInterface(kFontDispatch, byInterface.OutVoid()), S_OK);
+  EXPECT_EQ(byInterface.Get(), font.pointer());
+  EXPECT_EQ(font.Get(L"Bold").type(), VT_BOOL);
+  com::Ptr<ITypeInfo> info;
+  EXPECT_EQ(font.pointer()->GetTypeInfo(0, LOCALE_NEUTRAL, info.Out()), S_OK);
+}
+
 TEST_F(UnitOfWorkTest, AHostedObjectHasTheInterfacesOfTheOneBehindIt) {
   IDispatch* const object = worker_.pointer();
   com::Ptr<ISupportErrorInfo> errorInfo;

@@ -1,8 +1,7 @@
 // Memory over many calls: what a call takes it gives back.
-#include <windows.h>
-
-#include <psapi.h>
-
+#include <array>
+#include <functional>
+#include <memory>
 #include <thread>
 
 #include "tests/standin/Worker.h"
@@ -10,37 +9,50 @@
 namespace standin::test {
 namespace {
 
-size_t PrivateBytes() {
-  PROCESS_MEMORY_COUNTERS_EX counters{};
-  counters.cb = sizeof counters;
-  GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
-                       sizeof counters);
-  return counters.PrivateUsage;
+// What is allocated from the process's heaps.
+size_t HeapBytes() {
+  std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
+  heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
+  size_t bytes = 0;
+  for (HANDLE heap : heaps) {
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry))
+      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
+    HeapUnlock(heap);
+  }
+  return bytes;
 }
 
 // The growth over many rounds after some to warm up.
 template <class Round>
 size_t Growth(int rounds, Round round) {
   for (int i = 0; i < rounds / 4; ++i) round();
-  const size_t before = PrivateBytes();
+  const size_t before = HeapBytes();
   for (int i = 0; i < rounds; ++i) round();
-  const size_t after = PrivateBytes();
+  const size_t after = HeapBytes();
   return after > before ? after - before : 0;
 }
 
-constexpr size_t kNoise = 512 * 1024;
+// Caches and buffers that settle: far less than a small object in each of the rounds.
+constexpr size_t kNoise = 4096;
+
+TEST(Memory, IsMeasured) {
+  std::vector<std::unique_ptr<Object>> kept;
+  EXPECT_GT(Growth(400, [&] { kept.push_back(std::make_unique<Object>()); }), kNoise);
+}
 
 TEST(Memory, IsFlatOverCollections) {
   const auto round = [] {
     const Object rows = New(L"ruvo10.Vector");
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 5; ++i) {
       const Object row = New(L"ruvo10.Dictionary");
       for (int field = 0; field < 20; ++field)
         row.Put(L"Value", L"FField" + std::to_wstring(field), L"a text that is longer than a small string");
       rows.Call(L"Add", row);
     }
   };
-  EXPECT_LT(Growth(200, round), kNoise); // one leaked round is about 150 kB
+  EXPECT_LT(Growth(400, round), kNoise);
 }
 
 TEST(Memory, IsFlatOverUnitsOfWork) {
@@ -57,7 +69,7 @@ TEST(Memory, IsFlatOverUnitsOfWork) {
 TEST(Memory, IsFlatOverRecordsets) {
   const Database database;
   for (int i = 4; i < 200; ++i)
-    database.Execute(L"INSERT INTO t VALUES (" + std::to_wstring(i) + L", 'a name of some length')");
+    database.Execute(L"INSERT INTO t VALUES (" + std::to_wstring(i) + L", 'a name of twenty chr')");
   const auto round = [&] {
     const Object recordset = database.Open(L"SELECT FInterID, FName FROM t", 3);
     const Object field = recordset.Get(L"Fields").AsObject().Get(L"Item", 1).AsObject();
@@ -65,14 +77,15 @@ TEST(Memory, IsFlatOverRecordsets) {
     for (; !recordset.Get(L"EOF").AsBool(); recordset.Call(L"MoveNext")) field.Get(L"Value");
     RaisedBy([&] { database.Execute(L"SELECT * FROM nowhere"); });
   };
-  EXPECT_LT(Growth(400, round), kNoise); // one leaked result is about 16 kB
+  EXPECT_LT(Growth(400, round), kNoise);
 }
 
 TEST(Threads, WorkSideBySideWithTheirOwnUnits) {
   const Database database;
-  const auto work = [&](int first) {
+  // An exception must not leave the thread.
+  const auto work = [&](int first, std::string& failure) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    {
+    try {
       const Object worker = HostedWorker();
       for (int i = 0; i < 5; ++i) {
         const std::wstring id = std::to_wstring(first + i);
@@ -80,13 +93,18 @@ TEST(Threads, WorkSideBySideWithTheirOwnUnits) {
                     L"bind|INSERT INTO t (FInterID) VALUES (" + id + L")|" +
                         (i % 2 ? L"abort" : L"complete"));
       }
+    } catch (const com::ComError& error) {
+      failure = error.what();
     }
     CoUninitialize();
   };
-  std::thread first(work, 100);
-  std::thread second(work, 200);
+  std::array<std::string, 2> failures;
+  std::thread first(work, 100, std::ref(failures[0]));
+  std::thread second(work, 200, std::ref(failures[1]));
   first.join();
   second.join();
+  EXPECT_EQ(failures[0], "");
+  EXPECT_EQ(failures[1], "");
   EXPECT_EQ(database.Column(L"SELECT FInterID FROM t WHERE FInterID >= 100 ORDER BY FInterID"),
             L"100,102,104,200,202,204");
 }
