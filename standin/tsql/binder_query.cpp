@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <ranges>
 #include <utility>
 
 namespace tsql {
@@ -109,8 +110,8 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
 
 Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
   if (!name.schema.empty()) return nullptr;
-  for (auto common = commons_.rbegin(); common != commons_.rend(); ++common)
-    if (EqualNames(common->name, name.name)) return &*common;
+  for (CommonInfo& common : std::views::reverse(commons_))
+    if (EqualNames(common.name, name.name)) return &common;
   return nullptr;
 }
 

@@ -3,6 +3,7 @@
 #include "collation.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace tsql {
 namespace {
@@ -171,8 +172,8 @@ void Catalog::LoadKeys(Place place, std::map<std::string, TableInfo, NameLess>& 
 TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
-    for (auto entry = temp_.rbegin(); entry != temp_.rend(); ++entry)
-      if (EqualNames(entry->table->name, name.name)) return entry->table;
+    for (const TempTable& entry : std::views::reverse(temp_))
+      if (EqualNames(entry.table->name, name.name)) return entry.table;
     return nullptr;
   }
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;

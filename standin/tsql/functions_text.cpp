@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <ranges>
 
 namespace tsql {
 namespace {
@@ -58,8 +59,7 @@ void Reverse(const FunctionCall& call) {
   std::vector<char32_t> characters;
   for (size_t at = 0; at < text.size();) characters.push_back(NextChar(text, at));
   std::string result;
-  for (auto character = characters.rbegin(); character != characters.rend(); ++character)
-    AppendChar(result, *character);
+  for (const char32_t character : std::views::reverse(characters)) AppendChar(result, character);
   call.ReturnText(result);
 }
 
