@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <ranges>
 #include <utility>
 
 namespace tsql {
@@ -110,9 +109,10 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
 
 Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
   if (!name.schema.empty()) return nullptr;
-  for (CommonInfo& common : std::views::reverse(commons_))
-    if (EqualNames(common.name, name.name)) return &common;
-  return nullptr;
+  const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
+    return EqualNames(common.name, name.name);
+  });
+  return found != commons_.rend() ? &*found : nullptr;
 }
 
 BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {

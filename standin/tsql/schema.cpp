@@ -199,8 +199,11 @@ void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const 
     const ColumnInfo& column = table.columns[static_cast<size_t>(key.columns[i])];
     const std::string direction = i < key.descending.size() && key.descending[i] ? " DESC" : "";
     const std::string separator = i > 0 ? ", " : "";
-    plain += separator + QuoteName(column.name) + direction;
-    nullSafe += separator + NullSafeKey(column);
+    plain += separator;
+    plain += QuoteName(column.name);
+    plain += direction;
+    nullSafe += separator;
+    nullSafe += NullSafeKey(column);
     nullable = nullable || column.nullable;
   }
   const std::string name = table.storageName + "." + key.name;
