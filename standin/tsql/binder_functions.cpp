@@ -142,6 +142,7 @@ BoundExprPtr Binder::BindNullFunction(const Expr& expr) {
   if (expr.text == "coalesce") {
     std::vector<BoundExprPtr> args = BindArguments(expr, 2, 100);
     std::vector<const BoundExpr*> operands;
+    operands.reserve(args.size());
     for (const BoundExprPtr& arg : args) operands.push_back(arg.get());
     const Type type = CommonTypeOf(operands);
     for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), type);

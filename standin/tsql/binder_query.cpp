@@ -109,9 +109,10 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
 
 Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
   if (!name.schema.empty()) return nullptr;
-  for (auto common = commons_.rbegin(); common != commons_.rend(); ++common)
-    if (EqualNames(common->name, name.name)) return &*common;
-  return nullptr;
+  const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
+    return EqualNames(common.name, name.name);
+  });
+  return found != commons_.rend() ? &*found : nullptr;
 }
 
 BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {

@@ -220,9 +220,9 @@ class Lexer {
         "<>", "!=", "<=", ">=", "!<", "!>", "+=", "-=", "*=", "/=", "%=", "::", "&=", "|="};
     const std::string_view pair = batch_.substr(at_, 2);
     const size_t length = std::find(kPairs.begin(), kPairs.end(), pair) != kPairs.end() ? 2 : 1;
-    const std::string symbol(batch_.substr(at_, length));
+    const std::string_view symbol = batch_.substr(at_, length);
     at_ += length;
-    return symbol;
+    return std::string(symbol);
   }
 
   std::string_view batch_;
