@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <new>
 
+#include "com/RefCounted.h"
+
 namespace com {
 namespace {
 
-class ClassObject final : public IClassFactory {
+class ClassObject final : public RefCounted<IClassFactory> {
  public:
   explicit ClassObject(const ClassEntry& entry) : entry_(entry) {}
-  virtual ~ClassObject() = default;
-  ClassObject(const ClassObject&) = delete;
-  ClassObject& operator=(const ClassObject&) = delete;
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
     if (!object) return E_POINTER;
@@ -20,12 +19,6 @@ class ClassObject final : public IClassFactory {
     *object = static_cast<IClassFactory*>(this);
     AddRef();
     return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
   }
 
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
@@ -45,8 +38,6 @@ class ClassObject final : public IClassFactory {
 
  private:
   const ClassEntry& entry_;
-  std::atomic<ULONG> references_{1};
-  ModuleUse use_;
 };
 
 } // namespace
@@ -58,7 +49,7 @@ HRESULT GetClassObject(std::span<const ClassEntry> classes, REFCLSID classId, RE
   const auto entry = std::ranges::find_if(
       classes, [&](const ClassEntry& candidate) { return candidate.classId == classId; });
   if (entry == classes.end()) return CLASS_E_CLASSNOTAVAILABLE;
-  const auto factory = Ptr<ClassObject>::Attach(new (std::nothrow) ClassObject(*entry));
+  const Ptr<ClassObject> factory(new (std::nothrow) ClassObject(*entry));
   return factory ? factory->QueryInterface(iid, object) : E_OUTOFMEMORY;
 }
 

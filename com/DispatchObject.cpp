@@ -23,16 +23,6 @@ STDMETHODIMP DispatchBase::QueryInterface(REFIID iid, void** object) {
   return S_OK;
 }
 
-STDMETHODIMP_(ULONG) DispatchBase::AddRef() {
-  return ++references_;
-}
-
-STDMETHODIMP_(ULONG) DispatchBase::Release() {
-  const ULONG left = --references_;
-  if (left == 0) delete this;
-  return left;
-}
-
 STDMETHODIMP DispatchBase::GetTypeInfoCount(UINT* count) {
   if (!count) return E_POINTER;
   *count = table_.interfaceId() == IID_NULL ? 0 : 1;

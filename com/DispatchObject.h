@@ -9,23 +9,17 @@
 #include <oaidl.h>
 #include <ocidl.h>
 
-#include <atomic>
 #include <utility>
 
 #include "com/DispatchTable.h"
-#include "com/Module.h"
 #include "com/Ptr.h"
+#include "com/RefCounted.h"
 
 namespace com {
 
-class DispatchBase : public IDispatch, public ISupportErrorInfo, public IProvideClassInfo {
+class DispatchBase : public RefCounted<IDispatch, ISupportErrorInfo, IProvideClassInfo> {
  public:
-  DispatchBase(const DispatchBase&) = delete;
-  DispatchBase& operator=(const DispatchBase&) = delete;
-
   STDMETHODIMP QueryInterface(REFIID iid, void** object) final;
-  STDMETHODIMP_(ULONG) AddRef() final;
-  STDMETHODIMP_(ULONG) Release() final;
 
   STDMETHODIMP GetTypeInfoCount(UINT* count) final;
   STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) final;
@@ -42,13 +36,10 @@ class DispatchBase : public IDispatch, public ISupportErrorInfo, public IProvide
  protected:
   // `classId` is the coclass in the module's type library; CLSID_NULL when it has none.
   DispatchBase(const DispatchTable& table, REFCLSID classId) : table_(table), classId_(classId) {}
-  virtual ~DispatchBase() = default;
 
  private:
   const DispatchTable& table_;
   CLSID classId_;
-  std::atomic<ULONG> references_{0};
-  ModuleUse use_;
 };
 
 // An interface that only this kit knows: an object that answers to it is a DispatchBase.

@@ -3,12 +3,8 @@
 namespace demo {
 namespace {
 
-using com::Object;
-
 constexpr int32_t kEngineer = 16401;
 constexpr int32_t kPlanner = 16403;
-constexpr int32_t kOrdinaryBill = 50;
-constexpr int32_t kCustomerBomBill = 53;
 
 std::wstring HeadersWhere(const std::wstring& condition) {
   return L"SELECT FInterID, FBOMNumber, FVersion, FBomType, FStatus, FUseStatus, FOperatorID, FEnterTime, "
@@ -26,26 +22,21 @@ std::wstring LinesOf(const wchar_t* table, const wchar_t* id) {
          L" ORDER BY t1.FEntryID";
 }
 
-Object Header(int32_t id, int32_t transType) {
-  return Dictionary({{L"FInterID", id}, {L"FTransType", transType}});
-}
-
 void OrdinaryBom(const Stage& stage) {
   stage.Chapter(L"1. An ordinary BOM, its use status changed");
   stage.Say(
       L"The engineer puts the front wheel's BOM 1005 out of use and in use again; its lines have odd units.");
   const std::wstring headers = HeadersWhere(L"FItemID = 202");
-  const Object save =
-      Vector({Header(1005, kOrdinaryBill), Dictionary({{L"UseStatusChange", true}, {L"FItemID", 202}})});
+  const char* save = R"([{"FInterID":1005,"FTransType":50},{"UseStatusChange":true,"FItemID":202}])";
   stage.Show(L"The BOMs of item 202 before:", headers);
   stage.Show(L"The lines of BOM 1005 before:", LinesOf(L"ICBOMChild", L"1005"));
 
-  stage.Call(L"BeginSave", save, kEngineer, L"chs");
+  stage.Save(L"BeginSave", save, kEngineer, L"chs");
   stage.Show(L"BeginSave took every BOM of the item out of use:", headers);
   stage.Say(L"Now the bill's form writes BOM 1005, in use, and calls EndSave.");
   stage.Execute(L"UPDATE ICBOM SET FUseStatus = 1072 WHERE FInterID = 1005");
 
-  stage.Call(L"EndSave", save, kEngineer, L"chs");
+  stage.Save(L"EndSave", save, kEngineer, L"chs");
   stage.Show(L"The header after, with operator and date:", headers);
   stage.Show(L"The lines after: FQty = FAuxQty x (FCoefficient + FScale):", LinesOf(L"ICBOMChild", L"1005"));
 }
@@ -57,9 +48,8 @@ void CustomerBom(const Stage& stage) {
   stage.Show(L"The header before:", header);
   stage.Show(L"The customer lines before:", LinesOf(L"ICCustBOMChild", L"3001"));
 
-  const Object item = Header(3001, kCustomerBomBill);
-  item.Put(L"Value", L"StateParm", Dictionary({{L"FParentID", 2001}}));
-  stage.Call(L"EndSave", Vector({item}), kPlanner, L"cht");
+  stage.Save(L"EndSave", R"([{"FInterID":3001,"FTransType":53,"StateParm":{"FParentID":2001}}])", kPlanner,
+             L"cht");
   stage.Show(L"The header after, with its maker, not in use:", header);
   stage.Show(L"The customer lines after:", LinesOf(L"ICCustBOMChild", L"3001"));
 }
@@ -69,7 +59,7 @@ void Refusal(const Stage& stage) {
   const std::wstring header = HeadersWhere(L"FInterID = 1008");
   stage.Show(L"The rear wheel's BOM before; change 5 made it:", header);
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
-    stage.Call(L"EndSave", Vector({Header(1008, kOrdinaryBill)}), kEngineer, language);
+    stage.Save(L"EndSave", R"([{"FInterID":1008,"FTransType":50}])", kEngineer, language);
   stage.Show(L"And after, untouched:", header);
 }
 
@@ -83,16 +73,17 @@ void RolledBack(const Stage& stage) {
   stage.Show(L"The header before:", header);
   stage.Show(L"The lines before:", lines);
 
-  const Object faults = Object::Create(L"ErpStandIn.Faults");
+  const char* planning = R"([{"FInterID":2002,"FTransType":50}])";
+  const com::Object faults = com::Object::Create(L"ErpStandIn.Faults");
   constexpr auto kTimeOut = static_cast<int32_t>(0x80040E31);
   faults.Call(L"Fail", L"Execute", 4, kTimeOut, L"Timeout expired");
-  stage.Call(L"EndSave", Vector({Header(2002, kOrdinaryBill)}), kPlanner, L"en");
+  stage.Save(L"EndSave", planning, kPlanner, L"en");
   faults.Call(L"Clear");
   stage.Show(L"The header after the failure, as it was:", header);
   stage.Show(L"The lines after the failure, as they were:", lines);
 
   stage.Say(L"The same save without the failure:");
-  stage.Call(L"EndSave", Vector({Header(2002, kOrdinaryBill)}), kPlanner, L"en");
+  stage.Save(L"EndSave", planning, kPlanner, L"en");
   stage.Show(L"The header after:", header);
   stage.Show(L"The lines after, valid without end, as for every BOM that is not ordinary:", lines);
 }

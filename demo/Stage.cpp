@@ -69,20 +69,19 @@ std::wstring Stage::Dsn(int32_t user, const wchar_t* language) const {
          L";Now=2026-03-31 09:15:00;Language=" + language;
 }
 
-void Stage::Call(const wchar_t* method, const Object& save, int32_t user, const wchar_t* language) const {
+void Stage::Save(const wchar_t* hook, const char* save, int32_t user, const wchar_t* language) const {
   const Object trace = Object::Create(L"ErpStandIn.Trace");
   const Object bom =
       Object::Create(L"ErpStandIn.Host").Call(L"CreateObject", L"QorvaneMBomBill.BomUpdate").AsObject();
-  Print(L"\n  > BomUpdate." + std::wstring(method) + L"  SaveVect=" +
-        com::FromUtf8(bomcall::ToJson(save).dump()) + L"  user " + std::to_wstring(user) + L", " + language +
-        L"\n");
+  Print(L"\n  > BomUpdate." + std::wstring(hook) + L"  SaveVect=" + com::FromUtf8(save) + L"  user " +
+        std::to_wstring(user) + L", " + language + L"\n");
 
-  Variant saveArgument(save);
+  Variant saveArgument = bomcall::FromJson(bomcall::Json::parse(save));
   Variant message(L"");
   trace.Call(L"Clear");
   trace.Call(L"Start");
   const Variant result =
-      bom.Call(method, Dsn(user, language), Variant::Reference(saveArgument), Variant::Reference(message));
+      bom.Call(hook, Dsn(user, language), Variant::Reference(saveArgument), Variant::Reference(message));
   trace.Call(L"Stop");
 
   Print(L"    Result: " + com::ToText(result) + L"\n");
@@ -97,18 +96,6 @@ void Stage::Call(const wchar_t* method, const Object& save, int32_t user, const 
     if (const size_t tab = event.find(L'\t'); tab != std::wstring::npos) event.replace(tab, 1, L"  ");
     Print(L"    | " + event + L"\n");
   }
-}
-
-Object Dictionary(std::initializer_list<std::pair<const wchar_t*, Variant>> items) {
-  Object dictionary = Object::Create(L"ruvo10.Dictionary");
-  for (const auto& [key, value] : items) dictionary.Put(L"Value", key, value);
-  return dictionary;
-}
-
-Object Vector(std::initializer_list<Variant> items) {
-  Object vector = Object::Create(L"ruvo10.Vector");
-  for (const Variant& item : items) vector.Call(L"Add", item);
-  return vector;
 }
 
 } // namespace demo

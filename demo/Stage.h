@@ -2,14 +2,9 @@
 // things.
 #pragma once
 
-#include <functional>
-#include <initializer_list>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "com/Object.h"
-#include "com/Variant.h"
 
 namespace demo {
 
@@ -27,9 +22,10 @@ class Stage {
   // Shows the rows of a query as a table.
   void Show(const std::wstring& caption, const std::wstring& sql) const;
 
-  // Calls a method of BomUpdate under the host, as the user `user` with `language`; shows the call, its
-  // result and what it did to SaveVect's first item and ReturnMsg, and the trace when that is wanted.
-  void Call(const wchar_t* method, const com::Object& save, int32_t user, const wchar_t* language) const;
+  // Calls a save hook of BomUpdate under the host, as the user `user` with `language`; `save` is SaveVect as
+  // JSON. Shows the call, its result and what it did to SaveVect's first item and ReturnMsg, and the trace
+  // when that is wanted.
+  void Save(const wchar_t* hook, const char* save, int32_t user, const wchar_t* language) const;
 
  private:
   std::wstring Dsn(int32_t user, const wchar_t* language) const;
@@ -38,8 +34,5 @@ class Stage {
   bool trace_;
   com::Object connection_;
 };
-
-com::Object Dictionary(std::initializer_list<std::pair<const wchar_t*, com::Variant>> items);
-com::Object Vector(std::initializer_list<com::Variant> items);
 
 } // namespace demo

@@ -5,6 +5,8 @@ set -euo pipefail
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 BUILD=$ROOT/build
 LOGS=$BUILD/logs
+# The build whose Windows programs are run.
+PRESET=${PRESET:-x64}
 mkdir -p "$LOGS"
 
 die() {
@@ -64,7 +66,10 @@ wine_env() {
     if [[ -x $WINE ]]; then break; fi
   done
   [[ $WINE ]] || die "Wine is missing: run tools/setup"
-  export WINEPREFIX=$BUILD/wine WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+  # Each build has a prefix of its own, in which its DLLs are registered.
+  WINEPREFIX=$BUILD/wine
+  if [[ $PRESET != x64 ]]; then WINEPREFIX+=-$PRESET; fi
+  export WINEPREFIX WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
   # No offers to download Mono and Gecko. No explorer.exe either: it would make a desktop for the first window, and
   # without a display the program that wants one waits 10 s for it.
   export WINEDLLOVERRIDES='mscoree,mshtml,explorer.exe='

@@ -2,6 +2,8 @@
 
 #include <exception>
 
+#include "com/ValueText.h"
+#include "src/frame/BomReferences.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
@@ -10,6 +12,7 @@ namespace mbom {
 namespace {
 
 using com::Object;
+using com::Variant;
 
 constexpr int16_t kNotInUse = 1073;
 constexpr int32_t kCustomerBomBill = 53;
@@ -17,6 +20,11 @@ constexpr int16_t kRefused = 99;
 
 void SetUseStatusByItem(const Connection& conn, int32_t itemId, int16_t status) {
   conn.Execute(Sql() << L"UPDATE ICBom SET FUseStatus=" << status << L" WHERE FItemID=" << itemId);
+}
+
+// A clause of a caller's own, or none.
+std::wstring Where(const std::wstring& sFilter) {
+  return sFilter.empty() ? std::wstring() : L" WHERE " + sFilter;
 }
 
 } // namespace
@@ -99,6 +107,150 @@ bool BomUpdate::UpdateIcBomStatus(const std::wstring& sDsn, const std::wstring& 
   frame_.GetConnection().Execute(Sql() << L"UPDATE ICBom SET FStatus=1, FUseStatus=1072 WHERE FBomNumber ='"
                                        << lBomNumber << L"' ");
   frame_.VoteComplete();
+  return false;
+}
+
+bool BomUpdate::AddBomGroup(const std::wstring& sDsn, const Object& tDict, int32_t& NewGroupInterId) {
+  try {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    const Dictionary group(tDict);
+    const Recordset answer = frame_.GetConnection().Execute(
+        Sql() << L" Set NoCount on\n"
+              << L" Declare @NewInterId int\n"
+              << L" if exists(SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOMGroup') \n"
+              << L"     SELECT @NewInterId= FMaxNum+1 FROM ICMaxNum WHERE FTableName='ICBOMGroup'\n"
+              << L" else \n"
+              << L"     Select @NewInterId=1\n"
+              << L" Declare @ParentId int\n"
+              << L" Declare @BootId int\n"
+              << L" Select @ParentId=" << group[L"FParentID"] << L"\n"
+              << L" if @ParentId=0 \n"
+              << L"     Select @BootId=@NewInterId\n"
+              << L" else\n"
+              << L"     SELECT @BootId=FBootID FROM IcBomGroup WHERE FInterID = @ParentId\n"
+              << L" INSERT INTO ICBomGroup (FInterID,FNumber,FName,FParentID,FBootID) \n"
+              << L" VALUES (@NewInterId,'" << group[L"FNumber"] << L"','" << group[L"FName"]
+              << L"',@ParentId,@BootId)\n"
+              << L" UPDATE ICMaxNum SET FMaxNum=@NewInterId WHERE FTableName='ICBOMGroup'\n"
+              << L" Set NoCount Off\n"
+              << L" Select @NewInterId as NewInterId \n");
+    if (!answer.Eof()) {
+      NewGroupInterId = Variant(LeadingNumber(com::ToText(answer[L"NewInterId"]))).AsLong();
+      frame_.VoteComplete();
+      return true;
+    }
+    NewGroupInterId = 0;
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return false;
+}
+
+bool BomUpdate::UpdateBomGroup(const std::wstring& sDsn, const Object& tDict, const std::wstring& sFilter) {
+  frame_.VoteAbort();
+  frame_.OpenDataContext(sDsn);
+  {
+    const Connection conn = frame_.GetConnection();
+    const Dictionary group(tDict);
+    Sql update;
+    update << L"UPDATE ICBomGroup SET ";
+    const wchar_t* separator = L"";
+    for (const wchar_t* field : {L"FNumber", L"FName", L"FParentID"}) {
+      if (!group.Holds(field)) continue;
+      update << separator << field << L"='" << group[field] << L"'";
+      separator = L",";
+    }
+    conn.Execute(update << Where(sFilter));
+  }
+  frame_.VoteComplete();
+  return false;
+}
+
+bool BomUpdate::DeleteBom(const std::wstring& sDsn, const std::wstring& sFilter) {
+  frame_.VoteAbort();
+  frame_.OpenDataContext(sDsn);
+  bool deleted = false;
+  {
+    const Recordset answer = frame_.GetConnection().Execute(
+        Sql() << L" if not exists(select * from ICBOM Where FStatus = 1 and FCheckerID>0 and " << sFilter
+              << L") \n"
+              << L" Begin set nocount on\n"
+              << L" DELETE FROM ICBom" << Where(sFilter) << L"\n"
+              << L"     set nocount off\n"
+              << L"     Select 1 as Succ\n"
+              << L" End\n"
+              << L" Else\n"
+              << L"     Select 0 as Succ\n");
+    deleted = !answer.Eof() && LeadingNumber(com::ToText(answer[L"Succ"])) == 1;
+  }
+  frame_.VoteComplete();
+  return deleted;
+}
+
+bool BomUpdate::DeleteBomGroup(const std::wstring& sDsn, const std::wstring& sFilter) {
+  frame_.VoteAbort();
+  frame_.OpenDataContext(sDsn);
+  frame_.GetConnection().Execute(Sql() << L"DELETE FROM ICBomGroup" << Where(sFilter));
+  frame_.VoteComplete();
+  return false;
+}
+
+bool BomUpdate::UpdateBOM(const std::wstring& sDsn, const Object& tVect, const std::wstring& sFilter) {
+  frame_.VoteAbort();
+  frame_.OpenDataContext(sDsn);
+  {
+    const Connection conn = frame_.GetConnection();
+    const Vector fields(tVect);
+    const int32_t last = fields.UBound();
+    Sql update;
+    update << L"UPDATE ICBom SET ";
+    for (int32_t i = 1; i <= last; ++i) {
+      const Dictionary field = fields.DictionaryAt(i);
+      update << field[L"FFieldID"] << L"=" << field[L"FValue"] << (i < last ? L"," : L"");
+    }
+    conn.Execute(update << Where(sFilter));
+  }
+  frame_.VoteComplete();
+  return false;
+}
+
+int32_t BomUpdate::CheckBomUsed(const std::wstring& sDsn, int32_t FInterID, std::wstring& strInfo) {
+  constexpr int32_t kUsed = 1;
+  constexpr int32_t kNotUsed = 0;
+  constexpr int32_t kFailed = -1;
+  try {
+    const Texts text(sDsn);
+    frame_.OpenDataContext(sDsn);
+    const ClientRecordset references(frame_.GetConnection());
+    references.Open(BomUsedSql(FInterID, false, text) << kCrLf);
+    if (references.IsOpen()) {
+      strInfo.clear();
+      const bool used = references.RecordCount() >= 1;
+      if (used) AppendReferences(references, text, strInfo);
+      frame_.VoteComplete();
+      return used ? kUsed : kNotUsed;
+    }
+    strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return kFailed;
+}
+
+bool BomUpdate::SetVisibelBySysProfile(const std::wstring& sDsn, const std::wstring& sVal) {
+  try {
+    frame_.VoteComplete();
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection().Execute(
+        Sql() << L"UPDATE IcTableFieldInfo SET FVisible = '" << sVal << L"' " << kCrLf
+              << L"WHERE FCtlID IN ('BOM', 'OneGradeBOMQuery', 'MutiGradeBOMQuery', 'OneGradeBOMQueryRev', "
+                 L"'MutiGradeBOMQueryRev', 'BomTreeQuery') "
+              << kCrLf << L"AND FLdgNum = 1 AND FName IN ('FBeginDay', 'FEndDay') ");
+    return true;
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
   return false;
 }
 

@@ -12,8 +12,14 @@ namespace ado = outside::ado;
 // ADO's constants.
 constexpr int32_t kUnspecified = -1;
 constexpr int32_t kCommandText = 1;
+constexpr int32_t kStoredProcedure = 4;
 constexpr int32_t kParameterInput = 1;
+constexpr int32_t kParameterOutput = 2;
+constexpr int32_t kInteger = 3;
+constexpr int32_t kVarChar = 200;
 constexpr int32_t kVarWChar = 202;
+constexpr int32_t kUseClient = 3;
+constexpr int32_t kStateClosed = 0;
 
 } // namespace
 
@@ -30,9 +36,43 @@ Variant Recordset::operator[](const wchar_t* field) const {
   return fields.Get(ado::kItem, field).AsObject().Get(ado::kValue);
 }
 
+std::vector<std::wstring> Recordset::FieldNames() const {
+  const Object fields = object_.Get(ado::kFields).AsObject();
+  const int32_t count = fields.Get(ado::kCount).AsLong();
+  std::vector<std::wstring> names;
+  names.reserve(static_cast<size_t>(count));
+  for (int32_t i = 0; i < count; ++i)
+    names.push_back(fields.Get(ado::kItem, i).AsObject().Get(ado::kName).AsText());
+  return names;
+}
+
 Recordset Connection::Execute(const Sql& statement) const {
   return Recordset(
       object_.Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject());
+}
+
+ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor)
+    : Recordset(Object::Create(ado::kRecordsetProgId)), connection_(connection) {
+  object().Put(ado::kActiveConnection, connection.object());
+  object().Put(ado::kCursorLocation, kUseClient);
+  if (cursor != Cursor::Unspecified) object().Put(ado::kCursorType, static_cast<int32_t>(cursor));
+}
+
+void ClientRecordset::Open(const Sql& query) const {
+  if (IsOpen()) object().Call(ado::kClose);
+  object().Call(ado::kOpen, query.text(), connection_.object(), kUnspecified, kUnspecified, kUnspecified);
+}
+
+bool ClientRecordset::IsOpen() const {
+  return object().Get(ado::kState).AsLong() != kStateClosed;
+}
+
+int32_t ClientRecordset::RecordCount() const {
+  return object().Get(ado::kRecordCount).AsLong();
+}
+
+void ClientRecordset::Detach() const {
+  object().Put(ado::kActiveConnection, Object());
 }
 
 Command::Command(const Connection& connection, const std::wstring& text)
@@ -49,6 +89,33 @@ void Command::AppendText(const std::wstring& value, int32_t size) const {
 
 Recordset Command::Execute() const {
   return Recordset(object_.Call(ado::kExecute).AsObject());
+}
+
+StoredProcedure::StoredProcedure(const Connection& connection, const std::wstring& name)
+    : object_(Object::Create(ado::kCommandProgId)) {
+  object_.Put(ado::kCommandType, kStoredProcedure);
+  object_.Put(ado::kCommandText, name);
+  object_.Put(ado::kActiveConnection, connection.object());
+}
+
+void StoredProcedure::AppendInput(const std::wstring& parameter, const std::wstring& value,
+                                  int32_t size) const {
+  const Variant created =
+      object_.Call(ado::kCreateParameter, parameter, kVarChar, kParameterInput, size, value);
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+}
+
+void StoredProcedure::AppendOutput(const std::wstring& parameter) const {
+  const Variant created = object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterOutput, 0);
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+}
+
+void StoredProcedure::Execute() const {
+  object_.Call(ado::kExecute);
+}
+
+Variant StoredProcedure::Value(int32_t index) const {
+  return object_.Get(ado::kParameters).AsObject().Get(ado::kItem, index).AsObject().Get(ado::kValue);
 }
 
 } // namespace mbom

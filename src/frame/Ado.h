@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "com/Object.h"
 #include "src/frame/Sql.h"
@@ -22,6 +23,7 @@ class Recordset {
   void MoveNext() const;
   // The current row's value of the field; the name in any case.
   com::Variant operator[](const wchar_t* field) const;
+  std::vector<std::wstring> FieldNames() const;
 
  private:
   com::Object object_;
@@ -39,12 +41,48 @@ class Connection {
   com::Object object_;
 };
 
+// A recordset that the component opens itself: client-side, so that it is counted and can be detached. Made
+// closed.
+class ClientRecordset : public Recordset {
+ public:
+  enum class Cursor : int32_t { Unspecified = -1, Static = 3 };
+
+  explicit ClientRecordset(const Connection& connection, Cursor cursor = Cursor::Unspecified);
+
+  // Opens it on the rows of a query; closes first what it was open on.
+  void Open(const Sql& query) const;
+  // Whether there are rows to read, and be it none: a statement that yields no rows leaves it closed.
+  bool IsOpen() const;
+  int32_t RecordCount() const;
+  // Takes it off its connection; the rows stay.
+  void Detach() const;
+
+ private:
+  Connection connection_;
+};
+
 // A parameterised command whose parameters are input texts.
 class Command {
  public:
   Command(const Connection& connection, const std::wstring& text);
   void AppendText(const std::wstring& value, int32_t size) const;
   Recordset Execute() const;
+
+ private:
+  com::Object object_;
+};
+
+// A stored procedure with its parameters, in their order.
+class StoredProcedure {
+ public:
+  StoredProcedure(const Connection& connection, const std::wstring& name);
+  // A text of the database's code page (varchar).
+  void AppendInput(const std::wstring& parameter, const std::wstring& value, int32_t size) const;
+  // An int that the procedure sets.
+  void AppendOutput(const std::wstring& parameter) const;
+  void Execute() const;
+  // The value of the parameter at `index`, counted from 0.
+  com::Variant Value(int32_t index) const;
 
  private:
   com::Object object_;

@@ -13,11 +13,14 @@ namespace mbom {
 class Dictionary {
  public:
   explicit Dictionary(com::Object object) : object_(std::move(object)) {}
+  // A new one, empty.
+  static Dictionary Make() { return Dictionary(com::Object::Create(outside::dictionary::kProgId)); }
 
   com::Variant operator[](const wchar_t* key) const { return object_.Get(outside::dictionary::kValue, key); }
   void Put(const wchar_t* key, const com::Variant& value) const {
     object_.Put(outside::dictionary::kValue, key, value);
   }
+  bool Holds(const wchar_t* key) const { return object_.Call(outside::dictionary::kExists, key).AsBool(); }
   const com::Object& object() const noexcept { return object_; }
 
  private:

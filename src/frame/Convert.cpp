@@ -1,5 +1,7 @@
 #include "src/frame/Convert.h"
 
+#include <charconv>
+
 #include "com/ComError.h"
 
 namespace mbom {
@@ -29,6 +31,65 @@ bool IsGreater(const Variant& value, int32_t number) {
 bool IsTrue(const Variant& value) {
   if (value.type() == VT_BSTR) return value.AsBool();
   return Equals(value, VARIANT_TRUE);
+}
+
+double LeadingNumber(const std::wstring& text) {
+  const std::wstring number = Trim(text);
+  const auto digitsFrom = [&number](size_t at) {
+    while (at < number.size() && number[at] >= L'0' && number[at] <= L'9') ++at;
+    return at;
+  };
+  const size_t sign = !number.empty() && (number[0] == L'-' || number[0] == L'+') ? 1 : 0;
+  size_t end = digitsFrom(sign);
+  if (end < number.size() && number[end] == L'.') end = digitsFrom(end + 1);
+  if (end < number.size() && (number[end] == L'e' || number[end] == L'E')) {
+    size_t exponent = end + 1;
+    if (exponent < number.size() && (number[exponent] == L'-' || number[exponent] == L'+')) ++exponent;
+    if (const size_t last = digitsFrom(exponent); last > exponent) end = last;
+  }
+  // All of it is ASCII now; what holds no digit at all, or too large an exponent, leaves the 0.
+  const std::string ascii(number.begin() + (number.starts_with(L'+') ? 1 : 0),
+                          number.begin() + static_cast<ptrdiff_t>(end));
+  double value = 0;
+  std::from_chars(ascii.data(), ascii.data() + ascii.size(), value);
+  return value;
+}
+
+std::vector<std::wstring> TextsIn(const Variant& array) {
+  const bool isArray = (array.type() & VT_ARRAY) != 0 && (array.type() & VT_BYREF) == 0;
+  if (!isArray || SafeArrayGetDim(array.raw().parray) != 1)
+    throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
+  SAFEARRAY* elements = array.raw().parray;
+  VARTYPE type = VT_EMPTY;
+  LONG first = 0;
+  LONG last = -1;
+  com::Check(SafeArrayGetVartype(elements, &type));
+  com::Check(SafeArrayGetLBound(elements, 1, &first));
+  com::Check(SafeArrayGetUBound(elements, 1, &last));
+  std::vector<std::wstring> texts;
+  for (LONG i = first; i <= last; ++i) {
+    Variant element;
+    VARIANT* target = element.Out();
+    if (type == VT_VARIANT) {
+      com::Check(SafeArrayGetElement(elements, &i, target));
+    } else if (type == VT_BSTR) {
+      com::Check(SafeArrayGetElement(elements, &i, &target->bstrVal));
+      target->vt = VT_BSTR;
+    } else {
+      throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
+    }
+    texts.push_back(element.AsText());
+  }
+  return texts;
+}
+
+Variant Today() {
+  SYSTEMTIME now;
+  GetLocalTime(&now);
+  now.wHour = now.wMinute = now.wSecond = now.wMilliseconds = 0;
+  double days = 0;
+  SystemTimeToVariantTime(&now, &days);
+  return Variant::Date(days);
 }
 
 std::wstring Trim(const std::wstring& text) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "com/Variant.h"
 
@@ -14,6 +15,15 @@ bool Equals(const com::Variant& value, int32_t number);
 bool IsGreater(const com::Variant& value, int32_t number);
 // `value = True`: a Boolean True, or the number -1 that it counts as.
 bool IsTrue(const com::Variant& value);
+
+// The number that a text begins with, blanks aside; 0 where it begins with none. Never fails.
+double LeadingNumber(const std::wstring& text);
+
+// The elements of a one-dimensional array, as texts. Anything else is a type mismatch.
+std::vector<std::wstring> TextsIn(const com::Variant& array);
+
+// Today's date by the local clock, as an Automation date.
+com::Variant Today();
 
 // Without leading and trailing blanks (U+0020 only).
 std::wstring Trim(const std::wstring& text);

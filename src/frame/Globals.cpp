@@ -113,11 +113,12 @@ std::wstring LoadResTextFormat(const std::wstring& text, const std::wstring& lan
       .AsText();
 }
 
+Object CreateServerObject(const wchar_t* progId) {
+  return ObjectFactory().Call(outside::factory::kCreateServerObject, progId, Variant::Missing()).AsObject();
+}
+
 int32_t GetCurrentUserId(const Frame& frame) {
-  const Object security =
-      ObjectFactory()
-          .Call(outside::factory::kCreateServerObject, outside::security::kProgId, Variant::Missing())
-          .AsObject();
+  const Object security = CreateServerObject(outside::security::kProgId);
   const Object callerInfo = frame.context().Call(outside::context::kGetCallerInfo).AsObject();
   const Variant callerKey = callerInfo.Get(outside::callerInfo::kCallerKey);
   return security.Call(outside::security::kGetCurrentUserID, callerKey).AsLong();

@@ -32,6 +32,9 @@ std::wstring LoadResText(const std::wstring& text, const std::wstring& language,
 std::wstring LoadResTextFormat(const std::wstring& text, const std::wstring& language,
                                std::initializer_list<com::Variant> values);
 
+// An object of the system's, from the base library's object factory. Failures throw.
+com::Object CreateServerObject(const wchar_t* progId);
+
 // The id of the user who called (QorvaneWoskBase.SecurityInfo, asked afresh each time). Failures throw.
 int32_t GetCurrentUserId(const Frame& frame);
 

@@ -26,6 +26,7 @@ inline constexpr wchar_t kCallerKey[] = L"CallerKey";
 namespace dictionary {
 inline constexpr wchar_t kProgId[] = L"ruvo10.Dictionary";
 inline constexpr wchar_t kValue[] = L"Value";
+inline constexpr wchar_t kExists[] = L"Exists";
 } // namespace dictionary
 
 namespace vector {
@@ -60,8 +61,16 @@ inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.SecurityInfo";
 inline constexpr wchar_t kGetCurrentUserID[] = L"GetCurrentUserID";
 } // namespace security
 
+// The rules of bill numbers, created by the object factory.
+namespace codeRule {
+inline constexpr wchar_t kProgId[] = L"QorvaneMBillCodeRule.clsBillCodeRule";
+inline constexpr wchar_t kGetItemByBillType[] = L"GetItemByBillType";
+inline constexpr wchar_t kGetNewBillID[] = L"GetNewBillID";
+} // namespace codeRule
+
 namespace ado {
 inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
+inline constexpr wchar_t kRecordsetProgId[] = L"ADODB.Recordset";
 inline constexpr wchar_t kExecute[] = L"Execute";
 inline constexpr wchar_t kEof[] = L"EOF";
 inline constexpr wchar_t kMoveNext[] = L"MoveNext";
@@ -70,6 +79,12 @@ inline constexpr wchar_t kCount[] = L"Count";
 inline constexpr wchar_t kItem[] = L"Item";
 inline constexpr wchar_t kName[] = L"Name";
 inline constexpr wchar_t kValue[] = L"Value";
+inline constexpr wchar_t kOpen[] = L"Open";
+inline constexpr wchar_t kClose[] = L"Close";
+inline constexpr wchar_t kState[] = L"State";
+inline constexpr wchar_t kRecordCount[] = L"RecordCount";
+inline constexpr wchar_t kCursorLocation[] = L"CursorLocation";
+inline constexpr wchar_t kCursorType[] = L"CursorType";
 inline constexpr wchar_t kActiveConnection[] = L"ActiveConnection";
 inline constexpr wchar_t kCommandType[] = L"CommandType";
 inline constexpr wchar_t kCommandText[] = L"CommandText";

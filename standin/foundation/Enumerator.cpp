@@ -3,11 +3,10 @@
 #include <oleauto.h>
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 #include <new>
 
-#include "com/Module.h"
+#include "com/RefCounted.h"
 
 namespace standin {
 namespace {
@@ -15,13 +14,10 @@ namespace {
 using com::Variant;
 using Elements = std::vector<Variant>;
 
-class Enumerator final : public IEnumVARIANT {
+class Enumerator final : public com::RefCounted<IEnumVARIANT> {
  public:
   Enumerator(std::shared_ptr<const Elements> elements, size_t next)
       : elements_(std::move(elements)), next_(next) {}
-  virtual ~Enumerator() = default;
-  Enumerator(const Enumerator&) = delete;
-  Enumerator& operator=(const Enumerator&) = delete;
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
     if (!object) return E_POINTER;
@@ -30,12 +26,6 @@ class Enumerator final : public IEnumVARIANT {
     *object = static_cast<IEnumVARIANT*>(this);
     AddRef();
     return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
   }
 
   STDMETHODIMP Next(ULONG wanted, VARIANT* out, ULONG* fetched) override {
@@ -72,8 +62,6 @@ class Enumerator final : public IEnumVARIANT {
  private:
   std::shared_ptr<const Elements> elements_;
   size_t next_;
-  std::atomic<ULONG> references_{0};
-  com::ModuleUse use_;
 };
 
 } // namespace

@@ -4,11 +4,9 @@
 #include <ocidl.h>
 #include <oleauto.h>
 
-#include <atomic>
-
 #include "com/ComError.h"
-#include "com/Module.h"
 #include "com/PendingError.h"
+#include "com/RefCounted.h"
 #include "standin/host/UnitOfWork.h"
 
 namespace standin {
@@ -16,15 +14,12 @@ namespace {
 
 using com::Ptr;
 
-class HostedObject final : public IDispatch, public ISupportErrorInfo, public IProvideClassInfo {
+class HostedObject final : public com::RefCounted<IDispatch, ISupportErrorInfo, IProvideClassInfo> {
  public:
   explicit HostedObject(Ptr<IDispatch> inner) : inner_(std::move(inner)) {
     inner_->QueryInterface(IID_ISupportErrorInfo, errorInfo_.OutVoid());
     inner_->QueryInterface(IID_IProvideClassInfo, classInfo_.OutVoid());
   }
-  virtual ~HostedObject() = default;
-  HostedObject(const HostedObject&) = delete;
-  HostedObject& operator=(const HostedObject&) = delete;
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
     if (!object) return E_POINTER;
@@ -39,12 +34,6 @@ class HostedObject final : public IDispatch, public ISupportErrorInfo, public IP
       return E_NOINTERFACE;
     AddRef();
     return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
   }
 
   STDMETHODIMP GetTypeInfoCount(UINT* count) override { return inner_->GetTypeInfoCount(count); }
@@ -78,8 +67,6 @@ class HostedObject final : public IDispatch, public ISupportErrorInfo, public IP
   Ptr<IDispatch> inner_;
   Ptr<ISupportErrorInfo> errorInfo_;
   Ptr<IProvideClassInfo> classInfo_;
-  std::atomic<ULONG> references_{0};
-  com::ModuleUse use_;
 };
 
 STDMETHODIMP HostedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* params,

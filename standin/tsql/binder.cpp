@@ -525,6 +525,7 @@ BoundExprPtr Binder::BindCase(const Expr& expr) {
   if (expr.hasElse) results.push_back(node->args.size() - 1);
   const auto unify = [&](const std::vector<size_t>& indexes) {
     std::vector<const BoundExpr*> operands;
+    operands.reserve(indexes.size());
     for (const size_t i : indexes) operands.push_back(node->args[i].get());
     const Type common = CommonTypeOf(operands);
     for (const size_t i : indexes) node->args[i] = Convert(std::move(node->args[i]), common);

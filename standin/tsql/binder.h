@@ -53,6 +53,9 @@ class Binder {
   BoundDelete BindDelete(const DeleteStatement& statement);
   BoundExprPtr Assign(BoundExprPtr expr, const Type& to) const;
 
+  // Tables that the batch will have created by then: as good as missing before it runs.
+  void SetPending(const std::vector<std::string>& tables) { pending_ = &tables; }
+
   const std::vector<Dependency>& Dependencies() const { return dependencies_; }
   bool WantsUpdateLock() const { return wantsUpdateLock_; }
 
@@ -158,6 +161,7 @@ class Binder {
   CommonInfo* FindCommon(const ObjectName& name);
 
   // statements (binder_statements.cpp)
+  TablePtr FindTable(const ObjectName& name) const;
   TablePtr RequireTable(const ObjectName& name);
   std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,
                                  bool identityInsert) const;
@@ -173,6 +177,7 @@ class Binder {
   const Catalog& catalog_;
   const std::vector<VariableInfo>& variables_;
   const std::vector<Type>& markers_;
+  const std::vector<std::string>* pending_ = nullptr;
   Scope* scope_ = nullptr;
   std::vector<CommonInfo> commons_;
   std::vector<Dependency> dependencies_;

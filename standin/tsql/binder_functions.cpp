@@ -41,6 +41,12 @@ int32_t ConstantLength(const BoundExpr& expr, int32_t otherwise) {
   return otherwise < 0 ? length : std::min(length, otherwise);
 }
 
+// SQLite's substr agrees where positions and lengths cannot be out of range.
+bool IsConstantFrom(const BoundExpr& expr, int64_t least) {
+  return expr.kind == BoundExpr::Kind::Constant && expr.constant.kind == Datum::Kind::Integer &&
+         expr.constant.integer >= least;
+}
+
 bool IsAggregateName(const std::string& name) {
   return name == "count" || name == "count_big" || name == "sum" || name == "avg" || name == "min" ||
          name == "max";
@@ -136,6 +142,7 @@ BoundExprPtr Binder::BindNullFunction(const Expr& expr) {
   if (expr.text == "coalesce") {
     std::vector<BoundExprPtr> args = BindArguments(expr, 2, 100);
     std::vector<const BoundExpr*> operands;
+    operands.reserve(args.size());
     for (const BoundExprPtr& arg : args) operands.push_back(arg.get());
     const Type type = CommonTypeOf(operands);
     for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), type);
@@ -194,6 +201,8 @@ BoundExprPtr Binder::BindTextFunction(const Expr& expr) {
     std::vector<BoundExprPtr> args = textArg(2, 2);
     args[1] = Convert(std::move(args[1]), intType);
     const Type type = TextLike(args[0]->type, ConstantLength(*args[1], args[0]->type.length));
+    if (name == "left" && IsConstantFrom(*args[1], 0))
+      return Call("substr", type, std::move(args[0]), MakeInteger(1), std::move(args[1]));
     return MakeFunction("t_" + name, type, std::move(args));
   }
   if (name == "substring") {
@@ -201,7 +210,8 @@ BoundExprPtr Binder::BindTextFunction(const Expr& expr) {
     args[1] = Convert(std::move(args[1]), intType);
     args[2] = Convert(std::move(args[2]), intType);
     const Type type = TextLike(args[0]->type, ConstantLength(*args[2], args[0]->type.length));
-    return MakeFunction("t_substring", type, std::move(args));
+    const bool native = IsConstantFrom(*args[1], 1) && IsConstantFrom(*args[2], 0);
+    return MakeFunction(native ? "substr" : "t_substring", type, std::move(args));
   }
   if (name == "replace") {
     std::vector<BoundExprPtr> args = textArg(3, 3);

@@ -109,9 +109,10 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
 
 Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
   if (!name.schema.empty()) return nullptr;
-  for (auto common = commons_.rbegin(); common != commons_.rend(); ++common)
-    if (EqualNames(common->name, name.name)) return &*common;
-  return nullptr;
+  const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
+    return EqualNames(common.name, name.name);
+  });
+  return found != commons_.rend() ? &*found : nullptr;
 }
 
 BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
@@ -124,7 +125,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     node->kind = BoundSource::Kind::Common;
     node->common = common->id;
     entry.columns = common->columns;
-  } else if (TablePtr table = catalog_.FindTable(source.name)) {
+  } else if (TablePtr table = FindTable(source.name)) {
     dependencies_.push_back({source.name, table, nullptr});
     node->table = table;
     entry.table = table;

@@ -30,8 +30,14 @@ const TableSource* FindTargetSource(const TableSource& from, const ObjectName& n
 
 } // namespace
 
+TablePtr Binder::FindTable(const ObjectName& name) const {
+  const auto isSame = [&](const std::string& table) { return EqualNames(table, name.name); };
+  if (pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame)) return nullptr;
+  return catalog_.FindTable(name);
+}
+
 TablePtr Binder::RequireTable(const ObjectName& name) {
-  TablePtr table = catalog_.FindTable(name);
+  TablePtr table = FindTable(name);
   if (!table) {
     if (catalog_.FindView(name)) FailUnsupported("Changing a view");
     Fail(208, {name.schema.empty() ? name.name : name.schema + "." + name.name});

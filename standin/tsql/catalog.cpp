@@ -171,9 +171,11 @@ void Catalog::LoadKeys(Place place, std::map<std::string, TableInfo, NameLess>& 
 TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
-    for (auto entry = temp_.rbegin(); entry != temp_.rend(); ++entry)
-      if (EqualNames(entry->table->name, name.name)) return entry->table;
-    return nullptr;
+    // The latest hides those of the callers.
+    const auto found = std::find_if(temp_.rbegin(), temp_.rend(), [&](const TempTable& entry) {
+      return EqualNames(entry.table->name, name.name);
+    });
+    return found != temp_.rend() ? found->table : nullptr;
   }
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
   const Contents& contents = place == Place::Global ? global_ : main_;

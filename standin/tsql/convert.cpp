@@ -334,7 +334,7 @@ int64_t CheckInteger(int64_t value, TypeId type) {
   return value;
 }
 
-Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source) {
+const Decimal& CheckDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source) {
   constexpr uint64_t kMoneyLimit = uint64_t{1} << 63U;
   constexpr uint64_t kSmallMoneyLimit = uint64_t{1} << 31U;
   bool fits = value.has_value();
@@ -345,7 +345,11 @@ Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::s
     fits = FitsPrecision(*value, type.precision);
   }
   if (!fits) Fail(8115, {source, TypeName(type.id)});
-  return DatumOfDecimal(*value, type);
+  return *value;
+}
+
+Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source) {
+  return DatumOfDecimal(CheckDecimal(value, type, source), type);
 }
 
 Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode mode, int style) {

@@ -11,6 +11,7 @@ enum class ConvertMode : uint8_t { Cast, Assign };
 Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode mode, int style = 0);
 
 // The exact result of arithmetic as a value of `type`; an overflow (nullopt or too many digits) is 8115.
+const Decimal& CheckDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source);
 Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source);
 
 // Whether the value passes its type's range; 8115 or 220 when not.

@@ -14,7 +14,10 @@ Decimal DecimalOf(const Datum& datum, const Type& type) {
 
 Datum DatumOfDecimal(const Decimal& value, const Type& type) {
   assert(value.scale == type.scale);
-  if (IsWide(type)) return Datum::OfBlob(EncodeWide(value));
+  if (IsWide(type)) {
+    const std::array<char, kWideSize> bytes = EncodeWide(value);
+    return Datum::OfBlob(std::string(bytes.data(), bytes.size()));
+  }
   assert(value.high == 0);
   const auto magnitude = static_cast<int64_t>(value.low);
   return Datum::OfInteger(value.negative ? -magnitude : magnitude);

@@ -248,6 +248,55 @@ std::optional<Decimal> RoundTo(Big big, int fromScale, uint8_t scale, bool negat
 
 } // namespace
 
+namespace {
+
+constexpr int kMaxSmallPower = 18;
+
+constexpr uint64_t SmallPower64(int exponent) {
+  uint64_t power = 1;
+  while (exponent-- > 0) power *= 10;
+  return power;
+}
+
+// The 128-bit product of two halves.
+void MultiplyHalves(uint64_t left, uint64_t right, Decimal& product) {
+  const uint64_t leftLow = left & UINT32_MAX;
+  const uint64_t leftHigh = left >> 32U;
+  const uint64_t rightLow = right & UINT32_MAX;
+  const uint64_t rightHigh = right >> 32U;
+  const uint64_t low = leftLow * rightLow;
+  const uint64_t middle = leftHigh * rightLow + (low >> 32U);
+  const uint64_t other = leftLow * rightHigh + (middle & UINT32_MAX);
+  product.low = (other << 32U) | (low & UINT32_MAX);
+  product.high = leftHigh * rightHigh + (middle >> 32U) + (other >> 32U);
+}
+
+// Whether the high half alone shows that the value has at most 38 digits.
+bool IsSafelySmall(const Decimal& value) {
+  constexpr uint64_t kLimit = 5421010862427522170U; // 10^38 / 2^64
+  return value.high < kLimit;
+}
+
+// Values of one half, which are nearly all that there are, without the long arithmetic; false when it is
+// needed.
+bool RescaleSmall(const Decimal& value, uint8_t scale, Rounding rounding, Decimal& result) {
+  const int shift = int{scale} - value.scale;
+  if (value.high != 0 || shift > kMaxSmallPower || shift < -kMaxSmallPower) return false;
+  result.scale = scale;
+  if (shift >= 0) {
+    MultiplyHalves(value.low, SmallPower64(shift), result);
+  } else {
+    const uint64_t power = SmallPower64(-shift);
+    const bool up = rounding == Rounding::HalfAwayFromZero && value.low % power >= power / 2;
+    result.low = value.low / power + (up ? 1 : 0);
+    result.high = 0;
+  }
+  result.negative = value.negative && (result.low != 0 || result.high != 0);
+  return IsSafelySmall(result);
+}
+
+} // namespace
+
 Decimal DecimalFromInteger(int64_t value) {
   Decimal result;
   result.negative = value < 0;
@@ -336,6 +385,8 @@ std::string DecimalToText(const Decimal& value) {
 
 std::optional<Decimal> Rescale(const Decimal& value, uint8_t scale, Rounding rounding) {
   if (scale == value.scale) return value;
+  Decimal small;
+  if (RescaleSmall(value, scale, rounding, small)) return small;
   return RoundTo(FromMagnitude(value), value.scale, scale, value.negative, rounding);
 }
 
@@ -371,6 +422,9 @@ int CompareDecimals(const Decimal& left, const Decimal& right) {
 }
 
 std::optional<Decimal> AddDecimals(const Decimal& left, const Decimal& right, uint8_t scale) {
+  const bool isSmall = left.high == 0 && right.high == 0 && left.scale == scale && right.scale == scale;
+  if (isSmall && left.negative == right.negative && left.low <= UINT64_MAX - right.low)
+    return Decimal{left.low + right.low, 0, scale, left.negative};
   const uint8_t common = std::max(left.scale, right.scale);
   const Big a = Scaled(left, common);
   const Big b = Scaled(right, common);
@@ -388,6 +442,14 @@ std::optional<Decimal> SubtractDecimals(const Decimal& left, const Decimal& righ
 }
 
 std::optional<Decimal> MultiplyDecimals(const Decimal& left, const Decimal& right, uint8_t scale) {
+  if (left.high == 0 && right.high == 0) {
+    Decimal product;
+    MultiplyHalves(left.low, right.low, product);
+    product.scale = static_cast<uint8_t>(left.scale + right.scale);
+    product.negative = left.negative != right.negative && (product.low != 0 || product.high != 0);
+    if (product.scale == scale && IsSafelySmall(product)) return product;
+    if (product.high == 0) return Rescale(product, scale);
+  }
   return RoundTo(Multiply(FromMagnitude(left), FromMagnitude(right)), left.scale + right.scale, scale,
                  left.negative != right.negative, Rounding::HalfAwayFromZero);
 }
@@ -413,7 +475,7 @@ std::optional<Decimal> DecimalRemainder(const Decimal& left, const Decimal& righ
   return RoundTo(rest, common, scale, left.negative, Rounding::HalfAwayFromZero);
 }
 
-std::string EncodeWide(const Decimal& value) {
+std::array<char, kWideSize> EncodeWide(const Decimal& value) {
   uint64_t high = value.high;
   uint64_t low = value.low;
   if (value.negative) {
@@ -421,7 +483,7 @@ std::string EncodeWide(const Decimal& value) {
     high = ~high + (low == 0 ? 1 : 0);
   }
   high ^= uint64_t{1} << 63U;
-  std::string bytes(kWideSize, '\0');
+  std::array<char, kWideSize> bytes{};
   for (unsigned i = 0; i < 8; ++i) {
     bytes[i] = static_cast<char>(high >> (56 - 8 * i));
     bytes[8 + i] = static_cast<char>(low >> (56 - 8 * i));

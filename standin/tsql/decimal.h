@@ -5,6 +5,8 @@
 
 #include "tsql.h"
 
+#include <array>
+
 namespace tsql {
 
 constexpr int kMaxPrecision = 38;
@@ -37,7 +39,7 @@ std::optional<Decimal> DecimalRemainder(const Decimal& left, const Decimal& righ
 // The order-preserving form of a decimal of more than 18 digits: 16 bytes, big-endian two's complement with
 // the sign bit turned over, so that memcmp of two values of one scale is their numeric order.
 constexpr size_t kWideSize = 16;
-std::string EncodeWide(const Decimal& value);
+std::array<char, kWideSize> EncodeWide(const Decimal& value);
 Decimal DecodeWide(std::string_view bytes, uint8_t scale);
 
 } // namespace tsql

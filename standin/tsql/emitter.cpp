@@ -312,11 +312,24 @@ void Emitter::EmitCall(std::string_view name, const BoundExpr& left, const Bound
 }
 
 void Emitter::EmitChecked(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right) {
+  const auto isLeaf = [](const BoundExpr& expr) {
+    return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
+           expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
+  };
+  const bool isInline = type == TypeId::Int && isLeaf(left) && isLeaf(right);
+  if (isInline) {
+    // Computing twice is cheaper than calling a function to check.
+    Text("iif(");
+    EmitBinary(left, op, right);
+    Text(" BETWEEN -2147483648 AND 2147483647, ");
+    EmitBinary(left, op, right);
+    Text(", ");
+  }
   Text("t_range(");
   EmitBinary(left, op, right);
   Text(", ");
   Number(static_cast<int64_t>(type));
-  Text(")");
+  Text(isInline ? "))" : ")");
 }
 
 void Emitter::EmitNegation(const BoundExpr& expr) {

@@ -27,6 +27,22 @@ Datum FunctionCall::Value(int i) const {
   }
 }
 
+Decimal FunctionCall::DecimalAt(int i, const Type& type) const {
+  if (sqlite3_value_type(values_[i]) == SQLITE_BLOB) return DecodeWide(Text(i), type.scale);
+  Decimal value = DecimalFromInteger(Integer(i));
+  value.scale = type.scale;
+  return value;
+}
+
+void FunctionCall::ReturnDecimal(const Decimal& value, const Type& type) const {
+  if (!IsWide(type)) {
+    ReturnInteger(DatumOfDecimal(value, type).integer);
+    return;
+  }
+  const std::array<char, kWideSize> bytes = EncodeWide(value);
+  sqlite3_result_blob64(context_, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+}
+
 void FunctionCall::Return(const Datum& value) const {
   switch (value.kind) {
   case Datum::Kind::Null: ReturnNull(); break;
@@ -48,8 +64,14 @@ namespace {
 
 void Cast(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
-  call.Return(Convert(call.Value(0), call.TypeAt(1), call.TypeAt(2), ConvertMode::Cast,
-                      static_cast<int>(call.Integer(3))));
+  const Type from = call.TypeAt(1);
+  const Type to = call.TypeAt(2);
+  if (from.id == TypeId::Decimal && to.id == TypeId::Decimal) {
+    // The commonest conversion that is not native, without a copy of the value.
+    const std::optional<Decimal> value = Rescale(call.DecimalAt(0, from), to.scale);
+    return call.ReturnDecimal(CheckDecimal(value, to, "numeric"), to);
+  }
+  call.Return(Convert(call.Value(0), from, to, ConvertMode::Cast, static_cast<int>(call.Integer(3))));
 }
 
 void Store(const FunctionCall& call) {

@@ -9,7 +9,8 @@ namespace tsql {
 
 struct FunctionContext {
   std::optional<Error> error;
-  int64_t now = 0; // what GETDATE() answers throughout a statement
+  std::optional<int64_t> fixedNow;
+  std::optional<int64_t> now; // what GETDATE() answers throughout a statement, once it was asked
   const std::vector<Datum>* variables = nullptr;
   const Catalog* catalog = nullptr;
 };

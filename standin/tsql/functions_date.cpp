@@ -6,7 +6,9 @@ namespace tsql {
 namespace {
 
 void GetDate(const FunctionCall& call) {
-  call.ReturnInteger(call.Context().now);
+  FunctionContext& context = call.Context();
+  if (!context.now) context.now = context.fixedNow ? *context.fixedNow : LocalNow();
+  call.ReturnInteger(*context.now);
 }
 
 DatePart PartAt(const FunctionCall& call, int i) {

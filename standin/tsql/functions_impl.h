@@ -26,6 +26,10 @@ class FunctionCall {
   Datum Value(int i) const;
   Type TypeAt(int i) const { return DecodeType(Integer(i)); }
 
+  // A value of a decimal type in either form.
+  Decimal DecimalAt(int i, const Type& type) const;
+  void ReturnDecimal(const Decimal& value, const Type& type) const;
+
   void ReturnNull() const { sqlite3_result_null(context_); }
   void ReturnInteger(int64_t value) const { sqlite3_result_int64(context_, value); }
   void ReturnReal(double value) const { sqlite3_result_double(context_, value); }

@@ -48,19 +48,12 @@ void FloatModulo(const FunctionCall& call) {
   call.ReturnReal(std::fmod(call.Real(0), call.Real(1)));
 }
 
-Decimal DecimalAt(const FunctionCall& call, int i, const Type& type) {
-  if (sqlite3_value_type(call.Raw(i)) == SQLITE_BLOB) return DecodeWide(call.Text(i), type.scale);
-  Decimal value = DecimalFromInteger(call.Integer(i));
-  value.scale = type.scale;
-  return value;
-}
-
 // t_decimal(op, left, type, right, type, result type)
 void DecimalArithmetic(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Type type = call.TypeAt(5);
-  const Decimal left = DecimalAt(call, 1, call.TypeAt(2));
-  const Decimal right = DecimalAt(call, 3, call.TypeAt(4));
+  const Decimal left = call.DecimalAt(1, call.TypeAt(2));
+  const Decimal right = call.DecimalAt(3, call.TypeAt(4));
   const auto op = static_cast<ArithmeticOp>(call.Integer(0));
   if ((op == ArithmeticOp::Divide || op == ArithmeticOp::Modulo) && IsZero(right)) Fail(8134, {});
   std::optional<Decimal> result;
@@ -71,15 +64,15 @@ void DecimalArithmetic(const FunctionCall& call) {
   case ArithmeticOp::Divide: result = DivideDecimals(left, right, type.scale); break;
   default: result = DecimalRemainder(left, right, type.scale);
   }
-  call.Return(StoreDecimal(result, type, "expression"));
+  call.ReturnDecimal(CheckDecimal(result, type, "expression"), type);
 }
 
 void Negate(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
   const Type type = call.TypeAt(1);
-  Decimal value = DecimalAt(call, 0, type);
+  Decimal value = call.DecimalAt(0, type);
   value.negative = !value.negative && !IsZero(value);
-  call.Return(DatumOfDecimal(value, type));
+  call.ReturnDecimal(value, type);
 }
 
 // ---- sums and averages of decimals
@@ -99,7 +92,7 @@ void SumStep(sqlite3_context* context, int count, sqlite3_value** values) {
   if (call.IsNull(0)) return;
   const Type type = call.TypeAt(1);
   const Decimal sum{state->low, state->high, type.scale, state->negative};
-  const std::optional<Decimal> next = AddDecimals(sum, DecimalAt(call, 0, type), type.scale);
+  const std::optional<Decimal> next = AddDecimals(sum, call.DecimalAt(0, type), type.scale);
   ++state->count;
   state->overflow = state->overflow || !next;
   if (!next) return;
@@ -135,7 +128,7 @@ void SumFinal(sqlite3_context* context) {
     std::optional<Decimal> sum = Decimal{state->sum.low, state->sum.high, from.scale, state->sum.negative};
     sum = IsAverage ? DivideDecimals(*sum, DecimalFromInteger(state->sum.count), to.scale)
                     : Rescale(*sum, to.scale);
-    call.Return(StoreDecimal(sum, to, "expression"));
+    call.ReturnDecimal(CheckDecimal(sum, to, "expression"), to);
   } catch (const Error& error) {
     call.ReturnError(error);
   }
@@ -154,9 +147,9 @@ void Abs(const FunctionCall& call) {
   }
   case Family::Float: return call.ReturnReal(std::abs(call.Real(0)));
   default: {
-    Decimal value = DecimalAt(call, 0, type);
+    Decimal value = call.DecimalAt(0, type);
     value.negative = false;
-    call.Return(DatumOfDecimal(value, type));
+    call.ReturnDecimal(value, type);
   }
   }
 }
@@ -168,9 +161,9 @@ void Sign(const FunctionCall& call) {
   case Family::Integer: return call.ReturnInteger((call.Integer(0) > 0) - (call.Integer(0) < 0));
   case Family::Float: return call.ReturnReal((call.Real(0) > 0) - (call.Real(0) < 0));
   default: {
-    const Decimal value = DecimalAt(call, 0, type);
+    const Decimal value = call.DecimalAt(0, type);
     Decimal sign = DecimalFromInteger(IsZero(value) ? 0 : value.negative ? -1 : 1);
-    call.Return(StoreDecimal(Rescale(sign, type.scale), type, "expression"));
+    call.ReturnDecimal(CheckDecimal(Rescale(sign, type.scale), type, "expression"), type);
   }
   }
 }
@@ -184,14 +177,14 @@ void ToWhole(const FunctionCall& call) {
   case Family::Integer: return call.ReturnValue(0);
   case Family::Float: return call.ReturnReal(IsFloor ? std::floor(call.Real(0)) : std::ceil(call.Real(0)));
   default: {
-    const Decimal value = DecimalAt(call, 0, type);
+    const Decimal value = call.DecimalAt(0, type);
     std::optional<Decimal> whole = Rescale(value, 0, Rounding::Truncate);
     const bool hasFraction = CompareDecimals(*whole, value) != 0;
     if (hasFraction && value.negative == IsFloor) {
       whole = IsFloor ? SubtractDecimals(*whole, DecimalFromInteger(1), 0)
                       : AddDecimals(*whole, DecimalFromInteger(1), 0);
     }
-    call.Return(StoreDecimal(whole ? Rescale(*whole, to.scale) : whole, to, "expression"));
+    call.ReturnDecimal(CheckDecimal(whole ? Rescale(*whole, to.scale) : whole, to, "expression"), to);
   }
   }
 }
@@ -238,7 +231,8 @@ void Round(const FunctionCall& call) {
     return call.ReturnInteger(CheckInteger(*value, type.id));
   }
   default:
-    call.Return(StoreDecimal(RoundDecimal(DecimalAt(call, 0, type), digits, rounding), type, "expression"));
+    call.ReturnDecimal(
+        CheckDecimal(RoundDecimal(call.DecimalAt(0, type), digits, rounding), type, "expression"), type);
   }
 }
 

@@ -57,9 +57,9 @@ void Reverse(const FunctionCall& call) {
   const std::string_view text = call.Text(0);
   std::vector<char32_t> characters;
   for (size_t at = 0; at < text.size();) characters.push_back(NextChar(text, at));
+  std::reverse(characters.begin(), characters.end());
   std::string result;
-  for (auto character = characters.rbegin(); character != characters.rend(); ++character)
-    AppendChar(result, *character);
+  for (const char32_t character : characters) AppendChar(result, character);
   call.ReturnText(result);
 }
 

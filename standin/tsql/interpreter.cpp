@@ -168,7 +168,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 }
 
 void Interpreter::BeginStatement() {
-  context_.now = fixedNow_ ? *fixedNow_ : LocalNow();
+  context_.now.reset();
   context_.variables = &frame_->variables;
   context_.error.reset();
   target_ = nullptr;
@@ -362,7 +362,7 @@ void Interpreter::AssignRows(Plan& plan) {
 
 void Interpreter::RunSelectInto(const QueryStatement& statement) {
   const ObjectName& name = *statement.query->select->into;
-  const StatementScope scope(transaction_, PlaceOf(name));
+  StatementScope scope(transaction_, PlaceOf(name));
   CompiledUnit& unit = *frame_->unit;
   Binder binder(catalog_, unit.variables, unit.markers);
   BoundInsert insert;
@@ -376,7 +376,7 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
   plan.parameters = std::move(emitted.parameters);
   BindParameters(plan);
   plan.statement.Step();
-  const_cast<StatementScope&>(scope).Complete();
+  scope.Complete();
   BumpSchema(PlaceOf(name));
   SendRowCount(sqlite3_changes64(connection_.Handle()));
 }
@@ -396,9 +396,9 @@ void Interpreter::RunChange(const Statement& statement) {
     step();
   } catch (const SqliteFailure& failure) {
     // The table's name in the message needs the target, which must not outlive the statement here.
-    const Error error = Translate(failure);
+    Error error = Translate(failure);
     target_ = nullptr;
-    throw error;
+    throw Error(std::move(error));
   }
   target_ = nullptr;
   const int64_t count = sqlite3_changes64(connection_.Handle());
@@ -540,7 +540,7 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
   constexpr int kUserError = 50000;
   const Error error(kUserError, static_cast<int>(EvaluateInteger(statement.arguments[1])),
                     static_cast<int>(EvaluateInteger(statement.arguments[2])), statement.line, text);
-  if (error.severity > 10) throw error;
+  if (error.severity > 10) throw Error(error);
   sink_->Message(error);
 }
 

@@ -40,7 +40,7 @@ class Interpreter {
   void Report(const Error& error, ResultSink& sink);
   Error Translate(const SqliteFailure& failure);
 
-  void SetNow(std::optional<int64_t> now) { fixedNow_ = now; }
+  void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   void SetLockTimeout(int milliseconds);
 
  private:
@@ -100,7 +100,7 @@ class Interpreter {
   SchemaEditor schema_;
   ResultSink* sink_ = nullptr;
   Frame* frame_ = nullptr;
-  std::optional<int64_t> fixedNow_;
+
   std::string identityInsertTable_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
   std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;

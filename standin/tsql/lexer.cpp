@@ -70,8 +70,12 @@ class Lexer {
  public:
   explicit Lexer(std::string_view batch) : batch_(batch) {}
 
-  std::vector<Token> Run() {
-    while (SkipSpace()) ReadToken();
+  std::vector<Token> Run(std::optional<Error>& error) {
+    try {
+      while (SkipSpace()) ReadToken();
+    } catch (const Error& caught) {
+      error = caught;
+    }
     tokens_.push_back({TokenKind::End, {}, {}, line_});
     return std::move(tokens_);
   }
@@ -216,9 +220,9 @@ class Lexer {
         "<>", "!=", "<=", ">=", "!<", "!>", "+=", "-=", "*=", "/=", "%=", "::", "&=", "|="};
     const std::string_view pair = batch_.substr(at_, 2);
     const size_t length = std::find(kPairs.begin(), kPairs.end(), pair) != kPairs.end() ? 2 : 1;
-    const std::string symbol(batch_.substr(at_, length));
+    const std::string_view symbol = batch_.substr(at_, length);
     at_ += length;
-    return symbol;
+    return std::string(symbol);
   }
 
   std::string_view batch_;
@@ -229,8 +233,8 @@ class Lexer {
 
 } // namespace
 
-std::vector<Token> Tokenize(std::string_view batch) {
-  return Lexer(batch).Run();
+std::vector<Token> Tokenize(std::string_view batch, std::optional<Error>& error) {
+  return Lexer(batch).Run(error);
 }
 
 bool IsReserved(std::string_view word) {

@@ -2,10 +2,7 @@
 // without their delimiters and doublings. The last token is always End.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "tsql.h"
 
 namespace tsql {
 
@@ -31,8 +28,9 @@ struct Token {
   int line = 1;
 };
 
-// The tokens hold views of `batch`. Errors 105 and 113 are thrown.
-std::vector<Token> Tokenize(std::string_view batch);
+// The tokens hold views of `batch`. Where a text or comment stays open the tokens end before it and `error`
+// holds 105 or 113: a syntax error further left comes first.
+std::vector<Token> Tokenize(std::string_view batch, std::optional<Error>& error);
 
 // Words that cannot be names; a syntax error at one of them is 156 instead of 102.
 bool IsReserved(std::string_view word);

@@ -84,6 +84,7 @@ void Parser::SyntaxError() const {
 }
 
 void Parser::SyntaxErrorAt(size_t token) const {
+  if (tokens_[token].kind == TokenKind::End && lexicalError_) throw Error(*lexicalError_);
   // At the end of the batch the server names the last word it saw.
   const bool atEnd = tokens_[token].kind == TokenKind::End && token > 0;
   const Token& near = tokens_[atEnd ? token - 1 : token];
@@ -101,6 +102,7 @@ void Parser::ParseAll(Batch& batch) {
     if (IsAtEnd()) break;
     batch.statements.push_back(ParseStatement());
   }
+  if (lexicalError_) throw Error(*lexicalError_);
   batch.slots = slots_;
   batch.markers = markers_;
 }

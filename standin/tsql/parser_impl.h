@@ -9,7 +9,7 @@ namespace tsql {
 
 class Parser {
  public:
-  explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text)) {}
+  explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
   void ParseAll(Batch& batch);
   ExprPtr ParseExpression();
@@ -139,6 +139,7 @@ class Parser {
   void ParseCollation();
 
   std::string_view text_;
+  std::optional<Error> lexicalError_; // at the end of the tokens
   std::vector<Token> tokens_;
   size_t at_ = 0;
   int slots_ = 0;

@@ -50,6 +50,12 @@ void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const
   plan.version = catalog_.Version();
 }
 
+Binder Planner::MakeBinder() const {
+  Binder binder(catalog_, unit_.variables, unit_.markers);
+  binder.SetPending(pending_);
+  return binder;
+}
+
 Plan& Planner::QueryPlan(const QueryStatement& statement) {
   Plan& plan = PlanAt(statement.slot);
   if (IsCurrent(plan)) return plan;
@@ -160,9 +166,16 @@ void Planner::CompileBody(const Statement& statement, std::string_view identityI
   switch (statement.kind) {
   case StatementKind::Query: {
     const auto& query = static_cast<const QueryStatement&>(statement);
-    if (!query.query->select || !query.query->select->into) QueryPlan(query);
+    if (query.query->select && query.query->select->into) {
+      pending_.push_back(query.query->select->into->name);
+    } else {
+      QueryPlan(query);
+    }
     break;
   }
+  case StatementKind::CreateTable:
+    pending_.push_back(static_cast<const CreateTableStatement&>(statement).table.name);
+    break;
   case StatementKind::Insert:
   case StatementKind::Update:
   case StatementKind::Delete: ChangePlan(statement, identityInsertTable); break;

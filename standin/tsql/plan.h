@@ -54,12 +54,13 @@ class Planner {
   void RequireVariable(const std::string& name) const;
   bool IsCurrent(Plan& plan) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
-  Binder MakeBinder() const { return {catalog_, unit_.variables, unit_.markers}; }
+  Binder MakeBinder() const;
   Plan& PlanAt(int slot) { return unit_.plans[static_cast<size_t>(slot)]; }
 
   const Connection& connection_;
   const Catalog& catalog_;
   CompiledUnit& unit_;
+  std::vector<std::string> pending_; // tables that the unit creates, while compiling ahead
 };
 
 } // namespace tsql

@@ -40,15 +40,21 @@ std::string GeneratedName(const char* prefix, const TableInfo& table) {
   return name + std::to_string(table.keys.size());
 }
 
-std::string ObjectText(const ObjectName& name) {
-  return name.name;
+// A column as a unique index sees it that takes NULLs for equal: a value of another storage class than the
+// column's stands for NULL.
+std::string NullSafeKey(const ColumnInfo& column) {
+  const bool isBlob = FamilyOf(column.type.id) == Family::Binary || IsWide(column.type);
+  std::string key = "ifnull(" + QuoteName(column.name);
+  key += isBlob ? ", '')" : ", x'')";
+  if (IsText(column.type)) key += " COLLATE tsql";
+  return key;
 }
 
 } // namespace
 
 void SchemaEditor::CheckNew(const ObjectName& name) const {
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) FailUnsupported("A schema other than dbo");
-  if (catalog_.Exists(name)) Fail(2714, {ObjectText(name)});
+  if (catalog_.Exists(name)) Fail(2714, {name.name});
 }
 
 void SchemaEditor::AddColumn(TableInfo& table, const ColumnDefinition& definition) const {
@@ -193,11 +199,11 @@ void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const 
     const ColumnInfo& column = table.columns[static_cast<size_t>(key.columns[i])];
     const std::string direction = i < key.descending.size() && key.descending[i] ? " DESC" : "";
     const std::string separator = i > 0 ? ", " : "";
-    plain += separator + QuoteName(column.name) + direction;
-    // A value of another storage class than the column's stands for NULL.
-    const bool isBlob = FamilyOf(column.type.id) == Family::Binary || IsWide(column.type);
-    nullSafe += separator + "ifnull(" + QuoteName(column.name) + (isBlob ? ", '')" : ", x'')") +
-                (IsText(column.type) ? " COLLATE tsql" : "");
+    plain += separator;
+    plain += QuoteName(column.name);
+    plain += direction;
+    nullSafe += separator;
+    nullSafe += NullSafeKey(column);
     nullable = nullable || column.nullable;
   }
   const std::string name = table.storageName + "." + key.name;
@@ -212,10 +218,8 @@ void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const 
 }
 
 void SchemaEditor::DropTable(const TableInfo& table) {
-  // The table may go with the definition that names it.
-  const TableInfo copy = table;
-  connection_.Run("DROP TABLE " + copy.SqlName());
-  catalog_.RemoveTable(copy);
+  connection_.Run("DROP TABLE " + table.SqlName());
+  catalog_.RemoveTable(table);
 }
 
 void SchemaEditor::TruncateTable(const TableInfo& table) {

@@ -14,7 +14,7 @@ class SchemaEditor {
   void CreateTable(const CreateTableStatement& statement);
   // For SELECT ... INTO: the table without keys.
   void CreateTable(const ObjectName& name, const std::vector<Column>& columns);
-  void DropTable(const TableInfo& table);
+  void DropTable(const TableInfo& table); // the caller keeps the definition alive
   void TruncateTable(const TableInfo& table);
   void AlterTable(const AlterTableStatement& statement);
   void CreateIndex(const CreateIndexStatement& statement);

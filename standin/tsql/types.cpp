@@ -10,39 +10,39 @@ namespace tsql {
 namespace {
 
 struct TypeEntry {
-  TypeId id;
   const char* name;
-  Family family;
   int precedence;
   int digits; // as a decimal
   int scale;
+  TypeId id;
+  Family family;
 };
 
 // In the order of TypeId.
 constexpr TypeEntry kTypes[] = {
-    {TypeId::TinyInt, "tinyint", Family::Integer, 9, 3, 0},
-    {TypeId::SmallInt, "smallint", Family::Integer, 10, 5, 0},
-    {TypeId::Int, "int", Family::Integer, 11, 10, 0},
-    {TypeId::BigInt, "bigint", Family::Integer, 12, 19, 0},
-    {TypeId::Bit, "bit", Family::Integer, 8, 1, 0},
-    {TypeId::Decimal, "numeric", Family::Decimal, 15, 0, 0},
-    {TypeId::Money, "money", Family::Decimal, 14, 19, 4},
-    {TypeId::SmallMoney, "smallmoney", Family::Decimal, 13, 10, 4},
-    {TypeId::Float, "float", Family::Float, 17, 0, 0},
-    {TypeId::Real, "real", Family::Float, 16, 0, 0},
-    {TypeId::Char, "char", Family::Text, 2, 0, 0},
-    {TypeId::VarChar, "varchar", Family::Text, 3, 0, 0},
-    {TypeId::Text, "text", Family::Text, 6, 0, 0},
-    {TypeId::NChar, "nchar", Family::Text, 4, 0, 0},
-    {TypeId::NVarChar, "nvarchar", Family::Text, 5, 0, 0},
-    {TypeId::NText, "ntext", Family::Text, 7, 0, 0},
-    {TypeId::DateTime, "datetime", Family::DateTime, 20, 0, 0},
-    {TypeId::SmallDateTime, "smalldatetime", Family::DateTime, 19, 0, 0},
-    {TypeId::Date, "date", Family::DateTime, 18, 0, 0},
-    {TypeId::Binary, "binary", Family::Binary, 0, 0, 0},
-    {TypeId::VarBinary, "varbinary", Family::Binary, 1, 0, 0},
-    {TypeId::Image, "image", Family::Binary, 1, 0, 0},
-    {TypeId::UniqueIdentifier, "uniqueidentifier", Family::Guid, 6, 0, 0},
+    {"tinyint", 9, 3, 0, TypeId::TinyInt, Family::Integer},
+    {"smallint", 10, 5, 0, TypeId::SmallInt, Family::Integer},
+    {"int", 11, 10, 0, TypeId::Int, Family::Integer},
+    {"bigint", 12, 19, 0, TypeId::BigInt, Family::Integer},
+    {"bit", 8, 1, 0, TypeId::Bit, Family::Integer},
+    {"numeric", 15, 0, 0, TypeId::Decimal, Family::Decimal},
+    {"money", 14, 19, 4, TypeId::Money, Family::Decimal},
+    {"smallmoney", 13, 10, 4, TypeId::SmallMoney, Family::Decimal},
+    {"float", 17, 0, 0, TypeId::Float, Family::Float},
+    {"real", 16, 0, 0, TypeId::Real, Family::Float},
+    {"char", 2, 0, 0, TypeId::Char, Family::Text},
+    {"varchar", 3, 0, 0, TypeId::VarChar, Family::Text},
+    {"text", 6, 0, 0, TypeId::Text, Family::Text},
+    {"nchar", 4, 0, 0, TypeId::NChar, Family::Text},
+    {"nvarchar", 5, 0, 0, TypeId::NVarChar, Family::Text},
+    {"ntext", 7, 0, 0, TypeId::NText, Family::Text},
+    {"datetime", 20, 0, 0, TypeId::DateTime, Family::DateTime},
+    {"smalldatetime", 19, 0, 0, TypeId::SmallDateTime, Family::DateTime},
+    {"date", 18, 0, 0, TypeId::Date, Family::DateTime},
+    {"binary", 0, 0, 0, TypeId::Binary, Family::Binary},
+    {"varbinary", 1, 0, 0, TypeId::VarBinary, Family::Binary},
+    {"image", 1, 0, 0, TypeId::Image, Family::Binary},
+    {"uniqueidentifier", 6, 0, 0, TypeId::UniqueIdentifier, Family::Guid},
 };
 
 const TypeEntry& EntryOf(TypeId id) {

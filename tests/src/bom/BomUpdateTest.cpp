@@ -2,6 +2,7 @@
 // afterwards, results, in/out arguments and messages.
 #include <gtest/gtest.h>
 
+#include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
 
@@ -55,11 +56,8 @@ class BomUpdateTest : public testing::Test {
   const TestDatabase database_;
 };
 
-// What every set-up does on the wire for a descriptor, and then `events`.
-Texts AfterSetUp(const std::wstring& dsn, std::initializer_list<std::wstring> events) {
-  Texts all{L"VoteAbort", L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnection"};
-  all.insert(all.end(), events);
-  return all;
+Texts AfterSetUp(const std::wstring& dsn, const Texts& events) {
+  return AroundSetUp({L"VoteAbort"}, dsn, events);
 }
 
 const Texts kUntouched{L"11|0|1072|NULL|NULL|NULL|NULL|1", L"12|0|1072|NULL|NULL|NULL|NULL|1",
@@ -296,15 +294,6 @@ TEST_F(BomUpdateTest, EndSaveFailsOnADescriptorThatBindsNothing) {
 
 // ---- failure paths
 // -------------------------------------------------------------------------------------------------
-
-struct OutsideCall {
-  const wchar_t* kind;
-  int32_t nth;
-};
-
-void PrintTo(const OutsideCall& call, std::ostream* out) {
-  *out << com::ToUtf8(call.kind) << " #" << call.nth;
-}
 
 class EndSaveFailure : public BomUpdateTest, public testing::WithParamInterface<OutsideCall> {};
 

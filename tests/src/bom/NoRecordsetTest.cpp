@@ -1,14 +1,14 @@
-// A provider that hands back nothing where a recordset is expected: played by a data-access library of the
-// test's own, which takes the real one's place on a thread of its own.
+// A provider that hands back nothing where a recordset is expected, none that is open or none with a row:
+// played by a data-access library and recordsets of the test's own, which take the real ones' place on a
+// thread of its own.
 #include <gtest/gtest.h>
 #include <objbase.h>
 
-#include <array>
 #include <thread>
 
-#include "com/ClassObject.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
+#include "tests/support/Replacement.h"
 
 namespace mbom::test {
 namespace {
@@ -16,13 +16,32 @@ namespace {
 using com::Object;
 using com::Variant;
 
-thread_local std::vector<std::wstring> t_calls;
+// What the test that runs calls, and how it is answered.
+std::vector<std::wstring> g_calls;
+bool g_emptyAnswers = false;
+
+// Never open, and at its end.
+class MuteRecordset {
+ public:
+  int32_t State() const { return 0; }
+  bool Eof() const { return true; }
+  void PutActiveConnection(const Variant& /*connection*/) {}
+  void PutCursorLocation(int32_t location) { EXPECT_EQ(location, 3); }
+  void PutCursorType(int32_t type) { EXPECT_EQ(type, 3); }
+  void Open(const std::wstring& source, const Variant& /*connection*/, int32_t cursorType, int32_t lockType,
+            int32_t options) {
+    EXPECT_EQ(cursorType, -1);
+    EXPECT_EQ(lockType, -1);
+    EXPECT_EQ(options, -1);
+    g_calls.push_back(source);
+  }
+};
 
 class MuteConnection {
  public:
   Object Execute(const std::wstring& text, const Variant& /*affected*/, int32_t /*options*/) {
-    t_calls.push_back(text);
-    return Object();
+    g_calls.push_back(text);
+    return g_emptyAnswers ? com::ToObject(com::Make<MuteRecordset>()) : Object();
   }
 };
 
@@ -33,8 +52,8 @@ class MuteCallerInfo {
 
 class MuteContext {
  public:
-  void VoteAbort() { t_calls.emplace_back(L"VoteAbort"); }
-  void VoteComplete() { t_calls.emplace_back(L"VoteComplete"); }
+  void VoteAbort() { g_calls.emplace_back(L"VoteAbort"); }
+  void VoteComplete() { g_calls.emplace_back(L"VoteComplete"); }
   Object GetCallerInfo() { return com::ToObject(com::Make<MuteCallerInfo>()); }
   Variant BindDsn(const std::wstring& /*sDsn*/) { return {}; }
   Object GetConnection() { return com::ToObject(com::Make<MuteConnection>()); }
@@ -52,6 +71,20 @@ namespace com {
 
 using namespace mbom::test;
 
+template <>
+const DispatchTable& TableOf<MuteRecordset>() {
+  static const DispatchTable table(
+      IID_NULL, {
+                    PropertyGet<&MuteRecordset::State>(1, L"State"),
+                    PropertyGet<&MuteRecordset::Eof>(2, L"EOF"),
+                    PropertyPut<&MuteRecordset::PutActiveConnection>(3, L"ActiveConnection", {L"value"}),
+                    PropertyPut<&MuteRecordset::PutCursorLocation>(4, L"CursorLocation", {L"value"}),
+                    PropertyPut<&MuteRecordset::PutCursorType>(5, L"CursorType", {L"value"}),
+                    Method<&MuteRecordset::Open>(
+                        6, L"Open", {L"source", L"connection", L"cursorType", L"lockType", L"options"}),
+                });
+  return table;
+}
 template <>
 const DispatchTable& TableOf<MuteConnection>() {
   static const DispatchTable table(
@@ -86,43 +119,87 @@ const DispatchTable& TableOf<MuteGlobal>() {
 namespace mbom::test {
 namespace {
 
-// Registers MuteGlobal in place of the data-access library's global object, for this apartment.
-class Replacement {
- public:
-  Replacement() {
-    CLSID classId;
-    com::Check(CLSIDFromProgID(L"QorvaneGlobal.Global", &classId));
-    entries_ = {
-        com::ClassEntry{classId, L"QorvaneGlobal.Global", L"", &com::CreateDispatchObject<MuteGlobal>}};
-    com::Ptr<IUnknown> factory;
-    com::Check(com::GetClassObject(entries_, classId, IID_IUnknown, factory.OutVoid()));
-    com::Check(
-        CoRegisterClassObject(classId, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_));
-  }
-  ~Replacement() { CoRevokeClassObject(cookie_); }
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
-
- private:
-  std::array<com::ClassEntry, 1> entries_{};
-  DWORD cookie_ = 0;
-};
-
-TEST(NoRecordset, MakesEndSaveFailWithoutAMessage) {
-  std::thread([] {
+// Runs `test` on a thread of its own where everything is mute.
+template <class Test>
+void WithMuteProvider(Test test) {
+  g_calls.clear();
+  g_emptyAnswers = false;
+  std::thread([&test] {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     {
-      const Replacement replacement;
-      Variant message(L"as it came");
-      const Object save = MakeVector({MakeDictionary({{L"FInterID", 1}})});
-      EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"EndSave", L"", save, Variant::Reference(message)).AsBool());
-      EXPECT_EQ(message, Variant(L"as it came"));
-      EXPECT_EQ(t_calls,
-                (std::vector<std::wstring>{L"VoteAbort", L"select FEcnInterId from IcBom where FInterId = 1",
-                                           L"VoteAbort"}));
+      const Replacement<MuteGlobal> global(L"QorvaneGlobal.Global");
+      const Replacement<MuteRecordset> recordset(L"ADODB.Recordset");
+      test();
     }
     CoUninitialize();
   }).join();
+}
+
+TEST(NoRecordset, MakesEndSaveFailWithoutAMessage) {
+  WithMuteProvider([] {
+    Variant message(L"as it came");
+    const Object save = MakeVector({MakeDictionary({{L"FInterID", 1}})});
+    EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"EndSave", L"", save, Variant::Reference(message)).AsBool());
+    EXPECT_EQ(message, Variant(L"as it came"));
+    EXPECT_EQ(g_calls, (std::vector<std::wstring>{
+                           L"VoteAbort", L"select FEcnInterId from IcBom where FInterId = 1", L"VoteAbort"}));
+  });
+}
+
+TEST(NoRecordset, MakesAddBomGroupFailWithTheIdZeroWhenThereIsNoRow) {
+  WithMuteProvider([] {
+    g_emptyAnswers = true;
+    Variant id(7);
+    const Object group = MakeDictionary({{L"FParentID", 0}});
+    EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"AddBomGroup", L"", group, Variant::Reference(id)).AsBool());
+    EXPECT_EQ(id, Variant(0));
+    ASSERT_EQ(g_calls.size(), 3u);
+    EXPECT_EQ(g_calls.front(), L"VoteAbort");
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
+  });
+}
+
+TEST(NoRecordset, MakesDeleteBomAnswerFalseWhenThereIsNoRow) {
+  WithMuteProvider([] {
+    g_emptyAnswers = true;
+    EXPECT_FALSE(Unhosted(L"BomUpdate").Call(L"DeleteBom", L"", L"FInterID=1").AsBool());
+    EXPECT_EQ(g_calls.back(), L"VoteComplete");
+  });
+}
+
+TEST(NoRecordset, MakesCheckBomUsedFailWithAMessage) {
+  WithMuteProvider([] {
+    Variant info(L"as it came");
+    EXPECT_EQ(Unhosted(L"BomUpdate").Call(L"CheckBomUsed", L"Language=chs", 1, Variant::Reference(info)),
+              Variant(-1));
+    EXPECT_EQ(info, Variant(L"检查BOM是否被引用时出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
+  });
+}
+
+TEST(NoRecordset, MakesTheAuditChecksRefuse) {
+  WithMuteProvider([] {
+    const Object check = Unhosted(L"CBomCheck");
+    const std::wstring dsn = L"Language=chs";
+    Variant message(L"");
+    EXPECT_EQ(check.Call(L"BomCheck", dsn, 1, L"N", 5, Variant::Reference(message)), Variant(2));
+    EXPECT_EQ(message,
+              Variant(L"BOM[编号：N]审核没有成功。原因为：读取BOM数据出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(check.Call(L"BomUndoCheck", dsn, 1, L"N", 5, 0, Variant::Reference(message)), Variant(2));
+    EXPECT_EQ(message,
+              Variant(L"BOM[编号：N]反审核没有成功。原因为：读取BOM数据出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(check.Call(L"GetBomDelInfo", dsn, 1, L"N", Variant::Reference(message)), Variant(0));
+    EXPECT_EQ(
+        message,
+        Variant(L"BOM[编号：N]删除没有成功。原因为：检查BOM是否被引用时出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(check.Call(L"GetBomModifyInfo", dsn, 1, L"N", Variant::Reference(message)), Variant(0));
+    EXPECT_EQ(
+        message,
+        Variant(L"BOM[编号：N]修改没有成功。原因为：检查BOM是否被引用时出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(g_calls.size(), 8u); // each a query and an abort
+    EXPECT_EQ(g_calls[1], L"VoteAbort");
+    EXPECT_EQ(g_calls[7], L"VoteAbort");
+  });
 }
 
 } // namespace

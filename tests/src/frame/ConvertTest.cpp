@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "com/Object.h"
+#include "com/Text.h"
 #include "com/ValueText.h"
 #include "src/frame/Sql.h"
 #include "tests/support/Client.h"
@@ -41,6 +42,19 @@ TEST(Convert, KnowsTrueFromOtherNumbers) {
   EXPECT_FALSE(IsTrue(Variant()));
   EXPECT_FALSE(IsTrue(Variant::Null()));
   EXPECT_EQ(RaisedBy([] { IsTrue(L"maybe"); }).code, DISP_E_TYPEMISMATCH);
+}
+
+TEST(Convert, ReadsTheNumberThatATextBeginsWith) {
+  EXPECT_EQ(LeadingNumber(L"1"), 1);
+  EXPECT_EQ(LeadingNumber(L"  -12.5 kg"), -12.5);
+  EXPECT_EQ(LeadingNumber(L"+7"), 7);
+  EXPECT_EQ(LeadingNumber(L".5"), 0.5);
+  EXPECT_EQ(LeadingNumber(L"5.x"), 5);
+  EXPECT_EQ(LeadingNumber(L"2e3"), 2000);
+  EXPECT_EQ(LeadingNumber(L"2e"), 2);
+  EXPECT_EQ(LeadingNumber(L"1,5"), 1);
+  for (const wchar_t* none : {L"", L" ", L"-", L".", L"e5", L"abc", L"inf", L"nan", L"- 1", L"１"})
+    EXPECT_EQ(LeadingNumber(none), 0) << com::ToUtf8(none);
 }
 
 TEST(Convert, TrimsBlanksOnly) {

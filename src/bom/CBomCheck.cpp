@@ -1,0 +1,210 @@
+#include "src/bom/CBomCheck.h"
+
+#include <exception>
+
+#include "com/ComError.h"
+#include "com/ValueText.h"
+#include "src/frame/BomReferences.h"
+#include "src/frame/Convert.h"
+#include "src/frame/Globals.h"
+#include "src/frame/Texts.h"
+
+namespace mbom {
+namespace {
+
+using Cursor = ClientRecordset::Cursor;
+
+// Result codes. The checks before deletion and modification call the first two "may" and "may not".
+constexpr int32_t kDone = 1;
+constexpr int32_t kRefused = 2;
+constexpr int32_t kInUse = -1;
+constexpr int32_t kFailed = 0;
+
+constexpr wchar_t kNoBomData[] = L"读取BOM数据出现错误，请检查参数是否正确。";
+constexpr wchar_t kNoSuchBom[] = L"查询不到指定的BOM，请检查单数是否正确。";
+constexpr wchar_t kNoReferences[] = L"检查BOM是否被引用时出现错误，请检查参数是否正确。";
+
+// The first reason against the audit, as a source text; null when there is none.
+const wchar_t* ReasonAgainstAudit(const Frame& frame, const ClientRecordset& bom, int32_t lEmpID) {
+  if (!bom.IsOpen()) return kNoBomData;
+  if (bom.Eof()) return kNoSuchBom;
+  if (IsGreater(bom[L"FStatus"], 0)) return L"该BOM已经被审核过了。";
+  if (Equals(bom[L"FCheckID"], lEmpID) &&
+      LeadingNumber(com::ToText(ReadSystemProfile(frame, L"SingleMan", L"General"))) != 1)
+    return L"你不能审核该单据,因为你与制单人是同一个人。如果要获得本项操作的权限,请修改相应的系统参数。";
+  return nullptr;
+}
+
+// The first reason against taking the audit back, but for documents that use the BOM; null when there is
+// none.
+const wchar_t* ReasonAgainstUndo(const Frame& frame, const ClientRecordset& bom, int32_t lEmpID) {
+  if (!bom.IsOpen()) return kNoBomData;
+  if (bom.Eof()) return kNoSuchBom;
+  if (Equals(bom[L"FStatus"], 0)) return L"该BOM还没有审核过，不能执行反审核操作。";
+  if (ReadSystemProfile(frame, L"SameUserApprovalAndUnApproval", L"IC").AsLong() == 1 &&
+      !Equals(bom[L"FCheckerID"], lEmpID))
+    return L"你不能反审核该单据,因为你与审核人不是同一个人。";
+  if (Equals(bom[L"FCheckID"], lEmpID) && ReadSystemProfile(frame, L"SingleMan", L"General").AsLong() != 1)
+    return L"你不能反审核该单据,因为你与制单人是同一个人。如果要获得本项操作的权限,请修改相应的系统参数。";
+  return nullptr;
+}
+
+// The list of the documents that use the BOM; `customerBoms` is open on the BOM where it is a customer BOM.
+std::wstring ReferencesTo(int32_t interId, const ClientRecordset& customerBoms, const Texts& text) {
+  const bool customerBom = customerBoms.RecordCount() != 0;
+  const ClientRecordset& references = customerBoms;
+  references.Open(BomUsedSql(interId, customerBom, text));
+  std::wstring list;
+  if (references.RecordCount() > 0) AppendReferences(references, text, list);
+  return list;
+}
+
+std::wstring UnexpectedError(const std::exception& error, const Texts& text) {
+  const auto* comError = dynamic_cast<const com::ComError*>(&error);
+  return Join({text(L"出现意外错误。"), comError ? text(comError->description()) : std::wstring()});
+}
+
+} // namespace
+
+int32_t CBomCheck::BomCheck(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
+                            int32_t lEmpID, std::wstring& strMsg) {
+  const Texts text(sDsn);
+  int32_t result = kRefused;
+  std::wstring reason;
+  try {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const ClientRecordset bom(conn, Cursor::Static);
+    bom.Open(Sql() << L" select FInterID, FBOMNumber FBillNo, FCheckID, FStatus From ICBOM Where FInterID = "
+                   << lInterID);
+    const wchar_t* against = ReasonAgainstAudit(frame_, bom, lEmpID);
+    if (!against) {
+      conn.Execute(Sql() << L" Update ICBOM Set FStatus = 1, FCheckerID = " << lEmpID
+                         << L", FAudDate = Convert(Varchar(10),Getdate(),120), FBeenChecked = 1 " << kCrLf
+                         << L" Where FInterID = " << lInterID);
+      strMsg = Join({text(L"BOM[编号："), com::ToText(bom[L"FBillNo"]), text(L"]审核成功。")});
+      frame_.VoteComplete();
+      return kDone;
+    }
+    reason = text(against);
+  } catch (const std::exception& error) {
+    reason = UnexpectedError(error, text);
+    result = kFailed;
+  }
+  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]审核没有成功。原因为："), reason});
+  frame_.VoteAbort();
+  return result;
+}
+
+int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
+                                int32_t lEmpID, int32_t lType, std::wstring& strMsg) {
+  const Texts text(sDsn);
+  int32_t result = kRefused;
+  std::wstring reason;
+  try {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const ClientRecordset rows(conn, Cursor::Static);
+    rows.Open(Sql() << L" select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM"
+                       L" Where FInterID = "
+                    << lInterID);
+    const wchar_t* against = ReasonAgainstUndo(frame_, rows, lEmpID);
+    std::wstring references;
+    if (!against && lType == 0) {
+      rows.Open(BomUsedSql(lInterID, false, text));
+      if (!rows.IsOpen())
+        against = kNoReferences;
+      else if (rows.RecordCount() > 0)
+        AppendReferences(rows, text, references);
+    }
+    if (!against) {
+      if (references.empty()) {
+        conn.Execute(Sql() << L" Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, "
+                              L"FAudDate = null, FBeenChecked=0"
+                           << kCrLf << L" Where FInterID = " << lInterID);
+        strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核成功。")});
+        result = kDone;
+      } else {
+        strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核被拒绝。"), kCrLf, text(L"原因："),
+                       references, text(L"如果反审核，会影响这些单据的正确执行。")});
+        result = kInUse;
+      }
+      frame_.VoteComplete();
+      return result;
+    }
+    reason = text(against);
+  } catch (const std::exception& error) {
+    reason = UnexpectedError(error, text);
+    result = kFailed;
+  }
+  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核没有成功。原因为："), reason});
+  frame_.VoteAbort();
+  return result;
+}
+
+int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
+                                 std::wstring& strMsg) {
+  const Texts text(sDsn);
+  std::wstring reason;
+  try {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const ClientRecordset customerBoms(conn, Cursor::Static);
+    customerBoms.Open(Sql() << L"select * from icbom where fbomtype=3 and FInterId=" << lInterID);
+    if (customerBoms.IsOpen()) {
+      const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
+      int32_t result = kRefused;
+      if (!references.empty()) {
+        strMsg = Join({references, text(L"如果删除，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
+                       text(L"不能删除此BOM单！")});
+      } else {
+        customerBoms.Open(Sql() << L"select * from icbom where fbomtype=3 and fparentid=" << lInterID);
+        if (customerBoms.RecordCount() < 1) {
+          strMsg = text(L"确定要删除该BOM单吗？");
+          result = kDone;
+        } else {
+          strMsg = text(L"此配置类BOM已有对应的客户BOM存在，不能删除！");
+        }
+      }
+      frame_.VoteComplete();
+      return result;
+    }
+    reason = text(kNoReferences);
+  } catch (const std::exception& error) {
+    reason = UnexpectedError(error, text);
+  }
+  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]删除没有成功。原因为："), reason});
+  frame_.VoteAbort();
+  return kFailed;
+}
+
+int32_t CBomCheck::GetBomModifyInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
+                                    std::wstring& strMsg) {
+  const Texts text(sDsn);
+  std::wstring reason;
+  try {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const ClientRecordset customerBoms(conn, Cursor::Static);
+    customerBoms.Open(Sql() << L"select FInterID from icbom where fbomtype=3 and FInterId=" << lInterID);
+    if (customerBoms.IsOpen()) {
+      const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
+      int32_t result = kDone;
+      if (!references.empty()) {
+        strMsg = Join({references, text(L"如果修改，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
+                       text(L"不能修改此BOM单！")});
+        result = kRefused;
+      }
+      frame_.VoteComplete();
+      return result;
+    }
+    reason = text(kNoReferences);
+  } catch (const std::exception& error) {
+    reason = UnexpectedError(error, text);
+  }
+  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]修改没有成功。原因为："), reason});
+  frame_.VoteAbort();
+  return kFailed;
+}
+
+} // namespace mbom

@@ -1,0 +1,21 @@
+// The documents that use a BOM, and the list of them that the user reads.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "src/frame/Ado.h"
+#include "src/frame/Sql.h"
+#include "src/frame/Texts.h"
+
+namespace mbom {
+
+// The query for the documents that use the BOM `interId`: at most one row for each kind of document, its
+// translated caption in FTableName. Sales orders (SEOrderEntry) always count; cost objects (cbCostObj) for
+// ordinary BOMs, batches (IcorderBatchTrace) for customer BOMs.
+Sql BomUsedSql(int32_t interId, bool customerBom, const Texts& text);
+
+// Appends a line to `list` for each remaining row of such a query. What was appended before a failure stays.
+void AppendReferences(const Recordset& references, const Texts& text, std::wstring& list);
+
+} // namespace mbom
