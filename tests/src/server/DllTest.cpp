@@ -8,6 +8,7 @@
 #include "com/ComError.h"
 #include "com/Object.h"
 #include "src/server/Classes.h"
+#include "src/server/Tables.h"
 #include "tests/src/server/LoadedDll.h"
 #include "tests/support/Printing.h"
 
@@ -106,6 +107,59 @@ TEST(Dll, DoesNotRegisterWithoutItsTypeLibrary) {
   const LoadedDll dll(L"NoTypeLibrary.dll");
   ASSERT_TRUE(dll);
   EXPECT_EQ(dll.Export<EntryPoint>("DllRegisterServer")(), TYPE_E_CANTLOADLIBRARY);
+}
+
+// The class object of BomUpdate in a DLL that need not be registered.
+com::Object CreateFrom(const LoadedDll& dll) {
+  com::Ptr<IClassFactory> factory;
+  com::Ptr<IDispatch> object;
+  com::Check(dll.Export<GetClassObjectFunction>("DllGetClassObject")(PublicClasses()[0].classId,
+                                                                     IID_IClassFactory, factory.OutVoid()));
+  com::Check(factory->CreateInstance(nullptr, IID_IDispatch, object.OutVoid()));
+  return com::Object(object);
+}
+
+GUID GuidOf(ITypeInfo& info) {
+  TYPEATTR* attributes = nullptr;
+  com::Check(info.GetTypeAttr(&attributes));
+  const GUID guid = attributes->guid;
+  info.ReleaseTypeAttr(attributes);
+  return guid;
+}
+
+TEST(Dll, ItsObjectsDescribeThemselves) {
+  const LoadedDll dll(L"QorvaneMBomBill.dll");
+  const com::Object bom = CreateFrom(dll);
+  UINT count = 0;
+  EXPECT_EQ(bom.pointer()->GetTypeInfoCount(&count), S_OK);
+  EXPECT_EQ(count, 1u);
+  com::Ptr<ITypeInfo> info;
+  ASSERT_EQ(bom.pointer()->GetTypeInfo(0, LOCALE_NEUTRAL, info.Out()), S_OK);
+  EXPECT_EQ(GuidOf(*info), DIID__BomUpdate);
+  EXPECT_EQ(bom.pointer()->GetTypeInfo(1, LOCALE_NEUTRAL, info.Out()), DISP_E_BADINDEX);
+
+  com::Ptr<IProvideClassInfo> provider;
+  ASSERT_EQ(bom.pointer()->QueryInterface(IID_IProvideClassInfo, provider.OutVoid()), S_OK);
+  ASSERT_EQ(provider->GetClassInfo(info.Out()), S_OK);
+  EXPECT_EQ(GuidOf(*info), PublicClasses()[0].classId);
+
+  com::Ptr<ISupportErrorInfo> errorInfo;
+  ASSERT_EQ(bom.pointer()->QueryInterface(IID_ISupportErrorInfo, errorInfo.OutVoid()), S_OK);
+  EXPECT_EQ(errorInfo->InterfaceSupportsErrorInfo(IID_IDispatch), S_OK);
+  EXPECT_EQ(errorInfo->InterfaceSupportsErrorInfo(DIID__BomUpdate), S_OK);
+  EXPECT_EQ(errorInfo->InterfaceSupportsErrorInfo(IID_IClassFactory), S_FALSE);
+
+  com::Ptr<IDispatch> byInterface;
+  EXPECT_EQ(bom.pointer()->QueryInterface(DIID__BomUpdate, byInterface.OutVoid()), S_OK);
+  EXPECT_EQ(byInterface.Get(), bom.pointer());
+}
+
+TEST(Dll, ServesLateBoundCallsWithoutItsTypeLibrary) {
+  const LoadedDll dll(L"NoTypeLibrary.dll");
+  const com::Object bom = CreateFrom(dll);
+  EXPECT_EQ(bom.Get(L"TransMode"), com::Variant(2));
+  com::Ptr<ITypeInfo> info;
+  EXPECT_EQ(bom.pointer()->GetTypeInfo(0, LOCALE_NEUTRAL, info.Out()), TYPE_E_CANTLOADLIBRARY);
 }
 
 TEST(Dll, SaysItsVersion) {
