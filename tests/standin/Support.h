@@ -9,36 +9,21 @@
 #include <string>
 #include <vector>
 
-#include "com/ComError.h"
 #include "com/Object.h"
 #include "com/Variant.h"
 #include "tests/support/Printing.h"
+#include "tests/support/Raised.h"
 
 namespace standin::test {
 
 using com::Object;
 using com::Variant;
+using com::test::Raised;
+using com::test::RaisedBy;
 using Texts = std::vector<std::wstring>;
 
 inline Object New(const wchar_t* progId) {
   return Object::Create(progId);
-}
-
-// What a call raises. Nothing raised is code 0.
-struct Raised {
-  HRESULT code = 0;
-  std::wstring source;
-  std::wstring description;
-};
-
-template <class Action>
-Raised RaisedBy(Action&& action) {
-  try {
-    action();
-  } catch (const com::ComError& error) {
-    return {error.code(), error.source(), error.description()};
-  }
-  return {};
 }
 
 // An error of ADO, of the run time or of Automation languages, by its number.

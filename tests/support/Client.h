@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "com/ComError.h"
 #include "com/Object.h"
 #include "com/Variant.h"
+#include "tests/support/Raised.h"
 
 namespace mbom::test {
 
@@ -76,20 +76,7 @@ class Fault {
   com::Object faults_;
 };
 
-// The HRESULT, source and description of what `action` raises; HRESULT 0 when it raises nothing.
-struct Raised {
-  HRESULT code = 0;
-  std::wstring source;
-  std::wstring description;
-};
-template <class Action>
-Raised RaisedBy(Action&& action) {
-  try {
-    action();
-  } catch (const com::ComError& error) {
-    return {error.code(), error.source(), error.description()};
-  }
-  return {};
-}
+using com::test::Raised;
+using com::test::RaisedBy;
 
 } // namespace mbom::test
