@@ -122,7 +122,6 @@ std::vector<std::wstring> TakeTrace(const Object& trace) {
 }
 
 // ---- showing
-// -----------------------------------------------------------------------------------------------------
 
 std::wstring Cell(const Variant& value) {
   if (value.IsNull()) return L"NULL";

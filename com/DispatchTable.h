@@ -79,7 +79,6 @@ bool CanWriteBack(const VARIANTARG& reference, VARTYPE type);
 void WriteBack(const VARIANTARG& reference, const Variant& value);
 
 // ---- from signatures to conversions
-// ------------------------------------------------------------------------------
 
 template <class T>
 struct Conversion;
@@ -227,7 +226,6 @@ template <class C, class R, class... A>
 struct SignatureOf<R (C::*)(A...) const> : Signature<C, R, A...> {};
 
 // ---- the table
-// ---------------------------------------------------------------------------------------------------
 
 struct Member {
   DISPID id;

@@ -23,7 +23,6 @@
 namespace tsql {
 
 // ---- types
-// -------------------------------------------------------------------------------------------------------
 
 enum class TypeId : uint8_t {
   TinyInt,
@@ -86,7 +85,6 @@ struct Value {
 };
 
 // ---- errors
-// ------------------------------------------------------------------------------------------------------
 
 struct Error : std::runtime_error {
   Error(int errorNumber, int errorSeverity, int errorState, int errorLine, const std::string& text)
@@ -99,7 +97,6 @@ struct Error : std::runtime_error {
 };
 
 // ---- results
-// -----------------------------------------------------------------------------------------------------
 
 struct Column {
   std::string name; // empty where the query gives none
@@ -130,7 +127,6 @@ struct Parameter {
 };
 
 // ---- databases and sessions
-// --------------------------------------------------------------------------------------
 
 enum class OpenMode : uint8_t { Existing, Create };
 

@@ -90,7 +90,6 @@ TEST_F(BomInfoTest, ReportsItsTransactionMode) {
 }
 
 // ---- detached recordsets
-// -------------------------------------------------------------------------------------------
 
 TEST_F(BomInfoTest, GetBomInfoReadsEveryBomWithoutArguments) {
   const Trace trace;
@@ -133,7 +132,6 @@ TEST_F(BomInfoTest, ABadFragmentRaisesTheServersErrorWithoutAVote) {
 }
 
 // ---- GetItemForbitNumber
-// -------------------------------------------------------------------------------------------
 
 TEST_F(BomInfoTest, GetItemForbitNumberCountsDeletedItems) {
   const Trace trace;
@@ -162,7 +160,6 @@ TEST_F(BomInfoTest, GetItemForbitNumberOfAMissingBomRaises) {
 }
 
 // ---- lookups
-// -------------------------------------------------------------------------------------------------------
 
 TEST_F(BomInfoTest, FindsBomsByItemNumberNameOrHelpCode) {
   const Trace trace;
@@ -289,7 +286,6 @@ TEST_F(BomInfoTest, ListsTheLinesOfABom) {
 }
 
 // ---- failure paths
-// -------------------------------------------------------------------------------------------------
 
 constexpr const wchar_t* kLookups[] = {L"GetBomInfoByItemNumber",
                                        L"GetBomInfoByBomNumber",

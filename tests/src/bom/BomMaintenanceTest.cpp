@@ -53,7 +53,6 @@ const Texts kGroups{L"1|G1|Bikes|0|1", L"2|G2|City|1|1", L"3|G3|Road|1|1"};
 const Texts kBoms{L"11", L"12", L"13", L"14"};
 
 // ---- AddBomGroup
-// ---------------------------------------------------------------------------------------------------
 
 Object NewGroup(const Variant& parentId, const wchar_t* number, const wchar_t* name) {
   return MakeDictionary({{L"FParentID", parentId}, {L"FNumber", number}, {L"FName", name}});
@@ -151,7 +150,6 @@ TEST_F(BomMaintenanceTest, AddBomGroupFailsOnWhatMakesNoStatement) {
 }
 
 // ---- UpdateBomGroup
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(BomMaintenanceTest, UpdateBomGroupChangesWhatTheDictionaryHolds) {
   struct Case {
@@ -207,7 +205,6 @@ TEST_F(BomMaintenanceTest, UpdateBomGroupRaisesRunTimeError91WithoutADictionary)
 }
 
 // ---- DeleteBom
-// -----------------------------------------------------------------------------------------------------
 
 std::wstring DeleteBatch(const std::wstring& filter, const std::wstring& where) {
   return L"Execute\t if not exists(select * from ICBOM Where FStatus = 1 and FCheckerID>0 and " + filter +
@@ -261,7 +258,6 @@ TEST_F(BomMaintenanceTest, DeleteBomWithoutAFilterRaisesTheServersError) {
 }
 
 // ---- DeleteBomGroup
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(BomMaintenanceTest, DeleteBomGroupDeletesWhatTheFilterMatches) {
   const Object bom = Hosted(L"BomUpdate");
@@ -284,7 +280,6 @@ TEST_F(BomMaintenanceTest, DeleteBomGroupWithoutAFilterDeletesAll) {
 }
 
 // ---- UpdateBOM
-// -----------------------------------------------------------------------------------------------------
 
 Object Field(const wchar_t* id, const Variant& value) {
   return MakeDictionary({{L"FFieldID", id}, {L"FValue", value}});
@@ -325,7 +320,6 @@ TEST_F(BomMaintenanceTest, UpdateBomRaisesWhatIsWrongWithItsArguments) {
 }
 
 // ---- CheckBomUsed
-// --------------------------------------------------------------------------------------------------
 
 struct Language {
   const wchar_t* key;
@@ -426,7 +420,6 @@ TEST_F(CheckBomUsedTest, AFailureAfterTheListKeepsTheList) {
 }
 
 // ---- SetVisibelBySysProfile
-// ----------------------------------------------------------------------------------------
 
 constexpr wchar_t kSetVisible[] =
     L"Execute\tUPDATE IcTableFieldInfo SET FVisible = '0' \r\n"
@@ -473,7 +466,6 @@ TEST_F(SetVisibleTest, FailsOnAValueWithAQuote) {
 }
 
 // ---- failure paths
-// -------------------------------------------------------------------------------------------------
 
 class AddBomGroupFailure : public BomMaintenanceTest, public testing::WithParamInterface<OutsideCall> {};
 

@@ -68,7 +68,6 @@ TEST_F(BomUpdateTest, ReportsItsTransactionMode) {
 }
 
 // ---- BeginSave
-// -----------------------------------------------------------------------------------------------------
 
 TEST_F(BomUpdateTest, BeginSaveTakesEveryBomOfTheItemOutOfUse) {
   const Object bom = Hosted(L"BomUpdate");
@@ -133,7 +132,6 @@ TEST_F(BomUpdateTest, BeginSaveRaisesWhatIsWrongWithItsArguments) {
 }
 
 // ---- EndSave
-// -------------------------------------------------------------------------------------------------------
 
 TEST_F(BomUpdateTest, EndSaveStampsAnOrdinaryBomAndComputesItsLines) {
   const Object bom = Hosted(L"BomUpdate");
@@ -293,7 +291,6 @@ TEST_F(BomUpdateTest, EndSaveFailsOnADescriptorThatBindsNothing) {
 }
 
 // ---- failure paths
-// -------------------------------------------------------------------------------------------------
 
 class EndSaveFailure : public BomUpdateTest, public testing::WithParamInterface<OutsideCall> {};
 
@@ -395,7 +392,6 @@ std::vector<Method> RisingMethods() {
 INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, RisingFailure, testing::ValuesIn(RisingMethods()));
 
 // ---- UpdateIcBomStatus
-// ---------------------------------------------------------------------------------------------
 
 TEST_F(BomUpdateTest, UpdateIcBomStatusAuditsByNumberAndReturnsFalse) {
   database_.Execute(L"UPDATE ICBOM SET FUseStatus = 1073");

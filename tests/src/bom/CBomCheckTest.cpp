@@ -130,7 +130,6 @@ TEST_F(CBomCheckTest, ReportsItsTransactionMode) {
 }
 
 // ---- BomCheck
-// ------------------------------------------------------------------------------------------------------
 
 std::wstring AuditQuery(const std::wstring& id) {
   return L"Open\t select FInterID, FBOMNumber FBillNo, FCheckID, FStatus From ICBOM Where FInterID = " + id;
@@ -207,7 +206,6 @@ TEST_F(CBomCheckTest, AuditsABomUnderEngineeringChangeToo) {
 }
 
 // ---- BomUndoCheck
-// --------------------------------------------------------------------------------------------------
 
 std::wstring UndoQuery(const std::wstring& id) {
   return L"Open\t select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM "
@@ -349,7 +347,6 @@ TEST_F(CBomCheckTest, UndoAsksWhatUsesTheBomUnlessToldOtherwise) {
 }
 
 // ---- GetBomDelInfo
-// -------------------------------------------------------------------------------------------------
 
 TEST_F(CBomCheckTest, AsksForConfirmationBeforeADeletion) {
   const Trace trace;
@@ -401,7 +398,6 @@ TEST_F(CBomCheckTest, ForbidsToDeleteAConfigurationBomWithCustomerBoms) {
 }
 
 // ---- GetBomModifyInfo
-// ----------------------------------------------------------------------------------------------
 
 TEST_F(CBomCheckTest, AllowsToModifyWhatNothingUses) {
   const Trace trace;
@@ -432,7 +428,6 @@ TEST_F(CBomCheckTest, ForbidsToModifyABomInUse) {
 }
 
 // ---- failure paths
-// -------------------------------------------------------------------------------------------------
 
 struct Failure {
   const wchar_t* method;

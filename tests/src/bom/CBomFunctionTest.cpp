@@ -76,7 +76,6 @@ TEST_F(CBomFunctionTest, ReportsItsTransactionMode) {
 }
 
 // ---- GetMaxNum
-// -----------------------------------------------------------------------------------------------------
 
 TEST_F(CBomFunctionTest, GetMaxNumAsksTheProcedureOnTheConnectionBoundLast) {
   function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
@@ -98,7 +97,6 @@ TEST_F(CBomFunctionTest, GetMaxNumRaisesWithoutAConnectionOrANumber) {
 }
 
 // ---- GetBomCodeNum
-// -------------------------------------------------------------------------------------------------
 
 TEST_F(CBomFunctionTest, GetBomCodeNumPassesOverUsedNumbersAndCountsByOne) {
   Variant prefix(L"P");
@@ -141,7 +139,6 @@ TEST_F(CBomFunctionTest, GetBomCodeNumFailsWhenTheSerialsAreUsedUp) {
 }
 
 // ---- UpdateBomNumber
-// -----------------------------------------------------------------------------------------------
 
 TEST_F(CBomFunctionTest, UpdateBomNumberTrimsAndWrites) {
   Variant info(L"as it came");
@@ -188,7 +185,6 @@ TEST_F(CBomFunctionTest, UpdateBomNumberKeepsTheTextOfItsFailureToItself) {
 }
 
 // ---- CopyBom
-// -------------------------------------------------------------------------------------------------------
 
 Object Copy(int32_t id, const wchar_t* number) {
   return MakeDictionary({{L"FInterID", id},
@@ -269,7 +265,6 @@ TEST_F(CBomFunctionTest, CopyBomFailsOnWhatMakesNoStatement) {
 }
 
 // ---- GetRoutingData
-// ------------------------------------------------------------------------------------------------
 
 Texts RowsOf(const Object& recordset) {
   const Object fields = recordset.Get(L"Fields").AsObject();
@@ -361,7 +356,6 @@ TEST_F(CBomFunctionTest, GetRoutingDataSaysThatNothingIsBound) {
 }
 
 // ---- UpdateBomRouting
-// ----------------------------------------------------------------------------------------------
 
 Object Finding(int32_t type, int32_t bom, int32_t item) {
   return MakeDictionary({{L"FBomType", type}, {L"FInterID", bom}, {L"FItemID", item}, {L"GetUserID", 17}});
@@ -413,7 +407,6 @@ TEST_F(CBomFunctionTest, UpdateBomRoutingOfNothingSucceedsAndOfNoVectorFails) {
 }
 
 // ---- UpdateBomGroup, UpdateBomGroupName
-// ----------------------------------------------------------------------------
 
 TEST_F(CBomFunctionTest, UpdateBomGroupMovesABom) {
   const Trace trace;
@@ -441,7 +434,6 @@ TEST_F(CBomFunctionTest, UpdateBomGroupNameTrims) {
 }
 
 // ---- failure paths
-// -------------------------------------------------------------------------------------------------
 
 struct Failure {
   const wchar_t* method;

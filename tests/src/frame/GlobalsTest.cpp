@@ -17,7 +17,6 @@ using com::Variant;
 using Texts = std::vector<std::wstring>;
 
 // ---- GetDsnValue
-// ---------------------------------------------------------------------------------------------------
 
 TEST(GetDsnValue, ReadsAKeyWithAndWithoutAClosingSeparator) {
   EXPECT_EQ(GetDsnValue(L"DSN=x;Language=en", L"Language"), L"en");
@@ -43,7 +42,6 @@ TEST(GetDsnValue, MatchesTheKeyAnywhere) {
 }
 
 // ---- LoadResText
-// ---------------------------------------------------------------------------------------------------
 
 TEST(LoadResText, KeepsTheBlanksAroundTheText) {
   EXPECT_EQ(LoadResText(L"  成本对象表 ", L"chs"), L"  成本对象表 ");
@@ -122,7 +120,6 @@ TEST(LoadResTextFormat, FillsTheMarkersInOrder) {
 }
 
 // ---- the user, the settings
-// ----------------------------------------------------------------------------------------
 
 TEST(GetCurrentUserId, AsksTheSecurityServiceAfresh) {
   const TestDatabase database;
@@ -157,7 +154,6 @@ TEST(ReadSystemProfile, ReadsTheSettingOrTheDefault) {
 }
 
 // ---- rows to collections
-// -------------------------------------------------------------------------------------------
 
 class RowsTest : public testing::Test {
  protected:
