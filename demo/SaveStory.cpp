@@ -27,7 +27,7 @@ void OrdinaryBom(const Stage& stage) {
   stage.Say(
       L"The engineer puts the front wheel's BOM 1005 out of use and in use again; its lines have odd units.");
   const std::wstring headers = HeadersWhere(L"FItemID = 202");
-  const char* save = R"([{"FInterID":1005,"FTransType":50},{"UseStatusChange":true,"FItemID":202}])";
+  const wchar_t* save = LR"([{"FInterID":1005,"FTransType":50},{"UseStatusChange":true,"FItemID":202}])";
   stage.Show(L"The BOMs of item 202 before:", headers);
   stage.Show(L"The lines of BOM 1005 before:", LinesOf(L"ICBOMChild", L"1005"));
 
@@ -48,7 +48,7 @@ void CustomerBom(const Stage& stage) {
   stage.Show(L"The header before:", header);
   stage.Show(L"The customer lines before:", LinesOf(L"ICCustBOMChild", L"3001"));
 
-  stage.Save(L"EndSave", R"([{"FInterID":3001,"FTransType":53,"StateParm":{"FParentID":2001}}])", kPlanner,
+  stage.Save(L"EndSave", LR"([{"FInterID":3001,"FTransType":53,"StateParm":{"FParentID":2001}}])", kPlanner,
              L"cht");
   stage.Show(L"The header after, with its maker, not in use:", header);
   stage.Show(L"The customer lines after:", LinesOf(L"ICCustBOMChild", L"3001"));
@@ -59,7 +59,7 @@ void Refusal(const Stage& stage) {
   const std::wstring header = HeadersWhere(L"FInterID = 1008");
   stage.Show(L"The rear wheel's BOM before; change 5 made it:", header);
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
-    stage.Save(L"EndSave", R"([{"FInterID":1008,"FTransType":50}])", kEngineer, language);
+    stage.Save(L"EndSave", LR"([{"FInterID":1008,"FTransType":50}])", kEngineer, language);
   stage.Show(L"And after, untouched:", header);
 }
 
@@ -73,7 +73,7 @@ void RolledBack(const Stage& stage) {
   stage.Show(L"The header before:", header);
   stage.Show(L"The lines before:", lines);
 
-  const char* planning = R"([{"FInterID":2002,"FTransType":50}])";
+  const wchar_t* planning = LR"([{"FInterID":2002,"FTransType":50}])";
   const com::Object faults = com::Object::Create(L"ErpStandIn.Faults");
   constexpr auto kTimeOut = static_cast<int32_t>(0x80040E31);
   faults.Call(L"Fail", L"Execute", 4, kTimeOut, L"Timeout expired");

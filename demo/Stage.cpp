@@ -1,8 +1,8 @@
 #include "demo/Stage.h"
 
 #include <cstdio>
+#include <utility>
 
-#include "cli/Json.h"
 #include "cli/Kinds.h"
 #include "cli/Table.h"
 #include "com/Text.h"
@@ -34,10 +34,18 @@ std::wstring Cell(const Variant& value) {
   return value.IsNull() ? L"NULL" : com::ToText(value);
 }
 
+void PrintTrace(const std::vector<std::wstring>& trace) {
+  for (std::wstring event : trace) {
+    if (const size_t tab = event.find(L'\t'); tab != std::wstring::npos) event.replace(tab, 1, L"  ");
+    Print(L"    | " + event + L"\n");
+  }
+}
+
 } // namespace
 
 Stage::Stage(const std::wstring& database, bool trace)
-    : database_(database), trace_(trace), connection_(Object::Create(L"ADODB.Connection")) {
+    : database_(database), trace_(trace), connection_(Object::Create(L"ADODB.Connection")),
+      catalog_(bomcall::ReadCatalog()) {
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + database_);
 }
 
@@ -64,38 +72,43 @@ void Stage::Show(const std::wstring& caption, const std::wstring& sql) const {
   Print(L"\n  " + caption + L"\n" + Indented(bomcall::FormatTable(reader.names(), rows)));
 }
 
-std::wstring Stage::Dsn(int32_t user, const wchar_t* language) const {
-  return L"Provider=Embedded;Data Source=" + database_ + L";User ID=" + std::to_wstring(user) +
-         L";Now=2026-03-31 09:15:00;Language=" + language;
+bomcall::Outcome Stage::Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
+                             const wchar_t* language) const {
+  const size_t dot = method.find(L'.');
+  bomcall::CommandLine line;
+  line.className = method.substr(0, dot);
+  line.methodName = method.substr(dot + 1);
+  line.values = arguments;
+  line.descriptor = L"Provider=Embedded;Data Source=" + database_ + L";User ID=" + std::to_wstring(user) +
+                    L";Now=2026-03-31 09:15:00";
+  line.language = language;
+  line.trace = trace_;
+
+  std::wstring call = L"\n  > " + method;
+  for (const Argument& argument : arguments) call += L"  " + argument.name + L"=" + argument.value;
+  Print(call + L"  user " + std::to_wstring(user) + L", " + language + L"\n");
+  return bomcall::MakeCall(catalog_, line);
 }
 
-void Stage::Save(const wchar_t* hook, const char* save, int32_t user, const wchar_t* language) const {
-  const Object trace = Object::Create(L"ErpStandIn.Trace");
-  const Object bom =
-      Object::Create(L"ErpStandIn.Host").Call(L"CreateObject", L"QorvaneMBomBill.BomUpdate").AsObject();
-  Print(L"\n  > BomUpdate." + std::wstring(hook) + L"  SaveVect=" + com::FromUtf8(save) + L"  user " +
-        std::to_wstring(user) + L", " + language + L"\n");
+void Stage::Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
+                 const wchar_t* language) const {
+  bomcall::Outcome outcome = Make(method, arguments, user, language);
+  const std::vector<std::wstring> trace = std::exchange(outcome.trace, {});
+  Print(Indented(ShowAsText(outcome)));
+  PrintTrace(trace);
+}
 
-  Variant saveArgument = bomcall::FromJson(bomcall::Json::parse(save));
-  Variant message(L"");
-  trace.Call(L"Clear");
-  trace.Call(L"Start");
-  const Variant result =
-      bom.Call(hook, Dsn(user, language), Variant::Reference(saveArgument), Variant::Reference(message));
-  trace.Call(L"Stop");
-
-  Print(L"    Result: " + com::ToText(result) + L"\n");
-  if (!message.AsText().empty()) Print(L"    ReturnMsg: " + message.AsText() + L"\n");
-  const Object header = saveArgument.AsObject().Get(L"Item", 1).AsObject();
+void Stage::Save(const wchar_t* hook, const wchar_t* save, int32_t user, const wchar_t* language) const {
+  bomcall::Outcome outcome = Make(std::wstring(L"BomUpdate.") + hook, {{L"SaveVect", save}}, user, language);
+  const Object header = outcome.changed[0].value.AsObject().Get(L"Item", 1).AsObject();
+  const Variant message = outcome.changed[1].value;
+  outcome.changed.clear();
+  if (!message.AsText().empty()) outcome.changed.push_back({L"ReturnMsg", message});
   if (header.Call(L"Exists", L"SaveRetCode").AsBool())
-    Print(L"    SaveRetCode: " + com::ToText(header.Get(L"Value", L"SaveRetCode")) + L"\n");
-
-  const int32_t count = trace_ ? trace.Get(L"Count").AsLong() : 0;
-  for (int32_t i = 1; i <= count; ++i) {
-    std::wstring event = trace.Get(L"Item", i).AsText();
-    if (const size_t tab = event.find(L'\t'); tab != std::wstring::npos) event.replace(tab, 1, L"  ");
-    Print(L"    | " + event + L"\n");
-  }
+    outcome.changed.push_back({L"SaveRetCode", header.Get(L"Value", L"SaveRetCode")});
+  const std::vector<std::wstring> trace = std::exchange(outcome.trace, {});
+  Print(Indented(ShowAsText(outcome)));
+  PrintTrace(trace);
 }
 
 } // namespace demo

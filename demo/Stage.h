@@ -3,7 +3,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "cli/Call.h"
 #include "com/Object.h"
 
 namespace demo {
@@ -22,17 +24,26 @@ class Stage {
   // Shows the rows of a query as a table.
   void Show(const std::wstring& caption, const std::wstring& sql) const;
 
-  // Calls a save hook of BomUpdate under the host, as the user `user` with `language`; `save` is SaveVect as
-  // JSON. Shows the call, its result and what it did to SaveVect's first item and ReturnMsg, and the trace
-  // when that is wanted.
-  void Save(const wchar_t* hook, const char* save, int32_t user, const wchar_t* language) const;
+  // An argument as bomcall takes it: a text, a number, JSON for an object.
+  using Argument = bomcall::NamedText;
+
+  // Calls CLASS.METHOD under the host, as the user `user` with `language`. Shows the call, its result, the
+  // in/out arguments afterwards and the trace when that is wanted.
+  void Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
+            const wchar_t* language) const;
+
+  // Calls a save hook of BomUpdate; `save` is SaveVect as JSON. Of the in/out arguments it shows SaveRetCode
+  // in SaveVect's first item and ReturnMsg.
+  void Save(const wchar_t* hook, const wchar_t* save, int32_t user, const wchar_t* language) const;
 
  private:
-  std::wstring Dsn(int32_t user, const wchar_t* language) const;
+  bomcall::Outcome Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
+                        const wchar_t* language) const;
 
   std::wstring database_;
   bool trace_;
   com::Object connection_;
+  bomcall::Catalog catalog_;
 };
 
 } // namespace demo
