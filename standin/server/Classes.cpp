@@ -11,6 +11,7 @@
 #include "standin/host/Host.h"
 #include "standin/host/Trace.h"
 #include "standin/platform/BaseLibrary.h"
+#include "standin/platform/BillCodeRule.h"
 #include "standin/platform/DataContext.h"
 #include "standin/platform/Loader.h"
 #include "standin/platform/Log.h"
@@ -32,6 +33,8 @@ constexpr CLSID kSecurityInfo = {
     0x15cc364e, 0x1116, 0x4142, {0xa2, 0xcc, 0x38, 0xd5, 0x17, 0xcb, 0x60, 0x75}};
 constexpr CLSID kSystemProfile = {
     0x1ca269c5, 0x99a8, 0x4366, {0xbd, 0x6f, 0xda, 0x07, 0x9e, 0x9f, 0xf3, 0x5c}};
+constexpr CLSID kBillCodeRule = {
+    0xc55f47e0, 0x8f0c, 0x4a37, {0x9d, 0x0e, 0x35, 0x6a, 0xd1, 0x2f, 0x91, 0x58}};
 constexpr CLSID kLog = {0x7d85bc00, 0x944d, 0x41e0, {0x84, 0x66, 0xe4, 0x0d, 0x47, 0x70, 0x7d, 0x0d}};
 constexpr CLSID kHost = {0xd2a66735, 0xc65a, 0x4bea, {0x9b, 0xbf, 0x88, 0x7b, 0x49, 0x9a, 0x58, 0x35}};
 constexpr CLSID kTrace = {0xdf7bb2a4, 0x37eb, 0x4088, {0xab, 0x1d, 0xb4, 0x8c, 0x6a, 0x6b, 0xcb, 0x16}};
@@ -66,6 +69,7 @@ std::span<const com::ClassEntry> Classes() {
       Entry<ObjectFactory>(kObjectFactory, L"QorvaneWoskBase.ObjectFactory", L"Creation of server objects"),
       Entry<SecurityInfo>(kSecurityInfo, L"QorvaneWoskBase.SecurityInfo", L"The current user"),
       Entry<SystemProfile>(kSystemProfile, L"QorvaneWoskBase.SystemProfile", L"System settings"),
+      Entry<BillCodeRule>(kBillCodeRule, L"QorvaneMBillCodeRule.clsBillCodeRule", L"Bill numbers by rules"),
       Entry<Log>(kLog, L"VexoLogMsg.Log", L"Procedure log"),
       Entry<Host>(kHost, L"ErpStandIn.Host", L"Transactional component host"),
       Entry<Trace>(kTrace, L"ErpStandIn.Trace", L"What the component asks of the outside"),

@@ -44,7 +44,9 @@ std::wstring NextName() {
 TestDatabase::TestDatabase() : name_(NextName()), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + name_);
   static const std::vector<std::wstring> schema = Batches(SOURCE_DIR "/standin/database/schema.sql");
+  static const std::vector<std::wstring> procedures = Batches(SOURCE_DIR "/standin/database/procedures.sql");
   for (const std::wstring& batch : schema) Execute(batch);
+  for (const std::wstring& batch : procedures) Execute(batch);
 }
 
 void TestDatabase::Execute(const std::wstring& sql) const {

@@ -13,7 +13,7 @@
 
 namespace mbom::test {
 
-// An empty database with the system's tables, in memory, gone with this object.
+// An empty database with the system's tables and procedures, in memory, gone with this object.
 class TestDatabase {
  public:
   TestDatabase();

@@ -28,9 +28,6 @@ class CBomFunctionTest : public testing::Test {
     database_.Execute(L"INSERT INTO ICMaxNum (FTableName, FMaxNum) VALUES ('ICBOM', 60)");
     database_.Execute(
         L"INSERT INTO ICBillNo (FBillID, FBillName, FCurNo) VALUES (50, 'BOM', 5), (53, 'x', 1)");
-    database_.Execute(L"CREATE PROCEDURE GetICMaxNum @TableName varchar(50), @FInterID int OUTPUT AS\n"
-                      L"UPDATE ICMaxNum SET FMaxNum = FMaxNum + 1 WHERE FTableName = @TableName\n"
-                      L"SELECT @FInterID = FMaxNum FROM ICMaxNum WHERE FTableName = @TableName");
     // 51 follows the routing 1, 52 a routing that does not exist, 53 none, but its line has an operation.
     database_.Execute(
         L"INSERT INTO ICBOM (FInterID, FBOMNumber, FItemID, FUseStatus, FStatus, FParentID, FRoutingID, "
@@ -91,9 +88,19 @@ TEST_F(CBomFunctionTest, GetMaxNumRaisesWithoutAConnectionOrANumber) {
   EXPECT_EQ(static_cast<unsigned>(RaisedBy([&] { function_.Call(L"GetMaxNum", L"ICBOM"); }).code),
             0x800A0E7Du);
   function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
-  // No counter, so the procedure sets no number.
-  EXPECT_EQ(RaisedBy([&] { function_.Call(L"GetMaxNum", L"none"); }).code, DISP_E_TYPEMISMATCH);
+  database_.Execute(L"DROP PROCEDURE GetICMaxNum");
+  EXPECT_TRUE(FAILED(RaisedBy([&] { function_.Call(L"GetMaxNum", L"ICBOM"); }).code));
+  database_.Execute(L"CREATE PROCEDURE GetICMaxNum @TableName varchar(50), @FInterID int OUTPUT AS RETURN");
+  EXPECT_EQ(RaisedBy([&] { function_.Call(L"GetMaxNum", L"ICBOM"); }).code, DISP_E_TYPEMISMATCH);
   EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteComplete"})); // of the renaming
+}
+
+TEST_F(CBomFunctionTest, GetMaxNumBeginsTheCounterOfATableThatHasNone) {
+  function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function_.Call(L"GetMaxNum", L"PPOrder"), Variant(1));
+  EXPECT_EQ(function_.Call(L"GetMaxNum", L"PPOrder"), Variant(2));
+  EXPECT_EQ(database_.Rows(L"SELECT FTableName, FMaxNum FROM ICMaxNum ORDER BY FTableName"),
+            (Texts{L"ICBOM|60", L"PPOrder|2"}));
 }
 
 // ---- GetBomCodeNum
@@ -136,6 +143,28 @@ TEST_F(CBomFunctionTest, GetBomCodeNumFailsWhenTheSerialsAreUsedUp) {
   database_.Execute(L"UPDATE ICBOM SET FBOMNumber = '2147483647' WHERE FInterID = 51");
   EXPECT_EQ(function_.Call(L"GetBomCodeNum", database_.Dsn(), L""), Variant(-1));
   EXPECT_EQ(CurrentSerial(), L"2147483647");
+}
+
+// ---- GetBomCodeNumEx
+
+TEST_F(CBomFunctionTest, GetBomCodeNumExTakesTheNextNumberOfTheRule) {
+  database_.Execute(L"UPDATE ICBillNo SET FPreLetter = 'BOM', FFormat = '000000', FSufLetter = '/A' "
+                    L"WHERE FBillID = 50");
+  const Trace trace;
+  EXPECT_EQ(function_.Call(L"GetBomCodeNumEx", database_.Dsn(), 501), Variant(L"BOM000006/A"));
+  EXPECT_EQ(function_.Call(L"GetBomCodeNumEx", database_.Dsn()), Variant(L"BOM000007/A"));
+  EXPECT_EQ(trace.Events(),
+            (Texts{L"CreateServerObject\tQorvaneMBillCodeRule.clsBillCodeRule", L"VoteComplete",
+                   L"CreateServerObject\tQorvaneMBillCodeRule.clsBillCodeRule", L"VoteComplete"}));
+  EXPECT_EQ(CurrentSerial(), L"7");
+}
+
+TEST_F(CBomFunctionTest, GetBomCodeNumExGivesNoNumberWithoutARule) {
+  database_.Execute(L"DELETE FROM ICBillNo WHERE FBillID = 50");
+  const Trace trace;
+  EXPECT_EQ(function_.Call(L"GetBomCodeNumEx", database_.Dsn(), 501), Variant(L""));
+  EXPECT_EQ(function_.Call(L"GetBomCodeNumEx", L"no descriptor", 501), Variant(L""));
+  EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteAbort"}));
 }
 
 // ---- UpdateBomNumber
