@@ -85,10 +85,10 @@ std::wstring DescriptorOf(const CommandLine& line) {
 Variant ArgumentFor(const CommandLine& line, const ParameterInfo& parameter) {
   if (const NamedText* given = FindValue(line, parameter)) return Convert(parameter, given->value);
   if (IsDescriptor(parameter)) return WithLanguage(DescriptorOf(line), line.language);
-  if (parameter.optional) return Variant::Missing();
-  // What a method only gives back need not be given to it.
+  // What a method only gives back need not be given to it, but has to be taken, and be it optional.
   if (parameter.inOut)
     return parameter.type == VT_DISPATCH ? Variant(Object()) : Variant().As(parameter.type);
+  if (parameter.optional) return Variant::Missing();
   throw Wrong(L"the method needs " + parameter.name);
 }
 
@@ -213,8 +213,7 @@ Outcome MakeCall(const Catalog& catalog, const CommandLine& line) {
       const Object object = NewObject(line, info.name);
       std::vector<Variant> arguments;
       for (size_t i = 0; i < values.size(); ++i) {
-        const bool reference = method.parameters[i].inOut && !values[i].IsMissing();
-        arguments.push_back(reference ? Variant::Reference(values[i]) : values[i]);
+        arguments.push_back(method.parameters[i].inOut ? Variant::Reference(values[i]) : values[i]);
       }
       outcome.result = object.CallWith(method.name.c_str(), arguments);
       outcome.hasResult = method.result != VT_EMPTY;

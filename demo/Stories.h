@@ -9,4 +9,8 @@ namespace demo {
 // back.
 void TellSaveStory(const Stage& stage);
 
+// Auditing BOMs: the maker's and the auditor's rights, what documents that use a BOM prevent; a BOM number
+// and a copy.
+void TellAuditStory(const Stage& stage);
+
 } // namespace demo

@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
   try {
     const demo::Stage stage(com::FromUtf8(argv[1]), trace);
     demo::TellSaveStory(stage);
+    demo::TellAuditStory(stage);
   } catch (const com::ComError& error) {
     const std::string text = com::ToUtf8(error.source() + L": " + error.description());
     std::fprintf(stderr, "The demo failed: 0x%08lX %s\n", static_cast<unsigned long>(error.code()),

@@ -59,6 +59,14 @@ TEST_F(CallTest, ShowsTheSameAsJson) {
 )");
 }
 
+TEST_F(CallTest, TakesAnOptionalArgumentThatComesBack) {
+  const Outcome outcome =
+      Call({L"CBomCheck.BomUndoCheck", L"lInterID=7", L"sBillNo=B7", L"lEmpID=1", L"--lang", L"chs"});
+  EXPECT_EQ(
+      ShowAsText(outcome),
+      L"Result: 2\nstrMsg: BOM[编号：B7]反审核没有成功。原因为：查询不到指定的BOM，请检查单数是否正确。\n");
+}
+
 TEST_F(CallTest, ShowsAComErrorWithCodeSourceAndText) {
   const Outcome outcome = Call({L"BomUpdate.UpdateIcBomStatus", L"lBomNumber=a'b"});
   ASSERT_TRUE(outcome.error.has_value());

@@ -1,0 +1,86 @@
+#include "demo/Stories.h"
+
+namespace demo {
+namespace {
+
+constexpr int32_t kEngineer = 16401; // the maker of the BOMs
+constexpr int32_t kAuditor = 16402;
+constexpr int32_t kPlanner = 16403;
+
+constexpr wchar_t kAuditState[] =
+    L"SELECT FInterID, FBOMNumber, FStatus, FUseStatus, FCheckID, FCheckerID, FAudDate, FBeenChecked "
+    L"FROM ICBOM WHERE FInterID IN (1002, 1003) ORDER BY FInterID";
+
+// A method of CBomCheck for the BOM, in the name of `user` where it asks for one.
+void Check(const Stage& stage, const std::wstring& method, const wchar_t* bom, const wchar_t* number,
+           int32_t user, const wchar_t* language) {
+  std::vector<Stage::Argument> arguments{{L"lInterID", bom}, {L"sBillNo", number}};
+  if (method == L"BomCheck" || method == L"BomUndoCheck")
+    arguments.push_back({L"lEmpID", std::to_wstring(user)});
+  stage.Call(L"CBomCheck." + method, arguments, user, language);
+}
+
+void Audit(const Stage& stage) {
+  stage.Chapter(L"5. An audit takes two");
+  stage.Say(L"The engineer made the mountain bike's BOM 1003 and tries to audit it himself.");
+  stage.Show(L"The BOMs before:", kAuditState);
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    Check(stage, L"BomCheck", L"1003", L"BOM000003", kEngineer, language);
+  stage.Say(L"The auditor may. A second time it is too late.");
+  Check(stage, L"BomCheck", L"1003", L"BOM000003", kAuditor, L"chs");
+  Check(stage, L"BomCheck", L"1003", L"BOM000003", kAuditor, L"en");
+  stage.Show(L"The BOMs after:", kAuditState);
+}
+
+void TakeBack(const Stage& stage) {
+  stage.Chapter(L"6. Who may take an audit back");
+  stage.Say(L"IC/SameUserApprovalAndUnApproval is 1: only the auditor himself. The planner is refused.");
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    Check(stage, L"BomUndoCheck", L"1003", L"BOM000003", kPlanner, language);
+  Check(stage, L"BomUndoCheck", L"1003", L"BOM000003", kAuditor, L"en");
+  stage.Show(L"The audit is gone, and the BOM out of use:", kAuditState);
+  stage.Say(L"With General/SingleMan set to 1 the engineer may audit what he made.");
+  stage.Execute(
+      L"UPDATE t_SystemProfile SET FValue = '1' WHERE FCategory = 'General' AND FKey = 'SingleMan'");
+  Check(stage, L"BomCheck", L"1003", L"BOM000003", kEngineer, L"en");
+  stage.Execute(
+      L"UPDATE t_SystemProfile SET FValue = '0' WHERE FCategory = 'General' AND FKey = 'SingleMan'");
+}
+
+void References(const Stage& stage) {
+  stage.Chapter(L"7. What is in use stays as it is");
+  stage.Say(L"Sales orders refer to the city bike's BOM 1002: no un-audit, no deletion, no modification.");
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    Check(stage, L"BomUndoCheck", L"1002", L"BOM000002", kAuditor, language);
+  Check(stage, L"GetBomDelInfo", L"1002", L"BOM000002", kAuditor, L"en");
+  Check(stage, L"GetBomModifyInfo", L"1002", L"BOM000002", kAuditor, L"en");
+  stage.Say(L"Nothing refers to the draft 1009.");
+  Check(stage, L"GetBomDelInfo", L"1009", L"BOM000009", kAuditor, L"en");
+  stage.Show(L"The BOMs at the end:", kAuditState);
+}
+
+void NumberAndCopy(const Stage& stage) {
+  stage.Chapter(L"8. A new BOM from an old one");
+  stage.Say(L"The rule for BOM numbers gives the next one, and the copy of the city bike's BOM gets it.");
+  stage.Call(L"CBomFunction.GetBomCodeNumEx", {{L"lItemId", L"101"}}, kEngineer, L"en");
+  stage.Call(L"CBomFunction.CopyBom",
+             {{L"Bom", LR"({"FInterID":1002,"FBOMNumber":"BOM000012","FParentID":2,"FCheckID":16401,)"
+                       LR"("FOperatorID":16401})"}},
+             kEngineer, L"en");
+  stage.Show(
+      L"The original and its copy, not in use and not audited:",
+      L"SELECT FInterID, FBOMNumber, FItemID, FVersion, FUseStatus, FStatus, FCheckerID, FAudDate, "
+      L"FEnterTime "
+      L"FROM ICBOM WHERE FItemID = 101 AND FBOMNumber IN ('BOM000002', 'BOM000012') ORDER BY FInterID");
+}
+
+} // namespace
+
+void TellAuditStory(const Stage& stage) {
+  Audit(stage);
+  TakeBack(stage);
+  References(stage);
+  NumberAndCopy(stage);
+}
+
+} // namespace demo
