@@ -142,30 +142,19 @@ int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, cons
   return result;
 }
 
-int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
-                                 std::wstring& strMsg) {
+template <class Check>
+int32_t CBomCheck::CheckUse(const std::wstring& sDsn, const Sql& customerBomQuery,
+                            const std::wstring& sBillNo, const wchar_t* failure, std::wstring& strMsg,
+                            const Check& check) {
   const Texts text(sDsn);
   std::wstring reason;
   try {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const ClientRecordset customerBoms(conn, Cursor::Static);
-    customerBoms.Open(Sql() << L"select * from icbom where fbomtype=3 and FInterId=" << lInterID);
+    customerBoms.Open(customerBomQuery);
     if (customerBoms.IsOpen()) {
-      const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
-      int32_t result = kRefused;
-      if (!references.empty()) {
-        strMsg = Join({references, text(L"如果删除，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
-                       text(L"不能删除此BOM单！")});
-      } else {
-        customerBoms.Open(Sql() << L"select * from icbom where fbomtype=3 and fparentid=" << lInterID);
-        if (customerBoms.RecordCount() < 1) {
-          strMsg = text(L"确定要删除该BOM单吗？");
-          result = kDone;
-        } else {
-          strMsg = text(L"此配置类BOM已有对应的客户BOM存在，不能删除！");
-        }
-      }
+      const int32_t result = check(customerBoms, text);
       frame_.VoteComplete();
       return result;
     }
@@ -173,38 +162,43 @@ int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, con
   } catch (const std::exception& error) {
     reason = UnexpectedError(error, text);
   }
-  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]删除没有成功。原因为："), reason});
+  strMsg = Join({text(L"BOM[编号："), sBillNo, text(failure), reason});
   frame_.VoteAbort();
   return kFailed;
 }
 
+int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
+                                 std::wstring& strMsg) {
+  return CheckUse(
+      sDsn, Sql() << L"select * from icbom where fbomtype=3 and FInterId=" << lInterID, sBillNo,
+      L"]删除没有成功。原因为：", strMsg, [&](const ClientRecordset& customerBoms, const Texts& text) {
+        const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
+        if (!references.empty()) {
+          strMsg = Join({references, text(L"如果删除，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
+                         text(L"不能删除此BOM单！")});
+          return kRefused;
+        }
+        customerBoms.Open(Sql() << L"select * from icbom where fbomtype=3 and fparentid=" << lInterID);
+        if (customerBoms.RecordCount() >= 1) {
+          strMsg = text(L"此配置类BOM已有对应的客户BOM存在，不能删除！");
+          return kRefused;
+        }
+        strMsg = text(L"确定要删除该BOM单吗？");
+        return kDone;
+      });
+}
+
 int32_t CBomCheck::GetBomModifyInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
                                     std::wstring& strMsg) {
-  const Texts text(sDsn);
-  std::wstring reason;
-  try {
-    frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
-    const ClientRecordset customerBoms(conn, Cursor::Static);
-    customerBoms.Open(Sql() << L"select FInterID from icbom where fbomtype=3 and FInterId=" << lInterID);
-    if (customerBoms.IsOpen()) {
-      const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
-      int32_t result = kDone;
-      if (!references.empty()) {
-        strMsg = Join({references, text(L"如果修改，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
-                       text(L"不能修改此BOM单！")});
-        result = kRefused;
-      }
-      frame_.VoteComplete();
-      return result;
-    }
-    reason = text(kNoReferences);
-  } catch (const std::exception& error) {
-    reason = UnexpectedError(error, text);
-  }
-  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]修改没有成功。原因为："), reason});
-  frame_.VoteAbort();
-  return kFailed;
+  return CheckUse(sDsn, Sql() << L"select FInterID from icbom where fbomtype=3 and FInterId=" << lInterID,
+                  sBillNo, L"]修改没有成功。原因为：", strMsg,
+                  [&](const ClientRecordset& customerBoms, const Texts& text) {
+                    const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
+                    if (references.empty()) return kDone;
+                    strMsg = Join({references, text(L"如果修改，将会影响这些业务单据的正常处理。"), kCrLf,
+                                   kCrLf, text(L"不能修改此BOM单！")});
+                    return kRefused;
+                  });
 }
 
 } // namespace mbom

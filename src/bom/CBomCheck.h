@@ -46,6 +46,13 @@ class CBomCheck {
                            std::wstring& strMsg);
 
  private:
+  // The frame of the checks before deletion and modification: opens the query that finds the BOM if it is a
+  // customer BOM; `check` reads on, composes the message and gives the result. `failure` is the message's
+  // middle when the check itself fails.
+  template <class Check>
+  int32_t CheckUse(const std::wstring& sDsn, const Sql& customerBomQuery, const std::wstring& sBillNo,
+                   const wchar_t* failure, std::wstring& strMsg, const Check& check);
+
   Frame frame_;
 };
 
