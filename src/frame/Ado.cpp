@@ -15,6 +15,7 @@ constexpr int32_t kCommandText = 1;
 constexpr int32_t kStoredProcedure = 4;
 constexpr int32_t kParameterInput = 1;
 constexpr int32_t kParameterOutput = 2;
+constexpr int32_t kParameterReturnValue = 4;
 constexpr int32_t kInteger = 3;
 constexpr int32_t kVarChar = 200;
 constexpr int32_t kVarWChar = 202;
@@ -34,6 +35,11 @@ void Recordset::MoveNext() const {
 Variant Recordset::operator[](const wchar_t* field) const {
   const Object fields = object_.Get(ado::kFields).AsObject();
   return fields.Get(ado::kItem, field).AsObject().Get(ado::kValue);
+}
+
+Variant Recordset::operator[](int32_t index) const {
+  const Object fields = object_.Get(ado::kFields).AsObject();
+  return fields.Get(ado::kItem, index).AsObject().Get(ado::kValue);
 }
 
 std::vector<std::wstring> Recordset::FieldNames() const {
@@ -91,27 +97,52 @@ Recordset Command::Execute() const {
   return Recordset(object_.Call(ado::kExecute).AsObject());
 }
 
-StoredProcedure::StoredProcedure(const Connection& connection, const std::wstring& name)
-    : object_(Object::Create(ado::kCommandProgId)) {
+StoredProcedure::StoredProcedure(const std::wstring& name) : object_(Object::Create(ado::kCommandProgId)) {
   object_.Put(ado::kCommandType, kStoredProcedure);
   object_.Put(ado::kCommandText, name);
+}
+
+StoredProcedure::StoredProcedure(const Connection& connection, const std::wstring& name)
+    : StoredProcedure(name) {
   object_.Put(ado::kActiveConnection, connection.object());
+}
+
+void StoredProcedure::Append(const Variant& parameter) const {
+  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, parameter);
 }
 
 void StoredProcedure::AppendInput(const std::wstring& parameter, const std::wstring& value,
                                   int32_t size) const {
-  const Variant created =
-      object_.Call(ado::kCreateParameter, parameter, kVarChar, kParameterInput, size, value);
-  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+  Append(object_.Call(ado::kCreateParameter, parameter, kVarChar, kParameterInput, size, value));
+}
+
+void StoredProcedure::AppendInput(const std::wstring& parameter, int32_t value) const {
+  Append(
+      object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterInput, Variant::Missing(), value));
 }
 
 void StoredProcedure::AppendOutput(const std::wstring& parameter) const {
-  const Variant created = object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterOutput, 0);
-  object_.Get(ado::kParameters).AsObject().Call(ado::kAppend, created);
+  Append(object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterOutput, 0));
+}
+
+void StoredProcedure::AppendReturnValue(const std::wstring& parameter) const {
+  constexpr int32_t kIntSize = 4;
+  Append(object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterReturnValue, kIntSize));
 }
 
 void StoredProcedure::Execute() const {
   object_.Call(ado::kExecute);
+}
+
+Recordset StoredProcedure::OpenDetached(const Connection& connection) const {
+  object_.Put(ado::kActiveConnection, connection.object());
+  const Object rows = Object::Create(ado::kRecordsetProgId);
+  rows.Put(ado::kCursorLocation, kUseClient);
+  rows.Call(ado::kOpen, object_, Variant::Missing(), kUnspecified, kUnspecified, kUnspecified);
+  // ADO lets a recordset go only when its command has let go before.
+  object_.Put(ado::kActiveConnection, Object());
+  rows.Put(ado::kActiveConnection, Object());
+  return Recordset(rows);
 }
 
 Variant StoredProcedure::Value(int32_t index) const {

@@ -18,10 +18,10 @@ Sql BomUsedSql(int32_t interId, bool customerBom, const Texts& text) {
   return query;
 }
 
-void AppendReferences(const Recordset& references, const Texts& text, std::wstring& list) {
+void AppendReferences(const Recordset& references, const Texts& text, std::wstring& list,
+                      const wchar_t* bom) {
   for (; !references.Eof(); references.MoveNext())
-    list +=
-        Join({text(L"该BOM在 "), com::ToText(references[L"FTableName"]), text(L" 中已经被引用。"), kCrLf});
+    list += Join({text(bom), com::ToText(references[L"FTableName"]), text(L" 中已经被引用。"), kCrLf});
 }
 
 } // namespace mbom

@@ -15,7 +15,9 @@ namespace mbom {
 // ordinary BOMs, batches (IcorderBatchTrace) for customer BOMs.
 Sql BomUsedSql(int32_t interId, bool customerBom, const Texts& text);
 
-// Appends a line to `list` for each remaining row of such a query. What was appended before a failure stays.
-void AppendReferences(const Recordset& references, const Texts& text, std::wstring& list);
+// Appends a line to `list` for each remaining row of such a query, with the source text `bom` in front of the
+// document's name. What was appended before a failure stays.
+void AppendReferences(const Recordset& references, const Texts& text, std::wstring& list,
+                      const wchar_t* bom = L"该BOM在 ");
 
 } // namespace mbom

@@ -21,6 +21,7 @@ class Dictionary {
     object_.Put(outside::dictionary::kValue, key, value);
   }
   bool Holds(const wchar_t* key) const { return object_.Call(outside::dictionary::kExists, key).AsBool(); }
+  int32_t Count() const { return object_.Get(outside::dictionary::kCount).AsLong(); }
   const com::Object& object() const noexcept { return object_; }
 
  private:

@@ -1,6 +1,8 @@
 #include "src/frame/Convert.h"
 
+#include <array>
 #include <charconv>
+#include <cwchar>
 
 #include "com/ComError.h"
 
@@ -90,6 +92,16 @@ Variant Today() {
   double days = 0;
   SystemTimeToVariantTime(&now, &days);
   return Variant::Date(days);
+}
+
+std::wstring TimeStamp(const Variant& date) {
+  SYSTEMTIME time;
+  if (date.type() != VT_DATE || !VariantTimeToSystemTime(date.raw().date, &time))
+    throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
+  std::array<wchar_t, 32> text{};
+  std::swprintf(text.data(), text.size(), L"%04d/%02d/%02d %02d:%02d:%02d", time.wYear, time.wMonth,
+                time.wDay, time.wHour, time.wMinute, time.wSecond);
+  return text.data();
 }
 
 std::wstring Trim(const std::wstring& text) {

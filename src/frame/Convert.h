@@ -25,6 +25,9 @@ std::vector<std::wstring> TextsIn(const com::Variant& array);
 // Today's date by the local clock, as an Automation date.
 com::Variant Today();
 
+// A date with its time as "yyyy/mm/dd hh:nn:ss", 24 hours. Anything but a date is a type mismatch.
+std::wstring TimeStamp(const com::Variant& date);
+
 // Without leading and trailing blanks (U+0020 only).
 std::wstring Trim(const std::wstring& text);
 

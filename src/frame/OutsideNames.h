@@ -27,6 +27,7 @@ namespace dictionary {
 inline constexpr wchar_t kProgId[] = L"ruvo10.Dictionary";
 inline constexpr wchar_t kValue[] = L"Value";
 inline constexpr wchar_t kExists[] = L"Exists";
+inline constexpr wchar_t kCount[] = L"Count";
 } // namespace dictionary
 
 namespace vector {

@@ -24,6 +24,8 @@ class Sql {
   Sql& operator<<(int32_t number) { return *this << std::wstring_view(std::to_wstring(number)); }
   Sql& operator<<(const com::Variant& value) { return *this << std::wstring_view(com::ToText(value)); }
 
+  Sql& operator<<(const Sql& piece) { return *this << std::wstring_view(piece.text_); }
+
   const std::wstring& text() const noexcept { return text_; }
 
  private:

@@ -4,9 +4,12 @@
 template <>
 const com::DispatchTable& com::TableOf<mbom::clsMBOMRule>() {
   using mbom::clsMBOMRule;
-  static const DispatchTable table(DIID__clsMBOMRule,
-                                   {
-                                       PropertyGet<&clsMBOMRule::TransMode>(1, L"TransMode"),
-                                   });
+  static const DispatchTable table(
+      DIID__clsMBOMRule,
+      {
+          PropertyGet<&clsMBOMRule::TransMode>(1, L"TransMode"),
+          Method<&clsMBOMRule::GetICItemParent>(2, L"GetICItemParent", {L"sDsn", L"s_ItemID"}),
+          Method<&clsMBOMRule::GetRecordSet>(3, L"GetRecordSet", {L"sDsn", L"s_SQL"}),
+      });
   return table;
 }

@@ -1,0 +1,23 @@
+#include "src/custbom/Query.h"
+
+#include "com/ValueText.h"
+#include "src/frame/Convert.h"
+
+namespace mbom {
+
+Recordset RunQuery(Frame& frame, const std::wstring& sDsn, const Sql& query) {
+  frame.OpenDataContext(sDsn);
+  const ClientRecordset rows(frame.GetConnection());
+  rows.Open(query);
+  frame.VoteComplete();
+  return rows;
+}
+
+std::wstring CommaList(const Recordset& rows, const wchar_t* field) {
+  std::wstring list;
+  for (; !rows.Eof(); rows.MoveNext()) list += Trim(com::ToText(rows[field])) + L",";
+  if (!list.empty()) list.pop_back();
+  return list;
+}
+
+} // namespace mbom

@@ -1,0 +1,19 @@
+// The generic query that both customer-BOM classes offer and use.
+#pragma once
+
+#include <string>
+
+#include "src/frame/Ado.h"
+#include "src/frame/Frame.h"
+
+namespace mbom {
+
+// A call of its own on the frame of the class: binds `sDsn`, opens the statement client-side on the
+// connection and votes complete. The rows stay on their connection; a statement without rows gives a closed
+// recordset. Failures throw, with no vote cast.
+Recordset RunQuery(Frame& frame, const std::wstring& sDsn, const Sql& query);
+
+// The values of a field of all remaining rows, without blanks around them, separated by commas.
+std::wstring CommaList(const Recordset& rows, const wchar_t* field);
+
+} // namespace mbom
