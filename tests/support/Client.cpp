@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "com/Text.h"
-#include "com/ValueText.h"
+#include "tests/support/Rows.h"
 
 namespace mbom::test {
 namespace {
@@ -54,19 +54,7 @@ void TestDatabase::Execute(const std::wstring& sql) const {
 }
 
 std::vector<std::wstring> TestDatabase::Rows(const std::wstring& sql) const {
-  const Object recordset = connection_.Call(L"Execute", sql).AsObject();
-  const Object fields = recordset.Get(L"Fields").AsObject();
-  const int32_t count = fields.Get(L"Count").AsLong();
-  std::vector<std::wstring> rows;
-  for (; !recordset.Get(L"EOF").AsBool(); recordset.Call(L"MoveNext")) {
-    std::wstring row;
-    for (int32_t i = 0; i < count; ++i) {
-      const Variant value = fields.Get(L"Item", i).AsObject().Get(L"Value");
-      row += (i > 0 ? L"|" : L"") + (value.IsNull() ? std::wstring(L"NULL") : com::ToText(value));
-    }
-    rows.push_back(row);
-  }
-  return rows;
+  return RowsOf(connection_.Call(L"Execute", sql).AsObject());
 }
 
 std::wstring TestDatabase::Value(const std::wstring& sql) const {

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <array>
 
-#include "com/ValueText.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
+#include "tests/support/Rows.h"
 
 namespace mbom::test {
 namespace {
@@ -15,30 +15,6 @@ namespace {
 using com::Object;
 using com::Variant;
 using Texts = std::vector<std::wstring>;
-
-// The remaining rows of a recordset: a text a row, the values separated by "|"; NULL reads NULL.
-Texts RowsOf(const Object& recordset) {
-  const Object fields = recordset.Get(L"Fields").AsObject();
-  const int32_t count = fields.Get(L"Count").AsLong();
-  Texts rows;
-  for (; !recordset.Get(L"EOF").AsBool(); recordset.Call(L"MoveNext")) {
-    std::wstring row;
-    for (int32_t i = 0; i < count; ++i) {
-      const Variant value = fields.Get(L"Item", i).AsObject().Get(L"Value");
-      row += (i > 0 ? L"|" : L"") + (value.IsNull() ? std::wstring(L"NULL") : com::ToText(value));
-    }
-    rows.push_back(row);
-  }
-  return rows;
-}
-
-Texts ColumnsOf(const Object& recordset) {
-  const Object fields = recordset.Get(L"Fields").AsObject();
-  Texts names;
-  for (int32_t i = 0; i < fields.Get(L"Count").AsLong(); ++i)
-    names.push_back(fields.Get(L"Item", i).AsObject().Get(L"Name").AsText());
-  return names;
-}
 
 class BomInfoTest : public testing::Test {
  protected:
