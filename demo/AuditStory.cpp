@@ -12,16 +12,16 @@ constexpr wchar_t kAuditState[] =
     L"FROM ICBOM WHERE FInterID IN (1002, 1003) ORDER BY FInterID";
 
 // A method of CBomCheck for the BOM, in the name of `user` where it asks for one.
-void Check(const Stage& stage, const std::wstring& method, const wchar_t* bom, const wchar_t* number,
-           int32_t user, const wchar_t* language) {
+void Check(Stage& stage, const std::wstring& method, const wchar_t* bom, const wchar_t* number, int32_t user,
+           const wchar_t* language) {
   std::vector<Stage::Argument> arguments{{L"lInterID", bom}, {L"sBillNo", number}};
   if (method == L"BomCheck" || method == L"BomUndoCheck")
     arguments.push_back({L"lEmpID", std::to_wstring(user)});
   stage.Call(L"CBomCheck." + method, arguments, user, language);
 }
 
-void Audit(const Stage& stage) {
-  stage.Chapter(L"5. An audit takes two");
+void Audit(Stage& stage) {
+  stage.Chapter(L"An audit takes two");
   stage.Say(L"The engineer made the mountain bike's BOM 1003 and tries to audit it himself.");
   stage.Show(L"The BOMs before:", kAuditState);
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
@@ -32,8 +32,8 @@ void Audit(const Stage& stage) {
   stage.Show(L"The BOMs after:", kAuditState);
 }
 
-void TakeBack(const Stage& stage) {
-  stage.Chapter(L"6. Who may take an audit back");
+void TakeBack(Stage& stage) {
+  stage.Chapter(L"Who may take an audit back");
   stage.Say(L"IC/SameUserApprovalAndUnApproval is 1: only the auditor himself. The planner is refused.");
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
     Check(stage, L"BomUndoCheck", L"1003", L"BOM000003", kPlanner, language);
@@ -47,8 +47,8 @@ void TakeBack(const Stage& stage) {
       L"UPDATE t_SystemProfile SET FValue = '0' WHERE FCategory = 'General' AND FKey = 'SingleMan'");
 }
 
-void References(const Stage& stage) {
-  stage.Chapter(L"7. What is in use stays as it is");
+void References(Stage& stage) {
+  stage.Chapter(L"What is in use stays as it is");
   stage.Say(L"Sales orders refer to the city bike's BOM 1002: no un-audit, no deletion, no modification.");
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
     Check(stage, L"BomUndoCheck", L"1002", L"BOM000002", kAuditor, language);
@@ -59,8 +59,8 @@ void References(const Stage& stage) {
   stage.Show(L"The BOMs at the end:", kAuditState);
 }
 
-void NumberAndCopy(const Stage& stage) {
-  stage.Chapter(L"8. A new BOM from an old one");
+void NumberAndCopy(Stage& stage) {
+  stage.Chapter(L"A new BOM from an old one");
   stage.Say(L"The rule for BOM numbers gives the next one, and the copy of the city bike's BOM gets it.");
   stage.Call(L"CBomFunction.GetBomCodeNumEx", {{L"lItemId", L"101"}}, kEngineer, L"en");
   stage.Call(L"CBomFunction.CopyBom",
@@ -76,7 +76,7 @@ void NumberAndCopy(const Stage& stage) {
 
 } // namespace
 
-void TellAuditStory(const Stage& stage) {
+void TellAuditStory(Stage& stage) {
   Audit(stage);
   TakeBack(stage);
   References(stage);

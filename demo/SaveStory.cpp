@@ -22,8 +22,8 @@ std::wstring LinesOf(const wchar_t* table, const wchar_t* id) {
          L" ORDER BY t1.FEntryID";
 }
 
-void OrdinaryBom(const Stage& stage) {
-  stage.Chapter(L"1. An ordinary BOM, its use status changed");
+void OrdinaryBom(Stage& stage) {
+  stage.Chapter(L"An ordinary BOM, its use status changed");
   stage.Say(
       L"The engineer puts the front wheel's BOM 1005 out of use and in use again; its lines have odd units.");
   const std::wstring headers = HeadersWhere(L"FItemID = 202");
@@ -41,8 +41,8 @@ void OrdinaryBom(const Stage& stage) {
   stage.Show(L"The lines after: FQty = FAuxQty x (FCoefficient + FScale):", LinesOf(L"ICBOMChild", L"1005"));
 }
 
-void CustomerBom(const Stage& stage) {
-  stage.Chapter(L"2. A customer BOM (transaction type 53)");
+void CustomerBom(Stage& stage) {
+  stage.Chapter(L"A customer BOM (transaction type 53)");
   stage.Say(L"The planner saves customer BOM 3001, made from the configuration BOM 2001.");
   const std::wstring header = HeadersWhere(L"FInterID = 3001");
   stage.Show(L"The header before:", header);
@@ -54,8 +54,8 @@ void CustomerBom(const Stage& stage) {
   stage.Show(L"The customer lines after:", LinesOf(L"ICCustBOMChild", L"3001"));
 }
 
-void Refusal(const Stage& stage) {
-  stage.Chapter(L"3. A BOM under engineering-change control is refused");
+void Refusal(Stage& stage) {
+  stage.Chapter(L"A BOM under engineering-change control is refused");
   const std::wstring header = HeadersWhere(L"FInterID = 1008");
   stage.Show(L"The rear wheel's BOM before; change 5 made it:", header);
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
@@ -63,8 +63,8 @@ void Refusal(const Stage& stage) {
   stage.Show(L"And after, untouched:", header);
 }
 
-void RolledBack(const Stage& stage) {
-  stage.Chapter(L"4. A failure is rolled back");
+void RolledBack(Stage& stage) {
+  stage.Chapter(L"A failure is rolled back");
   stage.Say(
       L"Planning BOM 2002 is saved, but the last statement of EndSave fails: the vote aborts, and the host "
       L"rolls the earlier statements back.");
@@ -90,7 +90,7 @@ void RolledBack(const Stage& stage) {
 
 } // namespace
 
-void TellSaveStory(const Stage& stage) {
+void TellSaveStory(Stage& stage) {
   OrdinaryBom(stage);
   CustomerBom(stage);
   Refusal(stage);

@@ -49,8 +49,9 @@ Stage::Stage(const std::wstring& database, bool trace)
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + database_);
 }
 
-void Stage::Chapter(const std::wstring& title) const {
-  Print(L"\n" + title + L"\n" + std::wstring(bomcall::DisplayWidth(title), L'=') + L"\n");
+void Stage::Chapter(const std::wstring& title) {
+  const std::wstring heading = std::to_wstring(++chapters_) + L". " + title;
+  Print(L"\n" + heading + L"\n" + std::wstring(bomcall::DisplayWidth(heading), L'=') + L"\n");
 }
 
 void Stage::Say(const std::wstring& text) const {

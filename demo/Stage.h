@@ -16,7 +16,8 @@ class Stage {
   // component.
   Stage(const std::wstring& database, bool trace);
 
-  void Chapter(const std::wstring& title) const;
+  // Begins a chapter; they are numbered throughout.
+  void Chapter(const std::wstring& title);
   void Say(const std::wstring& text) const;
 
   // Runs a statement as the ERP's own programs would, outside the component.
@@ -42,6 +43,7 @@ class Stage {
 
   std::wstring database_;
   bool trace_;
+  int chapters_ = 0;
   com::Object connection_;
   bomcall::Catalog catalog_;
 };

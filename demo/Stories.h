@@ -7,10 +7,13 @@ namespace demo {
 
 // Saving BOMs: an ordinary one whose use status changed, a customer BOM, a refusal, a failure that is rolled
 // back.
-void TellSaveStory(const Stage& stage);
+void TellSaveStory(Stage& stage);
 
 // Auditing BOMs: the maker's and the auditor's rights, what documents that use a BOM prevent; a BOM number
 // and a copy.
-void TellAuditStory(const Stage& stage);
+void TellAuditStory(Stage& stage);
+
+// A customer's bicycle: features, options and rules, the screen, a copy, its audit, disabling.
+void TellCustBomStory(Stage& stage);
 
 } // namespace demo

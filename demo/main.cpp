@@ -19,9 +19,10 @@ int main(int argc, char** argv) {
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   int status = 0;
   try {
-    const demo::Stage stage(com::FromUtf8(argv[1]), trace);
+    demo::Stage stage(com::FromUtf8(argv[1]), trace);
     demo::TellSaveStory(stage);
     demo::TellAuditStory(stage);
+    demo::TellCustBomStory(stage);
   } catch (const com::ComError& error) {
     const std::string text = com::ToUtf8(error.source() + L": " + error.description());
     std::fprintf(stderr, "The demo failed: 0x%08lX %s\n", static_cast<unsigned long>(error.code()),

@@ -1,0 +1,89 @@
+#include "demo/Stories.h"
+
+namespace demo {
+namespace {
+
+constexpr int32_t kAuditor = 16402;
+constexpr int32_t kPlanner = 16403;
+
+// BOMs as the screen's list shows them; the copy is the customer BOM 3005 at the end.
+constexpr wchar_t kCustomerBoms[] =
+    L"SELECT FInterID, FBOMNumber, FItemID, FCustID, FUseStatus, FStatus, FCheckerID, FForbid FROM ICBOM "
+    L"WHERE FBomType = 3 ORDER BY FInterID";
+
+void Configure(Stage& stage) {
+  stage.Chapter(L"A customer's bicycle: what may be chosen");
+  stage.Say(
+      L"The made-to-order bike has two features, the colour 501 and the saddle 504. Their options, by the "
+      L"features' BOMs:");
+  stage.Call(L"clsMCustBOM.GetTeZhenSubItems", {{L"strTeZhenItemID", L"501"}}, kPlanner, L"en");
+  stage.Call(L"clsMCustBOM.GetTeZhenSubItems", {{L"strTeZhenItemID", L"504"}}, kPlanner, L"en");
+  stage.Say(L"Red (502) goes with the comfort saddle; blue (503) excludes the basket.");
+  stage.Call(L"clsMCustBOM.GetRuleByItem",
+             {{L"strFItemID", L"502"}, {L"strFItemGroupID", L"13"}, {L"strRel", L"Rel"}}, kPlanner, L"en");
+  stage.Call(L"clsMCustBOM.GetRuleByItem",
+             {{L"strFItemID", L"502,503"}, {L"strFItemGroupID", L""}, {L"strRel", L"Mut"}}, kPlanner, L"en");
+  stage.Call(L"clsMBOMRule.GetICItemParent", {{L"s_ItemID", L"505"}}, kPlanner, L"en");
+}
+
+void Browse(Stage& stage) {
+  stage.Chapter(L"A customer's bicycle: the screen");
+  stage.Call(L"clsMCustBOM.GetTreeViewDataM", {}, kPlanner, L"en");
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    stage.Call(
+        L"clsMCustBOM.GetRightTopDataM",
+        {{L"sInterID", L"3001,3002"}, {L"sBomType", L"-1"}, {L"sFilter", L"node"}, {L"sOrder", L"FInterID"}},
+        kPlanner, language);
+  stage.Say(L"The club's bike: its frame is a customer BOM of its own, KH0002.");
+  stage.Call(L"clsMCustBOM.GetRightBottomDataM",
+             {{L"sBomType", L"3"}, {L"sFilter", L"FInterID = 3001"}, {L"sOrder", L"FEntryID"}}, kPlanner,
+             L"en");
+}
+
+void CopyAndLink(Stage& stage) {
+  stage.Chapter(L"A customer's bicycle: one more like it");
+  stage.Say(L"The planner copies the club's bike 3001; the rule for customer BOMs gives the number.");
+  stage.Show(L"The customer BOMs before:", kCustomerBoms);
+  stage.Call(L"clsMCustBOM.CopyPasteCustBom", {{L"strCustBOMID", L"3001"}, {L"strLanguage", L"en"}}, kPlanner,
+             L"en");
+  stage.Show(L"And after, the copy not in use and not audited:", kCustomerBoms);
+  stage.Say(L"He takes another customer's frame: the lines with item 201 are to be built from 3003.");
+  stage.Call(L"clsMCustBOM.SetCustBOM",
+             {{L"strCustBomCode", L"3003"}, {L"strParentCustBomInterID", L"3005"}, {L"strItemID", L"201"}},
+             kPlanner, L"en");
+}
+
+void AuditAndDisable(Stage& stage) {
+  stage.Chapter(L"A customer's bicycle: audit and disabling");
+  stage.Say(
+      L"The auditor audits the copy. Then 3003 cannot change its status: what is built from it is audited.");
+  stage.Call(L"clsMCustBOM.UpdateAuditFlag", {{L"strCustBomInterID", L"3005"}, {L"b_AuditFlag", L"True"}},
+             kAuditor, L"en");
+  for (const wchar_t* language : {L"chs", L"cht", L"en"})
+    stage.Call(L"clsMCustBOM.UpdateAuditFlag", {{L"strCustBomInterID", L"3003"}, {L"b_AuditFlag", L"False"}},
+               kAuditor, language);
+  stage.Say(L"3001 is in an order and a batch: its audit stays, and it cannot be disabled. 3002 is part of "
+            L"others.");
+  stage.Call(L"clsMCustBOM.UpdateAuditFlag",
+             {{L"strCustBomInterID", L"3001"}, {L"b_AuditFlag", L"False"}, {L"strCurCustBomNo", L"3001"}},
+             kAuditor, L"en");
+  stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", L"3001"}, {L"b_Status", L"True"}},
+             kAuditor, L"en");
+  stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", L"3002"}, {L"b_Status", L"True"}},
+             kAuditor, L"en");
+  stage.Say(L"Nothing refers to the copy: it can.");
+  stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", L"3005"}, {L"b_Status", L"True"}},
+             kAuditor, L"en");
+  stage.Show(L"The customer BOMs at the end:", kCustomerBoms);
+}
+
+} // namespace
+
+void TellCustBomStory(Stage& stage) {
+  Configure(stage);
+  Browse(stage);
+  CopyAndLink(stage);
+  AuditAndDisable(stage);
+}
+
+} // namespace demo
