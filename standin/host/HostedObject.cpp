@@ -78,14 +78,10 @@ STDMETHODIMP HostedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags
     const HRESULT hr = inner_->Invoke(id, iid, locale, flags, params, result, info, badArgument);
     if (SUCCEEDED(hr)) {
       unit.Finish();
-      return hr;
-    }
-    // The call's own error is the one that the client sees.
-    const com::PendingError pending;
-    try {
-      unit.Finish();
-    } catch (const com::ComError&) {
-      return hr;
+    } else {
+      // The call's own error is the one that the client sees.
+      const com::PendingError pending;
+      unit.RollBack();
     }
     return hr;
   } catch (...) {

@@ -2,7 +2,8 @@
 // thread meanwhile.
 //
 // A unit that begins inside another joins it: only the outermost one ends the transactions. The last vote of
-// the thread decides: complete or none commits, abort rolls back.
+// the thread decides: complete or none commits, abort rolls back. A call that raises an error rolls back,
+// whatever was voted.
 #pragma once
 
 #include <functional>
@@ -32,14 +33,14 @@ class UnitOfWork {
   // Ends the unit. Throws when a commit fails; what is not committed by then is rolled back. Several data
   // sources commit one after another, not as one.
   void Finish();
+  // Ends the unit without regard to the votes.
+  void RollBack() noexcept;
 
  private:
   struct Enlisted {
     std::wstring dataSource;
     com::Object connection;
   };
-
-  void RollBack() noexcept;
 
   bool outermost_;
   bool complete_ = true;
