@@ -4,9 +4,10 @@
 template <>
 const com::DispatchTable& com::TableOf<mbom::PPorderImort>() {
   using mbom::PPorderImort;
-  static const DispatchTable table(DIID__PPorderImort,
-                                   {
-                                       PropertyGet<&PPorderImort::TransMode>(1, L"TransMode"),
-                                   });
+  static const DispatchTable table(
+      DIID__PPorderImort, {
+                              PropertyGet<&PPorderImort::TransMode>(1, L"TransMode"),
+                              Method<&PPorderImort::UpdatePPOrder>(2, L"UpdatePPOrder", {L"sDsn", L"tDict"}),
+                          });
   return table;
 }
