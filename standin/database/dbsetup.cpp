@@ -1,17 +1,18 @@
 // dbsetup [--new] DATABASE SCRIPT...: runs T-SQL scripts into a database file of the embedded engine.
 //
-// A script is UTF-8; a line that holds only GO ends a batch. --new replaces the file, otherwise it is created
-// if it is not there. A script's first error is followed by no more of its batches, and the exit code is 1.
+// A script is UTF-8; a line that holds only GO, or GO and a number of repetitions, ends a batch. --new
+// replaces the file, otherwise it is created if it is not there. A script's first error is followed by no
+// more of its batches, and the exit code is 1.
+#include "standin/tsql/script.h"
 #include "standin/tsql/tsql.h"
 
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -46,50 +47,19 @@ class Report : public tsql::ResultSink {
   bool failed_ = false;
 };
 
-bool IsGo(std::string_view line) {
-  constexpr std::string_view blanks = " \t\r";
-  const size_t first = line.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return false;
-  const std::string_view word = line.substr(first, line.find_last_not_of(blanks) + 1 - first);
-  return word.size() == 2 && (word[0] == 'G' || word[0] == 'g') && (word[1] == 'O' || word[1] == 'o');
-}
-
-struct Batch {
-  std::string text;
-  int firstLine = 1;
-};
-
-std::vector<Batch> Split(std::string_view script) {
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  if (script.starts_with(byteOrderMark)) script.remove_prefix(byteOrderMark.size());
-  std::vector<Batch> batches(1);
-  for (int line = 1; !script.empty(); ++line) {
-    const size_t end = script.find('\n');
-    const std::string_view text = script.substr(0, end);
-    script.remove_prefix(end == std::string_view::npos ? script.size() : end + 1);
-    if (IsGo(text)) {
-      batches.push_back({{}, line + 1});
-    } else {
-      batches.back().text.append(text).append("\n");
-    }
-  }
-  std::erase_if(batches, [](const Batch& batch) {
-    return batch.text.find_first_not_of(" \t\r\n") == std::string::npos;
-  });
-  return batches;
-}
-
 bool RunScript(tsql::Session& session, const std::string& script) {
   std::ifstream file(PathOf(script), std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (!file) {
     std::fprintf(stderr, "%s: cannot be read\n", script.c_str());
     return false;
   }
-  for (const Batch& batch : Split(text)) {
-    Report report(script, batch.firstLine);
-    const bool done = session.Execute(batch.text, {}, report);
-    if (!done || report.failed()) return false;
+  tsql::ScriptReader reader(file);
+  while (const std::optional<tsql::ScriptBatch> batch = reader.Next()) {
+    for (int i = 0; i < batch->count; ++i) {
+      Report report(script, batch->firstLine);
+      const bool done = session.Execute(batch->text, {}, report);
+      if (!done || report.failed()) return false;
+    }
   }
   return true;
 }

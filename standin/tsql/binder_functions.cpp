@@ -5,11 +5,14 @@
 #include "errors.h"
 
 #include <algorithm>
+#include <numbers>
 
 namespace tsql {
 namespace {
 
 constexpr int32_t kMaxVarChar = 8000;
+constexpr int32_t kMaxQuoted = 258;
+constexpr int32_t kNameLength = 128;
 
 BoundExprPtr MakeInteger(int64_t value) {
   return MakeConstant(Datum::OfInteger(value), MakeType(TypeId::BigInt));
@@ -180,9 +183,17 @@ BoundExprPtr Binder::BindTextFunction(const Expr& expr) {
     args[0] = ConvertText(std::move(args[0]));
     return args;
   };
-  if (name == "len" || name == "ascii") {
-    std::vector<BoundExprPtr> args = textArg(1, 1);
-    return MakeFunction(name == "len" ? "t_len" : "t_ascii", intType, std::move(args));
+  if (name == "len" || name == "ascii" || name == "unicode")
+    return MakeFunction("t_" + name, intType, textArg(1, 1));
+  if (name == "patindex") {
+    std::vector<BoundExprPtr> args = textArg(2, 2);
+    args[1] = ConvertText(std::move(args[1]));
+    return MakeFunction("t_patindex", intType, std::move(args));
+  }
+  if (name == "quotename") {
+    std::vector<BoundExprPtr> args = textArg(1, 2);
+    if (args.size() == 2) args[1] = ConvertText(std::move(args[1]));
+    return MakeFunction("t_quotename", MakeType(TypeId::NVarChar, kMaxQuoted), std::move(args));
   }
   if (name == "datalength") {
     std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
@@ -310,7 +321,12 @@ BoundExprPtr Binder::BindDateFunction(const Expr& expr) {
 
 BoundExprPtr Binder::BindNumberFunction(const Expr& expr) {
   const std::string& name = expr.text;
-  if (name == "sqrt" || name == "power" || name == "exp" || name == "log") {
+  if (name == "pi") {
+    BindArguments(expr, 0, 0);
+    return MakeConstant(Datum::OfReal(std::numbers::pi), MakeType(TypeId::Float));
+  }
+  if (name == "sqrt" || name == "square" || name == "power" || name == "exp" || name == "log" ||
+      name == "log10") {
     const size_t count = name == "power" ? 2 : 1;
     std::vector<BoundExprPtr> args = BindArguments(expr, count, count);
     const Type given = args[0]->type;
@@ -357,8 +373,21 @@ BoundExprPtr Binder::BindMetaFunction(const Expr& expr) const {
   for (const Entry& entry : kGlobals)
     if (expr.text == entry.name) return MakeGlobal(entry.value, entry.type);
   if (expr.text == "newid") return MakeFunction("t_newid", MakeType(TypeId::UniqueIdentifier), {});
-  if (expr.text == "db_name")
-    return MakeConstant(Datum::OfText(catalog_.DatabaseName()), MakeType(TypeId::NVarChar, 128));
+  // Who and where: the engine knows no logins and no network.
+  const std::pair<const char*, std::string> kNames[] = {
+      {"db_name", catalog_.DatabaseName()}, {"user_name", "dbo"}, {"suser_sname", "sa"}, {"suser_name", "sa"},
+      {"host_name", "localhost"},           {"app_name", "tsql"}};
+  for (const auto& [name, value] : kNames) {
+    if (expr.text != name) continue;
+    if (!expr.args.empty()) FailUnsupported(ToUpper(name) + " with an argument");
+    return MakeConstant(Datum::OfText(value), MakeType(TypeId::NVarChar, kNameLength));
+  }
+  if (expr.text == "object_name") {
+    if (expr.args.size() != 1) Fail(174, {expr.text, "1"});
+    Binder arguments(catalog_, variables_, markers_);
+    return Call("t_object_name", MakeType(TypeId::NVarChar, kNameLength),
+                Convert(arguments.BindScalar(*expr.args[0]), MakeType(TypeId::Int)));
+  }
   const bool isObjectId = expr.text == "object_id";
   if (!isObjectId && expr.text != "col_length") return nullptr;
   if (expr.args.empty() || expr.args.size() > 2 || (!isObjectId && expr.args.size() != 2))

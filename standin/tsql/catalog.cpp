@@ -203,6 +203,14 @@ bool Catalog::Exists(const ObjectName& name) const {
   return FindTable(name) || FindView(name) || FindProcedure(name);
 }
 
+std::vector<std::string> Catalog::ObjectNames() const {
+  std::vector<std::string> names;
+  for (const auto& entry : main_.tables) names.push_back(entry.second->name);
+  for (const auto& entry : main_.views) names.push_back(entry.second->name);
+  for (const auto& entry : main_.procedures) names.push_back(entry.second->name);
+  return names;
+}
+
 bool Catalog::ConstraintExists(const std::string& name) const {
   return std::any_of(main_.tables.begin(), main_.tables.end(), [&](const auto& entry) {
     const std::vector<KeyInfo>& keys = entry.second->keys;

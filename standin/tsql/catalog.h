@@ -83,6 +83,8 @@ class Catalog {
   ModulePtr FindView(const ObjectName& name) const;
   ModulePtr FindProcedure(const ObjectName& name) const;
   bool Exists(const ObjectName& name) const;
+  // Tables, views and procedures of the database, by name.
+  std::vector<std::string> ObjectNames() const;
   bool ConstraintExists(const std::string& name) const;
 
   void AddTable(const TableInfo& table);

@@ -34,6 +34,12 @@ bool IsNonZeroConstant(const BoundExpr& expr) {
   return expr.constant.kind == Datum::Kind::Real && expr.constant.real != 0;
 }
 
+// Whether evaluating it again costs next to nothing.
+bool IsLeaf(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
+         expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
+}
+
 bool IsInnerOnly(const BoundSource& source) {
   if (source.kind != BoundSource::Kind::Join) return true;
   const bool inner = source.join == JoinKind::Inner || source.join == JoinKind::Cross;
@@ -312,11 +318,7 @@ void Emitter::EmitCall(std::string_view name, const BoundExpr& left, const Bound
 }
 
 void Emitter::EmitChecked(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right) {
-  const auto isLeaf = [](const BoundExpr& expr) {
-    return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
-           expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
-  };
-  const bool isInline = type == TypeId::Int && isLeaf(left) && isLeaf(right);
+  const bool isInline = type == TypeId::Int && IsLeaf(left) && IsLeaf(right);
   if (isInline) {
     // Computing twice is cheaper than calling a function to check.
     Text("iif(");
@@ -435,7 +437,19 @@ void Emitter::EmitFloatArithmetic(const BoundExpr& expr) {
   } else if (expr.arithmetic == ArithmeticOp::Divide && !IsNonZeroConstant(right)) {
     EmitCall("t_float_divide", left, right);
   } else {
-    EmitBinary(left, ArithmeticSymbol(expr.arithmetic), right);
+    // The largest double divides the finite from the infinite; computing leaves twice is cheaper than a call.
+    const char* op = ArithmeticSymbol(expr.arithmetic);
+    const bool isInline = IsLeaf(left) && IsLeaf(right);
+    if (isInline) {
+      Text("iif(abs");
+      EmitBinary(left, op, right);
+      Text(" <= 1.7976931348623157e308, ");
+      EmitBinary(left, op, right);
+      Text(", ");
+    }
+    Text("t_finite(");
+    EmitBinary(left, op, right);
+    Text(isInline ? "))" : ")");
   }
 }
 
@@ -581,7 +595,9 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
   if (!isSum && !isAverage) {
     emitCall(expr.name == "count_big" ? "count" : expr.name);
   } else if (FamilyOf(expr.type.id) == Family::Float) {
+    Text("t_finite(");
     emitCall(expr.name);
+    Text(")");
   } else if (FamilyOf(expr.type.id) == Family::Integer) {
     Text("t_range(");
     emitCall("sum");

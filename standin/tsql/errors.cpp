@@ -138,6 +138,7 @@ constexpr ErrorText kErrors[] = {
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
+    {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
@@ -254,6 +255,7 @@ bool EndsBatch(const Error& error) {
   case 2601:
   case 2627:
   case 2812:
+  case 3623:
   case 3701:
   case 3902:
   case 3903:

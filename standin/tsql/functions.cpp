@@ -137,6 +137,13 @@ ObjectName LastPart(std::string_view text) {
   return name;
 }
 
+// A number that is the same for the same name, and positive.
+int64_t IdOfName(std::string_view name) {
+  uint32_t id = 2166136261U;
+  for (const char character : ToLower(name)) id = (id ^ static_cast<unsigned char>(character)) * 16777619U;
+  return static_cast<int64_t>(id & 0x7FFFFFFFU) | 1;
+}
+
 void ObjectId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Catalog& catalog = *call.Context().catalog;
@@ -147,11 +154,7 @@ void ObjectId(const FunctionCall& call) {
                      (isWanted("V") && catalog.FindView(name)) ||
                      (isWanted("P") && catalog.FindProcedure(name));
   if (!found) return call.ReturnNull();
-  // A number that is the same for the same name, and positive.
-  uint32_t id = 2166136261U;
-  for (const char character : ToLower(name.name))
-    id = (id ^ static_cast<unsigned char>(character)) * 16777619U;
-  call.ReturnInteger(static_cast<int64_t>(id & 0x7FFFFFFFU) | 1);
+  call.ReturnInteger(IdOfName(name.name));
 }
 
 void ColLength(const FunctionCall& call) {
@@ -160,30 +163,16 @@ void ColLength(const FunctionCall& call) {
   const int column = table ? table->FindColumn(call.Text(1)) : -1;
   if (column < 0) return call.ReturnNull();
   const Type& type = table->columns[static_cast<size_t>(column)].type;
-  switch (type.id) {
-  case TypeId::Bit:
-  case TypeId::TinyInt: return call.ReturnInteger(1);
-  case TypeId::SmallInt: return call.ReturnInteger(2);
-  case TypeId::Int:
-  case TypeId::Real:
-  case TypeId::SmallMoney:
-  case TypeId::SmallDateTime: return call.ReturnInteger(4);
-  case TypeId::Date: return call.ReturnInteger(3);
-  case TypeId::BigInt:
-  case TypeId::Float:
-  case TypeId::Money:
-  case TypeId::DateTime: return call.ReturnInteger(8);
-  case TypeId::Decimal:
-    return call.ReturnInteger(type.precision <= 9    ? 5
-                              : type.precision <= 19 ? 9
-                              : type.precision <= 28 ? 13
-                                                     : 17);
-  case TypeId::Text:
-  case TypeId::NText:
-  case TypeId::Image:
-  case TypeId::UniqueIdentifier: return call.ReturnInteger(16);
-  default: return call.ReturnInteger(IsUnicode(type.id) && type.length > 0 ? type.length * 2 : type.length);
-  }
+  const bool hasLength = TakesLength(type.id) && !IsLob(type.id);
+  if (!hasLength) return call.ReturnInteger(StorageBytes(type));
+  call.ReturnInteger(IsUnicode(type.id) && type.length > 0 ? type.length * 2 : type.length);
+}
+
+void ObjectNameOf(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  for (const std::string& name : call.Context().catalog->ObjectNames())
+    if (IdOfName(name) == call.Integer(0)) return call.ReturnText(name);
+  call.ReturnNull();
 }
 
 // A subquery that stands for a value: its only row's.
@@ -226,6 +215,7 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Recursion>(connection, context, "t_recursion", 1);
   Register<NewId>(connection, context, "t_newid", 0, Purity::Volatile);
   Register<ObjectId>(connection, context, "t_object_id", -1, Purity::Volatile);
+  Register<ObjectNameOf>(connection, context, "t_object_name", 1, Purity::Volatile);
   Register<ColLength>(connection, context, "t_col_length", 2, Purity::Volatile);
   sqlite3_create_function_v2(connection, "t_single", 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, &context, nullptr,
                              SingleStep, SingleFinal, nullptr);

@@ -237,6 +237,7 @@ void Round(const FunctionCall& call) {
 }
 
 void ReturnFinite(const FunctionCall& call, double value) {
+  if (std::isnan(value)) Fail(3623, {});
   if (!std::isfinite(value)) Fail(8115, {"expression", "float"});
   call.ReturnReal(value);
 }
@@ -261,6 +262,22 @@ void Log(const FunctionCall& call) {
   ReturnFinite(call, std::log(call.Real(0)));
 }
 
+void Log10(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  ReturnFinite(call, std::log10(call.Real(0)));
+}
+
+void Square(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  ReturnFinite(call, call.Real(0) * call.Real(0));
+}
+
+// What SQLite computed, which goes to infinity in silence.
+void Finite(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  ReturnFinite(call, call.Real(0));
+}
+
 } // namespace
 
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context) {
@@ -280,6 +297,9 @@ void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Power>(connection, context, "t_power", 2);
   Register<Exp>(connection, context, "t_exp", 1);
   Register<Log>(connection, context, "t_log", 1);
+  Register<Log10>(connection, context, "t_log10", 1);
+  Register<Square>(connection, context, "t_square", 1);
+  Register<Finite>(connection, context, "t_finite", 1);
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
   sqlite3_create_function_v2(connection, "t_sum", 3, kFlags, &context, nullptr, TypedStep, SumFinal<false>,
                              nullptr);

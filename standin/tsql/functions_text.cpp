@@ -38,8 +38,7 @@ void DataLength(const FunctionCall& call) {
   }
   if (FamilyOf(type.id) == Family::Binary)
     return call.ReturnInteger(static_cast<int64_t>(call.Text(0).size()));
-  const Datum bytes = Convert(Datum::OfInteger(0), type, MakeType(TypeId::VarBinary, -1), ConvertMode::Cast);
-  call.ReturnInteger(static_cast<int64_t>(bytes.text.size()));
+  call.ReturnInteger(StorageBytes(type));
 }
 
 void Upper(const FunctionCall& call) {
@@ -155,10 +154,50 @@ void Char(const FunctionCall& call) {
   call.ReturnText(text);
 }
 
-void Ascii(const FunctionCall& call) {
+void Unicode(const FunctionCall& call) {
   if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
   size_t at = 0;
   call.ReturnInteger(static_cast<int64_t>(NextChar(call.Text(0), at)));
+}
+
+// Characters beyond Latin-1 have no place in the server's code page: they count as question marks.
+void Ascii(const FunctionCall& call) {
+  if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
+  size_t at = 0;
+  const char32_t character = NextChar(call.Text(0), at);
+  call.ReturnInteger(static_cast<int64_t>(character < 0x100 ? character : U'?'));
+}
+
+// t_patindex(pattern, text): where a LIKE pattern matches first.
+void PatIndex(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  std::string_view pattern = call.Text(0);
+  const std::string_view text = call.Text(1);
+  if (!pattern.starts_with('%')) return call.ReturnInteger(MatchLike(text, pattern, 0) ? 1 : 0);
+  while (pattern.starts_with('%')) pattern.remove_prefix(1);
+  int64_t position = 1;
+  for (size_t at = 0; at < text.size() || position == 1; ++position) {
+    if (MatchLike(text.substr(at), pattern, 0)) return call.ReturnInteger(position);
+    if (at < text.size()) NextChar(text, at);
+  }
+  call.ReturnInteger(0);
+}
+
+// t_quotename(name[, mark]): the name between brackets or quotation marks, those within it doubled.
+void QuoteNameText(const FunctionCall& call) {
+  constexpr size_t kMaxName = 128;
+  if (call.AnyNull() || CharCount(call.Text(0)) > kMaxName) return call.ReturnNull();
+  const std::string_view mark = call.Count() > 1 ? call.Text(1).substr(0, 1) : "[";
+  if (mark.empty() || std::string_view("[]'\"").find(mark[0]) == std::string_view::npos)
+    return call.ReturnNull();
+  const bool isBracket = mark == "[" || mark == "]";
+  const char close = isBracket ? ']' : mark[0];
+  std::string result(1, isBracket ? '[' : mark[0]);
+  for (const char character : call.Text(0)) {
+    if (character == close) result += close;
+    result += character;
+  }
+  call.ReturnText(result + close);
 }
 
 void Str(const FunctionCall& call) {
@@ -221,6 +260,9 @@ void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Stuff>(connection, context, "t_stuff", 4);
   Register<Char>(connection, context, "t_char", 1);
   Register<Ascii>(connection, context, "t_ascii", 1);
+  Register<Unicode>(connection, context, "t_unicode", 1);
+  Register<PatIndex>(connection, context, "t_patindex", 2);
+  Register<QuoteNameText>(connection, context, "t_quotename", -1);
   Register<Str>(connection, context, "t_str", -1);
   Register<IsNumericText>(connection, context, "t_isnumeric", 1);
   Register<IsDateText>(connection, context, "t_isdate", 1);

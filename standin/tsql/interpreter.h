@@ -42,6 +42,7 @@ class Interpreter {
 
   void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   void SetLockTimeout(int milliseconds);
+  bool NoCount() const { return noCount_; }
 
  private:
   enum class Flow : uint8_t { Next, Break, Continue, Return, Abort };

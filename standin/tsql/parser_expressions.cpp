@@ -157,7 +157,7 @@ ExprPtr Parser::ParseIn(ExprPtr left, bool negated) {
   node->negated = negated;
   node->args.push_back(std::move(left));
   ExpectSymbol("(");
-  if (StartsQuery()) {
+  if (StartsQuery(true)) {
     node->kind = ExprKind::InQuery;
     node->query = ParseQuery();
   } else {
@@ -270,7 +270,7 @@ ExprPtr Parser::ParsePrimary() {
 
 ExprPtr Parser::ParseParenthesis() {
   ExpectSymbol("(");
-  if (StartsQuery()) {
+  if (StartsQuery(true)) {
     ExprPtr node = MakeExpr(ExprKind::Subquery);
     node->query = ParseQuery();
     ExpectSymbol(")");

@@ -86,7 +86,10 @@ class Parser {
   void ParseTableAlias(TableSource& source);
   ObjectName ParseObjectName();
   std::vector<std::string> ParseNameList();
-  bool StartsQuery() const;
+  // `endsHere`: the query, if it is one, is all that the enclosing parentheses hold.
+  bool StartsQuery(bool endsHere = false) const;
+  size_t AfterParenthesis(size_t ahead) const;
+  bool ContinuesQuery(size_t ahead) const;
 
   // statements
   StatementPtr ParseUnterminated();

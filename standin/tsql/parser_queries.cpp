@@ -7,11 +7,33 @@
 
 namespace tsql {
 
-bool Parser::StartsQuery() const {
-  // Parentheses may stand around the whole query.
-  size_t ahead = 0;
-  while (IsSymbolAt(ahead, "(")) ++ahead;
-  return IsWordAt(ahead, "select");
+size_t Parser::AfterParenthesis(size_t ahead) const {
+  int depth = 0;
+  for (; Next(ahead).kind != TokenKind::End; ++ahead) {
+    if (IsSymbolAt(ahead, "(")) ++depth;
+    if (IsSymbolAt(ahead, ")") && --depth == 0) return ahead + 1;
+  }
+  return ahead;
+}
+
+bool Parser::ContinuesQuery(size_t ahead) const {
+  return IsWordAt(ahead, "union") || IsWordAt(ahead, "except") || IsWordAt(ahead, "intersect");
+}
+
+// Parentheses may stand around a query, but one that follows them may also begin an expression or a join:
+// "((SELECT 1) + 1)", "((SELECT 1 AS a) x JOIN t ON ...)".
+bool Parser::StartsQuery(bool endsHere) const {
+  size_t opened = 0;
+  while (IsSymbolAt(opened, "(")) ++opened;
+  if (!IsWordAt(opened, "select")) return false;
+  if (opened == 0) return true;
+  size_t after = AfterParenthesis(opened - 1);
+  for (; opened > 1; --opened) {
+    if (ContinuesQuery(after)) return true;
+    if (!IsSymbolAt(after, ")")) return false;
+    ++after;
+  }
+  return !endsHere || IsSymbolAt(after, ")") || ContinuesQuery(after);
 }
 
 QueryPtr Parser::ParseQuery() {

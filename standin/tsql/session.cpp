@@ -32,6 +32,7 @@ class SessionImpl : public Session {
   void Commit() override;
   void Rollback() override;
   int TransactionCount() const override { return transaction_.Count(); }
+  bool NoCount() const override { return interpreter_.NoCount(); }
   void SetNow(std::optional<DateTime> now) override;
   void SetLockTimeout(int milliseconds) override { interpreter_.SetLockTimeout(milliseconds); }
 

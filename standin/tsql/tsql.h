@@ -159,6 +159,9 @@ class Session {
   virtual void Rollback() = 0;
   virtual int TransactionCount() const = 0;
 
+  // Whether SET NOCOUNT ON is in effect: then no counts are wanted for the rows of a result either.
+  virtual bool NoCount() const = 0;
+
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.

@@ -215,6 +215,26 @@ bool TakesLength(TypeId id) {
   return (family == Family::Text || family == Family::Binary) && !IsLob(id);
 }
 
+int StorageBytes(const Type& type) {
+  switch (type.id) {
+  case TypeId::Bit:
+  case TypeId::TinyInt: return 1;
+  case TypeId::SmallInt: return 2;
+  case TypeId::Int:
+  case TypeId::Real:
+  case TypeId::SmallMoney:
+  case TypeId::SmallDateTime: return 4;
+  case TypeId::Date: return 3;
+  case TypeId::BigInt:
+  case TypeId::Float:
+  case TypeId::Money:
+  case TypeId::DateTime: return 8;
+  case TypeId::Decimal:
+    return type.precision <= 9 ? 5 : type.precision <= 19 ? 9 : type.precision <= 28 ? 13 : 17;
+  default: return 16;
+  }
+}
+
 int64_t EncodeType(const Type& type) {
   return static_cast<int64_t>(type.id) | (int64_t{type.precision} << 8) | (int64_t{type.scale} << 16) |
          (int64_t{type.length} * (int64_t{1} << 24));

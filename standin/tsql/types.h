@@ -45,6 +45,9 @@ std::string TypeName(TypeId id); // as messages name it: "varchar", "numeric"
 std::optional<TypeId> FindType(std::string_view name);
 bool TakesLength(TypeId id);
 
+// The bytes that the server stores a value of a type of fixed size in; 16 for what it stores elsewhere.
+int StorageBytes(const Type& type);
+
 // A type as one integer, for the functions registered with SQLite.
 int64_t EncodeType(const Type& type);
 Type DecodeType(int64_t code);

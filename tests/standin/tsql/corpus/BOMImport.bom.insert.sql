@@ -1,0 +1,1 @@
+INSERT INTO ICBOM(FBrNo,FInterID,FBomNumber,FUseStatus,FVersion,FParentID,FItemID,FQty,FYield,FStatus,FRoutingID,FBomType,FCustItemID,FNote) VALUES('',3004,'BOM000006',1072,'1.1',5,203,1,98.5,0,702,0,0,'导入 Imported')

@@ -1,0 +1,1 @@
+UPDATE ICMaxNum SET FMaxNum=3004 WHERE FTableName='ICBOM'

@@ -1,0 +1,1 @@
+DELETE FROM ICBomGroup WHERE FNumber='03'

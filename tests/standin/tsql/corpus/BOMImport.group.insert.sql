@@ -1,0 +1,1 @@
+INSERT INTO ICBomGroup(FInterID,FNumber,FName,FParentID) VALUES(8,'03','配置 Configuration',0)

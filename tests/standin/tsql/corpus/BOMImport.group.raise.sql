@@ -1,0 +1,1 @@
+UPDATE ICMaxNum SET FMaxNum=8 WHERE FTableName='ICBomGroup'

@@ -1,0 +1,1 @@
+INSERT INTO ICBOMChild(FBrNo,FInterID,FEntryID,FItemID,FAuxQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID) VALUES('',3004,3,306,1,2.5,40004,'A1','',371,385,100,0,1059,802,0)

@@ -1,0 +1,1 @@
+SELECT * FROM ICBomGroup ORDER BY FNumber

@@ -1,0 +1,1 @@
+SELECT * FROM t_ICItem WHERE FErpClsID IN (2,6) AND FName LIKE '%轮%' ORDER BY FNumber DESC

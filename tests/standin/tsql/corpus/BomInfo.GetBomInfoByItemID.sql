@@ -1,0 +1,1 @@
+select a.FUnitID, a.FInterID, a.FQty, a.FFee, b.FItemID, b.FName, b.FNumber, c.FModel, d.FName as FUnitName from icBom a inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4 and b.FItemID = 203 inner join t_ICItem c on b.FItemID = c.FItemID  left join t_MeasureUnit d on a.FUnitID = d.FMeasureUnitID  Where a.FUseStatus = 1072 

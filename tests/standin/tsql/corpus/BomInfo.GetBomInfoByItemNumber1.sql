@@ -1,0 +1,1 @@
+select t1.FName, x2.FModel, d.FName as FUnitName from t_Item t1 left join t_ICItem x2 ON t1.FItemID = x2.FItemID  left join t_MeasureUnit d on x2.FUnitID = d.FMeasureUnitID  Where t1.FItemClassID = 4  AND t1.FDetail=1  AND (x2.FErpClsID IN (2,6,9))  AND (t1.FNumber = 'CSZXC' or t1.FName = 'CSZXC' or x2.FHelpCode = 'CSZXC' )  AND t1.FDeleteD=0  ORDER BY t1.FNumber 

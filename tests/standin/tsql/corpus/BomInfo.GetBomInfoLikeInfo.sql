@@ -1,0 +1,1 @@
+select t1.FName, t1.FNumber, x2.FHelpCode from t_Item t1 LEFT JOIN t_ICItem x2 ON t1.FItemID = x2.FItemID  Where FItemClassID = 4  AND t1.FDetail=1  AND (x2.FErpClsID IN (2,6,9))  AND (t1.FNumber like '%02%' or t1.FName like '%02%' or x2.FHelpCode like '%02%' )  AND t1.FDeleteD=0  ORDER BY t1.FNumber 

@@ -1,0 +1,1 @@
+select t2.FInterId, isnull(sum(t3.FDeleted),0) as HSum, isnull(sum(t4.Fdeleted) ,0) as ESum from IcBom t1 left join IcBomChild t2 on t1.FInterId = t2.FInterId left join t_IcItem t3 on t1.FItemId=t3.FItemID left join t_IcItem t4 on t2.FItemId=t4.FItemId where t1.FInterID = 1001group by t2.FinterId

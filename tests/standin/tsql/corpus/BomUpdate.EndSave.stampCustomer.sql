@@ -1,0 +1,1 @@
+UPDATE ICBom SET FOperatorID=16401,FEnterTime=Convert(Varchar(10),Getdate(),120),FCheckID=16401,FCheckDate=Convert(Varchar(10),Getdate(),120),FUseStatus=1073 ,FParentID=2001 WHERE FInterID=3001

@@ -1,0 +1,1 @@
+UPDATE ICBom SET FVersion='2.1',FNote=N'改 Changed' WHERE FInterID=1002

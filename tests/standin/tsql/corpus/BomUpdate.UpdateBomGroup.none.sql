@@ -1,0 +1,1 @@
+UPDATE ICBomGroup SET  WHERE FInterID=2

@@ -1,0 +1,1 @@
+UPDATE ICBomGroup SET FNumber='01.03',FName='城市车 City',FParentID='1' WHERE FInterID=2

@@ -1,0 +1,1 @@
+UPDATE ICBom SET FStatus=1, FUseStatus=1072 WHERE FBomNumber ='BOM'3' 

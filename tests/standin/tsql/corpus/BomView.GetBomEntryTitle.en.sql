@@ -1,0 +1,1 @@
+SELECT FNum,FCtlID,FCtlName_En as FCtlName,FLdgNum,FOrder,FCaption_En as FCaption,FHeadSecond,FName,FAlign,FVisible,FDecCtl,FNeedHeadSecond  FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=1 AND Fvisible = 1  And FName not in('FBeginDay','FEndDay')  ORDER BY FOrder

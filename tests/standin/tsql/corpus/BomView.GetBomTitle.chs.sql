@@ -1,0 +1,1 @@
+SELECT FNum,FCtlID,FCtlName,FLdgNum,FOrder,FCaption,FHeadSecond,FName,FAlign,FVisible,FDecCtl,FNeedHeadSecond  FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=0 AND Fvisible = 1 ORDER BY FOrder

@@ -1,0 +1,1 @@
+SELECT FNum,FCtlID,FCtlName_Cht as FCtlName,FLdgNum,FOrder,FCaption_Cht as FCaption,FHeadSecond,FName,FAlign,FVisible,FDecCtl,FNeedHeadSecond  FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=0 AND Fvisible = 1 AND FName<>'FVersion' ORDER BY FOrder

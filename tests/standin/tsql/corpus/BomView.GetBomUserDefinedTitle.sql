@@ -1,0 +1,1 @@
+SELECT 0 as FNum,'BOM' as FCtlID,'BOM查询' as FCtlName,0 as FLdgNum,FFieldName,FCtlIndex+1000 as FOrder,FCaption as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,0 as FDecCtl,0 as FNeedHeadSecond  FROM ICTemplate WHERE FID='Z01' AND FDefaultCtl=0  ORDER BY FCtlIndex

@@ -1,0 +1,1 @@
+SELECT FNum,FCtlID,FCtlName,FLdgNum,FOrder,FCaption,FHeadSecond,FName,FAlign,FVisible,FDecCtl,FNeedHeadSecond  FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=1 Fvisible = 1 ORDER BY FOrder

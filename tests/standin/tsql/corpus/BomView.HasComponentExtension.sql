@@ -1,0 +1,1 @@
+select FComponentExt from t_components where FComponent = 'QorvaneMBomBill.BomView'

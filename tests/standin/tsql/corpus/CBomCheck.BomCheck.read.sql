@@ -1,0 +1,1 @@
+ select FInterID, FBOMNumber FBillNo, FCheckID, FStatus From ICBOM Where FInterID = 1005

@@ -1,0 +1,2 @@
+ Select Top 1 '客户BOM批次表' as FTableName, FCustBomId as FBomInterID From IcorderBatchTrace Where FCustBomId = 3001
+ union select top 1 '销售订单' as FTableName, FBomInterID From SEOrderEntry Where FBomInterID = 3001

@@ -1,0 +1,1 @@
+select FBrNo,FInterID,FBOMNumber ,FUseStatus ,FVersion,FParentID,FItemID,FQty,FYield,FCheckID,FCheckDate,FOperatorID,FEnterTime,FStatus,FCancellation, FTranType,FRoutingID,FBomType,FCustID,FCustItemID,FAccessories,FNote,FCheckerID,FAudDate from icbom where finterid=1002

@@ -1,0 +1,1 @@
+select * from icbom where finterid=1002

@@ -1,0 +1,1 @@
+select top 1 FBrNo,FEntryID,FInterID,FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType, FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply from icbomchild where finterid=1002

@@ -1,0 +1,1 @@
+select * from icbomchild where finterid=1002

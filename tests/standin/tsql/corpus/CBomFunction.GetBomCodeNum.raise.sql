@@ -1,0 +1,1 @@
+update icbillno set fcurno=fcurno+1 where fbillid=50

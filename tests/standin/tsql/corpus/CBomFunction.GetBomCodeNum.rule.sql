@@ -1,0 +1,1 @@
+select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno where fbillid=50

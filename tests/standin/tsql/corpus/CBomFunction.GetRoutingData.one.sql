@@ -1,0 +1,5 @@
+select t1.finterid ,t1.FBomNumber,b.FItemID,b.FName,'' FRoutingID,0 FBomType , '工艺路线不存在' FErrInfo from icbom t1,t_icitem b  where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  and t1.FRoutingID not in (select FinterID from T_routing)  and t1.finterid=1009
+ union  all 
+select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,'') FRoutingID ,1 FBomType  , '子项物料工序在指定工艺路线中不存在' FErrInfo from icbom t1,icbomchild t2,T_routing a1,t_icitem b ,t_icitem e Where t1.FRoutingID = a1.FInterID And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID and (t2.FOperID not in (select distinct FOperID from T_Routingoper where finterid=a1.finterid) )  and t2.fitemid=e.fitemid and t2.FOperID<>0  and t1.finterid=1009
+ union  all 
+select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '子项物料工序在父项无对应的工艺路线' FErrInfo from icbom t1,icbomchild t2,t_icitem b ,t_icitem e Where t1.FRoutingID =0 And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID and  t2.fitemid=e.fitemid and t2.FOperID<>0   and t1.finterid=1009

@@ -1,0 +1,1 @@
+update icbom set FParentID=7,FEnterTime=Convert(Varchar(10),Getdate(),120),FOperatorID=  16403 where Finterid=1009

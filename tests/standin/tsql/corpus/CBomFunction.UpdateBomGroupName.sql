@@ -1,0 +1,1 @@
+update icbomgroup set FName='样车 Prototype' where FInterID=7

@@ -1,0 +1,1 @@
+SELECT t2.FBillNO FROM IcEcn t1 INNER JOIN IcEcn t2 ON t1.FCBomInterID = t2.FBomInterID WHERE t1.FInterID = 5

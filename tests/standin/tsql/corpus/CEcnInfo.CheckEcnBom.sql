@@ -1,0 +1,1 @@
+select count(*) as FRelateCount from icecn where FBomInterId = 1006 or FCbomInterId = 1006

@@ -1,0 +1,1 @@
+select FInterId from IcBom where FStatus=0 AND FInterId = 1005

@@ -1,0 +1,1 @@
+select FInterId from IcBom where FBomNumber = 'BOM000008'

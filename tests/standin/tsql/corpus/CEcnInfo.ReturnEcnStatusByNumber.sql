@@ -1,0 +1,1 @@
+select FStatus from IcEcn where FBillNo = 'ECN000006'

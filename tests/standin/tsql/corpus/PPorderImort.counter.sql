@@ -1,0 +1,1 @@
+SELECT FMaxNum FROM ICMaxNum WHERE FTableName='PPOrder'

@@ -1,0 +1,1 @@
+DELETE t1 FROM PPOrderEntry t1,PPOrder t2 WHERE t2.FBillNo='FC000001' AND t1.FInterID=t2.FInterID

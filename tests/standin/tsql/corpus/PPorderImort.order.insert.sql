@@ -1,0 +1,1 @@
+INSERT INTO PPOrder(FBrNo,FInterID,FTranType,FDate,FBillerID,FCheckerID,FCheckDate) VALUES('',2,87,'2026-05-01',16403,'2026-05-02',16402)

@@ -1,0 +1,1 @@
+UPDATE ICMaxNum SET FMaxNum=2 WHERE FTableName='PPOrder'

@@ -1,0 +1,1 @@
+Select FValue From t_SystemProfile Where FCategory = ? And FKey = ?

@@ -1,0 +1,1 @@
+SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'

@@ -1,0 +1,1 @@
+select t_icitem.fitemid,t_item.fitemid as groupid,t_item.fname as groupname from t_icitem left outer join t_item on t_icitem.fparentid=t_item.fitemid and t_item.fdetail=0 and fitemclassid=4  WHERE t_icitem.fitemid='301'

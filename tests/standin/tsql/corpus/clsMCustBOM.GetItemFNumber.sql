@@ -1,0 +1,1 @@
+SELECT FNumber FROM t_ICItem WHERE FItemID=201

@@ -1,0 +1,1 @@
+SELECT a.FItemID FROM ICBOMChild a,ICBOM b WHERE a.FInterID=b.FInterID AND b.FUseStatus=1072 AND b.FItemID=501
