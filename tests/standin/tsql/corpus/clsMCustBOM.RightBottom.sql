@@ -5,7 +5,9 @@ b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.FName as FUnitID,
 e.FName AS FMaterielType,f.FName AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,
 a.FBeginDay,a.FEndDay,
 a.FPercent,(case a.FOperSN when 0 then '' else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,a.FOffSetDay,
-CASE a.FBackFlush WHEN 1059 THEN '否' ELSE '是' END AS FBackFlush,CASE b.FIsKeyItem WHEN 0 THEN '否' ELSE '是' END AS FIsKeyItem,CASE h.FDeleted WHEN 0 THEN '否' ELSE '是' END AS FForbitUse,
+CASE a.FBackFlush WHEN 1059 THEN '否' ELSE '是' END AS FBackFlush,
+CASE b.FIsKeyItem WHEN 0 THEN '否' ELSE '是' END AS FIsKeyItem,
+CASE h.FDeleted WHEN 0 THEN '否' ELSE '是' END AS FForbitUse,
 g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,
 c.FName AS FStockID,a.FNote,b.FQtyDecimal ,v.FName AS FErpClsName
  FROM ICBOMChild a
