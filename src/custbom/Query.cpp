@@ -7,7 +7,7 @@ namespace mbom {
 
 Recordset RunQuery(Frame& frame, const std::wstring& sDsn, const Sql& query) {
   frame.OpenDataContext(sDsn);
-  const ClientRecordset rows(frame.GetConnection());
+  ClientRecordset rows(frame.GetConnection());
   rows.Open(query);
   frame.VoteComplete();
   return rows;

@@ -131,7 +131,7 @@ StoredProcedure TreeCommand(const std::wstring& sDsn, const std::wstring& filter
   constexpr int32_t kAll = -1;
   constexpr int32_t kConfiguredItems = 5;
   const bool forChangeNotice = com::EqualsNoCase(lookType, L"ECNLOOKUP");
-  const StoredProcedure tree(L"sp_GetCustBOMTree");
+  StoredProcedure tree(L"sp_GetCustBOMTree");
   tree.AppendReturnValue(L"RETURN_VALUE");
   tree.AppendInput(L"@p_FItemIDFrom", kAll);
   tree.AppendInput(L"@p_FItemIDTo", kAll);
@@ -397,7 +397,7 @@ std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::
   frame_.VoteAbort();
   frame_.OpenDataContext(sDsn);
   const Connection conn = frame_.GetConnection();
-  const std::wstring number = GetBillNoNew(sDsn, kCustomerBomBill, false, 1, true, Object());
+  std::wstring number = GetBillNoNew(sDsn, kCustomerBomBill, false, 1, true, Object());
   const Recordset counter =
       RunQuery(frame_, sDsn, Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'");
   const int32_t highest = counter.Eof() ? 0 : counter[L"FMaxNum"].AsLong();

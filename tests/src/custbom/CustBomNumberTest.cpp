@@ -77,11 +77,11 @@ TEST_F(CustBomNumberTest, RaisesWithoutARuleInTheLanguageGiven) {
       {L"chs", L"ICBillNo中未定义客户BOM"},
       {L"cht", L"ICBillNo中未定義客戶BOM"},
       {L"en", L"The customer BOM is not defined in ICBillNo"}};
-  for (const auto& [language, text] : texts) {
+  for (const auto& text : texts) {
     RuleInfo info;
-    const Raised raised = RaisedBy([&] { info.Read(custBom_, Dsn(), language); });
+    const Raised raised = RaisedBy([&] { info.Read(custBom_, Dsn(), text.first); });
     EXPECT_EQ(static_cast<unsigned>(raised.code), 0x800A0005u);
-    EXPECT_EQ(raised.description, text);
+    EXPECT_EQ(raised.description, text.second);
     EXPECT_EQ(info.prefix, Variant(L"a"));
     EXPECT_EQ(info.serial, Variant(1));
   }

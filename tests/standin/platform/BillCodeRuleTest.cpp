@@ -38,7 +38,7 @@ TEST(FormatSerial, IsPlainWithoutAFormatAndLiteralWithoutAPlace) {
 }
 
 Object DictionaryOf(std::initializer_list<std::pair<const wchar_t*, Variant>> items) {
-  const Object dictionary = New(L"ruvo10.Dictionary");
+  Object dictionary = New(L"ruvo10.Dictionary");
   for (const auto& [key, value] : items) dictionary.Put(L"Value", key, value);
   return dictionary;
 }
