@@ -28,6 +28,10 @@ bool Recordset::Eof() const {
   return object_.Get(ado::kEof).AsBool();
 }
 
+bool Recordset::Bof() const {
+  return object_.Get(ado::kBof).AsBool();
+}
+
 void Recordset::MoveNext() const {
   object_.Call(ado::kMoveNext);
 }

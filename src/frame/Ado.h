@@ -20,6 +20,7 @@ class Recordset {
   const com::Object& object() const noexcept { return object_; }
 
   bool Eof() const;
+  bool Bof() const;
   void MoveNext() const;
   // The current row's value of the field; the name in any case.
   com::Variant operator[](const wchar_t* field) const;

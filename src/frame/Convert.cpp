@@ -20,14 +20,27 @@ double Number(const Variant& value) {
   return value.AsDouble();
 }
 
+// VARCMP_LT, VARCMP_EQ or VARCMP_GT. Decimals are compared as they are, to their last digit.
+HRESULT Compare(const Variant& value, int32_t number) {
+  if (value.type() == VT_DECIMAL) {
+    DECIMAL left = value.raw().decVal;
+    DECIMAL right;
+    com::Check(VarDecFromI4(number, &right));
+    return VarDecCmp(&left, &right);
+  }
+  const double left = Number(value);
+  if (left == number) return VARCMP_EQ;
+  return left > number ? VARCMP_GT : VARCMP_LT;
+}
+
 } // namespace
 
 bool Equals(const Variant& value, int32_t number) {
-  return !value.IsNull() && Number(value) == number;
+  return !value.IsNull() && Compare(value, number) == VARCMP_EQ;
 }
 
 bool IsGreater(const Variant& value, int32_t number) {
-  return !value.IsNull() && Number(value) > number;
+  return !value.IsNull() && Compare(value, number) == VARCMP_GT;
 }
 
 bool IsTrue(const Variant& value) {

@@ -29,6 +29,20 @@ class Frame {
   void VoteAbort() const;
   void VoteComplete() const;
 
+  // Runs `work`, a whole call with its set-up, and votes as it ends: complete, its result handed on; or
+  // abort, whatever failed rising.
+  template <class Work>
+  auto VoteByOutcome(const Work& work) const {
+    try {
+      auto result = work();
+      VoteComplete();
+      return result;
+    } catch (...) {
+      VoteAbort();
+      throw;
+    }
+  }
+
   const com::Object& context() const noexcept { return context_; }
 
  private:

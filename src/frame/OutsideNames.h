@@ -62,6 +62,11 @@ inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.SecurityInfo";
 inline constexpr wchar_t kGetCurrentUserID[] = L"GetCurrentUserID";
 } // namespace security
 
+namespace profile {
+inline constexpr wchar_t kProgId[] = L"QorvaneWoskBase.SystemProfile";
+inline constexpr wchar_t kGetProfile[] = L"GetProfile";
+} // namespace profile
+
 // The rules of bill numbers, created by the object factory.
 namespace codeRule {
 inline constexpr wchar_t kProgId[] = L"QorvaneMBillCodeRule.clsBillCodeRule";
@@ -73,6 +78,7 @@ namespace ado {
 inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
 inline constexpr wchar_t kRecordsetProgId[] = L"ADODB.Recordset";
 inline constexpr wchar_t kExecute[] = L"Execute";
+inline constexpr wchar_t kBof[] = L"BOF";
 inline constexpr wchar_t kEof[] = L"EOF";
 inline constexpr wchar_t kMoveNext[] = L"MoveNext";
 inline constexpr wchar_t kFields[] = L"Fields";

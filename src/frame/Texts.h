@@ -16,6 +16,11 @@ class Texts {
   // As LoadResText: never fails, a failing loader gives an empty text.
   std::wstring operator()(const std::wstring& source) const { return LoadResText(source, language_); }
 
+  // As LoadResTextFormat: a template with the markers %1, %2 … filled. A failure of the formatting throws.
+  std::wstring operator()(const std::wstring& source, std::initializer_list<com::Variant> values) const {
+    return LoadResTextFormat(source, language_, values);
+  }
+
  private:
   std::wstring language_;
 };

@@ -177,6 +177,28 @@ TEST(NoRecordset, MakesCheckBomUsedFailWithAMessage) {
   });
 }
 
+TEST(NoRecordset, MakesTheChecksOfAChangeNoticeFailWithAMessageOrFindNothing) {
+  WithMuteProvider([] {
+    const Object ecn = Unhosted(L"CEcnInfo");
+    Variant info(L"as it came");
+    const auto check = [&] {
+      return ecn.Call(L"CheckBomUsed", L"Language=chs", 1, L"B1", Variant::Reference(info));
+    };
+    EXPECT_EQ(check(), Variant(-1));
+    EXPECT_EQ(info, Variant(L"检查BOM是否被引用时出现错误，请检查参数是否正确。"));
+    EXPECT_EQ(g_calls.size(), 2u); // a query and an abort
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
+    EXPECT_EQ(ecn.Call(L"GetCheckCBomNoChecked", L"", 1), Variant(false));
+    EXPECT_EQ(g_calls.back(), L"VoteComplete");
+
+    // No later notice, and a usage query that yields no rows.
+    g_emptyAnswers = true;
+    EXPECT_EQ(check(), Variant(-1));
+    EXPECT_EQ(info, Variant(L""));
+    EXPECT_EQ(g_calls.back(), L"VoteAbort");
+  });
+}
+
 TEST(NoRecordset, MakesTheAuditChecksRefuse) {
   WithMuteProvider([] {
     const Object check = Unhosted(L"CBomCheck");

@@ -33,6 +33,24 @@ TEST(Convert, ComparesLateBoundValuesWithNumbers) {
   EXPECT_FALSE(IsGreater(Variant(), 0));
 }
 
+TEST(Convert, ComparesDecimalsToTheirLastDigit) {
+  // 100 and a little: with fewer digits it would be 100.
+  VARIANT decimal{};
+  decimal.decVal.Hi32 = 54210108;
+  decimal.decVal.Lo64 = 11515845246265065473u; // 54210108 x 2^64 + this = 10^27 + 1
+  decimal.decVal.scale = 25;
+  decimal.vt = VT_DECIMAL;
+  const Variant aboveHundred = Variant::Attach(decimal);
+  EXPECT_FALSE(Equals(aboveHundred, 100));
+  EXPECT_TRUE(IsGreater(aboveHundred, 100));
+
+  decimal.decVal.Lo64 -= 1;
+  const Variant hundred = Variant::Attach(decimal);
+  EXPECT_TRUE(Equals(hundred, 100));
+  EXPECT_FALSE(IsGreater(hundred, 100));
+  EXPECT_FALSE(Equals(hundred, -1));
+}
+
 TEST(Convert, KnowsTrueFromOtherNumbers) {
   EXPECT_TRUE(IsTrue(true));
   EXPECT_TRUE(IsTrue(-1));

@@ -1,0 +1,111 @@
+#include "src/ecn/StartUpBatch.h"
+
+namespace mbom {
+namespace {
+
+// The columns of the lines from the quantities on, as every insert of the batch lists them. What is not
+// listed here or as a key (FOperSN, FBeginDay, FEndDay and others) does not go into the new BOM.
+constexpr wchar_t kValues[] =
+    L"FAuxQty, FQty, FScrap, FOperId, FMachinepos, FNote, FMaterielType, FMarshalType, FPercent,\r\n"
+    L"   FOffSetDay, FBackFlush, FStockID, FSPID, FSupply, FUnitID";
+constexpr wchar_t kKeys[] = L"FBrNO, FEntryId, FInterID, FItemID, ";
+
+// The columns of a temporary table of lines, but for its line number.
+constexpr wchar_t kColumnsBeforeEntryId[] = L"   FBrNo VarChar(10) NOT NULL, --组织机构代码(未用)\r\n";
+constexpr wchar_t kColumnsAfterEntryId[] =
+    L"   FInterID INT NOT NULL DEFAULT 0, --BOM内码\r\n"
+    L"   FItemID INT NOT NULL, --子项物料内码\r\n"
+    L"   FAuxQty Decimal(28,10) NOT NULL DEFAULT 0, --用量(常用单位)\r\n"
+    L"   FQty Decimal(28,10) NOT NULL DEFAULT 0, --用量(基本单位)\r\n"
+    L"   FScrap Decimal(28,10) NOT NULL, --损耗率\r\n"
+    L"   FOperID INT NOT NULL DEFAULT 0, --工序\r\n"
+    L"   FMachinePos VARCHAR(1000) NULL, --默认工位\r\n"
+    L"   FNote VARCHAR(1000) NULL, --备注\r\n"
+    L"   FMaterielType INT NOT NULL DEFAULT 371, --子项类型(371为普通件)\r\n"
+    L"   FMarshalType INT NOT NULL DEFAULT 385, --配置属性(385为通用)\r\n"
+    L"   FPercent Decimal(28,10) NOT NULL DEFAULT 100, --计划百分比\r\n"
+    L"   FOffSetDay Decimal(28,10) NOT NULL DEFAULT 0, --提前期偏置\r\n"
+    L"   FBackFlush INT NOT NULL DEFAULT 1059, --是否倒冲\r\n"
+    L"   FStockID INT NULL DEFAULT 0, --发料仓库\r\n"
+    L"   FSPID INT NOT NULL DEFAULT 0, --发料仓位\r\n"
+    L"   FSupply SMALLINT NOT NULL DEFAULT 0, --来源\r\n"
+    L"   FUnitID INT NOT NULL DEFAULT 0 --单位\r\n";
+
+Sql CreateLineTable(const wchar_t* name, const wchar_t* entryId) {
+  return Sql() << L"CREATE TABLE " << name << L" (" << kCrLf << kColumnsBeforeEntryId << L"   FEntryID "
+               << entryId << L", --行号" << kCrLf << kColumnsAfterEntryId << L")" << kCrLf;
+}
+
+} // namespace
+
+Sql BuildEcnTempTablesSql() {
+  return Sql() << L"--建立存放新BOM表体的临时表" << kCrLf << L"Set NoCount On " << kCrLf
+               << CreateLineTable(L"#Temp", L"INT NOT NULL")
+               << CreateLineTable(L"#ICBomChild", L"INT NOT NULL IDENTITY(1,1)") << kCrLf;
+}
+
+Sql BuildStartUpSql(int32_t bom, int32_t ecn, int32_t user) {
+  Sql batch;
+  batch << L"--取变更前BOM的表体" << kCrLf << L"insert into #Temp (" << kKeys << kValues << L")" << kCrLf
+        << L"select " << kKeys << kValues << kCrLf << L"from icbomchild where finterid=" << bom << kCrLf
+        << kCrLf;
+
+  batch << L"--去掉变更单修改和删除的行" << kCrLf << L"delete from #Temp where FEntryID in (" << kCrLf
+        << L"   select FChildID from IcEcnEntry where FInterId = " << ecn
+        << L" and  FChangeType in (11022,11023))" << kCrLf << kCrLf;
+
+  // A line's FChildID becomes its line number: an altered line takes the place of the one it replaces, an
+  // added one (0) comes first.
+  batch << L"--加入变更单修改和新增的行" << kCrLf << L"insert into #Temp (" << kKeys << kValues << L")"
+        << kCrLf
+        << L"select t1.FBrNO, t1.FChildID, t2.FBomInterID, t1.FItemID, t1.FAuxQty, t1.FQty, t1.FScrap, "
+           L"t1.FOperId, t1.FMachinepos, t1.FNote, t1.FMaterielType, t1.FMarshalType, t1.FPercent,"
+        << kCrLf << L"   t1.FOffSetDay , t1.FBackFlush, t1.FStockID, t1.FSPID, t1.FSupply, t1.FUnitID "
+        << kCrLf << L"from IcEcn t2 Left Join IcEcnEntry t1 on t2.FInterID=t1.FInterID where t2.FInterid="
+        << ecn << L" and t1.FChangeType <> 11023" << kCrLf << kCrLf;
+
+  batch << L"--按行号重新编号" << kCrLf << L"insert into #ICBomChild (FBrNO, FItemID, " << kValues << L")"
+        << kCrLf << L"select FBrNO, FItemID, " << kValues << kCrLf << L"from #Temp order by FEntryId" << kCrLf
+        << L"drop table #Temp " << kCrLf << kCrLf;
+
+  batch << L"--取新BOM的内码" << kCrLf << L"DECLARE @InterID INT" << kCrLf
+        << L"SELECT @InterID = Max(FMaxNum) + 1 FROM IcMaxNum WHERE FTableName = 'ICBOM' " << kCrLf
+        << L"update #ICBomChild set FInterID = @InterID" << kCrLf
+        << L"UPDATE IcMaxNum Set FMaxNum = @InterId Where FTableName = 'IcBom' " << kCrLf << kCrLf;
+
+  batch << L"--同一物料的所有BOM置为未使用" << kCrLf
+        << L"update t1 set FUseStatus=1073 from icbom t1 left join icbom t2 on t1.fitemid = t2.fitemid "
+           L"where t2.finterid="
+        << bom << kCrLf << kCrLf;
+
+  batch << L"--生成新BOM的表头，已审核、使用" << kCrLf
+        << L"insert into IcBom (FBrNO, FInterID, FBOMNumber,FStatus, "
+           L"FUseStatus,FVersion,FParentID,FItemID,FQty,FYield,FEnterTime,FTranType,FRoutingID,FBomType,"
+        << kCrLf << L"   FCustID,FCustItemID,FAccessories,FNote,FUnitID,FAUXQTY)" << kCrLf
+        << L"select FBrNO,@InterId,'',1,1072,FVersion,FParentID,FItemID,FQty,FYield,"
+           L"Convert(Varchar(10),Getdate(),120),FTranType,FRoutingID,FBomType,"
+        << kCrLf << L"   FCustID , FCustItemID, FAccessories, FNote, FUnitID, FAUXQTY" << kCrLf
+        << L"From IcBom Where FInterID = " << bom << kCrLf << kCrLf;
+
+  batch << L"--变更单置为已启用" << kCrLf
+        << L"update t1 set FStatus = 2, FCBomInterID = @InterId, FStarUperID = " << user
+        << L", FStarUpDate = Convert(Varchar(10),Getdate(),120) from IcEcn t1 where t1.FInterID=" << ecn
+        << kCrLf << kCrLf;
+
+  batch << L"--按变更单填新BOM的编号" << kCrLf
+        << L"update t1 set t1.FBomNumber=t2.FCBomNumber, t1.FEcnInterId = " << ecn
+        << L" from ICBom t1, IcEcn t2 where t1.FInterID = t2.FCBomInterID and t1.FInterID=@InterID" << kCrLf
+        << kCrLf;
+
+  batch << L"--填新BOM的审核信息" << kCrLf << L"update t1 set FCheckID=" << user
+        << L", FCheckDate = Convert(Varchar(10),Getdate(),120), FOperatorID=" << user << L",FCheckerID="
+        << user << L", FAudDate=Convert(Varchar(10),Getdate(),120)" << kCrLf
+        << L"from IcBom t1 where FInterId = @InterID" << kCrLf << kCrLf;
+
+  batch << L"--写入新BOM的表体" << kCrLf << L"insert into IcBomChild (" << kKeys << kValues << L")" << kCrLf
+        << L"select " << kKeys << kValues << kCrLf << L"from #IcBomChild" << kCrLf
+        << L"drop table #ICBomChild" << kCrLf;
+  return batch;
+}
+
+} // namespace mbom
