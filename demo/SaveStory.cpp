@@ -31,12 +31,12 @@ void OrdinaryBom(Stage& stage) {
   stage.Show(L"The BOMs of item 202 before:", headers);
   stage.Show(L"The lines of BOM 1005 before:", LinesOf(L"ICBOMChild", L"1005"));
 
-  stage.Save(L"BeginSave", save, kEngineer, L"chs");
+  stage.Save(L"BomUpdate.BeginSave", save, kEngineer, L"chs");
   stage.Show(L"BeginSave took every BOM of the item out of use:", headers);
   stage.Say(L"Now the bill's form writes BOM 1005, in use, and calls EndSave.");
   stage.Execute(L"UPDATE ICBOM SET FUseStatus = 1072 WHERE FInterID = 1005");
 
-  stage.Save(L"EndSave", save, kEngineer, L"chs");
+  stage.Save(L"BomUpdate.EndSave", save, kEngineer, L"chs");
   stage.Show(L"The header after, with operator and date:", headers);
   stage.Show(L"The lines after: FQty = FAuxQty x (FCoefficient + FScale):", LinesOf(L"ICBOMChild", L"1005"));
 }
@@ -48,8 +48,8 @@ void CustomerBom(Stage& stage) {
   stage.Show(L"The header before:", header);
   stage.Show(L"The customer lines before:", LinesOf(L"ICCustBOMChild", L"3001"));
 
-  stage.Save(L"EndSave", LR"([{"FInterID":3001,"FTransType":53,"StateParm":{"FParentID":2001}}])", kPlanner,
-             L"cht");
+  stage.Save(L"BomUpdate.EndSave", LR"([{"FInterID":3001,"FTransType":53,"StateParm":{"FParentID":2001}}])",
+             kPlanner, L"cht");
   stage.Show(L"The header after, with its maker, not in use:", header);
   stage.Show(L"The customer lines after:", LinesOf(L"ICCustBOMChild", L"3001"));
 }
@@ -59,7 +59,7 @@ void Refusal(Stage& stage) {
   const std::wstring header = HeadersWhere(L"FInterID = 1008");
   stage.Show(L"The rear wheel's BOM before; change 5 made it:", header);
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
-    stage.Save(L"EndSave", LR"([{"FInterID":1008,"FTransType":50}])", kEngineer, language);
+    stage.Save(L"BomUpdate.EndSave", LR"([{"FInterID":1008,"FTransType":50}])", kEngineer, language);
   stage.Show(L"And after, untouched:", header);
 }
 
@@ -77,13 +77,13 @@ void RolledBack(Stage& stage) {
   const com::Object faults = com::Object::Create(L"ErpStandIn.Faults");
   constexpr auto kTimeOut = static_cast<int32_t>(0x80040E31);
   faults.Call(L"Fail", L"Execute", 4, kTimeOut, L"Timeout expired");
-  stage.Save(L"EndSave", planning, kPlanner, L"en");
+  stage.Save(L"BomUpdate.EndSave", planning, kPlanner, L"en");
   faults.Call(L"Clear");
   stage.Show(L"The header after the failure, as it was:", header);
   stage.Show(L"The lines after the failure, as they were:", lines);
 
   stage.Say(L"The same save without the failure:");
-  stage.Save(L"EndSave", planning, kPlanner, L"en");
+  stage.Save(L"BomUpdate.EndSave", planning, kPlanner, L"en");
   stage.Show(L"The header after:", header);
   stage.Show(L"The lines after, valid without end, as for every BOM that is not ordinary:", lines);
 }

@@ -99,8 +99,8 @@ void Stage::Call(const std::wstring& method, const std::vector<Argument>& argume
   PrintTrace(trace);
 }
 
-void Stage::Save(const wchar_t* hook, const wchar_t* save, int32_t user, const wchar_t* language) const {
-  bomcall::Outcome outcome = Make(std::wstring(L"BomUpdate.") + hook, {{L"SaveVect", save}}, user, language);
+void Stage::Save(const std::wstring& hook, const wchar_t* save, int32_t user, const wchar_t* language) const {
+  bomcall::Outcome outcome = Make(hook, {{L"SaveVect", save}}, user, language);
   const Object header = outcome.changed[0].value.AsObject().Get(L"Item", 1).AsObject();
   const Variant message = outcome.changed[1].value;
   outcome.changed.clear();

@@ -33,9 +33,9 @@ class Stage {
   void Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
             const wchar_t* language) const;
 
-  // Calls a save hook of BomUpdate; `save` is SaveVect as JSON. Of the in/out arguments it shows SaveRetCode
+  // Calls a save hook, CLASS.METHOD; `save` is SaveVect as JSON. Of the in/out arguments it shows SaveRetCode
   // in SaveVect's first item and ReturnMsg.
-  void Save(const wchar_t* hook, const wchar_t* save, int32_t user, const wchar_t* language) const;
+  void Save(const std::wstring& hook, const wchar_t* save, int32_t user, const wchar_t* language) const;
 
  private:
   bomcall::Outcome Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,

@@ -16,4 +16,8 @@ void TellAuditStory(Stage& stage);
 // A customer's bicycle: features, options and rules, the screen, a copy, its audit, disabling.
 void TellCustBomStory(Stage& stage);
 
+// An engineering change: refused and accepted when it is saved, started, the new version beside the old one,
+// and cancelled.
+void TellEcnStory(Stage& stage);
+
 } // namespace demo

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     demo::Stage stage(com::FromUtf8(argv[1]), trace);
     demo::TellSaveStory(stage);
     demo::TellAuditStory(stage);
+    demo::TellEcnStory(stage);
     demo::TellCustBomStory(stage);
   } catch (const com::ComError& error) {
     const std::string text = com::ToUtf8(error.source() + L": " + error.description());
