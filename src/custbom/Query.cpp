@@ -6,11 +6,12 @@
 namespace mbom {
 
 Recordset RunQuery(Frame& frame, const std::wstring& sDsn, const Sql& query) {
-  frame.OpenDataContext(sDsn);
-  ClientRecordset rows(frame.GetConnection());
-  rows.Open(query);
-  frame.VoteComplete();
-  return rows;
+  return frame.VoteByOutcome([&]() -> Recordset {
+    frame.OpenDataContext(sDsn);
+    ClientRecordset rows(frame.GetConnection());
+    rows.Open(query);
+    return rows;
+  });
 }
 
 std::wstring CommaList(const Recordset& rows, const wchar_t* field) {

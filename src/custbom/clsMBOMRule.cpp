@@ -14,16 +14,17 @@ std::wstring QuotesDoubled(const std::wstring& text) {
 } // namespace
 
 com::Object clsMBOMRule::GetICItemParent(const std::wstring& sDsn, const std::wstring& s_ItemID) {
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  const Recordset rows = RunQuery(frame_, sDsn,
-                                  Sql() << L"select t_icitem.fitemid,t_item.fitemid as groupid,t_item.fname "
-                                           L"as groupname from t_icitem left "
-                                           L"outer join t_item on t_icitem.fparentid=t_item.fitemid and "
-                                           L"t_item.fdetail=0 and fitemclassid=4 "
-                                        << L" WHERE t_icitem.fitemid='" << QuotesDoubled(s_ItemID) << L"'");
-  frame_.VoteComplete();
-  return rows.object();
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    return RunQuery(
+               frame_, sDsn,
+               Sql() << L"select t_icitem.fitemid,t_item.fitemid as groupid,t_item.fname as groupname from "
+                        L"t_icitem left outer join t_item on t_icitem.fparentid=t_item.fitemid and "
+                        L"t_item.fdetail=0 and fitemclassid=4 "
+                     << L" WHERE t_icitem.fitemid='" << QuotesDoubled(s_ItemID) << L"'")
+        .object();
+  });
 }
 
 com::Object clsMBOMRule::GetRecordSet(std::wstring& sDsn, std::wstring& s_SQL) {

@@ -1,6 +1,6 @@
 // clsMBOMRule: what the screens of the customer BOM's rules read: the group of an item, and any query.
 //
-// Both methods only read. A failure rises to the caller as the COM error it is.
+// Both methods only read. A failure rises as the COM error it is, the unit of work voted aborted.
 #pragma once
 
 #include <cstdint>

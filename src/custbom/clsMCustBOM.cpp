@@ -1,6 +1,5 @@
 #include "src/custbom/clsMCustBOM.h"
 
-#include <exception>
 #include <limits>
 #include <set>
 
@@ -145,56 +144,36 @@ StoredProcedure TreeCommand(const std::wstring& sDsn, const std::wstring& filter
 
 // ---- status
 
-std::wstring clsMCustBOM::NumbersBuiltFrom(const std::wstring& sDsn, const std::wstring& ids) {
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  std::wstring numbers;
-  if (!ids.empty())
-    numbers =
-        CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
-                                        L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
-                                        L"ICCustBomChild.FCustBomCode IN ("
-                                     << ids << L")"),
-                  L"FBomNumber");
-  frame_.VoteComplete();
-  return numbers;
-}
-
 std::wstring clsMCustBOM::GetUsedCustBomNumber(const std::wstring& sDsn,
                                                const std::wstring& strCustBomInterID) {
-  try {
-    return NumbersBuiltFrom(sDsn, strCustBomInterID);
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return {};
-}
-
-bool clsMCustBOM::IsUsedByDocuments(const std::wstring& sDsn, const std::wstring& ids,
-                                    const std::wstring& currentId, std::wstring& usage) {
-  const Texts text(sDsn);
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  std::wstring lines;
-  if (!currentId.empty())
-    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + currentId, text)), text, lines);
-  if (lines.empty() && !ids.empty())
-    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + ids + L")", text)), text, lines,
-                     L"上层BOM在 ");
-  frame_.VoteComplete();
-  if (lines.empty()) return false;
-  usage = lines;
-  return true;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    if (strCustBomInterID.empty()) return std::wstring();
+    return CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
+                                           L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
+                                           L"ICCustBomChild.FCustBomCode IN ("
+                                        << strCustBomInterID << L")"),
+                     L"FBomNumber");
+  });
 }
 
 bool clsMCustBOM::CheckCustBOMIsAssisted(const std::wstring& sDsn, const std::wstring& s_CustBOMNo,
                                          const std::wstring& s_CurCustBOMNo, std::wstring& strMsg) {
-  try {
-    return IsUsedByDocuments(sDsn, s_CustBOMNo, s_CurCustBOMNo, strMsg);
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return true;
+  const Texts text(sDsn);
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    std::wstring usage;
+    if (!s_CurCustBOMNo.empty())
+      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + s_CurCustBOMNo, text)), text, usage);
+    if (usage.empty() && !s_CustBOMNo.empty())
+      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + s_CustBOMNo + L")", text)), text, usage,
+                       L"上层BOM在 ");
+    if (usage.empty()) return false;
+    strMsg = usage;
+    return true;
+  });
 }
 
 // Walks up from the customer BOMs of the list, a level a query, through those that are not audited or are in
@@ -231,11 +210,11 @@ bool clsMCustBOM::IsBlockedFromAbove(const std::wstring& sDsn, const std::wstrin
 bool clsMCustBOM::UpdateAuditFlag(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                   bool b_AuditFlag, const std::wstring& strCurCustBomNo,
                                   std::wstring& strMsg) {
-  try {
-    frame_.VoteAbort();
+  frame_.VoteAbort();
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    if (b_AuditFlag || !IsUsedByDocuments(sDsn, strCustBomInterID, strCurCustBomNo, strMsg)) {
+    if (b_AuditFlag || !CheckCustBOMIsAssisted(sDsn, strCustBomInterID, strCurCustBomNo, strMsg)) {
       const bool blocked = IsBlockedFromAbove(sDsn, strCustBomInterID, strMsg);
       const int32_t user = GetCurrentUserId(frame_);
       const std::wstring now = TimeStamp(RunQuery(frame_, sDsn, Sql() << L"SELECT GETDATE()")[0]);
@@ -252,69 +231,67 @@ bool clsMCustBOM::UpdateAuditFlag(const std::wstring& sDsn, const std::wstring& 
         return true;
       }
     }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    frame_.VoteAbort();
+    return false;
+  });
 }
 
 std::wstring clsMCustBOM::UpdateDisableStatus(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                               bool& b_Status) {
-  std::wstring result = L"FAIL";
-  try {
-    frame_.VoteAbort();
+  frame_.VoteAbort();
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    const std::wstring users = b_Status ? NumbersBuiltFrom(sDsn, strCustBomInterID) : std::wstring();
+    std::wstring refusal = L"FAIL";
+    const std::wstring users = b_Status ? GetUsedCustBomNumber(sDsn, strCustBomInterID) : std::wstring();
     std::wstring usage;
     if (!users.empty()) {
-      result = users;
-    } else if (b_Status && IsUsedByDocuments(sDsn, {}, strCustBomInterID, usage)) {
-      result = L"[Associated:]" + usage;
+      refusal = users;
+    } else if (b_Status && CheckCustBOMIsAssisted(sDsn, {}, strCustBomInterID, usage)) {
+      refusal = L"[Associated:]" + usage;
     } else if (!strCustBomInterID.empty()) {
       const int32_t forbid = b_Status ? VARIANT_TRUE : VARIANT_FALSE;
       conn.Execute(Sql() << L"UPDATE ICBOM SET FForbid=" << forbid << L" WHERE FInterID IN ("
                          << strCustBomInterID << L")");
       frame_.VoteComplete();
-      return L"SUCCESS";
+      return std::wstring(L"SUCCESS");
     }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return result;
+    frame_.VoteAbort();
+    return refusal;
+  });
 }
 
 // ---- tree and panels
 
 Object clsMCustBOM::GenBomTreeDataSQL(const std::wstring& sDsn, std::wstring& sFilter, std::wstring& sFilter1,
                                       std::wstring& /*sOrder*/, std::wstring& sLookType) {
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  const StoredProcedure tree = TreeCommand(sDsn, sFilter, sFilter1, sLookType);
-  frame_.VoteComplete();
-  return tree.object();
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    return TreeCommand(sDsn, sFilter, sFilter1, sLookType).object();
+  });
 }
 
 Object clsMCustBOM::GetTreeViewDataM(const std::wstring& sDsn, const std::wstring& sFilter,
                                      const std::wstring& sFilter1, const std::wstring& /*sOrder*/,
                                      const std::wstring& sLookType) {
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  // The switch is read for every panel, but the tree shows numbers as its procedure has them.
-  static_cast<void>(IsUseShortNumber(conn));
-  const Recordset rows = TreeCommand(sDsn, sFilter, sFilter1, sLookType).OpenDetached(conn);
-  frame_.VoteComplete();
-  return rows.object();
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    // The switch is read for every panel, but the tree shows numbers as its procedure has them.
+    static_cast<void>(IsUseShortNumber(conn));
+    return TreeCommand(sDsn, sFilter, sFilter1, sLookType).OpenDetached(conn).object();
+  });
 }
 
 std::wstring clsMCustBOM::GenRightTopDataSQL(const std::wstring& sDsn, const std::wstring& sInterID,
                                              const std::wstring& sBomType, const std::wstring& sFilter,
                                              const std::wstring& /*sFilter1*/, const std::wstring& sOrder) {
-  frame_.OpenDataContext(sDsn);
-  const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
-  std::wstring query = HeaderQuery(shortNumber, Texts(sDsn), sInterID, sBomType, sFilter, sOrder);
-  frame_.VoteComplete();
-  return query;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
+    return HeaderQuery(shortNumber, Texts(sDsn), sInterID, sBomType, sFilter, sOrder);
+  });
 }
 
 Object clsMCustBOM::GetRightTopDataM(const std::wstring& sDsn, const std::wstring& sInterID,
@@ -327,11 +304,11 @@ Object clsMCustBOM::GetRightTopDataM(const std::wstring& sDsn, const std::wstrin
 std::wstring clsMCustBOM::GenRightBottomSQL(const std::wstring& sDsn, const std::wstring& sBomType,
                                             int32_t /*aType*/, const std::wstring& sFilter,
                                             const std::wstring& sOrder) {
-  frame_.OpenDataContext(sDsn);
-  const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
-  std::wstring query = LineQuery(shortNumber, Texts(sDsn), sBomType, sFilter, sOrder);
-  frame_.VoteComplete();
-  return query;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
+    return LineQuery(shortNumber, Texts(sDsn), sBomType, sFilter, sOrder);
+  });
 }
 
 Object clsMCustBOM::GetRightBottomDataM(const std::wstring& sDsn, const std::wstring& sBomType, int32_t aType,
@@ -344,114 +321,121 @@ Object clsMCustBOM::GetRightBottomDataM(const std::wstring& sDsn, const std::wst
 
 bool clsMCustBOM::bGetBillNoInfo(const std::wstring& sDsn, std::wstring& sPrefixion, std::wstring& sSuffix,
                                  std::wstring& sFormat, int32_t& lCurNo, const std::wstring& strLanguage) {
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  const Recordset rule =
-      RunQuery(frame_, sDsn,
-               Sql() << L"select FPreLetter, FSufLetter, FCurNo = isNull(FCurNo, 0) + 1, FFormat" << kCrLf
-                     << L"from ICBillNo WITH(UPDLOCK) where FBillID = 53");
-  if (rule.Eof())
-    com::RaiseRuntimeError(kInvalidCall, kSource,
-                           LoadResText(L"ICBillNo中未定义客户BOM", strLanguage).c_str());
-  sPrefixion = com::ToText(rule[L"FPreLetter"]);
-  sSuffix = com::ToText(rule[L"FSufLetter"]);
-  sFormat = com::ToText(rule[L"FFormat"]);
-  lCurNo = rule[L"FCurNo"].AsLong();
-  frame_.VoteComplete();
-  return true;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    const Recordset rule =
+        RunQuery(frame_, sDsn,
+                 Sql() << L"select FPreLetter, FSufLetter, FCurNo = isNull(FCurNo, 0) + 1, FFormat" << kCrLf
+                       << L"from ICBillNo WITH(UPDLOCK) where FBillID = 53");
+    if (rule.Eof())
+      com::RaiseRuntimeError(kInvalidCall, kSource,
+                             LoadResText(L"ICBillNo中未定义客户BOM", strLanguage).c_str());
+    sPrefixion = com::ToText(rule[L"FPreLetter"]);
+    sSuffix = com::ToText(rule[L"FSufLetter"]);
+    sFormat = com::ToText(rule[L"FFormat"]);
+    lCurNo = rule[L"FCurNo"].AsLong();
+    return true;
+  });
 }
 
 std::wstring clsMCustBOM::GetBillNoNew(const std::wstring& sDsn, int32_t lBillTransType, bool bMoreBill,
                                        int32_t lBillNumber, bool bUpdate, const Object& vDict) {
-  namespace names = outside::codeRule;
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  const Dictionary request = vDict ? Dictionary(vDict) : Dictionary::Make();
-  request.Put(L"FDate", Today());
-  request.Put(L"FBillType", lBillTransType);
-  request.Put(L"BillNumber", lBillNumber);
-  request.Put(L"AutoUpdateCurNo", bUpdate);
-  request.Put(L"MoreBillID", bMoreBill);
+  return frame_.VoteByOutcome([&] {
+    namespace names = outside::codeRule;
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    const Dictionary request = vDict ? Dictionary(vDict) : Dictionary::Make();
+    request.Put(L"FDate", Today());
+    request.Put(L"FBillType", lBillTransType);
+    request.Put(L"BillNumber", lBillNumber);
+    request.Put(L"AutoUpdateCurNo", bUpdate);
+    request.Put(L"MoreBillID", bMoreBill);
 
-  const Dictionary several = Dictionary::Make();
-  Variant descriptor(sDsn);
-  Variant requestArgument(request.object());
-  Variant severalArgument(several.object());
-  Variant flag(true);
-  std::wstring numbers =
-      CreateServerObject(names::kProgId)
-          .Call(names::kGetNewBillID, Variant::Reference(descriptor), Variant::Reference(requestArgument),
-                Variant::Reference(severalArgument), Variant::Reference(flag))
-          .AsText();
-  if (bMoreBill) {
-    numbers.clear();
-    const int32_t count = several.Count();
-    for (int32_t i = 1; i <= count; ++i) numbers += com::ToText(several[std::to_wstring(i).c_str()]) + L"\t";
-  }
-  frame_.VoteComplete();
-  return Trim(numbers);
+    const Dictionary several = Dictionary::Make();
+    Variant descriptor(sDsn);
+    Variant requestArgument(request.object());
+    Variant severalArgument(several.object());
+    Variant flag(true);
+    std::wstring numbers =
+        CreateServerObject(names::kProgId)
+            .Call(names::kGetNewBillID, Variant::Reference(descriptor), Variant::Reference(requestArgument),
+                  Variant::Reference(severalArgument), Variant::Reference(flag))
+            .AsText();
+    if (bMoreBill) {
+      numbers.clear();
+      const int32_t count = several.Count();
+      for (int32_t i = 1; i <= count; ++i)
+        numbers += com::ToText(several[std::to_wstring(i).c_str()]) + L"\t";
+    }
+    return Trim(numbers);
+  });
 }
 
 std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::wstring& strCustBOMID,
                                            const std::wstring& /*strLanguage*/) {
   frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  std::wstring number = GetBillNoNew(sDsn, kCustomerBomBill, false, 1, true, Object());
-  const Recordset counter =
-      RunQuery(frame_, sDsn, Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'");
-  const int32_t highest = counter.Eof() ? 0 : counter[L"FMaxNum"].AsLong();
-  if (!strCustBOMID.empty() && !number.empty() && highest >= 1) {
-    if (highest == std::numeric_limits<int32_t>::max())
-      com::RaiseRuntimeError(kOverflow, kSource, L"Overflow");
-    const int32_t newId = highest + 1;
-    const int32_t checker = GetCurrentUserId(frame_);
-    const int32_t operatorId = GetCurrentUserId(frame_);
-    const wchar_t lineColumns[] =
-        L"[FEntryID], [FItemID], [FQty], [FAuxQty], [FMaterielType], [FMarshalType], [FOffSetDay], "
-        L"[FBackFlush], "
-        L"[FScrap], [FOperID], [FMachinePos], [FStockID], [FSPID], [FPercent], [FNote], [FUnitID], "
-        L"[FOrgMarshalType], [FCharacterItemId], [FBeginDay], [FEndDay], [FOperSN], [FCustBOMCode]";
-    conn.Execute(
-        Sql()
-        << L"INSERT INTO [ICBOM]([FBrNo], [FInterID], [FBOMNumber], [FUseStatus], [FVersion], [FParentID], "
-           L"[FItemID], [FQty], [FYield], [FCheckID], [FCheckDate], [FOperatorID], [FEnterTime], [FStatus], "
-           L"[FCancellation], [FTranType], [FRoutingID], [FBomType], [FCustID], [FCustItemID], "
-           L"[FAccessories], [FNote], [FUnitID], [FAUXQTY], [FCheckerID], [FAudDate], [FEcnInterID], "
-           L"[FBeenChecked], [FAuxPropID], [FForbid])  SELECT [FBrNo], "
-        << newId << L", '" << number << L"', 1073, [FVersion], [FParentID], [FItemID], [FQty], [FYield], "
-        << checker << L", Convert(Varchar(10),Getdate(),120), " << operatorId
-        << L", Convert(Varchar(10),Getdate(),120), 0, [FCancellation], [FTranType], [FRoutingID], "
-           L"[FBomType], [FCustID], [FCustItemID], [FAccessories], [FNote], [FUnitID], [FAUXQTY], 0, NULL, "
-           L"[FEcnInterID], [FBeenChecked], [FAuxPropID], 0 FROM [ICBOM] WHERE FInterID="
-        << strCustBOMID << L";" << L"  INSERT INTO [ICCustBOMChild]([FBrNo], [FInterID], " << lineColumns
-        << L")  SELECT [FBrNo], " << newId << L", " << lineColumns
-        << L" FROM [ICCustBOMChild]  WHERE FInterID=" << strCustBOMID << L";"
-        << L"UPDATE ICMaxNum SET FMaxNum=" << newId << L" WHERE FTableName='ICBOM';");
-  }
-  frame_.VoteComplete();
-  return number;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    std::wstring number = GetBillNoNew(sDsn, kCustomerBomBill, false, 1, true, Object());
+    const Recordset counter =
+        RunQuery(frame_, sDsn, Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'");
+    const int32_t highest = counter.Eof() ? 0 : counter[L"FMaxNum"].AsLong();
+    if (!strCustBOMID.empty() && !number.empty() && highest >= 1) {
+      if (highest == std::numeric_limits<int32_t>::max())
+        com::RaiseRuntimeError(kOverflow, kSource, L"Overflow");
+      const int32_t newId = highest + 1;
+      const int32_t checker = GetCurrentUserId(frame_);
+      const int32_t operatorId = GetCurrentUserId(frame_);
+      const wchar_t lineColumns[] =
+          L"[FEntryID], [FItemID], [FQty], [FAuxQty], [FMaterielType], [FMarshalType], [FOffSetDay], "
+          L"[FBackFlush], "
+          L"[FScrap], [FOperID], [FMachinePos], [FStockID], [FSPID], [FPercent], [FNote], [FUnitID], "
+          L"[FOrgMarshalType], [FCharacterItemId], [FBeginDay], [FEndDay], [FOperSN], [FCustBOMCode]";
+      conn.Execute(
+          Sql()
+          << L"INSERT INTO [ICBOM]([FBrNo], [FInterID], [FBOMNumber], [FUseStatus], [FVersion], [FParentID], "
+             L"[FItemID], [FQty], [FYield], [FCheckID], [FCheckDate], [FOperatorID], [FEnterTime], "
+             L"[FStatus], "
+             L"[FCancellation], [FTranType], [FRoutingID], [FBomType], [FCustID], [FCustItemID], "
+             L"[FAccessories], [FNote], [FUnitID], [FAUXQTY], [FCheckerID], [FAudDate], [FEcnInterID], "
+             L"[FBeenChecked], [FAuxPropID], [FForbid])  SELECT [FBrNo], "
+          << newId << L", '" << number << L"', 1073, [FVersion], [FParentID], [FItemID], [FQty], [FYield], "
+          << checker << L", Convert(Varchar(10),Getdate(),120), " << operatorId
+          << L", Convert(Varchar(10),Getdate(),120), 0, [FCancellation], [FTranType], [FRoutingID], "
+             L"[FBomType], [FCustID], [FCustItemID], [FAccessories], [FNote], [FUnitID], [FAUXQTY], 0, NULL, "
+             L"[FEcnInterID], [FBeenChecked], [FAuxPropID], 0 FROM [ICBOM] WHERE FInterID="
+          << strCustBOMID << L";" << L"  INSERT INTO [ICCustBOMChild]([FBrNo], [FInterID], " << lineColumns
+          << L")  SELECT [FBrNo], " << newId << L", " << lineColumns
+          << L" FROM [ICCustBOMChild]  WHERE FInterID=" << strCustBOMID << L";"
+          << L"UPDATE ICMaxNum SET FMaxNum=" << newId << L" WHERE FTableName='ICBOM';");
+    }
+    return number;
+  });
 }
 
 bool clsMCustBOM::SetCustBOM(const std::wstring& sDsn, const std::wstring& strCustBomCode,
                              const std::wstring& strParentCustBomInterID, const std::wstring& strItemID) {
   frame_.VoteAbort();
   if (strCustBomCode.empty() || strParentCustBomInterID.empty() || strItemID.empty()) return false;
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection().Execute(Sql() << L"UPDATE ICCUSTBOMCHILD SET FCustBomCode='" << strCustBomCode
-                                       << L"' WHERE FInterID=" << strParentCustBomInterID << L" AND FItemID="
-                                       << strItemID);
-  frame_.VoteComplete();
-  return true;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection().Execute(Sql() << L"UPDATE ICCUSTBOMCHILD SET FCustBomCode='" << strCustBomCode
+                                         << L"' WHERE FInterID=" << strParentCustBomInterID
+                                         << L" AND FItemID=" << strItemID);
+    return true;
+  });
 }
 
 std::wstring clsMCustBOM::GetItemFNumber(const std::wstring& sDsn, const std::wstring& strItemID) {
-  frame_.OpenDataContext(sDsn);
-  const Recordset item =
-      frame_.GetConnection().Execute(Sql() << L"SELECT FNumber FROM t_ICItem WHERE FItemID=" << strItemID);
-  std::wstring number = item.Eof() ? std::wstring() : com::ToText(item[L"FNumber"]);
-  frame_.VoteComplete();
-  return number;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    const Recordset item =
+        frame_.GetConnection().Execute(Sql() << L"SELECT FNumber FROM t_ICItem WHERE FItemID=" << strItemID);
+    std::wstring number = item.Eof() ? std::wstring() : com::ToText(item[L"FNumber"]);
+    return number;
+  });
 }
 
 // ---- rules and feature items
@@ -487,23 +471,25 @@ Object clsMCustBOM::GetRuleByItem(const std::wstring& sDsn, const std::wstring& 
   else if (com::EqualsNoCase(strRel, L"MUT"))
     query << L" AND t_BomRuleEntry.FRuleID='Mut'";
 
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  const Recordset rows = RunQuery(frame_, sDsn, query);
-  frame_.VoteComplete();
-  return rows.object();
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    return RunQuery(frame_, sDsn, query).object();
+  });
 }
 
 std::wstring clsMCustBOM::GetTeZhenSubItems(const std::wstring& sDsn, const std::wstring& strTeZhenItemID) {
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  const Recordset options = RunQuery(frame_, sDsn,
-                                     Sql() << L"SELECT a.FItemID FROM ICBOMChild a,ICBOM b WHERE "
-                                           << L"a.FInterID=b.FInterID AND b.FUseStatus=1072"
-                                           << L" AND b.FItemID=" << Variant(LeadingNumber(strTeZhenItemID)));
-  std::wstring items = CommaList(options, L"FItemID");
-  frame_.VoteComplete();
-  return items;
+  return frame_.VoteByOutcome([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    const Recordset options =
+        RunQuery(frame_, sDsn,
+                 Sql() << L"SELECT a.FItemID FROM ICBOMChild a,ICBOM b WHERE "
+                       << L"a.FInterID=b.FInterID AND b.FUseStatus=1072" << L" AND b.FItemID="
+                       << Variant(LeadingNumber(strTeZhenItemID)));
+    std::wstring items = CommaList(options, L"FItemID");
+    return items;
+  });
 }
 
 } // namespace mbom

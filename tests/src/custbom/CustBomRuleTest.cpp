@@ -1,5 +1,6 @@
 // clsMCustBOM and clsMBOMRule: rules, feature items, groups of items, and the query that both classes offer.
 #include <algorithm>
+#include <functional>
 
 #include "tests/src/custbom/CustBomFixture.h"
 
@@ -188,21 +189,26 @@ TEST_F(CustBomRuleTest, AStatementWithoutRowsGivesAClosedRecordset) {
   EXPECT_EQ(database_.Value(L"SELECT FName FROM t_ICItem WHERE FItemID = 1"), L"x");
 }
 
-TEST_F(CustBomRuleTest, WhatFailsRises) {
-  const Trace trace;
-  EXPECT_EQ(RaisedBy([&] { rule_.Call(L"GetRecordSet", Dsn(), L"SELECT * FROM NoTable"); }).description,
-            L"Invalid object name 'NoTable'.");
-  EXPECT_TRUE(FAILED(RaisedBy([&] { rule_.Call(L"GetRecordSet", kBindsNothing, L"SELECT 1"); }).code));
+TEST_F(CustBomRuleTest, WhatFailsRisesWithTheUnitAborted) {
+  const auto codeAndLastVote = [](const std::function<void()>& call) {
+    const Trace trace;
+    const HRESULT code = RaisedBy(call).code;
+    EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
+    return code;
+  };
   for (const wchar_t* kind :
        {L"GetDataContext", L"BindDsn", L"GetCallerInfo", L"GetConnection", L"Open", L"VoteComplete"}) {
     const Fault fault(kind);
-    EXPECT_EQ(RaisedBy([&] { custBom_.Call(L"GetRuleByItem", Dsn(), L"1", L"", L""); }).code, Fault::kCode);
+    EXPECT_EQ(codeAndLastVote([&] { custBom_.Call(L"GetRuleByItem", Dsn(), L"1", L"", L""); }), Fault::kCode);
     const Fault second(kind);
-    EXPECT_EQ(RaisedBy([&] { rule_.Call(L"GetICItemParent", Dsn(), L"1"); }).code, Fault::kCode);
+    EXPECT_EQ(codeAndLastVote([&] { rule_.Call(L"GetICItemParent", Dsn(), L"1"); }), Fault::kCode);
     const Fault third(kind);
-    EXPECT_EQ(RaisedBy([&] { custBom_.Call(L"GetTeZhenSubItems", Dsn(), L"1"); }).code, Fault::kCode);
+    EXPECT_EQ(codeAndLastVote([&] { custBom_.Call(L"GetTeZhenSubItems", Dsn(), L"1"); }), Fault::kCode);
   }
-  for (const std::wstring& vote : trace.Votes()) EXPECT_EQ(vote, L"VoteComplete");
+  const Raised unknown = RaisedBy([&] { rule_.Call(L"GetRecordSet", Dsn(), L"SELECT * FROM NoTable"); });
+  EXPECT_EQ(unknown.source, L"Microsoft OLE DB Provider for SQL Server");
+  EXPECT_EQ(unknown.description, L"Invalid object name 'NoTable'.");
+  EXPECT_TRUE(FAILED(codeAndLastVote([&] { rule_.Call(L"GetRecordSet", kBindsNothing, L"SELECT 1"); })));
 }
 
 } // namespace
