@@ -1,5 +1,6 @@
 #include "src/custbom/clsMCustBOM.h"
 
+#include <exception>
 #include <limits>
 #include <set>
 
@@ -144,36 +145,56 @@ StoredProcedure TreeCommand(const std::wstring& sDsn, const std::wstring& filter
 
 // ---- status
 
+std::wstring clsMCustBOM::NumbersBuiltFrom(const std::wstring& sDsn, const std::wstring& ids) {
+  frame_.OpenDataContext(sDsn);
+  const Connection conn = frame_.GetConnection();
+  std::wstring numbers;
+  if (!ids.empty())
+    numbers =
+        CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
+                                        L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
+                                        L"ICCustBomChild.FCustBomCode IN ("
+                                     << ids << L")"),
+                  L"FBomNumber");
+  frame_.VoteComplete();
+  return numbers;
+}
+
 std::wstring clsMCustBOM::GetUsedCustBomNumber(const std::wstring& sDsn,
                                                const std::wstring& strCustBomInterID) {
-  return frame_.VoteByOutcome([&] {
-    frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
-    if (strCustBomInterID.empty()) return std::wstring();
-    return CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
-                                           L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
-                                           L"ICCustBomChild.FCustBomCode IN ("
-                                        << strCustBomInterID << L")"),
-                     L"FBomNumber");
-  });
+  try {
+    return NumbersBuiltFrom(sDsn, strCustBomInterID);
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return {};
+}
+
+bool clsMCustBOM::IsUsedByDocuments(const std::wstring& sDsn, const std::wstring& ids,
+                                    const std::wstring& currentId, std::wstring& usage) {
+  const Texts text(sDsn);
+  frame_.OpenDataContext(sDsn);
+  frame_.GetConnection();
+  std::wstring lines;
+  if (!currentId.empty())
+    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + currentId, text)), text, lines);
+  if (lines.empty() && !ids.empty())
+    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + ids + L")", text)), text, lines,
+                     L"上层BOM在 ");
+  frame_.VoteComplete();
+  if (lines.empty()) return false;
+  usage = lines;
+  return true;
 }
 
 bool clsMCustBOM::CheckCustBOMIsAssisted(const std::wstring& sDsn, const std::wstring& s_CustBOMNo,
                                          const std::wstring& s_CurCustBOMNo, std::wstring& strMsg) {
-  const Texts text(sDsn);
-  return frame_.VoteByOutcome([&] {
-    frame_.OpenDataContext(sDsn);
-    frame_.GetConnection();
-    std::wstring usage;
-    if (!s_CurCustBOMNo.empty())
-      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + s_CurCustBOMNo, text)), text, usage);
-    if (usage.empty() && !s_CustBOMNo.empty())
-      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + s_CustBOMNo + L")", text)), text, usage,
-                       L"上层BOM在 ");
-    if (usage.empty()) return false;
-    strMsg = usage;
-    return true;
-  });
+  try {
+    return IsUsedByDocuments(sDsn, s_CustBOMNo, s_CurCustBOMNo, strMsg);
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return true;
 }
 
 // Walks up from the customer BOMs of the list, a level a query, through those that are not audited or are in
@@ -210,11 +231,11 @@ bool clsMCustBOM::IsBlockedFromAbove(const std::wstring& sDsn, const std::wstrin
 bool clsMCustBOM::UpdateAuditFlag(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                   bool b_AuditFlag, const std::wstring& strCurCustBomNo,
                                   std::wstring& strMsg) {
-  frame_.VoteAbort();
-  return frame_.AbortOnFailure([&] {
+  try {
+    frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    if (b_AuditFlag || !CheckCustBOMIsAssisted(sDsn, strCustBomInterID, strCurCustBomNo, strMsg)) {
+    if (b_AuditFlag || !IsUsedByDocuments(sDsn, strCustBomInterID, strCurCustBomNo, strMsg)) {
       const bool blocked = IsBlockedFromAbove(sDsn, strCustBomInterID, strMsg);
       const int32_t user = GetCurrentUserId(frame_);
       const std::wstring now = TimeStamp(RunQuery(frame_, sDsn, Sql() << L"SELECT GETDATE()")[0]);
@@ -231,34 +252,36 @@ bool clsMCustBOM::UpdateAuditFlag(const std::wstring& sDsn, const std::wstring& 
         return true;
       }
     }
-    frame_.VoteAbort();
-    return false;
-  });
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return false;
 }
 
 std::wstring clsMCustBOM::UpdateDisableStatus(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                               bool& b_Status) {
-  frame_.VoteAbort();
-  return frame_.AbortOnFailure([&] {
+  std::wstring result = L"FAIL";
+  try {
+    frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    std::wstring refusal = L"FAIL";
-    const std::wstring users = b_Status ? GetUsedCustBomNumber(sDsn, strCustBomInterID) : std::wstring();
+    const std::wstring users = b_Status ? NumbersBuiltFrom(sDsn, strCustBomInterID) : std::wstring();
     std::wstring usage;
     if (!users.empty()) {
-      refusal = users;
-    } else if (b_Status && CheckCustBOMIsAssisted(sDsn, {}, strCustBomInterID, usage)) {
-      refusal = L"[Associated:]" + usage;
+      result = users;
+    } else if (b_Status && IsUsedByDocuments(sDsn, {}, strCustBomInterID, usage)) {
+      result = L"[Associated:]" + usage;
     } else if (!strCustBomInterID.empty()) {
       const int32_t forbid = b_Status ? VARIANT_TRUE : VARIANT_FALSE;
       conn.Execute(Sql() << L"UPDATE ICBOM SET FForbid=" << forbid << L" WHERE FInterID IN ("
                          << strCustBomInterID << L")");
       frame_.VoteComplete();
-      return std::wstring(L"SUCCESS");
+      return L"SUCCESS";
     }
-    frame_.VoteAbort();
-    return refusal;
-  });
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
+  frame_.VoteAbort();
+  return result;
 }
 
 // ---- tree and panels

@@ -5,9 +5,10 @@
 // another customer BOM, whose id it has in FCustBOMCode: the line's own BOM is that one's upper level. Ids
 // travel as texts; a list of them is separated by commas, without blanks or quotes.
 //
-// From every method a failure rises as the COM error it is, the unit of work voted aborted; so it is by a
-// refusal. What writes votes abort at entry as well. A method that another one uses is a call of its own,
-// with its set-up and its vote.
+// The status methods (UpdateAuditFlag to CheckCustBOMIsAssisted) trap failures: the unit of work is voted
+// aborted and the result is that of a refusal. From the others a failure rises as the COM error it is, the
+// unit of work voted aborted too. What writes votes abort at entry as well. A method that another one uses is
+// a call of its own, with its set-up and its vote.
 #pragma once
 
 #include <cstdint>
@@ -45,7 +46,7 @@ class clsMCustBOM {
 
   // Whether documents (customer BOM batches, sales orders, production orders, planned orders, forecasts) use
   // the customer BOM `s_CurCustBOMNo` or else one of the list `s_CustBOMNo`; strMsg then has a line for each
-  // kind.
+  // kind. Where it cannot be found out the answer is True.
   bool CheckCustBOMIsAssisted(const std::wstring& sDsn, const std::wstring& s_CustBOMNo,
                               const std::wstring& s_CurCustBOMNo, std::wstring& strMsg);
 
@@ -123,6 +124,9 @@ class clsMCustBOM {
   std::wstring GetTeZhenSubItems(const std::wstring& sDsn, const std::wstring& strTeZhenItemID);
 
  private:
+  std::wstring NumbersBuiltFrom(const std::wstring& sDsn, const std::wstring& ids);
+  bool IsUsedByDocuments(const std::wstring& sDsn, const std::wstring& ids, const std::wstring& currentId,
+                         std::wstring& usage);
   bool IsBlockedFromAbove(const std::wstring& sDsn, const std::wstring& ids, std::wstring& message);
 
   Frame frame_;

@@ -29,26 +29,18 @@ class Frame {
   void VoteAbort() const;
   void VoteComplete() const;
 
-  // Runs `work`, which casts its own votes. What fails in it rises, the unit of work voted aborted.
-  template <class Work>
-  auto AbortOnFailure(const Work& work) const {
-    try {
-      return work();
-    } catch (...) {
-      VoteAbort();
-      throw;
-    }
-  }
-
   // Runs `work`, a whole call with its set-up, and votes as it ends: complete, its result handed on; or
   // abort, whatever failed rising.
   template <class Work>
   auto VoteByOutcome(const Work& work) const {
-    return AbortOnFailure([&] {
+    try {
       auto result = work();
       VoteComplete();
       return result;
-    });
+    } catch (...) {
+      VoteAbort();
+      throw;
+    }
   }
 
   const com::Object& context() const noexcept { return context_; }
