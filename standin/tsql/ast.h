@@ -58,6 +58,7 @@ struct Expr {
   bool hasOperand = false;
   bool hasElse = false;
   int marker = 0;                 // 0-based
+  int depth = 1;                  // of the tree below, subqueries included
   std::string text;               // a literal's text, a function's or variable's name
   std::vector<std::string> parts; // a column's name with its qualifiers
   Type type;                      // CAST and CONVERT

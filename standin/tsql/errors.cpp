@@ -19,6 +19,7 @@ constexpr ErrorText kErrors[] = {
     {102, 15, 1, "Incorrect syntax near '%1'."},
     {103, 15, 4, "The identifier that starts with '%1' is too long. Maximum length is 128."},
     {105, 15, 1, "Unclosed quotation mark after the character string '%1'."},
+    {106, 15, 1, "Too many table names in the query. The maximum allowable is %1."},
     {107, 15, 1, "The column prefix '%1' does not match with a table name or alias name used in the query."},
     {108, 16, 1,
      "The ORDER BY position number %1 is out of range of the number of items in the select list."},
@@ -57,6 +58,9 @@ constexpr ErrorText kErrors[] = {
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},
     {180, 15, 1, "There are not enough parameters: the marker %1 of the batch has no value."},
     {189, 15, 1, "The %1 function requires %2 arguments."},
+    {191, 15, 1,
+     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
+     "queries."},
     {195, 15, 10, "'%1' is not a recognized built-in function name."},
     {201, 16, 4, "Procedure or function '%1' expects parameter '%2', which was not supplied."},
     {205, 16, 1,
@@ -179,6 +183,7 @@ constexpr ErrorText kErrors[] = {
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
+    {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
     {kUnsupported, 16, 1, "%1 is not supported."},
 };
 

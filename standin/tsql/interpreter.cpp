@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 namespace tsql {
@@ -31,6 +32,19 @@ const char* VerbOf(StatementKind kind) {
 Error WithLine(const Error& error, int line) {
   return {error.number, error.severity, error.state, error.line > 0 ? error.line : line, error.what()};
 }
+
+// Another frame for a while, however that ends.
+class FrameSwap {
+ public:
+  FrameSwap(Frame*& current, Frame& other) : current_(current), saved_(std::exchange(current, &other)) {}
+  FrameSwap(const FrameSwap&) = delete;
+  FrameSwap& operator=(const FrameSwap&) = delete;
+  ~FrameSwap() { current_ = saved_; }
+
+ private:
+  Frame*& current_;
+  Frame* saved_;
+};
 
 } // namespace
 
@@ -64,6 +78,25 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Functio
 
 void Interpreter::SetLockTimeout(int milliseconds) {
   sqlite3_busy_timeout(connection_.Handle(), milliseconds);
+}
+
+void Interpreter::SetWorkLimit(std::optional<int64_t> steps) {
+  constexpr int kInstructions = 1000;
+  workLimit_ = steps;
+  const auto step = [](void* self) { return static_cast<Interpreter*>(self)->TakeStep() ? 0 : 1; };
+  sqlite3_progress_handler(connection_.Handle(), steps ? kInstructions : 0, step, this);
+}
+
+bool Interpreter::TakeStep() {
+  if (!workLimit_ || --workLeft_ >= 0) return true;
+  // Said once: what comes now is the clearing up.
+  workLeft_ = std::numeric_limits<int64_t>::max();
+  return false;
+}
+
+void Interpreter::BeginWork() {
+  workLeft_ = workLimit_.value_or(0);
+  caught_.reset(); // a batch that was cut short inside a CATCH block has left it
 }
 
 // ---- compiling
@@ -131,20 +164,16 @@ bool Interpreter::RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sin
 
 void Interpreter::FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given) {
   frame.unit = &unit;
-  Frame* saved = std::exchange(frame_, &frame);
+  const FrameSwap swap(frame_, frame);
   const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
   for (size_t i = 0; i < parameters.size(); ++i) {
     if (given[i]) continue;
-    if (!parameters[i].defaultValue.expr) {
-      frame_ = saved;
-      Fail(201, {unit.procedure->name.name, parameters[i].name});
-    }
+    if (!parameters[i].defaultValue.expr) Fail(201, {unit.procedure->name.name, parameters[i].name});
     Plan& plan = MakePlanner().ValuePlan(parameters[i].defaultValue, &parameters[i].type);
     const StatementUse use(plan.statement);
     plan.statement.Step();
     frame.variables[i] = plan.statement.ColumnDatum(0);
   }
-  frame_ = saved;
 }
 
 void Interpreter::Report(const Error& error, ResultSink& sink) {
@@ -177,9 +206,11 @@ void Interpreter::BeginStatement() {
 
 Interpreter::Flow Interpreter::Run(const Statement& statement) {
   try {
+    if (!TakeStep()) throw WorkExhausted();
     BeginStatement();
     return Dispatch(statement);
   } catch (const SqliteFailure& failure) {
+    if (failure.code == SQLITE_INTERRUPT) throw WorkExhausted();
     return HandleError(Translate(failure), statement);
   } catch (const Error& error) {
     return HandleError(error, statement);
@@ -395,6 +426,7 @@ void Interpreter::RunChange(const Statement& statement) {
   try {
     step();
   } catch (const SqliteFailure& failure) {
+    if (failure.code == SQLITE_INTERRUPT) throw;
     // The table's name in the message needs the target, which must not outlive the statement here.
     Error error = Translate(failure);
     target_ = nullptr;
@@ -467,6 +499,7 @@ Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
 Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
   while (Test(statement.condition)) {
     const Flow flow = Run(*statement.body);
+    if (!TakeStep()) throw WorkExhausted(); // a body may be empty
     if (flow == Flow::Break) break;
     if (flow == Flow::Return || flow == Flow::Abort) return flow;
     BeginStatement();

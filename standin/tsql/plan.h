@@ -53,6 +53,7 @@ class Planner {
   void CompileExecute(const ExecuteStatement& statement);
   void RequireVariable(const std::string& name) const;
   bool IsCurrent(Plan& plan) const;
+  PreparedStatement Prepare(const std::string& sql) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   Binder MakeBinder() const;
   Plan& PlanAt(int slot) { return unit_.plans[static_cast<size_t>(slot)]; }
