@@ -48,6 +48,7 @@ class Emitter {
   void EmitArithmetic(const BoundExpr& expr);
   void EmitIntegerArithmetic(const BoundExpr& expr);
   void EmitDecimalArithmetic(const BoundExpr& expr);
+  void EmitComputed(const BoundExpr& expr);
   void EmitFloatArithmetic(const BoundExpr& expr);
   void EmitBitwise(const BoundExpr& expr);
   void EmitChecked(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right);

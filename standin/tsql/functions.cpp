@@ -219,6 +219,7 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   Register<ColLength>(connection, context, "t_col_length", 2, Purity::Volatile);
   sqlite3_create_function_v2(connection, "t_single", 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, &context, nullptr,
                              SingleStep, SingleFinal, nullptr);
+  RegisterDecimalFunctions(connection, context);
   RegisterNumericFunctions(connection, context);
   RegisterTextFunctions(connection, context);
   RegisterDateFunctions(connection, context);
