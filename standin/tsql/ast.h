@@ -250,6 +250,7 @@ struct CreateTableStatement : Statement {
 struct AlterTableStatement : Statement {
   AlterTableStatement() : Statement(StatementKind::AlterTable) {}
   ObjectName table;
+  bool checksRows = true; // those that are there, against the new constraints
   std::vector<ColumnDefinition> columns;
   std::vector<ConstraintDefinition> constraints;
 };

@@ -109,7 +109,7 @@ constexpr ErrorText kErrors[] = {
      "Cannot insert explicit value for identity column in table '%1' when IDENTITY_INSERT is set to OFF."},
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
-     "table \"dbo.%5\"."},
+     "table \"dbo.%5\"%6."},
     {911, 16, 1, "Database '%1' does not exist. Make sure that the name is entered correctly."},
     {1011, 16, 1, "The correlation name '%1' is specified multiple times in a FROM clause."},
     {1013, 16, 1,
@@ -123,6 +123,18 @@ constexpr ErrorText kErrors[] = {
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
      "'dbo.%1' and the index name '%2'."},
     {1750, 16, 0, "Could not create constraint. See previous errors."},
+    {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
+    {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
+    {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
+    {1773, 16, 1,
+     "Foreign key '%1' has implicit reference to object '%2' which does not have a primary key defined on "
+     "it."},
+    {1776, 16, 0,
+     "There are no primary or candidate keys in the referenced table '%1' that match the referencing column "
+     "list "
+     "in the foreign key '%2'."},
+    {1778, 16, 0,
+     "Column '%1.%2' is not the same data type as referencing column '%3.%4' in foreign key '%5'."},
     {1779, 16, 0, "Table '%1' already has a primary key defined on it."},
     {1911, 16, 1, "Column name '%1' does not exist in the target table or view."},
     {1913, 16, 1,
@@ -144,6 +156,7 @@ constexpr ErrorText kErrors[] = {
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
+    {3726, 16, 1, "Could not drop object '%1' because it is referenced by a FOREIGN KEY constraint."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {4060, 11, 1, "Cannot open database \"%1\" requested by the login. The login failed."},
@@ -151,6 +164,7 @@ constexpr ErrorText kErrors[] = {
     {4145, 15, 1,
      "An expression of non-boolean type specified in a context where a condition is expected, near '%1'."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
+    {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
      "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
      "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
@@ -262,8 +276,10 @@ bool EndsBatch(const Error& error) {
   case 2812:
   case 3623:
   case 3701:
+  case 3726:
   case 3902:
   case 3903:
+  case 4712:
   case 8115:
   case 8134:
   case 8144:

@@ -94,6 +94,12 @@ void Variable(const FunctionCall& call) {
   call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
 }
 
+void Suspect(const FunctionCall& call) {
+  std::vector<std::string>& suspects = call.Context().suspects;
+  const std::string_view name = call.Text(0);
+  if (std::find(suspects.begin(), suspects.end(), name) == suspects.end()) suspects.emplace_back(name);
+}
+
 void Recursion(const FunctionCall& call) {
   constexpr int64_t kMaxRecursion = 100;
   if (call.Integer(0) > kMaxRecursion) Fail(530, {});
@@ -212,6 +218,7 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Store>(connection, context, "t_store", 3);
   Register<NotNull>(connection, context, "t_not_null", 2);
   Register<Variable>(connection, context, "t_variable", 1, Purity::Volatile);
+  Register<Suspect>(connection, context, "t_suspect", 1, Purity::Volatile);
   Register<Recursion>(connection, context, "t_recursion", 1);
   Register<NewId>(connection, context, "t_newid", 0, Purity::Volatile);
   Register<ObjectId>(connection, context, "t_object_id", -1, Purity::Volatile);

@@ -13,6 +13,7 @@ struct FunctionContext {
   std::optional<int64_t> now; // what GETDATE() answers throughout a statement, once it was asked
   const std::vector<Datum>* variables = nullptr;
   const Catalog* catalog = nullptr;
+  std::vector<std::string> suspects; // foreign keys that the statement may have broken
 };
 
 // A program of t_compute is a text of numbers, in the order of their execution on a stack: kComputeOperand

@@ -5,6 +5,7 @@
 #include "datetime.h"
 #include "diagnostics.h"
 #include "errors.h"
+#include "foreign_keys.h"
 #include "parser.h"
 #include "values.h"
 
@@ -412,6 +413,26 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
   SendRowCount(sqlite3_changes64(connection_.Handle()));
 }
 
+void Interpreter::StepChange(Plan& plan, const TableInfo& target) {
+  const auto step = [&plan] {
+    const StatementUse use(plan.statement);
+    plan.statement.Step();
+  };
+  if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return step();
+  const std::vector<ForeignKey> foreignKeys = ForeignKeysOf(target, catalog_);
+  if (foreignKeys.empty()) return step();
+  context_.suspects.clear();
+  StatementScope scope(transaction_, Place::Main);
+  step();
+  for (const ForeignKey& foreignKey : foreignKeys) {
+    const bool isSuspected = std::find(context_.suspects.begin(), context_.suspects.end(),
+                                       foreignKey.key->name) != context_.suspects.end();
+    if (isSuspected && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
+      throw Error(ForeignKeyError(foreignKey, target, verb_, catalog_));
+  }
+  scope.Complete();
+}
+
 void Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement, identityInsertTable_);
   const TablePtr target = plan.target;
@@ -419,12 +440,8 @@ void Interpreter::RunChange(const Statement& statement) {
   verb_ = VerbOf(statement.kind);
   transaction_.BeforeWrite();
   BindParameters(plan);
-  const auto step = [&] {
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-  };
   try {
-    step();
+    StepChange(plan, *target);
   } catch (const SqliteFailure& failure) {
     if (failure.code == SQLITE_INTERRUPT) throw;
     // The table's name in the message needs the target, which must not outlive the statement here.

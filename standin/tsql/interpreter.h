@@ -66,6 +66,7 @@ class Interpreter {
   void ReturnRows(Plan& plan);
   void AssignRows(Plan& plan);
   void RunChange(const Statement& statement);
+  void StepChange(Plan& plan, const TableInfo& target);
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);
