@@ -207,11 +207,11 @@ void Interpreter::BeginStatement() {
 
 Interpreter::Flow Interpreter::Run(const Statement& statement) {
   try {
-    if (!TakeStep()) throw WorkExhausted();
+    if (!TakeStep()) throw WorkExhausted{statement.line};
     BeginStatement();
     return Dispatch(statement);
   } catch (const SqliteFailure& failure) {
-    if (failure.code == SQLITE_INTERRUPT) throw WorkExhausted();
+    if (failure.code == SQLITE_INTERRUPT) throw WorkExhausted{statement.line};
     return HandleError(Translate(failure), statement);
   } catch (const Error& error) {
     return HandleError(error, statement);
@@ -516,7 +516,7 @@ Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
 Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
   while (Test(statement.condition)) {
     const Flow flow = Run(*statement.body);
-    if (!TakeStep()) throw WorkExhausted(); // a body may be empty
+    if (!TakeStep()) throw WorkExhausted{statement.line}; // a body may be empty
     if (flow == Flow::Break) break;
     if (flow == Flow::Return || flow == Flow::Abort) return flow;
     BeginStatement();

@@ -22,7 +22,9 @@ struct Frame {
 };
 
 // Thrown through everything, CATCH blocks too, when the work limit is reached.
-struct WorkExhausted {};
+struct WorkExhausted {
+  int line; // of the statement that was one too many
+};
 
 class Interpreter {
  public:

@@ -147,9 +147,9 @@ bool SessionImpl::Guard(ResultSink& sink, Work work) {
     interpreter_.BeginWork();
     Refresh();
     succeeded = work();
-  } catch (const WorkExhausted&) {
+  } catch (const WorkExhausted& exhausted) {
     transaction_.RollbackIfOpen();
-    interpreter_.Report(MakeError(8649, 0, {}), sink);
+    interpreter_.Report(MakeError(8649, exhausted.line, {}), sink);
   } catch (const SqliteFailure& failure) {
     interpreter_.Report(interpreter_.Translate(failure), sink);
   } catch (const Error& error) {
