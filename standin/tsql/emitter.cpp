@@ -999,6 +999,50 @@ EmittedSql Emitter::EmitUpdate(const BoundUpdate& update) {
   return Finish();
 }
 
+EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view into,
+                                    std::string_view number) {
+  EmitCommons(update.commons);
+  Text("INSERT INTO ");
+  Text(into);
+  // A row that a join finds several times is taken once.
+  Text(" SELECT * FROM (SELECT ");
+  EmitAlias(update.target);
+  Text("._rowid_ AS ");
+  Text(number);
+  for (size_t column = 0; column < update.table->columns.size(); ++column) {
+    const auto assigned =
+        std::find_if(update.assignments.begin(), update.assignments.end(),
+                     [&](const auto& entry) { return entry.first == static_cast<int>(column); });
+    Text(", ");
+    if (assigned != update.assignments.end()) {
+      Emit(*assigned->second);
+      Text(" AS ");
+    } else {
+      EmitAlias(update.target);
+      Text(".");
+    }
+    Text(QuoteName(update.table->columns[column].name));
+  }
+  Text(" FROM ");
+  if (update.from) {
+    EmitSource(*update.from);
+  } else {
+    Text(update.table->SqlName() + " AS ");
+    EmitAlias(update.target);
+  }
+  if (update.where) {
+    Text(" WHERE ");
+    Emit(*update.where);
+  }
+  if (update.top) {
+    Text(" LIMIT ");
+    Emit(*update.top);
+  }
+  Text(") GROUP BY ");
+  Text(number);
+  return Finish();
+}
+
 EmittedSql Emitter::EmitDelete(const BoundDelete& statement) {
   EmitCommons(statement.commons);
   Text("DELETE FROM " + statement.table->SqlName());

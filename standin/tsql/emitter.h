@@ -25,6 +25,8 @@ class Emitter {
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
+  // Puts the rows that the update would make into a table: SQLite's number of the row, then all columns.
+  EmittedSql EmitUpdatedRows(const BoundUpdate& update, std::string_view into, std::string_view number);
   EmittedSql EmitDelete(const BoundDelete& statement);
   // A CHECK condition over the bare columns of its table.
   std::string EmitCheck(const BoundExpr& expr);

@@ -68,7 +68,11 @@ class Interpreter {
   void ReturnRows(Plan& plan);
   void AssignRows(Plan& plan);
   void RunChange(const Statement& statement);
-  void StepChange(Plan& plan, const TableInfo& target);
+  // Makes a change under the foreign keys of its table; the number of rows.
+  template <typename Change>
+  int64_t MakeChange(const TableInfo& target, Change change);
+  int64_t StepChange(Plan& plan);
+  int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);

@@ -116,6 +116,15 @@ Plan& Planner::ChangePlan(const Statement& statement, std::string_view identityI
   return plan;
 }
 
+Plan Planner::UpdatedRowsPlan(const UpdateStatement& statement, std::string_view into,
+                              std::string_view number) {
+  Plan plan;
+  Binder binder = MakeBinder();
+  const BoundUpdate update = binder.BindUpdate(statement);
+  Finish(plan, binder, Emitter().EmitUpdatedRows(update, into, number));
+  return plan;
+}
+
 Plan& Planner::ConditionPlan(const Evaluated& condition) {
   Plan& plan = PlanAt(condition.slot);
   if (IsCurrent(plan)) return plan;
