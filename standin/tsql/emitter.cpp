@@ -684,6 +684,7 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
 void Emitter::EmitLeaf(const BoundSource& source) {
   switch (source.kind) {
   case BoundSource::Kind::Table: Text(source.table->SqlName()); break;
+  case BoundSource::Kind::System: Text("(" + source.sql + ")"); break;
   case BoundSource::Kind::Common:
     Text("w");
     Number(source.common);
