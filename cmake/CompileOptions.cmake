@@ -4,7 +4,7 @@ target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(project_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
 # GCC 12 takes some string concatenations for overlapping copies (its bug 105329).
-target_compile_options(project_options INTERFACE -Wno-restrict)
+target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(NOT WIN32)
   # COM interfaces have no virtual destructor by design.
   target_compile_options(project_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
@@ -28,4 +28,10 @@ if(SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
   endif()
+endif()
+
+option(FUZZ "The engine's fuzz target instead of its tests; wants clang" OFF)
+if(FUZZ)
+  # Not in SQLite: what the fuzzer is to explore is the engine.
+  target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link -UNDEBUG)
 endif()

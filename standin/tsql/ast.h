@@ -58,6 +58,7 @@ struct Expr {
   bool hasOperand = false;
   bool hasElse = false;
   int marker = 0;                 // 0-based
+  int depth = 1;                  // of the tree below, subqueries included
   std::string text;               // a literal's text, a function's or variable's name
   std::vector<std::string> parts; // a column's name with its qualifiers
   Type type;                      // CAST and CONVERT
@@ -249,6 +250,7 @@ struct CreateTableStatement : Statement {
 struct AlterTableStatement : Statement {
   AlterTableStatement() : Statement(StatementKind::AlterTable) {}
   ObjectName table;
+  bool checksRows = true; // those that are there, against the new constraints
   std::vector<ColumnDefinition> columns;
   std::vector<ConstraintDefinition> constraints;
 };

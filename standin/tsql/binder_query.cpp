@@ -3,6 +3,7 @@
 #include "collation.h"
 #include "errors.h"
 #include "parser.h"
+#include "system_views.h"
 
 #include <algorithm>
 #include <cassert>
@@ -134,6 +135,11 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   } else if (const ModulePtr view = catalog_.FindView(source.name)) {
     dependencies_.push_back({source.name, nullptr, view});
     return BindView(*view, source, scope);
+  } else if (const SystemView* system = FindSystemView(source.name)) {
+    node->kind = BoundSource::Kind::System;
+    node->sql = system->sql;
+    for (const Column& column : system->columns)
+      entry.columns.push_back({column.name, column.name, column.type, column.nullable});
   } else {
     const std::string prefix = source.name.schema.empty() ? "" : source.name.schema + ".";
     Fail(208, {prefix + source.name.name});

@@ -60,9 +60,10 @@ using BoundExprPtr = std::unique_ptr<BoundExpr>;
 bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 
 struct BoundSource {
-  enum class Kind : uint8_t { Table, Query, Common, Join };
+  enum class Kind : uint8_t { Table, Query, Common, System, Join };
   Kind kind = Kind::Table;
   int id = 0;
+  std::string sql; // of a system view
   TablePtr table;
   int common = 0;
   std::unique_ptr<BoundQuery> query;

@@ -45,6 +45,26 @@ void RunWith(const Connection& connection, const std::string& sql, const std::ve
   statement.Step();
 }
 
+// A foreign key keeps what it refers to where a check keeps its text: table and columns, a line each.
+std::string JoinReference(const KeyInfo& key) {
+  std::string text = key.referencedTable;
+  for (const std::string& column : key.referencedColumns) text += "\n" + column;
+  return text;
+}
+
+void SplitReference(KeyInfo& key) {
+  std::string_view text = key.checkText;
+  const size_t end = text.find('\n');
+  key.referencedTable = text.substr(0, end);
+  for (size_t at = end; at != std::string_view::npos;) {
+    const size_t next = text.find('\n', at + 1);
+    key.referencedColumns.emplace_back(
+        text.substr(at + 1, next == std::string_view::npos ? next : next - at - 1));
+    at = next;
+  }
+  key.checkText.clear();
+}
+
 Datum Text(const std::string& text) {
   return Datum::OfText(text);
 }
@@ -127,6 +147,7 @@ void Catalog::Load(Place place, Contents& contents) const {
   contents = {};
   for (auto& [name, table] : tables)
     contents.tables.emplace(name, std::make_shared<const TableInfo>(std::move(table)));
+  FindForeignKeys(contents);
   rows = connection_.Prepare("SELECT name, kind, text" + from + "\"~modules\"");
   while (rows.Step()) {
     auto module = std::make_shared<ModuleInfo>();
@@ -134,6 +155,16 @@ void Catalog::Load(Place place, Contents& contents) const {
     module->text = std::string(rows.ColumnText(2));
     const bool isView = static_cast<ObjectKind>(rows.ColumnInteger(1)) == ObjectKind::View;
     (isView ? contents.views : contents.procedures).emplace(module->name, module);
+  }
+}
+
+void Catalog::FindForeignKeys(Contents& contents) {
+  contents.withForeignKeys.clear();
+  for (const auto& entry : contents.tables) {
+    const std::vector<KeyInfo>& keys = entry.second->keys;
+    if (std::any_of(keys.begin(), keys.end(),
+                    [](const KeyInfo& key) { return key.kind == KeyKind::ForeignKey; }))
+      contents.withForeignKeys.push_back(entry.second);
   }
 }
 
@@ -164,6 +195,7 @@ void Catalog::LoadKeys(Place place, std::map<std::string, TableInfo, NameLess>& 
     key.kind = static_cast<KeyKind>(rows.ColumnInteger(2));
     SplitNumbers(rows.ColumnText(3), key);
     key.checkText = std::string(rows.ColumnText(4));
+    if (key.kind == KeyKind::ForeignKey) SplitReference(key);
     tables.at(std::string(rows.ColumnText(0))).keys.push_back(std::move(key));
   }
 }
@@ -234,7 +266,8 @@ void Catalog::WriteTable(const TableInfo& table) const {
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, into + "\"~keys\" VALUES (?, ?, ?, ?, ?)",
             {Text(table.name), Text(key.name), Datum::OfInteger(static_cast<int64_t>(key.kind)),
-             Text(JoinNumbers(key.columns, key.descending)), Text(key.checkText)});
+             Text(JoinNumbers(key.columns, key.descending)),
+             Text(key.kind == KeyKind::ForeignKey ? JoinReference(key) : key.checkText)});
 }
 
 void Catalog::EraseTable(const TableInfo& table) const {
@@ -254,6 +287,7 @@ void Catalog::AddTable(const TableInfo& table) {
   WriteTable(table);
   if (table.place == Place::Global) ownGlobal_.push_back(table.name);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
+  FindForeignKeys(ContentsOf(table.place));
 }
 
 void Catalog::ReplaceTable(const TableInfo& table) {
@@ -267,6 +301,7 @@ void Catalog::ReplaceTable(const TableInfo& table) {
   EraseTable(table);
   WriteTable(table);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
+  FindForeignKeys(ContentsOf(table.place));
 }
 
 void Catalog::RemoveTable(const TableInfo& table) {
@@ -279,6 +314,7 @@ void Catalog::RemoveTable(const TableInfo& table) {
   EraseTable(table);
   std::erase(ownGlobal_, table.name);
   ContentsOf(table.place).tables.erase(table.name);
+  FindForeignKeys(ContentsOf(table.place));
 }
 
 void Catalog::TouchSchema() const {

@@ -24,7 +24,7 @@ struct ColumnInfo {
   bool operator==(const ColumnInfo&) const = default;
 };
 
-enum class KeyKind : uint8_t { PrimaryKey, Unique, UniqueIndex, Index, Check };
+enum class KeyKind : uint8_t { PrimaryKey, Unique, UniqueIndex, Index, Check, ForeignKey };
 
 struct KeyInfo {
   std::string name;
@@ -32,6 +32,8 @@ struct KeyInfo {
   std::vector<int> columns;
   std::vector<bool> descending;
   std::string checkText;
+  std::string referencedTable; // of a foreign key
+  std::vector<std::string> referencedColumns;
   bool operator==(const KeyInfo&) const = default;
 };
 
@@ -85,6 +87,7 @@ class Catalog {
   bool Exists(const ObjectName& name) const;
   // Tables, views and procedures of the database, by name.
   std::vector<std::string> ObjectNames() const;
+  const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
   bool ConstraintExists(const std::string& name) const;
 
   void AddTable(const TableInfo& table);
@@ -114,9 +117,11 @@ class Catalog {
     std::map<std::string, TablePtr, NameLess> tables;
     std::map<std::string, ModulePtr, NameLess> views;
     std::map<std::string, ModulePtr, NameLess> procedures;
+    std::vector<TablePtr> withForeignKeys;
     uint64_t version = 0; // 0: must be read
   };
 
+  static void FindForeignKeys(Contents& contents);
   void Load(Place place, Contents& contents) const;
   void LoadColumns(Place place, std::map<std::string, TableInfo, NameLess>& tables) const;
   void LoadKeys(Place place, std::map<std::string, TableInfo, NameLess>& tables) const;

@@ -374,7 +374,9 @@ std::optional<Decimal> ParseDecimal(std::string_view text) {
 std::string DecimalToText(const Decimal& value) {
   Big big = FromMagnitude(value);
   std::string digits;
-  while (big.Length() > 0 || digits.size() <= value.scale) {
+  // At least one digit stands before the point, which takes a place itself.
+  const size_t least = value.scale > 0 ? value.scale + 2U : 1U;
+  while (big.Length() > 0 || digits.size() < least) {
     digits.push_back(static_cast<char>('0' + DivideSmall(big, 10)));
     if (digits.size() == value.scale) digits.push_back('.');
   }

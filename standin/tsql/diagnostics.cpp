@@ -33,7 +33,7 @@ const KeyInfo* FindKeyByIndex(const TableInfo& table, std::string_view message) 
 
 const KeyInfo* FindKeyByColumns(const TableInfo& table, std::string_view message) {
   for (const KeyInfo& key : table.keys) {
-    if (key.kind == KeyKind::Index || key.kind == KeyKind::Check) continue;
+    if (key.kind == KeyKind::Index || key.kind == KeyKind::Check || key.kind == KeyKind::ForeignKey) continue;
     std::string columns;
     for (const int column : key.columns)
       columns += (columns.empty() ? "" : ", ") + table.storageName + "." +

@@ -2,6 +2,7 @@
 
 #include "decimal.h"
 #include "errors.h"
+#include "functions.h"
 
 #include <algorithm>
 #include <array>
@@ -38,6 +39,43 @@ bool IsNonZeroConstant(const BoundExpr& expr) {
 bool IsLeaf(const BoundExpr& expr) {
   return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
          expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
+}
+
+// What a program of t_compute can do itself; the rest are its operands.
+bool IsComputed(const BoundExpr& expr) {
+  if (expr.type.id != TypeId::Decimal) return false;
+  if (expr.kind == BoundExpr::Kind::Arithmetic)
+    return expr.args[0]->type.id == TypeId::Decimal && expr.args[1]->type.id == TypeId::Decimal;
+  const TypeId from = expr.kind == BoundExpr::Kind::Cast ? expr.args[0]->type.id : TypeId::Text;
+  return from == TypeId::Decimal || FamilyOf(from) == Family::Integer;
+}
+
+size_t CountOperands(const BoundExpr& expr) {
+  if (!IsComputed(expr)) return 1;
+  size_t count = 0;
+  for (const BoundExprPtr& arg : expr.args) count += CountOperands(*arg);
+  return count;
+}
+
+// The last step of `expr` and what leads to it; what is too long becomes an operand, with a program of its
+// own.
+void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const BoundExpr*>& operands) {
+  const auto write = [&program](int64_t number) {
+    program += (program.empty() ? "" : " ") + std::to_string(number);
+  };
+  for (const BoundExprPtr& arg : expr.args) {
+    if (IsComputed(*arg) && CountOperands(*arg) <= kMaxComputeOperands / 2) {
+      WriteProgram(*arg, program, operands);
+      continue;
+    }
+    operands.push_back(arg.get());
+    write(kComputeOperand);
+    write(EncodeType(arg->type));
+  }
+  const bool isCast = expr.kind == BoundExpr::Kind::Cast;
+  write(isCast ? kComputeCast : static_cast<int64_t>(expr.arithmetic));
+  for (const BoundExprPtr& arg : expr.args) write(EncodeType(arg->type));
+  write(EncodeType(expr.type));
 }
 
 bool IsInnerOnly(const BoundSource& source) {
@@ -277,6 +315,10 @@ bool Emitter::EmitNativeCast(const BoundExpr& operand, const Type& to) {
 void Emitter::EmitCast(const BoundExpr& expr) {
   const BoundExpr& operand = *expr.args[0];
   if (EmitNativeCast(operand, expr.type)) return;
+  if (IsComputed(expr)) {
+    EmitComputed(expr);
+    return;
+  }
   Text("t_cast(");
   Emit(operand);
   Text(", ");
@@ -476,6 +518,10 @@ void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
     Text(")");
     return;
   }
+  if (IsComputed(expr)) {
+    EmitComputed(expr);
+    return;
+  }
   Text("t_decimal(");
   Number(static_cast<int64_t>(expr.arithmetic));
   Text(", ");
@@ -488,6 +534,18 @@ void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
   TypeCode(right.type);
   Text(", ");
   TypeCode(expr.type);
+  Text(")");
+}
+
+void Emitter::EmitComputed(const BoundExpr& expr) {
+  std::string program;
+  std::vector<const BoundExpr*> operands;
+  WriteProgram(expr, program, operands);
+  Text("t_compute('" + program + "'");
+  for (const BoundExpr* operand : operands) {
+    Text(", ");
+    Emit(*operand);
+  }
   Text(")");
 }
 
@@ -626,6 +684,7 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
 void Emitter::EmitLeaf(const BoundSource& source) {
   switch (source.kind) {
   case BoundSource::Kind::Table: Text(source.table->SqlName()); break;
+  case BoundSource::Kind::System: Text("(" + source.sql + ")"); break;
   case BoundSource::Kind::Common:
     Text("w");
     Number(source.common);
@@ -938,6 +997,50 @@ void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
 EmittedSql Emitter::EmitUpdate(const BoundUpdate& update) {
   EmitCommons(update.commons);
   if (!EmitUpdateDirect(update)) EmitUpdateFromTree(update);
+  return Finish();
+}
+
+EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view into,
+                                    std::string_view number) {
+  EmitCommons(update.commons);
+  Text("INSERT INTO ");
+  Text(into);
+  // A row that a join finds several times is taken once.
+  Text(" SELECT * FROM (SELECT ");
+  EmitAlias(update.target);
+  Text("._rowid_ AS ");
+  Text(number);
+  for (size_t column = 0; column < update.table->columns.size(); ++column) {
+    const auto assigned =
+        std::find_if(update.assignments.begin(), update.assignments.end(),
+                     [&](const auto& entry) { return entry.first == static_cast<int>(column); });
+    Text(", ");
+    if (assigned != update.assignments.end()) {
+      Emit(*assigned->second);
+      Text(" AS ");
+    } else {
+      EmitAlias(update.target);
+      Text(".");
+    }
+    Text(QuoteName(update.table->columns[column].name));
+  }
+  Text(" FROM ");
+  if (update.from) {
+    EmitSource(*update.from);
+  } else {
+    Text(update.table->SqlName() + " AS ");
+    EmitAlias(update.target);
+  }
+  if (update.where) {
+    Text(" WHERE ");
+    Emit(*update.where);
+  }
+  if (update.top) {
+    Text(" LIMIT ");
+    Emit(*update.top);
+  }
+  Text(") GROUP BY ");
+  Text(number);
   return Finish();
 }
 

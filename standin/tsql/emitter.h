@@ -25,6 +25,8 @@ class Emitter {
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
+  // Puts the rows that the update would make into a table: SQLite's number of the row, then all columns.
+  EmittedSql EmitUpdatedRows(const BoundUpdate& update, std::string_view into, std::string_view number);
   EmittedSql EmitDelete(const BoundDelete& statement);
   // A CHECK condition over the bare columns of its table.
   std::string EmitCheck(const BoundExpr& expr);
@@ -48,6 +50,7 @@ class Emitter {
   void EmitArithmetic(const BoundExpr& expr);
   void EmitIntegerArithmetic(const BoundExpr& expr);
   void EmitDecimalArithmetic(const BoundExpr& expr);
+  void EmitComputed(const BoundExpr& expr);
   void EmitFloatArithmetic(const BoundExpr& expr);
   void EmitBitwise(const BoundExpr& expr);
   void EmitChecked(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right);

@@ -19,6 +19,7 @@ constexpr ErrorText kErrors[] = {
     {102, 15, 1, "Incorrect syntax near '%1'."},
     {103, 15, 4, "The identifier that starts with '%1' is too long. Maximum length is 128."},
     {105, 15, 1, "Unclosed quotation mark after the character string '%1'."},
+    {106, 15, 1, "Too many table names in the query. The maximum allowable is %1."},
     {107, 15, 1, "The column prefix '%1' does not match with a table name or alias name used in the query."},
     {108, 16, 1,
      "The ORDER BY position number %1 is out of range of the number of items in the select list."},
@@ -57,6 +58,9 @@ constexpr ErrorText kErrors[] = {
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},
     {180, 15, 1, "There are not enough parameters: the marker %1 of the batch has no value."},
     {189, 15, 1, "The %1 function requires %2 arguments."},
+    {191, 15, 1,
+     "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
+     "queries."},
     {195, 15, 10, "'%1' is not a recognized built-in function name."},
     {201, 16, 4, "Procedure or function '%1' expects parameter '%2', which was not supplied."},
     {205, 16, 1,
@@ -105,7 +109,7 @@ constexpr ErrorText kErrors[] = {
      "Cannot insert explicit value for identity column in table '%1' when IDENTITY_INSERT is set to OFF."},
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
-     "table \"dbo.%5\"."},
+     "table \"dbo.%5\"%6."},
     {911, 16, 1, "Database '%1' does not exist. Make sure that the name is entered correctly."},
     {1011, 16, 1, "The correlation name '%1' is specified multiple times in a FROM clause."},
     {1013, 16, 1,
@@ -119,6 +123,18 @@ constexpr ErrorText kErrors[] = {
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
      "'dbo.%1' and the index name '%2'."},
     {1750, 16, 0, "Could not create constraint. See previous errors."},
+    {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
+    {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
+    {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
+    {1773, 16, 1,
+     "Foreign key '%1' has implicit reference to object '%2' which does not have a primary key defined on "
+     "it."},
+    {1776, 16, 0,
+     "There are no primary or candidate keys in the referenced table '%1' that match the referencing column "
+     "list "
+     "in the foreign key '%2'."},
+    {1778, 16, 0,
+     "Column '%1.%2' is not the same data type as referencing column '%3.%4' in foreign key '%5'."},
     {1779, 16, 0, "Table '%1' already has a primary key defined on it."},
     {1911, 16, 1, "Column name '%1' does not exist in the target table or view."},
     {1913, 16, 1,
@@ -140,6 +156,7 @@ constexpr ErrorText kErrors[] = {
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
+    {3726, 16, 1, "Could not drop object '%1' because it is referenced by a FOREIGN KEY constraint."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {4060, 11, 1, "Cannot open database \"%1\" requested by the login. The login failed."},
@@ -147,6 +164,7 @@ constexpr ErrorText kErrors[] = {
     {4145, 15, 1,
      "An expression of non-boolean type specified in a context where a condition is expected, near '%1'."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
+    {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
      "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
      "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
@@ -179,6 +197,7 @@ constexpr ErrorText kErrors[] = {
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
+    {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
     {kUnsupported, 16, 1, "%1 is not supported."},
 };
 
@@ -257,8 +276,10 @@ bool EndsBatch(const Error& error) {
   case 2812:
   case 3623:
   case 3701:
+  case 3726:
   case 3902:
   case 3903:
+  case 4712:
   case 8115:
   case 8134:
   case 8144:

@@ -94,6 +94,12 @@ void Variable(const FunctionCall& call) {
   call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
 }
 
+void Suspect(const FunctionCall& call) {
+  std::vector<std::string>& suspects = call.Context().suspects;
+  const std::string_view name = call.Text(0);
+  if (std::find(suspects.begin(), suspects.end(), name) == suspects.end()) suspects.emplace_back(name);
+}
+
 void Recursion(const FunctionCall& call) {
   constexpr int64_t kMaxRecursion = 100;
   if (call.Integer(0) > kMaxRecursion) Fail(530, {});
@@ -168,6 +174,16 @@ void ColLength(const FunctionCall& call) {
   call.ReturnInteger(IsUnicode(type.id) && type.length > 0 ? type.length * 2 : type.length);
 }
 
+void TypeNameOf(const FunctionCall& call) {
+  call.ReturnText(TypeName(call.TypeAt(0).id));
+}
+
+void CharLengthOf(const FunctionCall& call) {
+  const Type type = call.TypeAt(0);
+  if (!TakesLength(type.id) || type.length == 0) return call.ReturnNull();
+  call.ReturnInteger(type.length);
+}
+
 void ObjectNameOf(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   for (const std::string& name : call.Context().catalog->ObjectNames())
@@ -212,13 +228,17 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Store>(connection, context, "t_store", 3);
   Register<NotNull>(connection, context, "t_not_null", 2);
   Register<Variable>(connection, context, "t_variable", 1, Purity::Volatile);
+  Register<Suspect>(connection, context, "t_suspect", 1, Purity::Volatile);
   Register<Recursion>(connection, context, "t_recursion", 1);
   Register<NewId>(connection, context, "t_newid", 0, Purity::Volatile);
   Register<ObjectId>(connection, context, "t_object_id", -1, Purity::Volatile);
   Register<ObjectNameOf>(connection, context, "t_object_name", 1, Purity::Volatile);
+  Register<TypeNameOf>(connection, context, "t_type_name", 1);
+  Register<CharLengthOf>(connection, context, "t_char_length", 1);
   Register<ColLength>(connection, context, "t_col_length", 2, Purity::Volatile);
   sqlite3_create_function_v2(connection, "t_single", 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, &context, nullptr,
                              SingleStep, SingleFinal, nullptr);
+  RegisterDecimalFunctions(connection, context);
   RegisterNumericFunctions(connection, context);
   RegisterTextFunctions(connection, context);
   RegisterDateFunctions(connection, context);

@@ -68,6 +68,7 @@ void Register(sqlite3* connection, FunctionContext& context, const char* name, i
                              nullptr);
 }
 
+void RegisterDecimalFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterDateFunctions(sqlite3* connection, FunctionContext& context);

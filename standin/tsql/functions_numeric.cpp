@@ -48,33 +48,6 @@ void FloatModulo(const FunctionCall& call) {
   call.ReturnReal(std::fmod(call.Real(0), call.Real(1)));
 }
 
-// t_decimal(op, left, type, right, type, result type)
-void DecimalArithmetic(const FunctionCall& call) {
-  if (call.AnyNull()) return call.ReturnNull();
-  const Type type = call.TypeAt(5);
-  const Decimal left = call.DecimalAt(1, call.TypeAt(2));
-  const Decimal right = call.DecimalAt(3, call.TypeAt(4));
-  const auto op = static_cast<ArithmeticOp>(call.Integer(0));
-  if ((op == ArithmeticOp::Divide || op == ArithmeticOp::Modulo) && IsZero(right)) Fail(8134, {});
-  std::optional<Decimal> result;
-  switch (op) {
-  case ArithmeticOp::Add: result = AddDecimals(left, right, type.scale); break;
-  case ArithmeticOp::Subtract: result = SubtractDecimals(left, right, type.scale); break;
-  case ArithmeticOp::Multiply: result = MultiplyDecimals(left, right, type.scale); break;
-  case ArithmeticOp::Divide: result = DivideDecimals(left, right, type.scale); break;
-  default: result = DecimalRemainder(left, right, type.scale);
-  }
-  call.ReturnDecimal(CheckDecimal(result, type, "expression"), type);
-}
-
-void Negate(const FunctionCall& call) {
-  if (call.IsNull(0)) return call.ReturnNull();
-  const Type type = call.TypeAt(1);
-  Decimal value = call.DecimalAt(0, type);
-  value.negative = !value.negative && !IsZero(value);
-  call.ReturnDecimal(value, type);
-}
-
 // ---- sums and averages of decimals
 
 struct SumState {
@@ -286,8 +259,6 @@ void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Modulo>(connection, context, "t_modulo", 2);
   Register<FloatDivide>(connection, context, "t_float_divide", 2);
   Register<FloatModulo>(connection, context, "t_float_modulo", 2);
-  Register<DecimalArithmetic>(connection, context, "t_decimal", 6);
-  Register<Negate>(connection, context, "t_negate", 2);
   Register<Abs>(connection, context, "t_abs", 3);
   Register<Sign>(connection, context, "t_sign", 3);
   Register<ToWhole<true>>(connection, context, "t_floor", 3);

@@ -5,12 +5,14 @@
 #include "datetime.h"
 #include "diagnostics.h"
 #include "errors.h"
+#include "foreign_keys.h"
 #include "parser.h"
 #include "values.h"
 
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 namespace tsql {
@@ -31,6 +33,19 @@ const char* VerbOf(StatementKind kind) {
 Error WithLine(const Error& error, int line) {
   return {error.number, error.severity, error.state, error.line > 0 ? error.line : line, error.what()};
 }
+
+// Another frame for a while, however that ends.
+class FrameSwap {
+ public:
+  FrameSwap(Frame*& current, Frame& other) : current_(current), saved_(std::exchange(current, &other)) {}
+  FrameSwap(const FrameSwap&) = delete;
+  FrameSwap& operator=(const FrameSwap&) = delete;
+  ~FrameSwap() { current_ = saved_; }
+
+ private:
+  Frame*& current_;
+  Frame* saved_;
+};
 
 } // namespace
 
@@ -64,6 +79,25 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Functio
 
 void Interpreter::SetLockTimeout(int milliseconds) {
   sqlite3_busy_timeout(connection_.Handle(), milliseconds);
+}
+
+void Interpreter::SetWorkLimit(std::optional<int64_t> steps) {
+  constexpr int kInstructions = 1000;
+  workLimit_ = steps;
+  const auto step = [](void* self) { return static_cast<Interpreter*>(self)->TakeStep() ? 0 : 1; };
+  sqlite3_progress_handler(connection_.Handle(), steps ? kInstructions : 0, step, this);
+}
+
+bool Interpreter::TakeStep() {
+  if (!workLimit_ || --workLeft_ >= 0) return true;
+  // Said once: what comes now is the clearing up.
+  workLeft_ = std::numeric_limits<int64_t>::max();
+  return false;
+}
+
+void Interpreter::BeginWork() {
+  workLeft_ = workLimit_.value_or(0);
+  caught_.reset(); // a batch that was cut short inside a CATCH block has left it
 }
 
 // ---- compiling
@@ -131,20 +165,16 @@ bool Interpreter::RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sin
 
 void Interpreter::FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given) {
   frame.unit = &unit;
-  Frame* saved = std::exchange(frame_, &frame);
+  const FrameSwap swap(frame_, frame);
   const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
   for (size_t i = 0; i < parameters.size(); ++i) {
     if (given[i]) continue;
-    if (!parameters[i].defaultValue.expr) {
-      frame_ = saved;
-      Fail(201, {unit.procedure->name.name, parameters[i].name});
-    }
+    if (!parameters[i].defaultValue.expr) Fail(201, {unit.procedure->name.name, parameters[i].name});
     Plan& plan = MakePlanner().ValuePlan(parameters[i].defaultValue, &parameters[i].type);
     const StatementUse use(plan.statement);
     plan.statement.Step();
     frame.variables[i] = plan.statement.ColumnDatum(0);
   }
-  frame_ = saved;
 }
 
 void Interpreter::Report(const Error& error, ResultSink& sink) {
@@ -177,9 +207,11 @@ void Interpreter::BeginStatement() {
 
 Interpreter::Flow Interpreter::Run(const Statement& statement) {
   try {
+    if (!TakeStep()) throw WorkExhausted{statement.line};
     BeginStatement();
     return Dispatch(statement);
   } catch (const SqliteFailure& failure) {
+    if (failure.code == SQLITE_INTERRUPT) throw WorkExhausted{statement.line};
     return HandleError(Translate(failure), statement);
   } catch (const Error& error) {
     return HandleError(error, statement);
@@ -381,6 +413,56 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
   SendRowCount(sqlite3_changes64(connection_.Handle()));
 }
 
+template <typename Change>
+int64_t Interpreter::MakeChange(const TableInfo& target, Change change) {
+  if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return change();
+  const std::vector<ForeignKey> foreignKeys = ForeignKeysOf(target, catalog_);
+  if (foreignKeys.empty()) return change();
+  context_.suspects.clear();
+  StatementScope scope(transaction_, Place::Main);
+  const int64_t count = change();
+  for (const ForeignKey& foreignKey : foreignKeys) {
+    const bool isSuspected = std::find(context_.suspects.begin(), context_.suspects.end(),
+                                       foreignKey.key->name) != context_.suspects.end();
+    if (isSuspected && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
+      throw Error(ForeignKeyError(foreignKey, target, verb_, catalog_));
+  }
+  scope.Complete();
+  return count;
+}
+
+int64_t Interpreter::StepChange(Plan& plan) {
+  const StatementUse use(plan.statement);
+  plan.statement.Step();
+  return sqlite3_changes64(connection_.Handle());
+}
+
+// SQLite looks for duplicates row by row, the server when all rows are changed: an update that shifts keys is
+// made by taking its rows out and putting the new ones in.
+int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableInfo& table) {
+  constexpr const char* kRows = "temp.\"~updated\"";
+  constexpr const char* kNumber = "\"~row\"";
+  std::string columns;
+  for (const ColumnInfo& column : table.columns)
+    columns += (columns.empty() ? "" : ", ") + QuoteName(column.name);
+  const std::string all = std::string(kNumber) + ", " + columns;
+  StatementScope scope(transaction_, table.place);
+  connection_.Run(std::string("CREATE TABLE ") + kRows + "(" + all + ")");
+  Plan rows = MakePlanner().UpdatedRowsPlan(statement, kRows, kNumber);
+  BindParameters(rows);
+  StepChange(rows);
+  connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ IN (SELECT " + kNumber + " FROM " +
+                  kRows + ")");
+  // Where no column is SQLite's row number, the rows keep theirs all the same.
+  const bool hasOwn = table.rowidColumn >= 0;
+  connection_.Run("INSERT INTO " + table.SqlName() + "(" + (hasOwn ? "" : "_rowid_, ") + columns +
+                  ") SELECT " + (hasOwn ? columns : all) + " FROM " + kRows);
+  const int64_t count = sqlite3_changes64(connection_.Handle());
+  connection_.Run(std::string("DROP TABLE ") + kRows);
+  scope.Complete();
+  return count;
+}
+
 void Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement, identityInsertTable_);
   const TablePtr target = plan.target;
@@ -388,20 +470,27 @@ void Interpreter::RunChange(const Statement& statement) {
   verb_ = VerbOf(statement.kind);
   transaction_.BeforeWrite();
   BindParameters(plan);
-  const auto step = [&] {
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-  };
+  int64_t count = 0;
   try {
-    step();
+    count = MakeChange(*target, [&] {
+      try {
+        return StepChange(plan);
+      } catch (const SqliteFailure& failure) {
+        const bool isDuplicate = failure.code == SQLITE_CONSTRAINT_UNIQUE ||
+                                 failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||
+                                 failure.code == SQLITE_CONSTRAINT_ROWID;
+        if (statement.kind != StatementKind::Update || !isDuplicate) throw;
+        return ReplaceRows(static_cast<const UpdateStatement&>(statement), *target);
+      }
+    });
   } catch (const SqliteFailure& failure) {
+    if (failure.code == SQLITE_INTERRUPT) throw;
     // The table's name in the message needs the target, which must not outlive the statement here.
     Error error = Translate(failure);
     target_ = nullptr;
     throw Error(std::move(error));
   }
   target_ = nullptr;
-  const int64_t count = sqlite3_changes64(connection_.Handle());
   if (statement.kind == StatementKind::Insert && count > 0 && target->identityColumn >= 0) {
     const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
     identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
@@ -467,6 +556,7 @@ Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
 Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
   while (Test(statement.condition)) {
     const Flow flow = Run(*statement.body);
+    if (!TakeStep()) throw WorkExhausted{statement.line}; // a body may be empty
     if (flow == Flow::Break) break;
     if (flow == Flow::Return || flow == Flow::Abort) return flow;
     BeginStatement();

@@ -21,6 +21,11 @@ struct Frame {
   int32_t returnStatus = 0;
 };
 
+// Thrown through everything, CATCH blocks too, when the work limit is reached.
+struct WorkExhausted {
+  int line; // of the statement that was one too many
+};
+
 class Interpreter {
  public:
   Interpreter(const Connection& connection, Catalog& catalog, FunctionContext& context,
@@ -42,6 +47,8 @@ class Interpreter {
 
   void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   void SetLockTimeout(int milliseconds);
+  void SetWorkLimit(std::optional<int64_t> steps);
+  void BeginWork(); // a batch or call begins: all of the limit is left
   bool NoCount() const { return noCount_; }
 
  private:
@@ -61,6 +68,11 @@ class Interpreter {
   void ReturnRows(Plan& plan);
   void AssignRows(Plan& plan);
   void RunChange(const Statement& statement);
+  // Makes a change under the foreign keys of its table; the number of rows.
+  template <typename Change>
+  int64_t MakeChange(const TableInfo& target, Change change);
+  int64_t StepChange(Plan& plan);
+  int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);
@@ -82,6 +94,7 @@ class Interpreter {
   void RunModule(const ObjectName& name, ObjectKind kind, const std::string& text, bool alter);
   void RunTruncate(const TruncateStatement& statement);
 
+  bool TakeStep();
   Planner MakePlanner() { return {connection_, catalog_, *frame_->unit}; }
   void BindParameters(Plan& plan);
   const Datum& ParameterValue(const ParameterRef& ref);
@@ -112,6 +125,8 @@ class Interpreter {
   std::string_view verb_;
   Datum identity_;
   int64_t rowCount_ = 0;
+  std::optional<int64_t> workLimit_;
+  int64_t workLeft_ = 0;
   int lastError_ = 0;
   int tryDepth_ = 0;
   int nesting_ = 0;

@@ -4,6 +4,8 @@
 #include "errors.h"
 #include "parser_impl.h"
 
+#include <algorithm>
+
 namespace tsql {
 
 const Token& Parser::Next(size_t ahead) const {
@@ -93,6 +95,26 @@ void Parser::SyntaxErrorAt(size_t token) const {
       isText || near.kind == TokenKind::QuotedName ? near.text : std::string(near.source);
   if (!atEnd && near.kind == TokenKind::Word && IsReserved(near.text)) Fail(156, {text}, near.line);
   Fail(102, {text}, near.line);
+}
+
+Parser::Level::Level(Parser& parser) : parser_(parser) {
+  constexpr int kMaxLevels = 400; // two a pair of parentheses
+  if (++parser_.levels_ <= kMaxLevels) return;
+  --parser_.levels_;
+  Fail(191, {}, parser_.Current().line);
+}
+
+ExprPtr Parser::Measured(ExprPtr expr) {
+  constexpr int kMaxDepth = 400;
+  for (const ExprPtr& arg : expr->args) expr->depth = std::max(expr->depth, arg->depth + 1);
+  deepest_ = std::max(deepest_, expr->depth);
+  if (expr->depth > kMaxDepth) Fail(191, {}, Current().line);
+  return expr;
+}
+
+void Parser::CountSources() {
+  constexpr int kMaxSources = 256;
+  if (++sources_ > kMaxSources) Fail(106, {std::to_string(kMaxSources)}, Current().line);
 }
 
 void Parser::ParseAll(Batch& batch) {

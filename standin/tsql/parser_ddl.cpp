@@ -176,7 +176,11 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
     ExpectWord("references");
     constraint.referenced = ParseObjectName();
     if (IsSymbol("(")) constraint.referencedColumns = ParseNameList();
-    if (IsWord("on")) FailUnsupported("A referential action", Current().line);
+    while (IsWord("on") && (IsWordAt(1, "delete") || IsWordAt(1, "update"))) {
+      if (!IsWordAt(2, "no") || !IsWordAt(3, "action"))
+        FailUnsupported("A referential action other than NO ACTION", Current().line);
+      at_ += 4;
+    }
     return constraint;
   }
   if (TakeWord("primary")) {
@@ -265,7 +269,10 @@ StatementPtr Parser::ParseAlter() {
   ExpectWord("table");
   auto statement = MakeStatement<AlterTableStatement>(start);
   statement->table = ParseObjectName();
-  if (IsWord("with") && (IsWordAt(1, "check") || IsWordAt(1, "nocheck"))) at_ += 2;
+  if (IsWord("with") && (IsWordAt(1, "check") || IsWordAt(1, "nocheck"))) {
+    statement->checksRows = IsWordAt(1, "check");
+    at_ += 2;
+  }
   if (IsWord("alter") || IsWord("drop") || IsWord("check") || IsWord("nocheck"))
     FailUnsupported("ALTER TABLE " + ToUpper(Current().text), Current().line);
   ExpectWord("add");

@@ -3,6 +3,7 @@
 #include "collation.h"
 #include "errors.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tsql {
@@ -56,7 +57,7 @@ ExprPtr Parser::ParseOr() {
     node->args.push_back(RequirePredicate(std::move(left)));
     TakeWord("or");
     node->args.push_back(RequirePredicate(ParseAnd()));
-    left = std::move(node);
+    left = Measured(std::move(node));
   }
   return left;
 }
@@ -68,17 +69,18 @@ ExprPtr Parser::ParseAnd() {
     node->args.push_back(RequirePredicate(std::move(left)));
     TakeWord("and");
     node->args.push_back(RequirePredicate(ParseNot()));
-    left = std::move(node);
+    left = Measured(std::move(node));
   }
   return left;
 }
 
 ExprPtr Parser::ParseNot() {
-  if (!IsWord("not")) return ParsePredicate();
+  const Level level(*this);
+  if (!IsWord("not")) return Measured(ParsePredicate());
   ExprPtr node = MakeExpr(ExprKind::Not);
   TakeWord("not");
   node->args.push_back(RequirePredicate(ParseNot()));
-  return node;
+  return Measured(std::move(node));
 }
 
 ExprPtr Parser::ParsePredicate() {
@@ -86,7 +88,7 @@ ExprPtr Parser::ParsePredicate() {
     ExprPtr node = MakeExpr(ExprKind::Exists);
     TakeWord("exists");
     ExpectSymbol("(");
-    node->query = ParseQuery();
+    node->query = ParseSubquery(*node);
     ExpectSymbol(")");
     return node;
   }
@@ -159,7 +161,7 @@ ExprPtr Parser::ParseIn(ExprPtr left, bool negated) {
   ExpectSymbol("(");
   if (StartsQuery(true)) {
     node->kind = ExprKind::InQuery;
-    node->query = ParseQuery();
+    node->query = ParseSubquery(*node);
   } else {
     do node->args.push_back(ParseExpression());
     while (TakeSymbol(","));
@@ -189,7 +191,7 @@ ExprPtr Parser::ParseAdditive() {
     node->args.push_back(RequireScalar(std::move(left)));
     TakeSymbol(found->symbol);
     node->args.push_back(RequireScalar(ParseMultiplicative()));
-    left = std::move(node);
+    left = Measured(std::move(node));
   }
 }
 
@@ -203,18 +205,28 @@ ExprPtr Parser::ParseMultiplicative() {
     node->args.push_back(RequireScalar(std::move(left)));
     ++at_;
     node->args.push_back(RequireScalar(ParseUnary()));
-    left = std::move(node);
+    left = Measured(std::move(node));
   }
   return left;
 }
 
 ExprPtr Parser::ParseUnary() {
+  const Level level(*this);
   if (TakeSymbol("+")) return RequireScalar(ParseUnary());
-  if (!IsSymbol("-") && !IsSymbol("~")) return ParsePrimary();
+  if (!IsSymbol("-") && !IsSymbol("~")) return Measured(ParsePrimary());
   ExprPtr node = MakeExpr(IsSymbol("-") ? ExprKind::Negate : ExprKind::BitNot);
   ++at_;
   node->args.push_back(RequireScalar(ParseUnary()));
-  return node;
+  return Measured(std::move(node));
+}
+
+QueryPtr Parser::ParseSubquery(Expr& owner) {
+  const int outer = deepest_;
+  deepest_ = 0;
+  QueryPtr query = ParseQuery();
+  owner.depth = deepest_ + 1;
+  deepest_ = std::max(outer, owner.depth);
+  return query;
 }
 
 ExprPtr Parser::ParsePrimary() {
@@ -272,7 +284,7 @@ ExprPtr Parser::ParseParenthesis() {
   ExpectSymbol("(");
   if (StartsQuery(true)) {
     ExprPtr node = MakeExpr(ExprKind::Subquery);
-    node->query = ParseQuery();
+    node->query = ParseSubquery(*node);
     ExpectSymbol(")");
     return node;
   }

@@ -41,6 +41,21 @@ class Parser {
   [[noreturn]] void SyntaxError() const;
   [[noreturn]] void SyntaxErrorAt(size_t token) const;
 
+  // What nests deeper than the stack can bear is refused with 191: recursion counts itself in a Level, and
+  // expressions, whose chains grow deep without recursion, are measured.
+  class Level {
+   public:
+    explicit Level(Parser& parser);
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    ~Level() { --parser_.levels_; }
+
+   private:
+    Parser& parser_;
+  };
+  ExprPtr Measured(ExprPtr expr);
+  void CountSources();
+
   // expressions
   ExprPtr MakeExpr(ExprKind kind) const;
   ExprPtr ParseOr();
@@ -54,6 +69,7 @@ class Parser {
   ExprPtr ParseMultiplicative();
   ExprPtr ParseUnary();
   ExprPtr ParsePrimary();
+  std::unique_ptr<Query> ParseSubquery(Expr& owner);
   ExprPtr ParseParenthesis();
   ExprPtr ParseLiteral();
   ExprPtr ParseCase();
@@ -148,6 +164,9 @@ class Parser {
   int slots_ = 0;
   int markers_ = 0;
   int loops_ = 0; // open WHILE bodies
+  int levels_ = 0;
+  int deepest_ = 0; // expression of the query that is being parsed
+  int sources_ = 0; // tables of the statement
   bool inProcedure_ = false;
 };
 

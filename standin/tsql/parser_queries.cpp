@@ -73,6 +73,7 @@ QueryPtr Parser::ParseSetOperations() {
       TakeWord("union");
       node->op = TakeWord("all") ? SetOp::UnionAll : SetOp::Union;
     }
+    CountSources(); // branches nest as tables do
     node->left = std::move(left);
     node->right = ParseIntersections();
     left = std::move(node);
@@ -85,6 +86,7 @@ QueryPtr Parser::ParseIntersections() {
   while (TakeWord("intersect")) {
     auto node = std::make_unique<Query>();
     node->op = SetOp::Intersect;
+    CountSources();
     node->left = std::move(left);
     node->right = ParseQueryTerm();
     left = std::move(node);
@@ -93,6 +95,7 @@ QueryPtr Parser::ParseIntersections() {
 }
 
 QueryPtr Parser::ParseQueryTerm() {
+  const Level level(*this);
   if (TakeSymbol("(")) {
     QueryPtr query = ParseSetOperations();
     ExpectSymbol(")");
@@ -225,6 +228,7 @@ std::optional<JoinKind> Parser::TakeJoin() {
 }
 
 TableSourcePtr Parser::ParseJoins() {
+  const Level level(*this);
   TableSourcePtr left = ParseTablePrimary();
   while (true) {
     const int line = Current().line;
@@ -246,6 +250,7 @@ TableSourcePtr Parser::ParseJoins() {
 }
 
 TableSourcePtr Parser::ParseTablePrimary() {
+  CountSources();
   auto source = std::make_unique<TableSource>();
   source->line = Current().line;
   if (IsSymbol("(")) {

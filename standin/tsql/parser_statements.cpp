@@ -15,6 +15,8 @@ Evaluated Parser::Evaluate(ExprPtr expr) {
 }
 
 StatementPtr Parser::ParseStatement() {
+  const Level level(*this);
+  sources_ = 0;
   StatementPtr statement = ParseUnterminated();
   TakeSymbol(";");
   return statement;

@@ -42,8 +42,23 @@ bool Planner::IsCurrent(Plan& plan) const {
   return same;
 }
 
+PreparedStatement Planner::Prepare(const std::string& sql) const {
+  try {
+    return connection_.Prepare(sql);
+  } catch (const SqliteFailure& failure) {
+    // SQLite's own limits, in the server's terms.
+    const std::string_view message = failure.what();
+    if (message == "at most 64 tables in a join") Fail(106, {"64"});
+    constexpr std::string_view kTooDeep[] = {"Expression tree is too large", "parser stack overflow",
+                                             "too many terms in compound SELECT"};
+    for (const std::string_view text : kTooDeep)
+      if (message.starts_with(text)) Fail(191, {});
+    throw;
+  }
+}
+
 void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const {
-  plan.statement = connection_.Prepare(emitted.sql);
+  plan.statement = Prepare(emitted.sql);
   plan.parameters = std::move(emitted.parameters);
   plan.dependencies = binder.Dependencies();
   plan.wantsLock = binder.WantsUpdateLock();
@@ -98,6 +113,15 @@ Plan& Planner::ChangePlan(const Statement& statement, std::string_view identityI
     Finish(plan, binder, Emitter().EmitDelete(bound));
   }
   }
+  return plan;
+}
+
+Plan Planner::UpdatedRowsPlan(const UpdateStatement& statement, std::string_view into,
+                              std::string_view number) {
+  Plan plan;
+  Binder binder = MakeBinder();
+  const BoundUpdate update = binder.BindUpdate(statement);
+  Finish(plan, binder, Emitter().EmitUpdatedRows(update, into, number));
   return plan;
 }
 

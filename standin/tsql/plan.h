@@ -41,6 +41,8 @@ class Planner {
 
   Plan& QueryPlan(const QueryStatement& statement);
   Plan& ChangePlan(const Statement& statement, std::string_view identityInsertTable);
+  // The rows that an update would make, for the interpreter to put them in place at once.
+  Plan UpdatedRowsPlan(const UpdateStatement& statement, std::string_view into, std::string_view number);
   Plan& ConditionPlan(const Evaluated& condition);
   // A value as it is, or converted for a variable of the type.
   Plan& ValuePlan(const Evaluated& value, const Type* type);
@@ -53,6 +55,7 @@ class Planner {
   void CompileExecute(const ExecuteStatement& statement);
   void RequireVariable(const std::string& name) const;
   bool IsCurrent(Plan& plan) const;
+  PreparedStatement Prepare(const std::string& sql) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   Binder MakeBinder() const;
   Plan& PlanAt(int slot) { return unit_.plans[static_cast<size_t>(slot)]; }

@@ -4,6 +4,7 @@
 #include "collation.h"
 #include "emitter.h"
 #include "errors.h"
+#include "foreign_keys.h"
 #include "parser.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ void SchemaEditor::AddConstraint(TableInfo& table, const ConstraintDefinition& d
     key.checkText = definition.checkText;
     prefix = "CK";
     break;
-  case ConstraintDefinition::Kind::ForeignKey: FailUnsupported("A FOREIGN KEY constraint");
+  case ConstraintDefinition::Kind::ForeignKey: AddForeignKey(table, definition); return;
   }
   if (key.name.empty()) key.name = GeneratedName(prefix, table);
   for (const std::string& name : definition.columns) {
@@ -103,6 +104,56 @@ void SchemaEditor::AddConstraint(TableInfo& table, const ConstraintDefinition& d
   if (key.kind == KeyKind::PrimaryKey) {
     for (const KeyInfo& other : table.keys)
       if (other.kind == KeyKind::PrimaryKey) Fail(1779, {table.name});
+  }
+  table.keys.push_back(std::move(key));
+}
+
+// The table that the key refers to; itself while it is being made.
+TablePtr SchemaEditor::FindReferenced(const TableInfo& table, const KeyInfo& key) const {
+  if (EqualNames(key.referencedTable, table.name)) return std::make_shared<const TableInfo>(table);
+  ObjectName name;
+  name.name = key.referencedTable;
+  return catalog_.FindTable(name);
+}
+
+void SchemaEditor::AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const {
+  if (table.place != Place::Main) FailUnsupported("A FOREIGN KEY constraint of a temporary table");
+  KeyInfo key;
+  key.kind = KeyKind::ForeignKey;
+  key.name = definition.name.empty() ? GeneratedName("FK", table) : definition.name;
+  key.referencedTable = definition.referenced.name;
+  const TablePtr parent = FindReferenced(table, key);
+  if (!parent || parent->place != Place::Main) Fail(1767, {key.name, definition.referenced.name});
+  key.referencedTable = parent->name;
+  for (const std::string& name : definition.columns) {
+    const int column = table.FindColumn(name);
+    if (column < 0) Fail(1769, {key.name, name, table.name});
+    key.columns.push_back(column);
+  }
+  std::vector<int> referenced;
+  for (const std::string& name : definition.referencedColumns) {
+    const int column = parent->FindColumn(name);
+    if (column < 0) Fail(1770, {key.name, name, parent->name});
+    referenced.push_back(column);
+  }
+  const auto isWanted = [&](const KeyInfo& other) {
+    if (referenced.empty()) return other.kind == KeyKind::PrimaryKey;
+    const bool isUnique = other.kind == KeyKind::PrimaryKey || other.kind == KeyKind::Unique ||
+                          other.kind == KeyKind::UniqueIndex;
+    return isUnique && other.columns.size() == referenced.size() &&
+           std::is_permutation(referenced.begin(), referenced.end(), other.columns.begin());
+  };
+  const auto found = std::find_if(parent->keys.begin(), parent->keys.end(), isWanted);
+  if (found == parent->keys.end() && referenced.empty()) Fail(1773, {key.name, parent->name});
+  if (found != parent->keys.end() && referenced.empty()) referenced = found->columns;
+  if (found == parent->keys.end() || referenced.size() != key.columns.size())
+    Fail(1776, {parent->name, key.name});
+  for (size_t i = 0; i < referenced.size(); ++i) {
+    const ColumnInfo& other = parent->columns[static_cast<size_t>(referenced[i])];
+    const ColumnInfo& own = table.columns[static_cast<size_t>(key.columns[i])];
+    const bool isSame = IsText(own.type) ? own.type.id == other.type.id : own.type == other.type;
+    if (!isSame) Fail(1778, {parent->name, other.name, table.name, own.name, key.name});
+    key.referencedColumns.push_back(other.name);
   }
   table.keys.push_back(std::move(key));
 }
@@ -124,7 +175,11 @@ void SchemaEditor::CreateTable(const CreateTableStatement& statement) {
   table.place = PlaceOf(statement.table);
   table.storageName = table.place == Place::Temp ? catalog_.TempStorageName(table.name) : table.name;
   for (const ColumnDefinition& column : statement.columns) AddColumn(table, column);
+  const auto isForeign = [](const ConstraintDefinition& constraint) {
+    return constraint.kind == ConstraintDefinition::Kind::ForeignKey;
+  };
   for (const ConstraintDefinition& constraint : statement.constraints) {
+    if (isForeign(constraint)) continue;
     AddConstraint(table, constraint);
     if (constraint.kind != ConstraintDefinition::Kind::PrimaryKey) continue;
     for (const int column : table.keys.back().columns) {
@@ -133,8 +188,14 @@ void SchemaEditor::CreateTable(const CreateTableStatement& statement) {
       table.columns[index].nullable = false;
     }
   }
+  // Last, for a table may refer to a key of its own.
+  for (const ConstraintDefinition& constraint : statement.constraints)
+    if (isForeign(constraint)) AddConstraint(table, constraint);
   ChooseRowid(table);
   Build(table);
+  for (const KeyInfo& key : table.keys)
+    if (key.kind == KeyKind::ForeignKey)
+      CreateForeignKeyTriggers(connection_, table, key, *FindReferenced(table, key));
   catalog_.AddTable(table);
 }
 
@@ -189,7 +250,7 @@ void SchemaEditor::Build(const TableInfo& table) const {
 }
 
 void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const {
-  if (key.kind == KeyKind::Check) return;
+  if (key.kind == KeyKind::Check || key.kind == KeyKind::ForeignKey) return;
   if (key.columns.size() == 1 && key.columns[0] == table.rowidColumn && key.kind != KeyKind::Index) return;
   const bool unique = key.kind != KeyKind::Index;
   bool nullable = false;
@@ -218,11 +279,17 @@ void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const 
 }
 
 void SchemaEditor::DropTable(const TableInfo& table) {
+  for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_)) {
+    if (!EqualNames(foreignKey.child->name, table.name)) Fail(3726, {table.name});
+    DropForeignKeyTriggers(connection_, *foreignKey.key);
+  }
   connection_.Run("DROP TABLE " + table.SqlName());
   catalog_.RemoveTable(table);
 }
 
 void SchemaEditor::TruncateTable(const TableInfo& table) {
+  for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))
+    if (EqualNames(foreignKey.parent->name, table.name)) Fail(4712, {table.name});
   connection_.Run("DELETE FROM " + table.SqlName());
   if (table.identityColumn < 0) return;
   const std::string in = std::string(PlaceName(table.place)) + ".sqlite_sequence";
@@ -268,6 +335,12 @@ void SchemaEditor::AlterTable(const AlterTableStatement& statement) {
         if (table.columns[static_cast<size_t>(column)].nullable) Fail(8111, {table.name});
     }
     BuildIndex(table, key);
+    if (key.kind != KeyKind::ForeignKey) continue;
+    const TablePtr parent = FindReferenced(table, key);
+    const ForeignKey foreignKey{EqualNames(parent->name, table.name) ? parent : found, &key, parent};
+    if (statement.checksRows && IsViolated(connection_, table, key, *parent))
+      throw Error(ForeignKeyError(foreignKey, table, "ALTER TABLE", catalog_));
+    CreateForeignKeyTriggers(connection_, table, key, *parent);
   }
   catalog_.ReplaceTable(table);
 }

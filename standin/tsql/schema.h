@@ -22,6 +22,8 @@ class SchemaEditor {
 
  private:
   void AddColumn(TableInfo& table, const ColumnDefinition& definition) const;
+  void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
+  TablePtr FindReferenced(const TableInfo& table, const KeyInfo& key) const;
   void AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const;
   void ChooseRowid(TableInfo& table) const;
   void Build(const TableInfo& table) const;

@@ -35,6 +35,7 @@ class SessionImpl : public Session {
   bool NoCount() const override { return interpreter_.NoCount(); }
   void SetNow(std::optional<DateTime> now) override;
   void SetLockTimeout(int milliseconds) override { interpreter_.SetLockTimeout(milliseconds); }
+  void SetWorkLimit(std::optional<int64_t> steps) override { interpreter_.SetWorkLimit(steps); }
 
  private:
   struct Arguments {
@@ -143,8 +144,12 @@ template <typename Work>
 bool SessionImpl::Guard(ResultSink& sink, Work work) {
   bool succeeded = false;
   try {
+    interpreter_.BeginWork();
     Refresh();
     succeeded = work();
+  } catch (const WorkExhausted& exhausted) {
+    transaction_.RollbackIfOpen();
+    interpreter_.Report(MakeError(8649, exhausted.line, {}), sink);
   } catch (const SqliteFailure& failure) {
     interpreter_.Report(interpreter_.Translate(failure), sink);
   } catch (const Error& error) {

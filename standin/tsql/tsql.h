@@ -164,6 +164,10 @@ class Session {
 
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
+  // Ends a batch or call that takes more than so many steps, with error 8649, its open transaction rolled
+  // back and no CATCH block asked; a step is a statement, or a thousand instructions of SQLite's machine.
+  // nullopt, the default: no limit.
+  virtual void SetWorkLimit(std::optional<int64_t> steps) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.
   virtual void SetLockTimeout(int milliseconds) = 0;
 };

@@ -63,5 +63,27 @@ TEST_F(FunctionsTest, Names) {
   EXPECT_EQ(ErrorText("SELECT USER_NAME(1)"), "40510 1 USER_NAME with an argument is not supported.");
 }
 
+TEST_F(FunctionsTest, SystemViews) {
+  Must("CREATE TABLE Named (a INT NOT NULL IDENTITY, b NVARCHAR(30) NULL DEFAULT 'x', c DECIMAL(9,2) NULL)");
+  Must("CREATE PROCEDURE DoIt AS SELECT 1");
+  Must("CREATE VIEW Seen AS SELECT a FROM Named");
+  EXPECT_EQ(Rows("SELECT name, xtype FROM sysobjects WHERE id = OBJECT_ID('named') OR xtype IN ('P', 'V') "
+                 "ORDER BY name"),
+            Lines({"DoIt|P ", "Named|U ", "Seen|V "}));
+  Must("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE name = 'DOIT' AND type = 'P') DROP PROCEDURE DoIt");
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM sys.objects WHERE type_desc = 'SQL_STORED_PROCEDURE'"), Lines({"0"}));
+  EXPECT_EQ(Rows("SELECT o.name, c.name, c.colid, c.length, c.isnullable FROM sysobjects o INNER JOIN "
+                 "syscolumns c ON "
+                 "o.id = c.id WHERE c.colid > 1 ORDER BY c.colid"),
+            Lines({"Named|b|2|60|1", "Named|c|3|5|1"}));
+  EXPECT_EQ(Rows("SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1"),
+            Lines({"Named|BASE TABLE", "Seen|VIEW"}));
+  EXPECT_EQ(Rows("SELECT COLUMN_NAME, DATA_TYPE, IS_NULLABLE, CHARACTER_MAXIMUM_LENGTH, COLUMN_DEFAULT FROM "
+                 "information_schema.columns WHERE table_name = 'named' ORDER BY ordinal_position"),
+            Lines({"a|int|NO|NULL|NULL", "b|nvarchar|YES|30|'x'", "c|numeric|YES|NULL|NULL"}));
+  EXPECT_EQ(ErrorOf("SELECT * FROM TABLES"), 208);
+  EXPECT_EQ(ErrorOf("DELETE FROM sysobjects"), 208);
+}
+
 } // namespace
 } // namespace tsql::test

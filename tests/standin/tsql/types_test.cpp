@@ -280,5 +280,36 @@ TEST_F(TypesTest, CheckConstraint) {
       << text;
 }
 
+// Long expressions of decimals run on 64 bits where these suffice: both sides of that border, and of each
+// type's.
+TEST_F(TypesTest, DecimalExpressions) {
+  Must("CREATE TABLE d (a DECIMAL(18,4), b DECIMAL(28,10), i INT)"
+       " INSERT INTO d VALUES (1.5, 2.25, 3), (3037000500, -99999999999999999.0000000001, 2147483647), "
+       "(NULL, 1, 1)");
+  const auto values = [this](const std::string& expression) {
+    return Rows("SELECT CAST(" + expression + " AS VARCHAR(60)) FROM d");
+  };
+  EXPECT_EQ(values("a * 2 + 1"), Lines({"4.0000", "6074001001.0000", "NULL"}));
+  EXPECT_EQ(values("a * a"), Lines({"2.25000000", "9223372037000250000.00000000", "NULL"}));
+  EXPECT_EQ(values("b * 2 - i"), Lines({"1.5000000000", "-200000002147483645.0000000002", "1.0000000000"}));
+  EXPECT_EQ(values("CAST(a / 7 AS DECIMAL(18,2))"), Lines({"0.21", "433857214.29", "NULL"}));
+  EXPECT_EQ(values("CAST(b - 4.7 AS DECIMAL(28,1))"), Lines({"-2.5", "-100000000000000003.7", "-3.7"}));
+  EXPECT_EQ(values("CAST(0 - b AS DECIMAL(28,0))"), Lines({"-2", "99999999999999999", "-1"}));
+  EXPECT_EQ(Scalar("CAST(CAST(-2.45 AS DECIMAL(9,2)) * 1 AS DECIMAL(9,1))"), "-2.5");
+  EXPECT_EQ(Scalar("CAST(CAST(999.98 AS DECIMAL(5,2)) + 0.01 AS DECIMAL(5,2))"), "999.99");
+  EXPECT_EQ(ErrorText("SELECT CAST(CAST(999.99 AS DECIMAL(5,2)) + 0.01 AS DECIMAL(5,2))"),
+            "8115 1 Arithmetic overflow error converting numeric to data type numeric.");
+  EXPECT_EQ(ErrorOf("DECLARE @x DECIMAL(38,0) SET @x = 99999999999999999999999999999999999999 SELECT @x + 1"),
+            8115);
+  EXPECT_EQ(ErrorOf("SELECT a * (b / (i - 3)) FROM d"), 8134);
+  EXPECT_EQ(Scalar("CAST(0.05 AS VARCHAR(9)) + '|' + CAST(-0.5 AS VARCHAR(9)) + '|' + CAST(0 AS VARCHAR(9))"),
+            "0.05|-0.5|0");
+  // More operands than one program takes.
+  std::string sum = "b";
+  for (int n = 0; n < 40; ++n) sum += " + b * 1";
+  EXPECT_EQ(values("CAST(" + sum + " AS DECIMAL(38,2))"),
+            Lines({"92.25", "-4099999999999999959.00", "41.00"}));
+}
+
 } // namespace
 } // namespace tsql::test

@@ -1,0 +1,1 @@
+SELECT FMaxNum + ?, @text FROM ICMaxNum WITH (UPDLOCK) WHERE FTableName LIKE @text + '%' SET @text = REVERSE(@text)

@@ -1,0 +1,1 @@
+WITH tree (id, lvl) AS (SELECT FInterID, 0 FROM ICBOMGroup WHERE FParentID = 0 UNION ALL SELECT g.FInterID, t.lvl + 1 FROM ICBOMGroup g JOIN tree t ON g.FParentID = t.id) SELECT id, lvl FROM tree ORDER BY 2 DESC, 1

@@ -1,0 +1,1 @@
+SELECT LEFT('abc', 2), RIGHT(N'中文', 1), SUBSTRING('abc', 0, 2), REPLACE('aXbx', 'x', ''), CHARINDEX('b', 'abc', 2), PATINDEX('%[0-9]%', 'a1'), STUFF('abc', 2, 1, 'ZZ'), REVERSE('abc'), STR(12.345, 6, 2), REPLICATE('ab', 3), LTRIM('  a') + RTRIM('b  '), UPPER('a') + LOWER('B'), QUOTENAME('x]y'), LEN('a  '), ASCII('A'), ISNUMERIC('1e5'), ISDATE('2020-01-01')

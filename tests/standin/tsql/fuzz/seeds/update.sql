@@ -1,0 +1,1 @@
+UPDATE a SET a.FQty = b.q, FNote = CASE WHEN b.q > 1 THEN N'many' ELSE NULL END FROM ICBOM a LEFT JOIN (SELECT FInterID, SUM(FAuxQty) q FROM ICBOMChild GROUP BY FInterID) b ON a.FInterID = b.FInterID WHERE a.FStatus IN (0, 1) UPDATE TOP (1) ICBOMChild SET FAuxQty *= 2 DELETE x FROM ICBOMChild x, ICBOM y WHERE x.FInterID = y.FInterID AND y.FStatus = 1
