@@ -60,6 +60,13 @@ class Arguments {
   HRESULT Bind(DISPPARAMS& params, WORD flags, UINT* badArgument);
 
   Variant In(size_t i) const;
+  // The caller's own value of parameter i, without a copy; null when it is a reference or was omitted.
+  const Variant* Borrowed(size_t i) const {
+    // A Variant is a VARIANT and nothing else.
+    static_assert(sizeof(Variant) == sizeof(VARIANTARG) && std::is_standard_layout_v<Variant>);
+    const VARIANTARG* given = given_[i];
+    return given && (given->vt & VT_BYREF) == 0 ? reinterpret_cast<const Variant*>(given) : nullptr;
+  }
   // The reference that parameter i is written back to; null when it was passed by value or omitted.
   VARIANTARG* Out(size_t i) const;
   const std::vector<Parameter>& parameters() const { return parameters_; }
@@ -181,6 +188,20 @@ class Slot {
   size_t index_;
   Plain value_;
   std::conditional_t<isInOut<T>, const Plain, const Nothing> original_;
+};
+
+// A value of any type that is only read is not copied on its way.
+template <>
+class Slot<const Variant&> {
+ public:
+  Slot(const Arguments& arguments, size_t index)
+      : borrowed_(arguments.Borrowed(index)), own_(borrowed_ ? Variant() : arguments.In(index)) {}
+  const Variant& value() const { return borrowed_ ? *borrowed_ : own_; }
+  void Store() const {}
+
+ private:
+  const Variant* borrowed_;
+  Variant own_;
 };
 
 template <class C, class R, class... A>

@@ -7,6 +7,8 @@
 // Every failure throws ComError; calling through a null Object is run-time error 91.
 #pragma once
 
+#include <unknwn.h>
+
 #include <array>
 #include <span>
 #include <string>
@@ -21,7 +23,7 @@ class Object {
   Object() noexcept = default;
   explicit Object(Ptr<IDispatch> object) noexcept : object_(std::move(object)) {}
 
-  // A new object of the class registered under `progId`.
+  // A new object of the class registered under `progId`. Many of one class: ObjectClass.
   static Object Create(const wchar_t* progId);
 
   explicit operator bool() const noexcept { return static_cast<bool>(object_); }
@@ -47,6 +49,8 @@ class Object {
   }
 
  private:
+  friend class BoundMember;
+
   struct KnownMember {
     const wchar_t* name = nullptr;
     DISPID id = DISPID_UNKNOWN;
@@ -63,6 +67,33 @@ class Object {
   Ptr<IDispatch> object_;
   mutable std::array<KnownMember, 4> known_;
   mutable size_t nextKnown_ = 0;
+};
+
+// ObjectClass: the class registered under a ProgID, looked up once, for whoever creates many objects of it.
+// All of them are of one kind and number their members alike.
+class ObjectClass {
+ public:
+  explicit ObjectClass(const wchar_t* progId);
+  Object Create() const;
+
+ private:
+  Ptr<IClassFactory> factory_;
+};
+
+// BoundMember: a member by its DISPID, for loops over many rows: it is looked up once, and values go through
+// as they are, without copies.
+class BoundMember {
+ public:
+  // The member of `object`, and of every other object of its kind.
+  BoundMember(const Object& object, const wchar_t* name);
+
+  Variant Get(const Object& object) const;
+  void Call(const Object& object) const;
+  void Call(const Object& object, const Variant& argument) const;
+  void Put(const Object& object, const Variant& index, const Variant& value) const;
+
+ private:
+  DISPID id_;
 };
 
 } // namespace com

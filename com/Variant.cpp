@@ -106,6 +106,13 @@ Variant Variant::Reference(Variant& target) noexcept {
   return result;
 }
 
+Variant Variant::TypedReference(Variant& target) noexcept {
+  Variant result;
+  result.v_.vt = VT_BYREF | target.v_.vt;
+  result.v_.byref = &target.v_.lVal;
+  return result;
+}
+
 bool Variant::operator==(const Variant& other) const noexcept {
   if (v_.vt != other.v_.vt) return false;
   switch (v_.vt) {

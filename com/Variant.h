@@ -49,6 +49,9 @@ class Variant {
   static Variant Array(const Variant* values, size_t count);
   // A reference to a variable that outlives the call.
   static Variant Reference(Variant& target) noexcept;
+  // The same as a reference to a variable of the value's own type (a text, a number), as typed languages pass
+  // theirs.
+  static Variant TypedReference(Variant& target) noexcept;
 
   // The same type and the same value; objects by identity. No conversion; arrays are never the same.
   bool operator==(const Variant& other) const noexcept;

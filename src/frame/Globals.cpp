@@ -1,5 +1,6 @@
 #include "src/frame/Globals.h"
 
+#include <optional>
 #include <vector>
 
 #include "com/ComError.h"
@@ -12,6 +13,7 @@
 namespace mbom {
 namespace {
 
+using com::BoundMember;
 using com::Object;
 using com::Variant;
 
@@ -60,29 +62,40 @@ std::wstring Translate(const std::wstring& text, const std::wstring& language, S
 struct Column {
   Variant name;
   Object field;
+  BoundMember value;
 };
 
-std::vector<Column> ColumnsOf(const Recordset& recordset) {
-  namespace ado = outside::ado;
-  const Object fields = recordset.object().Get(ado::kFields).AsObject();
-  const int32_t count = fields.Get(ado::kCount).AsLong();
-  std::vector<Column> columns;
-  columns.reserve(static_cast<size_t>(count));
-  for (int32_t i = 0; i < count; ++i) {
-    Object field = fields.Get(ado::kItem, i).AsObject();
-    Variant name = field.Get(ado::kName);
-    columns.push_back({std::move(name), std::move(field)});
+// The rows of a recordset on their way into dictionaries: everything that is the same for all rows is looked
+// up once.
+class RowReader {
+ public:
+  explicit RowReader(const Recordset& recordset) : dictionaries_(outside::dictionary::kProgId) {
+    namespace ado = outside::ado;
+    const Object fields = recordset.object().Get(ado::kFields).AsObject();
+    const int32_t count = fields.Get(ado::kCount).AsLong();
+    columns_.reserve(static_cast<size_t>(count));
+    for (int32_t i = 0; i < count; ++i) {
+      Object field = fields.Get(ado::kItem, i).AsObject();
+      Variant name = field.Get(ado::kName);
+      BoundMember value(field, ado::kValue);
+      columns_.push_back({std::move(name), std::move(field), value});
+    }
   }
-  return columns;
-}
 
-Object MakeDictionary(const std::vector<Column>& columns, bool atEnd) {
-  Object row = Object::Create(outside::dictionary::kProgId);
-  for (const Column& column : columns)
-    row.Put(outside::dictionary::kValue, column.name,
-            atEnd ? Variant() : column.field.Get(outside::ado::kValue));
-  return row;
-}
+  // The current row; where there is none, every column is Empty.
+  Object Read(bool hasRow) {
+    Object row = dictionaries_.Create();
+    if (!put_) put_.emplace(row, outside::dictionary::kValue);
+    for (const Column& column : columns_)
+      put_->Put(row, column.name, hasRow ? column.value.Get(column.field) : Variant());
+    return row;
+  }
+
+ private:
+  com::ObjectClass dictionaries_;
+  std::vector<Column> columns_;
+  std::optional<BoundMember> put_;
+};
 
 } // namespace
 
@@ -136,14 +149,13 @@ Variant ReadSystemProfile(const Frame& frame, const std::wstring& key, const std
 }
 
 Object RowToDictionary(const Recordset& recordset) {
-  return MakeDictionary(ColumnsOf(recordset), recordset.Eof());
+  return RowReader(recordset).Read(!recordset.Eof());
 }
 
 Object RecordsetToVector(const Recordset& recordset) {
   Object rows = Object::Create(outside::vector::kProgId);
-  const std::vector<Column> columns = ColumnsOf(recordset);
-  for (; !recordset.Eof(); recordset.MoveNext())
-    rows.Call(outside::vector::kAdd, MakeDictionary(columns, false));
+  const BoundMember add(rows, outside::vector::kAdd);
+  for (RowReader reader(recordset); !recordset.Eof(); recordset.MoveNext()) add.Call(rows, reader.Read(true));
   return rows;
 }
 
