@@ -1,5 +1,6 @@
 #include "src/frame/Ado.h"
 
+#include "com/ComError.h"
 #include "src/frame/OutsideNames.h"
 
 namespace mbom {
@@ -32,6 +33,10 @@ bool Recordset::Bof() const {
   return object_.Get(ado::kBof).AsBool();
 }
 
+void Recordset::Rewind() const {
+  if (!(Eof() && Bof())) object_.Call(ado::kMoveFirst);
+}
+
 void Recordset::MoveNext() const {
   object_.Call(ado::kMoveNext);
 }
@@ -56,16 +61,52 @@ std::vector<std::wstring> Recordset::FieldNames() const {
   return names;
 }
 
+void Recordset::Detach() const {
+  object_.Put(ado::kActiveConnection, Object());
+}
+
 Recordset Connection::Execute(const Sql& statement) const {
   return Recordset(
       object_.Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject());
 }
 
-ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor)
+namespace {
+
+// Makes a connection's recordsets the client's while it lives; others may use the connection too.
+class ClientCursors {
+ public:
+  explicit ClientCursors(const Object& connection)
+      : connection_(connection), before_(connection.Get(ado::kCursorLocation)) {
+    connection_.Put(ado::kCursorLocation, kUseClient);
+  }
+  ~ClientCursors() {
+    try {
+      connection_.Put(ado::kCursorLocation, before_);
+    } catch (
+        const com::ComError&) { // NOLINT(bugprone-empty-catch): a lost connection has no location to keep
+    }
+  }
+  ClientCursors(const ClientCursors&) = delete;
+  ClientCursors& operator=(const ClientCursors&) = delete;
+
+ private:
+  const Object& connection_;
+  Variant before_;
+};
+
+} // namespace
+
+Recordset Connection::ExecuteClientSide(const Sql& statement) const {
+  const ClientCursors clientSide(object_);
+  return Execute(statement);
+}
+
+ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor, Lock lock)
     : Recordset(Object::Create(ado::kRecordsetProgId)), connection_(connection) {
   object().Put(ado::kActiveConnection, connection.object());
   object().Put(ado::kCursorLocation, kUseClient);
   if (cursor != Cursor::Unspecified) object().Put(ado::kCursorType, static_cast<int32_t>(cursor));
+  if (lock != Lock::Unspecified) object().Put(ado::kLockType, static_cast<int32_t>(lock));
 }
 
 void ClientRecordset::Open(const Sql& query) const {
@@ -79,10 +120,6 @@ bool ClientRecordset::IsOpen() const {
 
 int32_t ClientRecordset::RecordCount() const {
   return object().Get(ado::kRecordCount).AsLong();
-}
-
-void ClientRecordset::Detach() const {
-  object().Put(ado::kActiveConnection, Object());
 }
 
 Command::Command(const Connection& connection, const std::wstring& text)

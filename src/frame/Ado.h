@@ -21,12 +21,16 @@ class Recordset {
 
   bool Eof() const;
   bool Bof() const;
+  // Goes to the first row, if there is any.
+  void Rewind() const;
   void MoveNext() const;
   // The current row's value of the field; the name in any case.
   com::Variant operator[](const wchar_t* field) const;
   // The current row's value of the field at `index`, counted from 0.
   com::Variant operator[](int32_t index) const;
   std::vector<std::wstring> FieldNames() const;
+  // Takes a client-side one off its connection; the rows stay.
+  void Detach() const;
 
  private:
   com::Object object_;
@@ -38,6 +42,8 @@ class Connection {
 
   // Runs a statement; records affected are not asked for, the options are unspecified (-1).
   Recordset Execute(const Sql& statement) const;
+  // As Execute, the rows on the client's side, so that they are counted and can be detached.
+  Recordset ExecuteClientSide(const Sql& statement) const;
   const com::Object& object() const noexcept { return object_; }
 
  private:
@@ -48,17 +54,17 @@ class Connection {
 // closed.
 class ClientRecordset : public Recordset {
  public:
-  enum class Cursor : int32_t { Unspecified = -1, Static = 3 };
+  enum class Cursor : int32_t { Unspecified = -1, ForwardOnly = 0, Static = 3 };
+  enum class Lock : int32_t { Unspecified = -1, ReadOnly = 1 };
 
-  explicit ClientRecordset(const Connection& connection, Cursor cursor = Cursor::Unspecified);
+  explicit ClientRecordset(const Connection& connection, Cursor cursor = Cursor::Unspecified,
+                           Lock lock = Lock::Unspecified);
 
   // Opens it on the rows of a query; closes first what it was open on.
   void Open(const Sql& query) const;
   // Whether there are rows to read, and be it none: a statement that yields no rows leaves it closed.
   bool IsOpen() const;
   int32_t RecordCount() const;
-  // Takes it off its connection; the rows stay.
-  void Detach() const;
 
  private:
   Connection connection_;

@@ -22,6 +22,10 @@ class Dictionary {
   }
   bool Holds(const wchar_t* key) const { return object_.Call(outside::dictionary::kExists, key).AsBool(); }
   int32_t Count() const { return object_.Get(outside::dictionary::kCount).AsLong(); }
+  // The value; `fallback` where the name is missing.
+  com::Variant GetValue(const wchar_t* key, const com::Variant& fallback) const {
+    return object_.Get(outside::dictionary::kGetValue, key, fallback);
+  }
   const com::Object& object() const noexcept { return object_; }
 
  private:
@@ -33,9 +37,11 @@ class Vector {
  public:
   explicit Vector(com::Object object) : object_(std::move(object)) {}
 
+  explicit operator bool() const noexcept { return static_cast<bool>(object_); }
   int32_t UBound() const { return object_.Get(outside::vector::kUBound).AsLong(); }
   com::Variant operator[](int32_t index) const { return object_.Get(outside::vector::kItem, index); }
   Dictionary DictionaryAt(int32_t index) const { return Dictionary((*this)[index].AsObject()); }
+  void Add(const com::Variant& value) const { object_.Call(outside::vector::kAdd, value); }
   const com::Object& object() const noexcept { return object_; }
 
  private:

@@ -35,6 +35,10 @@ HRESULT Compare(const Variant& value, int32_t number) {
 
 } // namespace
 
+std::optional<double> NumberIn(const Variant& value) {
+  return value.IsNull() ? std::nullopt : std::optional(Number(value));
+}
+
 bool Equals(const Variant& value, int32_t number) {
   return !value.IsNull() && Compare(value, number) == VARCMP_EQ;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,8 @@
 
 namespace mbom {
 
+// The number that a value counts as in a comparison; none for Null.
+std::optional<double> NumberIn(const com::Variant& value);
 bool Equals(const com::Variant& value, int32_t number);
 bool IsGreater(const com::Variant& value, int32_t number);
 // `value = True`: a Boolean True, or the number -1 that it counts as.

@@ -35,6 +35,10 @@ Connection Frame::GetConnection() const {
   return Connection(context_.Call(context::kGetConnection).AsObject());
 }
 
+Connection Frame::GetConnectionObject() const {
+  return Connection(context_.Call(context::kGetConnectionObject).AsObject());
+}
+
 void Frame::VoteAbort() const {
   context_.Call(context::kVoteAbort);
 }

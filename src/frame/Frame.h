@@ -25,6 +25,8 @@ class Frame {
   bool OpenDataContext(const std::wstring& sDsn);
   // The open connection of the bound descriptor.
   Connection GetConnection() const;
+  // The same as a generic automation object: what reads hand to a recordset of theirs.
+  Connection GetConnectionObject() const;
 
   void VoteAbort() const;
   void VoteComplete() const;

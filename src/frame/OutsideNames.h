@@ -16,6 +16,7 @@ inline constexpr wchar_t kVoteComplete[] = L"VoteComplete";
 inline constexpr wchar_t kGetCallerInfo[] = L"GetCallerInfo";
 inline constexpr wchar_t kBindDsn[] = L"BindDsn";
 inline constexpr wchar_t kGetConnection[] = L"GetConnection";
+inline constexpr wchar_t kGetConnectionObject[] = L"GetConnectionObject";
 } // namespace context
 
 namespace callerInfo {
@@ -28,6 +29,7 @@ inline constexpr wchar_t kProgId[] = L"ruvo10.Dictionary";
 inline constexpr wchar_t kValue[] = L"Value";
 inline constexpr wchar_t kExists[] = L"Exists";
 inline constexpr wchar_t kCount[] = L"Count";
+inline constexpr wchar_t kGetValue[] = L"GetValue";
 } // namespace dictionary
 
 namespace vector {
@@ -74,12 +76,32 @@ inline constexpr wchar_t kGetItemByBillType[] = L"GetItemByBillType";
 inline constexpr wchar_t kGetNewBillID[] = L"GetNewBillID";
 } // namespace codeRule
 
+// The bill package: a bill of any kind with its template, created by the object factory.
+namespace billPackage {
+inline constexpr wchar_t kProgId[] = L"QorvaneBillDataAccess.clsBillPackage";
+inline constexpr wchar_t kGetBillPackage[] = L"GetBillPackage";
+inline constexpr wchar_t kBillDataHeadStruct[] = L"BillDataHeadStruct";
+inline constexpr wchar_t kBillDataHeadValue[] = L"BillDataHeadValue";
+inline constexpr wchar_t kBillDataEntryStruct[] = L"BillDataEntryStruct";
+inline constexpr wchar_t kBillDataEntrysValue[] = L"BillDataEntrysValue";
+inline constexpr wchar_t kBillDataEntryValue[] = L"BillDataEntryValue";
+} // namespace billPackage
+
+// The procedure log.
+namespace log {
+inline constexpr wchar_t kProgId[] = L"VexoLogMsg.Log";
+inline constexpr wchar_t kIsEnabled[] = L"IsEnabled";
+inline constexpr wchar_t kLogStart[] = L"LogStart";
+inline constexpr wchar_t kLogEnd[] = L"LogEnd";
+} // namespace log
+
 namespace ado {
 inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
 inline constexpr wchar_t kRecordsetProgId[] = L"ADODB.Recordset";
 inline constexpr wchar_t kExecute[] = L"Execute";
 inline constexpr wchar_t kBof[] = L"BOF";
 inline constexpr wchar_t kEof[] = L"EOF";
+inline constexpr wchar_t kMoveFirst[] = L"MoveFirst";
 inline constexpr wchar_t kMoveNext[] = L"MoveNext";
 inline constexpr wchar_t kFields[] = L"Fields";
 inline constexpr wchar_t kCount[] = L"Count";
@@ -92,6 +114,7 @@ inline constexpr wchar_t kState[] = L"State";
 inline constexpr wchar_t kRecordCount[] = L"RecordCount";
 inline constexpr wchar_t kCursorLocation[] = L"CursorLocation";
 inline constexpr wchar_t kCursorType[] = L"CursorType";
+inline constexpr wchar_t kLockType[] = L"LockType";
 inline constexpr wchar_t kActiveConnection[] = L"ActiveConnection";
 inline constexpr wchar_t kCommandType[] = L"CommandType";
 inline constexpr wchar_t kCommandText[] = L"CommandText";

@@ -11,6 +11,7 @@ thread_local const Object* t_global = nullptr;
 thread_local const Object* t_loader = nullptr;
 thread_local const Object* t_factory = nullptr;
 thread_local const Object* t_foundation = nullptr;
+thread_local ProcedureLog t_log;
 
 const Object& OnFirstUse(const Object*& slot, const wchar_t* progId) {
   if (!slot) slot = new Object(Object::Create(progId));
@@ -33,6 +34,10 @@ const Object& ObjectFactory() {
 
 const Object& FoundationGlobal() {
   return OnFirstUse(t_foundation, outside::foundation::kProgId);
+}
+
+ProcedureLog& ThreadLog() {
+  return t_log;
 }
 
 } // namespace mbom

@@ -15,4 +15,12 @@ const com::Object& ObjectFactory();
 // The foundation library's global object.
 const com::Object& FoundationGlobal();
 
+// The procedure log of a thread. Its object is the only one here that may go again: when it says that it is
+// disabled.
+struct ProcedureLog {
+  bool initialised = false; // creating the object was tried
+  com::Object* object = nullptr;
+};
+ProcedureLog& ThreadLog();
+
 } // namespace mbom

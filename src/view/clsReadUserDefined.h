@@ -1,8 +1,19 @@
-// clsReadUserDefined: user-defined bill fields.
+// clsReadUserDefined: the values of the fields that a customer added to a bill's template, beside the rows of
+// the bill's headers or lines.
+//
+// The values are not in the bill's tables; the system's bill package reads them, bill by bill. The call and
+// its steps report to the procedure log. Nothing is voted at entry; a failure rises, the unit of work voted
+// aborted, after its procedures have closed their log entries.
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "com/Object.h"
+#include "com/Variant.h"
+#include "src/frame/Ado.h"
 #include "src/frame/Frame.h"
 
 namespace mbom {
@@ -12,8 +23,45 @@ class clsReadUserDefined {
   // The transaction mode that the host reads: 2.
   int32_t TransMode() const { return 2; }
 
+  // The rows of `rs`, from the first one, as a Vector of Dictionary, field name -> value, with the
+  // user-defined fields that the bill has values for under their names. pBillTranType is the bill's
+  // transaction type ("50" for BOMs), a number as text. The rows carry the bill's id as FInterID, and for
+  // lines (isBillHead False) FEntryID; they are the bill's lines in its order. `rs` is left at its end.
+  com::Object GetUserDefinedValue(const std::wstring& sDsn, const std::wstring& pBillTranType,
+                                  com::Object& rs, bool isBillHead);
+
  private:
+  // A user-defined field, and what of its value is shown: the "FName" of something looked up, else the "FID".
+  struct Field {
+    std::wstring name;
+    const wchar_t* readProperty;
+  };
+  // A field's value in the header of a bill or in one of its lines (entryId 0 for the header).
+  struct Value {
+    int32_t interId;
+    int32_t entryId;
+    const std::wstring* field;
+    com::Variant value;
+  };
+  class RowIndex;
+
+  bool HasUserDefinedFields(const std::wstring& pBillTranType, bool isBillHead) const;
+  com::Object ReadHeadUserDefined(const std::wstring& sDsn, const std::wstring& pBillTranType,
+                                  const Recordset& rs);
+  com::Object ReadEntryUserDefined(const std::wstring& sDsn, const std::wstring& pBillTranType,
+                                   const Recordset& rs);
+  // Loads a bill into the package, which is created on first need and kept.
+  void GetBillPackage(const std::wstring& sDsn, int32_t billTranType, int32_t mode, int32_t billId);
+  std::vector<Field> UserDefinedFields(const wchar_t* structure) const;
+  // The values of the loaded bill's header, or of the line at lineIndex (from 1); none at all when the
+  // package has no value set.
+  std::optional<std::vector<Value>> GetBillItemValue(const std::vector<Field>& fields, bool isBillHead,
+                                                     int32_t billId, int32_t entryId,
+                                                     int32_t lineIndex) const;
+  static void MergeVect(RowIndex& rows, const std::vector<Value>& values);
+
   Frame frame_;
+  com::Object package_;
 };
 
 } // namespace mbom
