@@ -38,6 +38,8 @@ class Session {
   bool inTransaction() const { return inTransaction_; }
   void Close() { session_.reset(); }
 
+  tsql::ChangeStamp GetChangeStamp() const { return session_->GetChangeStamp(); }
+
   // Sets the session's clock to the descriptor's "Now"; without one it runs.
   void SetClock(const ConnectionString& connectionString);
 

@@ -532,3 +532,15 @@ CREATE TABLE ICTemplateEntry (
   PRIMARY KEY (FID, FCtlOrder)
 )
 GO
+
+-- What the user-defined fields of bills hold.
+CREATE TABLE ICUserDefinedValue (
+  FTranType   int           NOT NULL,                      -- the bill's transaction type
+  FInterID    int           NOT NULL,
+  FEntryID    int           NOT NULL DEFAULT 0,            -- 0 for the header
+  FFieldName  varchar(50)   NOT NULL,
+  FID         nvarchar(255) NULL,                          -- the value, or the id of what was looked up
+  FName       nvarchar(255) NULL,                          -- what was looked up is called
+  PRIMARY KEY (FTranType, FInterID, FEntryID, FFieldName)
+)
+GO

@@ -88,6 +88,13 @@ Variant Dictionary::GetValue(const Variant& key) const {
   return entry == kAbsent ? Variant() : entries_[entry].value;
 }
 
+Variant Dictionary::GetValueOr(const Variant& key, const Variant& fallback) const {
+  const Key wanted(key);
+  const size_t entry = Find(wanted.text(), wanted.hash());
+  if (entry != kAbsent) return entries_[entry].value;
+  return fallback.IsMissing() ? Variant() : fallback;
+}
+
 void Dictionary::PutValue(const Variant& key, const Variant& value) {
   const Key wanted(key);
   if (const size_t entry = Find(wanted.text(), wanted.hash()); entry != kAbsent) {
@@ -141,15 +148,17 @@ template <>
 const com::DispatchTable& com::TableOf<standin::Dictionary>() {
   using standin::Dictionary;
   static const DispatchTable table(
-      IID_NULL, {
-                    PropertyGet<&Dictionary::GetValue>(DISPID_VALUE, L"Value", {L"Key"}),
-                    PropertyPut<&Dictionary::PutValue>(DISPID_VALUE, L"Value", {L"Key", L"Value"}),
-                    Method<&Dictionary::Exists>(kNextId, L"Exists", {L"Key"}),
-                    PropertyGet<&Dictionary::Count>(kNextId, L"Count"),
-                    Method<&Dictionary::Keys>(kNextId, L"Keys"),
-                    Method<&Dictionary::Remove>(kNextId, L"Remove", {L"Key"}),
-                    Method<&Dictionary::Clear>(kNextId, L"Clear"),
-                    PropertyGet<&Dictionary::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
-                });
+      IID_NULL,
+      {
+          PropertyGet<&Dictionary::GetValue>(DISPID_VALUE, L"Value", {L"Key"}),
+          PropertyPut<&Dictionary::PutValue>(DISPID_VALUE, L"Value", {L"Key", L"Value"}),
+          Method<&Dictionary::GetValueOr>(kNextId, L"GetValue", {L"Key", {L"Default", Variant::Missing()}}),
+          Method<&Dictionary::Exists>(kNextId, L"Exists", {L"Key"}),
+          PropertyGet<&Dictionary::Count>(kNextId, L"Count"),
+          Method<&Dictionary::Keys>(kNextId, L"Keys"),
+          Method<&Dictionary::Remove>(kNextId, L"Remove", {L"Key"}),
+          Method<&Dictionary::Clear>(kNextId, L"Clear"),
+          PropertyGet<&Dictionary::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+      });
   return table;
 }

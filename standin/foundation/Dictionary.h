@@ -17,6 +17,8 @@ namespace standin {
 class Dictionary {
  public:
   com::Variant GetValue(const com::Variant& key) const;
+  // The value; `fallback` for a name that is not there (Empty if it is omitted).
+  com::Variant GetValueOr(const com::Variant& key, const com::Variant& fallback) const;
   void PutValue(const com::Variant& key, const com::Variant& value);
   bool Exists(const com::Variant& key) const;
   int32_t Count() const { return static_cast<int32_t>(entries_.size()); }

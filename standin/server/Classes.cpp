@@ -12,6 +12,7 @@
 #include "standin/host/Trace.h"
 #include "standin/platform/BaseLibrary.h"
 #include "standin/platform/BillCodeRule.h"
+#include "standin/platform/BillPackage.h"
 #include "standin/platform/DataContext.h"
 #include "standin/platform/Loader.h"
 #include "standin/platform/Log.h"
@@ -36,6 +37,7 @@ constexpr CLSID kSystemProfile = {
 constexpr CLSID kBillCodeRule = {
     0xc55f47e0, 0x8f0c, 0x4a37, {0x9d, 0x0e, 0x35, 0x6a, 0xd1, 0x2f, 0x91, 0x58}};
 constexpr CLSID kLog = {0x7d85bc00, 0x944d, 0x41e0, {0x84, 0x66, 0xe4, 0x0d, 0x47, 0x70, 0x7d, 0x0d}};
+constexpr CLSID kBillPackage = {0xde206745, 0x15e2, 0x480f, {0x8e, 0x41, 0xe0, 0xb5, 0x8b, 0x02, 0x0d, 0x92}};
 constexpr CLSID kHost = {0xd2a66735, 0xc65a, 0x4bea, {0x9b, 0xbf, 0x88, 0x7b, 0x49, 0x9a, 0x58, 0x35}};
 constexpr CLSID kTrace = {0xdf7bb2a4, 0x37eb, 0x4088, {0xab, 0x1d, 0xb4, 0x8c, 0x6a, 0x6b, 0xcb, 0x16}};
 constexpr CLSID kFaults = {0x1062649d, 0xaa6d, 0x4dde, {0xa3, 0xe7, 0x9a, 0x30, 0x39, 0x48, 0xfe, 0x1c}};
@@ -70,6 +72,7 @@ std::span<const com::ClassEntry> Classes() {
       Entry<SecurityInfo>(kSecurityInfo, L"QorvaneWoskBase.SecurityInfo", L"The current user"),
       Entry<SystemProfile>(kSystemProfile, L"QorvaneWoskBase.SystemProfile", L"System settings"),
       Entry<BillCodeRule>(kBillCodeRule, L"QorvaneMBillCodeRule.clsBillCodeRule", L"Bill numbers by rules"),
+      Entry<BillPackage>(kBillPackage, L"QorvaneBillDataAccess.clsBillPackage", L"A bill with its template"),
       Entry<Log>(kLog, L"VexoLogMsg.Log", L"Procedure log"),
       Entry<Host>(kHost, L"ErpStandIn.Host", L"Transactional component host"),
       Entry<Trace>(kTrace, L"ErpStandIn.Trace", L"What the component asks of the outside"),

@@ -19,6 +19,7 @@ class SessionImpl : public Session {
         interpreter_(connection_, catalog_, context_, transaction_) {
     context_.catalog = &catalog_;
     RegisterFunctions(connection_.Handle(), context_);
+    dataVersion_ = connection_.Prepare("PRAGMA main.data_version");
     if (database_->IsFile()) schemaVersion_ = connection_.Prepare("PRAGMA main.schema_version");
   }
   SessionImpl(const SessionImpl&) = delete;
@@ -34,6 +35,7 @@ class SessionImpl : public Session {
   int TransactionCount() const override { return transaction_.Count(); }
   bool NoCount() const override { return interpreter_.NoCount(); }
   void SetNow(std::optional<DateTime> now) override;
+  ChangeStamp GetChangeStamp() override;
   void SetLockTimeout(int milliseconds) override { interpreter_.SetLockTimeout(milliseconds); }
   void SetWorkLimit(std::optional<int64_t> steps) override { interpreter_.SetWorkLimit(steps); }
 
@@ -60,6 +62,7 @@ class SessionImpl : public Session {
   Catalog catalog_;
   Transaction transaction_;
   PreparedStatement schemaVersion_;
+  PreparedStatement dataVersion_;
   Interpreter interpreter_;
 };
 
@@ -70,6 +73,12 @@ SessionImpl::~SessionImpl() {
     PublishSchema();
   } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): closing the connection rolls back too
   }
+}
+
+ChangeStamp SessionImpl::GetChangeStamp() {
+  const StatementUse use(dataVersion_);
+  dataVersion_.Step();
+  return {sqlite3_total_changes64(connection_.Handle()), dataVersion_.ColumnInteger(0)};
 }
 
 void SessionImpl::DropGlobalTables() {

@@ -138,6 +138,14 @@ class Database {
   virtual ~Database() = default;
 };
 
+// The state of a database's data as a session sees it: two stamps of one session are equal when nothing has
+// changed between them.
+struct ChangeStamp {
+  int64_t own = 0;    // the rows that the session itself has changed
+  int64_t others = 0; // what others have committed
+  bool operator==(const ChangeStamp&) const = default;
+};
+
 class Session {
  public:
   static std::unique_ptr<Session> Open(std::shared_ptr<Database> database);
@@ -164,6 +172,7 @@ class Session {
 
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
+  virtual ChangeStamp GetChangeStamp() = 0;
   // Ends a batch or call that takes more than so many steps, with error 8649, its open transaction rolled
   // back and no CATCH block asked; a step is a statement, or a thousand instructions of SQLite's machine.
   // nullopt, the default: no limit.

@@ -1,0 +1,189 @@
+#include "standin/platform/BillPackage.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+#include "com/ComError.h"
+#include "com/DispatchObject.h"
+#include "com/ValueText.h"
+#include "standin/ado/Connection.h"
+#include "standin/foundation/Dictionary.h"
+#include "standin/foundation/Vector.h"
+#include "standin/host/ThreadState.h"
+#include "standin/host/UnitOfWork.h"
+#include "standin/platform/DataSource.h"
+
+namespace standin {
+namespace {
+
+using com::Object;
+using com::Variant;
+
+// Reads a recordset's current row.
+class RowOf {
+ public:
+  explicit RowOf(const Object& recordset) : fields_(recordset.Get(L"Fields").AsObject()) {}
+  Variant operator[](const wchar_t* name) const {
+    return fields_.Get(L"Item", name).AsObject().Get(L"Value");
+  }
+
+ private:
+  Object fields_;
+};
+
+// Adds the value of the recordset's current row to a header's or a line's values.
+void AddValue(Dictionary& values, const wchar_t* prefix, const RowOf& row) {
+  const auto item = com::Make<Dictionary>();
+  item->object().PutValue(L"FID", row[L"FID"]);
+  item->object().PutValue(L"FName", row[L"FName"]);
+  values.PutValue(prefix + row[L"FFieldName"].AsText(), com::ToObject(item));
+}
+
+} // namespace
+
+// The tables that the bills of a transaction type are in.
+struct BillPackage::BillKind {
+  int32_t billTranType;
+  const wchar_t* head;
+  const wchar_t* lines;
+};
+
+const BillPackage::BillKind& BillPackage::KindOf(int32_t billTranType) {
+  static constexpr std::array kinds{
+      BillKind{50, L"ICBOM", L"ICBOMChild"},
+      BillKind{53, L"ICBOM", L"ICCustBOMChild"},
+      BillKind{87, L"PPOrder", L"PPOrderEntry"},
+      BillKind{571, L"IcEcn", L"IcEcnEntry"},
+  };
+  const auto kind = std::ranges::find(kinds, billTranType, &BillKind::billTranType);
+  if (kind == kinds.end()) {
+    const std::wstring text = L"There are no bills of the type " + std::to_wstring(billTranType) + L".";
+    com::RaiseRuntimeError(5, L"QorvaneBillDataAccess", text.c_str());
+  }
+  return *kind;
+}
+
+// Inside of a unit of work the unit's connection, else one of its own that stays for the next bill.
+Object BillPackage::Connect(const std::wstring& dsn) {
+  if (!UnitOfWork::Current() && connection_ && dsn == source_.dsn) return connection_;
+  return DataSource(dsn).Connect();
+}
+
+// Whether the data is what it was when the loaded bill was asked for. Nobody can tell of another provider's.
+bool BillPackage::Unchanged(const Object& connection) {
+  auto* embedded = com::Unwrap<ado::Connection>(connection.pointer());
+  const std::shared_ptr<ado::Session> session = embedded ? embedded->session() : nullptr;
+  const tsql::ChangeStamp stamp = session ? session->GetChangeStamp() : tsql::ChangeStamp();
+  const bool unchanged = session && session == session_.lock() && stamp == stamp_;
+  session_ = session;
+  stamp_ = stamp;
+  return unchanged;
+}
+
+void BillPackage::GetBillPackage(const std::wstring& dsn, int32_t billTranType, int32_t /*mode*/,
+                                 int32_t billId) {
+  const EventLog::Pause ownDoing(CurrentThread().events);
+  KindOf(billTranType);
+  Object connection = Connect(dsn);
+  const bool sameTemplate =
+      Unchanged(connection) && dsn == source_.dsn && billTranType == source_.billTranType;
+  if (!sameTemplate) headStruct_ = entryStruct_ = Object();
+  if (!sameTemplate || billId != source_.billId) headValue_ = entries_ = Object();
+  source_ = {dsn, billTranType, billId};
+  connection_ = std::move(connection);
+}
+
+Object BillPackage::Rows(const std::wstring& query) const {
+  const EventLog::Pause ownDoing(CurrentThread().events);
+  if (!connection_) com::RaiseRuntimeError(5, L"QorvaneBillDataAccess", L"No bill is loaded.");
+  return connection_.Call(L"Execute", query).AsObject();
+}
+
+Object BillPackage::Structure(const wchar_t* table, const wchar_t* caption, const wchar_t* position) const {
+  constexpr std::array kColumns{L"FFieldName", L"FCaption",      L"FCtlType",
+                                L"FLookUpCls", L"FRelateOutTbl", L"FDefaultCtl"};
+  const Object fields =
+      Rows(std::wstring(L"SELECT t1.FFieldName, t1.") + caption +
+           L" AS FCaption, t1.FCtlType, t1.FLookUpCls, t1.FRelateOutTbl, t1.FDefaultCtl FROM " + table +
+           L" t1 INNER JOIN ICTransactionType t2 ON t1.FID = t2.FTemplateID WHERE t2.FID = " +
+           std::to_wstring(source_.billTranType) + L" ORDER BY t1." + position);
+  const auto structure = com::Make<Vector>();
+  for (const RowOf row(fields); !fields.Get(L"EOF").AsBool(); fields.Call(L"MoveNext")) {
+    const auto field = com::Make<Dictionary>();
+    for (const wchar_t* column : kColumns) field->object().PutValue(column, row[column]);
+    structure->object().Add(com::ToObject(field));
+  }
+  return com::ToObject(structure);
+}
+
+Object BillPackage::BillDataHeadStruct() {
+  if (!headStruct_) headStruct_ = Structure(L"ICTemplate", L"FCaption", L"FCtlIndex");
+  return headStruct_;
+}
+
+Object BillPackage::BillDataEntryStruct() {
+  if (!entryStruct_) entryStruct_ = Structure(L"ICTemplateEntry", L"FHeadCaption", L"FCtlOrder");
+  return entryStruct_;
+}
+
+Object BillPackage::BillDataHeadValue() {
+  if (headValue_) return headValue_;
+  // The bill's row comes in any case, with nulls where there are no values.
+  const Object rows = Rows(
+      std::wstring(L"SELECT v.FFieldName, v.FID, v.FName FROM ") + KindOf(source_.billTranType).head +
+      L" b LEFT JOIN ICUserDefinedValue v ON v.FInterID = b.FInterID AND v.FEntryID = 0 AND v.FTranType = " +
+      std::to_wstring(source_.billTranType) + L" WHERE b.FInterID = " + std::to_wstring(source_.billId));
+  if (rows.Get(L"EOF").AsBool()) return {};
+  const auto values = com::Make<Dictionary>();
+  for (const RowOf row(rows); !rows.Get(L"EOF").AsBool(); rows.Call(L"MoveNext"))
+    if (!row[L"FFieldName"].IsNull()) AddValue(values->object(), L"P0_", row);
+  return headValue_ = com::ToObject(values);
+}
+
+Object BillPackage::BillDataEntrysValue() {
+  if (entries_) return entries_;
+  const std::wstring bill = std::to_wstring(source_.billId);
+  const auto lines = com::Make<Vector>();
+  std::unordered_map<int32_t, com::Ptr<com::DispatchObject<Dictionary>>> byId;
+  const Object ids = Rows(std::wstring(L"SELECT FEntryID FROM ") + KindOf(source_.billTranType).lines +
+                          L" WHERE FInterID = " + bill + L" ORDER BY FEntryID");
+  for (const RowOf row(ids); !ids.Get(L"EOF").AsBool(); ids.Call(L"MoveNext")) {
+    const auto line = com::Make<Dictionary>();
+    const Variant id = row[L"FEntryID"];
+    line->object().PutValue(L"FEntryID", id);
+    byId[id.AsLong()] = line;
+    lines->object().Add(com::ToObject(line));
+  }
+  const Object values =
+      Rows(L"SELECT FEntryID, FFieldName, FID, FName FROM ICUserDefinedValue WHERE "
+           L"FTranType = " +
+           std::to_wstring(source_.billTranType) + L" AND FInterID = " + bill + L" AND FEntryID <> 0");
+  for (const RowOf row(values); !values.Get(L"EOF").AsBool(); values.Call(L"MoveNext")) {
+    const auto line = byId.find(row[L"FEntryID"].AsLong());
+    if (line != byId.end()) AddValue(line->second->object(), L"P1_", row);
+  }
+  return entries_ = com::ToObject(lines);
+}
+
+Object BillPackage::BillDataEntryValue(int32_t line) {
+  return BillDataEntrysValue().Get(L"Item", line).AsObject();
+}
+
+} // namespace standin
+
+template <>
+const com::DispatchTable& com::TableOf<standin::BillPackage>() {
+  using standin::BillPackage;
+  static const DispatchTable table(
+      IID_NULL, {
+                    Method<&BillPackage::GetBillPackage>(kNextId, L"GetBillPackage",
+                                                         {L"Dsn", L"BillTranType", L"Mode", L"BillID"}),
+                    PropertyGet<&BillPackage::BillDataHeadStruct>(kNextId, L"BillDataHeadStruct"),
+                    PropertyGet<&BillPackage::BillDataHeadValue>(kNextId, L"BillDataHeadValue"),
+                    PropertyGet<&BillPackage::BillDataEntryStruct>(kNextId, L"BillDataEntryStruct"),
+                    PropertyGet<&BillPackage::BillDataEntrysValue>(kNextId, L"BillDataEntrysValue"),
+                    PropertyGet<&BillPackage::BillDataEntryValue>(kNextId, L"BillDataEntryValue", {L"Line"}),
+                });
+  return table;
+}
