@@ -91,6 +91,56 @@ TEST(PendingError, SurvivesWhateverHappensMeanwhile) {
   EXPECT_EQ(GetErrorInfo(0, info.Out()), S_FALSE);
 }
 
+// ---- members and classes that are looked up once
+
+TEST(BoundMember, GetsPutsAndCallsWithoutCopies) {
+  const Object probe = NewProbe();
+  const BoundMember value(probe, L"Value");
+  const Variant key(L"key");
+  const Variant text(L"text");
+  value.Put(probe, key, text);
+  EXPECT_EQ(probe.Get(L"LastKey"), key);
+  EXPECT_EQ(probe.Get(L"Value", L"k"), Variant(L"k=text"));
+  // What was lent is still the caller's.
+  EXPECT_EQ(key, Variant(L"key"));
+  EXPECT_EQ(text, Variant(L"text"));
+  EXPECT_EQ(BoundMember(probe, L"LastKey").Get(probe), key);
+  // Of every object of the kind.
+  const Object second = NewProbe();
+  value.Put(second, text, key);
+  EXPECT_EQ(second.Get(L"LastKey"), text);
+}
+
+TEST(BoundMember, PutsAnObjectByReference) {
+  const Object probe = NewProbe();
+  const Object inner = NewProbe();
+  BoundMember(probe, L"Value").Put(probe, Variant(L"key"), Variant(inner));
+  EXPECT_EQ(probe.Get(L"LastKey"), Variant(L"key"));
+}
+
+TEST(BoundMember, TakesTheCalleesErrorAndLeavesNoneOnTheThread) {
+  const Object probe = NewProbe();
+  try {
+    BoundMember(probe, L"SetThenFail").Call(probe, Variant(L""));
+    FAIL();
+  } catch (const ComError& error) {
+    EXPECT_EQ(static_cast<unsigned>(error.code()), 0x80040E14u);
+  }
+  Ptr<IErrorInfo> info;
+  EXPECT_EQ(GetErrorInfo(0, info.Out()), S_FALSE);
+  EXPECT_THROW(BoundMember(probe, L"NoSuchMember"), ComError);
+  EXPECT_THROW(BoundMember(Object(), L"Value"), ComError);
+}
+
+TEST(ObjectClass, UnknownProgIdGivesTheSystemsError) {
+  try {
+    const ObjectClass none(L"No.SuchClass");
+    FAIL();
+  } catch (const ComError& error) {
+    EXPECT_EQ(error.code(), CO_E_CLASSSTRING);
+  }
+}
+
 } // namespace
 } // namespace com::test
 

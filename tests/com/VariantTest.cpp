@@ -90,5 +90,17 @@ TEST(Text, ComparesWithoutCase) {
   EXPECT_EQ(Lower(L"LANGUAGE"), L"language");
 }
 
+TEST(Variant, IsReferredToAsItsOwnType) {
+  Variant text(L"before");
+  Variant number(7);
+  const Variant toText = Variant::TypedReference(text);
+  const Variant toNumber = Variant::TypedReference(number);
+  EXPECT_EQ(toText.type(), VT_BYREF | VT_BSTR);
+  EXPECT_EQ(toNumber.type(), VT_BYREF | VT_I4);
+  EXPECT_EQ(Variant(toText.raw()), Variant(L"before"));
+  *toNumber.raw().plVal = 8;
+  EXPECT_EQ(number, Variant(8));
+}
+
 } // namespace
 } // namespace com

@@ -81,11 +81,18 @@ void Prepare(const TestDatabase& database) {
   database.Execute(
       L"INSERT INTO t_MeasureUnit (FMeasureUnitID, FItemID, FUnitGroupID, FNumber, FName, FCoefficient, "
       L"FScale) VALUES (1, 1, 1, 'DOZ', 'dozen', 12, 0)");
+  database.Execute(L"INSERT INTO t_ICItem (FItemID, FNumber, FName) VALUES (901, 'I', 'Item')");
+  database.Execute(L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01')");
+  database.Execute(L"INSERT INTO ICTemplateEntry (FID, FCtlOrder, FFieldName, FDefaultCtl) VALUES ('Z01', 1, "
+                   L"'FMine', 0)");
+  database.Execute(
+      L"INSERT INTO ICUserDefinedValue (FTranType, FInterID, FEntryID, FFieldName, FID) VALUES (50, "
+      L"1, 1, 'FMine', 'x')");
   database.Execute(
       L"INSERT INTO ICBOMChild (FInterID, FEntryID, FItemID, FUnitID, FAuxQty) VALUES (1, 1, 901, 1, 2)");
 }
 
-// One accepted save, one refused, one audit, one that raises.
+// One accepted save, one refused, one audit, one that raises; a ledger and a lookup list.
 void EveryKindOfCall(const TestDatabase& database) {
   const std::wstring dsn = database.Dsn(L"Language=en");
   const Object bom = Hosted(L"BomUpdate");
@@ -99,6 +106,9 @@ void EveryKindOfCall(const TestDatabase& database) {
   EXPECT_TRUE(bom.Call(L"BeginSave", dsn, MakeVector({}), L"").AsBool());
   bom.Call(L"UpdateIcBomStatus", dsn, L"B1");
   EXPECT_NE(RaisedBy([&] { bom.Call(L"UpdateIcBomStatus", dsn, L"'"); }).code, S_OK);
+  const Object view = Hosted(L"BomView");
+  EXPECT_EQ(view.Call(L"GetBomEntryLdgInfo", dsn, 0, L"a.FInterID=1").AsObject().Get(L"Count"), Variant(1));
+  view.Call(L"GetBomSimplifyList", dsn);
 }
 
 TEST(Memory, StaysFlatOverAThousandCalls) {

@@ -22,6 +22,15 @@ Texts KeysOf(const Object& dictionary) {
   return texts;
 }
 
+TEST(Dictionary, GivesADefaultForWhatIsNotThere) {
+  const Object dictionary = NewDictionary();
+  dictionary.Put(L"Value", L"a", Variant::Null());
+  EXPECT_TRUE(dictionary.Get(L"GetValue", L"A", 5).IsNull());
+  EXPECT_EQ(dictionary.Get(L"GetValue", L"b", 5), Variant(5));
+  EXPECT_TRUE(dictionary.Call(L"GetValue", L"b").IsEmpty());
+  EXPECT_EQ(dictionary.Get(L"Count"), Variant(1));
+}
+
 TEST(Dictionary, KeepsValuesOfEveryTypeByName) {
   const Object dictionary = NewDictionary();
   const Object inner = NewDictionary();

@@ -121,6 +121,23 @@ TEST_F(FileTest, SchemaChangesReachOtherSessions) {
   EXPECT_TRUE(RunOn(*second, "SELECT a FROM v").errors.empty());
 }
 
+TEST_F(SessionTest, ChangeStampTellsOwnAndOthersChanges) {
+  const std::string name = UniqueMemoryName();
+  const auto database = Database::Open(name, OpenMode::Create);
+  const auto reader = Session::Open(database);
+  const auto writer = Session::Open(database);
+  RunOn(*writer, "CREATE TABLE t (a INT)");
+  RunOn(*reader, "SELECT a FROM t");
+  const ChangeStamp before = reader->GetChangeStamp();
+  RunOn(*reader, "SELECT a FROM t");
+  EXPECT_EQ(reader->GetChangeStamp(), before);
+  RunOn(*reader, "INSERT INTO t VALUES (1)");
+  const ChangeStamp own = reader->GetChangeStamp();
+  EXPECT_NE(own, before);
+  RunOn(*writer, "INSERT INTO t VALUES (2)");
+  EXPECT_NE(reader->GetChangeStamp(), own);
+}
+
 TEST_F(SessionTest, TransactionsNestAsTranCount) {
   Must("CREATE TABLE t (a INT)");
   session_->Begin();
