@@ -3,13 +3,27 @@
 #include "src/frame/Convert.h"
 
 namespace mbom {
+namespace {
 
-bool IsUseShortNumber(const Connection& connection) {
-  const Recordset setting = connection.Execute(
-      Sql() << L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'");
+constexpr wchar_t kSetting[] =
+    L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'";
+
+bool IsOn(const Recordset& setting) {
   if (setting.Eof()) return false;
   const com::Variant value = setting[L"FValue"];
   return !value.IsNull() && !Equals(value, 0);
+}
+
+} // namespace
+
+bool IsUseShortNumber(const Connection& connection) {
+  return IsOn(connection.Execute(Sql() << kSetting));
+}
+
+bool IsUseShortNumberClientSide(const Connection& connection) {
+  const ClientRecordset setting(connection);
+  setting.Open(Sql() << kSetting);
+  return IsOn(setting);
 }
 
 } // namespace mbom

@@ -9,5 +9,7 @@ namespace mbom {
 // on, no such setting and Null leave it off. A value that is no number is a type mismatch
 // (DISP_E_TYPEMISMATCH).
 bool IsUseShortNumber(const Connection& connection);
+// The same through a recordset of the component's own.
+bool IsUseShortNumberClientSide(const Connection& connection);
 
 } // namespace mbom

@@ -182,7 +182,7 @@ Sql BomEntryLedger(const LedgerStyle& style, const Texts& text, const Dictionary
          << L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,"
          << L"c.FName AS FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName ";
   if (style.extensionColumns) ledger << L",w1.FName as FGMPUnitID,a.FGMPAuxQty ";
-  ledger << L" FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " << kLineJoins;
+  ledger << kCrLf << L" FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " << kLineJoins;
   if (style.extensionColumns) ledger << kExtensionJoin;
   ledger << kCrLf << L"left join t_SubMessage v on b.FErpClsID=v.FInterID ";
   AppendFilter(ledger, sFilter, sOrder);

@@ -5,6 +5,7 @@
 #include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
 #include "src/frame/MParse.h"
+#include "src/frame/ShortNumber.h"
 #include "src/frame/Texts.h"
 #include "src/frame/modVexoLogMsg.h"
 #include "src/view/BomFilter.h"
@@ -27,14 +28,6 @@ Recordset OpenDetached(const Connection& conn, const Sql& query) {
   rows.Open(query);
   rows.Detach();
   return rows;
-}
-
-bool UseShortNumber(const Connection& conn) {
-  const ClientRecordset setting(conn);
-  setting.Open(Sql() << L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'");
-  if (setting.Eof()) return false;
-  const com::Variant value = setting[L"FValue"];
-  return !value.IsNull() && !Equals(value, 0);
 }
 
 bool HasComponentExtension(const Connection& conn) {
@@ -67,7 +60,7 @@ Object BomView::ReadNumbered(const std::wstring& sDsn, const Statement& statemen
   return frame_.VoteByOutcome([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnectionObject();
-    const bool shortNumbers = UseShortNumber(conn);
+    const bool shortNumbers = IsUseShortNumberClientSide(conn);
     return RecordsetToVector(OpenDetached(conn, statement(shortNumbers, Texts(sDsn))));
   });
 }
@@ -77,7 +70,7 @@ Object BomView::ReadLedger(const std::wstring& sDsn, bool isBillHead, const Stat
   return frame_.VoteByOutcome([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnectionObject();
-    const bool shortNumbers = UseShortNumber(conn);
+    const bool shortNumbers = IsUseShortNumberClientSide(conn);
     const LedgerStyle style{shortNumbers, HasComponentExtension(conn)};
     const Recordset rows = OpenDetached(conn, statement(style, Texts(sDsn)));
     rows.Rewind();
@@ -138,7 +131,7 @@ Object BomView::ReadLookupList(const std::wstring& sDsn, const std::wstring& sFi
   return frame_.VoteByOutcome([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    const bool shortNumbers = UseShortNumber(conn);
+    const bool shortNumbers = IsUseShortNumberClientSide(conn);
     const std::wstring table = NewBomItemIdTable();
     conn.Execute(BuildBomItemIdBatch(table, sFilter, sLookType));
     Object rows = RecordsetToVector(OpenDetached(conn, statement(table, shortNumbers, Texts(sDsn))));

@@ -289,7 +289,7 @@ std::wstring EntryLedgerStatement(const Words& words, const std::wstring& number
       L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,c.FName AS "
       L"FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName " +
       (extension ? L",w1.FName as FGMPUnitID,a.FGMPAuxQty " : L"") +
-      L" FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " + kLineJoins +
+      L"\n FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " + kLineJoins +
       (extension ? L"\nleft join t_MeasureUnit w1 on a.FGMPUnitID=w1.FitemID " : L"") +
       L"\nleft join t_SubMessage v on b.FErpClsID=v.FInterID ");
 }
