@@ -55,7 +55,13 @@ class Arguments {
  public:
   static constexpr size_t kMost = 16;
 
-  explicit Arguments(const std::vector<Parameter>& parameters) : parameters_(parameters) {}
+  // No more than kMost parameters: the tables see to that.
+  explicit Arguments(const std::vector<Parameter>& parameters) : parameters_(parameters) {
+    for (size_t i = 0; i < parameters.size(); ++i) {
+      given_[i] = nullptr;
+      positions_[i] = 0;
+    }
+  }
   // Sorts out positional and named arguments. Throws ArgumentError for what does not fit.
   HRESULT Bind(DISPPARAMS& params, WORD flags, UINT* badArgument);
 
@@ -75,8 +81,8 @@ class Arguments {
 
  private:
   const std::vector<Parameter>& parameters_;
-  std::array<VARIANTARG*, kMost> given_{};
-  std::array<UINT, kMost> positions_{};
+  std::array<VARIANTARG*, kMost> given_;
+  std::array<UINT, kMost> positions_;
 };
 
 // Whether a value of `type` can be written through `reference`: to a variant, or to a variable of that very

@@ -44,15 +44,9 @@ Variant::Variant(const VARIANT& value) : Variant() {
   Check(VariantCopyInd(&v_, const_cast<VARIANT*>(&value)));
 }
 
-Variant::Variant(const Variant& other) : Variant() {
+void Variant::CopyOwned(const Variant& other) {
+  v_ = {};
   Check(VariantCopy(&v_, const_cast<VARIANT*>(&other.v_)));
-}
-
-Variant::Variant(Variant&& other) noexcept : v_(other.Detach()) {}
-
-Variant& Variant::operator=(Variant other) noexcept {
-  std::swap(v_, other.v_);
-  return *this;
 }
 
 Variant Variant::Null() noexcept {
@@ -177,12 +171,6 @@ Object Variant::AsObject() const {
 VARIANT* Variant::Out() noexcept {
   VariantClear(&v_);
   return &v_;
-}
-
-VARIANT Variant::Detach() noexcept {
-  const VARIANT result = v_;
-  VariantInit(&v_);
-  return result;
 }
 
 } // namespace com

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "com/Ptr.h"
 
@@ -18,7 +19,7 @@ class Object;
 
 class Variant {
  public:
-  Variant() noexcept { VariantInit(&v_); }
+  Variant() noexcept : v_{} {}
   // NOLINTBEGIN(google-explicit-constructor): a value stands for itself in an argument list
   Variant(bool value) noexcept;
   Variant(int16_t value) noexcept;
@@ -32,10 +33,17 @@ class Variant {
   // NOLINTEND(google-explicit-constructor)
   // A copy; a reference is followed.
   explicit Variant(const VARIANT& value);
-  Variant(const Variant& other);
-  Variant(Variant&& other) noexcept;
-  ~Variant() { VariantClear(&v_); }
-  Variant& operator=(Variant other) noexcept;
+  Variant(const Variant& other) : v_(other.v_) {
+    if (Owns(v_.vt)) CopyOwned(other);
+  }
+  Variant(Variant&& other) noexcept : v_(other.Detach()) {}
+  ~Variant() {
+    if (Owns(v_.vt)) VariantClear(&v_);
+  }
+  Variant& operator=(Variant other) noexcept {
+    std::swap(v_, other.v_);
+    return *this;
+  }
 
   static Variant Null() noexcept;
   // An omitted optional argument.
@@ -76,9 +84,25 @@ class Variant {
   // Clears the value and lends its place for an out parameter.
   VARIANT* Out() noexcept;
   // Gives the value away; Empty stays behind.
-  VARIANT Detach() noexcept;
+  VARIANT Detach() noexcept {
+    const VARIANT result = v_;
+    v_ = {};
+    return result;
+  }
 
  private:
+  // Whether a value of the type owns something; the others come and go without asking the system.
+  static bool Owns(VARTYPE type) noexcept {
+    switch (type) {
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+    case VT_RECORD: return true;
+    default: return (type & (VT_ARRAY | VT_BYREF)) == VT_ARRAY;
+    }
+  }
+  void CopyOwned(const Variant& other);
+
   VARIANT v_;
 };
 

@@ -99,6 +99,24 @@ void Stage::Call(const std::wstring& method, const std::vector<Argument>& argume
   PrintTrace(trace);
 }
 
+void Stage::List(const std::wstring& method, const std::vector<Argument>& arguments,
+                 const std::vector<std::wstring>& columns, int32_t user, const wchar_t* language) const {
+  const bomcall::Outcome outcome = Make(method, arguments, user, language);
+  if (outcome.error) {
+    Print(Indented(ShowAsText(outcome)));
+  } else {
+    const Object vector = outcome.result.AsObject();
+    std::vector<bomcall::Row> rows;
+    for (int32_t i = 1; i <= vector.Get(L"UBound").AsLong(); ++i) {
+      const Object item = vector.Get(L"Item", i).AsObject();
+      bomcall::Row& row = rows.emplace_back();
+      for (const std::wstring& column : columns) row.push_back(Cell(item.Get(L"Value", column)));
+    }
+    Print(Indented(bomcall::FormatTable(columns, rows)));
+  }
+  PrintTrace(outcome.trace);
+}
+
 void Stage::Save(const std::wstring& hook, const wchar_t* save, int32_t user, const wchar_t* language) const {
   bomcall::Outcome outcome = Make(hook, {{L"SaveVect", save}}, user, language);
   const Object header = outcome.changed[0].value.AsObject().Get(L"Item", 1).AsObject();

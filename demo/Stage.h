@@ -33,6 +33,10 @@ class Stage {
   void Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
             const wchar_t* language) const;
 
+  // The same of a method whose result is a Vector of rows, of which it shows some columns only.
+  void List(const std::wstring& method, const std::vector<Argument>& arguments,
+            const std::vector<std::wstring>& columns, int32_t user, const wchar_t* language) const;
+
   // Calls a save hook, CLASS.METHOD; `save` is SaveVect as JSON. Of the in/out arguments it shows SaveRetCode
   // in SaveVect's first item and ReturnMsg.
   void Save(const std::wstring& hook, const wchar_t* save, int32_t user, const wchar_t* language) const;

@@ -20,4 +20,7 @@ void TellCustBomStory(Stage& stage);
 // and cancelled.
 void TellEcnStory(Stage& stage);
 
+// Browsing BOMs: the tree of groups, lists, column titles and ledgers with user-defined fields.
+void TellBrowseStory(Stage& stage);
+
 } // namespace demo

@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     demo::TellAuditStory(stage);
     demo::TellEcnStory(stage);
     demo::TellCustBomStory(stage);
+    demo::TellBrowseStory(stage);
   } catch (const com::ComError& error) {
     const std::string text = com::ToUtf8(error.source() + L": " + error.description());
     std::fprintf(stderr, "The demo failed: 0x%08lX %s\n", static_cast<unsigned long>(error.code()),
