@@ -149,7 +149,7 @@ const Member* DispatchTable::Find(DISPID id, WORD flags) const noexcept {
 HRESULT DispatchTable::Invoke(void* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
                               EXCEPINFO* info, UINT* badArgument) const noexcept {
   if (!params) return E_INVALIDARG;
-  if (result) VariantInit(result);
+  if (result) *result = {};
   const Member* member = Find(id, flags);
   if (!member) return DISP_E_MEMBERNOTFOUND;
   try {

@@ -155,14 +155,20 @@ Variant ToVariant(T&& value) {
   return Variant(std::forward<T>(value));
 }
 
+// Where an argument comes from; slots are made in place from it.
+struct Place {
+  const Arguments& arguments;
+  size_t index;
+};
+
 // One argument on its way through a call: converted in, handed to the member, written back.
 template <class T>
 class Slot {
  public:
   using Plain = std::remove_cvref_t<T>;
 
-  Slot(const Arguments& arguments, size_t index)
-      : arguments_(arguments), index_(index), value_(Load()), original_(value_) {}
+  explicit Slot(const Place& place)
+      : arguments_(place.arguments), index_(place.index), value_(Load()), original_(value_) {}
   Plain& value() { return value_; }
   // An untouched argument stays the caller's own value, of the caller's own type.
   void Store() const {
@@ -200,8 +206,9 @@ class Slot {
 template <>
 class Slot<const Variant&> {
  public:
-  Slot(const Arguments& arguments, size_t index)
-      : borrowed_(arguments.Borrowed(index)), own_(borrowed_ ? Variant() : arguments.In(index)) {}
+  explicit Slot(const Place& place)
+      : borrowed_(place.arguments.Borrowed(place.index)),
+        own_(borrowed_ ? Variant() : place.arguments.In(place.index)) {}
   const Variant& value() const { return borrowed_ ? *borrowed_ : own_; }
   void Store() const {}
 
@@ -226,7 +233,7 @@ struct Signature {
  private:
   template <auto Member, size_t... I>
   static Variant Call(C& object, [[maybe_unused]] const Arguments& arguments, std::index_sequence<I...>) {
-    std::tuple<Slot<A>...> slots{Slot<A>(arguments, I)...};
+    std::tuple<Slot<A>...> slots(Place{arguments, I}...);
     const auto storeAll = [&slots] { (std::get<I>(slots).Store(), ...); };
     try {
       if constexpr (std::is_void_v<R>) {

@@ -1,5 +1,5 @@
-// clsReadUserDefined: the values of user-defined fields beside the rows, what is asked of the bill package, and
-// the order of the log.
+// clsReadUserDefined: the values of user-defined fields beside the rows, what is asked of the bill package,
+// and the order of the log.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -10,9 +10,10 @@
 #include "tests/src/view/Factory.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
+#include "tests/support/Collections.h"
+#include "tests/support/LogFile.h"
 #include "tests/support/Printing.h"
 #include "tests/support/Replacement.h"
-#include "tests/support/Collections.h"
 
 namespace mbom::test {
 namespace {
@@ -36,20 +37,22 @@ class UserDefinedTest : public testing::Test {
     database_.Execute(L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01'), "
                       L"(53, 'C', 'Z03')");
     // Plain, looked up, of an outside table, of control type 22; and one that is not user-defined.
-    database_.Execute(
-        L"INSERT INTO ICTemplate (FID, FCtlIndex, FFieldName, FCtlType, FLookUpCls, FRelateOutTbl, FDefaultCtl) "
-        L"VALUES ('Z01', 1, 'FPlain', 0, -1, 0, 0), ('Z01', 2, 'FLookUp', 1, 4, 0, 0), "
-        L"('Z01', 3, 'FOutside', 0, -1, 1, 0), ('Z01', 4, 'FControl', 22, -1, 0, 0), "
-        L"('Z01', 5, 'FStandard', 0, -1, 0, 1), ('Z03', 1, 'FPlain', 0, -1, 0, 1)");
+    database_.Execute(L"INSERT INTO ICTemplate (FID, FCtlIndex, FFieldName, FCtlType, FLookUpCls, "
+                      L"FRelateOutTbl, FDefaultCtl) "
+                      L"VALUES ('Z01', 1, 'FPlain', 0, -1, 0, 0), ('Z01', 2, 'FLookUp', 1, 4, 0, 0), "
+                      L"('Z01', 3, 'FOutside', 0, -1, 1, 0), ('Z01', 4, 'FControl', 22, -1, 0, 0), "
+                      L"('Z01', 5, 'FStandard', 0, -1, 0, 1), ('Z03', 1, 'FPlain', 0, -1, 0, 1)");
     database_.Execute(
         L"INSERT INTO ICTemplateEntry (FID, FCtlOrder, FFieldName, FCtlType, FLookUpCls, FRelateOutTbl, "
         L"FDefaultCtl) VALUES ('Z01', 1, 'FLine', 0, -1, 0, 0), ('Z01', 2, 'FLineLookUp', 0, 0, 0, 0)");
     database_.Execute(
         L"INSERT INTO ICUserDefinedValue (FTranType, FInterID, FEntryID, FFieldName, FID, FName) VALUES "
-        L"(50, 11, 0, 'FPlain', 'p', 'P'), (50, 11, 0, 'FLookUp', 'l', 'L'), (50, 11, 0, 'FOutside', 'o', 'O'), "
+        L"(50, 11, 0, 'FPlain', 'p', 'P'), (50, 11, 0, 'FLookUp', 'l', 'L'), (50, 11, 0, 'FOutside', 'o', "
+        L"'O'), "
         L"(50, 11, 0, 'FControl', 'c', 'C'), (50, 11, 0, 'FStandard', 's', 'S'), (50, 12, 0, 'FLookUp', 'x', "
         L"NULL), "
-        L"(50, 11, 1, 'FLine', 'a', 'A'), (50, 11, 2, 'FLine', 'b', 'B'), (50, 11, 2, 'FLineLookUp', 'k', 'K'), "
+        L"(50, 11, 1, 'FLine', 'a', 'A'), (50, 11, 2, 'FLine', 'b', 'B'), (50, 11, 2, 'FLineLookUp', 'k', "
+        L"'K'), "
         L"(50, 12, 1, 'FLine', 'd', 'D'), (53, 11, 0, 'FPlain', 'not this bill', NULL)");
   }
 
@@ -72,8 +75,9 @@ class UserDefinedTest : public testing::Test {
 
   const TestDatabase database_;
   const Object reader_ = Hosted(L"clsReadUserDefined");
-  static constexpr const wchar_t* kHeads = L"SELECT FInterID, FBOMNumber FROM ICBOM WHERE FInterID < 14 ORDER "
-                                           L"BY FInterID DESC";
+  static constexpr const wchar_t* kHeads =
+      L"SELECT FInterID, FBOMNumber FROM ICBOM WHERE FInterID < 14 ORDER "
+      L"BY FInterID DESC";
 };
 
 TEST_F(UserDefinedTest, AddsTheValuesOfHeaders) {
@@ -106,8 +110,8 @@ TEST_F(UserDefinedTest, AddsTheValuesOfLines) {
 
 TEST_F(UserDefinedTest, ReadsTheLinesOfABillByPosition) {
   // The first row stands for the first line of the bill, whose values belong to no row here.
-  const Variant rows = Read(Open(L"SELECT FInterID, FEntryID FROM ICBOMChild WHERE FInterID=11 AND FEntryID=2"),
-                            false);
+  const Variant rows =
+      Read(Open(L"SELECT FInterID, FEntryID FROM ICBOMChild WHERE FInterID=11 AND FEntryID=2"), false);
   EXPECT_EQ(Lines(rows), Texts{L"11|2||"});
 }
 
@@ -162,9 +166,9 @@ TEST_F(UserDefinedTest, ComparesIdsAsNumbers) {
 TEST_F(UserDefinedTest, SeesWhatHasChangedBetweenCalls) {
   for (const Object& reader : {Hosted(L"clsReadUserDefined"), Unhosted(L"clsReadUserDefined")}) {
     const auto plain = [&] {
-      return RowTexts(reader.Call(L"GetUserDefinedValue", database_.Dsn(), L"50",
-                                  Open(L"SELECT 11 AS FInterID")),
-                      {L"FPlain"})
+      return RowTexts(
+                 reader.Call(L"GetUserDefinedValue", database_.Dsn(), L"50", Open(L"SELECT 11 AS FInterID")),
+                 {L"FPlain"})
           .front();
     };
     database_.Execute(L"UPDATE ICUserDefinedValue SET FID = 'p' WHERE FFieldName = 'FPlain'");
@@ -195,20 +199,6 @@ TEST_F(UserDefinedTest, LeavesTheRecordsetArgumentAsItCame) {
 // Logging to a file, for a thread of its own.
 class LoggedTest : public UserDefinedTest {
  protected:
-  void SetUp() override {
-    UserDefinedTest::SetUp();
-    std::array<wchar_t, MAX_PATH> folder{};
-    std::array<wchar_t, MAX_PATH> name{};
-    GetTempPathW(MAX_PATH, folder.data());
-    GetTempFileNameW(folder.data(), L"log", 0, name.data());
-    file_ = name.data();
-    SetEnvironmentVariableW(L"ERP_STANDIN_LOG", file_.c_str());
-  }
-  void TearDown() override {
-    SetEnvironmentVariableW(L"ERP_STANDIN_LOG", nullptr);
-    DeleteFileW(file_.c_str());
-  }
-
   // The log's events among others: "<" and ">" with the procedure's last name for a start and its end.
   static Texts Order(const Texts& events) {
     Texts order;
@@ -243,7 +233,7 @@ class LoggedTest : public UserDefinedTest {
     return events;
   }
 
-  std::wstring file_;
+  const LogFile log_;
 };
 
 TEST_F(LoggedTest, ReportsTheProceduresInTheirOrder) {
@@ -252,8 +242,8 @@ TEST_F(LoggedTest, ReportsTheProceduresInTheirOrder) {
     trace.Clear();
     Hosted(L"clsReadUserDefined").Call(L"GetUserDefinedValue", database_.Dsn(), L"50", rows);
   });
-  Texts expected{L"GetDataContext", L"GetCallerInfo", L"<GetUserDefinedValue", L"GetDataContext", L"BindDsn",
-                 L"GetCallerInfo",  L"GetConnection", L"Open"};
+  Texts expected{L"GetDataContext", L"GetCallerInfo", L"<GetUserDefinedValue", L"GetDataContext",
+                 L"BindDsn",        L"GetCallerInfo", L"GetConnection",        L"Open"};
   for (int row = 0; row < 3; ++row) {
     expected.emplace_back(L"<GetBillPackage");
     if (row == 0) expected.emplace_back(L"CreateServerObject");
@@ -273,10 +263,9 @@ TEST_F(LoggedTest, ClosesItsEntriesBeforeTheVoteWhenItFails) {
     EXPECT_EQ(RaisedBy([&] { reader.Call(L"GetUserDefinedValue", database_.Dsn(), L"50", rows); }).code,
               Fault::kCode);
   });
-  EXPECT_EQ(Order(events),
-            (Texts{L"<GetUserDefinedValue", L"GetDataContext", L"BindDsn", L"GetCallerInfo", L"GetConnection",
-                   L"Open", L"<GetBillPackage", L"CreateServerObject", L">GetBillPackage", L">GetUserDefinedValue",
-                   L"VoteAbort"}));
+  EXPECT_EQ(Order(events), (Texts{L"<GetUserDefinedValue", L"GetDataContext", L"BindDsn", L"GetCallerInfo",
+                                  L"GetConnection", L"Open", L"<GetBillPackage", L"CreateServerObject",
+                                  L">GetBillPackage", L">GetUserDefinedValue", L"VoteAbort"}));
 }
 
 TEST_F(LoggedTest, IsNotDisturbedByAFailingLog) {
@@ -292,7 +281,8 @@ TEST_F(LoggedTest, IsNotDisturbedByAFailingLog) {
 }
 
 TEST_F(LoggedTest, OfTheTitlesHasTheReadersName) {
-  const Texts events = EventsOf([this](const Trace& /*trace*/) { Hosted(L"BomView").Call(L"GetBomTitle", database_.Dsn()); });
+  const Texts events =
+      EventsOf([this](const Trace& /*trace*/) { Hosted(L"BomView").Call(L"GetBomTitle", database_.Dsn()); });
   const Texts order = Order(events);
   ASSERT_GE(order.size(), 4U);
   EXPECT_EQ(Texts(order.end() - 4, order.end()),
@@ -300,11 +290,11 @@ TEST_F(LoggedTest, OfTheTitlesHasTheReadersName) {
 }
 
 TEST_F(LoggedTest, StaysSilentOnceDisabled) {
-  SetEnvironmentVariableW(L"ERP_STANDIN_LOG", nullptr);
+  LogFile::Disable();
   const Texts events = EventsOf([this](const Trace& /*trace*/) {
     const Object view = Hosted(L"BomView");
     view.Call(L"GetBomTitle", database_.Dsn());
-    SetEnvironmentVariableW(L"ERP_STANDIN_LOG", file_.c_str());
+    log_.Enable();
     view.Call(L"GetBomTitle", database_.Dsn());
   });
   for (const std::wstring& event : events) EXPECT_FALSE(event.starts_with(L"Log")) << com::ToUtf8(event);
@@ -331,10 +321,11 @@ class PlayedPackage {
   }
   Object Structure() const {
     // What the description does not say has its default: not user-defined, nothing looked up.
-    return MakeVector({MakeDictionary({{L"FFieldName", L"FNotMine"}}),
-                       MakeDictionary({{L"FFieldName", L"FMine"}, {L"FDefaultCtl", 0}}),
-                       MakeDictionary({{L"FFieldName", L"FNoValue"}, {L"FDefaultCtl", L"0"}}),
-                       MakeDictionary({{L"FFieldName", L"FObject"}, {L"FDefaultCtl", 0}, {L"FRelateOutTbl", 1}})});
+    return MakeVector(
+        {MakeDictionary({{L"FFieldName", L"FNotMine"}}),
+         MakeDictionary({{L"FFieldName", L"FMine"}, {L"FDefaultCtl", 0}}),
+         MakeDictionary({{L"FFieldName", L"FNoValue"}, {L"FDefaultCtl", L"0"}}),
+         MakeDictionary({{L"FFieldName", L"FObject"}, {L"FDefaultCtl", 0}, {L"FRelateOutTbl", 1}})});
   }
   Object HeadValue() const { return g_noValueSet ? Object() : Values(L"P0_"); }
   Object Entries() const {
@@ -377,7 +368,8 @@ namespace {
 class PlayedPackageTest : public UserDefinedTest {
  protected:
   // Reads on a thread where the package is the played one.
-  void Played(const wchar_t* query, bool isBillHead, const std::vector<const wchar_t*>& columns, Texts& texts) {
+  void Played(const wchar_t* query, bool isBillHead, const std::vector<const wchar_t*>& columns,
+              Texts& texts) {
     g_packageCalls.clear();
     InApartment([&] {
       const Replacement<PlayedPackage> package(L"QorvaneBillDataAccess.clsBillPackage");
@@ -406,11 +398,12 @@ TEST_F(PlayedPackageTest, IsAskedForEveryRowsBillByReference) {
 TEST_F(PlayedPackageTest, GivesOnlyTheUserDefinedFieldsItHasValuesFor) {
   InApartment([this] {
     const Replacement<PlayedPackage> package(L"QorvaneBillDataAccess.clsBillPackage");
-    const Object row = Unhosted(L"clsReadUserDefined")
-                           .Call(L"GetUserDefinedValue", database_.Dsn(), L"50", Open(L"SELECT 5 AS FInterID"))
-                           .AsObject()
-                           .Get(L"Item", 1)
-                           .AsObject();
+    const Object row =
+        Unhosted(L"clsReadUserDefined")
+            .Call(L"GetUserDefinedValue", database_.Dsn(), L"50", Open(L"SELECT 5 AS FInterID"))
+            .AsObject()
+            .Get(L"Item", 1)
+            .AsObject();
     EXPECT_EQ(KeysOf(row), (Texts{L"FInterID", L"FMine", L"FObject"}));
     EXPECT_EQ(row.Get(L"Value", L"FMine"), Variant(7));
     EXPECT_EQ(row.Get(L"Value", L"FObject").AsObject().Get(L"UBound"), Variant(0));
@@ -442,13 +435,14 @@ TEST_F(UserDefinedTest, RaisesForBadInput) {
   // A condition that is no number fails when a bill is to be loaded.
   EXPECT_EQ(RaisedBy([&] { Read(Open(kHeads), true, L"50 OR 1=1"); }).code, DISP_E_TYPEMISMATCH);
   // More rows than the bill has lines.
-  EXPECT_EQ(RaisedBy([&] { Read(Open(L"SELECT 12 AS FInterID, 1 AS FEntryID UNION ALL SELECT 12, 1"), false); })
-                .code,
+  EXPECT_EQ(RaisedBy([&] {
+              Read(Open(L"SELECT 12 AS FInterID, 1 AS FEntryID UNION ALL SELECT 12, 1"), false);
+            }).code,
             static_cast<HRESULT>(0x800A0009));
   EXPECT_EQ(trace.Votes(), Texts(4, L"VoteAbort"));
   EXPECT_EQ(RaisedBy([&] {
-              reader_.Call(L"GetUserDefinedValue", L"Provider=Embedded;Data Source=Z:\\no\\such\\file.db", L"50",
-                           Open(kHeads));
+              reader_.Call(L"GetUserDefinedValue", L"Provider=Embedded;Data Source=Z:\\no\\such\\file.db",
+                           L"50", Open(kHeads));
             }).code,
             static_cast<HRESULT>(0x80004005));
 }
@@ -461,8 +455,8 @@ TEST_P(UserDefinedFailure, Rises) {
     const Object reader = Hosted(L"clsReadUserDefined");
     const Trace trace;
     const Fault fault(GetParam().kind, GetParam().nth);
-    const Raised raised = RaisedBy(
-        [&] { reader.Call(L"GetUserDefinedValue", database_.Dsn(), L"50", rows, isBillHead); });
+    const Raised raised =
+        RaisedBy([&] { reader.Call(L"GetUserDefinedValue", database_.Dsn(), L"50", rows, isBillHead); });
     EXPECT_EQ(raised.code, Fault::kCode);
     EXPECT_EQ(raised.description, Fault::kText);
     EXPECT_EQ(trace.Votes().back(), L"VoteAbort");

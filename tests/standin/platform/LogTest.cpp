@@ -3,38 +3,27 @@
 
 #include "com/Text.h"
 #include "tests/standin/Support.h"
+#include "tests/support/LogFile.h"
 
 namespace standin::test {
 namespace {
 
 class LogTest : public testing::Test {
  protected:
-  void SetUp() override {
-    std::array<wchar_t, MAX_PATH> folder{};
-    std::array<wchar_t, MAX_PATH> name{};
-    GetTempPathW(MAX_PATH, folder.data());
-    GetTempFileNameW(folder.data(), L"log", 0, name.data());
-    file_ = name.data();
-    SetEnvironmentVariableW(L"ERP_STANDIN_LOG", file_.c_str());
-  }
-  void TearDown() override {
-    SetEnvironmentVariableW(L"ERP_STANDIN_LOG", nullptr);
-    DeleteFileW(file_.c_str());
-  }
   std::vector<std::string> Lines() const {
-    std::ifstream stream(com::ToUtf8(file_));
+    std::ifstream stream(com::ToUtf8(log_.path()));
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) lines.push_back(line);
     return lines;
   }
 
-  std::wstring file_;
+  const mbom::test::LogFile log_;
 };
 
 TEST_F(LogTest, IsEnabledByTheEnvironment) {
   const Object log = New(L"VexoLogMsg.Log");
   EXPECT_EQ(log.Get(L"IsEnabled"), Variant(true));
-  SetEnvironmentVariableW(L"ERP_STANDIN_LOG", nullptr);
+  mbom::test::LogFile::Disable();
   EXPECT_EQ(log.Get(L"IsEnabled"), Variant(false));
 }
 
