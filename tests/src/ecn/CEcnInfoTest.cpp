@@ -532,7 +532,8 @@ using FailingCall = std::tuple<const wchar_t*, OutsideCall>;
 class EcnCheckFailure : public CEcnInfoTest, public testing::WithParamInterface<FailingCall> {};
 
 TEST_P(EcnCheckFailure, RisesWithTheUnitAborted) {
-  const auto& [method, call] = GetParam();
+  const wchar_t* const method = std::get<0>(GetParam());
+  const OutsideCall& call = std::get<1>(GetParam());
   const std::wstring name = method;
   const Object ecn = Hosted(L"CEcnInfo");
   const bool byNumber = name == L"GetThenCheckCBomNumber" || name == L"ReturnEcnStatusByNumber";

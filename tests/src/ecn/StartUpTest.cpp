@@ -71,13 +71,16 @@ std::wstring Words(const std::wstring& batch) {
 
 std::wstring LineTable(const std::wstring& name, const std::wstring& entryId) {
   return L"CREATE TABLE " + name + L" ( FBrNo VarChar(10) NOT NULL, FEntryID " + entryId +
-         L", FInterID INT NOT NULL DEFAULT 0, FItemID INT NOT NULL, FAuxQty Decimal(28,10) NOT NULL DEFAULT "
-         L"0, FQty Decimal(28,10) NOT NULL DEFAULT 0, FScrap Decimal(28,10) NOT NULL, FOperID INT NOT NULL "
-         L"DEFAULT 0, FMachinePos VARCHAR(1000) NULL, FNote VARCHAR(1000) NULL, FMaterielType INT NOT NULL "
-         L"DEFAULT 371, FMarshalType INT NOT NULL DEFAULT 385, FPercent Decimal(28,10) NOT NULL DEFAULT 100, "
-         L"FOffSetDay Decimal(28,10) NOT NULL DEFAULT 0, FBackFlush INT NOT NULL DEFAULT 1059, FStockID INT "
-         L"NULL DEFAULT 0, FSPID INT NOT NULL DEFAULT 0, FSupply SMALLINT NOT NULL DEFAULT 0, FUnitID INT "
-         L"NOT NULL DEFAULT 0 ) ";
+         L", FInterID INT DEFAULT 0 NOT NULL, FItemID INT NOT NULL, FAuxQty Decimal(28,10) DEFAULT 0 NOT "
+         L"NULL, "
+         L"FQty Decimal(28,10) DEFAULT 0 NOT NULL, FScrap Decimal(28,10) NOT NULL, FOperID INT DEFAULT 0 NOT "
+         L"NULL, FMachinePos VARCHAR(1000) NULL, FNote VARCHAR(1000) NULL, FMaterielType INT DEFAULT 371 NOT "
+         L"NULL, FMarshalType INT DEFAULT 385 NOT NULL, FPercent Decimal(28,10) DEFAULT 100 NOT NULL, "
+         L"FOffSetDay "
+         L"Decimal(28,10) DEFAULT 0 NOT NULL, FBackFlush INT DEFAULT 1059 NOT NULL, FStockID INT DEFAULT 0 "
+         L"NULL, "
+         L"FSPID INT DEFAULT 0 NOT NULL, FSupply SMALLINT DEFAULT 0 NOT NULL, FUnitID INT DEFAULT 0 NOT NULL "
+         L") ";
 }
 
 constexpr wchar_t kColumns[] =
@@ -609,7 +612,8 @@ class EcnReaderFailure : public EcnReaderTest,
                          public testing::WithParamInterface<std::tuple<const wchar_t*, OutsideCall>> {};
 
 TEST_P(EcnReaderFailure, RisesWithTheUnitAborted) {
-  const auto& [method, call] = GetParam();
+  const wchar_t* const method = std::get<0>(GetParam());
+  const OutsideCall& call = std::get<1>(GetParam());
   const Object ecn = Hosted(L"CEcnInfo");
   const Trace trace;
   const Fault fault(call.kind, call.nth);
