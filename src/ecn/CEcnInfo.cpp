@@ -182,20 +182,24 @@ bool CEcnInfo::BeginSave(const std::wstring& /*sDsn*/, Object& /*SaveVect*/, std
 
 bool CEcnInfo::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring& ReturnMsg) {
   const Texts text(sDsn);
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  const Dictionary head = Vector(SaveVect).DictionaryAt(1);
-  const int32_t id = head[L"FInterID"].AsLong();
-  if (const std::optional<std::wstring> refusal = Refusal(sDsn, conn, id, text)) {
+  try {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const Dictionary head = Vector(SaveVect).DictionaryAt(1);
+    const int32_t id = head[L"FInterID"].AsLong();
+    const std::optional<std::wstring> refusal = Refusal(sDsn, conn, id, text);
+    if (!refusal) {
+      conn.Execute(SnapshotSql(id));
+      frame_.VoteComplete();
+      return true;
+    }
     ReturnMsg = *refusal;
     head.Put(L"SaveRetCode", kSaveRefused);
-    frame_.VoteAbort();
-    return false;
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
   }
-  conn.Execute(SnapshotSql(id));
-  frame_.VoteComplete();
-  return true;
+  frame_.VoteAbort();
+  return false;
 }
 
 std::optional<std::wstring> CEcnInfo::Refusal(const std::wstring& sDsn, const Connection& conn, int32_t id,
@@ -321,22 +325,28 @@ int32_t CEcnInfo::CheckEcnBom(const std::wstring& sDsn, int32_t FBomInterID) {
 }
 
 bool CEcnInfo::StarUpEcn(const std::wstring& sDsn, int32_t BomInterId, int32_t EcnInterId, int32_t UserID) {
-  frame_.VoteAbort();
-  Execute(sDsn, BuildEcnTempTablesSql() << BuildStartUpSql(BomInterId, EcnInterId, UserID));
-  frame_.VoteComplete();
-  return true;
+  return RunBatch(sDsn, BuildEcnTempTablesSql() << BuildStartUpSql(BomInterId, EcnInterId, UserID));
 }
 
 bool CEcnInfo::UnStarUpEcn(const std::wstring& sDsn, int32_t EcnInterId) {
+  return RunBatch(sDsn, Sql() << L"delete from IcBom where FInterId in (select FCBomInterId from IcEcn where "
+                                 L"FInterId = "
+                              << EcnInterId << L")" << kCrLf << kCrLf
+                              << L"update t1 set FStatus = 1, FCBomInterID = 0, FStarUperID = '', "
+                                 L"FStarUpDate = NULL from IcEcn t1 where FInterId = "
+                              << EcnInterId);
+}
+
+bool CEcnInfo::RunBatch(const std::wstring& sDsn, const Sql& batch) {
+  try {
+    frame_.VoteAbort();
+    Execute(sDsn, batch);
+    frame_.VoteComplete();
+    return true;
+  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
+  }
   frame_.VoteAbort();
-  Execute(sDsn, Sql() << L"delete from IcBom where FInterId in (select FCBomInterId from IcEcn where "
-                         L"FInterId = "
-                      << EcnInterId << L")" << kCrLf << kCrLf
-                      << L"update t1 set FStatus = 1, FCBomInterID = 0, FStarUperID = '', FStarUpDate = "
-                         L"NULL from IcEcn t1 where FInterId = "
-                      << EcnInterId);
-  frame_.VoteComplete();
-  return true;
+  return false;
 }
 
 Object CEcnInfo::GetEcnBomHead(const std::wstring& sDsn, const std::wstring& lBomInterID) {

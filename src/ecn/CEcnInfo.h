@@ -6,9 +6,9 @@
 // (else 0), and FCBomNumber the number of that one. A line adds (FChangeType 11021), alters (11022) or
 // deletes (11023) a line of the BOM; FChildID is that line's number, 0 for a new one.
 //
-// CheckBomUsed never fails. From all other methods a failure rises as the COM error it is, the unit of work
-// voted aborted: at entry by the methods that write (EndSave, StarUpEcn, UnStarUpEcn), by the others when it
-// happens.
+// The methods that write (EndSave, StarUpEcn, UnStarUpEcn) vote abort at entry; a failure gives False, the
+// unit of work voted aborted. CheckBomUsed tells its failures in its message. From the others a failure rises
+// as the COM error it is, the unit of work voted aborted.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +33,8 @@ class CEcnInfo {
   // After a notice was saved: checks it and copies into its lines the values that the BOM's lines have now
   // (the FOld columns). SaveVect is a Vector of Dictionary, whose item 1 holds FInterID, the notice's id.
   // False when a check refuses the notice, the unit of work voted aborted: SaveRetCode of item 1 becomes 99,
-  // ReturnMsg the reason in the descriptor's language. Else ReturnMsg stays as it came. Refused is what
+  // ReturnMsg the reason in the descriptor's language. Else, after a failure too, both stay as they came.
+  // Refused is what
   // - adds a line that the BOM has already (item, operation, work position, component type, configuration
   //   attribute, lead-time offset) or, with the setting IC/EnableEcnRight on, one whose validity period has a
   //   day in common with that line's. Only the first such pair is looked at;
@@ -97,6 +98,7 @@ class CEcnInfo {
   static std::optional<std::wstring> Refusal(const std::wstring& sDsn, const Connection& conn, int32_t id,
                                              const Texts& text);
   int32_t Status(const std::wstring& sDsn, const Sql& query);
+  bool RunBatch(const std::wstring& sDsn, const Sql& batch);
 
   Frame frame_;
 };

@@ -13,23 +13,23 @@ constexpr wchar_t kKeys[] = L"FBrNO, FEntryId, FInterID, FItemID, ";
 // The columns of a temporary table of lines, but for its line number.
 constexpr wchar_t kColumnsBeforeEntryId[] = L"   FBrNo VarChar(10) NOT NULL, --组织机构代码(未用)\r\n";
 constexpr wchar_t kColumnsAfterEntryId[] =
-    L"   FInterID INT NOT NULL DEFAULT 0, --BOM内码\r\n"
+    L"   FInterID INT DEFAULT 0 NOT NULL, --BOM内码\r\n"
     L"   FItemID INT NOT NULL, --子项物料内码\r\n"
-    L"   FAuxQty Decimal(28,10) NOT NULL DEFAULT 0, --用量(常用单位)\r\n"
-    L"   FQty Decimal(28,10) NOT NULL DEFAULT 0, --用量(基本单位)\r\n"
+    L"   FAuxQty Decimal(28,10) DEFAULT 0 NOT NULL, --用量(常用单位)\r\n"
+    L"   FQty Decimal(28,10) DEFAULT 0 NOT NULL, --用量(基本单位)\r\n"
     L"   FScrap Decimal(28,10) NOT NULL, --损耗率\r\n"
-    L"   FOperID INT NOT NULL DEFAULT 0, --工序\r\n"
+    L"   FOperID INT DEFAULT 0 NOT NULL, --工序\r\n"
     L"   FMachinePos VARCHAR(1000) NULL, --默认工位\r\n"
     L"   FNote VARCHAR(1000) NULL, --备注\r\n"
-    L"   FMaterielType INT NOT NULL DEFAULT 371, --子项类型(371为普通件)\r\n"
-    L"   FMarshalType INT NOT NULL DEFAULT 385, --配置属性(385为通用)\r\n"
-    L"   FPercent Decimal(28,10) NOT NULL DEFAULT 100, --计划百分比\r\n"
-    L"   FOffSetDay Decimal(28,10) NOT NULL DEFAULT 0, --提前期偏置\r\n"
-    L"   FBackFlush INT NOT NULL DEFAULT 1059, --是否倒冲\r\n"
-    L"   FStockID INT NULL DEFAULT 0, --发料仓库\r\n"
-    L"   FSPID INT NOT NULL DEFAULT 0, --发料仓位\r\n"
-    L"   FSupply SMALLINT NOT NULL DEFAULT 0, --来源\r\n"
-    L"   FUnitID INT NOT NULL DEFAULT 0 --单位\r\n";
+    L"   FMaterielType INT DEFAULT 371 NOT NULL, --子项类型(371为普通件)\r\n"
+    L"   FMarshalType INT DEFAULT 385 NOT NULL, --配置属性(385为通用)\r\n"
+    L"   FPercent Decimal(28,10) DEFAULT 100 NOT NULL, --计划百分比\r\n"
+    L"   FOffSetDay Decimal(28,10) DEFAULT 0 NOT NULL, --提前期偏置\r\n"
+    L"   FBackFlush INT DEFAULT 1059 NOT NULL, --是否倒冲\r\n"
+    L"   FStockID INT DEFAULT 0 NULL, --发料仓库\r\n"
+    L"   FSPID INT DEFAULT 0 NOT NULL, --发料仓位\r\n"
+    L"   FSupply SMALLINT DEFAULT 0 NOT NULL, --来源\r\n"
+    L"   FUnitID INT DEFAULT 0 NOT NULL --单位\r\n";
 
 Sql CreateLineTable(const wchar_t* name, const wchar_t* entryId) {
   return Sql() << L"CREATE TABLE " << name << L" (" << kCrLf << kColumnsBeforeEntryId << L"   FEntryID "
