@@ -19,4 +19,5 @@ FROM ICBom v1 INNER JOIN ICBomChild ON v1.FInterID = ICBomChild.FInterID AND ICB
  INNER JOIN t_SubMessage t17 ON t2.Fusestate = t17.FInterId 
  LEFT JOIN t_Stock t20 ON ICBomChild.FStockID = t20.FItemID 
  LEFT JOIN t_StockPlace t21 ON ICBomChild.FSPID = t21.FSPID 
- WHERE ICBomChild.FEntryID<5 ORDER BY ICBomChild.FEntryID
+ WHERE ICBomChild.FEntryID<5
+ ORDER BY ICBomChild.FEntryID 
