@@ -730,7 +730,7 @@ uint64_t FromEnvironment(const char* name, uint64_t otherwise) {
 
 TEST(PropertyTest, QueriesAnswerAsPlainlyEvaluated) {
   const uint64_t first = FromEnvironment("TSQL_PROPERTY_SEED", 1);
-  const uint64_t count = FromEnvironment("TSQL_PROPERTY_COUNT", 1500);
+  const uint64_t count = FromEnvironment("TSQL_PROPERTY_COUNT", 600);
   uint64_t compared = 0;
   for (uint64_t seed = first; seed < first + count; ++seed) {
     Generator generator(seed);
