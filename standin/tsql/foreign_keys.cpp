@@ -60,8 +60,8 @@ void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& chi
     const std::string other = QuoteName(key.referencedColumns[i]);
     childColumns += (i > 0 ? ", " : "") + own;
     parentColumns += (i > 0 ? ", " : "") + other;
-    referring += (i > 0 ? " AND c." : "c.") + own + " = old." + other;
-    changed += (i > 0 ? " OR old." : "old.") + other + " IS NOT new." + other;
+    referring.append(i > 0 ? " AND c." : "c.").append(own).append(" = old.").append(other);
+    changed.append(i > 0 ? " OR old." : "old.").append(other).append(" IS NOT new.").append(other);
   }
   const std::string orphan = IsOrphan(child, key, parent, "new.");
   const std::string left =

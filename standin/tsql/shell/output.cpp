@@ -167,6 +167,7 @@ void Output::WriteTable() {
   };
   write(names_, true);
   std::vector<std::string> rules;
+  rules.reserve(widths.size());
   for (const size_t width : widths) rules.emplace_back(width, '-');
   write(rules, true);
   for (const std::vector<std::string>& row : rows_) write(row, false);
