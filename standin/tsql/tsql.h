@@ -172,6 +172,7 @@ class Session {
 
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
+  // What the data's state is now; cheap.
   virtual ChangeStamp GetChangeStamp() = 0;
   // Ends a batch or call that takes more than so many steps, with error 8649, its open transaction rolled
   // back and no CATCH block asked; a step is a statement, or a thousand instructions of SQLite's machine.
