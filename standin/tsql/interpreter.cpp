@@ -88,8 +88,8 @@ void Interpreter::SetWorkLimit(std::optional<int64_t> steps) {
   sqlite3_progress_handler(connection_.Handle(), steps ? kInstructions : 0, step, this);
 }
 
-bool Interpreter::TakeStep() {
-  if (!workLimit_ || --workLeft_ >= 0) return true;
+bool Interpreter::TakeLimitedStep() {
+  if (--workLeft_ >= 0) return true;
   // Said once: what comes now is the clearing up.
   workLeft_ = std::numeric_limits<int64_t>::max();
   return false;
@@ -519,8 +519,12 @@ void Interpreter::RunDeclare(const DeclareStatement& statement) {
 }
 
 void Interpreter::RunSet(const SetVariableStatement& statement) {
-  const auto index = static_cast<size_t>(FindVariable(frame_->unit->variables, statement.name));
+  // The plan remembers the variable, so that a loop does not look for its name.
+  const std::vector<int>& known = frame_->unit->plans[static_cast<size_t>(statement.value.slot)].assigned;
+  const int found = known.empty() ? FindVariable(frame_->unit->variables, statement.name) : known.front();
+  const auto index = static_cast<size_t>(found);
   Plan& plan = MakePlanner().ValuePlan(statement.value, &frame_->unit->variables[index].type);
+  if (plan.assigned.empty()) plan.assigned.push_back(found);
   Datum value;
   {
     BindParameters(plan);

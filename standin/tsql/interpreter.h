@@ -94,7 +94,8 @@ class Interpreter {
   void RunModule(const ObjectName& name, ObjectKind kind, const std::string& text, bool alter);
   void RunTruncate(const TruncateStatement& statement);
 
-  bool TakeStep();
+  bool TakeStep() { return !workLimit_ || TakeLimitedStep(); }
+  bool TakeLimitedStep();
   Planner MakePlanner() { return {connection_, catalog_, *frame_->unit}; }
   void BindParameters(Plan& plan);
   const Datum& ParameterValue(const ParameterRef& ref);
