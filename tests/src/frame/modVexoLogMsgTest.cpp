@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/Client.h"
+#include "tests/support/Collections.h"
 #include "tests/support/Printing.h"
 #include "tests/support/Replacement.h"
-#include "tests/support/Collections.h"
 
 namespace mbom::test {
 namespace {
@@ -64,12 +64,12 @@ class PlayedLog {
 template <>
 const com::DispatchTable& com::TableOf<mbom::test::PlayedLog>() {
   using mbom::test::PlayedLog;
-  static const DispatchTable table(
-      IID_NULL, {
-                    Method<&PlayedLog::IsEnabled>(1, L"IsEnabled"),
-                    Method<&PlayedLog::LogStart>(2, L"LogStart", {L"procedure"}),
-                    Method<&PlayedLog::LogEnd>(3, L"LogEnd", {L"handle", L"value"}),
-                });
+  static const DispatchTable table(IID_NULL,
+                                   {
+                                       Method<&PlayedLog::IsEnabled>(1, L"IsEnabled"),
+                                       Method<&PlayedLog::LogStart>(2, L"LogStart", {L"procedure"}),
+                                       Method<&PlayedLog::LogEnd>(3, L"LogEnd", {L"handle", L"value"}),
+                                   });
   return table;
 }
 

@@ -4,8 +4,8 @@
 #include "tests/src/view/Factory.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
-#include "tests/support/Printing.h"
 #include "tests/support/Collections.h"
+#include "tests/support/Printing.h"
 
 namespace mbom::test {
 namespace {
@@ -18,8 +18,8 @@ class LedgersTest : public testing::Test {
  protected:
   void SetUp() override {
     FillFactory(database_);
-    database_.Execute(
-        L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01'), (53, 'C', 'Z03')");
+    database_.Execute(L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01'), "
+                      L"(53, 'C', 'Z03')");
   }
   std::wstring Dsn(const wchar_t* language) const {
     return database_.Dsn(std::wstring(L"Language=") + language);
@@ -35,9 +35,10 @@ class LedgersTest : public testing::Test {
         L"INSERT INTO ICTemplateEntry (FID, FCtlOrder, FFieldName, FHeadCaption, FHeadCaption_CHT, "
         L"FHeadCaption_EN, FDefaultCtl) VALUES ('Z01', 1, 'FAuxQty', '用量', '用量', 'Quantity', 1), "
         L"('Z01', 30, 'FPartNo', '料号', '料號', 'Part Number', 0)");
-    database_.Execute(L"INSERT INTO ICUserDefinedValue (FTranType, FInterID, FEntryID, FFieldName, FID, FName) "
-                      L"VALUES (50, 11, 0, 'FDrawing', 'D-11', NULL), (50, 11, 0, 'FDept', '3', 'Frames'), "
-                      L"(50, 11, 2, 'FPartNo', 'P-2', NULL)");
+    database_.Execute(
+        L"INSERT INTO ICUserDefinedValue (FTranType, FInterID, FEntryID, FFieldName, FID, FName) "
+        L"VALUES (50, 11, 0, 'FDrawing', 'D-11', NULL), (50, 11, 0, 'FDept', '3', 'Frames'), "
+        L"(50, 11, 2, 'FPartNo', 'P-2', NULL)");
   }
   void AddExtension() const {
     database_.Execute(L"INSERT INTO t_components VALUES ('QorvaneMBomBill.BomView', 'Ext.BomView')");
@@ -56,7 +57,8 @@ class TitlesTest : public LedgersTest {
     AddUserDefinedFields();
     database_.Execute(
         L"INSERT INTO ICTableFieldInfo (FNum, FCtlID, FCtlName, FCtlName_Cht, FCtlName_En, FLdgNum, FOrder, "
-        L"FCaption, FCaption_Cht, FCaption_En, FHeadSecond, FName, FAlign, FVisible, FDecCtl, FNeedHeadSecond) "
+        L"FCaption, FCaption_Cht, FCaption_En, FHeadSecond, FName, FAlign, FVisible, FDecCtl, "
+        L"FNeedHeadSecond) "
         L"VALUES "
         L"(2, 'BOM', 'n', 'nt', 'ne', 0, 3, 'c2', 'ct2', 'ce2', 'h', 'FVersion', 1, '1', 2, 1), "
         L"(1, 'BOM', 'n', 'nt', 'ne', 0, 1, 'c1', 'ct1', 'ce1', '', 'FBOMNumber', 0, '1', 0, 0), "
@@ -71,10 +73,10 @@ class TitlesTest : public LedgersTest {
   // A title list's statement: its columns in a language, and the rest.
   static std::wstring Fixed(const wchar_t* language, const std::wstring& rest) {
     const std::wstring of = language;
-    const std::wstring name = of == L"cht" ? L"FCtlName_Cht as FCtlName"
+    const std::wstring name = of == L"cht"  ? L"FCtlName_Cht as FCtlName"
                               : of == L"en" ? L"FCtlName_En as FCtlName"
                                             : L"FCtlName";
-    const std::wstring caption = of == L"cht" ? L"FCaption_Cht as FCaption"
+    const std::wstring caption = of == L"cht"  ? L"FCaption_Cht as FCaption"
                                  : of == L"en" ? L"FCaption_En as FCaption"
                                                : L"FCaption";
     return L"SELECT FNum,FCtlID," + name + L",FLdgNum,FOrder," + caption +
@@ -87,7 +89,8 @@ class TitlesTest : public LedgersTest {
            L"FNeedHeadSecond  FROM ICTemplate WHERE FID='Z01' AND FDefaultCtl=0 " +
            filter + L" ORDER BY FCtlIndex";
   }
-  static std::wstring UserEntry(const wchar_t* name, const wchar_t* caption, const std::wstring& filter = {}) {
+  static std::wstring UserEntry(const wchar_t* name, const wchar_t* caption,
+                                const std::wstring& filter = {}) {
     return std::wstring(L"SELECT 0 as FNum,'BOM' as FCtlID,'") + name +
            L"' as FCtlName,1 as FLdgNum,FFieldName,FCtlOrder+1000 as FOrder," + caption +
            L" as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,0 as FDecCtl,0 as "
@@ -99,9 +102,9 @@ class TitlesTest : public LedgersTest {
   }
 };
 
-const std::vector<const wchar_t*> kTitleColumns{L"FNum",        L"FCtlID", L"FCtlName", L"FLdgNum",
-                                                L"FOrder",      L"FCaption", L"FHeadSecond", L"FName",
-                                                L"FAlign",      L"FVisible", L"FDecCtl", L"FNeedHeadSecond"};
+const std::vector<const wchar_t*> kTitleColumns{L"FNum",   L"FCtlID",   L"FCtlName",    L"FLdgNum",
+                                                L"FOrder", L"FCaption", L"FHeadSecond", L"FName",
+                                                L"FAlign", L"FVisible", L"FDecCtl",     L"FNeedHeadSecond"};
 constexpr wchar_t kBomTitles[] = L" FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=0 AND Fvisible = 1";
 constexpr wchar_t kBomEntryTitles[] =
     L" FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=1 AND Fvisible = 1  And FName not "
@@ -171,13 +174,12 @@ TEST_F(TitlesTest, NeverListsTheValidityOfLines) {
             (Texts{L"1|BOM|nt|1|1|lt1||FEntryID|0|1|0|0", L"0|BOM|BOM查詢|1|1030|料號||FPartNo|0|1|0|0"}));
   view_.Call(L"GetBomEntryTitle", Dsn(L"en"), L"1=1");
   view_.Call(L"GetBomEntryTitle", Dsn(L"chs"));
-  EXPECT_EQ(trace.Details(L"Open"),
-            (Texts{Fixed(L"cht", kBomEntryTitles) + L" ORDER BY FOrder",
-                   UserEntry(L"BOM查詢", L"FHeadCaption_CHT"),
-                   Fixed(L"en", kBomEntryTitles) + L" AND 1=1 ORDER BY FOrder",
-                   UserEntry(L"BOM Query", L"FHeadCaption_EN", L" AND 1=1"),
-                   Fixed(L"chs", kBomEntryTitles) + L" ORDER BY FOrder",
-                   UserEntry(L"BOM查询", L"FHeadCaption")}));
+  EXPECT_EQ(
+      trace.Details(L"Open"),
+      (Texts{Fixed(L"cht", kBomEntryTitles) + L" ORDER BY FOrder", UserEntry(L"BOM查詢", L"FHeadCaption_CHT"),
+             Fixed(L"en", kBomEntryTitles) + L" AND 1=1 ORDER BY FOrder",
+             UserEntry(L"BOM Query", L"FHeadCaption_EN", L" AND 1=1"),
+             Fixed(L"chs", kBomEntryTitles) + L" ORDER BY FOrder", UserEntry(L"BOM查询", L"FHeadCaption")}));
 }
 
 TEST_F(TitlesTest, ListsTheUserDefinedOnesAlone) {
@@ -191,8 +193,7 @@ TEST_F(TitlesTest, ListsTheUserDefinedOnesAlone) {
   trace.Clear();
   EXPECT_EQ(RowTexts(view_.Call(L"GetBomEntryUserDefinedTitle", dsn, L"FCtlOrder>1"), {L"FOrder", L"FName"}),
             Texts{L"1030|FPartNo"});
-  EXPECT_EQ(trace.Details(L"Open"),
-            Texts{UserEntry(L"BOM Query", L"FHeadCaption_EN", L" AND FCtlOrder>1")});
+  EXPECT_EQ(trace.Details(L"Open"), Texts{UserEntry(L"BOM Query", L"FHeadCaption_EN", L" AND FCtlOrder>1")});
   EXPECT_EQ(trace.Votes(), Texts{L"VoteComplete"});
 }
 
@@ -200,9 +201,10 @@ TEST_F(TitlesTest, ListsTheCustomersHeaders) {
   const Trace trace;
   EXPECT_EQ(RowTexts(view_.Call(L"GetCustBomTitle", Dsn(L"en"), L"FNum=1"), {L"FCtlID", L"FCaption"}),
             Texts{L"CustBOM|ke1"});
-  EXPECT_EQ(trace.Details(L"Open"),
-            Texts{Fixed(L"en", L" FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=0 AND Fvisible = 1 AND "
-                               L"FNum=1 ORDER BY FOrder")});
+  EXPECT_EQ(
+      trace.Details(L"Open"),
+      Texts{Fixed(L"en", L" FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=0 AND Fvisible = 1 AND "
+                         L"FNum=1 ORDER BY FOrder")});
 }
 
 TEST_F(TitlesTest, SendsTheBrokenConditionOfTheCustomersLines) {
@@ -210,9 +212,10 @@ TEST_F(TitlesTest, SendsTheBrokenConditionOfTheCustomersLines) {
   const Raised raised = RaisedBy([&] { view_.Call(L"GetCustBomEntryTitle", Dsn(L"en"), L"1=1"); });
   EXPECT_EQ(raised.code, static_cast<HRESULT>(0x80040E14));
   EXPECT_EQ(raised.description, L"Incorrect syntax near 'Fvisible'.");
-  EXPECT_EQ(trace.Details(L"Open"),
-            Texts{Fixed(L"en", L" FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=1 Fvisible = 1 AND 1=1 "
-                               L"ORDER BY FOrder")});
+  EXPECT_EQ(
+      trace.Details(L"Open"),
+      Texts{Fixed(L"en", L" FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=1 Fvisible = 1 AND 1=1 "
+                         L"ORDER BY FOrder")});
   EXPECT_EQ(trace.Votes(), Texts{L"VoteAbort"});
 }
 
@@ -243,18 +246,22 @@ const Words kSimplified{L"chs", L"未审核", L"已审核", L"使用", L"未使�
 const Words kTraditional{L"cht", L"未審核", L"已審核", L"使用", L"未使用", L"是", L"否"};
 const Words kEnglish{L"en", L"Not audited", L"Audited", L"In use", L"Not in use", L"Yes", L"No"};
 
-std::wstring BomLedgerStatement(const Words& words, const std::wstring& number, const std::wstring& extension) {
+std::wstring BomLedgerStatement(const Words& words, const std::wstring& number,
+                                const std::wstring& extension) {
   return L"SELECT * FROM ( SELECT a.FInterID,a.FBOMNumber,a.FVersion,a.FNote,b.FName,b.FErpClsID," + number +
          L" (case a.FStatus when 0 then '" + words.notAudited + L"' else '" + words.audited +
-         L"' end) as FStatus , d.FBillNO AS FRoutingNo, d.FRoutingName as FRoutingName, a.FStatus as FStatusNum "
+         L"' end) as FStatus , d.FBillNO AS FRoutingNo, d.FRoutingName as FRoutingName, a.FStatus as "
+         L"FStatusNum "
          L",CASE FUseStatus WHEN 1072 THEN '" +
          words.inUse + L"' ELSE '" + words.notInUse +
          L"' END AS FUseStatus,FUseStatus as FUseStatusNum ,a.FYield,a.FQty,a.FAuxQty,a.FFee,a.FParentID,"
          L"b.FQtyDecimal,a.FBomType,a.FCustID, a.FItemID,b.FModel,e.FName AS FErpClsName,c.FName AS "
-         L"FUnitID,b.FCUUnitID, t1.FInterID AS FGroupID, t1.FNumber AS FGroupNumber, t1.FName AS FGroupName " +
+         L"FUnitID,b.FCUUnitID, t1.FInterID AS FGroupID, t1.FNumber AS FGroupNumber, t1.FName AS "
+         L"FGroupName " +
          extension +
          L"FROM ICBOM a INNER JOIN t_ICItem b ON a.FItemID = b.FItemID INNER JOIN t_MeasureUnit c ON "
-         L"a.FUnitID=c.FItemID LEFT JOIN t_Routing d ON a.FRoutingID = d.FInterID INNER JOIN t_submessage e ON  "
+         L"a.FUnitID=c.FItemID LEFT JOIN t_Routing d ON a.FRoutingID = d.FInterID INNER JOIN t_submessage e "
+         L"ON  "
          L"b.FErpClsID = e.FInterID LEFT JOIN ICBomGroup t1 ON a.FParentID = t1.FInterID ) t1 ";
 }
 
@@ -279,19 +286,20 @@ constexpr wchar_t kLineJoins[] =
 
 std::wstring EntryLedgerStatement(const Words& words, const std::wstring& number, const std::wstring& colours,
                                   bool extension) {
-  return WithCrLf(
-      L"SELECT a.FEntryID,a.FInterID,b.FItemID," + number +
-      L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.FName as FUnitID,e.FName AS FMaterielType,f.FName "
-      L"AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,a.FBeginDay,a.FEndDay,a.FPercent,(case a.FOperSN when 0 then '' "
-      L"else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS "
-      L"FOperID,a.FMachinePos,a.FOffSetDay,a.FBeginDay, a.FEndday, " +
-      colours + FlagColumns(words) +
-      L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,c.FName AS "
-      L"FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName " +
-      (extension ? L",w1.FName as FGMPUnitID,a.FGMPAuxQty " : L"") +
-      L"\n FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " + kLineJoins +
-      (extension ? L"\nleft join t_MeasureUnit w1 on a.FGMPUnitID=w1.FitemID " : L"") +
-      L"\nleft join t_SubMessage v on b.FErpClsID=v.FInterID ");
+  return WithCrLf(L"SELECT a.FEntryID,a.FInterID,b.FItemID," + number +
+                  L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.FName as FUnitID,e.FName AS "
+                  L"FMaterielType,f.FName "
+                  L"AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,a.FBeginDay,a.FEndDay,a.FPercent,(case "
+                  L"a.FOperSN when 0 then '' "
+                  L"else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS "
+                  L"FOperID,a.FMachinePos,a.FOffSetDay,a.FBeginDay, a.FEndday, " +
+                  colours + FlagColumns(words) +
+                  L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,c.FName AS "
+                  L"FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName " +
+                  (extension ? L",w1.FName as FGMPUnitID,a.FGMPAuxQty " : L"") +
+                  L"\n FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " + kLineJoins +
+                  (extension ? L"\nleft join t_MeasureUnit w1 on a.FGMPUnitID=w1.FitemID " : L"") +
+                  L"\nleft join t_SubMessage v on b.FErpClsID=v.FInterID ");
 }
 
 constexpr wchar_t kNoColours[] = L"0 AS FAlterBackColor, '255,255,255' AS FBackColor, ";
@@ -303,25 +311,30 @@ TEST_F(LedgersTest, ListsHeaders) {
   const std::wstring statement =
       BomLedgerStatement(kEnglish, L"b.FNumber,", L"") + L" WHERE FInterID IN (11,16) ORDER BY FInterID";
   const Texts words{L"LoadString\t未审核", L"LoadString\t已审核", L"LoadString\t使用", L"LoadString\t未使用"};
-  Texts events{L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnectionObject",
-               std::wstring(L"Open\t") + kSettingQuery, std::wstring(L"Execute\t") + kExtensionQuery};
+  Texts events{L"GetDataContext",
+               L"BindDsn\t" + dsn,
+               L"GetCallerInfo",
+               L"GetConnectionObject",
+               std::wstring(L"Open\t") + kSettingQuery,
+               std::wstring(L"Execute\t") + kExtensionQuery};
   events.insert(events.end(), words.begin(), words.end());
   events.push_back(L"Open\t" + statement);
   // The reader of the user-defined values: a new object, and a call of its own.
   events.insert(events.end(), {L"GetDataContext", L"GetCallerInfo"});
-  for (const std::wstring& event : AroundSetUp(
-           {}, dsn, {std::wstring(L"Open\t") + kHeadFieldsQuery, L"VoteComplete", L"VoteComplete"}))
+  for (const std::wstring& event :
+       AroundSetUp({}, dsn, {std::wstring(L"Open\t") + kHeadFieldsQuery, L"VoteComplete", L"VoteComplete"}))
     events.push_back(event);
   EXPECT_EQ(trace.Events(), events);
   EXPECT_EQ(
-      RowTexts(rows, {L"FInterID",      L"FBOMNumber", L"FVersion", L"FNote",   L"FName",      L"FErpClsID",
-                      L"FNumber",       L"FStatus",    L"FRoutingNo", L"FRoutingName", L"FStatusNum", L"FUseStatus",
-                      L"FUseStatusNum", L"FYield",     L"FQty",     L"FAuxQty", L"FFee",       L"FParentID"}),
+      RowTexts(rows, {L"FInterID", L"FBOMNumber", L"FVersion", L"FNote", L"FName", L"FErpClsID", L"FNumber",
+                      L"FStatus", L"FRoutingNo", L"FRoutingName", L"FStatusNum", L"FUseStatus",
+                      L"FUseStatusNum", L"FYield", L"FQty", L"FAuxQty", L"FFee", L"FParentID"}),
       (Texts{L"11|B11|v1|first|Bike|2|I.501|Audited|R7|Line 7|1|In use|1072|98|2|1|3.5|2",
              L"16|B16|||Hub|1|I.504|Audited|NULL|NULL|1|In use|1072|100|1|1|0|0"}));
-  EXPECT_EQ(RowTexts(rows, {L"FQtyDecimal", L"FBomType", L"FCustID", L"FItemID", L"FModel", L"FErpClsName",
-                            L"FUnitID", L"FCUUnitID", L"FGroupID", L"FGroupNumber", L"FGroupName"}),
-            (Texts{L"0|0|0|501|M1|Made|piece|2|2|G1.1|City", L"0|4|0|504|NULL|Bought|pair|2|NULL|NULL|NULL"}));
+  EXPECT_EQ(
+      RowTexts(rows, {L"FQtyDecimal", L"FBomType", L"FCustID", L"FItemID", L"FModel", L"FErpClsName",
+                      L"FUnitID", L"FCUUnitID", L"FGroupID", L"FGroupNumber", L"FGroupName"}),
+      (Texts{L"0|0|0|501|M1|Made|piece|2|2|G1.1|City", L"0|4|0|504|NULL|Bought|pair|2|NULL|NULL|NULL"}));
   EXPECT_FALSE(rows.AsObject().Get(L"Item", 1).AsObject().Call(L"Exists", L"FGMPExpectQty").AsBool());
 }
 
@@ -334,13 +347,14 @@ TEST_F(LedgersTest, SpeakTheLanguages) {
                      words.audited + L"|" + words.inUse, words.audited + L"|" + words.notInUse,
                      words.audited + L"|" + words.inUse, words.audited + L"|" + words.inUse}));
     // 11's line 1 is not back-flushed, no key item and deleted; its line 2 is back-flushed.
-    EXPECT_EQ(RowTexts(view_.Call(L"GetBomEntryLdgInfo", Dsn(words.language), 0, L"a.FInterID=11",
-                                  L"a.FEntryID"),
-                       {L"FBackFlush", L"FIsKeyItem", L"FForbitUse"}),
-              (Texts{words.no + L"|" + words.no + L"|" + words.yes,
-                     words.yes + L"|" + words.no + L"|" + words.no}));
-    EXPECT_EQ(RowTexts(view_.Call(L"GetCustBomLdgInfo", Dsn(words.language), L"FInterID=12"), {L"FUseStatus"}),
-              Texts{words.notInUse});
+    EXPECT_EQ(
+        RowTexts(view_.Call(L"GetBomEntryLdgInfo", Dsn(words.language), 0, L"a.FInterID=11", L"a.FEntryID"),
+                 {L"FBackFlush", L"FIsKeyItem", L"FForbitUse"}),
+        (Texts{words.no + L"|" + words.no + L"|" + words.yes,
+               words.yes + L"|" + words.no + L"|" + words.no}));
+    EXPECT_EQ(
+        RowTexts(view_.Call(L"GetCustBomLdgInfo", Dsn(words.language), L"FInterID=12"), {L"FUseStatus"}),
+        Texts{words.notInUse});
     const Texts statements = trace.Details(L"Open");
     EXPECT_EQ(statements[1], BomLedgerStatement(words, L"b.FNumber,", L"") + L" ORDER BY FInterID");
     EXPECT_EQ(statements[4], EntryLedgerStatement(words, L"b.FNumber,", kNoColours, false) +
@@ -377,8 +391,10 @@ TEST_F(LedgersTest, DoWithoutAnExtensionThatCannotBeRead) {
 }
 
 TEST_F(LedgersTest, ShowShortNumbers) {
-  database_.Execute(L"INSERT INTO t_SystemProfile (FCategory, FKey, FValue) VALUES ('IC', 'UseShortNumber', '2')");
-  database_.Execute(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FUnitID) VALUES (15, 1, 502, 1)");
+  database_.Execute(
+      L"INSERT INTO t_SystemProfile (FCategory, FKey, FValue) VALUES ('IC', 'UseShortNumber', '2')");
+  database_.Execute(
+      L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FUnitID) VALUES (15, 1, 502, 1)");
   const std::wstring dsn = Dsn(L"en");
   const Trace trace;
   const auto number = [](const Variant& rows) { return RowTexts(rows, {L"FNumber"}); };
@@ -397,8 +413,8 @@ TEST_F(LedgersTest, ListLines) {
   const std::wstring dsn = Dsn(L"en");
   const Variant rows = view_.Call(L"GetBomEntryLdgInfo", dsn, 7, L"a1.FBOMNumber='B11'", L"a.FEntryID");
   EXPECT_EQ(RowTexts(rows, {L"FEntryID", L"FInterID", L"FItemID", L"FNumber", L"FItemName", L"FModel",
-                            L"FBaseUnitID", L"FUnitID", L"FMaterielType", L"FMarshalType", L"FAuxQty", L"FQty",
-                            L"FScrap", L"FBeginDay", L"FEndDay", L"FPercent"}),
+                            L"FBaseUnitID", L"FUnitID", L"FMaterielType", L"FMarshalType", L"FAuxQty",
+                            L"FQty", L"FScrap", L"FBeginDay", L"FEndDay", L"FPercent"}),
             (Texts{L"1|11|502|I.502|Wheel|M2|piece|pair|Ordinary|General|1|2|5|2020-01-01|2020-12-31|100",
                    L"2|11|504|I.504|Hub|NULL|pair|piece|Ordinary|General|3|3|0|1900-01-01|2100-01-01|100"}));
   // An operation is one of type 61; a serial, a place and a store of 0 show as nothing.
@@ -425,15 +441,16 @@ TEST_F(LedgersTest, ColourLinesThatAreNotValidInThePeriod) {
   // 11|1 is valid in 2020 only; so is the line of 13, but that BOM is of another type.
   EXPECT_EQ(colours(L"2021-01-01", L"2021-06-30"),
             (Texts{L"11|1|1|253, 223, 223", L"11|2|0|253, 223, 223", L"13|1|0|253, 223, 223"}));
-  EXPECT_EQ(trace.Details(L"Open")[1],
-            EntryLedgerStatement(
-                kEnglish, L"b.FNumber,",
-                L"\n CASE a1.FBomType WHEN 0 THEN (CASE WHEN (a.FBeginDay BETWEEN '2021-01-01' AND  '2021-06-30') "
-                L"THEN 0  WHEN (a.FEndDay BETWEEN '2021-01-01' AND  '2021-06-30' ) THEN 0  WHEN ('2021-01-01' >= "
-                L"a.FBeginDay AND '2021-06-30' <= a.FEndDay) THEN 0 ELSE 1 END) \n ELSE 0 END \n AS "
-                L"FAlterBackColor, '253, 223, 223' AS FBackColor, ",
-                false) +
-                L" WHERE a.FInterID IN (11,13) ORDER BY a.FInterID,a.FEntryID");
+  EXPECT_EQ(
+      trace.Details(L"Open")[1],
+      EntryLedgerStatement(
+          kEnglish, L"b.FNumber,",
+          L"\n CASE a1.FBomType WHEN 0 THEN (CASE WHEN (a.FBeginDay BETWEEN '2021-01-01' AND  '2021-06-30') "
+          L"THEN 0  WHEN (a.FEndDay BETWEEN '2021-01-01' AND  '2021-06-30' ) THEN 0  WHEN ('2021-01-01' >= "
+          L"a.FBeginDay AND '2021-06-30' <= a.FEndDay) THEN 0 ELSE 1 END) \n ELSE 0 END \n AS "
+          L"FAlterBackColor, '253, 223, 223' AS FBackColor, ",
+          false) +
+          L" WHERE a.FInterID IN (11,13) ORDER BY a.FInterID,a.FEntryID");
   // Overlaps at its begin, at its end, within, and around.
   for (const auto& [begin, end] :
        {std::pair{L"2019-06-01", L"2020-01-01"}, std::pair{L"2020-12-31", L"2021-06-30"},
@@ -447,7 +464,8 @@ TEST_F(LedgersTest, TakeDatesAsThePeriod) {
   constexpr double k20210101 = 44197;
   const Trace trace;
   view_.Call(L"GetBomEntryLdgInfo", Dsn(L"en"), 0, L"", L"",
-             MakeDictionary({{L"BItemTime", Variant::Date(k20210101)}, {L"EItemTime", Variant::Date(k20210101 + 1)}}));
+             MakeDictionary(
+                 {{L"BItemTime", Variant::Date(k20210101)}, {L"EItemTime", Variant::Date(k20210101 + 1)}}));
   EXPECT_NE(trace.Details(L"Open")[1].find(L"BETWEEN '2021-01-01' AND  '2021-01-02'"), std::wstring::npos);
 }
 
@@ -457,7 +475,8 @@ TEST_F(LedgersTest, AddUserDefinedValues) {
   EXPECT_EQ(RowTexts(heads, {L"FBOMNumber", L"FDrawing", L"FDept"}), (Texts{L"B11|D-11|Frames", L"B12||"}));
   const Variant lines =
       view_.Call(L"GetBomEntryLdgInfo", Dsn(L"en"), 0, L"a.FInterID<13", L"a.FInterID,a.FEntryID");
-  EXPECT_EQ(RowTexts(lines, {L"FInterID", L"FEntryID", L"FPartNo"}), (Texts{L"11|1|", L"11|2|P-2", L"12|1|"}));
+  EXPECT_EQ(RowTexts(lines, {L"FInterID", L"FEntryID", L"FPartNo"}),
+            (Texts{L"11|1|", L"11|2|P-2", L"12|1|"}));
 }
 
 TEST_F(LedgersTest, ListNothing) {
@@ -473,15 +492,16 @@ TEST_F(LedgersTest, ListCustomerBoms) {
                      {L"FInterID", L"FBOMNumber", L"FItemID", L"FName", L"FNumber", L"FUseStatus", L"FYield",
                       L"FQty", L"FParentID", L"FQtyDecimal", L"FBomType", L"FCustID", L"FModel", L"FUnitID"}),
             Texts{L"15|B15|501|Bike|I.501|In use|100|1|13|0|3|9|M1|piece"});
-  EXPECT_EQ(trace.Events(),
-            (Texts{L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnectionObject",
-                   std::wstring(L"Open\t") + kSettingQuery, L"LoadString\t使用", L"LoadString\t未使用",
-                   L"Open\tSELECT * FROM (SELECT a.FInterID,a.FBOMNumber,b.FItemID,b.FName,b.FNumber,CASE "
-                   L"FUseStatus WHEN 1072 THEN 'In use' ELSE 'Not in use' END AS "
-                   L"FUseStatus,a.FYield,a.FQty,a.FParentID,b.FQtyDecimal,a.FBomType,a.FCustID,b.FModel,c.FName AS "
-                   L"FUnitID FROM ICBOM a,t_ICItem b,t_MeasureUnit c WHERE a.FItemID=b.FItemID AND "
-                   L"b.FUnitID=c.FItemID) t1 WHERE FBomType=3 ORDER BY FInterID",
-                   L"VoteComplete"}));
+  EXPECT_EQ(
+      trace.Events(),
+      (Texts{L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnectionObject",
+             std::wstring(L"Open\t") + kSettingQuery, L"LoadString\t使用", L"LoadString\t未使用",
+             L"Open\tSELECT * FROM (SELECT a.FInterID,a.FBOMNumber,b.FItemID,b.FName,b.FNumber,CASE "
+             L"FUseStatus WHEN 1072 THEN 'In use' ELSE 'Not in use' END AS "
+             L"FUseStatus,a.FYield,a.FQty,a.FParentID,b.FQtyDecimal,a.FBomType,a.FCustID,b.FModel,c.FName AS "
+             L"FUnitID FROM ICBOM a,t_ICItem b,t_MeasureUnit c WHERE a.FItemID=b.FItemID AND "
+             L"b.FUnitID=c.FItemID) t1 WHERE FBomType=3 ORDER BY FInterID",
+             L"VoteComplete"}));
 }
 
 TEST_F(LedgersTest, ListTheLinesOfCustomerBoms) {
@@ -491,31 +511,35 @@ TEST_F(LedgersTest, ListTheLinesOfCustomerBoms) {
       L"(15, 1, 502, 2, 1, 2, 5, 100, 10, 61001, 'P1', 1, 1058, 81, 91, 'a')");
   const Trace trace;
   const Variant rows = view_.Call(L"GetCustBomEntryLdgInfo", Dsn(L"cht"), 3, L"FInterID=15", L"FEntryID");
-  EXPECT_EQ(RowTexts(rows, {L"FEntryID", L"FInterID", L"FItemID", L"FNumber", L"FItemName", L"FModel",
-                            L"FBaseUnitID", L"FunitID", L"FMaterielType", L"FMarshalType", L"FAuxQty", L"FQty",
-                            L"FScrap", L"FPercent", L"FOperSN", L"FOperID", L"FMachinePos", L"FOffSetDay",
-                            L"FBackFlush", L"FIsKeyItem", L"FForbitUse", L"FUseState", L"FSPID", L"FStockID",
-                            L"FNote", L"FQtyDecimal", L"FErpClsName"}),
+  EXPECT_EQ(RowTexts(rows, {L"FEntryID",    L"FInterID",    L"FItemID",    L"FNumber",       L"FItemName",
+                            L"FModel",      L"FBaseUnitID", L"FunitID",    L"FMaterielType", L"FMarshalType",
+                            L"FAuxQty",     L"FQty",        L"FScrap",     L"FPercent",      L"FOperSN",
+                            L"FOperID",     L"FMachinePos", L"FOffSetDay", L"FBackFlush",    L"FIsKeyItem",
+                            L"FForbitUse",  L"FUseState",   L"FSPID",      L"FStockID",      L"FNote",
+                            L"FQtyDecimal", L"FErpClsName"}),
             Texts{L"1|15|502|I.502|Wheel|M2|piece|pair|Ordinary|General|1|2|5|100|10|Assembly|P1|1|是|否|是|"
                   L"Current|Rack|Store|a|3|Phantom"});
   EXPECT_EQ(KeysOf(rows.AsObject().Get(L"Item", 1).AsObject()).size(), 27U);
   EXPECT_EQ(
       trace.Details(L"Open")[1],
-      WithCrLf(L"SELECT * FROM (SELECT a.FEntryID,a.FInterID,b.FItemID,b.FNumber,b.FName AS "
-               L"FItemName,b.FModel,d.FName AS FBaseUnitID,w.Fname as FunitID, e.FName AS FMaterielType,f.FName AS "
-               L"FMarshalType,a.FAuxQty,a.FQty,a.FScrap,a.FPercent,(case a.FOperSN when 0 then '' else "
-               L"cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,a.FOffSetDay," +
-               FlagColumns(kTraditional) +
-               L"g.FName AS FUseState,i.FName AS FSPID,c.FName AS FStockID,a.FNote,b.FQtyDecimal,v.FName AS "
-               L"FErpClsName  FROM ICCustBOMChild a" +
-               kLineJoins +
-               L"\nleft join t_SubMessage v on b.FErpClsID=v.FInterID) t1 WHERE FInterID=15 ORDER BY FEntryID"));
+      WithCrLf(
+          L"SELECT * FROM (SELECT a.FEntryID,a.FInterID,b.FItemID,b.FNumber,b.FName AS "
+          L"FItemName,b.FModel,d.FName AS FBaseUnitID,w.Fname as FunitID, e.FName AS FMaterielType,f.FName "
+          L"AS "
+          L"FMarshalType,a.FAuxQty,a.FQty,a.FScrap,a.FPercent,(case a.FOperSN when 0 then '' else "
+          L"cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,a.FOffSetDay," +
+          FlagColumns(kTraditional) +
+          L"g.FName AS FUseState,i.FName AS FSPID,c.FName AS FStockID,a.FNote,b.FQtyDecimal,v.FName AS "
+          L"FErpClsName  FROM ICCustBOMChild a" +
+          kLineJoins +
+          L"\nleft join t_SubMessage v on b.FErpClsID=v.FInterID) t1 WHERE FInterID=15 ORDER BY FEntryID"));
   EXPECT_EQ(trace.Votes(), Texts{L"VoteComplete"});
 }
 
 TEST_F(LedgersTest, RaiseForAQuote) {
-  for (const wchar_t* method : {L"GetBomLdgInfo", L"GetCustBomLdgInfo", L"GetBomTitle", L"GetBomEntryTitle",
-                                L"GetCustBomTitle", L"GetBomUserDefinedTitle", L"GetBomEntryUserDefinedTitle"}) {
+  for (const wchar_t* method :
+       {L"GetBomLdgInfo", L"GetCustBomLdgInfo", L"GetBomTitle", L"GetBomEntryTitle", L"GetCustBomTitle",
+        L"GetBomUserDefinedTitle", L"GetBomEntryUserDefinedTitle"}) {
     const Trace trace;
     EXPECT_EQ(RaisedBy([&] { view_.Call(method, Dsn(L"en"), L"FName='"); }).code,
               static_cast<HRESULT>(0x80040E14))

@@ -8,8 +8,8 @@
 #include "tests/src/view/Factory.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
-#include "tests/support/Printing.h"
 #include "tests/support/Collections.h"
+#include "tests/support/Printing.h"
 
 namespace mbom::test {
 namespace {
@@ -61,7 +61,8 @@ class BomLstInfoTest : public BomListsTest {
   static std::wstring Statement(const std::wstring& classes, const std::wstring& number,
                                 const std::wstring& conditions) {
     return WithCrLf(
-        L"SET NOCOUNT ON \n\n--SQL开始构建，包括临时表#IntiGroup的建立，该表保存符合过滤界面条件的BOM组信息 \n"
+        L"SET NOCOUNT ON \n\n--SQL开始构建，包括临时表#IntiGroup的建立，该表保存符合过滤界面条件的BOM组信息 "
+        L"\n"
         L"SELECT DISTINCT t1.FInterID, t1.FBomNumber, t1.FBomType, t1.FTranType, \n"
         L"--按照BOM的类型决定BOM前面的图标 \n"
         L"CASE WHEN t1.FBomType=0 THEN (CASE WHEN t1.FUseStatus=1072 THEN 13 ELSE 3 END) ELSE (CASE WHEN "
@@ -87,10 +88,10 @@ class BomLstInfoTest : public BomListsTest {
 TEST_F(BomLstInfoTest, ListsTheBomsOfGroupsByNumber) {
   const Trace trace;
   const Variant rows = view_.Call(L"GetBomLstInfo", Dsn(L"SC"), Object(), none_, true);
-  EXPECT_EQ(trace.Events(),
-            AroundSetUp({}, Dsn(L"SC"),
-                        {L"Execute\t" + Statement(L" AND T4.FERPClsID IN (2,6,9)", L"t4.FNumber AS FNumber", L""),
-                         L"VoteComplete"}));
+  EXPECT_EQ(trace.Events(), AroundSetUp({}, Dsn(L"SC"),
+                                        {L"Execute\t" + Statement(L" AND T4.FERPClsID IN (2,6,9)",
+                                                                  L"t4.FNumber AS FNumber", L""),
+                                         L"VoteComplete"}));
   // 13 is of class 5; 15 and 16 are in no group.
   EXPECT_EQ(RowTexts(rows, {L"FInterID", L"FBomNumber", L"FBomType", L"FTranType", L"FImgNormal", L"FItemID",
                             L"FNumber", L"FName", L"FModel"}),
@@ -119,8 +120,8 @@ TEST_F(BomLstInfoTest, NeedsTheSubsystem) {
 }
 
 TEST_F(BomLstInfoTest, RestrictsToGroupsUnderTheKeyThatIsAskedFor) {
-  const Object groups = MakeVector({MakeDictionary({{L"Key", 2}, {L"FInterID", 3}}),
-                                    MakeDictionary({{L"Key", 5}, {L"FInterID", L"99"}})});
+  const Object groups = MakeVector(
+      {MakeDictionary({{L"Key", 2}, {L"FInterID", 3}}), MakeDictionary({{L"Key", 5}, {L"FInterID", L"99"}})});
   const Trace trace;
   EXPECT_EQ(Numbers(groups, none_), (Texts{L"B11", L"B14"}));
   EXPECT_EQ(Numbers(groups, none_, Object(), true), Texts{L"B12"});
@@ -141,7 +142,8 @@ TEST_F(BomLstInfoTest, AddsFilterGroupsAndQuickFind) {
   EXPECT_EQ(Numbers(groups, filter, find), Texts{L"B11"});
   view_.Call(L"GetBomLstInfo", Dsn(L"SC"), groups, filter, false, find);
   const auto conditions = [](const std::wstring& number) {
-    return L" AND t5.FName = 'Anna'\n AND t1.FStatus = 1 AND t3.FInterID IN (2) AND t1.FBomNumber LIKE '%1%'\n "
+    return L" AND t5.FName = 'Anna'\n AND t1.FStatus = 1 AND t3.FInterID IN (2) AND t1.FBomNumber LIKE "
+           L"'%1%'\n "
            L"AND " +
            number + L" LIKE '%50%'\n AND t4.FName LIKE '%Bi%'\n";
   };
@@ -182,9 +184,13 @@ TEST_F(BomLstInfoTest, LeavesTheInOutArgumentsAlone) {
 
 TEST_F(BomLstInfoTest, RaisesForBadInput) {
   const Trace trace;
-  EXPECT_EQ(RaisedBy([&] { Numbers(Object(), MakeDictionary({{L"Note", L"it's"}})); }).code,
+  EXPECT_EQ(RaisedBy([&] {
+              Numbers(Object(), MakeDictionary({{L"Note", L"it's"}}));
+            }).code,
             static_cast<HRESULT>(0x80040E14));
-  EXPECT_EQ(RaisedBy([&] { Numbers(Object(), none_, MakeDictionary({{L"ItemName", L"'"}})); }).code,
+  EXPECT_EQ(RaisedBy([&] {
+              Numbers(Object(), none_, MakeDictionary({{L"ItemName", L"'"}}));
+            }).code,
             static_cast<HRESULT>(0x80040E14));
   EXPECT_EQ(RaisedBy([&] { Numbers(Object(), Object()); }).code, static_cast<HRESULT>(0x800A005B));
   EXPECT_EQ(RaisedBy([&] { Numbers(MakeVector({5}), none_); }).code, DISP_E_TYPEMISMATCH);
@@ -195,7 +201,8 @@ TEST_F(BomLstInfoTest, RaisesForBadInput) {
 
 std::wstring Root(const std::wstring& caption, const std::wstring& extra = {}) {
   return L"SELECT 0 AS FType,'' AS FRelative,'ga' AS FKey,'" + caption +
-         L"' AS FText,1 AS FImgNormal,2 AS FImgClick,'0' AS FTag,'' AS FAdditional,'' AS FNumber,'' AS FName,'' "
+         L"' AS FText,1 AS FImgNormal,2 AS FImgClick,'0' AS FTag,'' AS FAdditional,'' AS FNumber,'' AS "
+         L"FName,'' "
          L"AS FBomNumber,0 AS FBomType,0 AS FItemID,0 AS FInterID,0 AS FCustID" +
          extra;
 }
@@ -214,30 +221,33 @@ std::wstring BomsFrom(const std::wstring& relative, const std::wstring& number, 
          L"b.FName,a.FBOMNumber,a.FBomType,a.FItemID,a.FInterID,a.FCustID" + tail;
 }
 
-constexpr wchar_t kUnderGroup[] = L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE 'gb'+CONVERT(VARCHAR,a.FParentID) END";
-constexpr wchar_t kUnderGroupOrBom[] =
-    L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE (CASE WHEN a.FBomType<>3 THEN 'gb'+CONVERT(VARCHAR,a.FParentID) ELSE "
-    L"'gc'+CONVERT(VARCHAR,a.FParentID) END) END";
+constexpr wchar_t kUnderGroup[] =
+    L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE 'gb'+CONVERT(VARCHAR,a.FParentID) END";
+constexpr wchar_t kUnderGroupOrBom[] = L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE (CASE WHEN a.FBomType<>3 "
+                                       L"THEN 'gb'+CONVERT(VARCHAR,a.FParentID) ELSE "
+                                       L"'gc'+CONVERT(VARCHAR,a.FParentID) END) END";
 
 std::wstring BomListStatement(const std::wstring& caption, const std::wstring& number) {
   return L"SELECT * FROM (" + Root(caption) + L" UNION " +
          GroupsFrom(L"1 AS FImgNormal,2 AS FImgClick,FNumber AS FTag,'' AS FAdditional,FName,'' AS "
                     L"FBomNumber,FNumber,0 AS FBomType,0 AS FItemID,0 AS FInterID,0 AS FCustID") +
-         L" UNION " +
-         BomsFrom(kUnderGroup, number, L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID") + L")t1";
+         L" UNION " + BomsFrom(kUnderGroup, number, L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID") +
+         L")t1";
 }
 
-const std::vector<const wchar_t*> kTreeColumns{
-    L"FType",   L"FRelative", L"FKey",       L"FText",    L"FImgNormal", L"FImgClick", L"FTag",   L"FAdditional",
-    L"FNumber", L"FName",     L"FBomNumber", L"FBomType", L"FItemID",    L"FInterID",  L"FCustID"};
+const std::vector<const wchar_t*> kTreeColumns{L"FType",      L"FRelative", L"FKey",       L"FText",
+                                               L"FImgNormal", L"FImgClick", L"FTag",       L"FAdditional",
+                                               L"FNumber",    L"FName",     L"FBomNumber", L"FBomType",
+                                               L"FItemID",    L"FInterID",  L"FCustID"};
 
 TEST_F(BomListsTest, ListsRootGroupsAndBoms) {
   const Trace trace;
   const Variant rows = view_.Call(L"GetBomList", database_.Dsn(L"Language=en"), L"", L"FKey");
-  EXPECT_EQ(trace.Events(),
-            (Texts{L"GetDataContext", L"BindDsn\t" + database_.Dsn(L"Language=en"), L"GetCallerInfo",
-                   L"GetConnectionObject", std::wstring(L"Open\t") + kSettingQuery, L"LoadString\tBOM单",
-                   L"Open\t" + BomListStatement(L"BOM", L"b.FNumber,") + L" ORDER BY FKey", L"VoteComplete"}));
+  EXPECT_EQ(
+      trace.Events(),
+      (Texts{L"GetDataContext", L"BindDsn\t" + database_.Dsn(L"Language=en"), L"GetCallerInfo",
+             L"GetConnectionObject", std::wstring(L"Open\t") + kSettingQuery, L"LoadString\tBOM单",
+             L"Open\t" + BomListStatement(L"BOM", L"b.FNumber,") + L" ORDER BY FKey", L"VoteComplete"}));
   // A group shows its name as the number and its number as the BOM's.
   EXPECT_EQ(RowTexts(rows, kTreeColumns),
             (Texts{L"0||ga|BOM|1|2|0|||||0|0|0|0", L"1|ga|gb1|G1(Bikes)|1|2|G1||Bikes||G1|0|0|0|0",
@@ -266,9 +276,10 @@ TEST_F(BomListsTest, SpeaksTheCallersLanguage) {
 
 TEST_F(BomListsTest, AddsFilterAndOrder) {
   const Trace trace;
-  EXPECT_EQ(RowTexts(view_.Call(L"GetBomList", database_.Dsn(L"Language=en"), L"FImgNormal=17 ", L"FKey DESC"),
-                     {L"FKey"}),
-            (Texts{L"gc16", L"gc15"}));
+  EXPECT_EQ(
+      RowTexts(view_.Call(L"GetBomList", database_.Dsn(L"Language=en"), L"FImgNormal=17 ", L"FKey DESC"),
+               {L"FKey"}),
+      (Texts{L"gc16", L"gc15"}));
   EXPECT_EQ(trace.Details(L"Open")[1],
             BomListStatement(L"BOM", L"b.FNumber,") + L" WHERE FImgNormal=17  ORDER BY FKey DESC");
   EXPECT_EQ(RaisedBy([&] { view_.Call(L"GetBomList", database_.Dsn(), L"FNumber='"); }).code,
@@ -286,8 +297,8 @@ TEST_F(BomListsTest, ShowsShortNumbersWhereTheSettingSaysSo) {
   EXPECT_EQ(number(), L"501");
   EXPECT_EQ(trace.Details(L"Open")[1],
             BomListStatement(L"BOM", L"b.FShortNumber AS FNumber,") + L" WHERE FKey='gc11'");
-  for (const auto& [value, shown] : {std::pair{L"'0'", L"I.501"}, std::pair{L"'-1'", L"501"},
-                                     std::pair{L"NULL", L"I.501"}}) {
+  for (const auto& [value, shown] :
+       {std::pair{L"'0'", L"I.501"}, std::pair{L"'-1'", L"501"}, std::pair{L"NULL", L"I.501"}}) {
     database_.Execute(std::wstring(L"UPDATE t_SystemProfile SET FValue = ") + value);
     EXPECT_EQ(number(), shown);
   }
@@ -300,8 +311,9 @@ TEST_F(BomListsTest, SendsTheUnequalUnionOfTheCustomerList) {
   const Raised raised =
       RaisedBy([&] { view_.Call(L"GetCustBomList", database_.Dsn(L"Language=en"), L"FType=1", L"FKey"); });
   EXPECT_EQ(raised.code, static_cast<HRESULT>(0x80040E14));
-  EXPECT_EQ(raised.description, L"All queries combined using a UNION, INTERSECT or EXCEPT operator must have an "
-                                L"equal number of expressions in their target lists.");
+  EXPECT_EQ(raised.description,
+            L"All queries combined using a UNION, INTERSECT or EXCEPT operator must have an "
+            L"equal number of expressions in their target lists.");
   EXPECT_EQ(trace.Details(L"Open")[1],
             L"SELECT * FROM (" + Root(L"BOM") + L" UNION " +
                 GroupsFrom(L"1 AS FImgNormal,2 AS FImgClick,FNumber AS FTag,FNumber AS FTag,'' AS "
@@ -317,23 +329,24 @@ TEST_F(BomListsTest, SendsTheUnequalUnionOfTheCustomerList) {
 // ---- the lookup lists
 
 std::wstring ItemIdBatch(const std::wstring& where, const std::wstring& items) {
-  return WithCrLf(L"SET NOCOUNT ON\nDECLARE @Level INT\nSELECT @Level=1\n"
-                  L"CREATE TABLE ##BomItemID(FInterID INT NOT NULL,FItemID INT NOT NULL,FLevel INT NOT "
-                  L"NULL,FParentID INT  NULL)\n"
-                  L"INSERT INTO ##BomItemID(FParentID,FInterID,FItemID,FLevel)\n"
-                  L"SELECT t1.FParentID, t1.FInterID, t1.FItemID, @Level FROM ICBOM t1 Left Join t_IcItem t2 On "
-                  L"t1.FItemID = t2.FItemID " +
-                  where + items +
-                  L" WHILE EXISTS(SELECT * FROM ICBOMGroup INNER JOIN ##BomItemID ON ICBOMGroup.FInterID "
-                  L"=##BomItemID.FParentID WHERE ##BomItemID.FLevel=@Level AND ##BomItemID.FParentID<>0)\n"
-                  L"BEGIN\n"
-                  L"INSERT INTO ##BomItemID(FParentID,FInterID,FItemID,FLevel)\n"
-                  L"SELECT ICBOMGroup.FParentID,ICBOMGroup.FInterID,0,@Level+1 FROM ICBOMGroup INNER JOIN "
-                  L"##BomItemID ON ICBOMGroup.FInterID =##BomItemID.FParentID WHERE ##BomItemID.FLevel=@Level "
-                  L"AND ##BomItemID.FParentID<>0\n"
-                  L"SELECT @Level=@Level+1\n"
-                  L"End \n"
-                  L"SET NOCOUNT OFF");
+  return WithCrLf(
+      L"SET NOCOUNT ON\nDECLARE @Level INT\nSELECT @Level=1\n"
+      L"CREATE TABLE ##BomItemID(FInterID INT NOT NULL,FItemID INT NOT NULL,FLevel INT NOT "
+      L"NULL,FParentID INT  NULL)\n"
+      L"INSERT INTO ##BomItemID(FParentID,FInterID,FItemID,FLevel)\n"
+      L"SELECT t1.FParentID, t1.FInterID, t1.FItemID, @Level FROM ICBOM t1 Left Join t_IcItem t2 On "
+      L"t1.FItemID = t2.FItemID " +
+      where + items +
+      L" WHILE EXISTS(SELECT * FROM ICBOMGroup INNER JOIN ##BomItemID ON ICBOMGroup.FInterID "
+      L"=##BomItemID.FParentID WHERE ##BomItemID.FLevel=@Level AND ##BomItemID.FParentID<>0)\n"
+      L"BEGIN\n"
+      L"INSERT INTO ##BomItemID(FParentID,FInterID,FItemID,FLevel)\n"
+      L"SELECT ICBOMGroup.FParentID,ICBOMGroup.FInterID,0,@Level+1 FROM ICBOMGroup INNER JOIN "
+      L"##BomItemID ON ICBOMGroup.FInterID =##BomItemID.FParentID WHERE ##BomItemID.FLevel=@Level "
+      L"AND ##BomItemID.FParentID<>0\n"
+      L"SELECT @Level=@Level+1\n"
+      L"End \n"
+      L"SET NOCOUNT OFF");
 }
 
 constexpr wchar_t kNotConfigured[] = L" and t2.FErpClsID <> 5 and t1.FParentID is not  null";
@@ -350,11 +363,10 @@ std::wstring SimplifyStatement(const std::wstring& root, const std::wstring& gro
 }
 
 std::wstring SimplifyListStatement(const std::wstring& where = {}) {
-  return SimplifyStatement(
-      Root(L"BOM"), GroupsFrom(kGroupColumns),
-      BomsFrom(kUnderGroupOrBom, L"b.FNumber,",
-               L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID and a.Fstatus=1 "),
-      where);
+  return SimplifyStatement(Root(L"BOM"), GroupsFrom(kGroupColumns),
+                           BomsFrom(kUnderGroupOrBom, L"b.FNumber,",
+                                    L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID and a.Fstatus=1 "),
+                           where);
 }
 
 class SimplifyListTest : public BomListsTest {
@@ -370,7 +382,7 @@ class SimplifyListTest : public BomListsTest {
   static std::wstring TableOf(const std::wstring& batch) {
     std::wsmatch found;
     return std::regex_search(batch, found, std::wregex(L"##BomItemID_[0-9A-F]{32}")) ? found.str()
-                                                                                        : std::wstring();
+                                                                                     : std::wstring();
   }
 
   const std::wstring dsn_ = database_.Dsn(L"Language=en");
@@ -416,8 +428,8 @@ TEST_F(SimplifyListTest, KeepsAllBomsWithoutAFilter) {
   EXPECT_EQ(Named(trace.Details(L"Execute"))[0], ItemIdBatch(L"", kNotConfigured));
   // With one they do.
   EXPECT_EQ(Keys(L"GetBomSimplifyList", L"1=1", L"", L"FKey"),
-            (Texts{L"ga|", L"gb1|ga", L"gb2|gb1", L"gb3|gb1", L"gb5|ga", L"gc11|gb2", L"gc14|gb5", L"gc15|gc13",
-                   L"gc16|ga"}));
+            (Texts{L"ga|", L"gb1|ga", L"gb2|gb1", L"gb3|gb1", L"gb5|ga", L"gc11|gb2", L"gc14|gb5",
+                   L"gc15|gc13", L"gc16|ga"}));
 }
 
 TEST_F(SimplifyListTest, RestrictsTheRowsToo) {
@@ -435,8 +447,9 @@ TEST_F(SimplifyListTest, OfCustomersTakesTheSecondFilterOnlyWithTheFirst) {
         where);
   };
   const Trace trace;
-  EXPECT_EQ(Keys(L"GetCustBomSimplifyList", L"", L"FBomType=9", L"FKey"),
-            (Texts{L"ga|", L"gb1|ga", L"gb2|gb1", L"gb3|gb1", L"gb4|gb3", L"gb5|ga", L"gc13|gb4", L"gc15|gb13"}));
+  EXPECT_EQ(
+      Keys(L"GetCustBomSimplifyList", L"", L"FBomType=9", L"FKey"),
+      (Texts{L"ga|", L"gb1|ga", L"gb2|gb1", L"gb3|gb1", L"gb4|gb3", L"gb5|ga", L"gc13|gb4", L"gc15|gb13"}));
   EXPECT_EQ(Keys(L"GetCustBomSimplifyList", L"t1.FInterID=15", L"FBomType=3", L"FKey"),
             (Texts{L"ga|", L"gc15|gb13"}));
   EXPECT_EQ(RaisedBy([&] { Keys(L"GetCustBomSimplifyList", L"t1.FInterID=15"); }).code,
@@ -453,18 +466,19 @@ TEST_F(SimplifyListTest, ExKeepsConfiguredItemsForTheEcnLookup) {
     return SimplifyStatement(
         Root(L"BOM", L", '' AS FModel, '' AS FErpClsName"),
         GroupsFrom(std::wstring(kGroupColumns) + L",  '' AS FModel, '' AS FErpClsName "),
-        BomsFrom(kUnderGroupOrBom, L"b.FNumber,",
-                 L", b.FModel, c.FName as FErpClsName  FROM ICBom a,t_ICItem b, t_SubMessage c  WHERE A.FSTATUS=1 "
-                 L"AND a.FItemID=b.FItemID AND b.FErpClsID = c.FInterID " +
-                     items));
+        BomsFrom(
+            kUnderGroupOrBom, L"b.FNumber,",
+            L", b.FModel, c.FName as FErpClsName  FROM ICBom a,t_ICItem b, t_SubMessage c  WHERE A.FSTATUS=1 "
+            L"AND a.FItemID=b.FItemID AND b.FErpClsID = c.FInterID " +
+                items));
   };
   const auto boms = [&](const wchar_t* filter, const wchar_t* lookType) {
     return RowTexts(view_.Call(L"GetBomSimplifyListEx", dsn_, filter, L"FItemID<>0", L"FKey", lookType),
                     {L"FKey", L"FModel", L"FErpClsName"});
   };
   const Trace trace;
-  EXPECT_EQ(boms(L"1=1", L"ecnLookup"), (Texts{L"ga||", L"gc11|M1|Made", L"gc13|M3|Configured", L"gc14|M1|Made",
-                                               L"gc15|M1|Made", L"gc16|NULL|Bought"}));
+  EXPECT_EQ(boms(L"1=1", L"ecnLookup"), (Texts{L"ga||", L"gc11|M1|Made", L"gc13|M3|Configured",
+                                               L"gc14|M1|Made", L"gc15|M1|Made", L"gc16|NULL|Bought"}));
   EXPECT_EQ(boms(L"", L"other"),
             (Texts{L"ga||", L"gc11|M1|Made", L"gc14|M1|Made", L"gc15|M1|Made", L"gc16|NULL|Bought"}));
   const Texts executed = Named(trace.Details(L"Execute"));
@@ -484,8 +498,9 @@ TEST_F(SimplifyListTest, ShowsShortNumbers) {
             (Texts{L"", L"504"}));
   EXPECT_EQ(RowTexts(view_.Call(L"GetBomSimplifyListEx", dsn_, L"t1.FInterID=16"), {L"FNumber"}),
             (Texts{L"", L"504"}));
-  EXPECT_EQ(RowTexts(view_.Call(L"GetCustBomSimplifyList", dsn_, L"t1.FInterID=15", L"FCustID=9"), {L"FNumber"}),
-            (Texts{L"", L"501"}));
+  EXPECT_EQ(
+      RowTexts(view_.Call(L"GetCustBomSimplifyList", dsn_, L"t1.FInterID=15", L"FCustID=9"), {L"FNumber"}),
+      (Texts{L"", L"501"}));
 }
 
 TEST_F(SimplifyListTest, RunsInTwoApartmentsAtOnce) {
@@ -545,7 +560,8 @@ TEST_F(SimplifyListTest, RaisesForABadFilter) {
   const Trace trace;
   EXPECT_EQ(RaisedBy([&] { Keys(L"GetBomSimplifyList", L"t1.FNoSuch=1"); }).code,
             static_cast<HRESULT>(0x80040E14));
-  EXPECT_EQ(RaisedBy([&] { Keys(L"GetBomSimplifyListEx", L"", L"'"); }).code, static_cast<HRESULT>(0x80040E14));
+  EXPECT_EQ(RaisedBy([&] { Keys(L"GetBomSimplifyListEx", L"", L"'"); }).code,
+            static_cast<HRESULT>(0x80040E14));
   EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteAbort"}));
 }
 

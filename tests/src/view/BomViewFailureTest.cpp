@@ -62,8 +62,8 @@ TEST_P(BomViewFailureTest, SucceedsOtherwise) {
 }
 
 TEST_P(BomViewFailureTest, RaisesWhateverFails) {
-  for (const wchar_t* kind : {L"GetDataContext", L"BindDsn", L"GetCallerInfo", GetParam().connection,
-                              L"VoteComplete"})
+  for (const wchar_t* kind :
+       {L"GetDataContext", L"BindDsn", L"GetCallerInfo", GetParam().connection, L"VoteComplete"})
     ExpectRises(kind, 1);
   for (int32_t i = 1; i <= GetParam().opens; ++i) ExpectRises(L"Open", i);
   for (int32_t i = 1; i <= GetParam().executes; ++i) ExpectRises(L"Execute", i);
@@ -83,25 +83,25 @@ TEST_P(BomViewFailureTest, DoesWithoutTheLoader) {
   EXPECT_EQ(RaisedBy([&] { Call(Hosted(L"BomView"), Dsn()); }).code, S_OK);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryMethod, BomViewFailureTest,
-    testing::Values(Reading{L"GetBomGroupList", L"GetConnectionObject", 1, 0},
-                    Reading{L"GetBomLstInfo", L"GetConnection", 0, 1},
-                    Reading{L"GetBomList", L"GetConnectionObject", 2, 0},
-                    Reading{L"GetBomSimplifyList", L"GetConnection", 2, 2},
-                    Reading{L"GetCustBomSimplifyList", L"GetConnection", 2, 2},
-                    Reading{L"GetBomSimplifyListEx", L"GetConnection", 2, 2},
-                    Reading{L"ExistsEcnBill", L"GetConnection", 0, 1},
-                    Reading{L"GetBomTitle", L"GetConnectionObject", 2, 0},
-                    Reading{L"GetBomEntryTitle", L"GetConnectionObject", 2, 0},
-                    Reading{L"GetBomUserDefinedTitle", L"GetConnectionObject", 1, 0},
-                    Reading{L"GetBomEntryUserDefinedTitle", L"GetConnectionObject", 1, 0},
-                    Reading{L"GetCustBomTitle", L"GetConnectionObject", 1, 0},
-                    Reading{L"GetBomLdgInfo", L"GetConnectionObject", 3, 0},
-                    Reading{L"GetBomEntryLdgInfo", L"GetConnectionObject", 3, 0},
-                    Reading{L"GetCustBomLdgInfo", L"GetConnectionObject", 2, 0},
-                    Reading{L"GetCustBomEntryLdgInfo", L"GetConnectionObject", 2, 0}),
-    [](const auto& method) { return com::ToUtf8(method.param.method); });
+INSTANTIATE_TEST_SUITE_P(EveryMethod, BomViewFailureTest,
+                         testing::Values(Reading{L"GetBomGroupList", L"GetConnectionObject", 1, 0},
+                                         Reading{L"GetBomLstInfo", L"GetConnection", 0, 1},
+                                         Reading{L"GetBomList", L"GetConnectionObject", 2, 0},
+                                         Reading{L"GetBomSimplifyList", L"GetConnection", 2, 2},
+                                         Reading{L"GetCustBomSimplifyList", L"GetConnection", 2, 2},
+                                         Reading{L"GetBomSimplifyListEx", L"GetConnection", 2, 2},
+                                         Reading{L"ExistsEcnBill", L"GetConnection", 0, 1},
+                                         Reading{L"GetBomTitle", L"GetConnectionObject", 2, 0},
+                                         Reading{L"GetBomEntryTitle", L"GetConnectionObject", 2, 0},
+                                         Reading{L"GetBomUserDefinedTitle", L"GetConnectionObject", 1, 0},
+                                         Reading{L"GetBomEntryUserDefinedTitle", L"GetConnectionObject", 1,
+                                                 0},
+                                         Reading{L"GetCustBomTitle", L"GetConnectionObject", 1, 0},
+                                         Reading{L"GetBomLdgInfo", L"GetConnectionObject", 3, 0},
+                                         Reading{L"GetBomEntryLdgInfo", L"GetConnectionObject", 3, 0},
+                                         Reading{L"GetCustBomLdgInfo", L"GetConnectionObject", 2, 0},
+                                         Reading{L"GetCustBomEntryLdgInfo", L"GetConnectionObject", 2, 0}),
+                         [](const auto& method) { return com::ToUtf8(method.param.method); });
 
 } // namespace
 } // namespace mbom::test

@@ -23,12 +23,14 @@ inline void FillFactory(const TestDatabase& database) {
   database.Execute(L"INSERT INTO t_Item (FItemID, FItemClassID, FNumber, FName, FDeleted) VALUES "
                    L"(501, 4, 'I.501', 'Bike', 0), (502, 4, 'I.502', 'Wheel', 1), (503, 4, 'I.503', 'Conf', "
                    L"0), (504, 4, 'I.504', 'Hub', 0)");
-  database.Execute(L"INSERT INTO t_MeasureUnit (FMeasureUnitID, FItemID, FUnitGroupID, FNumber, FName) VALUES "
-                   L"(1, 1, 10, 'PC', 'piece'), (2, 2, 10, 'PR', 'pair')");
-  database.Execute(L"INSERT INTO t_SubMessage (FInterID, FTypeID, FID, FName) VALUES (1, 210, 'W', 'Bought'), "
-                   L"(2, 210, 'Z', 'Made'), (5, 210, 'P', 'Configured'), (9, 210, 'X', 'Phantom'), "
-                   L"(341, 36, 'S', 'Current'), (371, 40, 'P', 'Ordinary'), (385, 42, 'T', 'General'), "
-                   L"(61001, 61, 'A', 'Assembly'), (61002, 62, 'B', 'Not an operation')");
+  database.Execute(
+      L"INSERT INTO t_MeasureUnit (FMeasureUnitID, FItemID, FUnitGroupID, FNumber, FName) VALUES "
+      L"(1, 1, 10, 'PC', 'piece'), (2, 2, 10, 'PR', 'pair')");
+  database.Execute(
+      L"INSERT INTO t_SubMessage (FInterID, FTypeID, FID, FName) VALUES (1, 210, 'W', 'Bought'), "
+      L"(2, 210, 'Z', 'Made'), (5, 210, 'P', 'Configured'), (9, 210, 'X', 'Phantom'), "
+      L"(341, 36, 'S', 'Current'), (371, 40, 'P', 'Ordinary'), (385, 42, 'T', 'General'), "
+      L"(61001, 61, 'A', 'Assembly'), (61002, 62, 'B', 'Not an operation')");
   database.Execute(L"INSERT INTO t_User (FUserID, FName) VALUES (71, 'Anna'), (72, 'Ben')");
   database.Execute(L"INSERT INTO t_Routing (FInterID, FBillNo, FRoutingName) VALUES (7, 'R7', 'Line 7')");
   database.Execute(
@@ -54,7 +56,8 @@ inline void FillFactory(const TestDatabase& database) {
       L"(15, 1, 502, 1, 1, 1, 0, '1900-01-01', '2100-01-01', 100, 0, 0, '', 0, 1059, 0, 0, '', 0, 0), "
       L"(16, 1, 502, 1, 1, 1, 0, '1900-01-01', '2100-01-01', 100, 0, 0, '', 0, 1059, 0, 0, '', 0, 0)");
   database.Execute(L"INSERT INTO t_Stock (FItemID, FNumber, FName) VALUES (81, 'S', 'Store')");
-  database.Execute(L"INSERT INTO t_StockPlace (FSPID, FNumber, FName) VALUES (0, '*', '*'), (91, 'R', 'Rack')");
+  database.Execute(
+      L"INSERT INTO t_StockPlace (FSPID, FNumber, FName) VALUES (0, '*', '*'), (91, 'R', 'Rack')");
 }
 
 } // namespace mbom::test

@@ -6,8 +6,8 @@
 #include "tests/src/view/Factory.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
-#include "tests/support/Printing.h"
 #include "tests/support/Collections.h"
+#include "tests/support/Printing.h"
 
 namespace mbom::test {
 namespace {
@@ -182,8 +182,8 @@ class GroupTreeTest : public testing::Test {
     return RowTexts(Get(groups, MakeDictionary({}), true, false), kGroupColumns);
   }
   Texts Sorted(const Object& groups, bool bomView) const {
-    Texts rows = RowTexts(Get(groups, MakeDictionary({}), true, bomView),
-                          bomView ? kTreeColumns : kGroupColumns);
+    Texts rows =
+        RowTexts(Get(groups, MakeDictionary({}), true, bomView), bomView ? kTreeColumns : kGroupColumns);
     std::sort(rows.begin(), rows.end());
     return rows;
   }
@@ -199,8 +199,8 @@ TEST_F(GroupTreeTest, RunsOneBatchOverEveryGroup) {
   // Without a group neither the filter nor the kind of number matters.
   Get(Groups({}), MakeDictionary({{L"BomNumber", L"x'"}}), false, true);
   EXPECT_EQ(trace.Events(),
-            (Texts{L"GetDataContext", L"BindDsn\t" + database_.Dsn(), L"GetCallerInfo", L"GetConnectionObject",
-                   L"Open\t" + Batch(kEveryGroup, kTreeRows), L"VoteComplete"}));
+            (Texts{L"GetDataContext", L"BindDsn\t" + database_.Dsn(), L"GetCallerInfo",
+                   L"GetConnectionObject", L"Open\t" + Batch(kEveryGroup, kTreeRows), L"VoteComplete"}));
   trace.Clear();
   view_.Call(L"GetBomGroupList", database_.Dsn(), Groups({}), MakeDictionary({}), false);
   EXPECT_EQ(trace.Details(L"Open"), Texts{Batch(kEveryGroup, kGroupRows)});
@@ -309,7 +309,8 @@ TEST_F(GroupTreeTest, GivesACommonParentOncePerPathInTheTreeOnly) {
 
 TEST_F(GroupTreeTest, StartsTwiceWhereAMatchingBomIs) {
   // BOM 11 in group 2 matches: the group is a start by the match and by the selection.
-  const Texts tree = RowTexts(Get(Groups({2}), MakeDictionary({{L"BomNumber", L"B11"}}), true, true), {L"FKey"});
+  const Texts tree =
+      RowTexts(Get(Groups({2}), MakeDictionary({{L"BomNumber", L"B11"}}), true, true), {L"FKey"});
   EXPECT_EQ(std::count(tree.begin(), tree.end(), L"2"), 2);
   EXPECT_EQ(RowTexts(Get(Groups({2}), MakeDictionary({{L"BomNumber", L"B11"}}), true, false), kGroupColumns),
             (Texts{L"1|1|1|0|Bikes|G1", L"1|0|2|1|City|G1.1"}));

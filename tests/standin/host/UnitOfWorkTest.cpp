@@ -52,7 +52,10 @@ TEST_F(UnitOfWorkTest, ARaisedErrorRollsBackWhateverWasVoted) {
   EXPECT_EQ(raised.source, L"Worker");
   EXPECT_EQ(raised.description, L"as told");
   for (const wchar_t* vote : {L"complete", L"abort", L"bind"})
-    EXPECT_EQ(RaisedBy([&] { Run(Steps({L"bind", L"DELETE FROM t", vote, L"raise"})); }).code, Numbered(1000));
+    EXPECT_EQ(RaisedBy([&] {
+                Run(Steps({L"bind", L"DELETE FROM t", vote, L"raise"}));
+              }).code,
+              Numbered(1000));
   EXPECT_EQ(Ids(), L"1,2,3");
 }
 

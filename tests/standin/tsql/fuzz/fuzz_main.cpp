@@ -84,7 +84,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     session->SetWorkLimit(std::nullopt);
     if (session->TransactionCount() > 0) session->Rollback();
     Sink after;
-    if (!session->Execute("SET NOCOUNT OFF SELECT 1", {}, after) || after.rows != 1) Complain("the session", after.last);
+    if (!session->Execute("SET NOCOUNT OFF SELECT 1", {}, after) || after.rows != 1)
+      Complain("the session", after.last);
   }
   // Nothing of it is left that would hinder the next session.
   Must(*Session::Open(database), "CREATE TABLE [~another] (a int) DROP TABLE [~another]");
