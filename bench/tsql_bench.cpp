@@ -154,13 +154,14 @@ void Fill(Engine& engine, Hand& hand) {
     std::string handRows;
     for (int id = first; id < first + kChunk; ++id) {
       const std::string quantity = std::to_string(id % 997) + ".25";
-      const std::string name = "'Item number " + std::to_string(id * 7919LL % kRows) + "'";
-      const std::string start =
-          (id > first ? ", (" : "(") + std::to_string(id) + ", " + std::to_string(id % 500) + ", ";
-      const std::string end = ", " + name + ", ";
-      rows += start + quantity + ", " + quantity + end + "'2026-01-01')";
       const std::string scaled = std::to_string(id % 997 * kScale + kScale / 4);
-      handRows += start + scaled + ", make_wide(" + scaled + ")" + end + "13806720000)";
+      const std::string name = "'Item number " + std::to_string(id * 7919LL % kRows) + "'";
+      std::string start = id > first ? ", (" : "(";
+      start.append(std::to_string(id)).append(", ").append(std::to_string(id % 500)).append(", ");
+      rows.append(start).append(quantity).append(", ").append(quantity).append(", ").append(name);
+      rows.append(", '2026-01-01')");
+      handRows.append(start).append(scaled).append(", make_wide(").append(scaled).append("), ").append(name);
+      handRows.append(", 13806720000)");
     }
     engine.Run("INSERT INTO t VALUES " + rows);
     hand.Run(("INSERT INTO t VALUES " + handRows).c_str());
