@@ -207,6 +207,7 @@ Outcome MakeCall(const Catalog& catalog, const CommandLine& line) {
     Object trace;
     if (line.trace) {
       trace = Object::Create(L"ErpStandIn.Trace");
+      trace.Call(L"Clear");
       trace.Call(L"Start");
     }
     try {

@@ -138,7 +138,7 @@ Variant Variant::As(VARTYPE type) const {
 }
 
 bool Variant::AsBool() const {
-  return As(VT_BOOL).v_.boolVal != VARIANT_FALSE;
+  return (v_.vt == VT_BOOL ? v_.boolVal : As(VT_BOOL).v_.boolVal) != VARIANT_FALSE;
 }
 
 int16_t Variant::AsShort() const {

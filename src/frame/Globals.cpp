@@ -154,8 +154,12 @@ Object RowToDictionary(const Recordset& recordset) {
 
 Object RecordsetToVector(const Recordset& recordset) {
   Object rows = Object::Create(outside::vector::kProgId);
+  RowReader reader(recordset);
   const BoundMember add(rows, outside::vector::kAdd);
-  for (RowReader reader(recordset); !recordset.Eof(); recordset.MoveNext()) add.Call(rows, reader.Read(true));
+  const BoundMember eof(recordset.object(), outside::ado::kEof);
+  const BoundMember moveNext(recordset.object(), outside::ado::kMoveNext);
+  for (; !eof.Get(recordset.object()).AsBool(); moveNext.Call(recordset.object()))
+    add.Call(rows, Variant(reader.Read(true)));
   return rows;
 }
 

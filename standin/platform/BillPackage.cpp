@@ -32,12 +32,15 @@ class RowOf {
   Object fields_;
 };
 
-// Adds the value of the recordset's current row to a header's or a line's values.
-void AddValue(Dictionary& values, const wchar_t* prefix, const RowOf& row) {
+// More lines than this are not kept.
+constexpr size_t kMostLines = 50000;
+
+void AddValue(Dictionary& values, const wchar_t* prefix, const Variant& field, const Variant& id,
+              const Variant& name) {
   const auto item = com::Make<Dictionary>();
-  item->object().PutValue(L"FID", row[L"FID"]);
-  item->object().PutValue(L"FName", row[L"FName"]);
-  values.PutValue(prefix + row[L"FFieldName"].AsText(), com::ToObject(item));
+  item->object().PutValue(L"FID", id);
+  item->object().PutValue(L"FName", name);
+  values.PutValue(prefix + field.AsText(), com::ToObject(item));
 }
 
 } // namespace
@@ -66,7 +69,7 @@ const BillPackage::BillKind& BillPackage::KindOf(int32_t billTranType) {
 
 // Inside of a unit of work the unit's connection, else one of its own that stays for the next bill.
 Object BillPackage::Connect(const std::wstring& dsn) {
-  if (!UnitOfWork::Current() && connection_ && dsn == source_.dsn) return connection_;
+  if (!UnitOfWork::Current() && connection_ && dsn == dsn_) return connection_;
   return DataSource(dsn).Connect();
 }
 
@@ -86,11 +89,15 @@ void BillPackage::GetBillPackage(const std::wstring& dsn, int32_t billTranType, 
   const EventLog::Pause ownDoing(CurrentThread().events);
   KindOf(billTranType);
   Object connection = Connect(dsn);
-  const bool sameTemplate =
-      Unchanged(connection) && dsn == source_.dsn && billTranType == source_.billTranType;
-  if (!sameTemplate) headStruct_ = entryStruct_ = Object();
-  if (!sameTemplate || billId != source_.billId) headValue_ = entries_ = Object();
-  source_ = {dsn, billTranType, billId};
+  const bool same = Unchanged(connection) && dsn == dsn_ && billTranType == billTranType_;
+  if (!same) headStruct_ = entryStruct_ = Object();
+  if (!same || linesKept_ > kMostLines) {
+    bills_.clear();
+    linesKept_ = 0;
+  }
+  dsn_ = dsn;
+  billTranType_ = billTranType;
+  billId_ = billId;
   connection_ = std::move(connection);
 }
 
@@ -107,7 +114,7 @@ Object BillPackage::Structure(const wchar_t* table, const wchar_t* caption, cons
       Rows(std::wstring(L"SELECT t1.FFieldName, t1.") + caption +
            L" AS FCaption, t1.FCtlType, t1.FLookUpCls, t1.FRelateOutTbl, t1.FDefaultCtl FROM " + table +
            L" t1 INNER JOIN ICTransactionType t2 ON t1.FID = t2.FTemplateID WHERE t2.FID = " +
-           std::to_wstring(source_.billTranType) + L" ORDER BY t1." + position);
+           std::to_wstring(billTranType_) + L" ORDER BY t1." + position);
   const auto structure = com::Make<Vector>();
   for (const RowOf row(fields); !fields.Get(L"EOF").AsBool(); fields.Call(L"MoveNext")) {
     const auto field = com::Make<Dictionary>();
@@ -127,47 +134,71 @@ Object BillPackage::BillDataEntryStruct() {
   return entryStruct_;
 }
 
+BillPackage::Bill& BillPackage::Loaded() {
+  return bills_[billId_];
+}
+
 Object BillPackage::BillDataHeadValue() {
-  if (headValue_) return headValue_;
+  Bill& bill = Loaded();
+  if (bill.headRead) return bill.headValue;
   // The bill's row comes in any case, with nulls where there are no values.
   const Object rows = Rows(
-      std::wstring(L"SELECT v.FFieldName, v.FID, v.FName FROM ") + KindOf(source_.billTranType).head +
+      std::wstring(L"SELECT v.FFieldName, v.FID, v.FName FROM ") + KindOf(billTranType_).head +
       L" b LEFT JOIN ICUserDefinedValue v ON v.FInterID = b.FInterID AND v.FEntryID = 0 AND v.FTranType = " +
-      std::to_wstring(source_.billTranType) + L" WHERE b.FInterID = " + std::to_wstring(source_.billId));
+      std::to_wstring(billTranType_) + L" WHERE b.FInterID = " + std::to_wstring(billId_));
+  bill.headRead = true;
+  ++linesKept_;
   if (rows.Get(L"EOF").AsBool()) return {};
   const auto values = com::Make<Dictionary>();
   for (const RowOf row(rows); !rows.Get(L"EOF").AsBool(); rows.Call(L"MoveNext"))
-    if (!row[L"FFieldName"].IsNull()) AddValue(values->object(), L"P0_", row);
-  return headValue_ = com::ToObject(values);
+    if (const Variant field = row[L"FFieldName"]; !field.IsNull())
+      AddValue(values->object(), L"P0_", field, row[L"FID"], row[L"FName"]);
+  return bill.headValue = com::ToObject(values);
 }
 
-Object BillPackage::BillDataEntrysValue() {
-  if (entries_) return entries_;
-  const std::wstring bill = std::to_wstring(source_.billId);
-  const auto lines = com::Make<Vector>();
-  std::unordered_map<int32_t, com::Ptr<com::DispatchObject<Dictionary>>> byId;
-  const Object ids = Rows(std::wstring(L"SELECT FEntryID FROM ") + KindOf(source_.billTranType).lines +
-                          L" WHERE FInterID = " + bill + L" ORDER BY FEntryID");
+BillPackage::Bill& BillPackage::LoadedWithLines() {
+  Bill& bill = Loaded();
+  if (bill.entries) return bill;
+  bill.lines.clear(); // what a failure may have left
+  const std::wstring id = std::to_wstring(billId_);
+  const auto entries = com::Make<Vector>();
+  std::unordered_map<int32_t, size_t> positions;
+  const Object ids = Rows(std::wstring(L"SELECT FEntryID FROM ") + KindOf(billTranType_).lines +
+                          L" WHERE FInterID = " + id + L" ORDER BY FEntryID");
   for (const RowOf row(ids); !ids.Get(L"EOF").AsBool(); ids.Call(L"MoveNext")) {
     const auto line = com::Make<Dictionary>();
-    const Variant id = row[L"FEntryID"];
-    line->object().PutValue(L"FEntryID", id);
-    byId[id.AsLong()] = line;
-    lines->object().Add(com::ToObject(line));
+    const Variant entryId = row[L"FEntryID"];
+    line->object().PutValue(L"FEntryID", entryId);
+    positions[entryId.AsLong()] = bill.lines.size();
+    bill.lines.emplace_back();
+    entries->object().Add(com::ToObject(line));
   }
   const Object values =
       Rows(L"SELECT FEntryID, FFieldName, FID, FName FROM ICUserDefinedValue WHERE "
            L"FTranType = " +
-           std::to_wstring(source_.billTranType) + L" AND FInterID = " + bill + L" AND FEntryID <> 0");
+           std::to_wstring(billTranType_) + L" AND FInterID = " + id + L" AND FEntryID <> 0");
   for (const RowOf row(values); !values.Get(L"EOF").AsBool(); values.Call(L"MoveNext")) {
-    const auto line = byId.find(row[L"FEntryID"].AsLong());
-    if (line != byId.end()) AddValue(line->second->object(), L"P1_", row);
+    const auto position = positions.find(row[L"FEntryID"].AsLong());
+    if (position != positions.end())
+      bill.lines[position->second].push_back({row[L"FFieldName"], row[L"FID"], row[L"FName"]});
   }
-  return entries_ = com::ToObject(lines);
+  linesKept_ += bill.lines.size();
+  bill.entries = com::ToObject(entries);
+  return bill;
+}
+
+Object BillPackage::BillDataEntrysValue() {
+  return LoadedWithLines().entries;
 }
 
 Object BillPackage::BillDataEntryValue(int32_t line) {
-  return BillDataEntrysValue().Get(L"Item", line).AsObject();
+  const Bill& bill = LoadedWithLines();
+  if (line < 1 || static_cast<size_t>(line) > bill.lines.size())
+    com::RaiseRuntimeError(9, L"QorvaneBillDataAccess", L"Subscript out of range");
+  const auto values = com::Make<Dictionary>();
+  for (const StoredValue& value : bill.lines[static_cast<size_t>(line) - 1])
+    AddValue(values->object(), L"P1_", value.field, value.id, value.name);
+  return com::ToObject(values);
 }
 
 } // namespace standin

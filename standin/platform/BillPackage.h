@@ -4,12 +4,15 @@
 // Templates come from ICTemplate and ICTemplateEntry, by the transaction type; values from
 // ICUserDefinedValue, a row a value, FEntryID 0 for the header. A bill that does not exist has no header
 // values and no lines; a transaction type without bills is run-time error 5. Everything is read when it is
-// first asked for, and again when data has changed since.
+// first asked for, and again when data has changed since; meanwhile bills are kept, so that a client may go
+// back and forth between them.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "com/Object.h"
 #include "standin/ado/Session.h"
@@ -28,9 +31,9 @@ class BillPackage {
   // A Dictionary "P0_" + field name -> Dictionary with FID (the value) and FName (what it is called). Null
   // for a bill that does not exist.
   com::Object BillDataHeadValue();
-  // The lines in the order of their ids: a Vector of such Dictionaries, their keys with "P1_", and the line's
-  // FEntryID. And one line of them, counted from 1.
+  // The lines in the order of their ids: a Vector of Dictionary with FEntryID.
   com::Object BillDataEntrysValue();
+  // The values of the line at a position, counted from 1: as of the header, the keys with "P1_".
   com::Object BillDataEntryValue(int32_t line);
 
  private:
@@ -38,26 +41,36 @@ class BillPackage {
   // What a bill is called by; a transaction type that has none throws.
   static const BillKind& KindOf(int32_t billTranType);
 
-  // The bill that was asked for, and the state of the data when it was.
-  struct Source {
-    std::wstring dsn;
-    int32_t billTranType = 0;
-    int32_t billId = 0;
+  struct StoredValue {
+    com::Variant field;
+    com::Variant id;
+    com::Variant name;
+  };
+  // What was read of a bill.
+  struct Bill {
+    bool headRead = false;
+    com::Object headValue;
+    com::Object entries; // null as long as the lines are not read
+    std::vector<std::vector<StoredValue>> lines;
   };
 
   com::Object Connect(const std::wstring& dsn);
   bool Unchanged(const com::Object& connection);
   com::Object Rows(const std::wstring& query) const;
+  Bill& Loaded();
+  Bill& LoadedWithLines();
   com::Object Structure(const wchar_t* table, const wchar_t* caption, const wchar_t* position) const;
 
-  Source source_;
+  std::wstring dsn_;
+  int32_t billTranType_ = 0;
+  int32_t billId_ = 0;
   com::Object connection_;
   std::weak_ptr<ado::Session> session_;
   tsql::ChangeStamp stamp_;
   com::Object headStruct_;
   com::Object entryStruct_;
-  com::Object headValue_;
-  com::Object entries_;
+  std::unordered_map<int32_t, Bill> bills_;
+  size_t linesKept_ = 0;
 };
 
 } // namespace standin

@@ -9,7 +9,6 @@
 namespace mbom::test {
 namespace {
 
-using com::Object;
 using com::Variant;
 
 class AdoTest : public testing::Test {

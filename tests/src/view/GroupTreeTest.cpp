@@ -161,7 +161,7 @@ std::wstring Batch(const std::wstring& start, const wchar_t* rows) {
 }
 
 Object Groups(std::initializer_list<int32_t> ids) {
-  const Object groups = MakeVector({});
+  Object groups = MakeVector({});
   for (const int32_t id : ids) groups.Call(L"Add", MakeDictionary({{L"Key", id}}));
   return groups;
 }
