@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "com/ComError.h"
+#include "com/Matrix.h"
 #include "com/PendingError.h"
 #include "com/Text.h"
 #include "src/frame/Convert.h"
@@ -62,7 +63,6 @@ std::wstring Translate(const std::wstring& text, const std::wstring& language, S
 struct Column {
   Variant name;
   Object field;
-  BoundMember value;
 };
 
 // The rows of a recordset on their way into dictionaries: everything that is the same for all rows is looked
@@ -77,21 +77,32 @@ class RowReader {
     for (int32_t i = 0; i < count; ++i) {
       Object field = fields.Get(ado::kItem, i).AsObject();
       Variant name = field.Get(ado::kName);
-      BoundMember value(field, ado::kValue);
-      columns_.push_back({std::move(name), std::move(field), value});
+      columns_.push_back({std::move(name), std::move(field)});
     }
   }
 
   // The current row; where there is none, every column is Empty.
-  Object Read(bool hasRow) {
-    Object row = dictionaries_.Create();
-    if (!put_) put_.emplace(row, outside::dictionary::kValue);
+  Object ReadCurrent(bool hasRow) {
+    Object row = NewRow();
     for (const Column& column : columns_)
-      put_->Put(row, column.name, hasRow ? column.value.Get(column.field) : Variant());
+      put_->Put(row, column.name, hasRow ? column.field.Get(outside::ado::kValue) : Variant());
+    return row;
+  }
+
+  // A row of a block, whose values stand in the order of the columns.
+  Object Read(const com::Matrix& block, size_t index) {
+    Object row = NewRow();
+    for (size_t i = 0; i < columns_.size(); ++i) put_->Put(row, columns_[i].name, block.At(index, i));
     return row;
   }
 
  private:
+  Object NewRow() {
+    Object row = dictionaries_.Create();
+    if (!put_) put_.emplace(row, outside::dictionary::kValue);
+    return row;
+  }
+
   com::ObjectClass dictionaries_;
   std::vector<Column> columns_;
   std::optional<BoundMember> put_;
@@ -149,17 +160,20 @@ Variant ReadSystemProfile(const Frame& frame, const std::wstring& key, const std
 }
 
 Object RowToDictionary(const Recordset& recordset) {
-  return RowReader(recordset).Read(!recordset.Eof());
+  return RowReader(recordset).ReadCurrent(!recordset.Eof());
 }
 
 Object RecordsetToVector(const Recordset& recordset) {
+  // So many rows at a time: a call for all of them, and not much memory.
+  constexpr int32_t kBlock = 64;
   Object rows = Object::Create(outside::vector::kProgId);
   RowReader reader(recordset);
   const BoundMember add(rows, outside::vector::kAdd);
-  const BoundMember eof(recordset.object(), outside::ado::kEof);
-  const BoundMember moveNext(recordset.object(), outside::ado::kMoveNext);
-  for (; !eof.Get(recordset.object()).AsBool(); moveNext.Call(recordset.object()))
-    add.Call(rows, Variant(reader.Read(true)));
+  while (!recordset.Eof()) {
+    const Variant values = recordset.object().Call(outside::ado::kGetRows, kBlock);
+    const com::Matrix block(values);
+    for (size_t i = 0; i < block.rowCount(); ++i) add.Call(rows, Variant(reader.Read(block, i)));
+  }
   return rows;
 }
 
