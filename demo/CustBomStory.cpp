@@ -3,10 +3,13 @@
 namespace demo {
 namespace {
 
+// The number that the copy of the club's bike gets, and the query for its id.
+constexpr wchar_t kIdOfTheCopy[] = L"SELECT FInterID FROM ICBOM WHERE FBOMNumber = 'KH0004'";
+
 constexpr int32_t kAuditor = 16402;
 constexpr int32_t kPlanner = 16403;
 
-// BOMs as the screen's list shows them; the copy is the customer BOM 3005 at the end.
+// BOMs as the screen's list shows them.
 constexpr wchar_t kCustomerBoms[] =
     L"SELECT FInterID, FBOMNumber, FItemID, FCustID, FUseStatus, FStatus, FCheckerID, FForbid FROM ICBOM "
     L"WHERE FBomType = 3 ORDER BY FInterID";
@@ -49,15 +52,18 @@ void CopyAndLink(Stage& stage) {
   stage.Show(L"And after, the copy not in use and not audited:", kCustomerBoms);
   stage.Say(L"He takes another customer's frame: the lines with item 201 are to be built from 3003.");
   stage.Call(L"clsMCustBOM.SetCustBOM",
-             {{L"strCustBomCode", L"3003"}, {L"strParentCustBomInterID", L"3005"}, {L"strItemID", L"201"}},
+             {{L"strCustBomCode", L"3003"},
+              {L"strParentCustBomInterID", stage.Value(kIdOfTheCopy)},
+              {L"strItemID", L"201"}},
              kPlanner, L"en");
 }
 
 void AuditAndDisable(Stage& stage) {
+  const std::wstring copy = stage.Value(kIdOfTheCopy);
   stage.Chapter(L"A customer's bicycle: audit and disabling");
   stage.Say(
       L"The auditor audits the copy. Then 3003 cannot change its status: what is built from it is audited.");
-  stage.Call(L"clsMCustBOM.UpdateAuditFlag", {{L"strCustBomInterID", L"3005"}, {L"b_AuditFlag", L"True"}},
+  stage.Call(L"clsMCustBOM.UpdateAuditFlag", {{L"strCustBomInterID", copy}, {L"b_AuditFlag", L"True"}},
              kAuditor, L"en");
   for (const wchar_t* language : {L"chs", L"cht", L"en"})
     stage.Call(L"clsMCustBOM.UpdateAuditFlag", {{L"strCustBomInterID", L"3003"}, {L"b_AuditFlag", L"False"}},
@@ -72,7 +78,7 @@ void AuditAndDisable(Stage& stage) {
   stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", L"3002"}, {L"b_Status", L"True"}},
              kAuditor, L"en");
   stage.Say(L"Nothing refers to the copy: it can.");
-  stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", L"3005"}, {L"b_Status", L"True"}},
+  stage.Call(L"clsMCustBOM.UpdateDisableStatus", {{L"strCustBomInterID", copy}, {L"b_Status", L"True"}},
              kAuditor, L"en");
   stage.Show(L"The customer BOMs at the end:", kCustomerBoms);
 }

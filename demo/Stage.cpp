@@ -73,6 +73,10 @@ void Stage::Show(const std::wstring& caption, const std::wstring& sql) const {
   Print(L"\n  " + caption + L"\n" + Indented(bomcall::FormatTable(reader.names(), rows)));
 }
 
+std::wstring Stage::Value(const std::wstring& sql) const {
+  return Cell(bomcall::RecordsetReader(connection_.Call(L"Execute", sql).AsObject()).Value(0));
+}
+
 bomcall::Outcome Stage::Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
                              const wchar_t* language) const {
   const size_t dot = method.find(L'.');

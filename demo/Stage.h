@@ -25,6 +25,9 @@ class Stage {
   // Shows the rows of a query as a table.
   void Show(const std::wstring& caption, const std::wstring& sql) const;
 
+  // The first value of a query.
+  std::wstring Value(const std::wstring& sql) const;
+
   // An argument as bomcall takes it: a text, a number, JSON for an object.
   using Argument = bomcall::NamedText;
 
