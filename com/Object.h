@@ -87,8 +87,6 @@ class BoundMember {
   // The member of `object`, and of every other object of its kind.
   BoundMember(const Object& object, const wchar_t* name);
 
-  Variant Get(const Object& object) const;
-  void Call(const Object& object) const;
   void Call(const Object& object, const Variant& argument) const;
   void Put(const Object& object, const Variant& index, const Variant& value) const;
 
