@@ -86,8 +86,8 @@ void ComError::FillExcepInfo(EXCEPINFO& info) const noexcept {
   info.dwHelpContext = helpContext_;
 }
 
-void Check(HRESULT hr) {
-  if (FAILED(hr)) throw ComError::FromSystem(hr);
+void RaiseSystemError(HRESULT hr) {
+  throw ComError::FromSystem(hr);
 }
 
 HRESULT ReportCurrentException(EXCEPINFO* info) noexcept {

@@ -44,8 +44,12 @@ class ComError : public std::exception {
   std::string what_;
 };
 
+[[noreturn]] void RaiseSystemError(HRESULT hr);
+
 // Throws FromSystem(hr) when hr is a failure.
-void Check(HRESULT hr);
+inline void Check(HRESULT hr) {
+  if (FAILED(hr)) RaiseSystemError(hr);
+}
 
 // For a catch (...) at a COM boundary: turns the exception in flight into its HRESULT and the thread's error
 // object, and fills `info` when there is one.

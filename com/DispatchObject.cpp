@@ -54,7 +54,6 @@ STDMETHODIMP DispatchBase::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count
 STDMETHODIMP DispatchBase::Invoke(DISPID id, REFIID iid, LCID /*locale*/, WORD flags, DISPPARAMS* params,
                                   VARIANT* result, EXCEPINFO* info, UINT* badArgument) {
   if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-  const Ptr<DispatchBase> aliveDuringTheCall(this);
   return table_.Invoke(instance(), id, flags, params, result, info, badArgument);
 }
 

@@ -5,44 +5,41 @@
 #include <algorithm>
 
 namespace com {
-namespace {
+HRESULT Arguments::Bind(const DISPPARAMS& params, WORD flags, UINT* badArgument) {
+  const size_t most = parameters_.size();
+  first_ = params.rgvarg;
+  if (InPlace(params, flags, most))
+    for (size_t i = 0; i < most; ++i) given_[i] = first_ + (most - 1 - i);
+  else if (const HRESULT hr = Sort(params, flags, badArgument); FAILED(hr))
+    return hr;
 
-bool IsOmitted(const VARIANTARG& argument) {
-  return argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND;
+  for (size_t i = 0; i < most; ++i) {
+    if (given_[i] && !IsOmitted(*given_[i])) continue;
+    if (parameters_[i].optional) {
+      given_[i] = nullptr;
+      continue;
+    }
+    if (!given_[i]) return params.cNamedArgs ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
+    if (badArgument) *badArgument = Position(i);
+    return DISP_E_PARAMNOTOPTIONAL;
+  }
+  return S_OK;
 }
 
-} // namespace
-
-HRESULT Arguments::Bind(DISPPARAMS& params, WORD flags, UINT* badArgument) {
+HRESULT Arguments::Sort(const DISPPARAMS& params, WORD flags, UINT* badArgument) {
   const size_t most = parameters_.size();
-  if (params.cArgs > most) return DISP_E_BADPARAMCOUNT;
-  if (params.cNamedArgs > params.cArgs) return DISP_E_BADPARAMCOUNT;
-
+  if (params.cArgs > most || params.cNamedArgs > params.cArgs) return DISP_E_BADPARAMCOUNT;
   // Named arguments come first in the array, the positional ones after them, last first.
-  for (UINT position = 0; position < params.cArgs; ++position) {
-    size_t parameter;
-    if (position < params.cNamedArgs) {
-      const DISPID name = params.rgdispidNamedArgs[position];
-      if (name == DISPID_PROPERTYPUT && (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0)
-        parameter = most - 1;
-      else
-        parameter = static_cast<size_t>(name);
-    } else {
-      parameter = params.cArgs - 1 - position;
-    }
+  const size_t positional = params.cArgs - params.cNamedArgs;
+  for (size_t i = 0; i < most; ++i) given_[i] = i < positional ? first_ + (params.cArgs - 1 - i) : nullptr;
+  for (UINT position = 0; position < params.cNamedArgs; ++position) {
+    const DISPID name = params.rgdispidNamedArgs[position];
+    const size_t parameter = IsNewValue(name, flags) ? most - 1 : static_cast<size_t>(name);
     if (parameter >= most || given_[parameter]) {
       if (badArgument) *badArgument = position;
       return DISP_E_PARAMNOTFOUND;
     }
-    given_[parameter] = &params.rgvarg[position];
-    positions_[parameter] = position;
-  }
-  for (size_t i = 0; i < most; ++i) {
-    if (given_[i] && IsOmitted(*given_[i]) && parameters_[i].optional) given_[i] = nullptr;
-    if (parameters_[i].optional || (given_[i] && !IsOmitted(*given_[i]))) continue;
-    if (!given_[i]) return params.cNamedArgs ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
-    if (badArgument) *badArgument = positions_[i];
-    return DISP_E_PARAMNOTOPTIONAL;
+    given_[parameter] = first_ + position;
   }
   return S_OK;
 }
@@ -138,41 +135,24 @@ HRESULT DispatchTable::GetIDsOfNames(LPOLESTR* names, UINT count, DISPID* ids) c
   return hr;
 }
 
-const Member* DispatchTable::Find(DISPID id, WORD flags) const noexcept {
-  const WORD wanted = (flags & DISPATCH_PROPERTYPUTREF) != 0 ? flags | DISPATCH_PROPERTYPUT : flags;
-  const auto member = std::ranges::find_if(members_, [&](const Member& candidate) {
-    return candidate.id == id && (candidate.kind & wanted) != 0;
-  });
-  return member == members_.end() ? nullptr : &*member;
-}
-
-HRESULT DispatchTable::Invoke(void* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result,
-                              EXCEPINFO* info, UINT* badArgument) const noexcept {
-  if (!params) return E_INVALIDARG;
-  if (result) *result = {};
-  const Member* member = Find(id, flags);
-  if (!member) return DISP_E_MEMBERNOTFOUND;
+HRESULT DispatchTable::Call(const Member& member, void* instance, WORD flags, DISPPARAMS& params,
+                            VARIANT* result, EXCEPINFO* info, UINT* badArgument) {
+  // `recordset.Fields("FName")`: arguments for a property that takes none go to the collection it returns.
+  if (member.kind == DISPATCH_PROPERTYGET && member.parameters.empty() && params.cArgs > 0) {
+    const Variant collection = member.call(instance, Arguments(member.parameters));
+    if (collection.type() != VT_DISPATCH || !collection.raw().pdispVal) return DISP_E_BADPARAMCOUNT;
+    return collection.raw().pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
+                                             result, info, badArgument);
+  }
+  Arguments arguments(member.parameters);
+  if (const HRESULT hr = arguments.Bind(params, flags, badArgument); FAILED(hr)) return hr;
   try {
-    // `recordset.Fields("FName")`: arguments for a property that takes none go to the collection it returns.
-    if (member->kind == DISPATCH_PROPERTYGET && member->parameters.empty() && params->cArgs > 0) {
-      static const std::vector<Parameter> none;
-      const Variant collection = member->call(instance, Arguments(none));
-      if (collection.type() != VT_DISPATCH || !collection.raw().pdispVal) return DISP_E_BADPARAMCOUNT;
-      return collection.raw().pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, flags, params,
-                                               result, info, badArgument);
-    }
-    Arguments arguments(member->parameters);
-    if (const HRESULT hr = arguments.Bind(*params, flags, badArgument); FAILED(hr)) return hr;
-    try {
-      Variant value = member->call(instance, arguments);
-      if (result) *result = value.Detach();
-      return S_OK;
-    } catch (const ArgumentError& error) {
-      if (badArgument) *badArgument = arguments.Position(error.parameter);
-      return error.hr;
-    }
-  } catch (...) {
-    return ReportCurrentException(info);
+    Variant value = member.call(instance, arguments);
+    if (result) *result = value.Detach();
+    return S_OK;
+  } catch (const ArgumentError& error) {
+    if (badArgument) *badArgument = arguments.Position(error.parameter);
+    return error.hr;
   }
 }
 

@@ -16,6 +16,7 @@
 
 #include <array>
 #include <initializer_list>
+#include <new>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -44,6 +45,32 @@ struct Parameter {
   bool inOut = false;
 };
 
+inline bool IsOmitted(const VARIANTARG& argument) {
+  return argument.vt == VT_ERROR && argument.scode == DISP_E_PARAMNOTFOUND;
+}
+// Whether the argument is the value itself.
+inline bool IsValue(const VARIANTARG& argument) {
+  return (argument.vt & VT_BYREF) == 0 && !IsOmitted(argument);
+}
+// Whether the named argument `name` is the new value of a property that is put.
+inline bool IsNewValue(DISPID name, WORD flags) {
+  return name == DISPID_PROPERTYPUT && (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+}
+// Whether a call gives exactly `count` arguments, each in its place: the last one first, a property's new
+// value as the last one.
+inline bool InPlace(const DISPPARAMS& params, WORD flags, size_t count) {
+  return params.cArgs == count &&
+         (params.cNamedArgs == 0 ||
+          (params.cNamedArgs == 1 && IsNewValue(params.rgdispidNamedArgs[0], flags)));
+}
+
+// The caller's own value, without a copy.
+inline const Variant& AsVariant(const VARIANTARG& value) {
+  // A Variant is a VARIANT and nothing else.
+  static_assert(sizeof(Variant) == sizeof(VARIANTARG) && std::is_standard_layout_v<Variant>);
+  return reinterpret_cast<const Variant&>(value);
+}
+
 // An argument that does not fit its parameter.
 struct ArgumentError {
   HRESULT hr;
@@ -55,34 +82,29 @@ class Arguments {
  public:
   static constexpr size_t kMost = 16;
 
-  // No more than kMost parameters: the tables see to that.
-  explicit Arguments(const std::vector<Parameter>& parameters) : parameters_(parameters) {
-    for (size_t i = 0; i < parameters.size(); ++i) {
-      given_[i] = nullptr;
-      positions_[i] = 0;
-    }
-  }
-  // Sorts out positional and named arguments. Throws ArgumentError for what does not fit.
-  HRESULT Bind(DISPPARAMS& params, WORD flags, UINT* badArgument);
+  // No more than kMost parameters: the tables see to that. Bind comes before anything else.
+  explicit Arguments(const std::vector<Parameter>& parameters) : parameters_(parameters) {}
+  // Sorts out positional and named arguments. What does not fit gives DISP_E_…, with its position.
+  HRESULT Bind(const DISPPARAMS& params, WORD flags, UINT* badArgument);
 
   Variant In(size_t i) const;
   // The caller's own value of parameter i, without a copy; null when it is a reference or was omitted.
   const Variant* Borrowed(size_t i) const {
-    // A Variant is a VARIANT and nothing else.
-    static_assert(sizeof(Variant) == sizeof(VARIANTARG) && std::is_standard_layout_v<Variant>);
     const VARIANTARG* given = given_[i];
-    return given && (given->vt & VT_BYREF) == 0 ? reinterpret_cast<const Variant*>(given) : nullptr;
+    return given && IsValue(*given) ? &AsVariant(*given) : nullptr;
   }
   // The reference that parameter i is written back to; null when it was passed by value or omitted.
   VARIANTARG* Out(size_t i) const;
   const std::vector<Parameter>& parameters() const { return parameters_; }
-  // The position in DISPPARAMS of the argument for parameter i.
-  UINT Position(size_t i) const { return positions_[i]; }
+  // The position in DISPPARAMS of the argument for parameter i; 0 when it was omitted.
+  UINT Position(size_t i) const { return given_[i] ? static_cast<UINT>(given_[i] - first_) : 0; }
 
  private:
+  HRESULT Sort(const DISPPARAMS& params, WORD flags, UINT* badArgument);
+
   const std::vector<Parameter>& parameters_;
-  std::array<VARIANTARG*, kMost> given_;
-  std::array<UINT, kMost> positions_;
+  VARIANTARG* first_ = nullptr;
+  std::array<VARIANTARG*, kMost> given_; // as many as there are parameters
 };
 
 // Whether a value of `type` can be written through `reference`: to a variant, or to a variable of that very
@@ -230,7 +252,30 @@ struct Signature {
     return Call<Member>(*static_cast<C*>(instance), arguments, std::index_sequence_for<A...>());
   }
 
+  // Members that take values of any type, or nothing, are called on the arguments as they lie, where nothing
+  // has to be converted, filled in or written back: what runs for each value of each row should run straight.
+  static constexpr bool takesValues = (std::is_same_v<A, const Variant&> && ...);
+  // False, with nothing done, when the arguments do not lie so.
+  template <auto Member>
+  static bool CallInPlace(void* instance, const DISPPARAMS& params, WORD flags, VARIANT* result) {
+    return CallInPlace<Member>(*static_cast<C*>(instance), params, flags, result,
+                               std::index_sequence_for<A...>());
+  }
+
  private:
+  template <auto Member, size_t... I>
+  static bool CallInPlace(C& object, const DISPPARAMS& params, WORD flags, VARIANT* result,
+                          std::index_sequence<I...>) {
+    if (!InPlace(params, flags, count) || !(IsValue(params.rgvarg[I]) && ...)) return false;
+    if constexpr (std::is_void_v<R>)
+      (object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...);
+    else if (result)
+      new (result) Variant(ToVariant((object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...)));
+    else
+      (object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...);
+    return true;
+  }
+
   template <auto Member, size_t... I>
   static Variant Call(C& object, [[maybe_unused]] const Arguments& arguments, std::index_sequence<I...>) {
     std::tuple<Slot<A>...> slots(Place{arguments, I}...);
@@ -268,12 +313,15 @@ struct Member {
   VARTYPE result;
   std::vector<Parameter> parameters;
   Variant (*call)(void* instance, const Arguments& arguments);
+  // Null, or to be tried first: Signature::CallInPlace.
+  bool (*callInPlace)(void* instance, const DISPPARAMS& params, WORD flags, VARIANT* result) = nullptr;
 };
 
 template <auto Function>
 Member MakeMember(WORD kind, DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters) {
   using Shape = SignatureOf<decltype(Function)>;
   Member member{id, name, kind, Shape::result, parameters, &Shape::template Call<Function>};
+  if constexpr (Shape::takesValues) member.callInPlace = &Shape::template CallInPlace<Function>;
   // A table that does not fit its class is a programming error, found when the table is first used.
   if (parameters.size() != Shape::count || Shape::count > Arguments::kMost) std::terminate();
   for (size_t i = 0; i < Shape::count; ++i) {
@@ -308,10 +356,28 @@ class DispatchTable {
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
   // Never throws: failures come back as HRESULT, EXCEPINFO and the thread's error object.
   HRESULT Invoke(void* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* info,
-                 UINT* badArgument) const noexcept;
+                 UINT* badArgument) const noexcept {
+    if (!params) return E_INVALIDARG;
+    if (result) *result = {};
+    const Member* member = Find(id, flags);
+    if (!member) return DISP_E_MEMBERNOTFOUND;
+    try {
+      if (member->callInPlace && member->callInPlace(instance, *params, flags, result)) return S_OK;
+      return Call(*member, instance, flags, *params, result, info, badArgument);
+    } catch (...) {
+      return ReportCurrentException(info);
+    }
+  }
 
  private:
-  const Member* Find(DISPID id, WORD flags) const noexcept;
+  const Member* Find(DISPID id, WORD flags) const noexcept {
+    const WORD wanted = (flags & DISPATCH_PROPERTYPUTREF) != 0 ? flags | DISPATCH_PROPERTYPUT : flags;
+    for (const Member& member : members_)
+      if (member.id == id && (member.kind & wanted) != 0) return &member;
+    return nullptr;
+  }
+  static HRESULT Call(const Member& member, void* instance, WORD flags, DISPPARAMS& params, VARIANT* result,
+                      EXCEPINFO* info, UINT* badArgument);
 
   IID interfaceId_;
   std::vector<Member> members_;

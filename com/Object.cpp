@@ -90,6 +90,17 @@ Object ObjectClass::Create() const {
 
 BoundMember::BoundMember(const Object& object, const wchar_t* name) : id_(object.IdOf(name)) {}
 
+Variant BoundMember::Get(const Object& object) const {
+  Variant result;
+  Invoke(object.pointer(), id_, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, &result.raw());
+  return result;
+}
+
+void BoundMember::Call(const Object& object) const {
+  Variant result;
+  Invoke(object.pointer(), id_, DISPATCH_METHOD, {}, &result.raw());
+}
+
 void BoundMember::Call(const Object& object, const Variant& argument) const {
   VARIANTARG borrowed = argument.raw();
   Variant result;

@@ -28,6 +28,8 @@ class Object {
 
   explicit operator bool() const noexcept { return static_cast<bool>(object_); }
   IDispatch* pointer() const noexcept { return object_.Get(); }
+  // Gives the reference away; a null Object stays behind.
+  IDispatch* Detach() noexcept { return object_.Detach(); }
   bool operator==(const Object& other) const noexcept { return object_ == other.object_; }
 
   template <class... Args>
@@ -87,6 +89,8 @@ class BoundMember {
   // The member of `object`, and of every other object of its kind.
   BoundMember(const Object& object, const wchar_t* name);
 
+  Variant Get(const Object& object) const;
+  void Call(const Object& object) const;
   void Call(const Object& object, const Variant& argument) const;
   void Put(const Object& object, const Variant& index, const Variant& value) const;
 

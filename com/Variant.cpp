@@ -40,6 +40,11 @@ Variant::Variant(const Object& object) noexcept : Variant() {
   v_.pdispVal = Ptr<IDispatch>(object.pointer()).Detach();
 }
 
+Variant::Variant(Object&& object) noexcept : Variant() {
+  v_.vt = VT_DISPATCH;
+  v_.pdispVal = object.Detach();
+}
+
 Variant::Variant(const VARIANT& value) : Variant() {
   Check(VariantCopyInd(&v_, const_cast<VARIANT*>(&value)));
 }

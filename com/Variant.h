@@ -30,6 +30,7 @@ class Variant {
   Variant(std::wstring_view text);
   Variant(const std::wstring& text) : Variant(std::wstring_view(text)) {}
   Variant(const Object& object) noexcept;
+  Variant(Object&& object) noexcept;
   // NOLINTEND(google-explicit-constructor)
   // A copy; a reference is followed.
   explicit Variant(const VARIANT& value);

@@ -284,9 +284,10 @@ Variant Recordset::GetRows(int32_t rows, const Variant& start, const Variant& fi
   // The fields run fastest, as the client's array has them first.
   VARIANT* element = nullptr;
   com::Check(SafeArrayAccessData(array, reinterpret_cast<void**>(&element)));
+  // Each value is made in its place and stays the array's.
   for (int32_t i = 0; i < count; ++i, ++cursor_->position)
     for (const size_t column : columns)
-      *element++ = cursor_->rows->Value(static_cast<size_t>(cursor_->position), column).Detach();
+      new (element++) Variant(cursor_->rows->Value(static_cast<size_t>(cursor_->position), column));
   SafeArrayUnaccessData(array);
   return result;
 }

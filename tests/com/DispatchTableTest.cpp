@@ -97,6 +97,57 @@ TEST(DispatchTable, ReportsWrongNames) {
   EXPECT_EQ(call.badArgument, 0u);
 }
 
+TEST(DispatchTable, ReportsAParameterThatIsGivenTwice) {
+  const Variant text(L"x");
+  RawCall call;
+  call.named = {0}; // a, which the first positional argument is too
+  EXPECT_EQ(call.ById(2, {text.raw(), Number(1), text.raw()}), DISP_E_PARAMNOTFOUND);
+  EXPECT_EQ(call.badArgument, 0u);
+}
+
+TEST(DispatchTable, TakesValuesOfAnyTypeHoweverTheyArePassed) {
+  const Variant text(L"x");
+  RawCall call;
+  ASSERT_EQ(call(L"LastGiven", {Number(2), text.raw()}), S_OK);
+  EXPECT_EQ(call.result, Variant(2));
+  ASSERT_EQ(call(L"LastGiven", {Omitted(), text.raw()}), S_OK);
+  EXPECT_EQ(call.result, text);
+  ASSERT_EQ(call(L"LastGiven", {text.raw()}), S_OK);
+  EXPECT_EQ(call.result, text);
+  // Values of an error type that are no omitted argument.
+  VARIANTARG error = Omitted();
+  error.scode = E_FAIL;
+  ASSERT_EQ(call(L"LastGiven", {error, text.raw()}), S_OK);
+  EXPECT_EQ(call.result.type(), VT_ERROR);
+
+  LONG number = 5;
+  Variant inner(L"inner");
+  ASSERT_EQ(call(L"LastGiven", {ByReference(VT_I4, &number), text.raw()}), S_OK);
+  EXPECT_EQ(call.result, Variant(5));
+  ASSERT_EQ(call(L"LastGiven", {Variant::Reference(inner).raw(), text.raw()}), S_OK);
+  EXPECT_EQ(call.result, inner);
+
+  EXPECT_EQ(call(L"LastGiven", {}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(call(L"LastGiven", {text.raw(), text.raw(), text.raw()}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(call(L"LastGiven", {Number(2), Omitted()}), DISP_E_PARAMNOTOPTIONAL);
+  EXPECT_EQ(call.badArgument, 1u);
+  call.named = {0, 1}; // the values in the order of the parameters
+  ASSERT_EQ(call(L"LastGiven", {Number(1), Number(2)}), S_OK);
+  EXPECT_EQ(call.result, Variant(2));
+}
+
+TEST(DispatchTable, LeavesTheResultToACallerWithoutAPlaceForIt) {
+  const Object probe = NewProbe();
+  Variant text(L"x");
+  DISPPARAMS params{&text.raw(), nullptr, 1, 0};
+  wchar_t* name = const_cast<wchar_t*>(L"LastGiven");
+  DISPID id = 0;
+  ASSERT_EQ(probe.pointer()->GetIDsOfNames(IID_NULL, &name, 1, 0, &id), S_OK);
+  EXPECT_EQ(probe.pointer()->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr),
+            S_OK);
+  EXPECT_EQ(text, Variant(L"x"));
+}
+
 TEST(DispatchTable, ReportsWrongCounts) {
   const Variant text(L"x");
   RawCall call;

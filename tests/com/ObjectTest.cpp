@@ -93,7 +93,7 @@ TEST(PendingError, SurvivesWhateverHappensMeanwhile) {
 
 // ---- members and classes that are looked up once
 
-TEST(BoundMember, PutsWithoutCopies) {
+TEST(BoundMember, GetsPutsAndCallsWithoutCopies) {
   const Object probe = NewProbe();
   const BoundMember value(probe, L"Value");
   const Variant key(L"key");
@@ -104,6 +104,7 @@ TEST(BoundMember, PutsWithoutCopies) {
   // What was lent is still the caller's.
   EXPECT_EQ(key, Variant(L"key"));
   EXPECT_EQ(text, Variant(L"text"));
+  EXPECT_EQ(BoundMember(probe, L"LastKey").Get(probe), key);
   // Of every object of the kind.
   const Object second = NewProbe();
   value.Put(second, text, key);

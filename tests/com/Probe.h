@@ -40,6 +40,7 @@ class Probe {
   Object Self() const { return self; }
   double Half(double value) const { return value / 2; }
   int16_t Short(int16_t value) const { return value; }
+  Variant LastGiven(const Variant& a, const Variant& b) const { return b.IsMissing() ? a : b; }
 
   Object self;
 
@@ -73,6 +74,7 @@ inline const com::DispatchTable& com::TableOf<com::test::Probe>() {
                     PropertyGet<&Probe::Self>(kNextId, L"Self"),
                     Method<&Probe::Half>(kNextId, L"Half", {L"value"}),
                     Method<&Probe::Short>(kNextId, L"Short", {L"value"}),
+                    Method<&Probe::LastGiven>(kNextId, L"LastGiven", {L"a", {L"b", Variant::Missing()}}),
                 });
   return table;
 }

@@ -8,6 +8,7 @@
 #include "com/ComError.h"
 #include "com/Object.h"
 #include "com/Text.h"
+#include "tests/com/Probe.h"
 #include "tests/support/Printing.h"
 
 namespace com {
@@ -23,6 +24,23 @@ TEST(Variant, HoldsWhatItWasMadeFrom) {
   EXPECT_TRUE(Variant::Missing().IsMissing());
   EXPECT_TRUE(Variant::Null().IsNull());
   EXPECT_TRUE(Variant().IsEmpty());
+}
+
+ULONG ReferencesTo(const Object& object) {
+  object.pointer()->AddRef();
+  return object.pointer()->Release();
+}
+
+TEST(Variant, TakesOverTheReferenceOfAnObjectThatIsGivenAway) {
+  const Object probe = test::NewProbe();
+  Object given = probe;
+  ASSERT_EQ(ReferencesTo(probe), 2u);
+  {
+    const Variant value(std::move(given));
+    EXPECT_EQ(value.raw().pdispVal, probe.pointer());
+    EXPECT_EQ(ReferencesTo(probe), 2u);
+  }
+  EXPECT_EQ(ReferencesTo(probe), 1u);
 }
 
 TEST(Variant, ConvertsWithoutALocale) {
