@@ -24,6 +24,7 @@ CLSID ClassIdOf(const wchar_t* progId) {
 
 // The arguments of a call in the order of a dispatch call, the last one first.
 void Invoke(IDispatch* object, DISPID id, WORD flags, std::span<VARIANTARG> reversed, VARIANT* result) {
+  if (!object) RaiseNoObject();
   DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
   DISPID putId = DISPID_PROPERTYPUT;
   if (flags == DISPATCH_PROPERTYPUT) {
@@ -93,6 +94,13 @@ BoundMember::BoundMember(const Object& object, const wchar_t* name) : id_(object
 Variant BoundMember::Get(const Object& object) const {
   Variant result;
   Invoke(object.pointer(), id_, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {}, &result.raw());
+  return result;
+}
+
+Variant BoundMember::Get(const Object& object, const Variant& index) const {
+  VARIANTARG borrowed = index.raw();
+  Variant result;
+  Invoke(object.pointer(), id_, DISPATCH_PROPERTYGET | DISPATCH_METHOD, {&borrowed, 1}, &result.raw());
   return result;
 }
 

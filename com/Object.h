@@ -90,6 +90,7 @@ class BoundMember {
   BoundMember(const Object& object, const wchar_t* name);
 
   Variant Get(const Object& object) const;
+  Variant Get(const Object& object, const Variant& index) const;
   void Call(const Object& object) const;
   void Call(const Object& object, const Variant& argument) const;
   void Put(const Object& object, const Variant& index, const Variant& value) const;

@@ -3,7 +3,6 @@
 #include <functional>
 #include <unordered_map>
 
-#include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
 #include "src/frame/OutsideNames.h"
@@ -24,21 +23,28 @@ constexpr int32_t kNameControl = 22;
 
 } // namespace
 
-// The rows of one call by their ids, so that a value finds its rows without a search. Built when the first
-// value comes.
-class clsReadUserDefined::RowIndex {
+// The rows of one call, in their order and by their ids, so that a value finds its rows without a search. The
+// index is built when the first value comes.
+class clsReadUserDefined::Rows {
  public:
-  RowIndex(const Vector& rows, bool byEntry) : rows_(rows), byEntry_(byEntry) {}
+  Rows(const Recordset& rs, bool byEntry) : vector_(RecordsetToVector(rs)), byEntry_(byEntry) {
+    const int32_t count = vector_.UBound();
+    rows_.reserve(static_cast<size_t>(count));
+    for (int32_t i = 1; i <= count; ++i) rows_.push_back(vector_[i].AsObject());
+    if (count > 0) members_.emplace(rows_.front());
+  }
 
-  // The numbers of the rows with the ids of a value.
-  const std::vector<int32_t>& RowsOf(const Value& value) {
-    if (!built_) Build();
+  const Object& vector() const { return vector_.object(); }
+  size_t count() const { return rows_.size(); }
+  int32_t BillIdOf(size_t row) const { return members_->Get(rows_[row], interId_).AsLong(); }
+  // Puts a value into the rows with its ids.
+  void Merge(const Value& value) {
+    if (!indexed_) BuildIndex();
     const auto found =
         positions_.find({static_cast<double>(value.interId), static_cast<double>(value.entryId)});
-    static const std::vector<int32_t> none;
-    return found == positions_.end() ? none : found->second;
+    if (found == positions_.end()) return;
+    for (const size_t row : found->second) members_->Put(rows_[row], *value.field, value.value);
   }
-  const Vector& rows() const { return rows_; }
 
  private:
   // As numbers compare: an id may be a text or a decimal.
@@ -53,21 +59,23 @@ class clsReadUserDefined::RowIndex {
     }
   };
 
-  void Build() {
-    built_ = true;
-    const int32_t count = rows_.UBound();
-    for (int32_t i = 1; i <= count; ++i) {
-      const Dictionary row = rows_.DictionaryAt(i);
-      const std::optional<double> interId = NumberIn(row[L"FInterID"]);
-      const std::optional<double> entryId = byEntry_ ? NumberIn(row[L"FEntryID"]) : 0;
-      if (interId && entryId) positions_[{*interId, *entryId}].push_back(i);
+  void BuildIndex() {
+    indexed_ = true;
+    const Variant entryIdName(L"FEntryID");
+    for (size_t row = 0; row < rows_.size(); ++row) {
+      const std::optional<double> interId = NumberIn(members_->Get(rows_[row], interId_));
+      const std::optional<double> entryId = byEntry_ ? NumberIn(members_->Get(rows_[row], entryIdName)) : 0;
+      if (interId && entryId) positions_[{*interId, *entryId}].push_back(row);
     }
   }
 
-  Vector rows_;
+  Vector vector_;
   bool byEntry_;
-  bool built_ = false;
-  std::unordered_map<Ids, std::vector<int32_t>, Hash> positions_;
+  bool indexed_ = false;
+  const Variant interId_{L"FInterID"};
+  std::vector<Object> rows_;
+  std::optional<DictionaryMembers> members_; // none without rows
+  std::unordered_map<Ids, std::vector<size_t>, Hash> positions_;
 };
 
 Object clsReadUserDefined::GetUserDefinedValue(const std::wstring& sDsn, const std::wstring& pBillTranType,
@@ -95,38 +103,34 @@ bool clsReadUserDefined::HasUserDefinedFields(const std::wstring& pBillTranType,
 
 Object clsReadUserDefined::ReadHeadUserDefined(const std::wstring& sDsn, const std::wstring& pBillTranType,
                                                const Recordset& rs) {
-  const Vector rows(RecordsetToVector(rs));
-  RowIndex index(rows, false);
+  Rows rows(rs, false);
   std::vector<Field> fields;
-  const int32_t count = rows.UBound();
-  for (int32_t i = 1; i <= count; ++i) {
-    const int32_t billId = rows.DictionaryAt(i)[L"FInterID"].AsLong();
+  for (size_t i = 0; i < rows.count(); ++i) {
+    const int32_t billId = rows.BillIdOf(i);
     GetBillPackage(sDsn, Variant(pBillTranType).AsLong(), kMode, billId);
-    if (i == 1) fields = UserDefinedFields(package::kBillDataHeadStruct);
-    if (const auto values = GetBillItemValue(fields, true, billId, 0, 0)) MergeVect(index, *values);
+    if (i == 0) fields = UserDefinedFields(true);
+    if (const auto values = GetBillItemValue(fields, true, billId, 0, 0)) MergeVect(rows, *values);
   }
-  return rows.object();
+  return rows.vector();
 }
 
 Object clsReadUserDefined::ReadEntryUserDefined(const std::wstring& sDsn, const std::wstring& pBillTranType,
                                                 const Recordset& rs) {
-  const Vector rows(RecordsetToVector(rs));
-  RowIndex index(rows, true);
+  Rows rows(rs, true);
   std::vector<Field> fields;
   std::unordered_map<int32_t, int32_t> linesSeen;
-  const int32_t count = rows.UBound();
-  for (int32_t i = 1; i <= count; ++i) {
-    const int32_t billId = rows.DictionaryAt(i)[L"FInterID"].AsLong();
+  for (size_t i = 0; i < rows.count(); ++i) {
+    const int32_t billId = rows.BillIdOf(i);
     GetBillPackage(sDsn, Variant(pBillTranType).AsLong(), kMode, billId);
-    if (i == 1) fields = UserDefinedFields(package::kBillDataEntryStruct);
+    if (i == 0) fields = UserDefinedFields(false);
     // The rows of a bill stand for its lines, one after another; the rows of other bills may lie between.
     const int32_t lineIndex = ++linesSeen[billId];
     const Dictionary line(package_.Get(package::kBillDataEntrysValue, lineIndex).AsObject());
     const int32_t entryId = line.GetValue(L"FEntryID", 0).AsLong();
     if (const auto values = GetBillItemValue(fields, false, billId, entryId, lineIndex))
-      MergeVect(index, *values);
+      MergeVect(rows, *values);
   }
-  return rows.object();
+  return rows.vector();
 }
 
 void clsReadUserDefined::GetBillPackage(const std::wstring& sDsn, int32_t billTranType, int32_t mode,
@@ -141,8 +145,9 @@ void clsReadUserDefined::GetBillPackage(const std::wstring& sDsn, int32_t billTr
                 Variant::TypedReference(readMode), Variant::TypedReference(bill));
 }
 
-std::vector<clsReadUserDefined::Field> clsReadUserDefined::UserDefinedFields(const wchar_t* structure) const {
-  const Vector descriptions(package_.Get(structure).AsObject());
+std::vector<clsReadUserDefined::Field> clsReadUserDefined::UserDefinedFields(bool isBillHead) const {
+  const Vector descriptions(
+      package_.Get(isBillHead ? package::kBillDataHeadStruct : package::kBillDataEntryStruct).AsObject());
   std::vector<Field> fields;
   const int32_t count = descriptions.UBound();
   for (int32_t i = 1; i <= count; ++i) {
@@ -151,36 +156,36 @@ std::vector<clsReadUserDefined::Field> clsReadUserDefined::UserDefinedFields(con
     const bool plain = Equals(field.GetValue(L"FRelateOutTbl", 0), 0) &&
                        Equals(field.GetValue(L"FLookUpCls", -1), -1) &&
                        !Equals(field.GetValue(L"FCtlType", 0), kNameControl);
-    fields.push_back({com::ToText(field.GetValue(L"FFieldName", L"")), plain ? L"FID" : L"FName"});
+    const std::wstring name = com::ToText(field.GetValue(L"FFieldName", L""));
+    fields.push_back({name, (isBillHead ? L"P0_" : L"P1_") + name, plain ? L"FID" : L"FName"});
   }
   return fields;
 }
 
 std::optional<std::vector<clsReadUserDefined::Value>>
 clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBillHead, int32_t billId,
-                                     int32_t entryId, int32_t lineIndex) const {
+                                     int32_t entryId, int32_t lineIndex) {
   const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.GetBillItemValue");
   Variant line(lineIndex);
-  const Dictionary valueSet((isBillHead
-                                 ? package_.Get(package::kBillDataHeadValue)
-                                 : package_.Get(package::kBillDataEntryValue, Variant::TypedReference(line)))
-                                .AsObject());
-  if (!valueSet.object()) return std::nullopt;
+  const Object valueSet =
+      (isBillHead ? package_.Get(package::kBillDataHeadValue)
+                  : package_.Get(package::kBillDataEntryValue, Variant::TypedReference(line)))
+          .AsObject();
+  if (!valueSet) return std::nullopt;
+  if (!sets_) sets_.emplace(valueSet);
   std::vector<Value> values;
   for (const Field& field : fields) {
-    const std::wstring key = (isBillHead ? L"P0_" : L"P1_") + field.name;
-    if (!valueSet.Holds(key.c_str())) continue;
-    const Dictionary item(valueSet[key.c_str()].AsObject());
-    values.push_back({billId, entryId, &field.name, item[field.readProperty]});
+    if (!sets_->Holds(valueSet, field.key)) continue;
+    const Object item = sets_->Get(valueSet, field.key).AsObject();
+    if (!items_) items_.emplace(item);
+    values.push_back({billId, entryId, &field.name, items_->Get(item, field.readProperty)});
   }
   return values;
 }
 
-void clsReadUserDefined::MergeVect(RowIndex& rows, const std::vector<Value>& values) {
+void clsReadUserDefined::MergeVect(Rows& rows, const std::vector<Value>& values) {
   const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.MergeVect");
-  for (const Value& value : values)
-    for (const int32_t row : rows.RowsOf(value))
-      rows.rows().DictionaryAt(row).Put(value.field->c_str(), value.value);
+  for (const Value& value : values) rows.Merge(value);
 }
 
 } // namespace mbom

@@ -14,6 +14,7 @@
 #include "com/Object.h"
 #include "com/Variant.h"
 #include "src/frame/Ado.h"
+#include "src/frame/Collections.h"
 #include "src/frame/Frame.h"
 
 namespace mbom {
@@ -31,19 +32,21 @@ class clsReadUserDefined {
                                   com::Object& rs, bool isBillHead);
 
  private:
-  // A user-defined field, and what of its value is shown: the "FName" of something looked up, else the "FID".
+  // A user-defined field: its name, its key in a value set, and what of its value is shown, the "FName" of
+  // something looked up, else the "FID". Texts that are looked up for each value, as variants.
   struct Field {
-    std::wstring name;
-    const wchar_t* readProperty;
+    com::Variant name;
+    com::Variant key;
+    com::Variant readProperty;
   };
   // A field's value in the header of a bill or in one of its lines (entryId 0 for the header).
   struct Value {
     int32_t interId;
     int32_t entryId;
-    const std::wstring* field;
+    const com::Variant* field;
     com::Variant value;
   };
-  class RowIndex;
+  class Rows;
 
   bool HasUserDefinedFields(const std::wstring& pBillTranType, bool isBillHead) const;
   com::Object ReadHeadUserDefined(const std::wstring& sDsn, const std::wstring& pBillTranType,
@@ -52,16 +55,18 @@ class clsReadUserDefined {
                                    const Recordset& rs);
   // Loads a bill into the package, which is created on first need and kept.
   void GetBillPackage(const std::wstring& sDsn, int32_t billTranType, int32_t mode, int32_t billId);
-  std::vector<Field> UserDefinedFields(const wchar_t* structure) const;
+  std::vector<Field> UserDefinedFields(bool isBillHead) const;
   // The values of the loaded bill's header, or of the line at lineIndex (from 1); none at all when the
   // package has no value set.
   std::optional<std::vector<Value>> GetBillItemValue(const std::vector<Field>& fields, bool isBillHead,
-                                                     int32_t billId, int32_t entryId,
-                                                     int32_t lineIndex) const;
-  static void MergeVect(RowIndex& rows, const std::vector<Value>& values);
+                                                     int32_t billId, int32_t entryId, int32_t lineIndex);
+  static void MergeVect(Rows& rows, const std::vector<Value>& values);
 
   Frame frame_;
   com::Object package_;
+  // Of the package's value sets and of their items.
+  std::optional<DictionaryMembers> sets_;
+  std::optional<DictionaryMembers> items_;
 };
 
 } // namespace mbom

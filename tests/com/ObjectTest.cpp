@@ -105,6 +105,7 @@ TEST(BoundMember, GetsPutsAndCallsWithoutCopies) {
   EXPECT_EQ(key, Variant(L"key"));
   EXPECT_EQ(text, Variant(L"text"));
   EXPECT_EQ(BoundMember(probe, L"LastKey").Get(probe), key);
+  EXPECT_EQ(value.Get(probe, key), Variant(L"key=text"));
   // Of every object of the kind.
   const Object second = NewProbe();
   value.Put(second, text, key);
@@ -130,6 +131,12 @@ TEST(BoundMember, TakesTheCalleesErrorAndLeavesNoneOnTheThread) {
   EXPECT_EQ(GetErrorInfo(0, info.Out()), S_FALSE);
   EXPECT_THROW(BoundMember(probe, L"NoSuchMember"), ComError);
   EXPECT_THROW(BoundMember(Object(), L"Value"), ComError);
+  try {
+    BoundMember(probe, L"LastKey").Get(Object());
+    FAIL();
+  } catch (const ComError& error) {
+    EXPECT_EQ(static_cast<unsigned>(error.code()), 0x800A005Bu); // 91
+  }
 }
 
 TEST(ObjectClass, UnknownProgIdGivesTheSystemsError) {
