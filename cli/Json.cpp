@@ -81,12 +81,12 @@ Variant FromJson(const Json& json) {
     return FitsLong(json) ? Variant(json.get<int32_t>()) : Variant(json.get<double>());
   case Json::value_t::number_float: return json.get<double>();
   case Json::value_t::array: {
-    const Object vector = Object::Create(L"ruvo10.Vector");
+    Object vector = Object::Create(L"ruvo10.Vector");
     for (const Json& item : json) vector.Call(L"Add", FromJson(item));
     return vector;
   }
   case Json::value_t::object: {
-    const Object dictionary = Object::Create(L"ruvo10.Dictionary");
+    Object dictionary = Object::Create(L"ruvo10.Dictionary");
     for (const auto& [key, value] : json.items())
       dictionary.Put(L"Value", com::FromUtf8(key), FromJson(value));
     return dictionary;

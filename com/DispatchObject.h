@@ -1,9 +1,10 @@
 // DispatchObject: a COM object around a plain C++ class.
 //
 // The class knows nothing of COM; its table (TableOf) says what is called by which name. The object counts as
-// a use of the module while it lives. Make<T>() creates one, Unwrap<T>() finds the class inside an object
-// that may be anything. A class that hands out references to its own object declares SetSelf(IDispatch*); it
-// is told once, before the first call, and holds the pointer without a reference.
+// a use of the module while it lives; whoever calls it holds a reference for the length of the call, as COM
+// asks. Make<T>() creates one, Unwrap<T>() finds the class inside an object that may be anything. A class
+// that hands out references to its own object declares SetSelf(IDispatch*); it is told once, before the first
+// call, and holds the pointer without a reference.
 #pragma once
 
 #include <oaidl.h>

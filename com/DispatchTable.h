@@ -177,6 +177,15 @@ Variant ToVariant(T&& value) {
   return Variant(std::forward<T>(value));
 }
 
+// What a call returns, as a variant; one that is a variant already is made in its place.
+template <class Call>
+Variant ResultOf(const Call& call) {
+  if constexpr (std::is_same_v<decltype(call()), Variant>)
+    return call();
+  else
+    return ToVariant(call());
+}
+
 // Where an argument comes from; slots are made in place from it.
 struct Place {
   const Arguments& arguments;
@@ -267,12 +276,11 @@ struct Signature {
   static bool CallInPlace(C& object, const DISPPARAMS& params, WORD flags, VARIANT* result,
                           std::index_sequence<I...>) {
     if (!InPlace(params, flags, count) || !(IsValue(params.rgvarg[I]) && ...)) return false;
-    if constexpr (std::is_void_v<R>)
-      (object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...);
-    else if (result)
-      new (result) Variant(ToVariant((object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...)));
-    else
-      (object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...);
+    const auto call = [&]() -> R { return (object.*Member)(AsVariant(params.rgvarg[count - 1 - I])...); };
+    if (!result || std::is_void_v<R>)
+      call();
+    else if constexpr (!std::is_void_v<R>)
+      new (result) Variant(ResultOf(call));
     return true;
   }
 
