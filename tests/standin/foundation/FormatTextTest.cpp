@@ -36,7 +36,7 @@ TEST(FormatText, ConvertsValuesWithoutALocale) {
 TEST(FormatText, TakesAnArrayOfTextsAndRefusesWhatIsNone) {
   SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 5, 2);
   for (LONG i = 5; i <= 6; ++i) {
-    const BSTR text = SysAllocString(i == 5 ? L"five" : L"six");
+    BSTR text = SysAllocString(i == 5 ? L"five" : L"six");
     SafeArrayPutElement(array, &i, text);
     SysFreeString(text);
   }

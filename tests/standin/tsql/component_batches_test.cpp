@@ -287,6 +287,7 @@ TEST_F(ComponentBatchesTest, SimplifiedList) {
   EXPECT_EQ(ErrorOf(kItems), 2714);
   const std::vector<std::string> rows = Rows(kSimplifiedList);
   std::vector<std::string> keys;
+  keys.reserve(rows.size());
   for (const std::string& row : rows) keys.push_back(row.substr(0, row.find('(')));
   EXPECT_EQ(keys, Lines({"0||ga|BOM|1|2|0|||||0|0|0|0", "1|ga|gb1|01", "1|gb1|gb2|01.01",
                          "1|gb2|gb3|01.01.01", "1|ga|gb4|02", "1|gb3|gc10|BOM10", "1|gb4|gc11|BOM11"}));
