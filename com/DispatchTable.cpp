@@ -139,6 +139,7 @@ HRESULT DispatchTable::Call(const Member& member, void* instance, WORD flags, DI
                             VARIANT* result, EXCEPINFO* info, UINT* badArgument) {
   // `recordset.Fields("FName")`: arguments for a property that takes none go to the collection it returns.
   if (member.kind == DISPATCH_PROPERTYGET && member.parameters.empty() && params.cArgs > 0) {
+    // There is no parameter to bind.
     const Variant collection = member.call(instance, Arguments(member.parameters));
     if (collection.type() != VT_DISPATCH || !collection.raw().pdispVal) return DISP_E_BADPARAMCOUNT;
     return collection.raw().pdispVal->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, flags, &params,

@@ -1,6 +1,6 @@
 // Benchmarks of BOM browsing: how long the calls take, and how their conversion of rows into collections
 // stands between a floor (the same rows put into the same collections by direct calls) and a plain late-bound
-// loop by names. Everything in one run, the best of three, so that the ratios can be compared.
+// loop by names. Everything in one run, and the best of several rounds, so that the ratios can be compared.
 //
 // view_bench [FOLDER]: the databases are made there, by default in build/bench.
 #include <objbase.h>

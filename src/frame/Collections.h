@@ -33,28 +33,6 @@ class Dictionary {
   com::Object object_;
 };
 
-// The members of dictionaries of one kind, for loops over many of them: looked up once, with names that are
-// variants already.
-class DictionaryMembers {
- public:
-  explicit DictionaryMembers(const com::Object& one)
-      : value_(one, outside::dictionary::kValue), exists_(one, outside::dictionary::kExists) {}
-
-  com::Variant Get(const com::Object& dictionary, const com::Variant& key) const {
-    return value_.Get(dictionary, key);
-  }
-  bool Holds(const com::Object& dictionary, const com::Variant& key) const {
-    return exists_.Get(dictionary, key).AsBool();
-  }
-  void Put(const com::Object& dictionary, const com::Variant& key, const com::Variant& value) const {
-    value_.Put(dictionary, key, value);
-  }
-
- private:
-  com::BoundMember value_;
-  com::BoundMember exists_;
-};
-
 // A list counted from 1.
 class Vector {
  public:

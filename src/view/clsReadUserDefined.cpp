@@ -3,6 +3,7 @@
 #include <functional>
 #include <unordered_map>
 
+#include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
 #include "src/frame/OutsideNames.h"
@@ -31,19 +32,19 @@ class clsReadUserDefined::Rows {
     const int32_t count = vector_.UBound();
     rows_.reserve(static_cast<size_t>(count));
     for (int32_t i = 1; i <= count; ++i) rows_.push_back(vector_[i].AsObject());
-    if (count > 0) members_.emplace(rows_.front());
+    if (count > 0) value_.emplace(rows_.front(), outside::dictionary::kValue);
   }
 
   const Object& vector() const { return vector_.object(); }
   size_t count() const { return rows_.size(); }
-  int32_t BillIdOf(size_t row) const { return members_->Get(rows_[row], interId_).AsLong(); }
+  int32_t BillIdOf(size_t row) const { return value_->Get(rows_[row], interId_).AsLong(); }
   // Puts a value into the rows with its ids.
   void Merge(const Value& value) {
     if (!indexed_) BuildIndex();
     const auto found =
         positions_.find({static_cast<double>(value.interId), static_cast<double>(value.entryId)});
     if (found == positions_.end()) return;
-    for (const size_t row : found->second) members_->Put(rows_[row], *value.field, value.value);
+    for (const size_t row : found->second) value_->Put(rows_[row], *value.field, value.value);
   }
 
  private:
@@ -63,8 +64,8 @@ class clsReadUserDefined::Rows {
     indexed_ = true;
     const Variant entryIdName(L"FEntryID");
     for (size_t row = 0; row < rows_.size(); ++row) {
-      const std::optional<double> interId = NumberIn(members_->Get(rows_[row], interId_));
-      const std::optional<double> entryId = byEntry_ ? NumberIn(members_->Get(rows_[row], entryIdName)) : 0;
+      const std::optional<double> interId = NumberIn(value_->Get(rows_[row], interId_));
+      const std::optional<double> entryId = byEntry_ ? NumberIn(value_->Get(rows_[row], entryIdName)) : 0;
       if (interId && entryId) positions_[{*interId, *entryId}].push_back(row);
     }
   }
@@ -74,7 +75,7 @@ class clsReadUserDefined::Rows {
   bool indexed_ = false;
   const Variant interId_{L"FInterID"};
   std::vector<Object> rows_;
-  std::optional<DictionaryMembers> members_; // none without rows
+  std::optional<com::BoundMember> value_; // of every row; none without rows
   std::unordered_map<Ids, std::vector<size_t>, Hash> positions_;
 };
 
@@ -164,7 +165,7 @@ std::vector<clsReadUserDefined::Field> clsReadUserDefined::UserDefinedFields(boo
 
 std::optional<std::vector<clsReadUserDefined::Value>>
 clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBillHead, int32_t billId,
-                                     int32_t entryId, int32_t lineIndex) {
+                                     int32_t entryId, int32_t lineIndex) const {
   const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.GetBillItemValue");
   Variant line(lineIndex);
   const Object valueSet =
@@ -172,13 +173,15 @@ clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBi
                   : package_.Get(package::kBillDataEntryValue, Variant::TypedReference(line)))
           .AsObject();
   if (!valueSet) return std::nullopt;
-  if (!sets_) sets_.emplace(valueSet);
+  const com::BoundMember exists(valueSet, outside::dictionary::kExists);
+  const com::BoundMember value(valueSet, outside::dictionary::kValue);
   std::vector<Value> values;
   for (const Field& field : fields) {
-    if (!sets_->Holds(valueSet, field.key)) continue;
-    const Object item = sets_->Get(valueSet, field.key).AsObject();
-    if (!items_) items_.emplace(item);
-    values.push_back({billId, entryId, &field.name, items_->Get(item, field.readProperty)});
+    if (!exists.Get(valueSet, field.key).AsBool()) continue;
+    // The items are the package's own: each may be of another kind.
+    const Object item = value.Get(valueSet, field.key).AsObject();
+    const com::BoundMember itemValue(item, outside::dictionary::kValue);
+    values.push_back({billId, entryId, &field.name, itemValue.Get(item, field.readProperty)});
   }
   return values;
 }

@@ -14,7 +14,6 @@
 #include "com/Object.h"
 #include "com/Variant.h"
 #include "src/frame/Ado.h"
-#include "src/frame/Collections.h"
 #include "src/frame/Frame.h"
 
 namespace mbom {
@@ -59,14 +58,12 @@ class clsReadUserDefined {
   // The values of the loaded bill's header, or of the line at lineIndex (from 1); none at all when the
   // package has no value set.
   std::optional<std::vector<Value>> GetBillItemValue(const std::vector<Field>& fields, bool isBillHead,
-                                                     int32_t billId, int32_t entryId, int32_t lineIndex);
+                                                     int32_t billId, int32_t entryId,
+                                                     int32_t lineIndex) const;
   static void MergeVect(Rows& rows, const std::vector<Value>& values);
 
   Frame frame_;
   com::Object package_;
-  // Of the package's value sets and of their items.
-  std::optional<DictionaryMembers> sets_;
-  std::optional<DictionaryMembers> items_;
 };
 
 } // namespace mbom

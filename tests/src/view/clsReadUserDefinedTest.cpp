@@ -308,6 +308,13 @@ struct PackageCall {
 };
 std::vector<PackageCall> g_packageCalls;
 bool g_noValueSet = false;
+bool g_itemIsNothing = false;
+
+// An item that is no Dictionary and numbers its one member otherwise.
+class PlayedItem {
+ public:
+  Variant Value(const std::wstring& name) const { return name == L"FName" ? Variant(L"played") : Variant(); }
+};
 
 class PlayedPackage {
  public:
@@ -324,7 +331,8 @@ class PlayedPackage {
         {MakeDictionary({{L"FFieldName", L"FNotMine"}}),
          MakeDictionary({{L"FFieldName", L"FMine"}, {L"FDefaultCtl", 0}}),
          MakeDictionary({{L"FFieldName", L"FNoValue"}, {L"FDefaultCtl", L"0"}}),
-         MakeDictionary({{L"FFieldName", L"FObject"}, {L"FDefaultCtl", 0}, {L"FRelateOutTbl", 1}})});
+         MakeDictionary({{L"FFieldName", L"FObject"}, {L"FDefaultCtl", 0}, {L"FRelateOutTbl", 1}}),
+         MakeDictionary({{L"FFieldName", L"FPlayed"}, {L"FDefaultCtl", 0}, {L"FRelateOutTbl", 1}})});
   }
   Object HeadValue() const { return g_noValueSet ? Object() : Values(L"P0_"); }
   Object Entries() const {
@@ -337,14 +345,23 @@ class PlayedPackage {
 
  private:
   static Object Values(const std::wstring& prefix) {
+    const Object played = g_itemIsNothing ? Object() : com::ToObject(com::Make<PlayedItem>());
     return MakeDictionary({{(prefix + L"FMine").c_str(), MakeDictionary({{L"FID", 7}, {L"FName", L"seven"}})},
                            {(prefix + L"FObject").c_str(), MakeDictionary({{L"FName", MakeVector({})}})},
+                           {(prefix + L"FPlayed").c_str(), played},
                            {(prefix + L"FNotMine").c_str(), MakeDictionary({{L"FID", 8}})}});
   }
 };
 
 } // namespace
 } // namespace mbom::test
+
+template <>
+const com::DispatchTable& com::TableOf<mbom::test::PlayedItem>() {
+  using mbom::test::PlayedItem;
+  static const DispatchTable table(IID_NULL, {PropertyGet<&PlayedItem::Value>(77, L"Value", {L"name"})});
+  return table;
+}
 
 template <>
 const com::DispatchTable& com::TableOf<mbom::test::PlayedPackage>() {
@@ -377,7 +394,10 @@ class PlayedPackageTest : public UserDefinedTest {
       texts = RowTexts(rows, columns);
     });
   }
-  void TearDown() override { g_noValueSet = false; }
+  void TearDown() override {
+    g_noValueSet = false;
+    g_itemIsNothing = false;
+  }
 };
 
 TEST_F(PlayedPackageTest, IsAskedForEveryRowsBillByReference) {
@@ -403,9 +423,11 @@ TEST_F(PlayedPackageTest, GivesOnlyTheUserDefinedFieldsItHasValuesFor) {
             .AsObject()
             .Get(L"Item", 1)
             .AsObject();
-    EXPECT_EQ(KeysOf(row), (Texts{L"FInterID", L"FMine", L"FObject"}));
+    EXPECT_EQ(KeysOf(row), (Texts{L"FInterID", L"FMine", L"FObject", L"FPlayed"}));
     EXPECT_EQ(row.Get(L"Value", L"FMine"), Variant(7));
     EXPECT_EQ(row.Get(L"Value", L"FObject").AsObject().Get(L"UBound"), Variant(0));
+    // Items need not be of one kind.
+    EXPECT_EQ(row.Get(L"Value", L"FPlayed"), Variant(L"played"));
   });
 }
 
@@ -423,6 +445,19 @@ TEST_F(PlayedPackageTest, MayHaveNoValueSet) {
   EXPECT_EQ(texts, Texts{L"5|"});
   Played(L"SELECT 5 AS FInterID, 2 AS FEntryID", false, {L"FInterID", L"FMine"}, texts);
   EXPECT_EQ(texts, Texts{L"5|"});
+}
+
+TEST_F(PlayedPackageTest, RaisesForAnItemThatIsNothing) {
+  g_itemIsNothing = true;
+  HRESULT raised = S_OK;
+  InApartment([&] {
+    const Replacement<PlayedPackage> package(L"QorvaneBillDataAccess.clsBillPackage");
+    raised = RaisedBy([this] {
+               Unhosted(L"clsReadUserDefined")
+                   .Call(L"GetUserDefinedValue", database_.Dsn(), L"50", Open(L"SELECT 5 AS FInterID"));
+             }).code;
+  });
+  EXPECT_EQ(static_cast<unsigned>(raised), 0x800A005BU); // 91: there is no object
 }
 
 // ---- failures
