@@ -1,13 +1,9 @@
-// A data-access library that hands out a connection which is closed: played by one of the test's own, which
-// takes the real one's place on a thread of its own. The connection is ADO's.
+// A data-access library that hands out a connection which is closed. The connection is ADO's.
 #include <gtest/gtest.h>
-#include <objbase.h>
-
-#include <thread>
 
 #include "tests/support/Client.h"
+#include "tests/support/PlayedDataAccess.h"
 #include "tests/support/Printing.h"
-#include "tests/support/Replacement.h"
 
 namespace mbom::test {
 namespace {
@@ -15,60 +11,7 @@ namespace {
 using com::Object;
 using com::Variant;
 
-std::vector<std::wstring> g_votes;
-
-class ClosedCallerInfo {
- public:
-  std::wstring CallerKey() const { return L"16394"; }
-};
-
-class ClosedContext {
- public:
-  void VoteAbort() { g_votes.emplace_back(L"VoteAbort"); }
-  void VoteComplete() { g_votes.emplace_back(L"VoteComplete"); }
-  Object GetCallerInfo() { return com::ToObject(com::Make<ClosedCallerInfo>()); }
-  Variant BindDsn(const std::wstring& /*sDsn*/) { return {}; }
-  Object GetConnection() { return Object::Create(L"ADODB.Connection"); }
-};
-
-class ClosedGlobal {
- public:
-  Object GetDataContext() { return com::ToObject(com::Make<ClosedContext>()); }
-};
-
-} // namespace
-} // namespace mbom::test
-
-namespace com {
-
-using namespace mbom::test;
-
-template <>
-const DispatchTable& TableOf<ClosedCallerInfo>() {
-  static const DispatchTable table(IID_NULL, {PropertyGet<&ClosedCallerInfo::CallerKey>(1, L"CallerKey")});
-  return table;
-}
-template <>
-const DispatchTable& TableOf<ClosedContext>() {
-  static const DispatchTable table(IID_NULL, {
-                                                 Method<&ClosedContext::VoteAbort>(1, L"VoteAbort"),
-                                                 Method<&ClosedContext::VoteComplete>(2, L"VoteComplete"),
-                                                 Method<&ClosedContext::GetCallerInfo>(3, L"GetCallerInfo"),
-                                                 Method<&ClosedContext::BindDsn>(4, L"BindDsn", {L"sDsn"}),
-                                                 Method<&ClosedContext::GetConnection>(5, L"GetConnection"),
-                                             });
-  return table;
-}
-template <>
-const DispatchTable& TableOf<ClosedGlobal>() {
-  static const DispatchTable table(IID_NULL, {Method<&ClosedGlobal::GetDataContext>(1, L"GetDataContext")});
-  return table;
-}
-
-} // namespace com
-
-namespace mbom::test {
-namespace {
+const std::vector<std::wstring>& g_votes = PlayedDataAccess::calls;
 
 // ADO's errors: the object is closed (3704), the connection is closed or invalid here (3709).
 bool IsClosedError(HRESULT code) {
@@ -76,19 +19,11 @@ bool IsClosedError(HRESULT code) {
 }
 
 template <class Test>
-void WithClosedConnection(Test test) {
-  g_votes.clear();
-  std::thread([&test] {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    {
-      const Replacement<ClosedGlobal> global(L"QorvaneGlobal.Global");
-      test();
-    }
-    CoUninitialize();
-  }).join();
+void WithClosedConnection(const Test& test) {
+  InPlayedDataAccess([] { return Object::Create(L"ADODB.Connection"); }, test);
 }
 
-// The error of a call that lets it rise; the last vote was to abort where one was cast.
+// The connection's error rises out of the call.
 template <class Call>
 void ExpectRises(const Call& call) {
   const Raised raised = RaisedBy(call);

@@ -1,14 +1,10 @@
 // A provider that hands back nothing where a recordset is expected, none that is open or none with a row:
-// played by a data-access library and recordsets of the test's own, which take the real ones' place on a
-// thread of its own.
+// played by a data-access library, a connection and recordsets of the test's own.
 #include <gtest/gtest.h>
-#include <objbase.h>
-
-#include <thread>
 
 #include "tests/support/Client.h"
+#include "tests/support/PlayedDataAccess.h"
 #include "tests/support/Printing.h"
-#include "tests/support/Replacement.h"
 
 namespace mbom::test {
 namespace {
@@ -17,7 +13,7 @@ using com::Object;
 using com::Variant;
 
 // What the test that runs calls, and how it is answered.
-std::vector<std::wstring> g_calls;
+std::vector<std::wstring>& g_calls = PlayedDataAccess::calls;
 bool g_emptyAnswers = false;
 
 // Never open, and at its end.
@@ -43,25 +39,6 @@ class MuteConnection {
     g_calls.push_back(text);
     return g_emptyAnswers ? com::ToObject(com::Make<MuteRecordset>()) : Object();
   }
-};
-
-class MuteCallerInfo {
- public:
-  std::wstring CallerKey() const { return L"nobody"; }
-};
-
-class MuteContext {
- public:
-  void VoteAbort() { g_calls.emplace_back(L"VoteAbort"); }
-  void VoteComplete() { g_calls.emplace_back(L"VoteComplete"); }
-  Object GetCallerInfo() { return com::ToObject(com::Make<MuteCallerInfo>()); }
-  Variant BindDsn(const std::wstring& /*sDsn*/) { return {}; }
-  Object GetConnection() { return com::ToObject(com::Make<MuteConnection>()); }
-};
-
-class MuteGlobal {
- public:
-  Object GetDataContext() { return com::ToObject(com::Make<MuteContext>()); }
 };
 
 } // namespace
@@ -92,47 +69,21 @@ const DispatchTable& TableOf<MuteConnection>() {
                     1, L"Execute", {L"text", {L"affected", Variant::Missing()}, {L"options", -1}})});
   return table;
 }
-template <>
-const DispatchTable& TableOf<MuteCallerInfo>() {
-  static const DispatchTable table(IID_NULL, {PropertyGet<&MuteCallerInfo::CallerKey>(1, L"CallerKey")});
-  return table;
-}
-template <>
-const DispatchTable& TableOf<MuteContext>() {
-  static const DispatchTable table(IID_NULL, {
-                                                 Method<&MuteContext::VoteAbort>(1, L"VoteAbort"),
-                                                 Method<&MuteContext::VoteComplete>(2, L"VoteComplete"),
-                                                 Method<&MuteContext::GetCallerInfo>(3, L"GetCallerInfo"),
-                                                 Method<&MuteContext::BindDsn>(4, L"BindDsn", {L"sDsn"}),
-                                                 Method<&MuteContext::GetConnection>(5, L"GetConnection"),
-                                             });
-  return table;
-}
-template <>
-const DispatchTable& TableOf<MuteGlobal>() {
-  static const DispatchTable table(IID_NULL, {Method<&MuteGlobal::GetDataContext>(1, L"GetDataContext")});
-  return table;
-}
 
 } // namespace com
 
 namespace mbom::test {
 namespace {
 
-// Runs `test` on a thread of its own where everything is mute.
+// Runs `test` where everything is mute.
 template <class Test>
-void WithMuteProvider(Test test) {
-  g_calls.clear();
+void WithMuteProvider(const Test& test) {
   g_emptyAnswers = false;
-  std::thread([&test] {
-    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    {
-      const Replacement<MuteGlobal> global(L"QorvaneGlobal.Global");
-      const Replacement<MuteRecordset> recordset(L"ADODB.Recordset");
-      test();
-    }
-    CoUninitialize();
-  }).join();
+  InPlayedDataAccess([] { return com::ToObject(com::Make<MuteConnection>()); },
+                     [&test] {
+                       const Replacement<MuteRecordset> recordset(L"ADODB.Recordset");
+                       test();
+                     });
 }
 
 TEST(NoRecordset, MakesEndSaveFailWithoutAMessage) {
