@@ -1,8 +1,8 @@
 // The engine against the same work written by hand with SQLite's C API, on tables of the same rows, both in
 // memory. Repetitions of the two alternate and the best of each counts, because a busy machine only ever adds
 // time. tsql_bench [REPETITIONS]
-#include "standin/tsql/script.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/script.h"
+#include "tsql/tsql.h"
 
 #include <sqlite3.h>
 
@@ -331,7 +331,7 @@ void Compiling(int repetitions) {
   std::printf("\ncompiling                                           first time       again\n");
   int unique = 0;
   for (const Statement& statement : kStatements) {
-    const std::string text = ReadText(root + "/tests/standin/tsql/corpus/" + statement.file + ".sql");
+    const std::string text = ReadText(root + "/tests/tsql/corpus/" + statement.file + ".sql");
     double first = 1e9;
     double again = 1e9;
     for (int i = 0; i < repetitions * 3; ++i) {

@@ -6,7 +6,7 @@
 
 #include "com/Text.h"
 #include "standin/ado/Connection.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace bench {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace standin::ado {
 

@@ -7,7 +7,7 @@
 
 #include "com/Object.h"
 #include "standin/ado/Constants.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace standin::ado {
 

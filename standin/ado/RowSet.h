@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "com/Variant.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace standin::ado {
 

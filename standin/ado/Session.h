@@ -15,7 +15,7 @@
 #include "standin/ado/AdoError.h"
 #include "standin/ado/ConnectionString.h"
 #include "standin/ado/RowSet.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace standin::ado {
 

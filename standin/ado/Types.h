@@ -6,7 +6,7 @@
 
 #include "com/Variant.h"
 #include "standin/ado/Constants.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 namespace standin::ado {
 

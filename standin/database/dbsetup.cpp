@@ -3,8 +3,8 @@
 // A script is UTF-8; a line that holds only GO, or GO and a number of repetitions, ends a batch. --new
 // replaces the file, otherwise it is created if it is not there. A script's first error is followed by no
 // more of its batches, and the exit code is 1.
-#include "standin/tsql/script.h"
-#include "standin/tsql/tsql.h"
+#include "tsql/script.h"
+#include "tsql/tsql.h"
 
 #include <cstdio>
 #include <exception>

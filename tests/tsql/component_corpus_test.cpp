@@ -2,7 +2,7 @@
 // data: the rows that come back, the counts of what changes, or the error. The values follow from the data as
 // factory.sql describes it. Each case runs in a transaction that is rolled back.
 #include "engine_fixture.h"
-#include "standin/tsql/script.h"
+#include "tsql/script.h"
 
 #include <algorithm>
 #include <fstream>
@@ -107,7 +107,7 @@ TEST_P(ComponentCorpusTest, RunsAsSent) {
   const Case& expected = GetParam();
   Table table;
   for (const char* file : expected.files)
-    table = Run(ReadText(kRoot + "/tests/standin/tsql/corpus/" + file + ".sql"));
+    table = Run(ReadText(kRoot + "/tests/tsql/corpus/" + file + ".sql"));
   if (expected.error != 0) {
     ASSERT_EQ(table.errors.size(), 1U);
     EXPECT_EQ(table.errors[0].number, expected.error) << table.errors[0].what();
@@ -481,7 +481,7 @@ INSTANTIATE_TEST_SUITE_P(Statements, ComponentCorpusTest, ::testing::ValuesIn(kC
 // Results without a column name.
 TEST_F(ComponentCorpusTest, SingleValues) {
   const auto value = [this](const char* file) {
-    const Table table = Run(ReadText(kRoot + "/tests/standin/tsql/corpus/" + file + ".sql"));
+    const Table table = Run(ReadText(kRoot + "/tests/tsql/corpus/" + file + ".sql"));
     return table.results.size() == 1 && table.results[0].size() == 1 ? table.results[0][0]
                                                                      : std::string("none");
   };
@@ -502,7 +502,7 @@ TEST_F(ComponentCorpusTest, SystemProfile) {
     parameters[0].value.text = category;
     parameters[1].value.text = key;
     Output output;
-    EXPECT_TRUE(session_->Execute(ReadText(kRoot + "/tests/standin/tsql/corpus/SystemProfile.sql"),
+    EXPECT_TRUE(session_->Execute(ReadText(kRoot + "/tests/tsql/corpus/SystemProfile.sql"),
                                   parameters, output));
     return output.results.at(0);
   };

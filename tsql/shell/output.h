@@ -1,7 +1,7 @@
 // How tsqlsh shows what a batch sends: results and messages to one stream, errors to another.
 #pragma once
 
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 #include <iosfwd>
 #include <string>

@@ -1,9 +1,9 @@
-#include "standin/tsql/shell/output.h"
+#include "tsql/shell/output.h"
 
-#include "standin/tsql/collation.h"
-#include "standin/tsql/datetime.h"
-#include "standin/tsql/decimal.h"
-#include "standin/tsql/types.h"
+#include "tsql/collation.h"
+#include "tsql/datetime.h"
+#include "tsql/decimal.h"
+#include "tsql/types.h"
 
 #include <algorithm>
 #include <array>

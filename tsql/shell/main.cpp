@@ -4,8 +4,8 @@
 // A script is UTF-8; a line "GO" or "GO n" ends a batch. Results, row counts (unless NOCOUNT is on) and PRINT
 // go to standard output; errors to standard error, with the line within the batch, and the next batch
 // follows. The exit status is 1 when any batch failed, 2 when the command line is wrong.
-#include "standin/tsql/script.h"
-#include "standin/tsql/shell/output.h"
+#include "tsql/script.h"
+#include "tsql/shell/output.h"
 
 #include <chrono>
 #include <cstdio>

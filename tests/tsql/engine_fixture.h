@@ -2,7 +2,7 @@
 // reads like the result: rows as "a|b", NULL as "NULL", one string a row.
 #pragma once
 
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 #include <gtest/gtest.h>
 

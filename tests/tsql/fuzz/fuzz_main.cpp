@@ -1,7 +1,7 @@
 // A libFuzzer target: any text is parsed and run as a batch on a small in-memory database. Nothing may crash,
 // leak or run for good; the engine may refuse what it likes, but never with SQLite's own complaint about a
 // statement that the engine made (823), and afterwards the session works.
-#include "standin/tsql/tsql.h"
+#include "tsql/tsql.h"
 
 #include <cstdio>
 #include <cstdlib>
