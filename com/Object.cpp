@@ -104,6 +104,13 @@ Variant BoundMember::Get(const Object& object, const Variant& index) const {
   return result;
 }
 
+Variant BoundMember::Get(const Object& object, const Variant& first, const Variant& second) const {
+  std::array<VARIANTARG, 2> borrowed{second.raw(), first.raw()};
+  Variant result;
+  Invoke(object.pointer(), id_, DISPATCH_PROPERTYGET | DISPATCH_METHOD, borrowed, &result.raw());
+  return result;
+}
+
 void BoundMember::Call(const Object& object) const {
   Variant result;
   Invoke(object.pointer(), id_, DISPATCH_METHOD, {}, &result.raw());

@@ -91,6 +91,7 @@ class BoundMember {
 
   Variant Get(const Object& object) const;
   Variant Get(const Object& object, const Variant& index) const;
+  Variant Get(const Object& object, const Variant& first, const Variant& second) const;
   void Call(const Object& object) const;
   void Call(const Object& object, const Variant& argument) const;
   void Put(const Object& object, const Variant& index, const Variant& value) const;

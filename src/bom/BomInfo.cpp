@@ -1,7 +1,5 @@
 #include "src/bom/BomInfo.h"
 
-#include <exception>
-
 namespace mbom {
 namespace {
 
@@ -45,24 +43,17 @@ Sql SelectAll(const std::wstring& table, const std::wstring& sFilter, const std:
 } // namespace
 
 Object BomInfo::OpenDetached(const std::wstring& sDsn, const Sql& query) {
-  frame_.OpenDataContext(sDsn);
-  const ClientRecordset rows(frame_.GetConnection());
-  rows.Open(query);
-  rows.Detach();
-  frame_.VoteComplete();
-  return rows.object();
+  return frame_.LetFailuresRise([&] {
+    frame_.OpenDataContext(sDsn);
+    return mbom::OpenDetached(frame_.GetConnection(), query).object();
+  });
 }
 
 Object BomInfo::Select(const std::wstring& sDsn, const Sql& query) {
-  try {
+  return frame_.TrapFailures(Object(), [&] {
     frame_.OpenDataContext(sDsn);
-    const Recordset rows = frame_.GetConnection().Execute(query);
-    frame_.VoteComplete();
-    return rows.object();
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return Object();
+    return frame_.GetConnection().Execute(query).object();
+  });
 }
 
 Object BomInfo::GetBomInfo(const std::wstring& sDsn, const std::wstring& sFilter, const std::wstring& sOrder,
@@ -85,9 +76,8 @@ Object BomInfo::GetInfo(const std::wstring& sDsn, std::wstring& strSql) {
 }
 
 int32_t BomInfo::GetItemForbitNumber(const std::wstring& sDsn, int32_t BomInterId) {
-  frame_.OpenDataContext(sDsn);
-  int32_t count = 0;
-  {
+  return frame_.LetFailuresRise([&] {
+    frame_.OpenDataContext(sDsn);
     const Recordset sums = frame_.GetConnection().Execute(
         Sql()
         << L"select t2.FInterId, isnull(sum(t3.FDeleted),0) as HSum, isnull(sum(t4.Fdeleted) ,0) as ESum "
@@ -96,10 +86,8 @@ int32_t BomInfo::GetItemForbitNumber(const std::wstring& sDsn, int32_t BomInterI
            L"left join t_IcItem t4 on t2.FItemId=t4.FItemId "
            L"where t1.FInterID = "
         << BomInterId << L"group by t2.FinterId");
-    count = com::Variant(sums[L"HSUm"].AsDouble() + sums[L"ESum"].AsDouble()).AsLong();
-  }
-  frame_.VoteComplete();
-  return count;
+    return com::Variant(sums[L"HSUm"].AsDouble() + sums[L"ESum"].AsDouble()).AsLong();
+  });
 }
 
 Object BomInfo::GetBomInfoByItemNumber(const std::wstring& sDsn, const std::wstring& sItemNumber) {

@@ -1,12 +1,11 @@
 #include "src/bom/BomUpdate.h"
 
-#include <exception>
-
 #include "com/ValueText.h"
 #include "src/frame/BomReferences.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
 #include "src/frame/Globals.h"
+#include "src/frame/Texts.h"
 
 namespace mbom {
 namespace {
@@ -19,7 +18,7 @@ constexpr int32_t kCustomerBomBill = 53;
 constexpr int16_t kRefused = 99;
 
 void SetUseStatusByItem(const Connection& conn, int32_t itemId, int16_t status) {
-  conn.Execute(Sql() << L"UPDATE ICBom SET FUseStatus=" << status << L" WHERE FItemID=" << itemId);
+  conn.Run(Sql() << L"UPDATE ICBom SET FUseStatus=" << status << L" WHERE FItemID=" << itemId);
 }
 
 // A clause of a caller's own, or none.
@@ -30,9 +29,9 @@ std::wstring Where(const std::wstring& sFilter) {
 } // namespace
 
 bool BomUpdate::BeginSave(const std::wstring& sDsn, Object& SaveVect, std::wstring& /*ReturnMsg*/) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  {
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const Vector save(SaveVect);
     if (save.UBound() >= 2) {
@@ -40,39 +39,35 @@ bool BomUpdate::BeginSave(const std::wstring& sDsn, Object& SaveVect, std::wstri
       if (IsTrue(change[L"UseStatusChange"]))
         SetUseStatusByItem(conn, change[L"FItemID"].AsLong(), kNotInUse);
     }
-  }
-  frame_.VoteComplete();
-  return true;
+    return true;
+  });
 }
 
 bool BomUpdate::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring& ReturnMsg) {
-  try {
-    if (StampSavedBom(sDsn, SaveVect, ReturnMsg)) {
-      frame_.VoteComplete();
-      return true;
+  return frame_.TrapFailures(false, [&] {
+    const Texts text(sDsn);
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+
+    const Dictionary bom = Vector(SaveVect).DictionaryAt(1);
+    {
+      const Recordset header =
+          conn.Execute(Sql() << L"select FEcnInterId from IcBom where FInterId = " << bom[L"FInterID"]);
+      if (!header) return frame_.Refuse(false);
+      if (IsGreater(header[L"FEcnInterID"], 0)) {
+        ReturnMsg = text(L"该BOM单为工程变更生成或已通过工程变更，不能审核和反审核!");
+        bom.Put(L"SaveRetCode", kRefused);
+        return frame_.Refuse(false);
+      }
     }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+
+    StampSavedBom(conn, bom);
+    return true;
+  });
 }
 
-bool BomUpdate::StampSavedBom(const std::wstring& sDsn, const Object& SaveVect, std::wstring& ReturnMsg) {
-  const std::wstring language = GetDsnValue(sDsn, L"Language");
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-
-  const Dictionary bom = Vector(SaveVect).DictionaryAt(1);
-  const Recordset header =
-      conn.Execute(Sql() << L"select FEcnInterId from IcBom where FInterId = " << bom[L"FInterID"]);
-  if (!header) return false;
-  if (IsGreater(header[L"FEcnInterID"], 0)) {
-    ReturnMsg = LoadResText(L"该BOM单为工程变更生成或已通过工程变更，不能审核和反审核!", language);
-    bom.Put(L"SaveRetCode", kRefused);
-    return false;
-  }
-
+void BomUpdate::StampSavedBom(const Connection& conn, const Dictionary& bom) const {
   const bool customerBom = Equals(bom[L"FTransType"], kCustomerBomBill);
   Sql stamp;
   stamp << L"UPDATE ICBom SET FOperatorID=" << GetCurrentUserId(frame_) << L","
@@ -83,39 +78,39 @@ bool BomUpdate::StampSavedBom(const std::wstring& sDsn, const Object& SaveVect, 
           << Dictionary(bom[L"StateParm"].AsObject())[L"FParentID"];
   }
   stamp << L" WHERE FInterID=" << bom[L"FInterID"];
-  conn.Execute(stamp);
+  conn.Run(stamp);
 
   const wchar_t* lines = customerBom ? L"ICCustBOMChild" : L"ICBOMChild";
-  conn.Execute(
-      Sql() << L" Update t1 set t1.FQty=cast(t1.FAuxQty as float) * (cast(isnull(t3.FCoefficient,1) as"
-               L" float) + cast(isnull(t3.FScale,0) as float))"
-            << kCrLf << L" from " << lines << L"  t1,t_MeasureUnit t3" << kCrLf
-            << L" Where t3.FItemID = t1.FUnitID and t1.FInterID=" << bom[L"FInterID"]);
+  conn.Run(Sql() << L" Update t1 set t1.FQty=cast(t1.FAuxQty as float) * (cast(isnull(t3.FCoefficient,1) as"
+                    L" float) + cast(isnull(t3.FScale,0) as float))"
+                 << kCrLf << L" from " << lines << L"  t1,t_MeasureUnit t3" << kCrLf
+                 << L" Where t3.FItemID = t1.FUnitID and t1.FInterID=" << bom[L"FInterID"]);
 
   // The lines of a customer BOM stand in another table, but it is the ordinary lines that are opened here.
-  conn.Execute(Sql() << L"IF EXISTS (SELECT 1 FROM ICBOM WHERE FInterId = " << bom[L"FInterID"]
-                     << L" AND FBomtype <> 0) " << kCrLf
-                     << L"    UPDATE ICBomChild SET FBeginDay = '1900-01-01', FEndDay = '2100-01-01'"
-                        L" WHERE FInterID = "
-                     << bom[L"FInterID"]);
-  return true;
+  conn.Run(Sql() << L"IF EXISTS (SELECT 1 FROM ICBOM WHERE FInterId = " << bom[L"FInterID"]
+                 << L" AND FBomtype <> 0) " << kCrLf
+                 << L"    UPDATE ICBomChild SET FBeginDay = '1900-01-01', FEndDay = '2100-01-01'"
+                    L" WHERE FInterID = "
+                 << bom[L"FInterID"]);
 }
 
 bool BomUpdate::UpdateIcBomStatus(const std::wstring& sDsn, const std::wstring& lBomNumber) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection().Execute(Sql() << L"UPDATE ICBom SET FStatus=1, FUseStatus=1072 WHERE FBomNumber ='"
-                                       << lBomNumber << L"' ");
-  frame_.VoteComplete();
-  return false;
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection().Run(Sql() << L"UPDATE ICBom SET FStatus=1, FUseStatus=1072 WHERE FBomNumber ='"
+                                     << lBomNumber << L"' ");
+    return false;
+  });
 }
 
 bool BomUpdate::AddBomGroup(const std::wstring& sDsn, const Object& tDict, int32_t& NewGroupInterId) {
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
     const Dictionary group(tDict);
-    const Recordset answer = frame_.GetConnection().Execute(
+    const Recordset answer = conn.Execute(
         Sql() << L" Set NoCount on\n"
               << L" Declare @NewInterId int\n"
               << L" if exists(SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOMGroup') \n"
@@ -135,22 +130,19 @@ bool BomUpdate::AddBomGroup(const std::wstring& sDsn, const Object& tDict, int32
               << L" UPDATE ICMaxNum SET FMaxNum=@NewInterId WHERE FTableName='ICBOMGroup'\n"
               << L" Set NoCount Off\n"
               << L" Select @NewInterId as NewInterId \n");
-    if (!answer.Eof()) {
-      NewGroupInterId = Variant(LeadingNumber(com::ToText(answer[L"NewInterId"]))).AsLong();
-      frame_.VoteComplete();
-      return true;
+    if (answer.Eof()) {
+      NewGroupInterId = 0;
+      return frame_.Refuse(false);
     }
-    NewGroupInterId = 0;
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    NewGroupInterId = Variant(LeadingNumber(com::ToText(answer[L"NewInterId"]))).AsLong();
+    return true;
+  });
 }
 
 bool BomUpdate::UpdateBomGroup(const std::wstring& sDsn, const Object& tDict, const std::wstring& sFilter) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  {
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const Dictionary group(tDict);
     Sql update;
@@ -161,45 +153,43 @@ bool BomUpdate::UpdateBomGroup(const std::wstring& sDsn, const Object& tDict, co
       update << separator << field << L"='" << group[field] << L"'";
       separator = L",";
     }
-    conn.Execute(update << Where(sFilter));
-  }
-  frame_.VoteComplete();
-  return false;
+    conn.Run(update << Where(sFilter));
+    return false;
+  });
 }
 
 bool BomUpdate::DeleteBom(const std::wstring& sDsn, const std::wstring& sFilter) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  bool deleted = false;
-  {
-    const Recordset answer = frame_.GetConnection().Execute(
-        Sql() << L" if not exists(select * from ICBOM Where FStatus = 1 and FCheckerID>0 and " << sFilter
-              << L") \n"
-              << L" Begin set nocount on\n"
-              << L" DELETE FROM ICBom" << Where(sFilter) << L"\n"
-              << L"     set nocount off\n"
-              << L"     Select 1 as Succ\n"
-              << L" End\n"
-              << L" Else\n"
-              << L"     Select 0 as Succ\n");
-    deleted = !answer.Eof() && LeadingNumber(com::ToText(answer[L"Succ"])) == 1;
-  }
-  frame_.VoteComplete();
-  return deleted;
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    const Recordset answer =
+        conn.Execute(Sql() << L" if not exists(select * from ICBOM Where FStatus = 1 and FCheckerID>0 and "
+                           << sFilter << L") \n"
+                           << L" Begin set nocount on\n"
+                           << L" DELETE FROM ICBom" << Where(sFilter) << L"\n"
+                           << L"     set nocount off\n"
+                           << L"     Select 1 as Succ\n"
+                           << L" End\n"
+                           << L" Else\n"
+                           << L"     Select 0 as Succ\n");
+    return !answer.Eof() && LeadingNumber(com::ToText(answer[L"Succ"])) == 1;
+  });
 }
 
 bool BomUpdate::DeleteBomGroup(const std::wstring& sDsn, const std::wstring& sFilter) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection().Execute(Sql() << L"DELETE FROM ICBomGroup" << Where(sFilter));
-  frame_.VoteComplete();
-  return false;
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection().Run(Sql() << L"DELETE FROM ICBomGroup" << Where(sFilter));
+    return false;
+  });
 }
 
 bool BomUpdate::UpdateBOM(const std::wstring& sDsn, const Object& tVect, const std::wstring& sFilter) {
-  frame_.VoteAbort();
-  frame_.OpenDataContext(sDsn);
-  {
+  return frame_.LetFailuresRise([&] {
+    frame_.VoteAbort();
+    frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const Vector fields(tVect);
     const int32_t last = fields.UBound();
@@ -209,49 +199,43 @@ bool BomUpdate::UpdateBOM(const std::wstring& sDsn, const Object& tVect, const s
       const Dictionary field = fields.DictionaryAt(i);
       update << field[L"FFieldID"] << L"=" << field[L"FValue"] << (i < last ? L"," : L"");
     }
-    conn.Execute(update << Where(sFilter));
-  }
-  frame_.VoteComplete();
-  return false;
+    conn.Run(update << Where(sFilter));
+    return false;
+  });
 }
 
 int32_t BomUpdate::CheckBomUsed(const std::wstring& sDsn, int32_t FInterID, std::wstring& strInfo) {
   constexpr int32_t kUsed = 1;
   constexpr int32_t kNotUsed = 0;
   constexpr int32_t kFailed = -1;
-  try {
+  return frame_.TrapFailures(kFailed, [&] {
     const Texts text(sDsn);
     frame_.OpenDataContext(sDsn);
     const ClientRecordset references(frame_.GetConnection());
     references.Open(BomUsedSql(FInterID, false, text) << kCrLf);
-    if (references.IsOpen()) {
-      strInfo.clear();
-      const bool used = references.RecordCount() >= 1;
-      if (used) AppendReferences(references, text, strInfo);
-      frame_.VoteComplete();
-      return used ? kUsed : kNotUsed;
+    if (!references.IsOpen()) {
+      strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
+      return frame_.Refuse(kFailed);
     }
-    strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return kFailed;
+    strInfo.clear();
+    if (references.RecordCount() < 1) return kNotUsed;
+    AppendReferences(references, text, strInfo);
+    return kUsed;
+  });
 }
 
 bool BomUpdate::SetVisibelBySysProfile(const std::wstring& sDsn, const std::wstring& sVal) {
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteComplete();
     frame_.OpenDataContext(sDsn);
-    frame_.GetConnection().Execute(
+    frame_.GetConnection().Run(
         Sql() << L"UPDATE IcTableFieldInfo SET FVisible = '" << sVal << L"' " << kCrLf
               << L"WHERE FCtlID IN ('BOM', 'OneGradeBOMQuery', 'MutiGradeBOMQuery', 'OneGradeBOMQueryRev', "
                  L"'MutiGradeBOMQueryRev', 'BomTreeQuery') "
               << kCrLf << L"AND FLdgNum = 1 AND FName IN ('FBeginDay', 'FEndDay') ");
-    return true;
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    // Complete was voted before the set-up; there is no other vote.
+    return frame_.WithoutVote(true);
+  });
 }
 
 } // namespace mbom

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "com/Object.h"
+#include "src/frame/Collections.h"
 #include "src/frame/Frame.h"
 
 namespace mbom {
@@ -72,8 +73,8 @@ class BomUpdate {
   bool SetVisibelBySysProfile(const std::wstring& sDsn, const std::wstring& sVal);
 
  private:
-  // False when the BOM is refused; what refused it stands in SaveVect and ReturnMsg.
-  bool StampSavedBom(const std::wstring& sDsn, const com::Object& SaveVect, std::wstring& ReturnMsg);
+  // What EndSave writes for the BOM of the save vector's first item.
+  void StampSavedBom(const Connection& conn, const Dictionary& bom) const;
 
   Frame frame_;
 };

@@ -12,8 +12,6 @@
 namespace mbom {
 namespace {
 
-using Cursor = ClientRecordset::Cursor;
-
 // Result codes. The checks before deletion and modification call the first two "may" and "may not".
 constexpr int32_t kDone = 1;
 constexpr int32_t kRefused = 2;
@@ -23,6 +21,12 @@ constexpr int32_t kFailed = 0;
 constexpr wchar_t kNoBomData[] = L"读取BOM数据出现错误，请检查参数是否正确。";
 constexpr wchar_t kNoSuchBom[] = L"查询不到指定的BOM，请检查单数是否正确。";
 constexpr wchar_t kNoReferences[] = L"检查BOM是否被引用时出现错误，请检查参数是否正确。";
+
+// The recordset of a check: static, and closed where the check is left.
+ClientRecordset NewRecordset(const Connection& conn) {
+  return ClientRecordset(conn, ClientRecordset::Cursor::Static, ClientRecordset::Lock::Unspecified,
+                         OnLeave::CloseAndRelease);
+}
 
 // The first reason against the audit, as a source text; null when there is none.
 const wchar_t* ReasonAgainstAudit(const Frame& frame, const ClientRecordset& bom, int32_t lEmpID) {
@@ -69,77 +73,67 @@ std::wstring UnexpectedError(const std::exception& error, const Texts& text) {
 int32_t CBomCheck::BomCheck(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
                             int32_t lEmpID, std::wstring& strMsg) {
   const Texts text(sDsn);
-  int32_t result = kRefused;
-  std::wstring reason;
-  try {
+  const auto notAudited = [&](const std::wstring& reason, int32_t result) {
+    strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]审核没有成功。原因为："), reason});
+    return result;
+  };
+  const auto failed = [&](const std::exception& failure) {
+    return notAudited(UnexpectedError(failure, text), kFailed);
+  };
+  return frame_.TrapFailures(failed, [&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    const ClientRecordset bom(conn, Cursor::Static);
+    const ClientRecordset bom = NewRecordset(conn);
     bom.Open(Sql() << L" select FInterID, FBOMNumber FBillNo, FCheckID, FStatus From ICBOM Where FInterID = "
                    << lInterID);
-    const wchar_t* against = ReasonAgainstAudit(frame_, bom, lEmpID);
-    if (!against) {
-      conn.Execute(Sql() << L" Update ICBOM Set FStatus = 1, FCheckerID = " << lEmpID
-                         << L", FAudDate = Convert(Varchar(10),Getdate(),120), FBeenChecked = 1 " << kCrLf
-                         << L" Where FInterID = " << lInterID);
-      strMsg = Join({text(L"BOM[编号："), com::ToText(bom[L"FBillNo"]), text(L"]审核成功。")});
-      frame_.VoteComplete();
-      return kDone;
-    }
-    reason = text(against);
-  } catch (const std::exception& error) {
-    reason = UnexpectedError(error, text);
-    result = kFailed;
-  }
-  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]审核没有成功。原因为："), reason});
-  frame_.VoteAbort();
-  return result;
+    if (const wchar_t* against = ReasonAgainstAudit(frame_, bom, lEmpID))
+      return frame_.Refuse(notAudited(text(against), kRefused));
+
+    conn.Run(Sql() << L" Update ICBOM Set FStatus = 1, FCheckerID = " << lEmpID
+                   << L", FAudDate = Convert(Varchar(10),Getdate(),120), FBeenChecked = 1 " << kCrLf
+                   << L" Where FInterID = " << lInterID);
+    strMsg = Join({text(L"BOM[编号："), com::ToText(bom[L"FBillNo"]), text(L"]审核成功。")});
+    return frame_.Complete(kDone);
+  });
 }
 
 int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
                                 int32_t lEmpID, int32_t lType, std::wstring& strMsg) {
   const Texts text(sDsn);
-  int32_t result = kRefused;
-  std::wstring reason;
-  try {
+  const auto notUndone = [&](const std::wstring& reason, int32_t result) {
+    strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核没有成功。原因为："), reason});
+    return result;
+  };
+  const auto failed = [&](const std::exception& failure) {
+    return notUndone(UnexpectedError(failure, text), kFailed);
+  };
+  return frame_.TrapFailures(failed, [&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    const ClientRecordset rows(conn, Cursor::Static);
+    const ClientRecordset rows = NewRecordset(conn);
     rows.Open(Sql() << L" select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM"
                        L" Where FInterID = "
                     << lInterID);
-    const wchar_t* against = ReasonAgainstUndo(frame_, rows, lEmpID);
+    if (const wchar_t* against = ReasonAgainstUndo(frame_, rows, lEmpID))
+      return frame_.Refuse(notUndone(text(against), kRefused));
+
     std::wstring references;
-    if (!against && lType == 0) {
+    if (lType == 0) {
       rows.Open(BomUsedSql(lInterID, false, text));
-      if (!rows.IsOpen())
-        against = kNoReferences;
-      else if (rows.RecordCount() > 0)
-        AppendReferences(rows, text, references);
+      if (!rows.IsOpen()) return frame_.Refuse(notUndone(text(kNoReferences), kRefused));
+      if (rows.RecordCount() > 0) AppendReferences(rows, text, references);
     }
-    if (!against) {
-      if (references.empty()) {
-        conn.Execute(Sql() << L" Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, "
-                              L"FAudDate = null, FBeenChecked=0"
-                           << kCrLf << L" Where FInterID = " << lInterID);
-        strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核成功。")});
-        result = kDone;
-      } else {
-        strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核被拒绝。"), kCrLf, text(L"原因："),
-                       references, text(L"如果反审核，会影响这些单据的正确执行。")});
-        result = kInUse;
-      }
-      frame_.VoteComplete();
-      return result;
+    if (!references.empty()) {
+      strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核被拒绝。"), kCrLf, text(L"原因："),
+                     references, text(L"如果反审核，会影响这些单据的正确执行。")});
+      return frame_.Complete(kInUse);
     }
-    reason = text(against);
-  } catch (const std::exception& error) {
-    reason = UnexpectedError(error, text);
-    result = kFailed;
-  }
-  strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核没有成功。原因为："), reason});
-  frame_.VoteAbort();
-  return result;
+    conn.Run(Sql() << L" Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, "
+                      L"FAudDate = null, FBeenChecked=0"
+                   << kCrLf << L" Where FInterID = " << lInterID);
+    strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核成功。")});
+    return frame_.Complete(kDone);
+  });
 }
 
 template <class Check>
@@ -147,24 +141,18 @@ int32_t CBomCheck::CheckUse(const std::wstring& sDsn, const Sql& customerBomQuer
                             const std::wstring& sBillNo, const wchar_t* failure, std::wstring& strMsg,
                             const Check& check) {
   const Texts text(sDsn);
-  std::wstring reason;
-  try {
+  const auto notChecked = [&](const std::wstring& reason) {
+    strMsg = Join({text(L"BOM[编号："), sBillNo, text(failure), reason});
+    return kFailed;
+  };
+  const auto failed = [&](const std::exception& error) { return notChecked(UnexpectedError(error, text)); };
+  return frame_.TrapFailures(failed, [&] {
     frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
-    const ClientRecordset customerBoms(conn, Cursor::Static);
+    const ClientRecordset customerBoms = NewRecordset(frame_.GetConnection());
     customerBoms.Open(customerBomQuery);
-    if (customerBoms.IsOpen()) {
-      const int32_t result = check(customerBoms, text);
-      frame_.VoteComplete();
-      return result;
-    }
-    reason = text(kNoReferences);
-  } catch (const std::exception& error) {
-    reason = UnexpectedError(error, text);
-  }
-  strMsg = Join({text(L"BOM[编号："), sBillNo, text(failure), reason});
-  frame_.VoteAbort();
-  return kFailed;
+    if (!customerBoms.IsOpen()) return frame_.Refuse(notChecked(text(kNoReferences)));
+    return frame_.Complete(check(customerBoms, text));
+  });
 }
 
 int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,

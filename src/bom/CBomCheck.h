@@ -1,8 +1,9 @@
 // CBomCheck: audits and un-audits a BOM, and says whether a BOM may be deleted or modified.
 //
 // Every method takes the BOM's id and its number, which is for the message alone, and gives a result code and
-// a message in the descriptor's language. No method votes at entry; each votes once, at its end. A failure of
-// whatever kind gives 0 and a message with the failure's own description, the unit of work voted aborted.
+// a message in the descriptor's language. No method votes at entry; each votes once, at its end, and closes
+// its recordset after that. A failure of whatever kind gives 0 and a message with the failure's own
+// description, the unit of work voted aborted.
 //
 // BOMs are rows of ICBOM: FStatus greater than 0 audited, FCheckID the maker, FCheckerID the auditor,
 // FBomType 3 a customer BOM, whose FParentID is then the configuration BOM that it was made from.
@@ -32,6 +33,8 @@ class CBomCheck {
   // IC/SameUserApprovalAndUnApproval is 1, or the user is its maker and General/SingleMan is not 1; -1
   // refused because cost objects or sales orders use it, the unit of work voted complete. Any `lType` but 0
   // un-audits without asking what uses the BOM. The settings must be numbers: anything else is a failure.
+  // A BOM that was audited without an auditor's id (FCheckerID Null, as UpdateIcBomStatus leaves it) cannot
+  // be un-audited while only the auditor may do it: no user is equal to Null.
   int32_t BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, const std::wstring& sBillNo,
                        int32_t lEmpID, int32_t lType, std::wstring& strMsg);
 

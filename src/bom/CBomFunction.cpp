@@ -1,6 +1,5 @@
 #include "src/bom/CBomFunction.h"
 
-#include <exception>
 #include <limits>
 
 #include "com/ComError.h"
@@ -35,16 +34,22 @@ std::wstring FurtherColumns(const Connection& conn, const Sql& fixedColumns, con
   return extra;
 }
 
+bool NumberIsUsed(const Connection& conn, const std::wstring& prefix, int32_t serial) {
+  return !conn.Execute(Sql() << L"select * from icbom where fbomnumber='" << prefix << serial << L"'").Eof();
+}
+
 } // namespace
 
 bool CBomFunction::Bind(const std::wstring& sToParse) {
+  connection_ = Connection(Object());
   try {
     frame_.OpenDataContext(sToParse);
     const Connection connection = frame_.GetConnection();
     if (!connection.object()) return false;
     connection_ = connection;
     return true;
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    ReportTrapped(failure);
     return false;
   }
 }
@@ -59,35 +64,30 @@ int32_t CBomFunction::GetMaxNum(const std::wstring& strName) {
 }
 
 int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& ErrInfo) {
-  try {
+  return frame_.TrapFailures(kFailed, [&] {
     frame_.VoteAbort();
-    if (Bind(sToParse)) {
+    if (!Bind(sToParse)) return frame_.Refuse(kFailed);
+    int32_t serial = 0;
+    {
       const Recordset rule =
           connection_.Execute(Sql() << L"select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno "
                                        L"where fbillid=50");
-      if (!rule.Eof()) {
-        int32_t serial = rule[L"fcurno"].AsLong();
-        while (!connection_
-                    .Execute(Sql() << L"select * from icbom where fbomnumber='" << ErrInfo << serial << L"'")
-                    .Eof()) {
-          if (serial == std::numeric_limits<int32_t>::max())
-            com::RaiseRuntimeError(6, L"QorvaneMBomBill.CBomFunction", L"Overflow");
-          ++serial;
-        }
-        connection_.Execute(Sql() << L"update icbillno set fcurno=fcurno+1 where fbillid=50");
-        frame_.VoteComplete();
-        return serial;
-      }
+      if (rule.Eof()) return frame_.Refuse(kFailed);
+      serial = rule[L"fcurno"].AsLong();
     }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return kFailed;
+    while (NumberIsUsed(connection_, ErrInfo, serial)) {
+      if (serial == std::numeric_limits<int32_t>::max())
+        com::RaiseRuntimeError(6, L"QorvaneMBomBill.CBomFunction", L"Overflow");
+      ++serial;
+    }
+    connection_.Run(Sql() << L"update icbillno set fcurno=fcurno+1 where fbillid=50");
+    return serial;
+  });
 }
 
 std::wstring CBomFunction::GetBomCodeNumEx(const std::wstring& sDsn, int32_t lItemId) {
   namespace names = outside::codeRule;
-  try {
+  return frame_.TrapFailures(std::wstring(), [&] {
     const Object rule = CreateServerObject(names::kProgId);
     const Variant items = rule.Call(names::kGetItemByBillType, sDsn, kBomBill);
     const Dictionary request = Dictionary::Make();
@@ -109,15 +109,11 @@ std::wstring CBomFunction::GetBomCodeNumEx(const std::wstring& sDsn, int32_t lIt
 
     Variant requestArgument(request.object());
     Variant holder(Dictionary::Make().object());
-    std::wstring number = rule.Call(names::kGetNewBillID, sDsn, Variant::Reference(requestArgument), true,
-                                    Variant::Reference(holder))
-                              .AsText();
-    frame_.VoteComplete();
-    return number;
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return {};
+    return rule
+        .Call(names::kGetNewBillID, sDsn, Variant::TypedReference(requestArgument), true,
+              Variant::TypedReference(holder))
+        .AsText();
+  });
 }
 
 int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInterID,
@@ -125,139 +121,123 @@ int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInt
   constexpr int32_t kUpdated = 1;
   constexpr int32_t kError = 0;
   const Texts text(sToParse);
-  int32_t result = kError;
-  try {
+  return frame_.TrapFailures(kError, [&] {
     frame_.VoteAbort();
-    if (Bind(sToParse)) {
-      const std::wstring number = Trim(BomNumber);
+    if (!Bind(sToParse)) {
+      // The text is asked for, but the caller does not get it: EffInfo stays as it came.
+      static_cast<void>(text(L"更新失败，请重新输入"));
+      return frame_.Refuse(kFailed);
+    }
+    const std::wstring number = Trim(BomNumber);
+    {
       const Recordset sameNumber =
           connection_.Execute(Sql() << L"select * from icbom where  FBOMNumber='" << number << L"'");
       if (!sameNumber.Eof()) EffInfo = text(L"已经有此BOM编码，请重新输入");
-      connection_.Execute(
-          Sql() << L"update icbom set FEnterTime=Convert(Varchar(10),Getdate(),120), FBOMNumber='" << number
-                << L"' where FInterID=" << FInterID);
-      frame_.VoteComplete();
-      return kUpdated;
     }
-    // The text is asked for, but the caller does not get it: EffInfo stays as it came.
-    static_cast<void>(text(L"更新失败，请重新输入"));
-    result = kFailed;
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return result;
+    connection_.Run(Sql() << L"update icbom set FEnterTime=Convert(Varchar(10),Getdate(),120), FBOMNumber='"
+                          << number << L"' where FInterID=" << FInterID);
+    return kUpdated;
+  });
 }
 
 int32_t CBomFunction::CopyBom(const std::wstring& sToParse, const Object& Bom) {
-  try {
+  return frame_.TrapFailures(kFailed, [&] {
     frame_.VoteAbort();
-    if (Bind(sToParse)) {
-      const int32_t newId = GetMaxNum(L"ICBOM");
-      const Dictionary bom(Bom);
-      const Variant source = bom[L"FInterID"];
+    if (!Bind(sToParse)) return frame_.Refuse(kFailed);
+    const int32_t newId = GetMaxNum(L"ICBOM");
+    const Dictionary bom(Bom);
+    const Variant source = bom.Require(L"FInterID");
 
-      const std::wstring headerExtra = FurtherColumns(
-          connection_, Sql() << L"select " << kHeaderColumns << L" from icbom where finterid=" << source,
-          Sql() << L"select * from icbom where finterid=" << source);
-      Sql copy;
-      copy << L"insert into icbom(" << kHeaderColumns << headerExtra << L")" << kCrLf << L" select FBrNo,"
-           << newId << L",'" << bom[L"FBOMNumber"] << L"' ,1073 ,FVersion," << bom[L"FParentID"]
-           << L",FItemID,FQty,FYield," << bom[L"FCheckID"]
-           << L",Convert(Varchar(10),Getdate(),120) AS FCheckDate," << bom[L"FOperatorID"]
-           << L",Convert(Varchar(10),Getdate(),120) FEnterTime,0,FCancellation, "
-           << L" FTranType,FRoutingID,FBomType,FCustID,FCustItemID,FAccessories,FNote,0 ,null" << headerExtra
-           << L" from icbom where finterid=" << source;
+    const std::wstring headerExtra = FurtherColumns(
+        connection_, Sql() << L"select " << kHeaderColumns << L" from icbom where finterid=" << source,
+        Sql() << L"select * from icbom where finterid=" << source);
+    Sql copy;
+    copy << L"insert into icbom(" << kHeaderColumns << headerExtra << L")" << kCrLf << L" select FBrNo,"
+         << newId << L",'" << bom.Require(L"FBOMNumber") << L"' ,1073 ,FVersion," << bom.Require(L"FParentID")
+         << L",FItemID,FQty,FYield," << bom.Require(L"FCheckID")
+         << L",Convert(Varchar(10),Getdate(),120) AS FCheckDate," << bom.Require(L"FOperatorID")
+         << L",Convert(Varchar(10),Getdate(),120) FEnterTime,0,FCancellation, "
+         << L" FTranType,FRoutingID,FBomType,FCustID,FCustItemID,FAccessories,FNote,0 ,null" << headerExtra
+         << L" from icbom where finterid=" << source;
 
-      const std::wstring lineExtra = FurtherColumns(
-          connection_,
-          Sql() << L"select top 1 " << kLineColumns << L" from icbomchild where finterid=" << source,
-          Sql() << L"select * from icbomchild where finterid=" << source);
-      copy << kCrLf << L"insert into icbomchild (" << kLineColumns << lineExtra << L")" << kCrLf
-           << L" select FBrNo,FEntryID," << newId
-           << L",FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
-           << L" FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply " << lineExtra
-           << L" from icbomchild where finterid=" << source;
-      connection_.Execute(copy);
-      frame_.VoteComplete();
-      return newId;
-    }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return kFailed;
+    const std::wstring lineExtra = FurtherColumns(
+        connection_,
+        Sql() << L"select top 1 " << kLineColumns << L" from icbomchild where finterid=" << source,
+        Sql() << L"select * from icbomchild where finterid=" << source);
+    copy << kCrLf << L"insert into icbomchild (" << kLineColumns << lineExtra << L")" << kCrLf
+         << L" select FBrNo,FEntryID," << newId
+         << L",FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
+         << L" FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply " << lineExtra
+         << L" from icbomchild where finterid=" << source;
+    connection_.Run(copy);
+    return newId;
+  });
 }
 
 Object CBomFunction::GetRoutingData(const std::wstring& sToParse, bool /*LongNumber*/, int32_t FInterID,
                                     std::wstring& ErrInfo) {
   const Texts text(sToParse);
-  try {
-    if (Bind(sToParse)) {
-      Sql filter;
-      if (FInterID != -1) filter << L" and t1.finterid=" << FInterID;
-      const Recordset findings = connection_.Execute(
-          Sql()
-          << L"select t1.finterid ,t1.FBomNumber,b.FItemID,b.FName,'' FRoutingID,0 FBomType ," << L" '"
-          << text(L"工艺路线不存在") << L"' FErrInfo" << L" from icbom t1,t_icitem b "
-          << L" where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  and t1.FRoutingID not in (select FinterID "
-             L"from T_routing)"
-          << L" " << filter.text() << kCrLf << L" union  all " << kCrLf
-          << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,'') FRoutingID ,1 "
-             L"FBomType  ,"
-          << L" '" << text(L"子项物料工序在指定工艺路线中不存在") << L"' FErrInfo"
-          << L" from icbom t1,icbomchild t2,T_routing a1,t_icitem b ,t_icitem e"
-          << L" Where t1.FRoutingID = a1.FInterID And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID"
-          << L" and (t2.FOperID not in (select distinct FOperID from T_Routingoper where "
-             L"finterid=a1.finterid) )"
-          << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text() << kCrLf << L" union  all "
-          << kCrLf << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '"
-          << text(L"子项物料工序在父项无对应的工艺路线") << L"' FErrInfo"
-          << L" from icbom t1,icbomchild t2,t_icitem b ,t_icitem e"
-          << L" Where t1.FRoutingID =0 And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID and "
-          << L" t2.fitemid=e.fitemid and t2.FOperID<>0  " << filter.text());
-      ErrInfo.clear();
-      frame_.VoteComplete();
-      return findings.object();
+  return frame_.TrapFailures(Object(), [&] {
+    if (!Bind(sToParse)) {
+      ErrInfo = text(L"检查工艺路线过程中计算出错");
+      return frame_.Refuse(Object());
     }
-    ErrInfo = text(L"检查工艺路线过程中计算出错");
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return Object();
+    Sql filter;
+    if (FInterID != -1) filter << L" and t1.finterid=" << FInterID;
+    const Recordset findings = connection_.Execute(
+        Sql()
+        << L"select t1.finterid ,t1.FBomNumber,b.FItemID,b.FName,'' FRoutingID,0 FBomType ," << L" '"
+        << text(L"工艺路线不存在") << L"' FErrInfo" << L" from icbom t1,t_icitem b "
+        << L" where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  and t1.FRoutingID not in (select FinterID "
+           L"from T_routing)"
+        << L" " << filter.text() << kCrLf << L" union  all " << kCrLf
+        << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,'') FRoutingID ,1 "
+           L"FBomType  ,"
+        << L" '" << text(L"子项物料工序在指定工艺路线中不存在") << L"' FErrInfo"
+        << L" from icbom t1,icbomchild t2,T_routing a1,t_icitem b ,t_icitem e"
+        << L" Where t1.FRoutingID = a1.FInterID And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID"
+        << L" and (t2.FOperID not in (select distinct FOperID from T_Routingoper where "
+           L"finterid=a1.finterid) )"
+        << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text() << kCrLf << L" union  all "
+        << kCrLf << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '"
+        << text(L"子项物料工序在父项无对应的工艺路线") << L"' FErrInfo"
+        << L" from icbom t1,icbomchild t2,t_icitem b ,t_icitem e"
+        << L" Where t1.FRoutingID =0 And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID and "
+        << L" t2.fitemid=e.fitemid and t2.FOperID<>0  " << filter.text());
+    ErrInfo.clear();
+    return findings.object();
+  });
 }
 
 bool CBomFunction::UpdateBomRouting(const std::wstring& sToParse, const Object& VectInfo) {
   const Texts text(sToParse);
-  try {
-    if (Bind(sToParse) && VectInfo) {
-      const Vector findings(VectInfo);
-      const int32_t last = findings.UBound();
-      for (int32_t i = 1; i <= last; ++i) {
-        const Dictionary finding = findings.DictionaryAt(i);
-        if (Equals(finding[L"FBomType"], 0)) {
-          connection_.Execute(Sql() << L"update icbom set froutingid=0 ,FOperatorID=" << finding[L"GetUserID"]
-                                    << L" ,FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
-                                    << finding[L"FInterID"] << kCrLf
-                                    << L"update icbomchild set FOperID=0 where finterid="
-                                    << finding[L"FInterID"]);
-          // The header's repair ends the call: what follows in the Vector is not looked at, and no vote is
-          // cast.
-          return true;
-        }
-        connection_.Execute(Sql() << L"update icbom set FOperatorID=" << finding[L"GetUserID"]
-                                  << L", FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
-                                  << finding[L"FInterID"] << kCrLf
-                                  << L"update icbomchild set FOperID=0 where finterid="
-                                  << finding[L"FInterID"] << L" And FItemID =" << finding[L"FItemID"]);
-      }
-      frame_.VoteComplete();
-      return true;
+  return frame_.TrapFailures(false, [&] {
+    if (!Bind(sToParse) || !VectInfo) {
+      // The text is asked for, but there is no place to return it in.
+      static_cast<void>(text(L"更新工艺路线过程中计算出错"));
+      return frame_.Refuse(false);
     }
-    // The text is asked for, but there is no place to return it in.
-    static_cast<void>(text(L"更新工艺路线过程中计算出错"));
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    const Vector findings(VectInfo);
+    const int32_t last = findings.UBound();
+    for (int32_t i = 1; i <= last; ++i) {
+      const Dictionary finding = findings.DictionaryAt(i);
+      if (Equals(finding[L"FBomType"], 0)) {
+        connection_.Run(Sql() << L"update icbom set froutingid=0 ,FOperatorID=" << finding[L"GetUserID"]
+                              << L" ,FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
+                              << finding[L"FInterID"] << kCrLf
+                              << L"update icbomchild set FOperID=0 where finterid=" << finding[L"FInterID"]);
+        // The header's repair ends the call: what follows in the Vector is not looked at, and no vote is
+        // cast.
+        return frame_.WithoutVote(true);
+      }
+      connection_.Run(Sql() << L"update icbom set FOperatorID=" << finding[L"GetUserID"]
+                            << L", FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
+                            << finding[L"FInterID"] << kCrLf
+                            << L"update icbomchild set FOperID=0 where finterid=" << finding[L"FInterID"]
+                            << L" And FItemID =" << finding[L"FItemID"]);
+    }
+    return true;
+  });
 }
 
 bool CBomFunction::UpdateBomGroup(const std::wstring& sToParse, int32_t BomInterId, int32_t BomGroupID,
@@ -274,17 +254,12 @@ bool CBomFunction::UpdateBomGroupName(const std::wstring& sToParse, int32_t FInt
 }
 
 bool CBomFunction::RunUpdate(const std::wstring& sToParse, const Sql& update) {
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
-    if (Bind(sToParse)) {
-      connection_.Execute(update);
-      frame_.VoteComplete();
-      return true;
-    }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    if (!Bind(sToParse)) return frame_.Refuse(false);
+    connection_.Run(update);
+    return true;
+  });
 }
 
 } // namespace mbom

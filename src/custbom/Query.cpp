@@ -6,7 +6,7 @@
 namespace mbom {
 
 Recordset RunQuery(Frame& frame, const std::wstring& sDsn, const Sql& query) {
-  return frame.VoteByOutcome([&]() -> Recordset {
+  return frame.AbortOnFailure([&]() -> Recordset {
     frame.OpenDataContext(sDsn);
     ClientRecordset rows(frame.GetConnection());
     rows.Open(query);

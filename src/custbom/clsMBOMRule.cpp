@@ -14,7 +14,7 @@ std::wstring QuotesDoubled(const std::wstring& text) {
 } // namespace
 
 com::Object clsMBOMRule::GetICItemParent(const std::wstring& sDsn, const std::wstring& s_ItemID) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     return RunQuery(

@@ -1,6 +1,5 @@
 #include "src/custbom/clsMCustBOM.h"
 
-#include <exception>
 #include <limits>
 #include <set>
 
@@ -143,58 +142,57 @@ StoredProcedure TreeCommand(const std::wstring& sDsn, const std::wstring& filter
 
 } // namespace
 
+Connection clsMCustBOM::ConnectionThatVotes() const {
+  return frame_.GetConnection();
+}
+
 // ---- status
 
 std::wstring clsMCustBOM::NumbersBuiltFrom(const std::wstring& sDsn, const std::wstring& ids) {
-  frame_.OpenDataContext(sDsn);
-  const Connection conn = frame_.GetConnection();
-  std::wstring numbers;
-  if (!ids.empty())
-    numbers =
-        CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
-                                        L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
-                                        L"ICCustBomChild.FCustBomCode IN ("
-                                     << ids << L")"),
-                  L"FBomNumber");
-  frame_.VoteComplete();
-  return numbers;
+  return frame_.LetFailuresRise([&] {
+    frame_.OpenDataContext(sDsn);
+    const Connection conn = frame_.GetConnection();
+    if (ids.empty()) return std::wstring();
+    return CommaList(conn.Execute(Sql() << L"SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON "
+                                           L"ICBOM.FInterID=ICCustBomChild.FInterID WHERE "
+                                           L"ICCustBomChild.FCustBomCode IN ("
+                                        << ids << L")"),
+                     L"FBomNumber");
+  });
 }
 
 std::wstring clsMCustBOM::GetUsedCustBomNumber(const std::wstring& sDsn,
                                                const std::wstring& strCustBomInterID) {
-  try {
-    return NumbersBuiltFrom(sDsn, strCustBomInterID);
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return {};
+  return frame_.TrapFailures(std::wstring(), [&] {
+    // The inner call has voted.
+    return frame_.WithoutVote(NumbersBuiltFrom(sDsn, strCustBomInterID));
+  });
 }
 
 bool clsMCustBOM::IsUsedByDocuments(const std::wstring& sDsn, const std::wstring& ids,
                                     const std::wstring& currentId, std::wstring& usage) {
   const Texts text(sDsn);
-  frame_.OpenDataContext(sDsn);
-  frame_.GetConnection();
-  std::wstring lines;
-  if (!currentId.empty())
-    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + currentId, text)), text, lines);
-  if (lines.empty() && !ids.empty())
-    AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + ids + L")", text)), text, lines,
-                     L"上层BOM在 ");
-  frame_.VoteComplete();
-  if (lines.empty()) return false;
-  usage = lines;
-  return true;
+  return frame_.LetFailuresRise([&] {
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection();
+    std::wstring lines;
+    if (!currentId.empty())
+      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" = " + currentId, text)), text, lines);
+    if (lines.empty() && !ids.empty())
+      AppendReferences(RunQuery(frame_, sDsn, UsageQuery(L" IN (" + ids + L")", text)), text, lines,
+                       L"上层BOM在 ");
+    if (lines.empty()) return false;
+    usage = lines;
+    return true;
+  });
 }
 
 bool clsMCustBOM::CheckCustBOMIsAssisted(const std::wstring& sDsn, const std::wstring& s_CustBOMNo,
                                          const std::wstring& s_CurCustBOMNo, std::wstring& strMsg) {
-  try {
-    return IsUsedByDocuments(sDsn, s_CustBOMNo, s_CurCustBOMNo, strMsg);
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return true;
+  return frame_.TrapFailures(true, [&] {
+    // The inner call has voted.
+    return frame_.WithoutVote(IsUsedByDocuments(sDsn, s_CustBOMNo, s_CurCustBOMNo, strMsg));
+  });
 }
 
 // Walks up from the customer BOMs of the list, a level a query, through those that are not audited or are in
@@ -231,64 +229,57 @@ bool clsMCustBOM::IsBlockedFromAbove(const std::wstring& sDsn, const std::wstrin
 bool clsMCustBOM::UpdateAuditFlag(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                   bool b_AuditFlag, const std::wstring& strCurCustBomNo,
                                   std::wstring& strMsg) {
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
-    if (b_AuditFlag || !IsUsedByDocuments(sDsn, strCustBomInterID, strCurCustBomNo, strMsg)) {
-      const bool blocked = IsBlockedFromAbove(sDsn, strCustBomInterID, strMsg);
-      const int32_t user = GetCurrentUserId(frame_);
-      const std::wstring now = TimeStamp(RunQuery(frame_, sDsn, Sql() << L"SELECT GETDATE()")[0]);
-      if (!strCustBomInterID.empty() && !blocked) {
-        Sql update;
-        if (b_AuditFlag)
-          update << L"UPDATE ICBOM SET FUseStatus=" << 1072 << L",FStatus=" << 1 << L",FCheckerID='" << user
-                 << L"',FAudDate='" << now << L"' WHERE FInterID IN (" << strCustBomInterID << L")";
-        else
-          update << L"UPDATE ICBOM SET FUseStatus=" << 1073 << L",FStatus=" << 0
-                 << L",FCheckerID=0,FAudDate=NULL WHERE FInterID IN (" << strCustBomInterID << L")";
-        conn.Execute(update);
-        frame_.VoteComplete();
-        return true;
-      }
-    }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    Connection conn = frame_.GetConnection();
+    if (!b_AuditFlag && IsUsedByDocuments(sDsn, strCustBomInterID, strCurCustBomNo, strMsg))
+      return frame_.Refuse(false);
+    const bool blocked = IsBlockedFromAbove(sDsn, strCustBomInterID, strMsg);
+    const int32_t user = GetCurrentUserId(frame_);
+    const std::wstring now = TimeStamp(RunQuery(frame_, sDsn, Sql() << L"SELECT GETDATE()")[0]);
+    if (strCustBomInterID.empty() || blocked) return frame_.Refuse(false);
+    Sql update;
+    if (b_AuditFlag)
+      update << L"UPDATE ICBOM SET FUseStatus=" << 1072 << L",FStatus=" << 1 << L",FCheckerID='" << user
+             << L"',FAudDate='" << now << L"' WHERE FInterID IN (" << strCustBomInterID << L")";
+    else
+      update << L"UPDATE ICBOM SET FUseStatus=" << 1073 << L",FStatus=" << 0
+             << L",FCheckerID=0,FAudDate=NULL WHERE FInterID IN (" << strCustBomInterID << L")";
+    conn = ConnectionThatVotes();
+    conn.Run(update);
+    return true;
+  });
 }
 
 std::wstring clsMCustBOM::UpdateDisableStatus(const std::wstring& sDsn, const std::wstring& strCustBomInterID,
                                               bool& b_Status) {
-  std::wstring result = L"FAIL";
-  try {
+  const std::wstring fail = L"FAIL";
+  return frame_.TrapFailures(fail, [&] {
     frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
-    const std::wstring users = b_Status ? NumbersBuiltFrom(sDsn, strCustBomInterID) : std::wstring();
-    std::wstring usage;
-    if (!users.empty()) {
-      result = users;
-    } else if (b_Status && IsUsedByDocuments(sDsn, {}, strCustBomInterID, usage)) {
-      result = L"[Associated:]" + usage;
-    } else if (!strCustBomInterID.empty()) {
-      const int32_t forbid = b_Status ? VARIANT_TRUE : VARIANT_FALSE;
-      conn.Execute(Sql() << L"UPDATE ICBOM SET FForbid=" << forbid << L" WHERE FInterID IN ("
-                         << strCustBomInterID << L")");
-      frame_.VoteComplete();
-      return L"SUCCESS";
+    Connection conn = frame_.GetConnection();
+    if (b_Status) {
+      const std::wstring users = NumbersBuiltFrom(sDsn, strCustBomInterID);
+      if (!users.empty()) return frame_.Refuse(users);
+      std::wstring usage;
+      if (IsUsedByDocuments(sDsn, {}, strCustBomInterID, usage))
+        return frame_.Refuse(L"[Associated:]" + usage);
+      conn = ConnectionThatVotes();
     }
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return result;
+    if (strCustBomInterID.empty()) return frame_.Refuse(fail);
+    const int32_t forbid = b_Status ? VARIANT_TRUE : VARIANT_FALSE;
+    conn.Run(Sql() << L"UPDATE ICBOM SET FForbid=" << forbid << L" WHERE FInterID IN (" << strCustBomInterID
+                   << L")");
+    return std::wstring(L"SUCCESS");
+  });
 }
 
 // ---- tree and panels
 
 Object clsMCustBOM::GenBomTreeDataSQL(const std::wstring& sDsn, std::wstring& sFilter, std::wstring& sFilter1,
                                       std::wstring& /*sOrder*/, std::wstring& sLookType) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     return TreeCommand(sDsn, sFilter, sFilter1, sLookType).object();
@@ -298,7 +289,7 @@ Object clsMCustBOM::GenBomTreeDataSQL(const std::wstring& sDsn, std::wstring& sF
 Object clsMCustBOM::GetTreeViewDataM(const std::wstring& sDsn, const std::wstring& sFilter,
                                      const std::wstring& sFilter1, const std::wstring& /*sOrder*/,
                                      const std::wstring& sLookType) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     // The switch is read for every panel, but the tree shows numbers as its procedure has them.
@@ -310,7 +301,7 @@ Object clsMCustBOM::GetTreeViewDataM(const std::wstring& sDsn, const std::wstrin
 std::wstring clsMCustBOM::GenRightTopDataSQL(const std::wstring& sDsn, const std::wstring& sInterID,
                                              const std::wstring& sBomType, const std::wstring& sFilter,
                                              const std::wstring& /*sFilter1*/, const std::wstring& sOrder) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
     return HeaderQuery(shortNumber, Texts(sDsn), sInterID, sBomType, sFilter, sOrder);
@@ -327,7 +318,7 @@ Object clsMCustBOM::GetRightTopDataM(const std::wstring& sDsn, const std::wstrin
 std::wstring clsMCustBOM::GenRightBottomSQL(const std::wstring& sDsn, const std::wstring& sBomType,
                                             int32_t /*aType*/, const std::wstring& sFilter,
                                             const std::wstring& sOrder) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const bool shortNumber = IsUseShortNumber(frame_.GetConnection());
     return LineQuery(shortNumber, Texts(sDsn), sBomType, sFilter, sOrder);
@@ -344,7 +335,7 @@ Object clsMCustBOM::GetRightBottomDataM(const std::wstring& sDsn, const std::wst
 
 bool clsMCustBOM::bGetBillNoInfo(const std::wstring& sDsn, std::wstring& sPrefixion, std::wstring& sSuffix,
                                  std::wstring& sFormat, int32_t& lCurNo, const std::wstring& strLanguage) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     const Recordset rule =
@@ -364,7 +355,7 @@ bool clsMCustBOM::bGetBillNoInfo(const std::wstring& sDsn, std::wstring& sPrefix
 
 std::wstring clsMCustBOM::GetBillNoNew(const std::wstring& sDsn, int32_t lBillTransType, bool bMoreBill,
                                        int32_t lBillNumber, bool bUpdate, const Object& vDict) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     namespace names = outside::codeRule;
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
@@ -375,17 +366,18 @@ std::wstring clsMCustBOM::GetBillNoNew(const std::wstring& sDsn, int32_t lBillTr
     request.Put(L"AutoUpdateCurNo", bUpdate);
     request.Put(L"MoreBillID", bMoreBill);
 
-    const Dictionary several = Dictionary::Make();
     Variant descriptor(sDsn);
     Variant requestArgument(request.object());
-    Variant severalArgument(several.object());
+    Variant severalArgument(Dictionary::Make().object());
     Variant flag(true);
-    std::wstring numbers =
-        CreateServerObject(names::kProgId)
-            .Call(names::kGetNewBillID, Variant::Reference(descriptor), Variant::Reference(requestArgument),
-                  Variant::Reference(severalArgument), Variant::Reference(flag))
-            .AsText();
+    std::wstring numbers = CreateServerObject(names::kProgId)
+                               .Call(names::kGetNewBillID, Variant::TypedReference(descriptor),
+                                     Variant::TypedReference(requestArgument),
+                                     Variant::TypedReference(severalArgument), Variant::TypedReference(flag))
+                               .AsText();
     if (bMoreBill) {
+      // The rules may have put a collection of their own into the variable.
+      const Dictionary several(severalArgument.AsObject());
       numbers.clear();
       const int32_t count = several.Count();
       for (int32_t i = 1; i <= count; ++i)
@@ -397,10 +389,10 @@ std::wstring clsMCustBOM::GetBillNoNew(const std::wstring& sDsn, int32_t lBillTr
 
 std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::wstring& strCustBOMID,
                                            const std::wstring& /*strLanguage*/) {
-  frame_.VoteAbort();
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
+    frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
-    const Connection conn = frame_.GetConnection();
+    Connection conn = frame_.GetConnection();
     std::wstring number = GetBillNoNew(sDsn, kCustomerBomBill, false, 1, true, Object());
     const Recordset counter =
         RunQuery(frame_, sDsn, Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'");
@@ -416,7 +408,8 @@ std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::
           L"[FBackFlush], "
           L"[FScrap], [FOperID], [FMachinePos], [FStockID], [FSPID], [FPercent], [FNote], [FUnitID], "
           L"[FOrgMarshalType], [FCharacterItemId], [FBeginDay], [FEndDay], [FOperSN], [FCustBOMCode]";
-      conn.Execute(
+      conn = ConnectionThatVotes();
+      conn.Run(
           Sql()
           << L"INSERT INTO [ICBOM]([FBrNo], [FInterID], [FBOMNumber], [FUseStatus], [FVersion], [FParentID], "
              L"[FItemID], [FQty], [FYield], [FCheckID], [FCheckDate], [FOperatorID], [FEnterTime], "
@@ -440,19 +433,20 @@ std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::
 
 bool clsMCustBOM::SetCustBOM(const std::wstring& sDsn, const std::wstring& strCustBomCode,
                              const std::wstring& strParentCustBomInterID, const std::wstring& strItemID) {
-  frame_.VoteAbort();
-  if (strCustBomCode.empty() || strParentCustBomInterID.empty() || strItemID.empty()) return false;
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
+    frame_.VoteAbort();
+    if (strCustBomCode.empty() || strParentCustBomInterID.empty() || strItemID.empty())
+      return frame_.WithoutVote(false);
     frame_.OpenDataContext(sDsn);
-    frame_.GetConnection().Execute(Sql() << L"UPDATE ICCUSTBOMCHILD SET FCustBomCode='" << strCustBomCode
-                                         << L"' WHERE FInterID=" << strParentCustBomInterID
-                                         << L" AND FItemID=" << strItemID);
+    frame_.GetConnection().Run(Sql() << L"UPDATE ICCUSTBOMCHILD SET FCustBomCode='" << strCustBomCode
+                                     << L"' WHERE FInterID=" << strParentCustBomInterID << L" AND FItemID="
+                                     << strItemID);
     return true;
   });
 }
 
 std::wstring clsMCustBOM::GetItemFNumber(const std::wstring& sDsn, const std::wstring& strItemID) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Recordset item =
         frame_.GetConnection().Execute(Sql() << L"SELECT FNumber FROM t_ICItem WHERE FItemID=" << strItemID);
@@ -494,7 +488,7 @@ Object clsMCustBOM::GetRuleByItem(const std::wstring& sDsn, const std::wstring& 
   else if (com::EqualsNoCase(strRel, L"MUT"))
     query << L" AND t_BomRuleEntry.FRuleID='Mut'";
 
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     return RunQuery(frame_, sDsn, query).object();
@@ -502,7 +496,7 @@ Object clsMCustBOM::GetRuleByItem(const std::wstring& sDsn, const std::wstring& 
 }
 
 std::wstring clsMCustBOM::GetTeZhenSubItems(const std::wstring& sDsn, const std::wstring& strTeZhenItemID) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     const Recordset options =

@@ -1,7 +1,5 @@
 #include "src/ecn/CEcnInfo.h"
 
-#include <exception>
-
 #include "com/ComError.h"
 #include "com/ValueText.h"
 #include "src/ecn/StartUpBatch.h"
@@ -30,10 +28,20 @@ bool IsEcnRightEnabled(const std::wstring& sDsn) {
   return !value.IsNull() && value.AsBool();
 }
 
+// An added line and a line of the BOM that are alike, and when each is valid.
+struct DuplicateLine {
+  std::wstring ecnLine;
+  std::wstring bomLine;
+  Variant ecnBegin;
+  Variant ecnEnd;
+  Variant bomBegin;
+  Variant bomEnd;
+};
+
 // Both days of a period belong to it.
-bool DatesOverlap(const Variant& ecnBegin, const Variant& ecnEnd, const Variant& bomBegin,
-                  const Variant& bomEnd) {
-  return bomEnd.AsDouble() >= ecnBegin.AsDouble() && bomBegin.AsDouble() <= ecnEnd.AsDouble();
+bool DatesOverlap(const DuplicateLine& lines) {
+  return lines.bomEnd.AsDouble() >= lines.ecnBegin.AsDouble() &&
+         lines.bomBegin.AsDouble() <= lines.ecnEnd.AsDouble();
 }
 
 // The first pair of an added line and a line of the BOM that are alike.
@@ -51,6 +59,14 @@ Sql DuplicateLineSql(int32_t id) {
                << kCrLf
                << L" and t2.FMaterielType = t3.FMaterielType and t2.FMarshalType = t3.FMarshalType and "
                   L"t2.FOffSetDay = t3.FOffSetDay ";
+}
+
+std::optional<DuplicateLine> FindDuplicateLine(const Connection& conn, int32_t id) {
+  const Recordset pair = conn.Execute(DuplicateLineSql(id));
+  if (pair.Eof()) return std::nullopt;
+  return DuplicateLine{com::ToText(pair[L"FChildID"]), com::ToText(pair[L"FEntryID"]),
+                       pair[L"FEcnBeginDay"],          pair[L"FEcnEndDay"],
+                       pair[L"FBomBeginDay"],          pair[L"FBomEndDay"]};
 }
 
 // The number of deleted lines (0 where the notice adds one) less the number of the BOM's lines.
@@ -176,55 +192,44 @@ Sql EntrySql(const std::wstring& bom, const std::wstring& filter, const Texts& t
 } // namespace
 
 bool CEcnInfo::BeginSave(const std::wstring& /*sDsn*/, Object& /*SaveVect*/, std::wstring& /*ReturnMsg*/) {
-  frame_.VoteComplete();
-  return true;
+  return frame_.LetFailuresRise([] { return true; });
 }
 
 bool CEcnInfo::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring& ReturnMsg) {
   const Texts text(sDsn);
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const Dictionary head = Vector(SaveVect).DictionaryAt(1);
     const int32_t id = head[L"FInterID"].AsLong();
-    const std::optional<std::wstring> refusal = Refusal(sDsn, conn, id, text);
-    if (!refusal) {
-      conn.Execute(SnapshotSql(id));
-      frame_.VoteComplete();
-      return true;
+    if (const std::optional<std::wstring> refusal = Refusal(sDsn, conn, id, text)) {
+      ReturnMsg = *refusal;
+      head.Put(L"SaveRetCode", kSaveRefused);
+      return frame_.Refuse(false);
     }
-    ReturnMsg = *refusal;
-    head.Put(L"SaveRetCode", kSaveRefused);
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+    conn.Run(SnapshotSql(id));
+    return true;
+  });
 }
 
 std::optional<std::wstring> CEcnInfo::Refusal(const std::wstring& sDsn, const Connection& conn, int32_t id,
                                               const Texts& text) {
-  const Recordset duplicate = conn.Execute(DuplicateLineSql(id));
-  if (!duplicate.Eof()) {
-    const std::wstring ecnLine = com::ToText(duplicate[L"FChildID"]);
-    const std::wstring bomLine = com::ToText(duplicate[L"FEntryID"]);
+  if (const std::optional<DuplicateLine> duplicate = FindDuplicateLine(conn, id)) {
     if (!IsEcnRightEnabled(sDsn))
-      return Join({text(L"单据体第[ "), ecnLine, text(L" ] 行与原BOM中第[ "), bomLine,
+      return Join({text(L"单据体第[ "), duplicate->ecnLine, text(L" ] 行与原BOM中第[ "), duplicate->bomLine,
                    text(L" ] 物料相同，且工序,工位,子项类型,提前期偏置，配置属性相同,不能保存!")});
-    const Variant ecnBegin = duplicate[L"FEcnBeginDay"];
-    const Variant ecnEnd = duplicate[L"FEcnEndDay"];
-    const Variant bomBegin = duplicate[L"FBomBeginDay"];
-    const Variant bomEnd = duplicate[L"FBomEndDay"];
-    if (DatesOverlap(ecnBegin, ecnEnd, bomBegin, bomEnd))
-      return Join({text(L"单据体第[%1]行与原BOM中第[%2]行物料的代码,工序,工位,子项类型,提前期偏置，"
-                        L"配置属性相同时，有效期不能重叠，请检查。",
-                        {ecnLine, bomLine}),
-                   kCrLf,
-                   text(L"单据体第[%1]行物料有效期为 [%2] 至 [%3]",
-                        {ecnLine, com::ToText(ecnBegin), com::ToText(ecnEnd)}),
-                   kCrLf,
-                   text(L"原BOM第[%1]行物料有效期为 [%2] 至 [%3]",
-                        {bomLine, com::ToText(bomBegin), com::ToText(bomEnd)})});
+    if (DatesOverlap(*duplicate))
+      return Join(
+          {text(L"单据体第[%1]行与原BOM中第[%2]行物料的代码,工序,工位,子项类型,提前期偏置，"
+                L"配置属性相同时，有效期不能重叠，请检查。",
+                {duplicate->ecnLine, duplicate->bomLine}),
+           kCrLf,
+           text(L"单据体第[%1]行物料有效期为 [%2] 至 [%3]",
+                {duplicate->ecnLine, com::ToText(duplicate->ecnBegin), com::ToText(duplicate->ecnEnd)}),
+           kCrLf,
+           text(L"原BOM第[%1]行物料有效期为 [%2] 至 [%3]",
+                {duplicate->bomLine, com::ToText(duplicate->bomBegin), com::ToText(duplicate->bomEnd)})});
   }
 
   if (Equals(conn.Execute(RemainingLinesSql(id))[0], 0)) return text(L"不能删除BOM表体的所有物料!");
@@ -240,7 +245,7 @@ std::optional<std::wstring> CEcnInfo::Refusal(const std::wstring& sDsn, const Co
 
 int32_t CEcnInfo::CheckECN(const std::wstring& sDsn, int32_t /*lEcnInterID*/) {
   constexpr int32_t kNoObjection = 0;
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
     return kNoObjection;
@@ -248,7 +253,7 @@ int32_t CEcnInfo::CheckECN(const std::wstring& sDsn, int32_t /*lEcnInterID*/) {
 }
 
 bool CEcnInfo::GetThenCheckCBomNumber(const std::wstring& sDsn, const std::wstring& BomNumber) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     const Recordset bom =
         Execute(sDsn, Sql() << L"select FInterId from IcBom where FBomNumber = '" << BomNumber << L"'");
     return !bom.Eof();
@@ -256,7 +261,7 @@ bool CEcnInfo::GetThenCheckCBomNumber(const std::wstring& sDsn, const std::wstri
 }
 
 bool CEcnInfo::GetCheckCBomNoChecked(const std::wstring& sDsn, int32_t BomInterId) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     const Recordset bom =
         Execute(sDsn, Sql() << L"select FInterId from IcBom where FStatus=0 AND FInterId = " << BomInterId);
     return bom && !bom.Bof() && !bom.Eof();
@@ -273,7 +278,7 @@ int32_t CEcnInfo::ReturnEcnStatusByNumber(const std::wstring& sDsn, const std::w
 
 int32_t CEcnInfo::Status(const std::wstring& sDsn, const Sql& query) {
   constexpr int32_t kNone = -1;
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     // Without a row there is no field to read: that is the caller's error.
     const Variant status = Execute(sDsn, query)[L"FStatus"];
     return status.IsNull() ? kNone : status.AsLong();
@@ -283,41 +288,44 @@ int32_t CEcnInfo::Status(const std::wstring& sDsn, const Sql& query) {
 int32_t CEcnInfo::CheckBomUsed(const std::wstring& sDsn, int32_t EcnInterId, const std::wstring& BomNumber,
                                std::wstring& strInfo) {
   const Texts text(sDsn);
-  try {
+  const auto failed = [&](const std::exception& failure) {
+    if (const auto* comError = dynamic_cast<const com::ComError*>(&failure))
+      strInfo += comError->description();
+    return kFailed;
+  };
+  return frame_.NeverRaise(failed, [&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    const Recordset later =
-        conn.Execute(Sql() << L"SELECT t2.FBillNO FROM IcEcn t1 INNER JOIN IcEcn t2 ON t1.FCBomInterID = "
-                              L"t2.FBomInterID WHERE t1.FInterID = "
-                           << EcnInterId);
-    strInfo.clear();
-    if (!later) {
-      strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
-    } else if (!later.Eof()) {
-      std::wstring numbers;
-      for (; !later.Eof(); later.MoveNext())
-        numbers += Join({L"[ ", com::ToText(later[L"FBillNO"]), L" ]", kCrLf});
-      strInfo =
-          Join({text(L"该张工程变更单生成的BOM已经被变更单:"), kCrLf, numbers, text(L"引用，不能反启用。")});
-    } else {
-      const ClientRecordset uses(conn);
-      uses.Open(BuildBomUsageSql(BomNumber, text));
-      if (uses.IsOpen()) {
-        const int32_t result = uses.RecordCount() >= 1 ? kUsed : kNotUsed;
-        AppendReferences(uses, text, strInfo, L"该BOM在 ");
-        frame_.VoteComplete();
-        return result;
+    {
+      const Recordset later =
+          conn.Execute(Sql() << L"SELECT t2.FBillNO FROM IcEcn t1 INNER JOIN IcEcn t2 ON t1.FCBomInterID = "
+                                L"t2.FBomInterID WHERE t1.FInterID = "
+                             << EcnInterId);
+      strInfo.clear();
+      if (!later) {
+        strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
+        return frame_.Refuse(kFailed);
+      }
+      if (!later.Eof()) {
+        std::wstring numbers;
+        for (; !later.Eof(); later.MoveNext())
+          numbers += Join({L"[ ", com::ToText(later[L"FBillNO"]), L" ]", kCrLf});
+        strInfo = Join(
+            {text(L"该张工程变更单生成的BOM已经被变更单:"), kCrLf, numbers, text(L"引用，不能反启用。")});
+        return frame_.Refuse(kFailed);
       }
     }
-  } catch (const std::exception& error) {
-    if (const auto* comError = dynamic_cast<const com::ComError*>(&error)) strInfo += comError->description();
-  }
-  frame_.VoteAbort();
-  return kFailed;
+    const ClientRecordset uses(conn);
+    uses.Open(BuildBomUsageSql(BomNumber, text));
+    if (!uses.IsOpen()) return frame_.Refuse(kFailed);
+    if (uses.RecordCount() < 1) return kNotUsed;
+    AppendReferences(uses, text, strInfo, L"该BOM在 ");
+    return kUsed;
+  });
 }
 
 int32_t CEcnInfo::CheckEcnBom(const std::wstring& sDsn, int32_t FBomInterID) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     return Execute(sDsn, Sql() << L"select count(*) as FRelateCount from icecn where FBomInterId = "
                                << FBomInterID << L" or FCbomInterId = " << FBomInterID)[L"FRelateCount"]
         .AsLong();
@@ -338,31 +346,27 @@ bool CEcnInfo::UnStarUpEcn(const std::wstring& sDsn, int32_t EcnInterId) {
 }
 
 bool CEcnInfo::RunBatch(const std::wstring& sDsn, const Sql& batch) {
-  try {
+  return frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
-    Execute(sDsn, batch);
-    frame_.VoteComplete();
+    frame_.OpenDataContext(sDsn);
+    frame_.GetConnection().Run(batch);
     return true;
-  } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the vote below is the whole answer
-  }
-  frame_.VoteAbort();
-  return false;
+  });
 }
 
 Object CEcnInfo::GetEcnBomHead(const std::wstring& sDsn, const std::wstring& lBomInterID) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const wchar_t* number = IsUseShortNumber(conn) ? L" v2.FShortNumber FMNumber " : L" v2.FNumber FMNumber ";
-    return conn
-        .Execute(Sql() << L"SELECT  v1.FInterID FInterID, v1.FBomType, v1.FInterId FBomInterID, "
-                          L"v1.FBomNumber FBomNumber, v1.FItemID FMItemID, "
-                       << L" v1.FRoutingID, " << number
-                       << L", v2.FName FMName,v2.FModel FMModel, v2.FFixLeadTime ,v2.FErpClsID FMErpClsID , "
-                          L"v3.FName FMErpClsName "
-                       << L" FROM ICBom v1 inner join t_IcItem v2 on v1.FItemid=v2.FItemId"
-                       << L" left join t_SubMessage v3 on v2.FErpClsID=v3.FInterID  "
-                       << L" WHERE  v1.FInterID= " << lBomInterID)
+    return OpenDetached(conn, Sql() << L"SELECT  v1.FInterID FInterID, v1.FBomType, v1.FInterId FBomInterID, "
+                                       L"v1.FBomNumber FBomNumber, v1.FItemID FMItemID, "
+                                    << L" v1.FRoutingID, " << number
+                                    << L", v2.FName FMName,v2.FModel FMModel, v2.FFixLeadTime ,v2.FErpClsID "
+                                       L"FMErpClsID , v3.FName FMErpClsName "
+                                    << L" FROM ICBom v1 inner join t_IcItem v2 on v1.FItemid=v2.FItemId"
+                                    << L" left join t_SubMessage v3 on v2.FErpClsID=v3.FInterID  "
+                                    << L" WHERE  v1.FInterID= " << lBomInterID)
         .object();
   });
 }
@@ -370,14 +374,18 @@ Object CEcnInfo::GetEcnBomHead(const std::wstring& sDsn, const std::wstring& lBo
 Object CEcnInfo::GetEcnBomEntry(const std::wstring& sDsn, const std::wstring& lBomInterID,
                                 const std::wstring& FilterEntryID) {
   const Texts text(sDsn);
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
-    return frame_.GetConnection().Execute(EntrySql(lBomInterID, FilterEntryID, text)).object();
+    const Connection conn = frame_.GetConnection();
+    return OpenDetached(conn, EntrySql(lBomInterID, FilterEntryID, text)).object();
   });
 }
 
 Object CEcnInfo::AnalyseBomNumber(const std::wstring& sDsn, const std::wstring& SQL) {
-  return frame_.VoteByOutcome([&] { return Execute(sDsn, Sql() << SQL).object(); });
+  return frame_.AbortOnFailure([&] {
+    frame_.OpenDataContext(sDsn);
+    return OpenDetached(frame_.GetConnection(), Sql() << SQL).object();
+  });
 }
 
 Recordset CEcnInfo::Execute(const std::wstring& sDsn, const Sql& statement) {

@@ -78,6 +78,8 @@ class CEcnInfo {
   // BOM's lines stay, and the item's other BOMs stay out of use. Nothing is checked. Returns True.
   bool UnStarUpEcn(const std::wstring& sDsn, int32_t EcnInterId);
 
+  // These three hand out client-side recordsets that are detached from their connection.
+
   // The header of the BOM `lBomInterID` with its item, shown by its short number where the setting
   // IC/UseShortNumber says so.
   com::Object GetEcnBomHead(const std::wstring& sDsn, const std::wstring& lBomInterID);
@@ -92,7 +94,7 @@ class CEcnInfo {
   com::Object AnalyseBomNumber(const std::wstring& sDsn, const std::wstring& SQL);
 
  private:
-  // The set-up, and the statement on its connection.
+  // The set-up, and the query on its connection.
   Recordset Execute(const std::wstring& sDsn, const Sql& statement);
   // Why the notice `id` may not be saved; nothing when it may.
   static std::optional<std::wstring> Refusal(const std::wstring& sDsn, const Connection& conn, int32_t id,

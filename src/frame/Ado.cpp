@@ -26,33 +26,33 @@ constexpr int32_t kStateClosed = 0;
 } // namespace
 
 bool Recordset::Eof() const {
-  return object_.Get(ado::kEof).AsBool();
+  return object().Get(ado::kEof).AsBool();
 }
 
 bool Recordset::Bof() const {
-  return object_.Get(ado::kBof).AsBool();
+  return object().Get(ado::kBof).AsBool();
 }
 
 void Recordset::Rewind() const {
-  if (!(Eof() && Bof())) object_.Call(ado::kMoveFirst);
+  if (!(Eof() && Bof())) object().Call(ado::kMoveFirst);
 }
 
 void Recordset::MoveNext() const {
-  object_.Call(ado::kMoveNext);
+  object().Call(ado::kMoveNext);
 }
 
 Variant Recordset::operator[](const wchar_t* field) const {
-  const Object fields = object_.Get(ado::kFields).AsObject();
+  const Object fields = object().Get(ado::kFields).AsObject();
   return fields.Get(ado::kItem, field).AsObject().Get(ado::kValue);
 }
 
 Variant Recordset::operator[](int32_t index) const {
-  const Object fields = object_.Get(ado::kFields).AsObject();
+  const Object fields = object().Get(ado::kFields).AsObject();
   return fields.Get(ado::kItem, index).AsObject().Get(ado::kValue);
 }
 
 std::vector<std::wstring> Recordset::FieldNames() const {
-  const Object fields = object_.Get(ado::kFields).AsObject();
+  const Object fields = object().Get(ado::kFields).AsObject();
   const int32_t count = fields.Get(ado::kCount).AsLong();
   std::vector<std::wstring> names;
   names.reserve(static_cast<size_t>(count));
@@ -62,12 +62,20 @@ std::vector<std::wstring> Recordset::FieldNames() const {
 }
 
 void Recordset::Detach() const {
-  object_.Put(ado::kActiveConnection, Object());
+  object().Put(ado::kActiveConnection, Object());
+}
+
+Recordset Recordset::Next() const {
+  return Recordset(object().Call(ado::kNextRecordset, Variant::Missing()).AsObject(), held_.keeper());
 }
 
 Recordset Connection::Execute(const Sql& statement) const {
   return Recordset(
-      object_.Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject());
+      object().Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject(), keeper());
+}
+
+void Connection::Run(const Sql& statements) const {
+  for (Recordset result = Execute(statements); result;) result = result.Next();
 }
 
 namespace {
@@ -97,12 +105,13 @@ class ClientCursors {
 } // namespace
 
 Recordset Connection::ExecuteClientSide(const Sql& statement) const {
-  const ClientCursors clientSide(object_);
+  const ClientCursors clientSide(object());
   return Execute(statement);
 }
 
-ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor, Lock lock)
-    : Recordset(Object::Create(ado::kRecordsetProgId)), connection_(connection) {
+ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor, Lock lock, OnLeave onLeave)
+    : Recordset(Object::Create(ado::kRecordsetProgId), connection.keeper(), onLeave),
+      connection_(connection) {
   object().Put(ado::kActiveConnection, connection.object());
   object().Put(ado::kCursorLocation, kUseClient);
   if (cursor != Cursor::Unspecified) object().Put(ado::kCursorType, static_cast<int32_t>(cursor));
@@ -122,8 +131,15 @@ int32_t ClientRecordset::RecordCount() const {
   return object().Get(ado::kRecordCount).AsLong();
 }
 
+Recordset OpenDetached(const Connection& connection, const Sql& query) {
+  ClientRecordset rows(connection);
+  rows.Open(query);
+  rows.Detach();
+  return rows;
+}
+
 Command::Command(const Connection& connection, const std::wstring& text)
-    : object_(Object::Create(ado::kCommandProgId)) {
+    : object_(Object::Create(ado::kCommandProgId)), keeper_(connection.keeper()) {
   object_.Put(ado::kActiveConnection, connection.object());
   object_.Put(ado::kCommandType, kCommandText);
   object_.Put(ado::kCommandText, text);
@@ -135,7 +151,7 @@ void Command::AppendText(const std::wstring& value, int32_t size) const {
 }
 
 Recordset Command::Execute() const {
-  return Recordset(object_.Call(ado::kExecute).AsObject());
+  return Recordset(object_.Call(ado::kExecute).AsObject(), keeper_);
 }
 
 StoredProcedure::StoredProcedure(const std::wstring& name) : object_(Object::Create(ado::kCommandProgId)) {
@@ -172,18 +188,18 @@ void StoredProcedure::AppendReturnValue(const std::wstring& parameter) const {
 }
 
 void StoredProcedure::Execute() const {
-  object_.Call(ado::kExecute);
+  for (Recordset result(object_.Call(ado::kExecute).AsObject()); result;) result = result.Next();
 }
 
 Recordset StoredProcedure::OpenDetached(const Connection& connection) const {
   object_.Put(ado::kActiveConnection, connection.object());
-  const Object rows = Object::Create(ado::kRecordsetProgId);
-  rows.Put(ado::kCursorLocation, kUseClient);
-  rows.Call(ado::kOpen, object_, Variant::Missing(), kUnspecified, kUnspecified, kUnspecified);
+  Recordset rows(Object::Create(ado::kRecordsetProgId), connection.keeper());
+  rows.object().Put(ado::kCursorLocation, kUseClient);
+  rows.object().Call(ado::kOpen, object_, Variant::Missing(), kUnspecified, kUnspecified, kUnspecified);
   // ADO lets a recordset go only when its command has let go before.
   object_.Put(ado::kActiveConnection, Object());
-  rows.Put(ado::kActiveConnection, Object());
-  return Recordset(rows);
+  rows.Detach();
+  return rows;
 }
 
 Variant StoredProcedure::Value(int32_t index) const {

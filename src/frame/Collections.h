@@ -18,6 +18,8 @@ class Dictionary {
   static Dictionary Make() { return Dictionary(DictionaryClass().Create()); }
 
   com::Variant operator[](const wchar_t* key) const { return object_.Get(outside::dictionary::kValue, key); }
+  // The value under a name that has to be there; run-time error 5 where it is missing.
+  com::Variant Require(const wchar_t* key) const;
   void Put(const wchar_t* key, const com::Variant& value) const {
     object_.Put(outside::dictionary::kValue, key, value);
   }

@@ -48,8 +48,11 @@ bool IsGreater(const Variant& value, int32_t number) {
 }
 
 bool IsTrue(const Variant& value) {
-  if (value.type() == VT_BSTR) return value.AsBool();
-  return Equals(value, VARIANT_TRUE);
+  if (value.type() != VT_BSTR) return Equals(value, VARIANT_TRUE);
+  double number = 0;
+  std::wstring text = value.AsText();
+  if (SUCCEEDED(VarR8FromStr(text.data(), LOCALE_INVARIANT, 0, &number))) return number == VARIANT_TRUE;
+  return value.AsBool();
 }
 
 double LeadingNumber(const std::wstring& text) {

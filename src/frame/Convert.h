@@ -16,7 +16,8 @@ namespace mbom {
 std::optional<double> NumberIn(const com::Variant& value);
 bool Equals(const com::Variant& value, int32_t number);
 bool IsGreater(const com::Variant& value, int32_t number);
-// `value = True`: a Boolean True, or the number -1 that it counts as.
+// `value = True`: a Boolean True, the number -1 that it counts as, or a text with that number or with the
+// word "True". A text with another number, "1" for one, is not True.
 bool IsTrue(const com::Variant& value);
 
 // The number that a text begins with, blanks aside; 0 where it begins with none. Never fails.

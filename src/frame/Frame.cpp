@@ -32,11 +32,11 @@ bool Frame::OpenDataContext(const std::wstring& sDsn) {
 }
 
 Connection Frame::GetConnection() const {
-  return Connection(context_.Call(context::kGetConnection).AsObject());
+  return Connection(context_.Call(context::kGetConnection).AsObject(), &keeper_);
 }
 
 Connection Frame::GetConnectionObject() const {
-  return Connection(context_.Call(context::kGetConnectionObject).AsObject());
+  return Connection(context_.Call(context::kGetConnectionObject).AsObject(), &keeper_);
 }
 
 void Frame::VoteAbort() const {
@@ -45,6 +45,15 @@ void Frame::VoteAbort() const {
 
 void Frame::VoteComplete() const {
   context_.Call(context::kVoteComplete);
+}
+
+void Frame::AbortFailed() noexcept {
+  try {
+    VoteAbort();
+  } catch (const std::exception& failure) {
+    ReportTrapped(failure);
+  }
+  keeper_.LetGo();
 }
 
 } // namespace mbom

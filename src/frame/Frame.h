@@ -1,15 +1,34 @@
-// Frame: what every public class of the component holds, and the steps that every public method begins and
-// ends with.
+// Frame: what every public class of the component holds, and the protocol of votes that every public method
+// follows.
 //
 // A class holds the caller info and the data context of its last set-up and nothing else between calls. A
 // method that writes votes abort first, on the context it still holds, and only then sets up a fresh one:
 // whatever fails from there on, the unit of work is left aborted.
+//
+// A public method runs its work inside one of three members, which say what becomes of a failure:
+//
+//   TrapFailures     votes abort, and the caller gets the method's failure value; only a vote that fails then
+//                    rises, because the host must not take the unit of work for a good one;
+//   NeverRaise       as TrapFailures, and drops the failure of that vote too: for methods that only read;
+//   AbortOnFailure   votes abort, and the failure rises to the caller as it is;
+//   LetFailuresRise  votes nothing, and the failure rises to the caller as it is.
+//
+// A work that returns has succeeded: its recordsets and its connection have been let go, and complete is
+// voted. It returns through Refuse where a business check says no, through Complete where complete is to be
+// voted before something is let go, and through WithoutVote where no vote is cast at all. Refusals and
+// failures vote abort before anything is let go.
+//
+// A method that uses another one of its class runs a whole call inside its own, with its own set-up and vote.
 #pragma once
 
+#include <exception>
 #include <string>
+#include <type_traits>
 
 #include "com/Object.h"
 #include "src/frame/Ado.h"
+#include "src/frame/Diagnostics.h"
+#include "src/frame/Held.h"
 
 namespace mbom {
 
@@ -31,26 +50,119 @@ class Frame {
   void VoteAbort() const;
   void VoteComplete() const;
 
-  // Runs `work`, a whole call with its set-up, and votes as it ends: complete, its result handed on; or
-  // abort, whatever failed rising.
-  template <class Work>
-  auto VoteByOutcome(const Work& work) const {
+  // `failed` is the failure value, or a function that takes the failure (const std::exception&) and gives
+  // the failure value; it is called before the vote. The failure goes to the diagnostic sink.
+  template <class Failed, class Work>
+  auto TrapFailures(const Failed& failed, const Work& work) {
+    const Running running(*this);
     try {
-      auto result = work();
-      VoteComplete();
-      return result;
-    } catch (...) {
+      return Finish(work);
+    } catch (const std::exception& failure) {
+      ReportTrapped(failure);
+      decltype(work()) result = FailureValue(failed, failure);
       VoteAbort();
+      keeper_.LetGo();
+      return result;
+    }
+  }
+
+  template <class Failed, class Work>
+  auto NeverRaise(const Failed& failed, const Work& work) {
+    const Running running(*this);
+    try {
+      return Finish(work);
+    } catch (const std::exception& failure) {
+      ReportTrapped(failure);
+      decltype(work()) result = FailureValue(failed, failure);
+      AbortFailed();
+      return result;
+    }
+  }
+
+  template <class Work>
+  auto AbortOnFailure(const Work& work) {
+    const Running running(*this);
+    try {
+      return Finish(work);
+    } catch (...) {
+      AbortFailed();
       throw;
     }
+  }
+
+  template <class Work>
+  auto LetFailuresRise(const Work& work) {
+    const Running running(*this);
+    return Finish(work);
+  }
+
+  // Inside a work, in its return statement. Each hands the result on.
+  template <class Result>
+  Result Refuse(Result result) const {
+    EndVote();
+    VoteAbort();
+    return result;
+  }
+  template <class Result>
+  Result Complete(Result result) const {
+    EndVote();
+    VoteComplete();
+    return result;
+  }
+  template <class Result>
+  Result WithoutVote(Result result) const {
+    EndVote();
+    return result;
   }
 
   const com::Object& context() const noexcept { return context_; }
 
  private:
+  // A call while it runs; calls nest.
+  class Running {
+   public:
+    explicit Running(Frame& frame) noexcept : frame_(frame), outer_(frame.running_) { frame.running_ = this; }
+    // What a failure left behind in an inner call goes with the outer one's vote.
+    ~Running() {
+      frame_.running_ = outer_;
+      if (!outer_) frame_.keeper_.LetGo();
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    bool voted = false;
+
+   private:
+    Frame& frame_;
+    Running* outer_;
+  };
+
+  template <class Work>
+  auto Finish(const Work& work) const {
+    auto result = work();
+    if (!running_->voted) VoteComplete();
+    return result;
+  }
+
+  template <class Failed>
+  static auto FailureValue(const Failed& failed, const std::exception& failure) {
+    if constexpr (std::is_invocable_v<const Failed&, const std::exception&>)
+      return failed(failure);
+    else
+      return failed;
+  }
+
+  // The work has voted, or wants no vote: its return is the end.
+  void EndVote() const noexcept { running_->voted = true; }
+  // Votes abort after a failure and lets go of what that left behind. A vote that fails is reported to the
+  // diagnostic sink and dropped: what counts is the failure that it follows.
+  void AbortFailed() noexcept;
+
   // In this order: the context is released before the caller info.
   com::Object callerInfo_;
   com::Object context_;
+  mutable Keeper keeper_;
+  Running* running_ = nullptr;
 };
 
 } // namespace mbom

@@ -82,6 +82,7 @@ class RowReader {
     }
   }
 
+  bool HasColumns() const { return !columns_.empty(); }
   // The current row; where there is none, every column is Empty.
   Object Read(bool hasRow) {
     Object row = dictionaries_.Create();
@@ -149,7 +150,9 @@ Variant ReadSystemProfile(const Frame& frame, const std::wstring& key, const std
 }
 
 Object RowToDictionary(const Recordset& recordset) {
-  return RowReader(recordset).Read(!recordset.Eof());
+  RowReader reader(recordset);
+  // Without fields there is nothing to ask for: the recordset may be a closed one.
+  return reader.Read(reader.HasColumns() && !recordset.Eof());
 }
 
 Object RecordsetToVector(const Recordset& recordset) {

@@ -43,8 +43,8 @@ int32_t GetCurrentUserId(const Frame& frame);
 com::Variant ReadSystemProfile(const Frame& frame, const std::wstring& key, const std::wstring& category,
                                const com::Variant& fallback = com::Variant(L""));
 
-// The current row as a Dictionary, field name -> value in field order. At the end of the recordset every name
-// is there, with Empty as its value.
+// The current row as a Dictionary, field name -> value in field order; empty when the recordset has no
+// fields. At the end of the recordset every name is there, with Empty as its value.
 com::Object RowToDictionary(const Recordset& recordset);
 
 // All remaining rows as a Vector of Dictionary. The recordset is left at its end.

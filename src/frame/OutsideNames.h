@@ -110,6 +110,7 @@ inline constexpr wchar_t kName[] = L"Name";
 inline constexpr wchar_t kValue[] = L"Value";
 inline constexpr wchar_t kOpen[] = L"Open";
 inline constexpr wchar_t kClose[] = L"Close";
+inline constexpr wchar_t kNextRecordset[] = L"NextRecordset";
 inline constexpr wchar_t kState[] = L"State";
 inline constexpr wchar_t kRecordCount[] = L"RecordCount";
 inline constexpr wchar_t kCursorLocation[] = L"CursorLocation";

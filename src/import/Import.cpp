@@ -25,8 +25,8 @@ int32_t NextIdentifier(const Connection& connection, const wchar_t* table) {
 }
 
 void StoreIdentifier(const Connection& connection, const wchar_t* table, int32_t identifier) {
-  connection.Execute(Sql() << L"UPDATE ICMaxNum SET FMaxNum=" << identifier << L" WHERE FTableName='" << table
-                           << L"'");
+  connection.Run(Sql() << L"UPDATE ICMaxNum SET FMaxNum=" << identifier << L" WHERE FTableName='" << table
+                       << L"'");
 }
 
 } // namespace mbom

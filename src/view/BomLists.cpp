@@ -111,7 +111,8 @@ std::wstring QuickFind(const Dictionary& find, bool bLongNumber) {
     if (!value.empty()) conditions << L" AND " << column << L" LIKE '%" << value << L"%'" << kCrLf;
   };
   contains(L"BomNumber", L"t1.FBomNumber");
-  contains(L"ItemNumber", std::wstring(bLongNumber ? kLongNumber : kShortNumber) + L" ");
+  // The long number's column has a blank of its own.
+  contains(L"ItemNumber", bLongNumber ? std::wstring(kLongNumber) + L" " : kShortNumber);
   contains(L"ItemName", L"t4.FName");
   return conditions.text();
 }

@@ -22,14 +22,6 @@ using com::Object;
 // The bill transaction type of BOMs.
 constexpr wchar_t kBomTranType[] = L"50";
 
-// The rows of a query, off their connection.
-Recordset OpenDetached(const Connection& conn, const Sql& query) {
-  ClientRecordset rows(conn);
-  rows.Open(query);
-  rows.Detach();
-  return rows;
-}
-
 bool HasComponentExtension(const Connection& conn) {
   try {
     return !conn.Execute(Sql() << L"select FComponentExt from t_components where FComponent = "
@@ -57,7 +49,7 @@ Object BomView::Read(const std::wstring& sDsn, const Sql& query) {
 
 template <class Statement>
 Object BomView::ReadNumbered(const std::wstring& sDsn, const Statement& statement) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnectionObject();
     const bool shortNumbers = IsUseShortNumberClientSide(conn);
@@ -67,7 +59,7 @@ Object BomView::ReadNumbered(const std::wstring& sDsn, const Statement& statemen
 
 template <class Statement>
 Object BomView::ReadLedger(const std::wstring& sDsn, bool isBillHead, const Statement& statement) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnectionObject();
     const bool shortNumbers = IsUseShortNumberClientSide(conn);
@@ -84,7 +76,7 @@ Object BomView::ReadLedger(const std::wstring& sDsn, bool isBillHead, const Stat
 
 Object BomView::GetBomGroupList(const std::wstring& sDsn, const Object& GroupVect, const Object& FilterDict,
                                 bool bLongNumber, bool bBomView) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnectionObject();
     const Sql batch = GroupTreeBatch(Vector(GroupVect), Dictionary(FilterDict), bLongNumber, bBomView);
@@ -96,7 +88,7 @@ Object BomView::GetBomGroupList(const std::wstring& sDsn, const Object& GroupVec
 
 Object BomView::GetBomLstInfo(const std::wstring& sDsn, const Object& GroupVect, const Object& FilterDict,
                               bool bLongNumber, Object& dDict, bool& bIsFind) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     ParseDsn(sDsn);
@@ -128,14 +120,14 @@ Object BomView::GetCustBomList(const std::wstring& sDsn, const std::wstring& sFi
 template <class Statement>
 Object BomView::ReadLookupList(const std::wstring& sDsn, const std::wstring& sFilter,
                                const std::wstring& sLookType, const Statement& statement) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const bool shortNumbers = IsUseShortNumberClientSide(conn);
     const std::wstring table = NewBomItemIdTable();
-    conn.Execute(BuildBomItemIdBatch(table, sFilter, sLookType));
+    conn.Run(BuildBomItemIdBatch(table, sFilter, sLookType));
     Object rows = RecordsetToVector(OpenDetached(conn, statement(table, shortNumbers, Texts(sDsn))));
-    conn.Execute(Sql() << L"DROP TABLE " << table);
+    conn.Run(Sql() << L"DROP TABLE " << table);
     return rows;
   });
 }
@@ -166,7 +158,7 @@ Object BomView::GetBomSimplifyListEx(const std::wstring& sDsn, const std::wstrin
 }
 
 bool BomView::ExistsEcnBill(const std::wstring& sDsn) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     const Recordset count =
         frame_.GetConnection().Execute(Sql() << L"SELECT ISNULL(COUNT(*),0) AS FEcnCount FROM ICECN ");
@@ -177,7 +169,7 @@ bool BomView::ExistsEcnBill(const std::wstring& sDsn) {
 // ---- column titles
 
 Object BomView::GetBomTitle(const std::wstring& sDsn, const std::wstring& sFilter, bool bIsCustBom) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     Object titles = Read(sDsn, BomTitles(TitleLanguageOf(sDsn), sFilter));
     if (!bIsCustBom) MergeVect(Vector(titles), Vector(GetBomUserDefinedTitle(sDsn, sFilter)));
     return titles;
@@ -185,7 +177,7 @@ Object BomView::GetBomTitle(const std::wstring& sDsn, const std::wstring& sFilte
 }
 
 Object BomView::GetBomEntryTitle(const std::wstring& sDsn, const std::wstring& sFilter, bool bIsCustBom) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     Object titles = Read(sDsn, BomEntryTitles(TitleLanguageOf(sDsn), sFilter));
     if (!bIsCustBom) MergeVect(Vector(titles), Vector(GetBomEntryUserDefinedTitle(sDsn, sFilter)));
     return titles;
@@ -193,21 +185,22 @@ Object BomView::GetBomEntryTitle(const std::wstring& sDsn, const std::wstring& s
 }
 
 Object BomView::GetBomUserDefinedTitle(const std::wstring& sDsn, const std::wstring& sFilter) {
-  return frame_.VoteByOutcome(
+  return frame_.AbortOnFailure(
       [&] { return Read(sDsn, BomUserDefinedTitles(TitleLanguageOf(sDsn), sFilter)); });
 }
 
 Object BomView::GetBomEntryUserDefinedTitle(const std::wstring& sDsn, const std::wstring& sFilter) {
-  return frame_.VoteByOutcome(
+  return frame_.AbortOnFailure(
       [&] { return Read(sDsn, BomEntryUserDefinedTitles(TitleLanguageOf(sDsn), sFilter)); });
 }
 
 Object BomView::GetCustBomTitle(const std::wstring& sDsn, const std::wstring& sFilter) {
-  return frame_.VoteByOutcome([&] { return Read(sDsn, CustBomTitles(TitleLanguageOf(sDsn), sFilter)); });
+  return frame_.AbortOnFailure([&] { return Read(sDsn, CustBomTitles(TitleLanguageOf(sDsn), sFilter)); });
 }
 
 Object BomView::GetCustBomEntryTitle(const std::wstring& sDsn, const std::wstring& sFilter) {
-  return frame_.VoteByOutcome([&] { return Read(sDsn, CustBomEntryTitles(TitleLanguageOf(sDsn), sFilter)); });
+  return frame_.AbortOnFailure(
+      [&] { return Read(sDsn, CustBomEntryTitles(TitleLanguageOf(sDsn), sFilter)); });
 }
 
 // ---- ledgers

@@ -81,7 +81,7 @@ class clsReadUserDefined::Rows {
 
 Object clsReadUserDefined::GetUserDefinedValue(const std::wstring& sDsn, const std::wstring& pBillTranType,
                                                Object& rs, bool isBillHead) {
-  return frame_.VoteByOutcome([&] {
+  return frame_.AbortOnFailure([&] {
     const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.GetUserDefinedValue");
     frame_.OpenDataContext(sDsn);
     const Recordset rows(rs);
@@ -180,8 +180,8 @@ clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBi
     if (!exists.Get(valueSet, field.key).AsBool()) continue;
     // The items are the package's own: each may be of another kind.
     const Object item = value.Get(valueSet, field.key).AsObject();
-    const com::BoundMember itemValue(item, outside::dictionary::kValue);
-    values.push_back({billId, entryId, &field.name, itemValue.Get(item, field.readProperty)});
+    const com::BoundMember getValue(item, outside::dictionary::kGetValue);
+    values.push_back({billId, entryId, &field.name, getValue.Get(item, field.readProperty, Variant())});
   }
   return values;
 }

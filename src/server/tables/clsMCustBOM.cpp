@@ -10,8 +10,11 @@ const com::DispatchTable& com::TableOf<mbom::clsMCustBOM>() {
       {
           PropertyGet<&clsMCustBOM::TransMode>(1, L"TransMode"),
           Method<&clsMCustBOM::UpdateAuditFlag>(2, L"UpdateAuditFlag",
-                                                {L"sDsn", L"strCustBomInterID", L"b_AuditFlag",
-                                                 optional(L"strCurCustBomNo"), optional(L"strMsg")}),
+                                                {L"sDsn",
+                                                 L"strCustBomInterID",
+                                                 L"b_AuditFlag",
+                                                 {L"strCurCustBomNo", L""},
+                                                 optional(L"strMsg")}),
           Method<&clsMCustBOM::GetUsedCustBomNumber>(3, L"GetUsedCustBomNumber",
                                                      {L"sDsn", L"strCustBomInterID"}),
           Method<&clsMCustBOM::UpdateDisableStatus>(4, L"UpdateDisableStatus",

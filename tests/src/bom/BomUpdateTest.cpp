@@ -339,9 +339,18 @@ TEST_F(BomUpdateTest, EndSaveRefusesEvenWhenTheTextCannotBeLoaded) {
   EXPECT_EQ(save.AsObject().Get(L"Item", 1).AsObject().Get(L"Value", L"SaveRetCode").AsLong(), 99);
 }
 
+TEST_F(BomUpdateTest, ARefusalWhoseVoteFailsVotesAgain) {
+  const Object bom = Hosted(L"BomUpdate");
+  const Trace trace;
+  const Fault fault(L"VoteAbort", 2);
+  EXPECT_EQ(bom.Call(L"EndSave", database_.Dsn(), MakeVector({Header(13, 0)}), L""), Variant(false));
+  EXPECT_EQ(trace.Votes(), (Texts(3, L"VoteAbort")));
+}
+
 TEST_F(BomUpdateTest, AFailingVoteOnTheFailurePathRises) {
   const Object bom = Hosted(L"BomUpdate");
   const Fault fault(L"VoteAbort", 2);
+  const Fault again(L"VoteAbort", 3);
   const Raised raised =
       RaisedBy([&] { bom.Call(L"EndSave", database_.Dsn(), MakeVector({Header(13, 0)}), L""); });
   EXPECT_EQ(raised.code, Fault::kCode);

@@ -514,8 +514,15 @@ TEST_F(CBomCheckTest, RefusesEvenWhenNoTextCanBeLoaded) {
   EXPECT_EQ(Status(22), kAudited);
 }
 
+TEST_F(CBomCheckTest, ARefusalWhoseVoteFailsIsAFailure) {
+  const Fault fault(L"VoteAbort");
+  EXPECT_EQ(Audit(Chs(), 22, kOther),
+            (Answer{0, L"BOM[编号：N]审核没有成功。原因为：出现意外错误。armed fault"}));
+}
+
 TEST_F(CBomCheckTest, AFailingVoteOnTheFailurePathRises) {
   const Fault fault(L"VoteAbort");
+  const Fault again(L"VoteAbort", 2);
   EXPECT_EQ(RaisedBy([&] { Audit(Chs(), 22, kOther); }).code, Fault::kCode);
 }
 

@@ -95,6 +95,16 @@ TEST_F(CBomFunctionTest, GetMaxNumRaisesWithoutAConnectionOrANumber) {
   EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteComplete"})); // of the renaming
 }
 
+TEST_F(CBomFunctionTest, GetMaxNumHasNoConnectionAfterASetUpThatFailed) {
+  function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function_.Call(L"UpdateBomGroupName", kBindsNothing, 3, L"Bikes"), Variant(false));
+  EXPECT_EQ(static_cast<unsigned>(RaisedBy([&] { function_.Call(L"GetMaxNum", L"ICBOM"); }).code),
+            0x800A0E7Du);
+  EXPECT_EQ(database_.Value(L"SELECT FMaxNum FROM ICMaxNum"), L"60");
+  function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function_.Call(L"GetMaxNum", L"ICBOM"), Variant(61));
+}
+
 TEST_F(CBomFunctionTest, GetMaxNumBeginsTheCounterOfATableThatHasNone) {
   function_.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
   EXPECT_EQ(function_.Call(L"GetMaxNum", L"PPOrder"), Variant(1));
@@ -291,6 +301,23 @@ TEST_F(CBomFunctionTest, CopyBomFailsOnWhatMakesNoStatement) {
   EXPECT_EQ(function_.Call(L"CopyBom", kBindsNothing, Copy(51, L"C51")), Variant(-1));
   EXPECT_EQ(trace.Votes(), kAbortedTwice);
   EXPECT_EQ(Numbers(), kNumbers);
+}
+
+TEST_F(CBomFunctionTest, CopyBomWantsEachOfItsFiveValues) {
+  for (const wchar_t* missing : {L"FInterID", L"FBOMNumber", L"FParentID", L"FCheckID", L"FOperatorID"}) {
+    SCOPED_TRACE(com::ToUtf8(missing));
+    const Object bom = Copy(51, L"C51");
+    bom.Call(L"Remove", missing);
+    const Trace trace;
+    EXPECT_EQ(function_.Call(L"CopyBom", database_.Dsn(), bom), Variant(-1));
+    EXPECT_EQ(trace.Votes(), kAbortedTwice);
+    EXPECT_EQ(Numbers(), kNumbers);
+  }
+}
+
+TEST_F(CBomFunctionTest, CopyBomTakesAnEmptyNumber) {
+  EXPECT_EQ(function_.Call(L"CopyBom", database_.Dsn(), Copy(51, L"")), Variant(61));
+  EXPECT_EQ(database_.Value(L"SELECT FBOMNumber FROM ICBOM WHERE FInterID = 61"), L"");
 }
 
 // ---- GetRoutingData

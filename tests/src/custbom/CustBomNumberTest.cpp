@@ -149,7 +149,8 @@ TEST_F(CustBomNumberTest, CopiesHeaderAndLinesUnderTheNextIdAndNumber) {
            SetUpCalls(),
            {L"Open\t" + std::wstring(kCounterQuery), L"VoteComplete"},
            kCopyUsers,
-           {L"Execute\tINSERT INTO [ICBOM]([FBrNo], [FInterID], [FBOMNumber], [FUseStatus], [FVersion], "
+           {L"GetConnection",
+            L"Execute\tINSERT INTO [ICBOM]([FBrNo], [FInterID], [FBOMNumber], [FUseStatus], [FVersion], "
             L"[FParentID], "
             L"[FItemID], [FQty], [FYield], [FCheckID], [FCheckDate], [FOperatorID], [FEnterTime], [FStatus], "
             L"[FCancellation], [FTranType], [FRoutingID], [FBomType], [FCustID], [FCustItemID], "

@@ -231,12 +231,13 @@ TEST_F(CustBomStatusTest, AuditsTheList) {
   const Answer answer = Audit(L"20", true);
   EXPECT_EQ(answer.result, Variant(true));
   EXPECT_EQ(answer.message, L"before");
-  EXPECT_EQ(answer.events, Concat({{L"VoteAbort"},
-                                   SetUpCalls(),
-                                   Query(UpperQuery(L"20")),
-                                   {L"CreateServerObject\tQorvaneWoskBase.SecurityInfo", L"GetCallerInfo"},
-                                   Query(L"SELECT GETDATE()"),
-                                   {L"Execute\t" + AuditStatement(L"20"), L"VoteComplete"}}));
+  EXPECT_EQ(answer.events,
+            Concat({{L"VoteAbort"},
+                    SetUpCalls(),
+                    Query(UpperQuery(L"20")),
+                    {L"CreateServerObject\tQorvaneWoskBase.SecurityInfo", L"GetCallerInfo"},
+                    Query(L"SELECT GETDATE()"),
+                    {L"GetConnection", L"Execute\t" + AuditStatement(L"20"), L"VoteComplete"}}));
   EXPECT_EQ(States(L"20"), Texts{L"20|1072|1|0|16394|2026-03-05 14:30:00"});
 }
 
@@ -292,7 +293,7 @@ TEST_F(CustBomStatusTest, UndoAsksForDocumentsFirst) {
                                    Query(UpperQuery(L"9")),
                                    {L"CreateServerObject\tQorvaneWoskBase.SecurityInfo", L"GetCallerInfo"},
                                    Query(L"SELECT GETDATE()"),
-                                   {L"Execute\t" + UndoStatement(L"9"), L"VoteComplete"}}));
+                                   {L"GetConnection", L"Execute\t" + UndoStatement(L"9"), L"VoteComplete"}}));
 }
 
 TEST_F(CustBomStatusTest, UndoIsRefusedWhenAnOrderUsesIt) {
@@ -378,7 +379,8 @@ TEST_F(CustBomStatusTest, DisablesWhatNothingUses) {
                     UsageNames(),
                     Query(UsageQuery(L" = 20")),
                     {L"VoteComplete"},
-                    {L"Execute\tUPDATE ICBOM SET FForbid=-1 WHERE FInterID IN (20)", L"VoteComplete"}}));
+                    {L"GetConnection", L"Execute\tUPDATE ICBOM SET FForbid=-1 WHERE FInterID IN (20)",
+                     L"VoteComplete"}}));
   EXPECT_EQ(States(L"20"), Texts{L"20|1073|0|-1|NULL|NULL"});
 }
 

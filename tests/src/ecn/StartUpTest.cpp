@@ -416,7 +416,7 @@ TEST_F(EcnReaderTest, GetEcnBomHeadReadsTheHeaderWithItsItem) {
       AroundSetUp({}, database.Dsn(),
                   {L"Execute\tSELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND "
                    L"FKey='UseShortNumber'",
-                   L"Execute\tSELECT  v1.FInterID FInterID, v1.FBomType, v1.FInterId FBomInterID, "
+                   L"Open\tSELECT  v1.FInterID FInterID, v1.FBomType, v1.FInterId FBomInterID, "
                    L"v1.FBomNumber FBomNumber, v1.FItemID FMItemID,  v1.FRoutingID,  v2.FNumber FMNumber , "
                    L"v2.FName FMName,v2.FModel FMModel, v2.FFixLeadTime ,v2.FErpClsID FMErpClsID , v3.FName "
                    L"FMErpClsName  FROM ICBom v1 inner join t_IcItem v2 on v1.FItemid=v2.FItemId left join "
@@ -441,7 +441,7 @@ TEST_F(EcnReaderTest, GetEcnBomHeadShowsShortNumbersWhereTheSettingSaysSo) {
   database.Execute(L"UPDATE t_SystemProfile SET FValue = '1'");
   const Trace trace;
   EXPECT_EQ(number(), Variant(L"S500"));
-  EXPECT_NE(trace.Details(L"Execute")[1].find(L" v1.FRoutingID,  v2.FShortNumber FMNumber , v2.FName"),
+  EXPECT_NE(trace.Details(L"Open").at(0).find(L" v1.FRoutingID,  v2.FShortNumber FMNumber , v2.FName"),
             std::wstring::npos);
 }
 
@@ -484,11 +484,10 @@ TEST_F(EcnReaderTest, GetEcnBomEntryReadsTheLinesAsAlterations) {
   const Object ecn = Hosted(L"CEcnInfo");
   const Trace trace;
   const Object lines = ecn.Call(L"GetEcnBomEntry", dsn, L"10").AsObject();
-  EXPECT_EQ(trace.Events(),
-            AroundSetUp({}, dsn,
-                        {L"LoadString\t修改",
-                         L"Execute\t" + std::wstring(kEntries) + L" ORDER BY ICBomChild.FEntryID ",
-                         L"VoteComplete"}));
+  EXPECT_EQ(
+      trace.Events(),
+      (Texts{L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnection", L"LoadString\t修改",
+             L"Open\t" + std::wstring(kEntries) + L" ORDER BY ICBomChild.FEntryID ", L"VoteComplete"}));
   EXPECT_EQ(ColumnsOf(lines), (Texts{L"FInterID",
                                      L"FBomType",
                                      L"FBomInterID",
@@ -564,7 +563,7 @@ TEST_F(EcnReaderTest, GetEcnBomEntryFiltersAndTranslates) {
   const Object lines =
       ecn.Call(L"GetEcnBomEntry", database.Dsn(L"Language=en"), L"10", L" WHERE ICBomChild.FEntryID > 1")
           .AsObject();
-  EXPECT_TRUE(trace.Details(L"Execute")[0].ends_with(
+  EXPECT_TRUE(trace.Details(L"Open").at(0).ends_with(
       L" LEFT JOIN t_StockPlace t21 ON ICBomChild.FSPID = t21.FSPID \r\n WHERE ICBomChild.FEntryID > 1\r\n "
       L"ORDER BY ICBomChild.FEntryID "));
   Texts found;
@@ -593,8 +592,37 @@ TEST_F(EcnReaderTest, AnalyseBomNumberRunsTheCallersStatement) {
                                  L"order by 1 ";
   const Trace trace;
   const Object boms = ecn.Call(L"AnalyseBomNumber", database.Dsn(), statement).AsObject();
-  EXPECT_EQ(trace.Events(), AroundSetUp({}, database.Dsn(), {L"Execute\t" + statement, L"VoteComplete"}));
+  EXPECT_EQ(trace.Events(), AroundSetUp({}, database.Dsn(), {L"Open\t" + statement, L"VoteComplete"}));
   EXPECT_EQ(RowsOf(boms), (Texts{L"10|B10", L"11|B11"}));
+}
+
+TEST_F(EcnReaderTest, TheCallerGetsCountedRowsOffTheirConnection) {
+  constexpr int32_t kClientSide = 3;
+  const Object ecn = Hosted(L"CEcnInfo");
+  database.Execute(L"UPDATE t_ICItem SET FUseState = 341");
+  const std::pair<Variant, int32_t> results[] = {
+      {ecn.Call(L"GetEcnBomHead", database.Dsn(), L"10"), 1},
+      {ecn.Call(L"GetEcnBomEntry", database.Dsn(), L"10"), 3},
+      {ecn.Call(L"AnalyseBomNumber", database.Dsn(), L"select 1 union all select 2"), 2}};
+  for (const auto& [result, rows] : results) {
+    const Object recordset = result.AsObject();
+    EXPECT_EQ(recordset.Get(L"CursorLocation"), Variant(kClientSide));
+    EXPECT_EQ(recordset.Get(L"RecordCount"), Variant(rows));
+    EXPECT_FALSE(recordset.Get(L"ActiveConnection").AsObject());
+    // The rows stay, and can be read more than once.
+    EXPECT_EQ(RowsOf(recordset).size(), static_cast<size_t>(rows));
+    recordset.Call(L"MoveFirst");
+    EXPECT_EQ(RowsOf(recordset).size(), static_cast<size_t>(rows));
+  }
+}
+
+TEST_F(EcnReaderTest, AStatementWithoutRowsGivesAClosedRecordset) {
+  const Object result =
+      Hosted(L"CEcnInfo")
+          .Call(L"AnalyseBomNumber", database.Dsn(), L"update ICBOM set FNote = 'x' where FInterID = 10")
+          .AsObject();
+  EXPECT_EQ(result.Get(L"State"), Variant(0));
+  EXPECT_EQ(database.Value(L"SELECT FNote FROM ICBOM WHERE FInterID = 10"), L"x");
 }
 
 TEST_F(EcnReaderTest, ReadersRaiseTheServersErrors) {
@@ -629,7 +657,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Combine(testing::Values(L"GetEcnBomHead", L"GetEcnBomEntry", L"AnalyseBomNumber"),
                      testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
                                      OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
-                                     OutsideCall{L"Execute", 1}, OutsideCall{L"VoteComplete", 1})));
+                                     OutsideCall{L"Open", 1}, OutsideCall{L"VoteComplete", 1})));
 
 } // namespace
 } // namespace mbom::test

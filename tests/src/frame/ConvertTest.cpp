@@ -55,6 +55,11 @@ TEST(Convert, KnowsTrueFromOtherNumbers) {
   EXPECT_TRUE(IsTrue(true));
   EXPECT_TRUE(IsTrue(-1));
   EXPECT_TRUE(IsTrue(L"True"));
+  EXPECT_TRUE(IsTrue(L"-1"));
+  EXPECT_FALSE(IsTrue(L"1"));
+  EXPECT_FALSE(IsTrue(L"2"));
+  EXPECT_FALSE(IsTrue(L"0"));
+  EXPECT_FALSE(IsTrue(L"False"));
   EXPECT_FALSE(IsTrue(1));
   EXPECT_FALSE(IsTrue(false));
   EXPECT_FALSE(IsTrue(Variant()));

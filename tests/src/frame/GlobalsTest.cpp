@@ -198,6 +198,14 @@ TEST_F(RowsTest, RowToDictionaryAtTheEndKnowsTheNames) {
   EXPECT_TRUE(row.Get(L"Value", L"FKey").IsEmpty());
 }
 
+// A recordset of a statement without rows has no fields, and no end either.
+TEST_F(RowsTest, RowToDictionaryWithoutFieldsIsEmpty) {
+  const Recordset closed = frame_.GetConnection().Execute(Sql() << L"DECLARE @nothing int");
+  ASSERT_TRUE(closed);
+  EXPECT_NE(RaisedBy([&] { static_cast<void>(closed.Eof()); }).code, S_OK);
+  EXPECT_EQ(KeysOf(RowToDictionary(closed)), Texts{});
+}
+
 TEST_F(RowsTest, RecordsetToVectorTakesTheRemainingRows) {
   const Recordset all = Open(L"1=1");
   const Object rows = RecordsetToVector(all);

@@ -150,7 +150,7 @@ TEST_F(BomLstInfoTest, AddsFilterGroupsAndQuickFind) {
   const std::wstring classes = L" AND T4.FERPClsID IN (2,6,9)";
   EXPECT_EQ(trace.Details(L"Execute"),
             (Texts{Statement(classes, L"t4.FNumber AS FNumber", conditions(L"t4.FNumber ")),
-                   Statement(classes, L"t4.FShortNumber AS FNumber", conditions(L"t4.FShortNumber "))}));
+                   Statement(classes, L"t4.FShortNumber AS FNumber", conditions(L"t4.FShortNumber"))}));
 }
 
 TEST_F(BomLstInfoTest, FindsByEachFilter) {

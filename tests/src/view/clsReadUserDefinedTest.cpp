@@ -313,7 +313,9 @@ bool g_itemIsNothing = false;
 // An item that is no Dictionary and numbers its one member otherwise.
 class PlayedItem {
  public:
-  Variant Value(const std::wstring& name) const { return name == L"FName" ? Variant(L"played") : Variant(); }
+  Variant GetValue(const std::wstring& name, const Variant& fallback) const {
+    return name == L"FName" ? Variant(L"played") : fallback;
+  }
 };
 
 class PlayedPackage {
@@ -359,7 +361,8 @@ class PlayedPackage {
 template <>
 const com::DispatchTable& com::TableOf<mbom::test::PlayedItem>() {
   using mbom::test::PlayedItem;
-  static const DispatchTable table(IID_NULL, {PropertyGet<&PlayedItem::Value>(77, L"Value", {L"name"})});
+  static const DispatchTable table(IID_NULL,
+                                   {Method<&PlayedItem::GetValue>(77, L"GetValue", {L"name", L"fallback"})});
   return table;
 }
 
