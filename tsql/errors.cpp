@@ -16,6 +16,7 @@ struct ErrorText {
 constexpr int kUnsupported = 40510;
 
 constexpr ErrorText kErrors[] = {
+    {kTimeoutExpired, 11, 0, "Timeout expired"},
     {102, 15, 1, "Incorrect syntax near '%1'."},
     {103, 15, 4, "The identifier that starts with '%1' is too long. Maximum length is 128."},
     {105, 15, 1, "Unclosed quotation mark after the character string '%1'."},

@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kMaxNesting = 32;
 constexpr size_t kMaxCachedBatches = 512;
+constexpr int kWorkLimitReached = 8649;
 
 const char* VerbOf(StatementKind kind) {
   switch (kind) {
@@ -78,25 +79,70 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Functio
       schema_(connection, catalog) {}
 
 void Interpreter::SetLockTimeout(int milliseconds) {
-  sqlite3_busy_timeout(connection_.Handle(), milliseconds);
+  lockTimeout_ = std::chrono::milliseconds(milliseconds);
+  WatchLimits();
 }
 
 void Interpreter::SetWorkLimit(std::optional<int64_t> steps) {
-  constexpr int kInstructions = 1000;
   workLimit_ = steps;
-  const auto step = [](void* self) { return static_cast<Interpreter*>(self)->TakeStep() ? 0 : 1; };
-  sqlite3_progress_handler(connection_.Handle(), steps ? kInstructions : 0, step, this);
+  WatchLimits();
 }
 
+void Interpreter::SetTimeLimit(std::optional<std::chrono::milliseconds> limit) {
+  timeLimit_ = limit;
+  WatchLimits();
+}
+
+void Interpreter::WatchLimits() {
+  constexpr int kInstructions = 1000;
+  const auto step = [](void* self) { return static_cast<Interpreter*>(self)->TakeStep() ? 0 : 1; };
+  sqlite3_progress_handler(connection_.Handle(), workLimit_ || timeLimit_ ? kInstructions : 0, step, this);
+  // Waiting for a lock takes time, too.
+  const std::chrono::milliseconds wait = timeLimit_ ? std::min(lockTimeout_, *timeLimit_) : lockTimeout_;
+  sqlite3_busy_timeout(connection_.Handle(), static_cast<int>(wait.count()));
+}
+
+// A limit that was reached is taken away: what runs now clears up.
 bool Interpreter::TakeLimitedStep() {
-  if (--workLeft_ >= 0) return true;
-  // Said once: what comes now is the clearing up.
-  workLeft_ = std::numeric_limits<int64_t>::max();
+  if (workLimit_ && --workLeft_ < 0) {
+    workLeft_ = std::numeric_limits<int64_t>::max();
+    canceled_ = kWorkLimitReached;
+    return false;
+  }
+  if (!IsPastDeadline()) return true;
+  // A changing statement that is stopped takes the transaction with it. A short one is let through: the next
+  // statement is then the one that does not run.
+  constexpr std::chrono::seconds kGrace{1};
+  if (transaction_.Count() > 0 && Clock::now() < *deadline_ + kGrace && IsChanging()) return true;
+  deadline_.reset();
+  canceled_ = kTimeoutExpired;
   return false;
+}
+
+bool Interpreter::IsPastDeadline() const {
+  return deadline_ && Clock::now() >= *deadline_;
+}
+
+bool Interpreter::IsChanging() const {
+  sqlite3_stmt* statement = nullptr;
+  while ((statement = sqlite3_next_stmt(connection_.Handle(), statement)) != nullptr)
+    if (sqlite3_stmt_busy(statement) != 0 && sqlite3_stmt_readonly(statement) == 0) return true;
+  return false;
+}
+
+bool Interpreter::IsCanceled(const SqliteFailure& failure) {
+  if ((failure.code & 0xFF) == SQLITE_BUSY && IsPastDeadline()) {
+    deadline_.reset();
+    canceled_ = kTimeoutExpired;
+  }
+  return canceled_ != 0;
 }
 
 void Interpreter::BeginWork() {
   workLeft_ = workLimit_.value_or(0);
+  deadline_.reset();
+  if (timeLimit_) deadline_ = Clock::now() + *timeLimit_;
+  canceled_ = 0;
   caught_.reset(); // a batch that was cut short inside a CATCH block has left it
 }
 
@@ -207,11 +253,11 @@ void Interpreter::BeginStatement() {
 
 Interpreter::Flow Interpreter::Run(const Statement& statement) {
   try {
-    if (!TakeStep()) throw WorkExhausted{statement.line};
+    if (!TakeStep()) throw CanceledAt(statement.line);
     BeginStatement();
     return Dispatch(statement);
   } catch (const SqliteFailure& failure) {
-    if (failure.code == SQLITE_INTERRUPT) throw WorkExhausted{statement.line};
+    if (IsCanceled(failure)) throw CanceledAt(statement.line);
     return HandleError(Translate(failure), statement);
   } catch (const Error& error) {
     return HandleError(error, statement);
@@ -484,7 +530,7 @@ void Interpreter::RunChange(const Statement& statement) {
       }
     });
   } catch (const SqliteFailure& failure) {
-    if (failure.code == SQLITE_INTERRUPT) throw;
+    if (IsCanceled(failure)) throw;
     // The table's name in the message needs the target, which must not outlive the statement here.
     Error error = Translate(failure);
     target_ = nullptr;
@@ -560,7 +606,7 @@ Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
 Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
   while (Test(statement.condition)) {
     const Flow flow = Run(*statement.body);
-    if (!TakeStep()) throw WorkExhausted{statement.line}; // a body may be empty
+    if (!TakeStep()) throw CanceledAt(statement.line); // a body may be empty
     if (flow == Flow::Break) break;
     if (flow == Flow::Return || flow == Flow::Abort) return flow;
     BeginStatement();

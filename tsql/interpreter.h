@@ -7,6 +7,7 @@
 #include "schema.h"
 #include "transaction.h"
 
+#include <chrono>
 #include <unordered_map>
 
 namespace tsql {
@@ -21,13 +22,16 @@ struct Frame {
   int32_t returnStatus = 0;
 };
 
-// Thrown through everything, CATCH blocks too, when the work limit is reached.
-struct WorkExhausted {
-  int line; // of the statement that was one too many
+// Thrown through everything, CATCH blocks too, when a batch has used up its work or its time.
+struct Canceled {
+  int error;
+  int line; // of the statement that was running
 };
 
 class Interpreter {
  public:
+  static constexpr int kDefaultLockTimeout = 5000; // milliseconds
+
   Interpreter(const Connection& connection, Catalog& catalog, FunctionContext& context,
               Transaction& transaction);
 
@@ -48,8 +52,13 @@ class Interpreter {
   void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   void SetLockTimeout(int milliseconds);
   void SetWorkLimit(std::optional<int64_t> steps);
-  void BeginWork(); // a batch or call begins: all of the limit is left
+  void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
+  void BeginWork(); // a batch or call begins: all of the limits is left
   bool NoCount() const { return noCount_; }
+  bool XactAbort() const { return xactAbort_; }
+  // Whether a failure of SQLite comes from a limit that was reached.
+  bool IsCanceled(const SqliteFailure& failure);
+  Canceled CanceledAt(int line) const { return {canceled_, line}; }
 
  private:
   enum class Flow : uint8_t { Next, Break, Continue, Return, Abort };
@@ -94,8 +103,13 @@ class Interpreter {
   void RunModule(const ObjectName& name, ObjectKind kind, const std::string& text, bool alter);
   void RunTruncate(const TruncateStatement& statement);
 
-  bool TakeStep() { return !workLimit_ || TakeLimitedStep(); }
+  using Clock = std::chrono::steady_clock;
+
+  bool TakeStep() { return (!workLimit_ && !deadline_) || TakeLimitedStep(); }
   bool TakeLimitedStep();
+  bool IsPastDeadline() const;
+  bool IsChanging() const;
+  void WatchLimits();
   Planner MakePlanner() { return {connection_, catalog_, *frame_->unit}; }
   void BindParameters(Plan& plan);
   const Datum& ParameterValue(const ParameterRef& ref);
@@ -128,6 +142,10 @@ class Interpreter {
   int64_t rowCount_ = 0;
   std::optional<int64_t> workLimit_;
   int64_t workLeft_ = 0;
+  std::optional<std::chrono::milliseconds> timeLimit_;
+  std::optional<Clock::time_point> deadline_;
+  std::chrono::milliseconds lockTimeout_{kDefaultLockTimeout};
+  int canceled_ = 0; // the error of the limit that was reached
   int lastError_ = 0;
   int tryDepth_ = 0;
   int nesting_ = 0;

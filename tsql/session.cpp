@@ -38,6 +38,9 @@ class SessionImpl : public Session {
   ChangeStamp GetChangeStamp() override;
   void SetLockTimeout(int milliseconds) override { interpreter_.SetLockTimeout(milliseconds); }
   void SetWorkLimit(std::optional<int64_t> steps) override { interpreter_.SetWorkLimit(steps); }
+  void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) override {
+    interpreter_.SetTimeLimit(limit);
+  }
 
  private:
   struct Arguments {
@@ -55,6 +58,7 @@ class SessionImpl : public Session {
   std::vector<bool> FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit, Frame& frame) const;
   template <typename Work>
   bool Guard(ResultSink& sink, Work work);
+  void Cancel(const Canceled& canceled, ResultSink& sink);
 
   std::shared_ptr<DatabaseImpl> database_;
   FunctionContext context_;
@@ -156,16 +160,28 @@ bool SessionImpl::Guard(ResultSink& sink, Work work) {
     interpreter_.BeginWork();
     Refresh();
     succeeded = work();
-  } catch (const WorkExhausted& exhausted) {
-    transaction_.RollbackIfOpen();
-    interpreter_.Report(MakeError(8649, exhausted.line, {}), sink);
+  } catch (const Canceled& canceled) {
+    Cancel(canceled, sink);
   } catch (const SqliteFailure& failure) {
-    interpreter_.Report(interpreter_.Translate(failure), sink);
+    if (interpreter_.IsCanceled(failure)) {
+      Cancel(interpreter_.CanceledAt(0), sink);
+    } else {
+      interpreter_.Report(interpreter_.Translate(failure), sink);
+    }
   } catch (const Error& error) {
     interpreter_.Report(error, sink);
   }
   PublishSchema();
   return succeeded;
+}
+
+void SessionImpl::Cancel(const Canceled& canceled, ResultSink& sink) {
+  if (canceled.error == kTimeoutExpired && !interpreter_.XactAbort()) {
+    transaction_.Synchronize();
+  } else {
+    transaction_.RollbackIfOpen();
+  }
+  interpreter_.Report(MakeError(canceled.error, canceled.line, {}), sink);
 }
 
 bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) {

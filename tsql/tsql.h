@@ -11,6 +11,7 @@
 // the engine itself cannot do (no such file, no memory) is thrown as tsql::Error.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -96,6 +97,10 @@ struct Error : std::runtime_error {
   int line; // 1-based, within the batch or the procedure
 };
 
+// The error of a batch that took longer than the session allows. The server has no number for it: it is the
+// client who gives up.
+constexpr int kTimeoutExpired = -2;
+
 // ---- results
 
 struct Column {
@@ -178,6 +183,11 @@ class Session {
   // back and no CATCH block asked; a step is a statement, or a thousand instructions of SQLite's machine.
   // nullopt, the default: no limit.
   virtual void SetWorkLimit(std::optional<int64_t> steps) = 0;
+  // Ends a batch or call that takes longer, with error kTimeoutExpired: the running statement's own changes
+  // are undone and no CATCH block is asked. An open transaction stays open unless XACT_ABORT is on, or a
+  // changing statement had to be stopped on its way; SQLite then undoes all of the transaction. nullopt, the
+  // default: no limit.
+  virtual void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.
   virtual void SetLockTimeout(int milliseconds) = 0;
 };

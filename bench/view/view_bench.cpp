@@ -142,7 +142,7 @@ class Database {
   std::shared_ptr<const standin::ado::RowSet> Rows(const std::wstring& statement) const {
     const auto connection = com::Make<standin::ado::Connection>();
     connection->object().Open(Dsn(), Variant::Missing(), Variant::Missing(), -1);
-    return connection->object().Run(statement, standin::ado::CommandType::Text).front().rows;
+    return connection->object().Run(statement, standin::ado::CommandType::Text).Take(true).rows;
   }
 
  private:

@@ -8,7 +8,6 @@
 #include "com/ValueText.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Connection.h"
-#include "standin/ado/Recordset.h"
 #include "standin/host/EventLog.h"
 
 namespace standin::ado {
@@ -56,8 +55,9 @@ Object Command::CreateParameter(const std::wstring& name, int32_t type, int32_t 
 
 void Command::SetValues(const Variant& values) {
   if (values.IsMissing() || values.IsEmpty()) return;
-  std::vector<Parameter*> inputs = parameters_->object().items();
-  std::erase_if(inputs, [](const Parameter* parameter) { return !parameter->IsInput(); });
+  std::vector<Parameter*> inputs;
+  for (const Object& object : parameters_->object().items())
+    if (Parameter& parameter = ParameterOf(object); parameter.IsInput()) inputs.push_back(&parameter);
   std::vector<Variant> given;
   if (values.type() == (VT_ARRAY | VT_VARIANT)) {
     SAFEARRAY* array = values.raw().parray;
@@ -76,26 +76,28 @@ void Command::SetValues(const Variant& values) {
 
 std::wstring Command::EventDetail() const {
   std::wstring detail = text_;
-  for (const Parameter* parameter : parameters_->object().items()) {
-    if (!parameter->IsInput()) continue;
+  for (const Object& object : parameters_->object().items()) {
+    const Parameter& parameter = ParameterOf(object);
+    if (!parameter.IsInput()) continue;
     detail += L'\t';
-    detail += parameter->Name() + L'=' + com::ToText(parameter->Value());
+    detail += parameter.Name() + L'=' + com::ToText(parameter.Value());
   }
   return detail;
 }
 
 Results Command::Run(const Connection& connection) {
   Event(EventKind::Command, EventDetail());
-  const std::vector<Parameter*> all = parameters_->object().items();
+  const std::vector<Object>& all = parameters_->object().items();
   // A deque: the engine's values point into the texts.
   std::deque<std::string> texts;
   std::vector<tsql::Parameter> arguments;
-  std::vector<Parameter*> bound;
-  for (Parameter* parameter : all) {
-    parameter->RequireDefined();
-    if (parameter->direction() == Direction::ReturnValue) continue;
-    arguments.push_back(parameter->ToEngine(texts.emplace_back()));
-    bound.push_back(parameter);
+  std::vector<Object> bound;
+  for (const Object& object : all) {
+    const Parameter& parameter = ParameterOf(object);
+    parameter.RequireDefined();
+    if (parameter.direction() == Direction::ReturnValue) continue;
+    arguments.push_back(parameter.ToEngine(texts.emplace_back()));
+    bound.push_back(object);
   }
 
   const std::shared_ptr<Session>& session = connection.session();
@@ -108,10 +110,13 @@ Results Command::Run(const Connection& connection) {
   default: results = session->Execute(text_, arguments); break;
   }
 
+  OutputValues outputs;
   for (size_t i = 0; i < bound.size(); ++i)
-    if (arguments[i].output) bound[i]->FromEngine(arguments[i]);
-  for (Parameter* parameter : all)
-    if (parameter->direction() == Direction::ReturnValue) parameter->PutValue(status);
+    if (arguments[i].output) outputs.Add(bound[i], OutputValueOf(arguments[i]));
+  for (const Object& object : all)
+    if (ParameterOf(object).direction() == Direction::ReturnValue)
+      outputs.Add(object, ParameterOf(object).InOwnType(status));
+  results.Append(std::move(outputs));
   return results;
 }
 
@@ -119,10 +124,7 @@ Object Command::Execute(Variant& recordsAffected, const Variant& parameters, int
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
   if (!connection) Raise(AdoError::InvalidConnection, kSource);
   SetValues(parameters);
-  Results results = Run(*connection);
-  recordsAffected = RecordsAffectedOf(results);
-  if (options != kUnspecified && (options & kExecuteNoRecords) != 0) return {};
-  return Recordset::Make(Object(com::Ptr<IDispatch>(self_)), *connection, std::move(results));
+  return Answer(Object(com::Ptr<IDispatch>(self_)), *connection, Run(*connection), options, recordsAffected);
 }
 
 } // namespace standin::ado

@@ -36,7 +36,7 @@ class Command {
   com::Object GetParameters() const { return com::ToObject(parameters_); }
   com::Object Execute(com::Variant& recordsAffected, const com::Variant& parameters, int32_t options);
 
-  // Runs it on the connection; the output parameters have their values afterwards.
+  // Runs it on the connection. The output parameters have their values when the results are gone through.
   Results Run(const Connection& connection);
 
  private:

@@ -1,7 +1,7 @@
 #include "standin/ado/Connection.h"
 
 #include "com/DispatchObject.h"
-#include "com/Text.h"
+#include "standin/ado/AdoError.h"
 #include "standin/ado/Errors.h"
 #include "standin/ado/Recordset.h"
 #include "standin/host/EventLog.h"
@@ -68,10 +68,7 @@ Results Connection::Run(const std::wstring& text, CommandType type) const {
 Object Connection::Execute(const std::wstring& commandText, Variant& recordsAffected, int32_t options) {
   Event(EventKind::Execute, commandText);
   RequireOpen();
-  Results results = Run(commandText, CommandTypeOf(options));
-  recordsAffected = RecordsAffectedOf(results);
-  if (options != kUnspecified && (options & kExecuteNoRecords) != 0) return {};
-  return Recordset::Make(commandText, *this, std::move(results));
+  return Answer(commandText, *this, Run(commandText, CommandTypeOf(options)), options, recordsAffected);
 }
 
 int32_t Connection::BeginTrans() {
@@ -140,8 +137,14 @@ CommandType CommandTypeOf(int32_t options) {
   return CommandType::Unknown;
 }
 
-Variant RecordsAffectedOf(const Results& results) {
-  return {static_cast<int32_t>(results.empty() ? -1 : results.front().count)};
+Object Answer(const Variant& source, const Connection& connection, Results results, int32_t options,
+              Variant& recordsAffected) {
+  recordsAffected = static_cast<int32_t>(results.NextCount());
+  if (options != kUnspecified && (options & kExecuteNoRecords) != 0) {
+    results.TakeAll();
+    return {};
+  }
+  return Recordset::Make(source, connection, std::move(results));
 }
 
 } // namespace standin::ado

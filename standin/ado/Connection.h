@@ -73,7 +73,9 @@ com::Object ConnectionFrom(const com::Variant& value, const wchar_t* source);
 // The command type among Execute's or Open's options.
 CommandType CommandTypeOf(int32_t options);
 
-// A result's row count as RecordsAffected shows it.
-com::Variant RecordsAffectedOf(const Results& results);
+// What Connection.Execute and Command.Execute answer: the first result's row count in `recordsAffected` and a
+// recordset on the results; Nothing when no records are wanted, in which case the results are gone through.
+com::Object Answer(const com::Variant& source, const Connection& connection, Results results, int32_t options,
+                   com::Variant& recordsAffected);
 
 } // namespace standin::ado

@@ -1,6 +1,9 @@
 #include "standin/ado/Errors.h"
 
+#include <vector>
+
 #include "com/DispatchObject.h"
+#include "standin/ado/AdoError.h"
 #include "standin/foundation/Enumerator.h"
 
 namespace standin::ado {

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "com/Object.h"
-#include "standin/ado/AdoError.h"
+#include "standin/ado/ProviderError.h"
 
 namespace standin::ado {
 
@@ -26,14 +25,14 @@ class Error {
 
 class Errors {
  public:
-  explicit Errors(std::shared_ptr<std::vector<ProviderError>> errors) : errors_(std::move(errors)) {}
+  explicit Errors(std::shared_ptr<ErrorList> errors) : errors_(std::move(errors)) {}
   int32_t Count() const { return static_cast<int32_t>(errors_->size()); }
   com::Object Item(int32_t index) const; // counted from 0
   void Clear() { errors_->clear(); }
   com::Ptr<IUnknown> NewEnum() const;
 
  private:
-  std::shared_ptr<std::vector<ProviderError>> errors_;
+  std::shared_ptr<ErrorList> errors_;
 };
 
 } // namespace standin::ado

@@ -65,13 +65,16 @@ void Parameter::PutNumericScale(int16_t value) {
 }
 
 void Parameter::PutValue(const Variant& value) {
-  if (value.IsMissing()) return;
+  if (!value.IsMissing()) value_ = InOwnType(value);
+}
+
+Variant Parameter::InOwnType(const Variant& value) const {
   try {
     Variant converted = Convert(value, type_);
     const bool tooLong = NeedsSize(type_) && size_ > 0 && converted.type() == VT_BSTR &&
                          SysStringLen(converted.raw().bstrVal) > static_cast<UINT>(size_);
     if (tooLong) Raise(AdoError::DataConversion, kSource);
-    value_ = std::move(converted);
+    return converted;
   } catch (const com::ComError&) {
     Raise(AdoError::DataConversion, kSource);
   }
@@ -91,13 +94,6 @@ tsql::Parameter Parameter::ToEngine(std::string& storage) const {
   return result;
 }
 
-void Parameter::FromEngine(const tsql::Parameter& parameter) {
-  const tsql::Column column{{}, parameter.type, true};
-  RowSet row({&column, 1});
-  row.Append({&parameter.value, 1});
-  value_ = row.Value(0, 0);
-}
-
 void Parameters::Append(const Object& parameter) {
   const auto* added = com::Unwrap<Parameter>(parameter.pointer());
   if (!added) Raise(AdoError::InvalidArgument, kCollectionSource);
@@ -111,10 +107,9 @@ size_t Parameters::PositionOf(const Variant& index) const {
   size_t position = items_.size();
   if (index.type() == VT_BSTR) {
     const std::wstring name = index.AsText();
-    const std::vector<Parameter*> all = items();
     const auto named = std::ranges::find_if(
-        all, [&](const Parameter* parameter) { return com::EqualsNoCase(parameter->Name(), name); });
-    position = static_cast<size_t>(named - all.begin());
+        items_, [&](const Object& item) { return com::EqualsNoCase(ParameterOf(item).Name(), name); });
+    position = static_cast<size_t>(named - items_.begin());
   } else if (const int32_t number = index.AsLong(); number >= 0) {
     position = static_cast<size_t>(number);
   }
@@ -138,10 +133,15 @@ com::Ptr<IUnknown> Parameters::NewEnum() const {
   return MakeEnumerator({items_.begin(), items_.end()});
 }
 
-std::vector<Parameter*> Parameters::items() const {
-  std::vector<Parameter*> result;
-  for (const Object& item : items_) result.push_back(com::Unwrap<Parameter>(item.pointer()));
-  return result;
+Parameter& ParameterOf(const Object& object) {
+  return *com::Unwrap<Parameter>(object.pointer());
+}
+
+Variant OutputValueOf(const tsql::Parameter& parameter) {
+  const tsql::Column column{{}, parameter.type, true};
+  RowSet row({&column, 1});
+  row.Append({&parameter.value, 1});
+  return row.Value(0, 0);
 }
 
 } // namespace standin::ado

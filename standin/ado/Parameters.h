@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "com/Object.h"
@@ -37,8 +38,10 @@ class Parameter {
   void RequireDefined() const;
   // As the engine takes it; the value's text lies in `storage`.
   tsql::Parameter ToEngine(std::string& storage) const;
-  // Takes what the engine put out.
-  void FromEngine(const tsql::Parameter& parameter);
+  // The value in the parameter's type; as PutValue throws.
+  com::Variant InOwnType(const com::Variant& value) const;
+  // Takes the value that the server put out.
+  void TakeOutput(com::Variant value) noexcept { value_ = std::move(value); }
 
  private:
   std::wstring name_;
@@ -60,13 +63,19 @@ class Parameters {
   void Refresh();
   com::Ptr<IUnknown> NewEnum() const;
 
-  // In the order in which they were appended.
-  std::vector<Parameter*> items() const;
+  // Parameter objects, in the order in which they were appended.
+  const std::vector<com::Object>& items() const { return items_; }
 
  private:
   size_t PositionOf(const com::Variant& index) const;
 
   std::vector<com::Object> items_;
 };
+
+// The parameter inside an object of the collection.
+Parameter& ParameterOf(const com::Object& object);
+
+// The value that the engine put out, as ADO's.
+com::Variant OutputValueOf(const tsql::Parameter& parameter);
 
 } // namespace standin::ado

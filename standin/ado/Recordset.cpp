@@ -26,16 +26,6 @@ constexpr int32_t kBookmarkCurrent = 0;
 constexpr int32_t kBookmarkFirst = 1;
 constexpr int32_t kBookmarkLast = 2;
 
-// What the provider says of a forward-only cursor.
-[[noreturn]] void RaiseCannotFetchBackward() {
-  throw com::ComError(static_cast<HRESULT>(0x80040E24), kProviderSource,
-                      L"Rowset does not support fetching backward.");
-}
-[[noreturn]] void RaiseCannotRestart() {
-  throw com::ComError(static_cast<HRESULT>(0x80040E18), kProviderSource,
-                      L"Rowset position cannot be restarted.");
-}
-
 CursorType CheckedCursorType(int32_t value) {
   if (value < static_cast<int32_t>(CursorType::Unspecified) ||
       value > static_cast<int32_t>(CursorType::Static))
@@ -85,22 +75,41 @@ Object Recordset::Make(const Variant& source, const Connection& connection, Resu
   Recordset& recordset = object->object();
   recordset.source_ = source;
   recordset.connection_ = connection.self();
-  recordset.Show(std::move(results), connection.session());
+  recordset.ShowFirst(std::move(results), connection.session());
   return com::ToObject(object);
 }
 
-void Recordset::Show(Results results, std::shared_ptr<Session> session) {
-  pending_ = std::move(results);
-  cursor_->rows = nullptr;
-  cursor_->position = 0;
-  cursor_->session = std::move(session);
-  if (!pending_.empty()) {
-    cursor_->rows = std::move(pending_.front().rows);
-    pending_.pop_front();
-  }
+void Recordset::ShowFirst(Results results, std::shared_ptr<Session> session) {
+  if (Streams()) results.KeepBusy();
+  Result first = results.Take(!Streams());
+  Show(std::move(first), std::move(results), std::move(session));
+}
+
+void Recordset::Show(Result result, Results rest, std::shared_ptr<Session> session) {
+  *cursor_ = {std::move(result.rows), std::move(session), 0};
+  cut_ = std::move(result.failure);
+  rest_ = std::move(rest);
   // Where the cursor is does not change any more when the connection's default does.
   cursorLocation_ = EffectiveLocation();
   if (cursorLocation_ == CursorLocation::Client) cursorType_ = CursorType::Static;
+  LetGoWhenRead();
+}
+
+void Recordset::Arrive() {
+  if (!cursor_->eof()) return;
+  ErrorList failure = std::move(cut_);
+  cut_.clear();
+  LetGoWhenRead();
+  if (!failure.empty()) cursor_->session->Fail(std::move(failure));
+}
+
+void Recordset::LetGoWhenRead() {
+  const bool hasUnreadRows = Streams() && cursor_->rows && !cursor_->eof();
+  if (rest_.empty() && !hasUnreadRows) rest_ = Results();
+}
+
+bool Recordset::Streams() const {
+  return ForwardOnly() && EffectiveLocation() == CursorLocation::Server;
 }
 
 CursorLocation Recordset::EffectiveLocation() const {
@@ -130,19 +139,19 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     if (Object connection = command->ActiveConnection()) connection_ = std::move(connection);
     const auto* connection = com::Unwrap<Connection>(connection_.pointer());
     if (!connection) Raise(AdoError::InvalidConnection, kSource);
-    return Show(command->Run(*connection), connection->session());
+    return ShowFirst(command->Run(*connection), connection->session());
   }
   if (source_.type() != VT_BSTR) Raise(AdoError::InvalidArgument, kSource);
   const std::wstring text = source_.AsText();
   Event(EventKind::Open, text);
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
   if (!connection) Raise(AdoError::InvalidConnection, kSource);
-  Show(connection->Run(text, CommandTypeOf(options)), connection->session());
+  ShowFirst(connection->Run(text, CommandTypeOf(options)), connection->session());
 }
 
 void Recordset::Close() {
   RequireOpen();
-  Show({}, nullptr);
+  Show({}, {}, nullptr);
 }
 
 void Recordset::Requery(int32_t options) {
@@ -169,14 +178,14 @@ bool Recordset::Eof() const {
 
 void Recordset::MoveFirst() {
   RequireOpen();
-  if (ForwardOnly() && cursor_->position != 0) RaiseCannotRestart();
+  if (ForwardOnly() && cursor_->position != 0) Raise(Refusal::RestartPosition);
   if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
   cursor_->position = 0;
 }
 
 void Recordset::MoveLast() {
   RequireOpen();
-  if (ForwardOnly()) RaiseCannotFetchBackward();
+  if (ForwardOnly()) Raise(Refusal::FetchBackward);
   if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
   cursor_->position = Last();
 }
@@ -185,11 +194,12 @@ void Recordset::MoveNext() {
   RequireOpen();
   if (cursor_->eof()) Raise(AdoError::NoCurrentRecord, kSource);
   ++cursor_->position;
+  Arrive();
 }
 
 void Recordset::MovePrevious() {
   RequireOpen();
-  if (ForwardOnly()) RaiseCannotFetchBackward();
+  if (ForwardOnly()) Raise(Refusal::FetchBackward);
   if (cursor_->bof()) Raise(AdoError::NoCurrentRecord, kSource);
   --cursor_->position;
 }
@@ -205,10 +215,11 @@ void Recordset::Move(int32_t count, const Variant& start) {
     default: Raise(AdoError::InvalidArgument, kSource);
     }
   }
-  if (ForwardOnly() && count < 0) RaiseCannotFetchBackward();
+  if (ForwardOnly() && count < 0) Raise(Refusal::FetchBackward);
   if ((count > 0 && cursor_->eof()) || (count < 0 && cursor_->bof()))
     Raise(AdoError::NoCurrentRecord, kSource);
   cursor_->position = std::clamp<ptrdiff_t>(from + count, -1, Last() + 1);
+  Arrive();
 }
 
 int32_t Recordset::RecordCount() const {
@@ -235,11 +246,13 @@ void Recordset::PutAbsolutePosition(int32_t value) {
 Object Recordset::NextRecordset(Variant& recordsAffected) {
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
   if (!connection || (cursor_->session && cursor_->session->closed())) Raise(AdoError::ObjectClosed, kSource);
-  Results rest = std::move(pending_);
   const std::shared_ptr<Session> session = cursor_->session;
-  Show({}, nullptr);
-  if (rest.empty()) return {};
-  recordsAffected = RecordsAffectedOf(rest);
+  // This one is closed from now on, but stays the way to what follows a failure.
+  Show({}, std::move(rest_), session);
+  if (rest_.empty()) return {};
+  const int64_t count = rest_.NextCount();
+  Result result = rest_.Take(!Streams());
+  recordsAffected = static_cast<int32_t>(count);
   const auto object = com::Make<Recordset>();
   Recordset& next = object->object();
   next.source_ = source_;
@@ -248,7 +261,7 @@ Object Recordset::NextRecordset(Variant& recordsAffected) {
   next.cursorType_ = cursorType_;
   next.lockType_ = lockType_;
   next.options_ = options_;
-  next.Show(std::move(rest), session);
+  next.Show(std::move(result), std::move(rest_), session);
   return com::ToObject(object);
 }
 
@@ -289,6 +302,7 @@ Variant Recordset::GetRows(int32_t rows, const Variant& start, const Variant& fi
     for (const size_t column : columns)
       new (element++) Variant(cursor_->rows->Value(static_cast<size_t>(cursor_->position), column));
   SafeArrayUnaccessData(array);
+  Arrive();
   return result;
 }
 
@@ -315,7 +329,7 @@ void Recordset::PutActiveConnection(const Variant& value) {
   const auto* attached = com::Unwrap<Connection>(connection.pointer());
   cursor_->session = attached ? attached->session() : nullptr;
   connection_ = std::move(connection);
-  pending_.clear();
+  rest_ = Results();
 }
 
 void Recordset::PutCursorLocation(int32_t value) {

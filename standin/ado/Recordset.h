@@ -2,8 +2,10 @@
 // refused.
 //
 // All rows are there when it opens. What a cursor may do still follows its kind, so that a client finds out
-// here what a server would refuse: a forward-only one is not counted and does not go back, only a
-// client-side one can be disconnected.
+// here what a server would refuse. A forward-only one on the server is not counted and does not go back, it
+// keeps its connection busy until it is read to the end, closed or released, and it meets the failure of its
+// statement where the rows end. The others are complete when they open, and meet it then. Only a client-side
+// one can be disconnected.
 #pragma once
 
 #include <cstdint>
@@ -60,15 +62,23 @@ class Recordset {
   void PutFilter(const com::Variant& value);
 
  private:
-  void Show(Results results, std::shared_ptr<Session> session);
+  // Shows the first of the results.
+  void ShowFirst(Results results, std::shared_ptr<Session> session);
+  void Show(Result result, Results rest, std::shared_ptr<Session> session);
+  // Every move ends here: it may have come to the end of the rows.
+  void Arrive();
+  void LetGoWhenRead();
   CursorLocation EffectiveLocation() const;
+  // Whether its rows come from the server one after another while it is read.
+  bool Streams() const;
   void RequireOpen() const;
   void RequireClosed() const;
   bool ForwardOnly() const { return cursorType_ == CursorType::ForwardOnly; }
   ptrdiff_t Last() const { return static_cast<ptrdiff_t>(cursor_->rows->rowCount()) - 1; }
 
   std::shared_ptr<Cursor> cursor_ = std::make_shared<Cursor>();
-  Results pending_; // what follows the result that is shown
+  Results rest_;  // what follows the result that is shown
+  ErrorList cut_; // why the rows end where they do
   com::Object connection_;
   com::Variant source_;
   std::optional<CursorLocation> cursorLocation_; // else the connection's

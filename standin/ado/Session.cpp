@@ -3,6 +3,7 @@
 #include <oleauto.h>
 
 #include <cwchar>
+#include <utility>
 
 #include "com/ComError.h"
 #include "com/Text.h"
@@ -10,9 +11,6 @@
 
 namespace standin::ado {
 namespace {
-
-constexpr auto kTransactionExists = static_cast<HRESULT>(0x8004D013);
-constexpr auto kNoTransaction = static_cast<HRESULT>(0x8004D00E);
 
 [[noreturn]] void RaiseBadNow(const std::wstring& value) {
   throw com::ComError(E_INVALIDARG, L"ADODB.Connection",
@@ -36,22 +34,42 @@ tsql::DateTime ParseNow(const std::wstring& value) {
 
 } // namespace
 
-// Keeps what comes out of a batch.
+// Keeps what comes out of a batch, in order.
 class Session::Collector final : public tsql::ResultSink {
  public:
   void BeginRows(std::span<const tsql::Column> columns) override {
+    KeepRows();
     rows_ = std::make_shared<RowSet>(columns);
   }
   void Row(std::span<const tsql::Value> values) override { rows_->Append(values); }
-  void EndRows(int64_t /*count*/) override { results.push_back({std::move(rows_), -1}); }
-  void RowCount(int64_t count) override { results.push_back({nullptr, count}); }
+  void EndRows(int64_t /*count*/) override { KeepRows(); }
+  void RowCount(int64_t count) override {
+    KeepRows();
+    results_.push_back({nullptr, count, {}});
+  }
   void Message(const tsql::Error& /*info*/) override {}
-  void Failed(const tsql::Error& error) override { errors.push_back(FromServer(error)); }
+  void Failed(const tsql::Error& error) override {
+    const bool cutsRows = rows_ && rows_->rowCount() > 0;
+    if (cutsRows) KeepRows();
+    rows_ = nullptr;
+    // Errors that follow each other without a result between them belong together.
+    if (!cutsRows && (results_.empty() || results_.back().failure.empty())) results_.emplace_back();
+    results_.back().failure.push_back(FromServer(error));
+  }
 
-  Results results;
-  ErrorList errors;
+  std::deque<Result> Finish() {
+    KeepRows();
+    return std::move(results_);
+  }
 
  private:
+  // The rows are a result even when nothing ended them, because a CATCH block took their failure.
+  void KeepRows() {
+    if (rows_) results_.push_back({std::move(rows_), -1, {}});
+    rows_ = nullptr;
+  }
+
+  std::deque<Result> results_;
   std::shared_ptr<RowSet> rows_;
 };
 
@@ -64,8 +82,7 @@ Session::Session(const ConnectionString& connectionString, std::shared_ptr<Error
   } catch (const tsql::Error& error) {
     ProviderError failure = FromServer(error);
     failure.description += L" The data source is '" + connectionString.Get(L"Data Source") + L"'.";
-    *errors_ = {failure};
-    Raise(failure);
+    Fail({std::move(failure)});
   }
   SetClock(connectionString);
 }
@@ -75,41 +92,45 @@ void Session::SetClock(const ConnectionString& connectionString) {
   session_->SetNow(now.empty() ? std::nullopt : std::optional(ParseNow(now)));
 }
 
+void Session::RequireIdle() {
+  if (inTransaction_ && readers_ > 0) Fail({ErrorOf(Refusal::ConnectionBusy)});
+}
+
 Results Session::Execute(const std::wstring& batch, std::span<tsql::Parameter> parameters) {
+  RequireIdle();
   Collector collector;
   try {
-    return Finish(collector, session_->Execute(com::ToUtf8(batch), parameters, collector));
+    session_->Execute(com::ToUtf8(batch), parameters, collector);
   } catch (const tsql::Error& error) {
-    Fail(error);
+    Fail({FromServer(error)});
   }
+  return ResultsOf(collector);
 }
 
 Results Session::Call(const std::wstring& procedure, std::span<tsql::Parameter> parameters, int32_t& status) {
+  RequireIdle();
   Collector collector;
   try {
-    const std::optional<int32_t> returned = session_->Call(com::ToUtf8(procedure), parameters, collector);
-    status = returned.value_or(0);
-    return Finish(collector, returned.has_value());
+    status = session_->Call(com::ToUtf8(procedure), parameters, collector).value_or(0);
   } catch (const tsql::Error& error) {
-    Fail(error);
+    Fail({FromServer(error)});
   }
+  return ResultsOf(collector);
 }
 
-Results Session::Finish(Collector& collector, bool succeeded) {
-  if (succeeded && collector.errors.empty()) return std::move(collector.results);
-  *errors_ = std::move(collector.errors);
-  if (errors_->empty()) errors_->push_back({E_FAIL, 0, L"HY000", L"The batch failed."});
-  Raise(errors_->front());
+Results Session::ResultsOf(Collector& collector) {
+  std::deque<Result> results = collector.Finish();
+  if (!results.empty() && !results.front().rows && !results.front().failure.empty())
+    Fail(std::move(results.front().failure));
+  return {shared_from_this(), std::move(results)};
 }
 
 void Session::Begin() {
-  if (inTransaction_)
-    throw com::ComError(kTransactionExists, kProviderSource,
-                        L"Only one transaction can be active on this session.");
+  if (inTransaction_) Fail({ErrorOf(Refusal::TransactionExists)});
   try {
     session_->Begin();
   } catch (const tsql::Error& error) {
-    Fail(error);
+    Fail({FromServer(error)});
   }
   inTransaction_ = true;
 }
@@ -123,17 +144,17 @@ void Session::Rollback() {
 }
 
 void Session::End(void (tsql::Session::*end)()) {
-  if (!inTransaction_) throw com::ComError(kNoTransaction, kProviderSource, L"No transaction is active.");
+  if (!inTransaction_) Fail({ErrorOf(Refusal::NoTransaction)});
   inTransaction_ = false;
   try {
     (session_.get()->*end)();
   } catch (const tsql::Error& error) {
-    Fail(error);
+    Fail({FromServer(error)});
   }
 }
 
-void Session::Fail(const tsql::Error& error) {
-  *errors_ = {FromServer(error)};
+void Session::Fail(ErrorList errors) {
+  *errors_ = std::move(errors);
   Raise(errors_->front());
 }
 

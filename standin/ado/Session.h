@@ -1,37 +1,26 @@
 // Session: one open session of the embedded engine, shared by a connection and the recordsets it filled.
 //
-// A batch is run to its end at once and its results are kept; an error anywhere in it fails the call, and
-// what the batch returned is dropped. (A real provider raises an error that comes after a first result only
-// when the client moves on to it; no client here waits for that.)
+// As the provider's, it is busy while a client has results to read. Inside a transaction it then refuses a
+// further statement; outside of one the provider quietly opens another connection for it, which here makes no
+// difference.
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
-#include "standin/ado/AdoError.h"
 #include "standin/ado/ConnectionString.h"
-#include "standin/ado/RowSet.h"
+#include "standin/ado/ProviderError.h"
+#include "standin/ado/Results.h"
 #include "tsql/tsql.h"
 
 namespace standin::ado {
 
-// One result of a batch: rows, or a statement's row count.
-struct Result {
-  std::shared_ptr<const RowSet> rows;
-  int64_t count = -1; // unknown for rows
-};
-using Results = std::deque<Result>;
-
-// A connection's errors of the last call that failed; they stay readable when the connection is gone.
-using ErrorList = std::vector<ProviderError>;
-
-class Session {
+class Session : public std::enable_shared_from_this<Session> {
  public:
-  // Throws the provider's error when the data source is not there.
+  // The failures of the session go to `errors`, which stay readable when the connection is gone. Throws the
+  // provider's error when the data source is not there.
   Session(const ConnectionString& connectionString, std::shared_ptr<ErrorList> errors);
 
   bool closed() const { return !session_; }
@@ -43,7 +32,7 @@ class Session {
   // Sets the session's clock to the descriptor's "Now"; without one it runs.
   void SetClock(const ConnectionString& connectionString);
 
-  // Both throw the first error of the batch; all of them go to the error list.
+  // Both throw an error that comes before any result.
   Results Execute(const std::wstring& batch, std::span<tsql::Parameter> parameters = {});
   Results Call(const std::wstring& procedure, std::span<tsql::Parameter> parameters, int32_t& status);
 
@@ -52,15 +41,23 @@ class Session {
   void Commit();
   void Rollback();
 
+  // Results that a client reads one after another hold the session.
+  void AddReader() { ++readers_; }
+  void RemoveReader() { --readers_; }
+
+  // Throws the first of the errors; all of them are the connection's errors from now on.
+  [[noreturn]] void Fail(ErrorList errors);
+
  private:
   class Collector;
 
-  Results Finish(Collector& collector, bool succeeded);
+  void RequireIdle();
+  Results ResultsOf(Collector& collector);
   void End(void (tsql::Session::*end)());
-  [[noreturn]] void Fail(const tsql::Error& error);
 
   std::shared_ptr<ErrorList> errors_;
   std::unique_ptr<tsql::Session> session_;
+  int readers_ = 0;
   bool inTransaction_ = false;
 };
 

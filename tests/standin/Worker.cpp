@@ -43,6 +43,10 @@ int32_t Worker::Run(const std::wstring& dsn, const std::wstring& steps) {
       context_.Call(L"VoteAbort");
     } else if (step == L"raise") {
       com::RaiseRuntimeError(1000, L"Worker", L"as told");
+    } else if (step == L"hold") {
+      recordset_ = connection_.Call(L"Execute", next()).AsObject();
+    } else if (step == L"let go") {
+      recordset_ = Object();
     } else if (step == L"nest") {
       HostedWorker().Call(L"Run", dsn, steps.substr(std::min(start, steps.size())));
       return done + 1;

@@ -14,6 +14,8 @@ class Worker {
   //   complete, abort  the current context's vote
   //   raise       run-time error 1000
   //   with        the next step is another descriptor to bind
+  //   hold        the next step is a statement whose recordset is kept
+  //   let go      the kept recordset is released
   //   nest        the rest is done by another hosted Worker
   // and anything else is a statement for the connection. Returns the number of steps done here.
   int32_t Run(const std::wstring& dsn, const std::wstring& steps);
@@ -25,6 +27,7 @@ class Worker {
  private:
   Object context_;
   Object connection_;
+  Object recordset_; // kept by "hold"
 };
 
 Object NewWorker();

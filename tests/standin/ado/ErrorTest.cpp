@@ -49,14 +49,6 @@ TEST(ProviderError, HasTheCodeOfItsKindAndTheServersText) {
   }
 }
 
-TEST(ProviderError, OfALaterStatementFailsTheWholeCall) {
-  const Database database;
-  EXPECT_EQ(RaisedBy([&] { database.Execute(L"UPDATE t SET FName = 'x' SELECT * FROM nowhere"); }).code,
-            static_cast<HRESULT>(0x80040E37));
-  EXPECT_EQ(RaisedBy([&] { database.Open(L"SELECT * FROM t SELECT CAST('abc' AS int)", 3); }).code,
-            static_cast<HRESULT>(0x80040E07));
-}
-
 TEST(ProviderError, StaysInErrorsUntilTheNextOneOrClear) {
   const Database database;
   const Object errors = database.connection().Get(L"Errors").AsObject();
