@@ -225,6 +225,19 @@ TEST_F(CBomFunctionTest, UpdateBomNumberKeepsTheTextOfItsFailureToItself) {
   EXPECT_EQ(Numbers(), kNumbers);
 }
 
+TEST_F(CBomFunctionTest, UpdateBomNumberTakesBlanksForNoNumber) {
+  Variant info(L"as it came");
+  const Trace trace;
+  EXPECT_EQ(function_.Call(L"UpdateBomNumber", database_.Dsn(), 52, L"   ", Variant::Reference(info)),
+            Variant(1));
+  EXPECT_EQ(trace.Details(L"Execute"),
+            (Texts{L"select * from icbom where  FBOMNumber=''",
+                   L"update icbom set FEnterTime=Convert(Varchar(10),Getdate(),120), FBOMNumber='' where "
+                   L"FInterID=52"}));
+  EXPECT_EQ(info, Variant(L"as it came"));
+  EXPECT_EQ(Numbers()[1], L"52||2026-03-05");
+}
+
 TEST_F(CBomFunctionTest, UpdateBomNumberWarnsOfTheBomsOwnNumberToo) {
   Variant info(L"as it came");
   EXPECT_EQ(
