@@ -150,7 +150,7 @@ class PlayedRecordset {
   void MoveFirst() { rows_->position = 0; }
   void MoveNext() { ++rows_->position; }
   com::Object Fields() const { return com::ToObject(com::Make<PlayedFields>(rows_)); }
-  com::Object NextRecordset() const { return {}; }
+  com::Object NextRecordset(const com::Variant& /*affected*/) const { return {}; }
 
  private:
   void Show(PlayedRows rows) {
@@ -271,27 +271,28 @@ template <>
 inline const DispatchTable& TableOf<mbom::test::PlayedRecordset>() {
   using mbom::test::PlayedRecordset;
   static const DispatchTable table(
-      IID_NULL, {
-                    PropertyPut<&PlayedRecordset::PutActiveConnection>(1, L"ActiveConnection", {L"value"}),
-                    PropertyPut<&PlayedRecordset::PutCursorLocation>(2, L"CursorLocation", {L"value"}),
-                    PropertyPut<&PlayedRecordset::PutCursorType>(3, L"CursorType", {L"value"}),
-                    PropertyPut<&PlayedRecordset::PutLockType>(4, L"LockType", {L"value"}),
-                    Method<&PlayedRecordset::Open>(5, L"Open",
-                                                   {{L"source", Variant::Missing()},
-                                                    {L"connection", Variant::Missing()},
-                                                    {L"cursorType", -1},
-                                                    {L"lockType", -1},
-                                                    {L"options", -1}}),
-                    Method<&PlayedRecordset::Close>(6, L"Close"),
-                    PropertyGet<&PlayedRecordset::State>(7, L"State"),
-                    PropertyGet<&PlayedRecordset::Eof>(8, L"EOF"),
-                    PropertyGet<&PlayedRecordset::Bof>(9, L"BOF"),
-                    PropertyGet<&PlayedRecordset::RecordCount>(10, L"RecordCount"),
-                    Method<&PlayedRecordset::MoveFirst>(11, L"MoveFirst"),
-                    Method<&PlayedRecordset::MoveNext>(12, L"MoveNext"),
-                    PropertyGet<&PlayedRecordset::Fields>(13, L"Fields"),
-                    Method<&PlayedRecordset::NextRecordset>(14, L"NextRecordset"),
-                });
+      IID_NULL,
+      {
+          PropertyPut<&PlayedRecordset::PutActiveConnection>(1, L"ActiveConnection", {L"value"}),
+          PropertyPut<&PlayedRecordset::PutCursorLocation>(2, L"CursorLocation", {L"value"}),
+          PropertyPut<&PlayedRecordset::PutCursorType>(3, L"CursorType", {L"value"}),
+          PropertyPut<&PlayedRecordset::PutLockType>(4, L"LockType", {L"value"}),
+          Method<&PlayedRecordset::Open>(5, L"Open",
+                                         {{L"source", Variant::Missing()},
+                                          {L"connection", Variant::Missing()},
+                                          {L"cursorType", -1},
+                                          {L"lockType", -1},
+                                          {L"options", -1}}),
+          Method<&PlayedRecordset::Close>(6, L"Close"),
+          PropertyGet<&PlayedRecordset::State>(7, L"State"),
+          PropertyGet<&PlayedRecordset::Eof>(8, L"EOF"),
+          PropertyGet<&PlayedRecordset::Bof>(9, L"BOF"),
+          PropertyGet<&PlayedRecordset::RecordCount>(10, L"RecordCount"),
+          Method<&PlayedRecordset::MoveFirst>(11, L"MoveFirst"),
+          Method<&PlayedRecordset::MoveNext>(12, L"MoveNext"),
+          PropertyGet<&PlayedRecordset::Fields>(13, L"Fields"),
+          Method<&PlayedRecordset::NextRecordset>(14, L"NextRecordset", {{L"affected", Variant::Missing()}}),
+      });
   return table;
 }
 template <>
