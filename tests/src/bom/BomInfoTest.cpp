@@ -274,6 +274,37 @@ constexpr const wchar_t* kLookups[] = {L"GetBomInfoByItemNumber",
                                        L"GetChildBomInfoByBomNo",
                                        L"GetChildBomInfoByItemID"};
 
+TEST_F(BomInfoTest, EveryLookupHasItsOwnColumns) {
+  const Texts bom{L"FUseStatus", L"FItemNumber", L"FUnitID",    L"FBomNumber", L"FInterID",
+                  L"FAuxQty",    L"FFee",        L"FAuxPropID", L"FItemID",    L"FName",
+                  L"FNumber",    L"FModel",      L"FUnitName",  L"AuxName",    L"FNote"};
+  const Texts lines{L"FUnitID",      L"FAuxPropID", L"FinterID",  L"FUnitGroupID", L"FMeasureUnitID",
+                    L"FCoefficient", L"FAuxQty",    L"FScrap",    L"FItemID",      L"FNumber",
+                    L"FName",        L"FModel",     L"FUnitName", L"AuxName",      L"FNote"};
+  const std::pair<const wchar_t*, Texts> lookups[] = {
+      {L"GetBomInfoByItemNumber", bom},
+      {L"GetBomInfoByBomNumber", bom},
+      {L"GetBomInfoByItemNumber1", {L"FName", L"FModel", L"FUnitName"}},
+      {L"SelectBomInfoByItemNumber",
+       {L"FUnitID", L"FUnitGroupID", L"FMeasureUnitID", L"FCoefficient", L"FInterID", L"FAuxQty", L"FFee",
+        L"FItemID", L"FName", L"FNumber", L"FModel", L"FUnitName", L"AuxName", L"FNote"}},
+      {L"GetBomInfoLikeInfo", {L"FName", L"FNumber", L"FHelpCode"}},
+      {L"GetBomInfoByItemID",
+       {L"FUnitID", L"FInterID", L"FQty", L"FFee", L"FItemID", L"FName", L"FNumber", L"FModel",
+        L"FUnitName"}},
+      {L"GetBomList", {L"FUseStatus", L"FInterID", L"FBOMNumber", L"FNumber"}},
+      {L"GetAllBomList", {L"FUseStatus", L"FInterID", L"FBOMNumber", L"FNumber", L"FName"}},
+      {L"GetChildBomInfoByBomNo", lines},
+      {L"GetChildBomInfoByItemID", lines},
+  };
+  ASSERT_EQ(std::size(lookups), std::size(kLookups));
+  for (const auto& [lookup, columns] : lookups) {
+    const Object rows = Read(lookup, L"501");
+    ASSERT_TRUE(rows) << com::ToUtf8(lookup);
+    EXPECT_EQ(ColumnsOf(rows), columns) << com::ToUtf8(lookup);
+  }
+}
+
 TEST_F(BomInfoTest, ALookupThatFailsGivesNoObject) {
   for (const wchar_t* lookup : kLookups) {
     const Trace trace;

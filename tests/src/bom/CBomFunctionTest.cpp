@@ -113,6 +113,18 @@ TEST_F(CBomFunctionTest, GetMaxNumBeginsTheCounterOfATableThatHasNone) {
             (Texts{L"ICBOM|60", L"PPOrder|2"}));
 }
 
+TEST_F(CBomFunctionTest, GetMaxNumFollowsTheDescriptorOfTheCallBefore) {
+  const TestDatabase other;
+  other.Execute(L"INSERT INTO ICMaxNum (FTableName, FMaxNum) VALUES ('ICBOM', 900)");
+  const Object function = Unhosted(L"CBomFunction");
+  function.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function.Call(L"GetMaxNum", L"ICBOM"), Variant(61));
+  function.Call(L"UpdateBomGroupName", other.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function.Call(L"GetMaxNum", L"ICBOM"), Variant(901));
+  function.Call(L"UpdateBomGroupName", database_.Dsn(), 3, L"Bikes");
+  EXPECT_EQ(function.Call(L"GetMaxNum", L"ICBOM"), Variant(62));
+}
+
 // ---- GetBomCodeNum
 
 TEST_F(CBomFunctionTest, GetBomCodeNumPassesOverUsedNumbersAndCountsByOne) {
@@ -220,6 +232,42 @@ TEST_F(CBomFunctionTest, UpdateBomNumberKeepsTheTextOfItsFailureToItself) {
   EXPECT_EQ(function_.Call(L"UpdateBomNumber", database_.Dsn(), 52, L"P'7", Variant::Reference(info)),
             Variant(0));
   EXPECT_EQ(info, Variant(L"as it came"));
+  EXPECT_EQ(Numbers(), kNumbers);
+}
+
+TEST_F(CBomFunctionTest, UpdateBomNumberTakesBlanksForNoNumber) {
+  Variant info(L"as it came");
+  const Trace trace;
+  EXPECT_EQ(function_.Call(L"UpdateBomNumber", database_.Dsn(), 52, L"   ", Variant::Reference(info)),
+            Variant(1));
+  EXPECT_EQ(trace.Details(L"Execute"),
+            (Texts{L"select * from icbom where  FBOMNumber=''",
+                   L"update icbom set FEnterTime=Convert(Varchar(10),Getdate(),120), FBOMNumber='' where "
+                   L"FInterID=52"}));
+  EXPECT_EQ(info, Variant(L"as it came"));
+  EXPECT_EQ(Numbers()[1], L"52||2026-03-05");
+}
+
+TEST_F(CBomFunctionTest, UpdateBomNumberWarnsOfTheBomsOwnNumberToo) {
+  Variant info(L"as it came");
+  EXPECT_EQ(
+      function_.Call(L"UpdateBomNumber", database_.Dsn(L"Language=chs"), 52, L"P6", Variant::Reference(info)),
+      Variant(1));
+  EXPECT_EQ(info, Variant(L"已经有此BOM编码，请重新输入"));
+  EXPECT_EQ(Numbers()[1], L"52|P6|2026-03-05"); // written all the same
+}
+
+TEST_F(CBomFunctionTest, UpdateBomNumberKeepsItsWarningWhenTheUpdateFails) {
+  Variant info(L"as it came");
+  const Trace trace;
+  const Fault fault(L"Execute", 2);
+  const Variant result =
+      function_.Call(L"UpdateBomNumber", database_.Dsn(L"Language=chs"), 52, L"P5", Variant::Reference(info));
+  // Neither done nor, as the connection was bound, -1.
+  EXPECT_NE(result, Variant(1));
+  EXPECT_NE(result, Variant(-1));
+  EXPECT_EQ(info, Variant(L"已经有此BOM编码，请重新输入"));
+  EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
   EXPECT_EQ(Numbers(), kNumbers);
 }
 
@@ -460,6 +508,37 @@ TEST_F(CBomFunctionTest, UpdateBomRoutingOfNothingSucceedsAndOfNoVectorFails) {
   EXPECT_EQ(trace.Votes(), kAbortedTwice);
   EXPECT_EQ(trace.Details(L"LoadString"), Texts(2, L"更新工艺路线过程中计算出错"));
   EXPECT_EQ(trace.Details(L"Execute"), Texts{});
+}
+
+TEST_F(CBomFunctionTest, UpdateBomRoutingKeepsEarlierItemsWithoutAHostWhenALaterOneFails) {
+  const Object items = MakeVector({Finding(1, 51, 503), Finding(1, 53, 504), Finding(1, 52, 503)});
+  {
+    const Trace trace;
+    const Fault fault(L"Execute", 2);
+    EXPECT_EQ(Unhosted(L"CBomFunction").Call(L"UpdateBomRouting", database_.Dsn(), items), Variant(false));
+    EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
+  }
+  // The first was repaired, the second failed, the third was not begun.
+  EXPECT_EQ(Operations(), (Texts{L"51|1|71", L"51|3|0", L"51|4|0", L"52|1|72", L"53|1|71", L"53|2|0"}));
+}
+
+TEST_F(CBomFunctionTest, UpdateBomRoutingTakesForAHeaderWhatEqualsZero) {
+  const auto isHeader = [this](const Variant& type) {
+    database_.Execute(L"UPDATE ICBOM SET FRoutingID = 9 WHERE FInterID = 52");
+    const Object item = Finding(0, 52, 503);
+    if (type.IsMissing())
+      item.Call(L"Remove", L"FBomType");
+    else
+      item.Put(L"Value", L"FBomType", type);
+    EXPECT_EQ(function_.Call(L"UpdateBomRouting", database_.Dsn(), MakeVector({item})), Variant(true));
+    return database_.Value(L"SELECT FRoutingID FROM ICBOM WHERE FInterID = 52") == L"0";
+  };
+  EXPECT_TRUE(isHeader(Variant(0)));
+  EXPECT_TRUE(isHeader(Variant(L"0")));
+  EXPECT_TRUE(isHeader(Variant(L" 0.0 ")));
+  EXPECT_TRUE(isHeader(Variant::Missing())); // there is no such key: Empty equals 0
+  EXPECT_FALSE(isHeader(Variant(L"1")));
+  EXPECT_FALSE(isHeader(Variant::Null())); // Null equals nothing
 }
 
 // ---- UpdateBomGroup, UpdateBomGroupName

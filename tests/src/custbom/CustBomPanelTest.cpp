@@ -283,6 +283,18 @@ TEST_F(CustBomPanelTest, TheHeadersComeInTheCallersLanguage) {
       Texts{L"2|B2|2.0|n2|Frame|05.002|未審核|0|未使用|1073|100|1|1|3|0|0|0|502|M2|piece|9|Made|NULL|NULL"});
 }
 
+TEST_F(CustBomPanelTest, AnEmptyFilterListsAll) {
+  // All eight BOMs, whichever is selected.
+  for (const wchar_t* bomType : {L"-1", L"1", L"3"})
+    EXPECT_EQ(RowsOf(custBom_.Call(L"GetRightTopDataM", Dsn(), L"5", bomType, L"", L"FInterID=5").AsObject())
+                  .size(),
+              8U);
+  EXPECT_EQ(RowsOf(custBom_.Call(L"GetRightTopDataM", Dsn(), L"5", L"3", L"x").AsObject()).size(), 1U);
+  // All lines of ordinary BOMs, or of customer BOMs.
+  EXPECT_EQ(RowsOf(custBom_.Call(L"GetRightBottomDataM", Dsn(), L"1").AsObject()).size(), 2U);
+  EXPECT_EQ(RowsOf(custBom_.Call(L"GetRightBottomDataM", Dsn(), L"3").AsObject()).size(), 6U);
+}
+
 // ---- lines
 
 TEST_F(CustBomPanelTest, TheLinesAreOfCustomerBomsForTheTypeThree) {

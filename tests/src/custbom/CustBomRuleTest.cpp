@@ -165,6 +165,18 @@ TEST_F(CustBomRuleTest, QuotesInAnItemIdAreDoubled) {
             L"Conversion failed when converting the varchar value '1' or ''='' to data type int.");
 }
 
+TEST_F(CustBomRuleTest, AQuoteFindsItsItemWhereIdsAreTexts) {
+  database_.Execute(L"DROP TABLE t_ICItem");
+  database_.Execute(L"CREATE TABLE t_ICItem (FItemID varchar(20) NOT NULL, FParentID int NOT NULL)");
+  database_.Execute(L"INSERT INTO t_ICItem (FItemID, FParentID) VALUES ('7''A', 11), ('7', 11), ('''', 0)");
+  const auto find = [this](const wchar_t* item) {
+    return RowsOf(rule_.Call(L"GetICItemParent", Dsn(), item).AsObject());
+  };
+  EXPECT_EQ(find(L"7'A"), Texts{L"7'A|11|Bikes"});
+  EXPECT_EQ(find(L"'"), Texts{L"'|NULL|NULL"});
+  EXPECT_EQ(find(L"7' or '1'='1"), Texts{});
+}
+
 // ---- GetRecordSet
 
 TEST_F(CustBomRuleTest, BothClassesRunAnyQuery) {

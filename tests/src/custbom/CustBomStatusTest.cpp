@@ -296,6 +296,60 @@ TEST_F(CustBomStatusTest, UndoAsksForDocumentsFirst) {
                                    {L"GetConnection", L"Execute\t" + UndoStatement(L"9"), L"VoteComplete"}}));
 }
 
+TEST_F(CustBomStatusTest, TheWalkTakesEveryRowOfALevel) {
+  // 20 is used by 7 and 12, which are not audited. 7 is used by 12, 12 by 15, which is audited.
+  database_.Execute(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FCustBOMCode) VALUES "
+                    L"(7, 1, 501, 20), (12, 9, 501, 20)");
+  const auto levelsOf = [](const Answer& answer) {
+    Texts levels;
+    for (const std::wstring& event : answer.events)
+      if (event.starts_with(L"Open\tSELECT ICBOM.FInterID")) levels.push_back(event.substr(5));
+    return levels;
+  };
+  const Answer blocked = Audit(L"20", true);
+  EXPECT_EQ(blocked.result, Variant(false));
+  EXPECT_EQ(blocked.message, L"该客户BOM已被客户BOM[KH15]引用且其上层已审核，不可反审核!");
+  const Texts levels = levelsOf(blocked);
+  ASSERT_EQ(levels.size(), 2U);
+  EXPECT_EQ(levels[0], UpperQuery(L"20"));
+  EXPECT_TRUE(levels[1] == UpperQuery(L"7,12") || levels[1] == UpperQuery(L"12,7")) << com::ToUtf8(levels[1]);
+
+  // 9 is audited, but in the list: it is passed over, and the other rows of its level are not.
+  database_.Execute(L"DELETE FROM ICCustBOMChild WHERE FInterID IN (12, 15)");
+  database_.Execute(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FCustBOMCode) VALUES "
+                    L"(9, 2, 501, 20)");
+  const Answer free = Audit(L"20,9", true);
+  EXPECT_EQ(free.result, Variant(true));
+  EXPECT_EQ(levelsOf(free), (Texts{UpperQuery(L"20,9"), UpperQuery(L"7")}));
+
+  // One that blocks is enough, whatever stands beside it.
+  database_.Execute(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FCustBOMCode) VALUES "
+                    L"(15, 1, 501, 20)");
+  const Answer beside = Audit(L"20,9", true);
+  EXPECT_EQ(beside.result, Variant(false));
+  EXPECT_EQ(beside.message, L"该客户BOM已被客户BOM[KH15]引用且其上层已审核，不可反审核!");
+  EXPECT_EQ(levelsOf(beside).size(), 1U);
+}
+
+TEST_F(CustBomStatusTest, UndoIsRefusedWhenItCannotBeCheckedWhatUsesThem) {
+  database_.Execute(L"DELETE FROM ICCustBOMChild WHERE FInterID IN (12, 15)");
+  const Texts before = States(L"9");
+  for (const OutsideCall& call : {OutsideCall{L"Open", 1}, OutsideCall{L"Open", 2},
+                                  OutsideCall{L"BindDsn", 2}, OutsideCall{L"GetConnection", 3}}) {
+    const Fault fault(call.kind, call.nth);
+    const Answer answer = Audit(L"9", false, L"20");
+    EXPECT_EQ(answer.result, Variant(false));
+    EXPECT_EQ(answer.message, L"before");
+    EXPECT_EQ(answer.votes.back(), L"VoteAbort");
+    // Neither walked nor written.
+    for (const std::wstring& event : answer.events) {
+      EXPECT_FALSE(event.starts_with(L"Open\tSELECT ICBOM")) << com::ToUtf8(event);
+      EXPECT_FALSE(event.starts_with(L"Execute\tUPDATE")) << com::ToUtf8(event);
+    }
+  }
+  EXPECT_EQ(States(L"9"), before);
+}
+
 TEST_F(CustBomStatusTest, UndoIsRefusedWhenAnOrderUsesIt) {
   Order(9);
   const Texts before = States(L"9");

@@ -298,6 +298,24 @@ TEST_F(CEcnInfoTest, WithTheSwitchOnOnlyCommonDaysAreRefused) {
   EXPECT_FALSE(EndSave().result);
 }
 
+TEST_F(CEcnInfoTest, ADuplicateThatDoesNotOverlapMayStillBeRefusedByALaterCheck) {
+  MakeDuplicate(); // line 1 of the BOM is valid from 2026-03-01 to 2026-12-31
+  SetEcnRight(L"'1'");
+  SetValidity(L"2027-01-01", L"2100-01-01");
+  // A feature BOM whose line 1, the only untouched one, has 60; the added and the altered line have 20
+  // and 10.
+  database.Execute(L"UPDATE ICBOM SET FBomType = 2 WHERE FInterID = 10");
+  database.Execute(L"UPDATE ICBOMChild SET FPercent = 60 WHERE FInterID = 10 AND FEntryID = 1");
+  database.Execute(L"UPDATE IcEcnEntry SET FPercent = 20 WHERE FEntryID = 1");
+  database.Execute(L"UPDATE IcEcnEntry SET FPercent = 10 WHERE FEntryID = 2");
+  const Saved saved = EndSave();
+  EXPECT_FALSE(saved.result);
+  EXPECT_EQ(saved.retCode, Variant(static_cast<int16_t>(99)));
+  EXPECT_EQ(saved.message, L"规划类、特征类物料的BOM子项计划百分比之和必须等于100%, 当前值为:90");
+  database.Execute(L"UPDATE IcEcnEntry SET FPercent = 30 WHERE FEntryID = 1");
+  ExpectAccepted();
+}
+
 TEST_F(CEcnInfoTest, ASwitchThatIsNoBooleanIsAFailure) {
   MakeDuplicate();
   SetEcnRight(L"'maybe'");
@@ -553,6 +571,27 @@ INSTANTIATE_TEST_SUITE_P(
                      testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
                                      OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
                                      OutsideCall{L"Execute", 1}, OutsideCall{L"VoteComplete", 1})));
+
+class CheckEcnFailure : public CEcnInfoTest, public testing::WithParamInterface<OutsideCall> {};
+
+TEST_P(CheckEcnFailure, RisesWithTheUnitAborted) {
+  const Object ecn = Hosted(L"CEcnInfo");
+  {
+    const Trace trace;
+    const Fault fault(GetParam().kind, GetParam().nth);
+    const Raised raised = RaisedBy([&] { ecn.Call(L"CheckECN", database.Dsn(), 77); });
+    EXPECT_EQ(raised.code, Fault::kCode);
+    EXPECT_EQ(raised.description, Fault::kText);
+    EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
+    EXPECT_EQ(trace.Details(L"Execute"), Texts{}); // it asks the database nothing
+  }
+  EXPECT_EQ(ecn.Call(L"CheckECN", database.Dsn(), 77), Variant(0));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CheckEcnFailure,
+                         testing::Values(OutsideCall{L"GetDataContext", 1}, OutsideCall{L"BindDsn", 1},
+                                         OutsideCall{L"GetCallerInfo", 1}, OutsideCall{L"GetConnection", 1},
+                                         OutsideCall{L"VoteComplete", 1}));
 
 // ---- CheckBomUsed
 

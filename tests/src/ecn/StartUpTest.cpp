@@ -157,6 +157,92 @@ TEST_F(StartUpTest, EveryStepBeginsWithAChineseComment) {
   EXPECT_EQ(steps, 12u);
 }
 
+// The lines of the batch behind the temporary tables, without its comments. A list of columns that is broken
+// behind FPercent is put together: where it is broken is free.
+Texts StatementLines(const std::wstring& batch) {
+  Texts lines;
+  bool tables = true;
+  for (const std::wstring& line : LinesOf(batch)) {
+    if (IsComment(line)) continue;
+    if (tables) {
+      tables = !line.empty(); // the tables end with the first empty line
+      continue;
+    }
+    if (!lines.empty() && lines.back().ends_with(L"FMarshalType, FPercent,") && line.starts_with(L"   FOff"))
+      lines.back() += line.substr(2);
+    else
+      lines.push_back(line);
+  }
+  while (!lines.empty() && lines.back().empty()) lines.pop_back();
+  return lines;
+}
+
+TEST_F(StartUpTest, EveryStatementIsExactToTheBlank) {
+  const Object ecn = Hosted(L"CEcnInfo");
+  const Trace trace;
+  StartUp(ecn);
+  const std::wstring batch = trace.Details(L"Execute").at(0);
+  EXPECT_NE(batch.find(L"\r\nSet NoCount On \r\n"), std::wstring::npos);
+
+  const std::wstring tail = L"FItemID, FAuxQty, FQty, FScrap, FOperId, FMachinepos, FNote, FMaterielType, "
+                            L"FMarshalType, FPercent, FOffSetDay, FBackFlush, FStockID, FSPID, FSupply, "
+                            L"FUnitID";
+  const std::wstring all = L"FBrNO, FEntryId, FInterID, " + tail;
+  const std::wstring unnumbered = L"FBrNO, " + tail;
+  const Texts expected{
+      L"insert into #Temp (" + all + L")",
+      L"select " + all,
+      L"from icbomchild where finterid=10",
+      L"",
+      L"delete from #Temp where FEntryID in (",
+      L"   select FChildID from IcEcnEntry where FInterId = 77 and  FChangeType in (11022,11023))",
+      L"",
+      L"insert into #Temp (" + all + L")",
+      L"select t1.FBrNO, t1.FChildID, t2.FBomInterID, t1.FItemID, t1.FAuxQty, t1.FQty, t1.FScrap, "
+      L"t1.FOperId, t1.FMachinepos, t1.FNote, t1.FMaterielType, t1.FMarshalType, t1.FPercent,",
+      L"   t1.FOffSetDay , t1.FBackFlush, t1.FStockID, t1.FSPID, t1.FSupply, t1.FUnitID ",
+      L"from IcEcn t2 Left Join IcEcnEntry t1 on t2.FInterID=t1.FInterID where t2.FInterid=77 and "
+      L"t1.FChangeType <> 11023",
+      L"",
+      L"insert into #ICBomChild (" + unnumbered + L")",
+      L"select " + unnumbered,
+      L"from #Temp order by FEntryId",
+      L"drop table #Temp ",
+      L"",
+      L"DECLARE @InterID INT",
+      L"SELECT @InterID = Max(FMaxNum) + 1 FROM IcMaxNum WHERE FTableName = 'ICBOM' ",
+      L"update #ICBomChild set FInterID = @InterID",
+      L"UPDATE IcMaxNum Set FMaxNum = @InterId Where FTableName = 'IcBom' ",
+      L"",
+      L"update t1 set FUseStatus=1073 from icbom t1 left join icbom t2 on t1.fitemid = t2.fitemid where "
+      L"t2.finterid=10",
+      L"",
+      L"insert into IcBom (FBrNO, FInterID, FBOMNumber,FStatus, "
+      L"FUseStatus,FVersion,FParentID,FItemID,FQty,FYield,FEnterTime,FTranType,FRoutingID,FBomType,",
+      L"   FCustID,FCustItemID,FAccessories,FNote,FUnitID,FAUXQTY)",
+      L"select FBrNO,@InterId,'',1,1072,FVersion,FParentID,FItemID,FQty,FYield,"
+      L"Convert(Varchar(10),Getdate(),120),FTranType,FRoutingID,FBomType,",
+      L"   FCustID , FCustItemID, FAccessories, FNote, FUnitID, FAUXQTY",
+      L"From IcBom Where FInterID = 10",
+      L"",
+      L"update t1 set FStatus = 2, FCBomInterID = @InterId, FStarUperID = 16395, FStarUpDate = "
+      L"Convert(Varchar(10),Getdate(),120) from IcEcn t1 where t1.FInterID=77",
+      L"",
+      L"update t1 set t1.FBomNumber=t2.FCBomNumber, t1.FEcnInterId = 77 from ICBom t1, IcEcn t2 where "
+      L"t1.FInterID = t2.FCBomInterID and t1.FInterID=@InterID",
+      L"",
+      L"update t1 set FCheckID=16395, FCheckDate = Convert(Varchar(10),Getdate(),120), "
+      L"FOperatorID=16395,FCheckerID=16395, FAudDate=Convert(Varchar(10),Getdate(),120)",
+      L"from IcBom t1 where FInterId = @InterID",
+      L"",
+      L"insert into IcBomChild (" + all + L")",
+      L"select " + all,
+      L"from #IcBomChild",
+      L"drop table #ICBomChild",
+  };
+  EXPECT_EQ(StatementLines(batch), expected);
+}
+
 // ---- what it does
 
 TEST_F(StartUpTest, TheNewVersionHasTheChangedLinesNumberedFromOne) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "com/RefCounted.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
 #include "tests/support/Printing.h"
@@ -58,8 +59,65 @@ class PlayedLog {
   static void Fail() { throw ComError(E_FAIL, L"VexoLogMsg", L"the log is full"); }
 };
 
+// A call as it comes over IDispatch: the member, and its arguments' types in their order.
+struct BareCall {
+  DISPID id;
+  std::vector<VARTYPE> types;
+  bool operator==(const BareCall&) const = default;
+};
+std::vector<BareCall> g_bareCalls;
+
+// The component without anything between it and its caller: it sees an argument's type as it was passed.
+class BareLog final : public com::RefCounted<IDispatch> {
+ public:
+  static constexpr DISPID kIsEnabled = 1;
+  static constexpr DISPID kLogStart = 2;
+  static constexpr DISPID kLogEnd = 3;
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+    if (iid != IID_IUnknown && iid != IID_IDispatch) {
+      *object = nullptr;
+      return E_NOINTERFACE;
+    }
+    AddRef();
+    *object = static_cast<IDispatch*>(this);
+    return S_OK;
+  }
+  STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+    *count = 0;
+    return S_OK;
+  }
+  STDMETHODIMP GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** /*info*/) override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP GetIDsOfNames(REFIID /*iid*/, LPOLESTR* names, UINT /*count*/, LCID /*locale*/,
+                             DISPID* ids) override {
+    const std::wstring name = names[0];
+    *ids = name == L"IsEnabled"  ? kIsEnabled
+           : name == L"LogStart" ? kLogStart
+           : name == L"LogEnd"   ? kLogEnd
+                                 : DISPID_UNKNOWN;
+    return *ids == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
+  }
+  STDMETHODIMP Invoke(DISPID id, REFIID /*iid*/, LCID /*locale*/, WORD /*flags*/, DISPPARAMS* params,
+                      VARIANT* result, EXCEPINFO* /*info*/, UINT* /*badArgument*/) override {
+    if (id != kIsEnabled) {
+      BareCall call{id, {}};
+      for (UINT i = params->cArgs; i > 0; --i) call.types.push_back(params->rgvarg[i - 1].vt);
+      g_bareCalls.push_back(call);
+    }
+    if (result) *result = (id == kIsEnabled ? Variant(true) : Variant(41)).Detach();
+    return S_OK;
+  }
+};
+
 } // namespace
 } // namespace mbom::test
+
+template <>
+com::Ptr<IDispatch> com::CreateDispatchObject<mbom::test::BareLog>(REFCLSID /*classId*/) {
+  return Ptr<IDispatch>(new mbom::test::BareLog);
+}
 
 template <>
 const com::DispatchTable& com::TableOf<mbom::test::PlayedLog>() {
@@ -206,6 +264,18 @@ TEST(ProcedureLog, ClosesALoggedProcedureHoweverItIsLeft) {
     EXPECT_EQ(raised.description, L"on its way");
     EXPECT_EQ(g_play.calls.back(), L"LogEnd 41 0");
   });
+}
+
+TEST(ProcedureLog, PassesItsArgumentsByReference) {
+  g_bareCalls.clear();
+  InApartment([] {
+    const Replacement<BareLog> log(L"VexoLogMsg.Log");
+    EXPECT_EQ(LogStart(L"a.b.c"), 41);
+    LogEnd(41, 7);
+  });
+  ASSERT_EQ(g_bareCalls.size(), 2U);
+  EXPECT_EQ(g_bareCalls[0], (BareCall{BareLog::kLogStart, {VT_BSTR | VT_BYREF}}));
+  EXPECT_EQ(g_bareCalls[1], (BareCall{BareLog::kLogEnd, {VT_I4 | VT_BYREF, VT_I4 | VT_BYREF}}));
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "com/ValueText.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
+#include "tests/support/Collections.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -281,6 +282,78 @@ TEST_F(ImportTest, AnOrderWithoutLinesIsWrittenTwice) {
   EXPECT_EQ(executed[2], kOrderInsert);
   EXPECT_EQ(executed[3], kOrderInsert);
   EXPECT_EQ(Orders(), (Texts{L"1|P1", L"2|P2", L"8|", L"8|"}));
+}
+
+// ---- the counter, and what an import leaves alone
+
+TEST_F(ImportTest, WithoutACounterEveryBomAndEveryOrderIsTheFirst) {
+  database_.Execute(L"DELETE FROM ICMaxNum WHERE FTableName IN ('ICBOM', 'PPOrder')");
+  database_.Execute(L"DELETE FROM PPOrder");
+  for (const wchar_t* number : {L"N1", L"N2"}) {
+    bomImport_.Call(L"UpdateBOM", database_.Dsn(), Bom(number, MakeVector({BomLine(502, 1)})));
+    orderImport_.Call(L"UpdatePPOrder", database_.Dsn(), Order(number, MakeVector({OrderLine(501)})));
+  }
+  EXPECT_EQ(database_.Rows(L"SELECT FInterID FROM ICBOM WHERE FBOMNumber IN ('N1', 'N2')"),
+            (Texts{L"1", L"1"}));
+  EXPECT_EQ(database_.Rows(L"SELECT FInterID FROM PPOrder"), (Texts{L"1", L"1"}));
+  // No counter was made.
+  EXPECT_EQ(database_.Rows(L"SELECT FTableName FROM ICMaxNum"), Texts{L"ICBOMGroup"});
+}
+
+TEST_F(ImportTest, ACounterThatIsNullRises) {
+  database_.Execute(L"DROP TABLE ICMaxNum");
+  database_.Execute(L"CREATE TABLE ICMaxNum (FTableName varchar(50) NOT NULL, FMaxNum int NULL)");
+  database_.Execute(L"INSERT INTO ICMaxNum (FTableName, FMaxNum) VALUES ('ICBOMGroup', NULL), "
+                    L"('ICBOM', NULL), ('PPOrder', NULL)");
+  const std::vector<Texts> before = Everything();
+  const auto rises = [this](const Object& import, const wchar_t* method, const Object& record) {
+    const Trace trace;
+    const Raised raised = RaisedBy([&] { import.Call(method, database_.Dsn(), record); });
+    EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteComplete"})); // the last vote is missing
+    return FAILED(raised.code);
+  };
+  EXPECT_TRUE(rises(bomImport_, L"UpdateBomGroup", Group(L"G2", L"x", 0)));
+  EXPECT_TRUE(rises(bomImport_, L"UpdateBOM", Bom(L"B51", MakeVector({BomLine(502, 1)}))));
+  EXPECT_TRUE(rises(orderImport_, L"UpdatePPOrder", Order(L"P1", MakeVector({OrderLine(501)}))));
+  EXPECT_EQ(Everything(), before);
+}
+
+TEST_F(ImportTest, WhatStoodUnderAReplacedGroupKeepsPointingAtItsOldIdentifier) {
+  database_.Execute(L"INSERT INTO ICBOMGroup (FInterID, FNumber, FName, FParentID, FBootID) VALUES "
+                    L"(4, 'G4', 'Child', 2, 1)");
+  database_.Execute(L"UPDATE ICBOM SET FParentID = 2 WHERE FInterID = 51");
+  bomImport_.Call(L"UpdateBomGroup", database_.Dsn(), Group(L"G2", L"Wheels", 1));
+  EXPECT_EQ(Groups(), (Texts{L"1|G1|Bikes|0", L"4|G4|Child|2", L"42|G2|Wheels|1"}));
+  EXPECT_EQ(database_.Value(L"SELECT FParentID FROM ICBOM WHERE FInterID = 51"), L"2");
+}
+
+TEST_F(ImportTest, TheRecordThatCameByReferenceIsLeftAsItCame) {
+  // The keys with their values as texts, an object's as nothing.
+  const auto contents = [](const Object& dictionary) {
+    Texts all;
+    for (const std::wstring& key : KeysOf(dictionary)) {
+      const Variant value = dictionary.Get(L"Value", key);
+      all.push_back(key + L"=" + (value.IsObject() ? std::wstring() : com::ToText(value)));
+    }
+    return all;
+  };
+  const Object bomLine = BomLine(502, 1);
+  const Object orderLine = OrderLine(501);
+  const std::tuple<const Object&, const wchar_t*, Object> imports[] = {
+      {bomImport_, L"UpdateBomGroup", Group(L"G2", L"x", 0)},
+      {bomImport_, L"UpdateBOM", Bom(L"B51", MakeVector({bomLine}))},
+      {orderImport_, L"UpdatePPOrder", Order(L"P1", MakeVector({orderLine}))},
+  };
+  const Texts before[] = {contents(bomLine), contents(orderLine)};
+  for (const auto& [import, method, record] : imports) {
+    const Texts asItCame = contents(record);
+    Variant argument(record);
+    EXPECT_EQ(import.Call(method, database_.Dsn(), Variant::Reference(argument)), Variant(false));
+    EXPECT_EQ(argument, Variant(record)) << com::ToUtf8(method); // the same object
+    EXPECT_EQ(contents(record), asItCame) << com::ToUtf8(method);
+  }
+  EXPECT_EQ(contents(bomLine), before[0]);
+  EXPECT_EQ(contents(orderLine), before[1]);
 }
 
 // ---- records that make no statement: the error rises, and under the host nothing of the call stays

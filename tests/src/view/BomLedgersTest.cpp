@@ -1,6 +1,8 @@
 // The column titles and the ledgers of BomView: their statements, languages, extension columns and rows.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/src/view/Factory.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
@@ -217,6 +219,12 @@ TEST_F(TitlesTest, SendsTheBrokenConditionOfTheCustomersLines) {
       Texts{Fixed(L"en", L" FROM ICTableFieldInfo WHERE FCtlID='CustBOM' AND FLdgNum=1 Fvisible = 1 AND 1=1 "
                          L"ORDER BY FOrder")});
   EXPECT_EQ(trace.Votes(), Texts{L"VoteAbort"});
+}
+
+TEST_F(TitlesTest, TakesAnEmptyLanguageForTraditionalChinese) {
+  for (const wchar_t* empty : {L"", L"  ", L" ;x=y"})
+    EXPECT_EQ(RowTexts(view_.Call(L"GetBomTitle", Dsn(empty)), {L"FCtlName", L"FCaption"}),
+              (Texts{L"nt|ct1", L"nt|ct2", L"BOM查詢|圖號", L"BOM查詢|部門"}));
 }
 
 // ---- ledgers
@@ -458,6 +466,90 @@ TEST_F(LedgersTest, ColourLinesThatAreNotValidInThePeriod) {
     EXPECT_EQ(colours(begin, end)[0], L"11|1|0|253, 223, 223") << com::ToUtf8(begin);
   EXPECT_EQ(colours(L"2019-01-01", L"2019-12-31")[0], L"11|1|1|253, 223, 223");
   EXPECT_EQ(RaisedBy([&] { colours(L"it's", L""); }).code, static_cast<HRESULT>(0x80040E14));
+}
+
+// The outside calls of a ledger without the query for an extension, whose place among the texts is free: it
+// comes behind the setting and before the ledger's own query.
+Texts WithoutExtension(const Texts& events, const std::wstring& ledger) {
+  const std::wstring extension = std::wstring(L"Execute\t") + kExtensionQuery;
+  const auto at = std::find(events.begin(), events.end(), extension);
+  EXPECT_LT(std::find(events.begin(), events.end(), std::wstring(L"Open\t") + kSettingQuery), at);
+  EXPECT_LT(at, std::find(events.begin(), events.end(), L"Open\t" + ledger));
+  Texts others;
+  for (const std::wstring& event : events)
+    if (event != extension) others.push_back(event);
+  EXPECT_EQ(others.size() + 1, events.size());
+  return others;
+}
+
+const Texts kFlagTexts{L"LoadString\t否", L"LoadString\t是", L"LoadString\t否",
+                       L"LoadString\t是", L"LoadString\t否", L"LoadString\t是"};
+
+// A set-up through the generic connection object, and the setting of the numbers.
+Texts LedgerBegins(const std::wstring& dsn) {
+  return {L"GetDataContext", L"BindDsn\t" + dsn, L"GetCallerInfo", L"GetConnectionObject",
+          std::wstring(L"Open\t") + kSettingQuery};
+}
+
+TEST_F(LedgersTest, TheLinesComeByOneQueryBehindTheSettingAndBeforeTheirValues) {
+  const std::wstring dsn = Dsn(L"en");
+  const Trace trace;
+  view_.Call(L"GetBomEntryLdgInfo", dsn, 0, L"a.FInterID=11", L"a.FEntryID");
+  const std::wstring ledger = EntryLedgerStatement(kEnglish, L"b.FNumber,", kNoColours, false) +
+                              L" WHERE a.FInterID=11 ORDER BY a.FEntryID";
+  Texts expected = LedgerBegins(dsn);
+  expected.insert(expected.end(), kFlagTexts.begin(), kFlagTexts.end());
+  expected.push_back(L"Open\t" + ledger);
+  // The reader of the user-defined values: a new object, and a call of its own on the lines' template.
+  for (const std::wstring& event :
+       AroundSetUp({L"GetDataContext", L"GetCallerInfo"}, dsn,
+                   {std::wstring(L"Open\t") + kEntryFieldsQuery, L"VoteComplete", L"VoteComplete"}))
+    expected.push_back(event);
+  EXPECT_EQ(WithoutExtension(trace.Events(), ledger), expected);
+}
+
+TEST_F(LedgersTest, TheCustomersLinesComeByOneQueryBehindTheSetting) {
+  const std::wstring dsn = Dsn(L"en");
+  const Trace trace;
+  view_.Call(L"GetCustBomEntryLdgInfo", dsn, 0, L"FInterID=15", L"FEntryID");
+  // Neither an extension nor user-defined values.
+  const Texts opened = trace.Details(L"Open");
+  ASSERT_EQ(opened.size(), 2U);
+  EXPECT_TRUE(opened[1].ends_with(L") t1 WHERE FInterID=15 ORDER BY FEntryID"));
+  Texts expected = LedgerBegins(dsn);
+  expected.insert(expected.end(), kFlagTexts.begin(), kFlagTexts.end());
+  expected.insert(expected.end(), {L"Open\t" + opened[1], L"VoteComplete"});
+  EXPECT_EQ(trace.Events(), expected);
+}
+
+TEST_F(LedgersTest, SpeakTraditionalChineseWithoutALanguage) {
+  for (const wchar_t* empty : {L"", L"  "}) {
+    const Trace trace;
+    view_.Call(L"GetBomLdgInfo", Dsn(empty));
+    EXPECT_EQ(trace.Details(L"Open")[1], BomLedgerStatement(kTraditional, L"b.FNumber,", L""));
+    trace.Clear();
+    view_.Call(L"GetBomEntryLdgInfo", Dsn(empty));
+    EXPECT_EQ(trace.Details(L"Open")[1],
+              EntryLedgerStatement(kTraditional, L"b.FNumber,", kNoColours, false));
+  }
+}
+
+TEST_F(LedgersTest, TakeAPeriodWithoutItsKeysForEmptyTexts) {
+  const Trace trace;
+  const Variant rows = view_.Call(L"GetBomEntryLdgInfo", Dsn(L"en"), 0, L"a.FInterID IN (11,13)",
+                                  L"a.FInterID,a.FEntryID", MakeDictionary({}));
+  EXPECT_EQ(
+      trace.Details(L"Open")[1],
+      EntryLedgerStatement(
+          kEnglish, L"b.FNumber,",
+          L"\n CASE a1.FBomType WHEN 0 THEN (CASE WHEN (a.FBeginDay BETWEEN '' AND  '') THEN 0  WHEN "
+          L"(a.FEndDay BETWEEN '' AND  '' ) THEN 0  WHEN ('' >= a.FBeginDay AND '' <= a.FEndDay) THEN 0 "
+          L"ELSE 1 END) \n ELSE 0 END \n AS FAlterBackColor, '253, 223, 223' AS FBackColor, ",
+          false) +
+          L" WHERE a.FInterID IN (11,13) ORDER BY a.FInterID,a.FEntryID");
+  // To the server an empty text is the day 1900-01-01, from which on 11's second line is valid.
+  EXPECT_EQ(RowTexts(rows, {L"FInterID", L"FEntryID", L"FAlterBackColor", L"FBackColor"}),
+            (Texts{L"11|1|1|253, 223, 223", L"11|2|0|253, 223, 223", L"13|1|0|253, 223, 223"}));
 }
 
 TEST_F(LedgersTest, TakeDatesAsThePeriod) {

@@ -492,6 +492,24 @@ TEST_F(SimplifyListTest, ExKeepsConfiguredItemsForTheEcnLookup) {
   EXPECT_EQ(opened[3], statement(L"AND b.FErpClsId <> 5 "));
 }
 
+TEST_F(SimplifyListTest, ExListsGroupsAndCustomerBomsInTheShapeOfTheOthers) {
+  std::vector<const wchar_t*> columns = kTreeColumns;
+  columns.insert(columns.end(), {L"FModel", L"FErpClsName"});
+  const Variant rows =
+      view_.Call(L"GetBomSimplifyListEx", dsn_, L"t1.FInterID IN (11,12,15)", L"", L"FKey", L"ECNLOOKUP");
+  // A customer BOM (type 3) hangs under its configuration BOM; 12 is not audited, but its groups are there,
+  // with the number and the name in their places and the group's id.
+  EXPECT_EQ(RowTexts(rows, columns),
+            (Texts{L"0||ga|BOM|1|2|0|||||0|0|0|0||", L"1|ga|gb1|G1(Bikes)|1|2|G1||G1|Bikes||0|0|1|0||",
+                   L"1|gb1|gb2|G1.1(City)|1|2|G1.1||G1.1|City||0|0|2|0||",
+                   L"1|gb1|gb3|G1.2(Hill)|1|2|G1.2||G1.2|Hill||0|0|3|0||",
+                   L"1|gb2|gc11|B11(Bike)|13|13|501|M1|I.501|Bike|B11|0|501|11|0|M1|Made",
+                   L"1|gc13|gc15|B15(Bike)|17|17|501|M1|I.501|Bike|B15|3|501|15|9|M1|Made"}));
+  const Texts names(columns.begin(), columns.end());
+  for (int32_t row = 1; row <= 6; ++row)
+    EXPECT_EQ(KeysOf(rows.AsObject().Get(L"Item", row).AsObject()), names);
+}
+
 TEST_F(SimplifyListTest, ShowsShortNumbers) {
   UseShortNumbers(L"1");
   EXPECT_EQ(RowTexts(view_.Call(L"GetBomSimplifyList", dsn_, L"t1.FInterID=16"), {L"FNumber"}),
