@@ -1,0 +1,55 @@
+// T-SQL types: families, precedence, the types of arithmetic, and how each type is stored in SQLite.
+//
+// Storage is chosen so that comparisons, ordering and indexes work natively in SQLite:
+//   integers, bit             INTEGER
+//   money, decimal(<= 18)     INTEGER, the value times 10^scale; the scale is in the type, never in the value
+//   decimal(> 18)             BLOB of 16 bytes whose byte order is the numeric order (Decimal.h)
+//   float, real               REAL
+//   character types, guid     TEXT; character columns carry the collation
+//   datetime types            INTEGER, 1/300 s ticks since 1900-01-01 (DateTime.h)
+//   binary types              BLOB
+#pragma once
+
+#include "tsql/tsql.h"
+
+namespace tsql {
+
+enum class Family : uint8_t { Integer, Decimal, Float, Text, DateTime, Binary, Guid };
+
+enum class ArithmeticOp : uint8_t { Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor };
+
+Family FamilyOf(TypeId id);
+inline bool IsText(const Type& type) {
+  return FamilyOf(type.id) == Family::Text;
+}
+bool IsUnicode(TypeId id);
+bool IsFixedLength(TypeId id); // char, nchar, binary: padded
+bool IsMoney(TypeId id);
+bool IsLob(TypeId id); // text, ntext, image
+bool IsNumeric(const Type& type);
+// Stored as a 16-byte blob.
+bool IsWide(const Type& type);
+
+Type MakeType(TypeId id, int32_t length = 0);
+Type MakeDecimal(int precision, int scale);
+// The decimal that holds every value of an integer or money type.
+Type AsDecimal(const Type& type);
+
+int Precedence(TypeId id);
+// The type both sides of a comparison, CASE branches and UNION columns convert to.
+Type CommonType(const Type& left, const Type& right);
+// The result of an operator on numeric operands that are already of one family.
+Type ArithmeticType(ArithmeticOp op, const Type& left, const Type& right);
+
+std::string TypeName(TypeId id); // as messages name it: "varchar", "numeric"
+std::optional<TypeId> FindType(std::string_view name);
+bool TakesLength(TypeId id);
+
+// The bytes that the server stores a value of a type of fixed size in; 16 for what it stores elsewhere.
+int StorageBytes(const Type& type);
+
+// A type as one integer, for the functions registered with SQLite.
+int64_t EncodeType(const Type& type);
+Type DecodeType(int64_t code);
+
+} // namespace tsql
