@@ -1,7 +1,7 @@
 #include "tsql/shell/Output.h"
 
 #include "tsql/values/Collation.h"
-#include "tsql/values/DateTime.h"
+#include "tsql/values/DateText.h"
 #include "tsql/values/Decimal.h"
 #include "tsql/values/Types.h"
 

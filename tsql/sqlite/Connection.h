@@ -1,56 +1,13 @@
-// SQLite's C handles as C++ objects. A failure is thrown as SqliteFailure; the interpreter translates it into
-// the server's error, because only it knows the statement and its table.
+// A connection to an SQLite database.
 #pragma once
 
-#include "tsql/values/Datum.h"
-
-#include <sqlite3.h>
-
-#include <memory>
-#include <stdexcept>
+#include "tsql/sqlite/PreparedStatement.h"
 
 namespace tsql {
 
-struct SqliteFailure : std::runtime_error {
-  SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
-  int code; // extended result code
-};
-
-class PreparedStatement {
- public:
-  PreparedStatement() = default;
-  explicit PreparedStatement(sqlite3_stmt* statement) : statement_(statement) {}
-  explicit operator bool() const { return statement_ != nullptr; }
-
-  void Bind(int index, const Datum& value); // 1-based; the text stays the caller's until Reset
-  bool Step();                              // true on a row
-  void Reset() { sqlite3_reset(statement_.get()); }
-  Datum ColumnDatum(int index) const;
-  int64_t ColumnInteger(int index) const { return sqlite3_column_int64(statement_.get(), index); }
-  std::string_view ColumnText(int index) const;
-  sqlite3_stmt* Handle() const { return statement_.get(); }
-
- private:
-  struct Finalizer {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-  };
-  std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
-};
-
-// Resets a statement at the end of its use, however that comes.
-class StatementUse {
- public:
-  explicit StatementUse(PreparedStatement& statement) : statement_(statement) {}
-  StatementUse(const StatementUse&) = delete;
-  StatementUse& operator=(const StatementUse&) = delete;
-  ~StatementUse() { statement_.Reset(); }
-
- private:
-  PreparedStatement& statement_;
-};
-
 class Connection {
  public:
+  // `uri` is a path or an URI, `flags` are SQLITE_OPEN_ flags.
   Connection(const std::string& uri, int flags);
   sqlite3* Handle() const { return handle_.get(); }
   PreparedStatement Prepare(const std::string& sql) const;
@@ -62,8 +19,5 @@ class Connection {
   };
   std::unique_ptr<sqlite3, Closer> handle_;
 };
-
-std::string QuoteName(std::string_view name);
-std::string QuoteText(std::string_view text);
 
 } // namespace tsql

@@ -1,7 +1,7 @@
 #include "tsql/values/Conversion.h"
 
 #include "tsql/values/Collation.h"
-#include "tsql/values/DateTime.h"
+#include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
 
 #include <algorithm>

@@ -20,6 +20,8 @@ struct CivilTime {
   int millisecond = 0;
 };
 
+int DaysInMonth(int year, int month);
+const char* MonthName(int month);                    // in English, from 1
 int64_t DaysFromCivil(int year, int month, int day); // since 1900-01-01, Gregorian
 int64_t TicksFromCivil(const CivilTime& time);
 CivilTime CivilFromTicks(int64_t ticks);
@@ -28,23 +30,19 @@ int64_t FloorDays(int64_t ticks); // whole days, towards the past
 bool IsInRange(TypeId type, int64_t ticks);
 int64_t RoundMoment(TypeId type, int64_t ticks); // to minutes or days as the type has them
 
-enum class DateParse : uint8_t { Ok, Malformed, OutOfRange };
-DateParse ParseDateTime(std::string_view text, int64_t& ticks);
-// CONVERT's text for the style; nullopt for a style number that does not exist.
-std::optional<std::string> FormatDateTime(int64_t ticks, TypeId type, int style);
-
+// Database files keep the numbers, within the SQL of CHECK constraints.
 enum class DatePart : uint8_t {
-  Year,
-  Quarter,
-  Month,
-  DayOfYear,
-  Day,
-  Week,
-  Weekday,
-  Hour,
-  Minute,
-  Second,
-  Millisecond,
+  Year = 0,
+  Quarter = 1,
+  Month = 2,
+  DayOfYear = 3,
+  Day = 4,
+  Week = 5,
+  Weekday = 6,
+  Hour = 7,
+  Minute = 8,
+  Second = 9,
+  Millisecond = 10,
 };
 std::optional<DatePart> FindDatePart(std::string_view name);
 std::optional<int64_t> DateAdd(DatePart part, int64_t number, int64_t ticks); // nullopt: out of range

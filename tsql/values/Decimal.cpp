@@ -1,30 +1,18 @@
 #include "tsql/values/Decimal.h"
 
+#include "tsql/values/BigNumber.h"
+#include "tsql/values/PowersOfTen.h"
+
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cassert>
 #include <cmath>
 
 namespace tsql {
 namespace {
 
-// An unsigned number of 512 bits, the low limb first: room for 38 digits scaled by 76 more.
-struct Big {
-  static constexpr int kLimbs = 16;
-  std::array<uint32_t, kLimbs> limb{};
-
-  int Length() const {
-    int length = kLimbs;
-    while (length > 0 && limb[static_cast<size_t>(length - 1)] == 0) --length;
-    return length;
-  }
-  uint32_t& operator[](int i) { return limb[static_cast<size_t>(i)]; }
-  uint32_t operator[](int i) const { return limb[static_cast<size_t>(i)]; }
-};
-
-Big FromMagnitude(const Decimal& value) {
-  Big big;
+BigNumber FromMagnitude(const Decimal& value) {
+  BigNumber big;
   big[0] = static_cast<uint32_t>(value.low);
   big[1] = static_cast<uint32_t>(value.low >> 32U);
   big[2] = static_cast<uint32_t>(value.high);
@@ -32,182 +20,19 @@ Big FromMagnitude(const Decimal& value) {
   return big;
 }
 
-void MultiplySmall(Big& big, uint32_t factor) {
-  uint64_t carry = 0;
-  for (uint32_t& limb : big.limb) {
-    carry += uint64_t{limb} * factor;
-    limb = static_cast<uint32_t>(carry);
-    carry >>= 32U;
-  }
-  assert(carry == 0);
-}
-
-void AddSmall(Big& big, uint32_t value) {
-  uint64_t carry = value;
-  for (int i = 0; i < Big::kLimbs && carry != 0; ++i) {
-    carry += big[i];
-    big[i] = static_cast<uint32_t>(carry);
-    carry >>= 32U;
-  }
-}
-
-uint32_t DivideSmall(Big& big, uint32_t divisor) {
-  uint64_t rest = 0;
-  for (int i = big.Length() - 1; i >= 0; --i) {
-    rest = (rest << 32U) | big[i];
-    big[i] = static_cast<uint32_t>(rest / divisor);
-    rest %= divisor;
-  }
-  return static_cast<uint32_t>(rest);
-}
-
-constexpr uint32_t kBillion = 1000000000;
-
-uint32_t SmallPower(int exponent) {
-  uint32_t power = 1;
-  while (exponent-- > 0) power *= 10;
-  return power;
-}
-
-void MultiplyPower(Big& big, int exponent) {
-  for (; exponent >= 9; exponent -= 9) MultiplySmall(big, kBillion);
-  if (exponent > 0) MultiplySmall(big, SmallPower(exponent));
-}
-
-int Compare(const Big& left, const Big& right) {
-  for (int i = Big::kLimbs - 1; i >= 0; --i)
-    if (left[i] != right[i]) return left[i] < right[i] ? -1 : 1;
-  return 0;
-}
-
-Big Add(const Big& left, const Big& right) {
-  Big sum;
-  uint64_t carry = 0;
-  for (int i = 0; i < Big::kLimbs; ++i) {
-    carry += uint64_t{left[i]} + right[i];
-    sum[i] = static_cast<uint32_t>(carry);
-    carry >>= 32U;
-  }
-  return sum;
-}
-
-// left >= right.
-Big Subtract(const Big& left, const Big& right) {
-  Big difference;
-  uint64_t borrow = 0;
-  for (int i = 0; i < Big::kLimbs; ++i) {
-    const uint64_t take = uint64_t{right[i]} + borrow;
-    borrow = left[i] < take ? 1 : 0;
-    difference[i] = static_cast<uint32_t>(uint64_t{left[i]} - take);
-  }
-  return difference;
-}
-
-Big Multiply(const Big& left, const Big& right) {
-  Big product;
-  const int leftLength = left.Length();
-  const int rightLength = right.Length();
-  assert(leftLength + rightLength <= Big::kLimbs);
-  for (int i = 0; i < leftLength; ++i) {
-    uint64_t carry = 0;
-    for (int j = 0; j < rightLength; ++j) {
-      carry += uint64_t{left[i]} * right[j] + product[i + j];
-      product[i + j] = static_cast<uint32_t>(carry);
-      carry >>= 32U;
-    }
-    if (i + rightLength < Big::kLimbs) product[i + rightLength] = static_cast<uint32_t>(carry);
-  }
-  return product;
-}
-
-Big ShiftLeft(const Big& value, int bits) {
-  Big result;
-  uint32_t carry = 0;
-  for (int i = 0; i < Big::kLimbs; ++i) {
-    const uint64_t wide = (uint64_t{value[i]} << static_cast<unsigned>(bits)) | carry;
-    result[i] = static_cast<uint32_t>(wide);
-    carry = static_cast<uint32_t>(wide >> 32U);
-  }
-  return result;
-}
-
-Big ShiftRight(const Big& value, int bits) {
-  Big result;
-  for (int i = 0; i < Big::kLimbs; ++i) {
-    const uint64_t high = i + 1 < Big::kLimbs ? value[i + 1] : 0;
-    result[i] = static_cast<uint32_t>(((high << 32U) | value[i]) >> static_cast<unsigned>(bits));
-  }
-  return result;
-}
-
-// One digit of Knuth's algorithm D: subtracts digit * divisor from the rest at limb j and returns the digit.
-uint32_t DivideStep(Big& rest, const Big& divisor, int length, int j) {
-  const uint64_t top = (uint64_t{rest[j + length]} << 32U) | rest[j + length - 1];
-  uint64_t digit = top / divisor[length - 1];
-  uint64_t remainder = top % divisor[length - 1];
-  while (digit > UINT32_MAX || digit * divisor[length - 2] > ((remainder << 32U) | rest[j + length - 2])) {
-    --digit;
-    remainder += divisor[length - 1];
-    if (remainder > UINT32_MAX) break;
-  }
-  int64_t borrow = 0;
-  uint64_t carry = 0;
-  for (int i = 0; i < length; ++i) {
-    carry += digit * divisor[i];
-    const int64_t difference = int64_t{rest[i + j]} - borrow - static_cast<int64_t>(carry & UINT32_MAX);
-    rest[i + j] = static_cast<uint32_t>(difference);
-    borrow = difference < 0 ? 1 : 0;
-    carry >>= 32U;
-  }
-  const int64_t last = int64_t{rest[j + length]} - borrow - static_cast<int64_t>(carry);
-  rest[j + length] = static_cast<uint32_t>(last);
-  if (last >= 0) return static_cast<uint32_t>(digit);
-  // The estimate was one too large: add the divisor back.
-  uint64_t sum = 0;
-  for (int i = 0; i < length; ++i) {
-    sum += uint64_t{rest[i + j]} + divisor[i];
-    rest[i + j] = static_cast<uint32_t>(sum);
-    sum >>= 32U;
-  }
-  rest[j + length] += static_cast<uint32_t>(sum);
-  return static_cast<uint32_t>(digit - 1);
-}
-
-// Quotient; `left` becomes the remainder.
-Big Divide(Big& left, const Big& right) {
-  const int length = right.Length();
-  assert(length > 0);
-  if (length == 1) {
-    const uint32_t rest = DivideSmall(left, right[0]);
-    const Big quotient = left;
-    left = Big{};
-    left[0] = rest;
-    return quotient;
-  }
-  Big quotient;
-  const int shift = std::countl_zero(right[length - 1]);
-  const Big divisor = ShiftLeft(right, shift);
-  assert(left.Length() < Big::kLimbs);
-  Big rest = ShiftLeft(left, shift);
-  for (int j = std::min(rest.Length(), Big::kLimbs - 1) - length; j >= 0; --j)
-    quotient[j] = DivideStep(rest, divisor, length, j);
-  left = ShiftRight(rest, shift);
-  return quotient;
-}
-
-const Big& MaxMagnitude() {
-  static const Big max = [] {
-    Big power;
+const BigNumber& MaxMagnitude() {
+  static const BigNumber max = [] {
+    BigNumber power;
     power[0] = 1;
     MultiplyPower(power, kMaxPrecision);
-    Big one;
+    BigNumber one;
     one[0] = 1;
     return Subtract(power, one);
   }();
   return max;
 }
 
-std::optional<Decimal> ToDecimal(const Big& big, uint8_t scale, bool negative) {
+std::optional<Decimal> ToDecimal(const BigNumber& big, uint8_t scale, bool negative) {
   if (big.Length() > 4 || Compare(big, MaxMagnitude()) > 0) return std::nullopt;
   Decimal value;
   value.low = (uint64_t{big[1]} << 32U) | big[0];
@@ -218,44 +43,33 @@ std::optional<Decimal> ToDecimal(const Big& big, uint8_t scale, bool negative) {
 }
 
 // Divides by 10^exponent; true when what was cut off is at least a half.
-bool DividePower(Big& big, int exponent) {
+bool DividePower(BigNumber& big, int exponent) {
   uint32_t lastDigit = 0;
   while (exponent > 0) {
     // The last digit decides the rounding, so it is taken alone.
     const int step = exponent > 9 ? 9 : exponent > 1 ? exponent - 1 : 1;
-    const uint32_t rest = DivideSmall(big, SmallPower(step));
+    const uint32_t rest = DivideSmall(big, static_cast<uint32_t>(PowerOfTen(step)));
     lastDigit = rest;
     exponent -= step;
   }
   return lastDigit >= 5;
 }
 
-Big Scaled(const Decimal& value, uint8_t scale) {
+BigNumber Scaled(const Decimal& value, uint8_t scale) {
   assert(scale >= value.scale);
-  Big big = FromMagnitude(value);
+  BigNumber big = FromMagnitude(value);
   MultiplyPower(big, scale - value.scale);
   return big;
 }
 
-std::optional<Decimal> RoundTo(Big big, int fromScale, uint8_t scale, bool negative, Rounding rounding) {
+std::optional<Decimal> RoundTo(BigNumber big, int fromScale, uint8_t scale, bool negative,
+                               Rounding rounding) {
   if (fromScale < scale) {
     MultiplyPower(big, scale - fromScale);
   } else if (DividePower(big, fromScale - scale) && rounding == Rounding::HalfAwayFromZero) {
     AddSmall(big, 1);
   }
   return ToDecimal(big, scale, negative);
-}
-
-} // namespace
-
-namespace {
-
-constexpr int kMaxSmallPower = 18;
-
-constexpr uint64_t SmallPower64(int exponent) {
-  uint64_t power = 1;
-  while (exponent-- > 0) power *= 10;
-  return power;
 }
 
 // The 128-bit product of two halves.
@@ -277,16 +91,15 @@ bool IsSafelySmall(const Decimal& value) {
   return value.high < kLimit;
 }
 
-// Values of one half, which are nearly all that there are, without the long arithmetic; false when it is
-// needed.
+// Rescales a value of one half without the long arithmetic, as nearly all are; false when the value needs it.
 bool RescaleSmall(const Decimal& value, uint8_t scale, Rounding rounding, Decimal& result) {
   const int shift = int{scale} - value.scale;
-  if (value.high != 0 || shift > kMaxSmallPower || shift < -kMaxSmallPower) return false;
+  if (value.high != 0 || shift > kMaxPowerOfTen || shift < -kMaxPowerOfTen) return false;
   result.scale = scale;
   if (shift >= 0) {
-    MultiplyHalves(value.low, SmallPower64(shift), result);
+    MultiplyHalves(value.low, static_cast<uint64_t>(PowerOfTen(shift)), result);
   } else {
-    const uint64_t power = SmallPower64(-shift);
+    const uint64_t power = static_cast<uint64_t>(PowerOfTen(-shift));
     const bool up = rounding == Rounding::HalfAwayFromZero && value.low % power >= power / 2;
     result.low = value.low / power + (up ? 1 : 0);
     result.high = 0;
@@ -330,7 +143,7 @@ std::optional<Decimal> DecimalFromDouble(double value, uint8_t scale) {
   const std::string_view text(digits.data(), static_cast<size_t>(length));
   const size_t mark = text.find('e');
   const int exponent = std::atoi(text.data() + mark + 1);
-  Big big;
+  BigNumber big;
   for (const char character : text.substr(0, mark)) {
     if (character == '.') continue;
     MultiplySmall(big, 10);
@@ -341,7 +154,7 @@ std::optional<Decimal> DecimalFromDouble(double value, uint8_t scale) {
     MultiplyPower(big, -digitScale);
     digitScale = 0;
   }
-  if (digitScale - scale > 60) return ToDecimal(Big{}, scale, false);
+  if (digitScale - scale > 60) return ToDecimal(BigNumber{}, scale, false);
   return RoundTo(big, digitScale, scale, value < 0, Rounding::HalfAwayFromZero);
 }
 
@@ -351,7 +164,7 @@ std::optional<Decimal> ParseDecimal(std::string_view text) {
     negative = text[0] == '-';
     text.remove_prefix(1);
   }
-  Big big;
+  BigNumber big;
   int scale = -1;
   int digits = 0;
   for (const char character : text) {
@@ -372,7 +185,7 @@ std::optional<Decimal> ParseDecimal(std::string_view text) {
 }
 
 std::string DecimalToText(const Decimal& value) {
-  Big big = FromMagnitude(value);
+  BigNumber big = FromMagnitude(value);
   std::string digits;
   // At least one digit stands before the point, which takes a place itself.
   const size_t least = value.scale > 0 ? value.scale + 2U : 1U;
@@ -393,7 +206,7 @@ std::optional<Decimal> Rescale(const Decimal& value, uint8_t scale, Rounding rou
 }
 
 int DigitCount(const Decimal& value) {
-  Big big = FromMagnitude(value);
+  BigNumber big = FromMagnitude(value);
   int digits = 0;
   while (big.Length() > 0) {
     DivideSmall(big, 10);
@@ -406,7 +219,7 @@ bool FitsPrecision(const Decimal& value, int precision) {
   if (precision >= kMaxPrecision) return true;
   // 10^19 - 1 is the most that one half holds with certainty.
   if (value.high == 0 && precision >= 20) return true;
-  Big limit;
+  BigNumber limit;
   limit[0] = 1;
   MultiplyPower(limit, precision);
   return Compare(FromMagnitude(value), limit) < 0;
@@ -428,8 +241,8 @@ std::optional<Decimal> AddDecimals(const Decimal& left, const Decimal& right, ui
   if (isSmall && left.negative == right.negative && left.low <= UINT64_MAX - right.low)
     return Decimal{left.low + right.low, 0, scale, left.negative};
   const uint8_t common = std::max(left.scale, right.scale);
-  const Big a = Scaled(left, common);
-  const Big b = Scaled(right, common);
+  const BigNumber a = Scaled(left, common);
+  const BigNumber b = Scaled(right, common);
   if (left.negative == right.negative)
     return RoundTo(Add(a, b), common, scale, left.negative, Rounding::HalfAwayFromZero);
   const bool leftLarger = Compare(a, b) >= 0;
@@ -458,8 +271,8 @@ std::optional<Decimal> MultiplyDecimals(const Decimal& left, const Decimal& righ
 
 std::optional<Decimal> DivideDecimals(const Decimal& left, const Decimal& right, uint8_t scale) {
   assert(!IsZero(right));
-  Big numerator = FromMagnitude(left);
-  Big denominator = FromMagnitude(right);
+  BigNumber numerator = FromMagnitude(left);
+  BigNumber denominator = FromMagnitude(right);
   const int shift = scale + right.scale - left.scale;
   if (shift >= 0) {
     MultiplyPower(numerator, shift);
@@ -472,7 +285,7 @@ std::optional<Decimal> DivideDecimals(const Decimal& left, const Decimal& right,
 std::optional<Decimal> DecimalRemainder(const Decimal& left, const Decimal& right, uint8_t scale) {
   assert(!IsZero(right));
   const uint8_t common = std::max(left.scale, right.scale);
-  Big rest = Scaled(left, common);
+  BigNumber rest = Scaled(left, common);
   Divide(rest, Scaled(right, common));
   return RoundTo(rest, common, scale, left.negative, Rounding::HalfAwayFromZero);
 }

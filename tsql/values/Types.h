@@ -16,7 +16,17 @@ namespace tsql {
 
 enum class Family : uint8_t { Integer, Decimal, Float, Text, DateTime, Binary, Guid };
 
-enum class ArithmeticOp : uint8_t { Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor };
+// Database files keep the numbers, within the SQL of CHECK constraints.
+enum class ArithmeticOp : uint8_t {
+  Add = 0,
+  Subtract = 1,
+  Multiply = 2,
+  Divide = 3,
+  Modulo = 4,
+  BitAnd = 5,
+  BitOr = 6,
+  BitXor = 7,
+};
 
 Family FamilyOf(TypeId id);
 inline bool IsText(const Type& type) {
@@ -48,7 +58,8 @@ bool TakesLength(TypeId id);
 // The bytes that the server stores a value of a type of fixed size in; 16 for what it stores elsewhere.
 int StorageBytes(const Type& type);
 
-// A type as one integer, for the functions registered with SQLite.
+// A type as one integer, as the functions registered with SQLite take it and as database files keep it: the
+// number of its TypeId, its precision, its scale (8 bits each) and its length, from the lowest bits on.
 int64_t EncodeType(const Type& type);
 Type DecodeType(int64_t code);
 
