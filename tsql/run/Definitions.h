@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tsql/catalog/Catalog.h"
-#include "tsql/syntax/Tree.h"
+#include "tsql/syntax/StatementTree.h"
 
 namespace tsql {
 

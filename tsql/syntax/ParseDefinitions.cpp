@@ -228,7 +228,7 @@ ProcedureParameter Parser::ParseProcedureParameter() {
   parameter.name = TakeVariable();
   TakeWord("as");
   parameter.type = ParseType(1);
-  if (TakeSymbol("=")) parameter.defaultValue = Evaluate(ParseExpression());
+  if (TakeSymbol("=")) parameter.defaultValue = ParseExpression();
   parameter.output = TakeWord("output") || TakeWord("out");
   return parameter;
 }

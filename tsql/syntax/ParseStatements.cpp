@@ -7,13 +7,6 @@
 
 namespace tsql {
 
-Evaluated Parser::Evaluate(ExprPtr expr) {
-  Evaluated evaluated;
-  evaluated.expr = std::move(expr);
-  evaluated.slot = slots_++;
-  return evaluated;
-}
-
 StatementPtr Parser::ParseStatement() {
   const Level level(*this);
   sources_ = 0;
@@ -84,145 +77,6 @@ StatementPtr Parser::ParseQueryStatement() {
   return statement;
 }
 
-StatementPtr Parser::ParseWith() {
-  const size_t start = at_;
-  std::vector<CommonTable> tables = ParseCommonTables();
-  if (IsWord("update") || IsWord("delete")) {
-    StatementPtr statement = IsWord("update") ? ParseUpdate() : ParseDelete();
-    if (statement->kind == StatementKind::Update) {
-      static_cast<UpdateStatement&>(*statement).commonTables = std::move(tables);
-    } else {
-      static_cast<DeleteStatement&>(*statement).commonTables = std::move(tables);
-    }
-    return statement;
-  }
-  if (IsWord("insert")) {
-    StatementPtr statement = ParseInsert();
-    auto& insert = static_cast<InsertStatement&>(*statement);
-    if (insert.query) insert.query->commonTables = std::move(tables);
-    return statement;
-  }
-  auto statement = MakeStatement<QueryStatement>(start);
-  statement->query = ParseQuery();
-  statement->query->commonTables = std::move(tables);
-  return statement;
-}
-
-StatementPtr Parser::ParseInsert() {
-  auto statement = MakeStatement<InsertStatement>(at_);
-  ExpectWord("insert");
-  if (IsWord("top")) FailUnsupported("INSERT TOP", Current().line);
-  TakeWord("into");
-  statement->table = ParseObjectName();
-  TableSource hints;
-  ParseTableHints(hints);
-  if (IsSymbol("(") && !StartsQuery()) {
-    TakeSymbol("(");
-    do {
-      // A column may be written with its table's name.
-      std::string column = TakeName();
-      while (TakeSymbol(".")) column = TakeName();
-      statement->columns.push_back(std::move(column));
-    } while (TakeSymbol(","));
-    ExpectSymbol(")");
-  }
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
-  if (IsWord("exec") || IsWord("execute")) FailUnsupported("INSERT ... EXEC", Current().line);
-  if (TakeWord("default")) {
-    ExpectWord("values");
-    statement->defaultValues = true;
-    return statement;
-  }
-  if (!TakeWord("values")) {
-    if (!StartsQuery() && !IsWord("with")) SyntaxError();
-    statement->query = ParseQuery();
-    return statement;
-  }
-  do {
-    ExpectSymbol("(");
-    std::vector<ExprPtr> row;
-    do {
-      if (IsWord("default")) {
-        row.push_back(MakeExpr(ExprKind::Default));
-        ++at_;
-      } else {
-        row.push_back(ParseExpression());
-      }
-    } while (TakeSymbol(","));
-    ExpectSymbol(")");
-    statement->rows.push_back(std::move(row));
-  } while (TakeSymbol(","));
-  return statement;
-}
-
-ExprPtr Parser::CompoundValue(ExprPtr target) {
-  struct Entry {
-    const char* symbol;
-    ArithmeticOp op;
-  };
-  constexpr Entry kOps[] = {{"+=", ArithmeticOp::Add},      {"-=", ArithmeticOp::Subtract},
-                            {"*=", ArithmeticOp::Multiply}, {"/=", ArithmeticOp::Divide},
-                            {"%=", ArithmeticOp::Modulo},   {"&=", ArithmeticOp::BitAnd},
-                            {"|=", ArithmeticOp::BitOr}};
-  for (const Entry& entry : kOps) {
-    if (!IsSymbol(entry.symbol)) continue;
-    ExprPtr node = MakeExpr(ExprKind::Arithmetic);
-    ++at_;
-    node->arithmetic = entry.op;
-    node->args.push_back(std::move(target));
-    node->args.push_back(ParseExpression());
-    return node;
-  }
-  ExpectSymbol("=");
-  return ParseExpression();
-}
-
-Assignment Parser::ParseAssignment() {
-  Assignment assignment;
-  if (Current().kind == TokenKind::Variable)
-    FailUnsupported("Assigning a variable in UPDATE", Current().line);
-  ExprPtr column = ParseColumn();
-  assignment.column = column->parts;
-  if (IsSymbol("=") && IsWordAt(1, "default")) {
-    at_ += 1;
-    assignment.value = MakeExpr(ExprKind::Default);
-    ++at_;
-    return assignment;
-  }
-  assignment.value = CompoundValue(std::move(column));
-  return assignment;
-}
-
-StatementPtr Parser::ParseUpdate() {
-  auto statement = MakeStatement<UpdateStatement>(at_);
-  ExpectWord("update");
-  if (IsWord("top")) statement->top = ParseTop();
-  statement->target = ParseObjectName();
-  TableSource hints;
-  ParseTableHints(hints);
-  ExpectWord("set");
-  do statement->assignments.push_back(ParseAssignment());
-  while (TakeSymbol(","));
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
-  if (TakeWord("from")) statement->from = ParseFrom();
-  if (TakeWord("where")) statement->where = ParseCondition();
-  return statement;
-}
-
-StatementPtr Parser::ParseDelete() {
-  auto statement = MakeStatement<DeleteStatement>(at_);
-  ExpectWord("delete");
-  if (IsWord("top")) statement->top = ParseTop();
-  TakeWord("from");
-  statement->target = ParseObjectName();
-  TableSource hints;
-  ParseTableHints(hints);
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
-  if (TakeWord("from")) statement->from = ParseFrom();
-  if (TakeWord("where")) statement->where = ParseCondition();
-  return statement;
-}
-
 StatementPtr Parser::ParseDeclare() {
   auto statement = MakeStatement<DeclareStatement>(at_);
   ExpectWord("declare");
@@ -234,7 +88,7 @@ StatementPtr Parser::ParseDeclare() {
     if (IsWord("table")) FailUnsupported("A table variable", Current().line);
     if (IsWord("cursor")) FailUnsupported("A cursor", Current().line);
     variable.type = ParseType(1);
-    if (TakeSymbol("=")) variable.initial = Evaluate(ParseExpression());
+    if (TakeSymbol("=")) variable.initial = ParseExpression();
     statement->variables.push_back(std::move(variable));
   } while (TakeSymbol(","));
   return statement;
@@ -247,7 +101,7 @@ StatementPtr Parser::ParseSet() {
   ExprPtr target = MakeExpr(ExprKind::Variable);
   target->text = TakeVariable();
   statement->name = target->text;
-  statement->value = Evaluate(CompoundValue(std::move(target)));
+  statement->value = CompoundValue(std::move(target));
   return statement;
 }
 
@@ -290,7 +144,7 @@ StatementPtr Parser::ParseSetOption() {
 StatementPtr Parser::ParseIf() {
   auto statement = MakeStatement<IfStatement>(at_);
   ExpectWord("if");
-  statement->condition = Evaluate(ParseCondition());
+  statement->condition = ParseCondition();
   statement->thenBranch = ParseStatement();
   if (TakeWord("else")) statement->elseBranch = ParseStatement();
   return statement;
@@ -299,7 +153,7 @@ StatementPtr Parser::ParseIf() {
 StatementPtr Parser::ParseWhile() {
   auto statement = MakeStatement<WhileStatement>(at_);
   ExpectWord("while");
-  statement->condition = Evaluate(ParseCondition());
+  statement->condition = ParseCondition();
   ++loops_;
   statement->body = ParseStatement();
   --loops_;
@@ -366,14 +220,14 @@ StatementPtr Parser::ParseReturn() {
                          IsWord("null") || (IsName() && IsSymbolAt(1, "(")));
   if (!hasValue) return statement;
   if (!inProcedure_) Fail(178, {}, Current().line);
-  statement->value = Evaluate(ParseExpression());
+  statement->value = ParseExpression();
   return statement;
 }
 
 StatementPtr Parser::ParsePrint() {
   auto statement = MakeStatement<PrintStatement>(at_);
   ExpectWord("print");
-  statement->value = Evaluate(ParseExpression());
+  statement->value = ParseExpression();
   return statement;
 }
 
@@ -381,7 +235,7 @@ StatementPtr Parser::ParseRaiserror() {
   auto statement = MakeStatement<RaiserrorStatement>(at_);
   ExpectWord("raiserror");
   ExpectSymbol("(");
-  do statement->arguments.push_back(Evaluate(ParseExpression()));
+  do statement->arguments.push_back(ParseExpression());
   while (TakeSymbol(","));
   ExpectSymbol(")");
   if (statement->arguments.size() < 3) SyntaxError();
@@ -397,7 +251,7 @@ StatementPtr Parser::ParseThrow() {
   ExpectWord("throw");
   const bool bare = IsAtEnd() || IsSymbol(";") || Current().kind == TokenKind::Word;
   if (bare) return statement;
-  do statement->arguments.push_back(Evaluate(ParseExpression()));
+  do statement->arguments.push_back(ParseExpression());
   while (TakeSymbol(","));
   if (statement->arguments.size() != 3) SyntaxError();
   return statement;
@@ -418,11 +272,11 @@ ExecuteArgument Parser::ParseExecuteArgument() {
     ExprPtr word = MakeExpr(ExprKind::Literal);
     word->literal = TokenKind::UnicodeText;
     word->text = TakeName();
-    argument.value = Evaluate(std::move(word));
+    argument.value = std::move(word);
     return argument;
   }
   const std::string variable = Current().kind == TokenKind::Variable ? Current().text : std::string();
-  argument.value = Evaluate(ParseExpression());
+  argument.value = ParseExpression();
   if (TakeWord("output") || TakeWord("out")) {
     if (variable.empty()) SyntaxErrorAt(at_ - 1);
     argument.outputVariable = variable;
@@ -434,7 +288,7 @@ StatementPtr Parser::ParseExecute() {
   auto statement = MakeStatement<ExecuteStatement>(at_);
   if (IsWord("exec") || IsWord("execute")) ++at_;
   if (TakeSymbol("(")) {
-    statement->text = Evaluate(ParseExpression());
+    statement->text = ParseExpression();
     ExpectSymbol(")");
     return statement;
   }

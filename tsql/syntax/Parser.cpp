@@ -125,7 +125,6 @@ void Parser::ParseAll(Batch& batch) {
     batch.statements.push_back(ParseStatement());
   }
   if (lexicalError_) throw Error(*lexicalError_);
-  batch.slots = slots_;
   batch.markers = markers_;
 }
 

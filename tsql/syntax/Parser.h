@@ -2,7 +2,7 @@
 // token.
 #pragma once
 
-#include "tsql/syntax/Tree.h"
+#include "tsql/syntax/StatementTree.h"
 
 namespace tsql {
 

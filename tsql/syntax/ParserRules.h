@@ -1,7 +1,7 @@
 // The recursive-descent parser behind Parser.h, shared by its source files: one method a grammar rule.
 #pragma once
 
-#include "tsql/syntax/Tree.h"
+#include "tsql/syntax/StatementTree.h"
 
 #include <initializer_list>
 
@@ -20,7 +20,7 @@ class Parser {
   friend ExprPtr ParseDefault(const std::string& text);
   friend ExprPtr ParseCheck(const std::string& text);
 
-  // tokens
+  // tokens (Parser.cpp)
   const Token& Current() const { return tokens_[at_]; }
   const Token& Next(size_t ahead = 1) const;
   bool IsWord(std::string_view word) const;
@@ -56,7 +56,7 @@ class Parser {
   ExprPtr Measured(ExprPtr expr);
   void CountSources();
 
-  // expressions
+  // expressions (ParseExpressions.cpp)
   ExprPtr MakeExpr(ExprKind kind) const;
   ExprPtr ParseOr();
   ExprPtr ParseAnd();
@@ -83,7 +83,7 @@ class Parser {
   Type ParseType(int32_t defaultLength);
   std::pair<int, int> ParseTypeArguments(bool& given);
 
-  // queries
+  // queries (ParseQueries.cpp)
   QueryPtr ParseQuery(); // with its CTEs and ORDER BY
   std::vector<CommonTable> ParseCommonTables();
   QueryPtr ParseSetOperations();
@@ -107,15 +107,18 @@ class Parser {
   size_t AfterParenthesis(size_t ahead) const;
   bool ContinuesQuery(size_t ahead) const;
 
-  // statements
-  StatementPtr ParseUnterminated();
-  StatementPtr ParseControl();
-  StatementPtr ParseQueryStatement();
+  // changes (ParseChanges.cpp)
   StatementPtr ParseWith();
   StatementPtr ParseInsert();
   StatementPtr ParseUpdate();
   StatementPtr ParseDelete();
   Assignment ParseAssignment();
+  ExprPtr CompoundValue(ExprPtr target);
+
+  // statements (ParseStatements.cpp)
+  StatementPtr ParseUnterminated();
+  StatementPtr ParseControl();
+  StatementPtr ParseQueryStatement();
   StatementPtr ParseDeclare();
   StatementPtr ParseSet();
   StatementPtr ParseSetOption();
@@ -131,12 +134,10 @@ class Parser {
   StatementPtr ParseExecute();
   ExecuteArgument ParseExecuteArgument();
   StatementList ParseStatementsUntilEnd();
-  Evaluated Evaluate(ExprPtr expr);
   template <typename Node>
   std::unique_ptr<Node> MakeStatement(size_t token);
-  ExprPtr CompoundValue(ExprPtr target);
 
-  // definitions
+  // definitions (ParseDefinitions.cpp)
   StatementPtr ParseCreate();
   StatementPtr ParseCreateTable(size_t start);
   StatementPtr ParseCreateIndex(size_t start);
@@ -161,7 +162,6 @@ class Parser {
   std::optional<Error> lexicalError_; // at the end of the tokens
   std::vector<Token> tokens_;
   size_t at_ = 0;
-  int slots_ = 0;
   int markers_ = 0;
   int loops_ = 0; // open WHILE bodies
   int levels_ = 0;
@@ -174,7 +174,6 @@ template <typename Node>
 std::unique_ptr<Node> Parser::MakeStatement(size_t token) {
   auto node = std::make_unique<Node>();
   node->line = tokens_[token].line;
-  node->slot = slots_++;
   return node;
 }
 

@@ -111,6 +111,9 @@ constexpr ErrorText kErrors[] = {
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
      "table \"dbo.%5\"%6."},
     {911, 16, 1, "Database '%1' does not exist. Make sure that the name is entered correctly."},
+    {948, 20, 1,
+     "The database '%1' cannot be opened because it is version %2. This server supports version %3 and "
+     "earlier. A downgrade path is not supported."},
     {1011, 16, 1, "The correlation name '%1' is specified multiple times in a FROM clause."},
     {1013, 16, 1,
      "The objects \"%1\" and \"%2\" in the FROM clause have the same exposed names. Use correlation names to "

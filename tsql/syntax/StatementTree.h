@@ -1,145 +1,10 @@
-// The syntax tree of a batch: what was written, nothing resolved. Parser output and binder input.
+// The syntax tree of statements: what was written, nothing resolved. The parser makes it and the binder reads
+// it; nobody changes it afterwards.
 #pragma once
 
-#include "tsql/syntax/Lexer.h"
-#include "tsql/values/Types.h"
-
-#include <memory>
+#include "tsql/syntax/QueryTree.h"
 
 namespace tsql {
-
-struct Query;
-
-// ---- expressions
-
-struct ObjectName {
-  std::string schema; // empty where none was written
-  std::string name;
-};
-
-enum class ExprKind : uint8_t {
-  Null,
-  Default, // the keyword in place of a value
-  Literal,
-  Column,
-  Variable,
-  Marker,
-  Negate,
-  BitNot,
-  Arithmetic,
-  Compare,
-  And,
-  Or,
-  Not,
-  IsNull,
-  Like,
-  Between,
-  InList,
-  InQuery,
-  Exists,
-  Subquery,
-  Case,
-  Call,
-  Cast,
-  Convert,
-};
-
-enum class CompareOp : uint8_t { Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual };
-
-struct Expr {
-  ExprKind kind = ExprKind::Null;
-  int line = 1;
-  TokenKind literal = TokenKind::End;
-  ArithmeticOp arithmetic = ArithmeticOp::Add;
-  CompareOp compare = CompareOp::Equal;
-  bool negated = false;  // IS NOT NULL, NOT LIKE, NOT BETWEEN, NOT IN
-  bool distinct = false; // COUNT(DISTINCT x)
-  bool star = false;     // COUNT(*)
-  bool hasOperand = false;
-  bool hasElse = false;
-  int marker = 0;                 // 0-based
-  int depth = 1;                  // of the tree below, subqueries included
-  std::string text;               // a literal's text, a function's or variable's name
-  std::vector<std::string> parts; // a column's name with its qualifiers
-  Type type;                      // CAST and CONVERT
-  // Case: [operand] (when, then)* [else]; InList: the tested value first.
-  std::vector<std::unique_ptr<Expr>> args;
-  std::unique_ptr<Query> query;
-};
-using ExprPtr = std::unique_ptr<Expr>;
-
-bool IsPredicate(const Expr& expr);
-
-// An expression that the interpreter evaluates on its own; `slot` numbers its plan within the batch.
-struct Evaluated {
-  ExprPtr expr;
-  int slot = 0;
-};
-
-// ---- queries
-
-enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross };
-
-struct TableSource {
-  enum class Kind : uint8_t { Named, Derived, Join };
-  Kind kind = Kind::Named;
-  int line = 1;
-  ObjectName name;
-  std::string alias;
-  std::vector<std::string> columnAliases;
-  bool updateLock = false;
-  std::unique_ptr<Query> query;
-  JoinKind join = JoinKind::Inner;
-  std::unique_ptr<TableSource> left;
-  std::unique_ptr<TableSource> right;
-  ExprPtr on;
-};
-using TableSourcePtr = std::unique_ptr<TableSource>;
-
-struct SelectItem {
-  ExprPtr expr; // null for a star
-  std::string alias;
-  std::string variable; // SELECT @v = expr
-  std::vector<std::string> starPrefix;
-};
-
-struct OrderItem {
-  ExprPtr expr;
-  bool descending = false;
-};
-
-struct Select {
-  int line = 1;
-  bool distinct = false;
-  ExprPtr top;
-  std::vector<SelectItem> items;
-  std::optional<ObjectName> into;
-  TableSourcePtr from;
-  ExprPtr where;
-  std::vector<ExprPtr> groupBy;
-  ExprPtr having;
-};
-
-struct CommonTable {
-  std::string name;
-  std::vector<std::string> columns;
-  std::unique_ptr<Query> query;
-};
-
-enum class SetOp : uint8_t { None, Union, UnionAll, Except, Intersect };
-
-// Either one SELECT (op None) or two queries combined.
-struct Query {
-  std::vector<CommonTable> commonTables;
-  SetOp op = SetOp::None;
-  std::unique_ptr<Select> select;
-  std::unique_ptr<Query> left;
-  std::unique_ptr<Query> right;
-  std::vector<OrderItem> orderBy;
-};
-using QueryPtr = std::unique_ptr<Query>;
-
-// ---- statements
 
 enum class StatementKind : uint8_t {
   Query,
@@ -177,7 +42,6 @@ struct Statement {
   virtual ~Statement() = default;
   StatementKind kind;
   int line = 1;
-  int slot = 0; // of its plan, for the kinds that have one
 };
 using StatementPtr = std::unique_ptr<Statement>;
 using StatementList = std::vector<StatementPtr>;
@@ -291,7 +155,7 @@ struct ProcedureParameter {
   std::string name;
   Type type;
   bool output = false;
-  Evaluated defaultValue; // expr null where there is none
+  ExprPtr defaultValue; // null where there is none
 };
 
 struct CreateProcedureStatement : Statement {
@@ -306,7 +170,7 @@ struct CreateProcedureStatement : Statement {
 struct VariableDeclaration {
   std::string name;
   Type type;
-  Evaluated initial;
+  ExprPtr initial;
 };
 
 struct DeclareStatement : Statement {
@@ -317,7 +181,7 @@ struct DeclareStatement : Statement {
 struct SetVariableStatement : Statement {
   SetVariableStatement() : Statement(StatementKind::SetVariable) {}
   std::string name;
-  Evaluated value;
+  ExprPtr value;
 };
 
 struct SetOptionStatement : Statement {
@@ -329,14 +193,14 @@ struct SetOptionStatement : Statement {
 
 struct IfStatement : Statement {
   IfStatement() : Statement(StatementKind::If) {}
-  Evaluated condition;
+  ExprPtr condition;
   StatementPtr thenBranch;
   StatementPtr elseBranch;
 };
 
 struct WhileStatement : Statement {
   WhileStatement() : Statement(StatementKind::While) {}
-  Evaluated condition;
+  ExprPtr condition;
   StatementPtr body;
 };
 
@@ -351,12 +215,12 @@ struct SimpleStatement : Statement {
 
 struct ReturnStatement : Statement {
   ReturnStatement() : Statement(StatementKind::Return) {}
-  Evaluated value;
+  ExprPtr value;
 };
 
 struct PrintStatement : Statement {
   PrintStatement() : Statement(StatementKind::Print) {}
-  Evaluated value;
+  ExprPtr value;
 };
 
 enum class TransactionAction : uint8_t { Begin, Commit, Rollback };
@@ -374,17 +238,17 @@ struct TryCatchStatement : Statement {
 
 struct RaiserrorStatement : Statement {
   RaiserrorStatement() : Statement(StatementKind::Raiserror) {}
-  std::vector<Evaluated> arguments; // message, severity, state, values
+  std::vector<ExprPtr> arguments; // message, severity, state, values
 };
 
 struct ThrowStatement : Statement {
   ThrowStatement() : Statement(StatementKind::Throw) {}
-  std::vector<Evaluated> arguments; // none, or number, message, state
+  std::vector<ExprPtr> arguments; // none, or number, message, state
 };
 
 struct ExecuteArgument {
   std::string name; // @p = value
-  Evaluated value;
+  ExprPtr value;
   std::string outputVariable;
   bool useDefault = false;
 };
@@ -393,7 +257,7 @@ struct ExecuteStatement : Statement {
   ExecuteStatement() : Statement(StatementKind::Execute) {}
   std::string returnVariable;
   ObjectName procedure;
-  Evaluated text; // EXEC(text)
+  ExprPtr text; // EXEC(text)
   std::vector<ExecuteArgument> arguments;
 };
 
@@ -401,8 +265,7 @@ struct ExecuteStatement : Statement {
 struct Batch {
   std::string text;
   StatementList statements;
-  int slots = 0;
-  int markers = 0;
+  int markers = 0; // parameters that are written as "?"
 };
 
 } // namespace tsql
