@@ -53,12 +53,12 @@ void DatePartName(const FunctionCall& call) {
 } // namespace
 
 void RegisterDateFunctions(sqlite3* connection, FunctionContext& context) {
-  Register<GetDate>(connection, context, "t_getdate", 0);
-  Register<Moment>(connection, context, "t_moment", 2);
-  Register<AddToDate>(connection, context, "t_dateadd", 4);
-  Register<DateDifference>(connection, context, "t_datediff", 3);
-  Register<DatePartNumber>(connection, context, "t_datepart", 2);
-  Register<DatePartName>(connection, context, "t_datename", 2);
+  Register<GetDate>(connection, context, names::kGetDate, 0);
+  Register<Moment>(connection, context, names::kMoment, 2);
+  Register<AddToDate>(connection, context, names::kDateAdd, 4);
+  Register<DateDifference>(connection, context, names::kDateDiff, 3);
+  Register<DatePartNumber>(connection, context, names::kDatePart, 2);
+  Register<DatePartName>(connection, context, names::kDateName, 2);
 }
 
 } // namespace tsql

@@ -1,10 +1,13 @@
-// What the functions' source files share: their arguments, and the guard that turns exceptions into results.
+// What the functions' source files share: a call's arguments and result, and the registration that turns an
+// exception of a function into its error.
 #pragma once
 
+#include "tsql/functions/FunctionNames.h"
 #include "tsql/functions/Functions.h"
 
 namespace tsql {
 
+// One call of a function by SQLite: its arguments, counted from 0, and its result.
 class FunctionCall {
  public:
   FunctionCall(sqlite3_context* context, int count, sqlite3_value** values)
@@ -58,6 +61,11 @@ void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
   }
 }
 
+// The result of an operation on decimals as a value of `type`; 8134 and 8115 as the server has them.
+Decimal OperateDecimals(ArithmeticOp op, const Decimal& left, const Decimal& right, const Type& type);
+
+// A pure function always answers the same to the same arguments, so that SQLite may call it once for many
+// rows.
 enum class Purity : uint8_t { Pure, Volatile };
 
 template <FunctionBody Body>
@@ -68,8 +76,12 @@ void Register(sqlite3* connection, FunctionContext& context, const char* name, i
                              nullptr);
 }
 
+void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterComputeFunction(sqlite3* connection, FunctionContext& context);
 void RegisterDecimalFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterDateFunctions(sqlite3* connection, FunctionContext& context);
 

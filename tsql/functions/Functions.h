@@ -1,28 +1,21 @@
-// The functions that the emitter's SQL calls where SQLite's own semantics differ from the dialect's:
-// conversions, checked arithmetic, decimals, texts under the collation, dates. One that fails leaves the
-// server's error in the context, for SQLite's own error says only that a function failed.
+// The functions that the emitter's SQL calls where SQLite's own operators mean something else than the
+// dialect's: conversions, checked arithmetic, decimals, texts under the collation, dates. A function that
+// fails leaves the server's error in the context, because SQLite's own error says only that it failed.
 #pragma once
 
 #include "tsql/catalog/Catalog.h"
 
 namespace tsql {
 
+// What the functions of a connection and whoever runs its statements tell each other.
 struct FunctionContext {
-  std::optional<Error> error;
-  std::optional<int64_t> fixedNow;
-  std::optional<int64_t> now; // what GETDATE() answers throughout a statement, once it was asked
-  const std::vector<Datum>* variables = nullptr;
+  std::optional<Error> error;                    // of the function that failed last
+  std::optional<int64_t> fixedNow;               // what GETDATE() answers instead of the clock
+  std::optional<int64_t> now;                    // what GETDATE() answered first within the statement
+  const std::vector<Datum>* variables = nullptr; // of the batch or procedure that runs
   const Catalog* catalog = nullptr;
-  std::vector<std::string> suspects; // foreign keys that the statement may have broken
+  std::vector<std::string> suspects; // names of foreign keys that the statement may have broken
 };
-
-// A program of t_compute is a text of numbers, in the order of their execution on a stack: kComputeOperand
-// and the type of the next operand; kComputeCast, the type that is cast and the type wanted; or an
-// ArithmeticOp with the types of its left and right side and of its result. Integer operands count as
-// decimals.
-constexpr int64_t kComputeOperand = -1;
-constexpr int64_t kComputeCast = -2;
-constexpr size_t kMaxComputeOperands = 16;
 
 // Registers the functions and the collation "tsql"; the context outlives the connection.
 void RegisterFunctions(sqlite3* connection, FunctionContext& context);

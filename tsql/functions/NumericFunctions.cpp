@@ -48,66 +48,8 @@ void FloatModulo(const FunctionCall& call) {
   call.ReturnReal(std::fmod(call.Real(0), call.Real(1)));
 }
 
-// ---- sums and averages of decimals
-
-struct SumState {
-  uint64_t low;
-  uint64_t high;
-  int64_t count;
-  bool negative;
-  bool overflow;
-};
-
-void SumStep(sqlite3_context* context, int count, sqlite3_value** values) {
-  auto* state = static_cast<SumState*>(sqlite3_aggregate_context(context, sizeof(SumState)));
-  if (state == nullptr) return sqlite3_result_error_nomem(context);
-  const FunctionCall call(context, count, values);
-  if (call.IsNull(0)) return;
-  const Type type = call.TypeAt(1);
-  const Decimal sum{state->low, state->high, type.scale, state->negative};
-  const std::optional<Decimal> next = AddDecimals(sum, call.DecimalAt(0, type), type.scale);
-  ++state->count;
-  state->overflow = state->overflow || !next;
-  if (!next) return;
-  state->low = next->low;
-  state->high = next->high;
-  state->negative = next->negative;
-}
-
-// The final call has no arguments, so that the steps leave the types in the state.
-struct TypedSum {
-  SumState sum;
-  int64_t from;
-  int64_t to;
-};
-
-void TypedStep(sqlite3_context* context, int count, sqlite3_value** values) {
-  auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, sizeof(TypedSum)));
-  if (state == nullptr) return sqlite3_result_error_nomem(context);
-  state->from = sqlite3_value_int64(values[1]);
-  state->to = sqlite3_value_int64(values[2]);
-  SumStep(context, count, values);
-}
-
-template <bool IsAverage>
-void SumFinal(sqlite3_context* context) {
-  const auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, 0));
-  if (state == nullptr || state->sum.count == 0) return sqlite3_result_null(context);
-  const FunctionCall call(context, 0, nullptr);
-  const Type from = DecodeType(state->from);
-  const Type to = DecodeType(state->to);
-  try {
-    if (state->sum.overflow) Fail(8115, {"expression", TypeName(to.id)});
-    std::optional<Decimal> sum = Decimal{state->sum.low, state->sum.high, from.scale, state->sum.negative};
-    sum = IsAverage ? DivideDecimals(*sum, DecimalFromInteger(state->sum.count), to.scale)
-                    : Rescale(*sum, to.scale);
-    call.ReturnDecimal(CheckDecimal(sum, to, "expression"), to);
-  } catch (const Error& error) {
-    call.ReturnError(error);
-  }
-}
-
-// ---- ABS, ROUND, FLOOR, CEILING, SIGN: (value, its type, result type, ...)
+// ---- ABS, ROUND, FLOOR, CEILING, SIGN take the value, its type, the type of the result, and their other
+// arguments.
 
 void Abs(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
@@ -254,28 +196,23 @@ void Finite(const FunctionCall& call) {
 } // namespace
 
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context) {
-  Register<Range>(connection, context, "t_range", 2);
-  Register<Divide>(connection, context, "t_divide", 2);
-  Register<Modulo>(connection, context, "t_modulo", 2);
-  Register<FloatDivide>(connection, context, "t_float_divide", 2);
-  Register<FloatModulo>(connection, context, "t_float_modulo", 2);
-  Register<Abs>(connection, context, "t_abs", 3);
-  Register<Sign>(connection, context, "t_sign", 3);
-  Register<ToWhole<true>>(connection, context, "t_floor", 3);
-  Register<ToWhole<false>>(connection, context, "t_ceiling", 3);
-  Register<Round>(connection, context, "t_round", -1);
-  Register<SquareRoot>(connection, context, "t_sqrt", 1);
-  Register<Power>(connection, context, "t_power", 2);
-  Register<Exp>(connection, context, "t_exp", 1);
-  Register<Log>(connection, context, "t_log", 1);
-  Register<Log10>(connection, context, "t_log10", 1);
-  Register<Square>(connection, context, "t_square", 1);
-  Register<Finite>(connection, context, "t_finite", 1);
-  constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
-  sqlite3_create_function_v2(connection, "t_sum", 3, kFlags, &context, nullptr, TypedStep, SumFinal<false>,
-                             nullptr);
-  sqlite3_create_function_v2(connection, "t_average", 3, kFlags, &context, nullptr, TypedStep, SumFinal<true>,
-                             nullptr);
+  Register<Range>(connection, context, names::kRange, 2);
+  Register<Divide>(connection, context, names::kDivide, 2);
+  Register<Modulo>(connection, context, names::kModulo, 2);
+  Register<FloatDivide>(connection, context, names::kFloatDivide, 2);
+  Register<FloatModulo>(connection, context, names::kFloatModulo, 2);
+  Register<Abs>(connection, context, names::kAbs, 3);
+  Register<Sign>(connection, context, names::kSign, 3);
+  Register<ToWhole<true>>(connection, context, names::kFloor, 3);
+  Register<ToWhole<false>>(connection, context, names::kCeiling, 3);
+  Register<Round>(connection, context, names::kRound, -1);
+  Register<SquareRoot>(connection, context, names::kSqrt, 1);
+  Register<Power>(connection, context, names::kPower, 2);
+  Register<Exp>(connection, context, names::kExp, 1);
+  Register<Log>(connection, context, names::kLog, 1);
+  Register<Log10>(connection, context, names::kLog10, 1);
+  Register<Square>(connection, context, names::kSquare, 1);
+  Register<Finite>(connection, context, names::kFinite, 1);
 }
 
 } // namespace tsql

@@ -244,28 +244,28 @@ void IsDateText(const FunctionCall& call) {
 } // namespace
 
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
-  Register<Like>(connection, context, "t_like", -1);
-  Register<Len>(connection, context, "t_len", 1);
-  Register<DataLength>(connection, context, "t_datalength", 2);
-  Register<Upper>(connection, context, "t_upper", 1);
-  Register<Lower>(connection, context, "t_lower", 1);
-  Register<Reverse>(connection, context, "t_reverse", 1);
-  Register<Left>(connection, context, "t_left", 2);
-  Register<Right>(connection, context, "t_right", 2);
-  Register<Substring>(connection, context, "t_substring", 3);
-  Register<Replace>(connection, context, "t_replace", 3);
-  Register<CharIndex>(connection, context, "t_charindex", -1);
-  Register<Replicate>(connection, context, "t_replicate", 2);
-  Register<Space>(connection, context, "t_space", 1);
-  Register<Stuff>(connection, context, "t_stuff", 4);
-  Register<Char>(connection, context, "t_char", 1);
-  Register<Ascii>(connection, context, "t_ascii", 1);
-  Register<Unicode>(connection, context, "t_unicode", 1);
-  Register<PatIndex>(connection, context, "t_patindex", 2);
-  Register<QuoteNameText>(connection, context, "t_quotename", -1);
-  Register<Str>(connection, context, "t_str", -1);
-  Register<IsNumericText>(connection, context, "t_isnumeric", 1);
-  Register<IsDateText>(connection, context, "t_isdate", 1);
+  Register<Like>(connection, context, names::kLike, -1);
+  Register<Len>(connection, context, names::kLen, 1);
+  Register<DataLength>(connection, context, names::kDataLength, 2);
+  Register<Upper>(connection, context, names::kUpper, 1);
+  Register<Lower>(connection, context, names::kLower, 1);
+  Register<Reverse>(connection, context, names::kReverse, 1);
+  Register<Left>(connection, context, names::kLeft, 2);
+  Register<Right>(connection, context, names::kRight, 2);
+  Register<Substring>(connection, context, names::kSubstring, 3);
+  Register<Replace>(connection, context, names::kReplace, 3);
+  Register<CharIndex>(connection, context, names::kCharIndex, -1);
+  Register<Replicate>(connection, context, names::kReplicate, 2);
+  Register<Space>(connection, context, names::kSpace, 1);
+  Register<Stuff>(connection, context, names::kStuff, 4);
+  Register<Char>(connection, context, names::kChar, 1);
+  Register<Ascii>(connection, context, names::kAscii, 1);
+  Register<Unicode>(connection, context, names::kUnicode, 1);
+  Register<PatIndex>(connection, context, names::kPatIndex, 2);
+  Register<QuoteNameText>(connection, context, names::kQuoteName, -1);
+  Register<Str>(connection, context, names::kStr, -1);
+  Register<IsNumericText>(connection, context, names::kIsNumeric, 1);
+  Register<IsDateText>(connection, context, names::kIsDate, 1);
 }
 
 } // namespace tsql
