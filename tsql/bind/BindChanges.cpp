@@ -55,7 +55,7 @@ BoundExprPtr Binder::AssignColumn(BoundExprPtr expr, const TableInfo& table, int
   std::vector<BoundExprPtr> args;
   args.push_back(std::move(value));
   args.push_back(MakeConstant(Datum::OfText(info.name), MakeType(TypeId::NVarChar, 128)));
-  return MakeFunction("t_not_null", type, std::move(args));
+  return MakeFunction(FunctionId::NotNull, type, std::move(args));
 }
 
 BoundExprPtr Binder::BindDefault(const TableInfo& table, int column) {
@@ -144,7 +144,7 @@ void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& boun
     column->type = bound.query->columns[i].type;
     column->nullable = bound.query->columns[i].nullable;
     column->source = bound.wrapper;
-    column->name = "c" + std::to_string(i);
+    column->name = ResultColumnName(i);
     bound.conversions.push_back(AssignColumn(std::move(column), *bound.table, bound.columns[i]));
   }
 }

@@ -1,9 +1,10 @@
 // Resolves names against the catalog, gives every expression its T-SQL type by the server's precedence rules
 // and makes every conversion explicit. Binding errors (207, 208, 209, 4104, 137 ...) are thrown without a
-// line; the interpreter adds the statement's.
+// line; whoever runs the statement adds its line.
 #pragma once
 
 #include "tsql/bind/BoundTree.h"
+#include "tsql/syntax/StatementTree.h"
 
 namespace tsql {
 
@@ -13,29 +14,18 @@ struct VariableInfo {
 };
 int FindVariable(const std::vector<VariableInfo>& variables, std::string_view name); // -1 when absent
 
-// The server's global values that a batch may read, as BoundExpr::Kind::Global numbers them in `index`.
-enum class GlobalValue : uint8_t {
-  RowCount,
-  Identity,
-  ScopeIdentity,
-  Error,
-  TransactionCount,
-  ErrorNumber,
-  ErrorMessage,
-  ErrorSeverity,
-  ErrorState,
-  ErrorLine,
-  ErrorProcedure,
-  ProcedureNesting,
-};
+// The parts of a name with points between them, for messages.
+std::string JoinParts(const std::vector<std::string>& parts);
 
-// What a plan was bound to: it holds as long as the catalog answers the same.
+// A table or view that a statement was bound to. The binding holds as long as the catalog gives the same
+// definition for the name.
 struct Dependency {
   ObjectName name;
   TablePtr table;
   ModulePtr view;
 };
 
+// Binds one statement or expression.
 class Binder {
  public:
   Binder(const Catalog& catalog, const std::vector<VariableInfo>& variables, const std::vector<Type>& markers)
@@ -53,7 +43,8 @@ class Binder {
   BoundDelete BindDelete(const DeleteStatement& statement);
   BoundExprPtr Assign(BoundExprPtr expr, const Type& to) const;
 
-  // Tables that the batch will have created by then: as good as missing before it runs.
+  // Names of tables that the batch itself will create: what has such a name now is not what the statement
+  // will find, so they count as missing.
   void SetPending(const std::vector<std::string>& tables) { pending_ = &tables; }
 
   const std::vector<Dependency>& Dependencies() const { return dependencies_; }
@@ -91,7 +82,16 @@ class Binder {
     const ScopeColumn* column = nullptr;
   };
 
-  // expressions (binder.cpp)
+  // names and conversions (Binder.cpp)
+  Resolved Resolve(const std::vector<std::string>& parts) const;
+  Resolved ResolveIn(const Scope& scope, const std::vector<std::string>& parts, bool& prefixFound) const;
+  static bool MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts);
+  BoundExprPtr MakeColumn(const ScopeSource& source, const ScopeColumn& column) const;
+  BoundExprPtr Convert(BoundExprPtr expr, const Type& to) const; // implicit
+  BoundExprPtr ConvertText(BoundExprPtr expr) const;             // to varchar when it is no text
+  static Type CommonTypeOf(const std::vector<const BoundExpr*>& exprs);
+
+  // expressions (BindExpressions.cpp)
   BoundExprPtr Bind(const Expr& expr);
   BoundExprPtr BindLiteral(const Expr& expr) const;
   BoundExprPtr BindColumn(const Expr& expr);
@@ -109,27 +109,48 @@ class Binder {
   BoundExprPtr BindSubquery(const Expr& expr);
   BoundExprPtr BindCase(const Expr& expr);
   BoundExprPtr BindCast(const Expr& expr);
-  Resolved Resolve(const std::vector<std::string>& parts) const;
-  Resolved ResolveIn(const Scope& scope, const std::vector<std::string>& parts, bool& prefixFound) const;
-  static bool MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts);
-  BoundExprPtr MakeColumn(const ScopeSource& source, const ScopeColumn& column) const;
-  BoundExprPtr Convert(BoundExprPtr expr, const Type& to) const; // implicit
-  BoundExprPtr ConvertText(BoundExprPtr expr) const;             // to varchar when it is no text
-  static Type CommonTypeOf(const std::vector<const BoundExpr*>& exprs);
   void CheckComparable(const BoundExpr& expr, const BoundExpr& other, const char* op) const;
 
-  // functions (binder_functions.cpp)
+  // functions: one method a rule that one or several functions follow
+  // (BindFunctions.cpp)
   BoundExprPtr BindCall(const Expr& expr);
-  BoundExprPtr BindAggregate(const Expr& expr);
-  BoundExprPtr BindAverage(BoundExprPtr aggregate) const;
-  BoundExprPtr BindNullFunction(const Expr& expr);
-  BoundExprPtr BindTextFunction(const Expr& expr);
-  BoundExprPtr BindDateFunction(const Expr& expr);
-  BoundExprPtr BindNumberFunction(const Expr& expr);
-  BoundExprPtr BindMetaFunction(const Expr& expr) const;
   std::vector<BoundExprPtr> BindArguments(const Expr& expr, size_t least, size_t most);
+  BoundExprPtr BindIsNull(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCoalesce(const Expr& expr, FunctionId function);
+  BoundExprPtr BindNullIf(const Expr& expr, FunctionId function);
+  BoundExprPtr BindNewId(const Expr& expr, FunctionId function);
+  BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
+  BoundExprPtr BindConstantFunction(const Expr& expr);
+  // (BindAggregates.cpp)
+  BoundExprPtr BindAggregate(const Expr& expr, AggregateId aggregate);
+  // (BindTextFunctions.cpp)
+  std::vector<BoundExprPtr> BindTextArguments(const Expr& expr, size_t least, size_t most);
+  BoundExprPtr BindTextMeasure(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDataLength(const Expr& expr, FunctionId function);
+  BoundExprPtr BindPatIndex(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCharIndex(const Expr& expr, FunctionId function);
+  BoundExprPtr BindQuoteName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextMap(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextEnd(const Expr& expr, FunctionId function);
+  BoundExprPtr BindSubstring(const Expr& expr, FunctionId function);
+  BoundExprPtr BindReplace(const Expr& expr, FunctionId function);
+  BoundExprPtr BindReplicate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindStuff(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCharacter(const Expr& expr, FunctionId function);
+  BoundExprPtr BindStr(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextTest(const Expr& expr, FunctionId function);
+  // (BindNumberFunctions.cpp)
+  BoundExprPtr BindFloatFunction(const Expr& expr, FunctionId function);
+  BoundExprPtr BindRounding(const Expr& expr, FunctionId function);
+  // (BindDateFunctions.cpp)
+  BoundExprPtr BindGetDate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCalendarPart(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDateAdd(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDateDiff(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDatePart(const Expr& expr, FunctionId function);
 
-  // queries (binder_query.cpp)
+  // queries (BindQueries.cpp)
   BoundQueryPtr BindQuery(const Query& query, bool isInner);
   BoundQueryPtr BindSetOperation(const Query& query);
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
@@ -144,6 +165,10 @@ class Binder {
   static void BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery& query);
   void CheckGrouping(const BoundSelect& select, const std::vector<BoundOrder>& order) const;
   void CheckGrouped(const BoundExpr& expr, const BoundSelect& select, int error) const;
+  void ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const;
+  static void RefreshColumns(BoundQuery& query);
+
+  // sources and common table expressions (BindSources.cpp)
   BoundSourcePtr BindSource(const TableSource& source, Scope& scope);
   BoundSourcePtr BindJoin(const TableSource& source, Scope& scope);
   BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
@@ -156,11 +181,9 @@ class Binder {
   void BindCommonTables(const std::vector<CommonTable>& tables, std::vector<BoundCommon>& bound);
   BoundCommon BindCommonTable(const CommonTable& table);
   bool BindRecursive(const CommonTable& table, BoundCommon& bound);
-  void ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const;
-  static void RefreshColumns(BoundQuery& query);
   CommonInfo* FindCommon(const ObjectName& name);
 
-  // statements (binder_statements.cpp)
+  // changes (BindChanges.cpp)
   TablePtr FindTable(const ObjectName& name) const;
   TablePtr RequireTable(const ObjectName& name);
   std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,
@@ -186,9 +209,5 @@ class Binder {
   int viewDepth_ = 0;
   bool wantsUpdateLock_ = false;
 };
-
-BoundExprPtr MakeConstant(Datum value, const Type& type);
-BoundExprPtr MakeFunction(std::string name, const Type& type, std::vector<BoundExprPtr> args);
-bool IsNullConstant(const BoundExpr& expr);
 
 } // namespace tsql

@@ -1,13 +1,88 @@
-// The bound tree: every name resolved, every expression typed, every conversion explicit. Binder output and
-// emitter input. Sources are numbered throughout a statement, so that a column is a source's number and the
-// column's name in SQLite, at whatever depth it is used.
+// The bound tree: every name resolved, every expression typed, every conversion explicit. The binder makes it
+// and the emitter reads it. It speaks of the dialect alone; how SQLite is asked for it is the emitter's
+// business. Sources are numbered throughout a statement, so that a column is a source's number and the
+// column's name there, at whatever depth it is used.
 #pragma once
 
 #include "tsql/catalog/Catalog.h"
+#include "tsql/catalog/SystemViews.h"
 
 namespace tsql {
 
 struct BoundQuery;
+
+// The server's global values that a batch may read, as BoundExpr::Kind::Global numbers them in `index`.
+enum class GlobalValue : uint8_t {
+  RowCount,
+  Identity,
+  ScopeIdentity,
+  Error,
+  TransactionCount,
+  ErrorNumber,
+  ErrorMessage,
+  ErrorSeverity,
+  ErrorState,
+  ErrorLine,
+  ErrorProcedure,
+  ProcedureNesting,
+};
+
+enum class AggregateId : uint8_t { Count, CountBig, Sum, Average, Min, Max };
+
+// The functions that are computed row by row.
+enum class FunctionId : uint8_t {
+  IsNull,
+  Coalesce,
+  NullIf,
+  Len,
+  DataLength,
+  Ascii,
+  Unicode,
+  PatIndex,
+  CharIndex,
+  QuoteName,
+  LTrim,
+  RTrim,
+  Trim,
+  Upper,
+  Lower,
+  Reverse,
+  Left,
+  Right,
+  Substring,
+  Replace,
+  Replicate,
+  Stuff,
+  Space,
+  Char,
+  NChar,
+  Str,
+  IsNumeric,
+  IsDate,
+  GetDate,
+  DateAdd,
+  DateDiff,
+  DatePart,
+  DateName,
+  Sqrt,
+  Square,
+  Power,
+  Exp,
+  Log,
+  Log10,
+  Abs,
+  Sign,
+  Floor,
+  Ceiling,
+  Round,
+  NewId,
+  ObjectId,
+  ObjectName,
+  ColLength,
+  // The value, unless it is null, which is an error: for a column whose name is the second argument.
+  NotNull,
+};
+constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::NotNull) + 1;
 
 struct BoundExpr {
   enum class Kind : uint8_t {
@@ -17,7 +92,7 @@ struct BoundExpr {
     Marker,
     Global,
     Cast,
-    Store,
+    Store, // a cast that refuses text that is too long
     Negate,
     BitNot,
     Arithmetic,
@@ -46,26 +121,37 @@ struct BoundExpr {
   bool baseColumn = false; // of a table: it carries the collation itself
   ArithmeticOp arithmetic = ArithmeticOp::Add;
   CompareOp compare = CompareOp::Equal;
+  FunctionId function = FunctionId::IsNull;
+  AggregateId aggregate = AggregateId::Count;
   int source = -1;
-  int index = 0; // of a variable or marker
+  int index = 0; // of a variable, marker or global value
   int style = 0; // of a cast
   Datum constant;
-  std::string name;    // SQLite's name of a column or function, or the global's
+  std::string name;    // of a column within its source
   std::string display; // the column as messages name it
   std::vector<std::unique_ptr<BoundExpr>> args;
   std::unique_ptr<BoundQuery> query;
 };
 using BoundExprPtr = std::unique_ptr<BoundExpr>;
 
+BoundExprPtr MakeNode(BoundExpr::Kind kind, const Type& type);
+BoundExprPtr MakeConstant(Datum value, const Type& type);
+BoundExprPtr MakeFunction(FunctionId function, const Type& type, std::vector<BoundExprPtr> args);
+BoundExprPtr MakeGlobal(GlobalValue value, const Type& type);
+bool IsNullConstant(const BoundExpr& expr);
+// Whether both always have the same value. Subqueries count as different.
 bool SameExpr(const BoundExpr& left, const BoundExpr& right);
+
+// The name that column number `index` of a query's result has within the statement.
+std::string ResultColumnName(size_t index);
 
 struct BoundSource {
   enum class Kind : uint8_t { Table, Query, Common, System, Join };
   Kind kind = Kind::Table;
   int id = 0;
-  std::string sql; // of a system view
+  const SystemView* system = nullptr;
   TablePtr table;
-  int common = 0;
+  int common = 0; // the number of a common table expression
   std::unique_ptr<BoundQuery> query;
   JoinKind join = JoinKind::Inner;
   std::unique_ptr<BoundSource> left;
@@ -97,6 +183,7 @@ struct BoundSelect {
   BoundExprPtr having;
 };
 
+// A common table expression.
 struct BoundCommon {
   int id = 0;
   bool recursive = false;
@@ -117,7 +204,8 @@ using BoundQueryPtr = std::unique_ptr<BoundQuery>;
 struct BoundInsert {
   TablePtr table;
   std::vector<int> columns;
-  std::vector<std::vector<BoundExprPtr>> rows; // or
+  // Either rows of values or a query.
+  std::vector<std::vector<BoundExprPtr>> rows;
   BoundQueryPtr query;
   // Values beside the query's columns: defaults of the columns that the statement leaves out.
   std::vector<BoundExprPtr> extras;

@@ -1,5 +1,6 @@
 #include "tsql/compile/Planner.h"
 
+#include "tsql/compile/Preparation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -29,50 +30,35 @@ const ObjectName& TargetOf(const Statement& statement) {
 
 bool Planner::IsCurrent(Plan& plan) const {
   if (plan.version == 0) return false;
-  if (plan.version == catalog_.Version()) return true;
+  if (plan.version == context_.catalog.Version()) return true;
   const bool same =
       std::all_of(plan.dependencies.begin(), plan.dependencies.end(), [&](const Dependency& entry) {
         if (entry.view) {
-          const ModulePtr view = catalog_.FindView(entry.name);
-          return !catalog_.FindTable(entry.name) && view && view->text == entry.view->text;
+          const ModulePtr view = context_.catalog.FindView(entry.name);
+          return !context_.catalog.FindTable(entry.name) && view && view->text == entry.view->text;
         }
-        return IsSame(catalog_.FindTable(entry.name), entry.table);
+        return IsSame(context_.catalog.FindTable(entry.name), entry.table);
       });
-  if (same) plan.version = catalog_.Version();
+  if (same) plan.version = context_.catalog.Version();
   return same;
 }
 
-PreparedStatement Planner::Prepare(const std::string& sql) const {
-  try {
-    return connection_.Prepare(sql);
-  } catch (const SqliteFailure& failure) {
-    // SQLite's own limits, in the server's terms.
-    const std::string_view message = failure.what();
-    if (message == "at most 64 tables in a join") Fail(106, {"64"});
-    constexpr std::string_view kTooDeep[] = {"Expression tree is too large", "parser stack overflow",
-                                             "too many terms in compound SELECT"};
-    for (const std::string_view text : kTooDeep)
-      if (message.starts_with(text)) Fail(191, {});
-    throw;
-  }
-}
-
 void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const {
-  plan.statement = Prepare(emitted.sql);
+  plan.statement = Prepare(context_.connection, emitted.sql);
   plan.parameters = std::move(emitted.parameters);
   plan.dependencies = binder.Dependencies();
   plan.wantsLock = binder.WantsUpdateLock();
-  plan.version = catalog_.Version();
+  plan.version = context_.catalog.Version();
 }
 
 Binder Planner::MakeBinder() const {
-  Binder binder(catalog_, unit_.variables, unit_.markers);
+  Binder binder(context_.catalog, unit_.variables, unit_.markers);
   binder.SetPending(pending_);
   return binder;
 }
 
 Plan& Planner::QueryPlan(const QueryStatement& statement) {
-  Plan& plan = PlanAt(statement.slot);
+  Plan& plan = PlanAt(&statement);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
@@ -86,9 +72,9 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
   return plan;
 }
 
-Plan& Planner::ChangePlan(const Statement& statement, std::string_view identityInsertTable) {
-  Plan& plan = PlanAt(statement.slot);
-  const bool identityInsert = EqualNames(TargetOf(statement).name, identityInsertTable);
+Plan& Planner::ChangePlan(const Statement& statement) {
+  Plan& plan = PlanAt(&statement);
+  const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
   if (plan.identityInsert == identityInsert && IsCurrent(plan)) return plan;
   plan = Plan();
   plan.identityInsert = identityInsert;
@@ -125,23 +111,22 @@ Plan Planner::UpdatedRowsPlan(const UpdateStatement& statement, std::string_view
   return plan;
 }
 
-Plan& Planner::ConditionPlan(const Evaluated& condition) {
-  Plan& plan = PlanAt(condition.slot);
+Plan& Planner::ConditionPlan(const Expr& condition) {
+  Plan& plan = PlanAt(&condition);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
-  const BoundExprPtr bound = binder.BindCondition(*condition.expr);
+  const BoundExprPtr bound = binder.BindCondition(condition);
   Finish(plan, binder, Emitter().EmitCondition(*bound));
   return plan;
 }
 
-Plan& Planner::ValuePlan(const Evaluated& value, const Type* type) {
-  Plan& plan = PlanAt(value.slot);
+Plan& Planner::ValuePlan(const Expr& value, const Type* type) {
+  Plan& plan = PlanAt(&value);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
-  const BoundExprPtr bound =
-      type != nullptr ? binder.BindValueFor(*value.expr, *type) : binder.BindScalar(*value.expr);
+  const BoundExprPtr bound = type != nullptr ? binder.BindValueFor(value, *type) : binder.BindScalar(value);
   Column column;
   column.type = bound->type;
   plan.columns.push_back(column);
@@ -149,10 +134,21 @@ Plan& Planner::ValuePlan(const Evaluated& value, const Type* type) {
   return plan;
 }
 
+Plan& Planner::AssignmentPlan(const SetVariableStatement& statement) {
+  Plan& plan = PlanAt(statement.value.get());
+  if (IsCurrent(plan)) return plan;
+  const int variable = RequireVariable(statement.name);
+  ValuePlan(*statement.value, &unit_.variables[static_cast<size_t>(variable)].type);
+  plan.assigned.push_back(variable);
+  return plan;
+}
+
 // ---- ahead of execution
 
-void Planner::RequireVariable(const std::string& name) const {
-  if (FindVariable(unit_.variables, name) < 0) Fail(137, {name});
+int Planner::RequireVariable(const std::string& name) const {
+  const int found = FindVariable(unit_.variables, name);
+  if (found < 0) Fail(137, {name});
+  return found;
 }
 
 void Planner::Declare(const DeclareStatement& statement) {
@@ -162,17 +158,17 @@ void Planner::Declare(const DeclareStatement& statement) {
   }
 }
 
-void Planner::CompileAll(std::string_view identityInsertTable) {
-  CompileList(*unit_.body, identityInsertTable);
+void Planner::CompileAll() {
+  CompileList(*unit_.body);
 }
 
-void Planner::CompileList(const StatementList& statements, std::string_view identityInsertTable) {
-  for (const StatementPtr& statement : statements) Compile(*statement, identityInsertTable);
+void Planner::CompileList(const StatementList& statements) {
+  for (const StatementPtr& statement : statements) Compile(*statement);
 }
 
-void Planner::Compile(const Statement& statement, std::string_view identityInsertTable) {
+void Planner::Compile(const Statement& statement) {
   try {
-    CompileBody(statement, identityInsertTable);
+    CompileBody(statement);
   } catch (const Error& error) {
     if (IsDeferred(error)) return;
     throw Error(error.number, error.severity, error.state, error.line > 0 ? error.line : statement.line,
@@ -186,7 +182,15 @@ void Planner::CompileExecute(const ExecuteStatement& statement) {
     if (!argument.outputVariable.empty()) RequireVariable(argument.outputVariable);
 }
 
-void Planner::CompileBody(const Statement& statement, std::string_view identityInsertTable) {
+void Planner::CompileCondition(const Expr& condition) {
+  try {
+    ConditionPlan(condition);
+  } catch (const Error& error) {
+    if (!IsDeferred(error)) throw;
+  }
+}
+
+void Planner::CompileBody(const Statement& statement) {
   switch (statement.kind) {
   case StatementKind::Query: {
     const auto& query = static_cast<const QueryStatement&>(statement);
@@ -202,53 +206,36 @@ void Planner::CompileBody(const Statement& statement, std::string_view identityI
     break;
   case StatementKind::Insert:
   case StatementKind::Update:
-  case StatementKind::Delete: ChangePlan(statement, identityInsertTable); break;
+  case StatementKind::Delete: ChangePlan(statement); break;
   case StatementKind::Declare: {
     const auto& declare = static_cast<const DeclareStatement&>(statement);
     Declare(declare);
     for (const VariableDeclaration& variable : declare.variables)
-      if (variable.initial.expr) ValuePlan(variable.initial, &variable.type);
+      if (variable.initial) ValuePlan(*variable.initial, &variable.type);
     break;
   }
-  case StatementKind::SetVariable: {
-    const auto& set = static_cast<const SetVariableStatement&>(statement);
-    RequireVariable(set.name);
-    const auto index = static_cast<size_t>(FindVariable(unit_.variables, set.name));
-    const Type type = unit_.variables[index].type;
-    ValuePlan(set.value, &type);
-    break;
-  }
+  case StatementKind::SetVariable: AssignmentPlan(static_cast<const SetVariableStatement&>(statement)); break;
   case StatementKind::If: {
     const auto& branch = static_cast<const IfStatement&>(statement);
-    try {
-      ConditionPlan(branch.condition);
-    } catch (const Error& error) {
-      if (!IsDeferred(error)) throw;
-    }
-    Compile(*branch.thenBranch, identityInsertTable);
-    if (branch.elseBranch) Compile(*branch.elseBranch, identityInsertTable);
+    CompileCondition(*branch.condition);
+    Compile(*branch.thenBranch);
+    if (branch.elseBranch) Compile(*branch.elseBranch);
     break;
   }
   case StatementKind::While: {
     const auto& loop = static_cast<const WhileStatement&>(statement);
-    try {
-      ConditionPlan(loop.condition);
-    } catch (const Error& error) {
-      if (!IsDeferred(error)) throw;
-    }
-    Compile(*loop.body, identityInsertTable);
+    CompileCondition(*loop.condition);
+    Compile(*loop.body);
     break;
   }
-  case StatementKind::Block:
-    CompileList(static_cast<const BlockStatement&>(statement).statements, identityInsertTable);
-    break;
+  case StatementKind::Block: CompileList(static_cast<const BlockStatement&>(statement).statements); break;
   case StatementKind::TryCatch: {
     const auto& tryCatch = static_cast<const TryCatchStatement&>(statement);
-    CompileList(tryCatch.tryBody, identityInsertTable);
-    CompileList(tryCatch.catchBody, identityInsertTable);
+    CompileList(tryCatch.tryBody);
+    CompileList(tryCatch.catchBody);
     break;
   }
-  case StatementKind::Print: ValuePlan(static_cast<const PrintStatement&>(statement).value, nullptr); break;
+  case StatementKind::Print: ValuePlan(*static_cast<const PrintStatement&>(statement).value, nullptr); break;
   case StatementKind::Execute: CompileExecute(static_cast<const ExecuteStatement&>(statement)); break;
   default: break;
   }
