@@ -1,6 +1,7 @@
 #include "tsql/run/Database.h"
 
 #include "tsql/values/Errors.h"
+#include "tsql/values/Hexadecimal.h"
 
 #include <map>
 #include <mutex>
@@ -9,10 +10,8 @@ namespace tsql {
 namespace {
 
 constexpr std::string_view kMemoryPrefix = ":memory:";
-constexpr int64_t kApplicationId = 0x7453514C; // marks a file as a database of this engine
 
 std::string EncodeUri(std::string_view text) {
-  constexpr const char* kDigits = "0123456789ABCDEF";
   std::string uri;
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
@@ -22,8 +21,7 @@ std::string EncodeUri(std::string_view text) {
       uri += character;
     } else {
       uri += '%';
-      uri += kDigits[byte >> 4U];
-      uri += kDigits[byte & 0xFU];
+      AppendHex(uri, character);
     }
   }
   return uri;
@@ -37,9 +35,9 @@ std::string FileStem(std::string_view path) {
   return std::string(name);
 }
 
-int64_t ReadInteger(const Connection& connection, const std::string& sql) {
-  PreparedStatement statement = connection.Prepare(sql);
-  return statement.Step() ? statement.ColumnInteger(0) : 0;
+bool IsEmpty(const Connection& connection) {
+  PreparedStatement statement = connection.Prepare("SELECT 1 FROM main.sqlite_schema");
+  return !statement.Step();
 }
 
 struct Registry {
@@ -75,20 +73,21 @@ void DatabaseImpl::Prepare(OpenMode mode) {
   if (isFile_ && mode == OpenMode::Existing) {
     try {
       const Connection probe(path_, SQLITE_OPEN_READWRITE);
-      if (ReadInteger(probe, "PRAGMA application_id") != kApplicationId) Fail(4060, {name_});
+      if (!storage::IsMarked(probe)) Fail(4060, {name_});
     } catch (const SqliteFailure&) {
       Fail(4060, {name_});
     }
   }
   try {
     anchor_ = std::make_unique<Connection>(Connect());
-    if (isFile_ && ReadInteger(*anchor_, "PRAGMA application_id") != kApplicationId) {
-      if (ReadInteger(*anchor_, "SELECT count(*) FROM main.sqlite_schema") != 0) Fail(4060, {name_});
-      anchor_->Run("PRAGMA journal_mode = WAL; PRAGMA main.application_id = " +
-                   std::to_string(kApplicationId));
+    if (isFile_ && !storage::IsMarked(*anchor_)) {
+      if (!IsEmpty(*anchor_)) Fail(4060, {name_});
+      anchor_->Run("PRAGMA journal_mode = WAL");
+      storage::Mark(*anchor_);
     }
-    Catalog::CreateStorage(*anchor_, Place::Main);
-    Catalog::CreateStorage(*anchor_, Place::Global);
+    if (isFile_) storage::CheckVersion(*anchor_, name_);
+    storage::CreateTables(*anchor_, Place::Main);
+    storage::CreateTables(*anchor_, Place::Global);
   } catch (const SqliteFailure&) {
     Fail(4060, {name_});
   }

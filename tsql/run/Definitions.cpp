@@ -1,24 +1,24 @@
 #include "tsql/run/Definitions.h"
 
-#include "tsql/bind/Binder.h"
-#include "tsql/emit/Emitter.h"
 #include "tsql/run/ForeignKeys.h"
-#include "tsql/syntax/Parser.h"
+#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Hexadecimal.h"
+#include "tsql/values/NameHash.h"
 
 #include <algorithm>
 
 namespace tsql {
 namespace {
 
-const char* StorageType(const Type& type) {
+std::string StorageType(const Type& type) {
   switch (FamilyOf(type.id)) {
   case Family::Integer:
   case Family::DateTime: return "INTEGER";
   case Family::Decimal: return IsWide(type) ? "BLOB" : "INTEGER";
   case Family::Float: return "REAL";
-  case Family::Text: return "TEXT COLLATE tsql";
+  case Family::Text: return std::string("TEXT COLLATE ") + storage::kCollation;
   case Family::Guid: return "TEXT";
   case Family::Binary: break;
   }
@@ -32,12 +32,9 @@ bool IsIntegerStored(const Type& type) {
 
 // A name for a constraint that was given none, in the server's manner and unique within the table.
 std::string GeneratedName(const char* prefix, const TableInfo& table) {
-  uint32_t hash = 2166136261U;
-  for (const char character : ToLower(table.storageName))
-    hash = (hash ^ static_cast<unsigned char>(character)) * 16777619U;
-  constexpr const char* kDigits = "0123456789ABCDEF";
+  const uint32_t hash = HashOfName(table.storageName);
   std::string name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__";
-  for (unsigned shift = 32; shift > 0; shift -= 4) name += kDigits[(hash >> (shift - 4)) & 0xFU];
+  for (unsigned shift = 32; shift > 0; shift -= 8) AppendHex(name, static_cast<char>(hash >> (shift - 8)));
   return name + std::to_string(table.keys.size());
 }
 
@@ -47,18 +44,18 @@ std::string NullSafeKey(const ColumnInfo& column) {
   const bool isBlob = FamilyOf(column.type.id) == Family::Binary || IsWide(column.type);
   std::string key = "ifnull(" + QuoteName(column.name);
   key += isBlob ? ", '')" : ", x'')";
-  if (IsText(column.type)) key += " COLLATE tsql";
+  if (IsText(column.type)) key.append(" COLLATE ").append(storage::kCollation);
   return key;
 }
 
 } // namespace
 
-void SchemaEditor::CheckNew(const ObjectName& name) const {
+void Definitions::CheckNew(const ObjectName& name) const {
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) FailUnsupported("A schema other than dbo");
   if (catalog_.Exists(name)) Fail(2714, {name.name});
 }
 
-void SchemaEditor::AddColumn(TableInfo& table, const ColumnDefinition& definition) const {
+void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition) const {
   if (table.FindColumn(definition.name) >= 0) Fail(2705, {definition.name, table.name});
   ColumnInfo column;
   column.name = definition.name;
@@ -76,7 +73,7 @@ void SchemaEditor::AddColumn(TableInfo& table, const ColumnDefinition& definitio
   table.columns.push_back(std::move(column));
 }
 
-void SchemaEditor::AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const {
+void Definitions::AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const {
   KeyInfo key;
   key.name = definition.name;
   if (!key.name.empty() && table.place == Place::Main && catalog_.ConstraintExists(key.name))
@@ -109,14 +106,14 @@ void SchemaEditor::AddConstraint(TableInfo& table, const ConstraintDefinition& d
 }
 
 // The table that the key refers to; itself while it is being made.
-TablePtr SchemaEditor::FindReferenced(const TableInfo& table, const KeyInfo& key) const {
+TablePtr Definitions::FindReferenced(const TableInfo& table, const KeyInfo& key) const {
   if (EqualNames(key.referencedTable, table.name)) return std::make_shared<const TableInfo>(table);
   ObjectName name;
   name.name = key.referencedTable;
   return catalog_.FindTable(name);
 }
 
-void SchemaEditor::AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const {
+void Definitions::AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const {
   if (table.place != Place::Main) FailUnsupported("A FOREIGN KEY constraint of a temporary table");
   KeyInfo key;
   key.kind = KeyKind::ForeignKey;
@@ -158,7 +155,7 @@ void SchemaEditor::AddForeignKey(TableInfo& table, const ConstraintDefinition& d
   table.keys.push_back(std::move(key));
 }
 
-void SchemaEditor::ChooseRowid(TableInfo& table) const {
+void Definitions::ChooseRowid(TableInfo& table) const {
   table.rowidColumn = table.identityColumn;
   if (table.rowidColumn >= 0) return;
   for (const KeyInfo& key : table.keys) {
@@ -168,7 +165,7 @@ void SchemaEditor::ChooseRowid(TableInfo& table) const {
   }
 }
 
-void SchemaEditor::CreateTable(const CreateTableStatement& statement) {
+void Definitions::CreateTable(const CreateTableStatement& statement) {
   CheckNew(statement.table);
   TableInfo table;
   table.name = statement.table.name;
@@ -199,7 +196,7 @@ void SchemaEditor::CreateTable(const CreateTableStatement& statement) {
   catalog_.AddTable(table);
 }
 
-void SchemaEditor::CreateTable(const ObjectName& name, const std::vector<Column>& columns) {
+void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>& columns) {
   CheckNew(name);
   TableInfo table;
   table.name = name.name;
@@ -217,7 +214,7 @@ void SchemaEditor::CreateTable(const ObjectName& name, const std::vector<Column>
   catalog_.AddTable(table);
 }
 
-std::string SchemaEditor::ColumnSql(const TableInfo& table, size_t column) const {
+std::string Definitions::ColumnSql(const TableInfo& table, size_t column) const {
   const ColumnInfo& info = table.columns[column];
   std::string sql = QuoteName(info.name) + " " + StorageType(info.type);
   if (static_cast<int>(column) == table.rowidColumn) {
@@ -228,16 +225,12 @@ std::string SchemaEditor::ColumnSql(const TableInfo& table, size_t column) const
   return sql;
 }
 
-std::string SchemaEditor::CheckSql(const TableInfo& table, const KeyInfo& key) const {
-  const ExprPtr expr = ParseCheck(key.checkText);
-  const std::vector<VariableInfo> noVariables;
-  const std::vector<Type> noMarkers;
-  Binder binder(catalog_, noVariables, noMarkers);
-  const BoundExprPtr bound = binder.BindCheck(*expr, table);
-  return "CONSTRAINT " + QuoteName(key.name) + " CHECK (" + Emitter().EmitCheck(*bound) + ")";
+std::string Definitions::CheckSql(const TableInfo& table, const KeyInfo& key) const {
+  return "CONSTRAINT " + QuoteName(key.name) + " CHECK (" + compiler_.CompileCheck(table, key.checkText) +
+         ")";
 }
 
-void SchemaEditor::Build(const TableInfo& table) const {
+void Definitions::Build(const TableInfo& table) const {
   std::string sql = "CREATE TABLE " + table.SqlName() + "(";
   for (size_t i = 0; i < table.columns.size(); ++i) sql += (i > 0 ? ", " : "") + ColumnSql(table, i);
   for (const KeyInfo& key : table.keys)
@@ -249,7 +242,7 @@ void SchemaEditor::Build(const TableInfo& table) const {
                     QuoteText(table.storageName) + ", " + std::to_string(table.seed - 1) + ")");
 }
 
-void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const {
+void Definitions::BuildIndex(const TableInfo& table, const KeyInfo& key) const {
   if (key.kind == KeyKind::Check || key.kind == KeyKind::ForeignKey) return;
   if (key.columns.size() == 1 && key.columns[0] == table.rowidColumn && key.kind != KeyKind::Index) return;
   const bool unique = key.kind != KeyKind::Index;
@@ -267,18 +260,19 @@ void SchemaEditor::BuildIndex(const TableInfo& table, const KeyInfo& key) const 
     nullSafe += NullSafeKey(column);
     nullable = nullable || column.nullable;
   }
-  const std::string name = table.storageName + "." + key.name;
   const std::string prefix = std::string(PlaceName(table.place)) + ".";
   const std::string on = " ON " + QuoteName(table.storageName) + "(";
   // SQLite lets NULLs repeat in a unique index, the server does not: such an index is made twice, once to
   // refuse and once to search.
   if (unique && nullable)
-    connection_.Run("CREATE UNIQUE INDEX " + prefix + QuoteName(name + "~") + on + nullSafe + ")");
+    connection_.Run("CREATE UNIQUE INDEX " + prefix +
+                    QuoteName(storage::NullSafeIndexName(table.storageName, key.name)) + on + nullSafe + ")");
   const char* kind = unique && !nullable ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
-  connection_.Run(kind + prefix + QuoteName(name) + on + plain + ")");
+  connection_.Run(kind + prefix + QuoteName(storage::IndexName(table.storageName, key.name)) + on + plain +
+                  ")");
 }
 
-void SchemaEditor::DropTable(const TableInfo& table) {
+void Definitions::DropTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_)) {
     if (!EqualNames(foreignKey.child->name, table.name)) Fail(3726, {table.name});
     DropForeignKeyTriggers(connection_, *foreignKey.key);
@@ -287,7 +281,7 @@ void SchemaEditor::DropTable(const TableInfo& table) {
   catalog_.RemoveTable(table);
 }
 
-void SchemaEditor::TruncateTable(const TableInfo& table) {
+void Definitions::TruncateTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))
     if (EqualNames(foreignKey.parent->name, table.name)) Fail(4712, {table.name});
   connection_.Run("DELETE FROM " + table.SqlName());
@@ -298,7 +292,7 @@ void SchemaEditor::TruncateTable(const TableInfo& table) {
                   std::to_string(table.seed - 1) + ")");
 }
 
-void SchemaEditor::AlterAddColumn(TableInfo& table, const ColumnDefinition& definition) const {
+void Definitions::AlterAddColumn(TableInfo& table, const ColumnDefinition& definition) const {
   if (definition.identity) FailUnsupported("ALTER TABLE ADD of an identity column");
   AddColumn(table, definition);
   const size_t column = table.columns.size() - 1;
@@ -308,20 +302,12 @@ void SchemaEditor::AlterAddColumn(TableInfo& table, const ColumnDefinition& defi
     PreparedStatement any = connection_.Prepare("SELECT 1 FROM " + table.SqlName());
     if (info.defaultText.empty() && any.Step()) Fail(4901, {info.name, table.name});
     // Rows that exist get the default; SQLite wants it as a constant.
-    const std::vector<VariableInfo> noVariables;
-    const std::vector<Type> noMarkers;
-    Binder binder(catalog_, noVariables, noMarkers);
-    const ExprPtr expr = ParseDefault(info.defaultText.empty() ? "0" : info.defaultText);
-    const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), info.type);
-    PreparedStatement value = connection_.Prepare(Emitter().EmitValue(*bound).sql);
-    value.Step();
-    Emitter constant;
-    sql += " DEFAULT " + constant.EmitCheck(*MakeConstant(value.ColumnDatum(0), info.type));
+    sql += " DEFAULT " + compiler_.CompileDefault(info);
   }
   connection_.Run(sql);
 }
 
-void SchemaEditor::AlterTable(const AlterTableStatement& statement) {
+void Definitions::AlterTable(const AlterTableStatement& statement) {
   const TablePtr found = catalog_.FindTable(statement.table);
   if (!found) Fail(4902, {statement.table.name});
   TableInfo table = *found;
@@ -345,7 +331,7 @@ void SchemaEditor::AlterTable(const AlterTableStatement& statement) {
   catalog_.ReplaceTable(table);
 }
 
-void SchemaEditor::CreateIndex(const CreateIndexStatement& statement) {
+void Definitions::CreateIndex(const CreateIndexStatement& statement) {
   const TablePtr found = catalog_.FindTable(statement.table);
   if (!found) Fail(4902, {statement.table.name});
   TableInfo table = *found;
@@ -370,7 +356,7 @@ void SchemaEditor::CreateIndex(const CreateIndexStatement& statement) {
   catalog_.ReplaceTable(table);
 }
 
-void SchemaEditor::DropIndex(const ObjectName& name, bool ifExists) {
+void Definitions::DropIndex(const ObjectName& name, bool ifExists) {
   ObjectName tableName;
   tableName.name = name.schema;
   const TablePtr found = catalog_.FindTable(tableName);
@@ -387,8 +373,8 @@ void SchemaEditor::DropIndex(const ObjectName& name, bool ifExists) {
     return;
   }
   const std::string prefix = std::string("DROP INDEX IF EXISTS ") + PlaceName(table.place) + ".";
-  const std::string storageName = table.storageName + "." + key->name;
-  connection_.Run(prefix + QuoteName(storageName) + "; " + prefix + QuoteName(storageName + "~"));
+  connection_.Run(prefix + QuoteName(storage::IndexName(table.storageName, key->name)) + "; " + prefix +
+                  QuoteName(storage::NullSafeIndexName(table.storageName, key->name)));
   table.keys.erase(key);
   catalog_.ReplaceTable(table);
 }

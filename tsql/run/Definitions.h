@@ -2,14 +2,14 @@
 // the definition in the catalog. The caller encloses each call in a StatementScope.
 #pragma once
 
-#include "tsql/catalog/Catalog.h"
-#include "tsql/syntax/StatementTree.h"
+#include "tsql/compile/Compiler.h"
 
 namespace tsql {
 
-class SchemaEditor {
+class Definitions {
  public:
-  SchemaEditor(const Connection& connection, Catalog& catalog) : connection_(connection), catalog_(catalog) {}
+  Definitions(const Connection& connection, Catalog& catalog, const Compiler& compiler)
+      : connection_(connection), catalog_(catalog), compiler_(compiler) {}
 
   void CreateTable(const CreateTableStatement& statement);
   // For SELECT ... INTO: the table without keys.
@@ -18,7 +18,8 @@ class SchemaEditor {
   void TruncateTable(const TableInfo& table);
   void AlterTable(const AlterTableStatement& statement);
   void CreateIndex(const CreateIndexStatement& statement);
-  void DropIndex(const ObjectName& name, bool ifExists); // schema: the table
+  // The table stands in the place of the schema.
+  void DropIndex(const ObjectName& name, bool ifExists);
 
  private:
   void AddColumn(TableInfo& table, const ColumnDefinition& definition) const;
@@ -35,6 +36,7 @@ class SchemaEditor {
 
   const Connection& connection_;
   Catalog& catalog_;
+  const Compiler& compiler_;
 };
 
 } // namespace tsql

@@ -27,7 +27,7 @@ std::string_view FailedPart(std::string_view message) {
 
 const KeyInfo* FindKeyByIndex(const TableInfo& table, std::string_view message) {
   for (const KeyInfo& key : table.keys)
-    if (message == "index '" + table.storageName + "." + key.name + "~'") return &key;
+    if (message == "index '" + storage::NullSafeIndexName(table.storageName, key.name) + "'") return &key;
   return nullptr;
 }
 

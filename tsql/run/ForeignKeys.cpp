@@ -1,5 +1,7 @@
 #include "tsql/run/ForeignKeys.h"
 
+#include "tsql/functions/FunctionNames.h"
+#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -28,8 +30,10 @@ std::string IsOrphan(const TableInfo& child, const KeyInfo& key, const TableInfo
   return sql + "NOT EXISTS (SELECT 1" + MatchingParent(child, key, parent, row) + ")";
 }
 
-std::string TriggerName(const KeyInfo& key, char what) {
-  return "main." + QuoteName("~" + key.name + "~" + what);
+using Event = storage::ForeignKeyEvent;
+
+std::string TriggerName(const KeyInfo& key, Event event) {
+  return "main." + QuoteName(storage::TriggerName(key.name, event));
 }
 
 } // namespace
@@ -66,20 +70,23 @@ void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& chi
   const std::string orphan = IsOrphan(child, key, parent, "new.");
   const std::string left =
       "EXISTS (SELECT 1 FROM " + QuoteName(child.storageName) + " AS c WHERE " + referring + ")";
-  const std::string begin = " BEGIN SELECT t_suspect(" + QuoteText(key.name) + "); END";
-  const auto create = [&](char what, const std::string& event, const TableInfo& on, const std::string& when) {
-    connection.Run("CREATE TRIGGER " + TriggerName(key, what) + " AFTER " + event + " ON " +
+  const std::string begin =
+      std::string(" BEGIN SELECT ") + names::kSuspect + "(" + QuoteText(key.name) + "); END";
+  const auto create = [&](Event event, const std::string& change, const TableInfo& on,
+                          const std::string& when) {
+    connection.Run("CREATE TRIGGER " + TriggerName(key, event) + " AFTER " + change + " ON " +
                    QuoteName(on.storageName) + " WHEN " + when + begin);
   };
-  create('i', "INSERT", child, orphan);
-  create('u', "UPDATE OF " + childColumns, child, orphan);
-  create('d', "DELETE", parent, left);
-  create('p', "UPDATE OF " + parentColumns, parent, "(" + changed + ") AND " + left);
+  create(Event::ChildInserted, "INSERT", child, orphan);
+  create(Event::ChildUpdated, "UPDATE OF " + childColumns, child, orphan);
+  create(Event::ParentDeleted, "DELETE", parent, left);
+  create(Event::ParentUpdated, "UPDATE OF " + parentColumns, parent, "(" + changed + ") AND " + left);
 }
 
 void DropForeignKeyTriggers(const Connection& connection, const KeyInfo& key) {
-  for (const char what : {'i', 'u', 'd', 'p'})
-    connection.Run("DROP TRIGGER IF EXISTS " + TriggerName(key, what));
+  for (const Event event :
+       {Event::ChildInserted, Event::ChildUpdated, Event::ParentDeleted, Event::ParentUpdated})
+    connection.Run("DROP TRIGGER IF EXISTS " + TriggerName(key, event));
 }
 
 bool IsViolated(const Connection& connection, const TableInfo& child, const KeyInfo& key,

@@ -1,8 +1,8 @@
 // FOREIGN KEY constraints without referential actions, checked when a statement has ended.
 //
-// Triggers notice rows that may break a constraint and call t_suspect; after the statement the interpreter
-// looks at the suspected constraints as a whole. So rows of one statement may come in any order, as on the
-// server.
+// Triggers notice rows that may break a constraint and note its name; when the statement has ended, the
+// constraints that were noted are looked at as a whole. So the rows of one statement may come in any order,
+// as on the server.
 #pragma once
 
 #include "tsql/catalog/Catalog.h"

@@ -1,25 +1,17 @@
-// Runs compiled batches: control flow, variables, transactions, procedures, and what the server reports about
-// each. Errors of a statement go to the sink and end the statement or the batch as on the server.
+// Runs what the compiler made: control flow, variables, transactions, procedures, and what the server reports
+// about each statement. An error of a statement goes to the sink and ends the statement or the batch as on
+// the server.
 #pragma once
 
 #include "tsql/compile/Planner.h"
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Definitions.h"
+#include "tsql/run/Frame.h"
 #include "tsql/run/Transaction.h"
 
 #include <unordered_map>
 
 namespace tsql {
-
-// What a running batch or procedure holds.
-struct Frame {
-  CompiledUnit* unit = nullptr;
-  std::vector<Datum> variables;
-  std::vector<Datum> markers;
-  Datum scopeIdentity;
-  std::string procedure;
-  int32_t returnStatus = 0;
-};
 
 // Thrown through everything, CATCH blocks too, when the work limit is reached.
 struct WorkExhausted {
@@ -28,27 +20,25 @@ struct WorkExhausted {
 
 class Interpreter {
  public:
-  Interpreter(const Connection& connection, Catalog& catalog, FunctionContext& context,
-              Transaction& transaction);
+  Interpreter(const Connection& connection, Catalog& catalog, Compiler& compiler, Definitions& definitions,
+              FunctionContext& context, Transaction& transaction);
 
   // Runs a batch; false when a statement failed.
   bool RunBatch(CompiledUnit& unit, Frame& frame, ResultSink& sink);
   // Runs a procedure whose frame holds its parameters.
   bool RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sink);
 
-  std::shared_ptr<CompiledUnit> CompileBatch(std::string_view text,
-                                             const std::vector<VariableInfo>& variables,
-                                             const std::vector<Type>& markers);
-  std::shared_ptr<CompiledUnit> CompileProcedure(const ObjectName& name); // 2812 when there is none
-  // Fills parameters that were not given with their defaults; 201 when one has none.
+  // Gives the parameters of a procedure that were not given their defaults; 201 when one has none.
   void FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given);
+  // Sends an error to the sink; the batch has failed.
   void Report(const Error& error, ResultSink& sink);
+  // A failure of SQLite as the server's error.
   Error Translate(const SqliteFailure& failure);
 
   void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   void SetLockTimeout(int milliseconds);
   void SetWorkLimit(std::optional<int64_t> steps);
-  void BeginWork(); // a batch or call begins: all of the limit is left
+  void BeginWork(); // a batch or call begins, and the whole limit is left
   bool NoCount() const { return noCount_; }
 
  private:
@@ -63,16 +53,22 @@ class Interpreter {
   Flow Run(const Statement& statement);
   Flow HandleError(Error error, const Statement& statement);
   Flow Dispatch(const Statement& statement);
+  // queries (RunQueries.cpp)
   Flow RunQuery(const QueryStatement& statement);
   void RunSelectInto(const QueryStatement& statement);
   void ReturnRows(Plan& plan);
   void AssignRows(Plan& plan);
+  void SendRowCount(int64_t count);
+
+  // changes (RunChanges.cpp)
   void RunChange(const Statement& statement);
-  // Makes a change under the foreign keys of its table; the number of rows.
+  // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change);
   int64_t StepChange(Plan& plan);
   int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
+
+  // control flow (Interpreter.cpp)
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);
@@ -81,60 +77,65 @@ class Interpreter {
   Flow RunReturn(const ReturnStatement& statement);
   void RunPrint(const PrintStatement& statement);
   void RunTransaction(const TransactionStatement& statement);
+
+  // errors on purpose (RunErrors.cpp)
   Flow RunTryCatch(const TryCatchStatement& statement);
   void RunRaiserror(const RaiserrorStatement& statement);
   Flow RunThrow(const ThrowStatement& statement);
+
+  // procedures (RunProcedures.cpp)
   Flow RunExecute(const ExecuteStatement& statement);
   Flow RunText(const ExecuteStatement& statement);
   Flow RunNested(CompiledUnit& unit, Frame& frame);
   void BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, Frame& callee);
   void TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit, const Frame& callee);
+
+  // definitions (RunDefinitions.cpp)
   void RunDefinition(const Statement& statement);
   void RunDrop(const DropStatement& statement);
-  void RunModule(const ObjectName& name, ObjectKind kind, const std::string& text, bool alter);
+  void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter);
   void RunTruncate(const TruncateStatement& statement);
+  void MarkSchemaChange(Place place);
 
+  void BeginStatement();
   bool TakeStep() { return !workLimit_ || TakeLimitedStep(); }
   bool TakeLimitedStep();
-  Planner MakePlanner() { return {connection_, catalog_, *frame_->unit}; }
+  Planner MakePlanner() const { return compiler_.PlannerFor(*frame_->unit); }
+
+  // parameters and values (RunValues.cpp)
   void BindParameters(Plan& plan);
   const Datum& ParameterValue(const ParameterRef& ref);
   Datum GlobalDatum(GlobalValue value) const;
-  Datum Evaluate(const Evaluated& value, Type& type);
-  std::string EvaluateText(const Evaluated& value);
-  int64_t EvaluateInteger(const Evaluated& value);
-  bool Test(const Evaluated& condition);
-  void BeginStatement();
-  void SendRowCount(int64_t count);
-  void BumpSchema(Place place);
+  Datum Evaluate(const Expr& value, Type& type);
+  std::string EvaluateText(const Expr& value);
+  int64_t EvaluateInteger(const Expr& value);
+  bool Test(const Expr& condition);
 
   const Connection& connection_;
   Catalog& catalog_;
+  Compiler& compiler_;
+  Definitions& definitions_;
   FunctionContext& context_;
   Transaction& transaction_;
-  SchemaEditor schema_;
   ResultSink* sink_ = nullptr;
-  Frame* frame_ = nullptr;
+  Frame* frame_ = nullptr; // of the innermost procedure or the batch
 
-  std::string identityInsertTable_;
-  std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
-  std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
   std::optional<Error> caught_; // of the CATCH block that runs
   std::string caughtProcedure_;
-  std::vector<Datum> globals_; // values bound while a statement runs
-  const TableInfo* target_ = nullptr;
-  std::string_view verb_;
+  std::vector<Datum> globals_;        // values bound while a statement runs
+  const TableInfo* target_ = nullptr; // of the change that runs
+  std::string_view verb_;             // and its word, as messages have it
   Datum identity_;
   int64_t rowCount_ = 0;
   std::optional<int64_t> workLimit_;
   int64_t workLeft_ = 0;
   int lastError_ = 0;
-  int tryDepth_ = 0;
-  int nesting_ = 0;
+  int tryDepth_ = 0; // open TRY blocks, the callers' included
+  int nesting_ = 0;  // procedures within procedures
   bool noCount_ = false;
   bool xactAbort_ = false;
   bool failed_ = false;
-  bool abortsAll_ = false;
+  bool abortsAll_ = false; // what ended a procedure ends its callers too
 };
 
 } // namespace tsql

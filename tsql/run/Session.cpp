@@ -15,8 +15,9 @@ class SessionImpl : public Session {
  public:
   explicit SessionImpl(std::shared_ptr<DatabaseImpl> database)
       : database_(std::move(database)), connection_(database_->Connect()),
-        catalog_(connection_, database_->Name()), transaction_(connection_, catalog_),
-        interpreter_(connection_, catalog_, context_, transaction_) {
+        catalog_(connection_, database_->Name()), compiler_(connection_, catalog_),
+        definitions_(connection_, catalog_, compiler_), transaction_(connection_, catalog_),
+        interpreter_(connection_, catalog_, compiler_, definitions_, context_, transaction_) {
     context_.catalog = &catalog_;
     RegisterFunctions(connection_.Handle(), context_);
     dataVersion_ = connection_.Prepare("PRAGMA main.data_version");
@@ -51,7 +52,8 @@ class SessionImpl : public Session {
   void DropGlobalTables();
   void PublishSchema();
   static Arguments ReadArguments(std::span<Parameter> parameters);
-  static void WriteOutputs(std::span<Parameter> parameters, const CompiledUnit& unit, const Frame& frame);
+  // `index` is that of the variable which the output parameter receives.
+  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame, size_t index);
   std::vector<bool> FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit, Frame& frame) const;
   template <typename Work>
   bool Guard(ResultSink& sink, Work work);
@@ -60,6 +62,8 @@ class SessionImpl : public Session {
   FunctionContext context_;
   Connection connection_;
   Catalog catalog_;
+  Compiler compiler_;
+  Definitions definitions_;
   Transaction transaction_;
   PreparedStatement schemaVersion_;
   PreparedStatement dataVersion_;
@@ -81,8 +85,8 @@ ChangeStamp SessionImpl::GetChangeStamp() {
   return {sqlite3_total_changes64(connection_.Handle()), dataVersion_.ColumnInteger(0)};
 }
 
+// Global temporary tables end with the session that created them.
 void SessionImpl::DropGlobalTables() {
-  // Global temporary tables end with the session that created them.
   Refresh();
   const std::vector<std::string> names = catalog_.OwnGlobalTables();
   for (const std::string& name : names) {
@@ -91,7 +95,7 @@ void SessionImpl::DropGlobalTables() {
     const TablePtr table = catalog_.FindTable(object);
     if (!table) continue;
     StatementScope scope(transaction_, Place::Global);
-    SchemaEditor(connection_, catalog_).DropTable(*table);
+    definitions_.DropTable(*table);
     scope.Complete();
     transaction_.MarkSchemaChange();
   }
@@ -130,23 +134,14 @@ SessionImpl::Arguments SessionImpl::ReadArguments(std::span<Parameter> parameter
   return arguments;
 }
 
-void SessionImpl::WriteOutputs(std::span<Parameter> parameters, const CompiledUnit& unit,
-                               const Frame& frame) {
-  size_t position = 0;
-  for (Parameter& parameter : parameters) {
-    const size_t own = position++;
-    const int found =
-        parameter.name.empty() ? static_cast<int>(own) : FindVariable(unit.variables, parameter.name);
-    if (!parameter.output || found < 0 || static_cast<size_t>(found) >= frame.variables.size()) continue;
-    const auto index = static_cast<size_t>(found);
-    const Type type = CompleteType(parameter.type);
-    const Datum value = Convert(frame.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
-    parameter.storage = value.text;
-    parameter.value = ValueOfDatum(value, type);
-    const bool isText =
-        parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes;
-    if (isText) parameter.value.text = parameter.storage;
-  }
+void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame,
+                              size_t index) {
+  const Type type = CompleteType(parameter.type);
+  const Datum value = Convert(frame.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
+  parameter.storage = value.text;
+  parameter.value = ValueOfDatum(value, type);
+  const bool isText = parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes;
+  if (isText) parameter.value.text = parameter.storage;
 }
 
 template <typename Work>
@@ -172,14 +167,17 @@ bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameter
   return Guard(sink, [&] {
     Arguments arguments = ReadArguments(parameters);
     const std::shared_ptr<CompiledUnit> unit =
-        interpreter_.CompileBatch(batch, arguments.variables, arguments.markerTypes);
+        compiler_.CompileBatch(batch, arguments.variables, arguments.markerTypes);
     if (static_cast<size_t>(unit->batch->markers) > arguments.markers.size())
       Fail(180, {std::to_string(arguments.markers.size() + 1)});
     Frame frame;
     frame.variables = std::move(arguments.values);
     frame.markers = std::move(arguments.markers);
     const bool succeeded = interpreter_.RunBatch(*unit, frame, sink);
-    WriteOutputs(parameters, *unit, frame);
+    for (Parameter& parameter : parameters) {
+      const int variable = parameter.output ? FindVariable(unit->variables, parameter.name) : -1;
+      if (variable >= 0) WriteOutput(parameter, *unit, frame, static_cast<size_t>(variable));
+    }
     return succeeded;
   });
 }
@@ -191,14 +189,7 @@ std::vector<bool> SessionImpl::FillFrame(std::span<Parameter> parameters, const 
   std::vector<bool> given(declared.size(), false);
   size_t position = 0;
   for (const Parameter& parameter : parameters) {
-    size_t index = position++;
-    if (!parameter.name.empty()) {
-      const int found = FindVariable(unit.variables, parameter.name);
-      if (found < 0 || static_cast<size_t>(found) >= declared.size())
-        Fail(8145, {parameter.name, unit.procedure->name.name});
-      index = static_cast<size_t>(found);
-    }
-    if (index >= declared.size()) Fail(8144, {unit.procedure->name.name});
+    const size_t index = ParameterIndex(unit, parameter.name, position++);
     const Type type = CompleteType(parameter.type);
     frame.variables[index] =
         Convert(DatumOfValue(parameter.value, type), type, declared[index].type, ConvertMode::Cast);
@@ -218,11 +209,15 @@ std::optional<int32_t> SessionImpl::Call(std::string_view procedure, std::span<P
       name.schema = name.name.substr(0, dot);
       name.name.erase(0, dot + 1);
     }
-    const std::shared_ptr<CompiledUnit> unit = interpreter_.CompileProcedure(name);
+    const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(name);
     frame.procedure = unit->procedure->name.name;
     interpreter_.FillDefaults(*unit, frame, FillFrame(parameters, *unit, frame));
     const bool ran = interpreter_.RunProcedure(*unit, frame, sink);
-    WriteOutputs(parameters, *unit, frame);
+    size_t position = 0;
+    for (Parameter& parameter : parameters) {
+      const size_t index = ParameterIndex(*unit, parameter.name, position++);
+      if (parameter.output) WriteOutput(parameter, *unit, frame, index);
+    }
     return ran;
   });
   return succeeded ? std::optional<int32_t>(frame.returnStatus) : std::nullopt;

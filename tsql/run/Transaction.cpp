@@ -8,7 +8,7 @@ namespace tsql {
 
 void Transaction::LockMain() const {
   // A write that touches nothing takes the lock, waiting as long as the session waits.
-  connection_.Run("UPDATE main.\"~tables\" SET seed = seed WHERE 0");
+  connection_.Run(std::string("UPDATE main.") + storage::kTables + " SET seed = seed WHERE 0");
 }
 
 void Transaction::BeforeWrite() {
