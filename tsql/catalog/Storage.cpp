@@ -10,10 +10,6 @@ int64_t ReadPragma(const Connection& connection, const char* name) {
   return statement.Step() ? statement.ColumnInteger(0) : 0;
 }
 
-std::string SetVersion() {
-  return "PRAGMA main.user_version = " + std::to_string(storage::kVersion);
-}
-
 } // namespace
 
 const char* PlaceName(Place place) {
@@ -39,18 +35,18 @@ bool IsMarked(const Connection& connection) {
 }
 
 void Mark(const Connection& connection) {
-  connection.Run("PRAGMA main.application_id = " + std::to_string(kApplicationId) + ";" + SetVersion());
+  connection.Run("PRAGMA main.application_id = " + std::to_string(kApplicationId));
+  MarkVersion(connection);
 }
 
-void CheckVersion(const Connection& connection, const std::string& databaseName) {
+bool CheckVersion(const Connection& connection, const std::string& databaseName) {
   const int64_t version = ReadPragma(connection, "user_version");
   if (version > kVersion) Fail(948, {databaseName, std::to_string(version), std::to_string(kVersion)});
-  if (version == kVersion) return;
-  try {
-    connection.Run(SetVersion());
-  } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch)
-    // Another session writes at this moment. The file can be read without the mark; a later opening sets it.
-  }
+  return version != 0;
+}
+
+void MarkVersion(const Connection& connection) {
+  connection.Run("PRAGMA main.user_version = " + std::to_string(kVersion));
 }
 
 void CreateTables(const Connection& connection, Place place) {

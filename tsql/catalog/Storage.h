@@ -62,8 +62,10 @@ std::string TriggerName(std::string_view key, ForeignKeyEvent event);
 bool IsMarked(const Connection& connection);
 // Marks an empty file as a database of this engine and of the present version.
 void Mark(const Connection& connection);
-// Refuses a file of a newer version with 948, and marks one from before versions were written.
-void CheckVersion(const Connection& connection, const std::string& databaseName);
+// Refuses a file of a newer version with 948. False for one from before versions were written.
+bool CheckVersion(const Connection& connection, const std::string& databaseName);
+// Writes the present version.
+void MarkVersion(const Connection& connection);
 // Makes the engine's own tables where they are missing.
 void CreateTables(const Connection& connection, Place place);
 

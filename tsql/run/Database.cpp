@@ -40,6 +40,15 @@ bool IsEmpty(const Connection& connection) {
   return !statement.Step();
 }
 
+// The file can be read without the mark. Where another session writes at this moment, a later opening sets
+// it.
+void MarkVersion(const std::string& path) {
+  try {
+    storage::MarkVersion(Connection(path, SQLITE_OPEN_READWRITE)); // it does not wait for locks
+  } catch (const SqliteFailure&) {                                 // NOLINT(bugprone-empty-catch)
+  }
+}
+
 struct Registry {
   std::mutex mutex;
   std::map<std::string, std::weak_ptr<DatabaseImpl>, std::less<>> memory;
@@ -85,7 +94,7 @@ void DatabaseImpl::Prepare(OpenMode mode) {
       anchor_->Run("PRAGMA journal_mode = WAL");
       storage::Mark(*anchor_);
     }
-    if (isFile_) storage::CheckVersion(*anchor_, name_);
+    if (isFile_ && !storage::CheckVersion(*anchor_, name_)) MarkVersion(path_);
     storage::CreateTables(*anchor_, Place::Main);
     storage::CreateTables(*anchor_, Place::Global);
   } catch (const SqliteFailure&) {

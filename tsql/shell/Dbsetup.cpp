@@ -4,6 +4,7 @@
 // replaces the file, otherwise it is created if it is not there. A script's first error is followed by no
 // more of its batches, and the exit code is 1.
 #include "tsql/Script.h"
+#include "tsql/shell/CommandLine.h"
 #include "tsql/tsql.h"
 
 #include <cstdio>
@@ -19,10 +20,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path PathOf(const std::string& utf8) {
-  return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
+using tsql::shell::PathOf;
 
 class Report : public tsql::ResultSink {
  public:
@@ -87,18 +85,13 @@ int Run(std::vector<std::string> arguments) {
 
 } // namespace
 
-// Wide on Windows, where the narrow arguments are in some code page; as UTF-8 from here on.
 #ifdef _WIN32
 int wmain(int argc, wchar_t** argv) {
 #else
 int main(int argc, char** argv) {
 #endif
   try {
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) {
-      const std::u8string utf8 = fs::path(argv[i]).u8string();
-      arguments.emplace_back(utf8.begin(), utf8.end());
-    }
+    std::vector<std::string> arguments = tsql::shell::ArgumentsOf(argc, argv);
     return Run(std::move(arguments));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "dbsetup: %s\n", error.what());

@@ -3,6 +3,7 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Decimal.h"
+#include "tsql/values/Hexadecimal.h"
 #include "tsql/values/Types.h"
 
 #include <algorithm>
@@ -38,12 +39,8 @@ std::string FloatText(double value) {
 }
 
 std::string BytesText(std::string_view bytes) {
-  constexpr const char* kDigits = "0123456789ABCDEF";
   std::string text = "0x";
-  for (const char byte : bytes) {
-    text += kDigits[static_cast<unsigned char>(byte) >> 4U];
-    text += kDigits[static_cast<unsigned char>(byte) & 0xFU];
-  }
+  for (const char byte : bytes) AppendHex(text, byte);
   return text;
 }
 

@@ -5,6 +5,7 @@
 // go to standard output; errors to standard error, with the line within the batch, and the next batch
 // follows. The exit status is 1 when any batch failed, 2 when the command line is wrong.
 #include "tsql/Script.h"
+#include "tsql/shell/CommandLine.h"
 #include "tsql/shell/Output.h"
 
 #include <chrono>
@@ -27,6 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using tsql::shell::Form;
+using tsql::shell::PathOf;
 
 constexpr const char* kUsage =
     "usage: tsqlsh [--tsv] [--time] DATABASE [FILE...]\n"
@@ -40,10 +42,6 @@ struct Options {
   bool time = false;
   std::vector<std::string> arguments;
 };
-
-fs::path PathOf(const std::string& utf8) {
-  return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
 
 bool IsTerminal() {
 #ifdef _WIN32
@@ -113,7 +111,6 @@ std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
 
 } // namespace
 
-// Wide on Windows, where the narrow arguments are in some code page; as UTF-8 from here on.
 #ifdef _WIN32
 int wmain(int argc, wchar_t** argv) {
   // Lines end as the scripts have them, and UTF-8 passes as it is.
@@ -123,11 +120,7 @@ int wmain(int argc, wchar_t** argv) {
 int main(int argc, char** argv) {
 #endif
   try {
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) {
-      const std::u8string utf8 = fs::path(argv[i]).u8string();
-      arguments.emplace_back(utf8.begin(), utf8.end());
-    }
+    const std::vector<std::string> arguments = tsql::shell::ArgumentsOf(argc, argv);
     if (arguments.size() == 1 && arguments[0] == "--help") {
       std::fputs(kUsage, stdout);
       return 0;

@@ -34,6 +34,10 @@ TEST_F(LimitsTest, Nesting) {
   std::string tables = "SELECT COUNT(*) FROM (SELECT 1 AS a) x";
   for (int i = 0; i < 70; ++i) tables += ", (SELECT 1 AS a) x" + std::to_string(i);
   EXPECT_EQ(ErrorText(tables), "106 1 Too many table names in the query. The maximum allowable is 64.");
+  const size_t from = tables.find(" FROM");
+  EXPECT_EQ(ErrorText("SELECT COUNT(*) AS n INTO made" + tables.substr(from)),
+            "106 1 Too many table names in the query. The maximum allowable is 64.");
+  EXPECT_EQ(ErrorOf("SELECT * FROM made"), 208);
   // Depth adds up over subqueries and the chains within them.
   EXPECT_EQ(ErrorOf("SELECT " + Repeat("(SELECT ", 100) + "1" + Repeat(" + 1 + 1 + 1 + 1 + 1)", 100)), 191);
   EXPECT_EQ(Scalar("1"), "1");

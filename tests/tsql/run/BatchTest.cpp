@@ -155,7 +155,9 @@ TEST_F(BatchTest, Procedures) {
   EXPECT_EQ(ErrorText("EXEC p"),
             "201 1 Procedure or function 'p' expects parameter '@a', which was not supplied.");
   EXPECT_EQ(ErrorText("EXEC nothing"), "2812 1 Could not find stored procedure 'nothing'.");
-  EXPECT_EQ(ErrorOf("EXEC p 1, 2, 3, 4"), 8144);
+  EXPECT_EQ(ErrorText("EXEC p 1, 2, 3, 4"),
+            "8144 1 Procedure or function p has too many arguments specified.");
+  EXPECT_EQ(ErrorText("EXEC p 1, @c = 2"), "8145 1 @c is not a parameter for procedure p.");
   EXPECT_EQ(ErrorText("CREATE PROC p AS SELECT 1"),
             "2714 1 There is already an object named 'p' in the database.");
 }
@@ -173,8 +175,15 @@ TEST_F(BatchTest, ProcedureCalledFromOutside) {
   Output output;
   EXPECT_EQ(session_->Call("dbo.p", parameters, output), std::optional<int32_t>(7));
   EXPECT_EQ(ToText(parameters[1].value), "hello!");
+  parameters[1].name = "@missing";
+  EXPECT_EQ(session_->Call("p", parameters, output), std::nullopt);
+  EXPECT_STREQ(output.errors.at(0).what(), "@missing is not a parameter for procedure p.");
+  parameters.resize(3);
+  for (Parameter& parameter : parameters) parameter.name.clear();
+  EXPECT_EQ(session_->Call("p", parameters, output), std::nullopt);
+  EXPECT_EQ(output.errors.at(1).number, 8144);
   EXPECT_EQ(session_->Call("q", {}, output), std::nullopt);
-  EXPECT_EQ(output.errors.at(0).number, 2812);
+  EXPECT_EQ(output.errors.at(2).number, 2812);
 }
 
 TEST_F(BatchTest, ProcedureTemporaryTablesEndWithIt) {
