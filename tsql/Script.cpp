@@ -16,7 +16,7 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
-// The repetitions that a line with GO asks for; nullopt when it is no such line.
+// How often a line with GO asks to run the batch; nullopt when the line is another one.
 std::optional<int> ParseGo(std::string_view line) {
   const std::string_view text = Trim(line);
   if (text.size() < 2 || (text[0] | 0x20) != 'g' || (text[1] | 0x20) != 'o') return std::nullopt;
@@ -38,7 +38,7 @@ void ScriptReader::Scan(const std::string& line) {
   for (size_t i = 0; i < line.size(); ++i) {
     const std::string_view pair = std::string_view(line).substr(i, 2);
     if (quote_ != 0) {
-      // A doubled delimiter closes and opens again, which comes to the same.
+      // A doubled delimiter closes the text and opens it again, so it needs no rule of its own.
       if (line[i] == quote_) quote_ = 0;
     } else if (comments_ > 0 || pair == "/*") {
       if (pair == "/*" || pair == "*/") {

@@ -1,4 +1,5 @@
-// T-SQL scripts: batches that lines holding only GO end. The server never sees GO; shells do.
+// T-SQL scripts: batches of text, each ended by a line that holds only GO. GO is a command of the shells; the
+// engine never sees it.
 #pragma once
 
 #include <functional>
@@ -14,9 +15,9 @@ struct ScriptBatch {
   int count = 1;     // how often it is to run: GO n
 };
 
-// Reads a script batch by batch, as its lines come in. A line "GO" or "GO n", in any case, ends a batch,
-// unless a block comment or a text is open there. Batches of blanks alone are left out, and so is a byte
-// order mark.
+// Reads a script batch by batch, as its lines come in. A line "GO" or "GO n", in upper or lower case, ends a
+// batch, unless it stands within a block comment or a text. Batches of blanks alone and a byte order mark are
+// left out.
 class ScriptReader {
  public:
   // `beforeLine`, if any, is called before each line is read, with the line's number within its batch.
@@ -29,8 +30,8 @@ class ScriptReader {
   std::istream& in_;
   std::function<void(int line)> beforeLine_;
   int line_ = 0;
-  int comments_ = 0; // block comments open, they nest
-  char quote_ = 0;   // what closes the text or name that is open
+  int comments_ = 0; // open block comments, which nest
+  char quote_ = 0;   // the character that ends the open text or name; 0 for none
 };
 
 } // namespace tsql

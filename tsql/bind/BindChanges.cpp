@@ -11,13 +11,13 @@ namespace tsql {
 namespace {
 
 bool IsOrderSensitive(const BoundQuery& query) {
-  // Converting an item inside the query would change what DISTINCT, UNION or an ordinal of ORDER BY see.
+  // A conversion inside the query would change what DISTINCT, UNION and ORDER BY work on.
   if (query.op != SetOp::None || query.select->distinct) return true;
   return std::any_of(query.orderBy.begin(), query.orderBy.end(),
                      [](const BoundOrder& order) { return order.ordinal >= 0; });
 }
 
-// The source of the target in a FROM clause: by alias first, then by table name.
+// The source in FROM that is the target, found by its alias or by its table's name.
 const TableSource* FindTargetSource(const TableSource& from, const ObjectName& name, bool byAlias) {
   if (from.kind == TableSource::Kind::Join) {
     const TableSource* found = FindTargetSource(*from.left, name, byAlias);
@@ -49,7 +49,7 @@ TablePtr Binder::RequireTable(const ObjectName& name) {
 BoundExprPtr Binder::AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const {
   const ColumnInfo& info = table.columns[static_cast<size_t>(column)];
   BoundExprPtr value = Assign(std::move(expr), info.type);
-  // SQLite would number a row for a NULL in the rowid column instead of refusing it.
+  // For a NULL in the rowid column SQLite would make up a number instead of refusing it.
   if (column != table.rowidColumn || info.identity || !value->nullable) return value;
   const Type type = value->type;
   std::vector<BoundExprPtr> args;
@@ -182,7 +182,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
   const TableSource* targetSource = name.schema.empty() ? FindTargetSource(*from, name, true) : nullptr;
   if (targetSource == nullptr) targetSource = FindTargetSource(*from, name, false);
   if (targetSource == nullptr) {
-    // A target that FROM does not mention is joined without condition.
+    // A target that is not in FROM is joined to it without a condition.
     TableSource own;
     own.name = name;
     source = std::make_unique<BoundSource>();

@@ -238,7 +238,7 @@ BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
   node->arithmetic = op;
   node->nullable = left->nullable || right->nullable;
   if (common.id == TypeId::Decimal) {
-    // Operands keep their own scales: the result's follows from them.
+    // Both sides keep their scales, because the scale of the result follows from them.
     const Type leftType = AsDecimal(left->type);
     const Type rightType = AsDecimal(right->type);
     left = Convert(std::move(left), leftType);
@@ -264,7 +264,7 @@ BoundExprPtr Binder::BindComparison(const Expr& expr) {
   const Type common = CommonTypeOf({left.get(), right.get()});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Compare, MakeType(TypeId::Bit));
   node->compare = expr.compare;
-  // Texts of any lengths compare as they are.
+  // Texts of different lengths can be compared without conversion.
   const bool isText = IsText(common) && IsText(left->type) && IsText(right->type);
   node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
   node->args.push_back(isText ? std::move(right) : Convert(std::move(right), common));

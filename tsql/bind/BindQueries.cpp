@@ -63,7 +63,7 @@ BoundQueryPtr Binder::BindSetOperation(const Query& query) {
   if (left.size() != right.size()) Fail(205, {});
   std::vector<Type> types;
   for (size_t i = 0; i < left.size(); ++i) {
-    // A branch of bare NULLs takes the other's type.
+    // A column that is only NULL takes the type of the other branch.
     const auto isNull = [i](const BoundQuery& branch) {
       return branch.op == SetOp::None && IsNullConstant(*branch.select->items[i].expr);
     };
@@ -88,7 +88,7 @@ void Binder::ConvertColumns(BoundQuery& query, const std::vector<Type>& types) c
   }
   for (size_t i = 0; i < types.size(); ++i) {
     BoundExprPtr& expr = query.select->items[i].expr;
-    // Differing lengths of texts need no conversion.
+    // Texts of different lengths need no conversion.
     if (IsText(expr->type) && IsText(types[i]) && !IsFixedLength(types[i].id)) {
       query.columns[i].type = types[i];
       continue;

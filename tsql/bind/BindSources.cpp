@@ -66,7 +66,7 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
   const size_t rightBegin = scope.sources.size();
   node->right = BindSource(*source.right, scope);
   if (source.on) {
-    // ON sees this join's own tables, not those further left.
+    // ON sees the tables of its own join only.
     Scope inner;
     inner.outer = scope.outer;
     inner.sources.assign(scope.sources.begin() + static_cast<std::ptrdiff_t>(leftBegin), scope.sources.end());
@@ -131,7 +131,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
 BoundSourcePtr Binder::BindDerived(const TableSource& source, Scope& scope) {
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
-  // A derived table does not see its neighbours, only what encloses the whole query.
+  // A derived table does not see the other tables of its FROM, only what the whole query sees.
   Scope* saved = scope_;
   scope_ = scope.outer;
   node->query = BindQuery(*source.query, true);
@@ -152,7 +152,7 @@ BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& sourc
   const QueryPtr query = ParseView(view.text, columns);
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
-  // The view's text knows nothing of the statement around it.
+  // A view does not see the statement that uses it.
   Scope* savedScope = std::exchange(scope_, nullptr);
   std::vector<CommonInfo> savedCommons = std::exchange(commons_, {});
   node->query = BindQuery(*query, true);
@@ -202,7 +202,7 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
     return false;
   }
   if (member->columns.size() != anchor->columns.size()) Fail(205, {});
-  // The anchor alone gives the types.
+  // The types of the columns are those of the first query.
   std::vector<Type> types;
   for (const Column& column : anchor->columns) types.push_back(column.type);
   ConvertColumns(*member, types);

@@ -33,7 +33,7 @@ BoundExprPtr Binder::Convert(BoundExprPtr expr, const Type& to) const {
   case Conversion::Implicit: break;
   }
   if (expr->kind == BoundExpr::Kind::Constant) {
-    // Constants convert once, here; one that does not convert fails when (and only when) it is evaluated.
+    // A constant is converted here, once. One that cannot be converted is an error only if it is evaluated.
     try {
       return MakeConstant(tsql::Convert(expr->constant, expr->type, to, ConvertMode::Cast), to);
     } catch (const Error&) { // NOLINT(bugprone-empty-catch)
@@ -85,7 +85,7 @@ Type Binder::CommonTypeOf(const std::vector<const BoundExpr*>& exprs) {
 bool Binder::MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts) {
   const std::string& prefix = parts[parts.size() - 2];
   if (!EqualNames(source.exposed, prefix)) return false;
-  // dbo.T.c names the table T itself, not something that is called T here.
+  // In dbo.T.c, T is the name of a table and never an alias.
   return parts.size() == 2 || (!source.isAlias && EqualNames(parts[parts.size() - 3], "dbo"));
 }
 

@@ -33,10 +33,10 @@ class Binder {
 
   BoundQueryPtr BindStatementQuery(const Query& query);
   BoundExprPtr BindScalar(const Expr& expr);
-  // Converted as for storing into a variable of the type.
+  // The value converted as for a variable of the type.
   BoundExprPtr BindValueFor(const Expr& expr, const Type& type);
   BoundExprPtr BindCondition(const Expr& expr);
-  // A CHECK condition: over the columns of the table alone, unqualified.
+  // A CHECK condition, which names only columns of the table.
   BoundExprPtr BindCheck(const Expr& expr, const TableInfo& table);
   BoundInsert BindInsert(const InsertStatement& statement, bool identityInsert);
   BoundUpdate BindUpdate(const UpdateStatement& statement);

@@ -118,7 +118,7 @@ struct BoundExpr {
   bool distinct = false;
   bool hasOperand = false;
   bool hasElse = false;
-  bool baseColumn = false; // of a table: it carries the collation itself
+  bool baseColumn = false; // a column of a table, for which SQLite knows the collation
   ArithmeticOp arithmetic = ArithmeticOp::Add;
   CompareOp compare = CompareOp::Equal;
   FunctionId function = FunctionId::IsNull;
@@ -139,7 +139,7 @@ BoundExprPtr MakeConstant(Datum value, const Type& type);
 BoundExprPtr MakeFunction(FunctionId function, const Type& type, std::vector<BoundExprPtr> args);
 BoundExprPtr MakeGlobal(GlobalValue value, const Type& type);
 bool IsNullConstant(const BoundExpr& expr);
-// Whether both always have the same value. Subqueries count as different.
+// Whether both are the same expression. Subqueries always count as different.
 bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 
 // The name that column number `index` of a query's result has within the statement.

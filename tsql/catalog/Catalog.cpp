@@ -54,7 +54,7 @@ void Catalog::FindForeignKeys(Contents& contents) {
 TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
-    // The latest hides those of the callers.
+    // A procedure's own table hides those of its callers.
     const auto found = std::find_if(temp_.rbegin(), temp_.rend(), [&](const TempTable& entry) {
       return EqualNames(entry.table->name, name.name);
     });
@@ -145,7 +145,7 @@ void Catalog::RemoveTable(const TableInfo& table) {
 }
 
 void Catalog::TouchSchema() const {
-  // Views and procedures are rows to SQLite: its count of schema changes must move with them all the same.
+  // To SQLite views and procedures are only rows, but other sessions watch its count of schema changes.
   PreparedStatement read = connection_.Prepare("PRAGMA main.schema_version");
   read.Step();
   const int64_t next = read.ColumnInteger(0) + 1;

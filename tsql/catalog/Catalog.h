@@ -17,7 +17,7 @@ class Catalog {
   // Reads the definitions again where they may have changed.
   void Refresh(uint64_t mainVersion, uint64_t globalVersion);
   void Invalidate(Place place);
-  // Changes with every change of what the lookups below may answer.
+  // Becomes another number whenever the lookups below may answer differently.
   uint64_t Version() const { return version_; }
   const std::string& DatabaseName() const { return databaseName_; }
 
@@ -36,12 +36,12 @@ class Catalog {
   void AddModule(ModuleKind kind, const ModuleInfo& module);
   void RemoveModule(const std::string& name);
 
-  // Local temporary tables of procedures end with them: the depth counts nested scopes.
+  // The scope of a procedure: the local temporary tables made in it end with it.
   void EnterScope() { ++depth_; }
-  std::vector<TablePtr> LeaveScope(); // the tables to drop
+  std::vector<TablePtr> LeaveScope(); // returns the tables to drop
   std::string TempStorageName(const std::string& name) const;
 
-  // Global temporary tables that this session created and therefore takes with it.
+  // The global temporary tables that this session made. They end with it.
   const std::vector<std::string>& OwnGlobalTables() const { return ownGlobal_; }
 
   // The temporary tables as they were, for a rollback.
@@ -58,7 +58,7 @@ class Catalog {
     std::map<std::string, ModulePtr, NameLess> views;
     std::map<std::string, ModulePtr, NameLess> procedures;
     std::vector<TablePtr> withForeignKeys;
-    uint64_t version = 0; // 0: must be read
+    uint64_t version = 0; // 0 when it must be read
   };
 
   static void FindForeignKeys(Contents& contents);

@@ -42,7 +42,7 @@ inline constexpr const char* kColumns = "\"~columns\"";
 inline constexpr const char* kKeys = "\"~keys\"";
 inline constexpr const char* kModules = "\"~modules\"";
 
-// The collation that SQLite knows as this is the server's, and it must be registered before a table is used.
+// The name of the server's collation. It must be registered with SQLite before a table is used.
 inline constexpr const char* kCollation = "tsql";
 
 // The index of a key, and the second one that refuses duplicates where the key's columns may be null.

@@ -10,7 +10,7 @@ namespace tsql {
 
 // One statement or expression as SQLite runs it.
 struct Plan {
-  uint64_t version = 0; // of the catalog; 0 while unbound
+  uint64_t version = 0; // of the catalog when it was bound; 0 for never
   bool identityInsert = false;
   bool wantsLock = false;
   std::vector<Dependency> dependencies;

@@ -17,18 +17,18 @@ const char* ArithmeticSymbol(ArithmeticOp op) {
 
 bool IsNonZeroConstant(const BoundExpr& expr) {
   if (expr.kind != BoundExpr::Kind::Constant) return false;
-  // -1 is left out: the smallest integer divided by it does not fit.
+  // Not -1, because the smallest integer divided by it is out of range.
   if (expr.constant.kind == Datum::Kind::Integer) return expr.constant.integer > 0;
   return expr.constant.kind == Datum::Kind::Real && expr.constant.real != 0;
 }
 
-// Whether evaluating it again costs next to nothing.
+// Whether it costs little to evaluate it twice.
 bool IsLeaf(const BoundExpr& expr) {
   return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
          expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
 }
 
-// What a program of t_compute can do itself; the rest are its operands.
+// Whether the expression is a step of a program for t_compute. Any other expression is an operand of one.
 bool IsComputed(const BoundExpr& expr) {
   if (expr.type.id != TypeId::Decimal) return false;
   if (expr.kind == BoundExpr::Kind::Arithmetic)
@@ -44,8 +44,8 @@ size_t CountOperands(const BoundExpr& expr) {
   return count;
 }
 
-// The last step of `expr` and what leads to it; what is too long becomes an operand, with a program of its
-// own.
+// Writes the steps for the sides of `expr` and then its own. A side with too many operands becomes an operand
+// itself, with a program of its own.
 void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const BoundExpr*>& operands) {
   const auto write = [&program](int64_t number) {
     program += (program.empty() ? "" : " ") + std::to_string(number);
@@ -70,7 +70,7 @@ void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const
 void Emitter::EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right) {
   const bool isInline = type == TypeId::Int && IsLeaf(left) && IsLeaf(right);
   if (isInline) {
-    // Computing twice is cheaper than calling a function to check.
+    // To compute it twice is cheaper than to call a function that checks the range.
     Text("iif(");
     EmitBinary(left, op, right);
     Text(" BETWEEN -2147483648 AND 2147483647, ");
@@ -128,7 +128,7 @@ void Emitter::EmitArithmetic(const BoundExpr& expr) {
   switch (FamilyOf(expr.type.id)) {
   case Family::Text: EmitBinary(*expr.args[0], " || ", *expr.args[1]); break;
   case Family::DateTime:
-    // Ticks since 1900 add like the day numbers that the server adds.
+    // The server adds days since 1900, and ticks since 1900 can be added in the same way.
     Open(names::kMoment);
     EmitBinary(*expr.args[0], ArithmeticSymbol(expr.arithmetic), *expr.args[1]);
     Text(", ");
@@ -188,7 +188,7 @@ void Emitter::EmitFloatArithmetic(const BoundExpr& expr) {
   } else if (expr.arithmetic == ArithmeticOp::Divide && !IsNonZeroConstant(right)) {
     EmitCall(names::kFloatDivide, left, right);
   } else {
-    // The largest double divides the finite from the infinite; computing leaves twice is cheaper than a call.
+    // Only an infinite result is greater than the largest double. To compute it twice is cheaper than a call.
     const char* op = ArithmeticSymbol(expr.arithmetic);
     const bool isInline = IsLeaf(left) && IsLeaf(right);
     if (isInline) {
@@ -213,7 +213,7 @@ void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
     return;
   }
   if (additive && !IsWide(expr.type)) {
-    // The result has digits enough for both operands, so that 64 bits cannot overflow.
+    // The result's type has room for all digits of both sides, so that 64 bits cannot overflow.
     const auto emitScaled = [&](const BoundExpr& operand) {
       Emit(operand);
       if (operand.type.scale == expr.type.scale) return;

@@ -140,7 +140,7 @@ bool Emitter::EmitUpdateDirect(const BoundUpdate& update) {
 }
 
 void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
-  // Outer joins keep their shape in a subquery that gives each target row with its new values.
+  // SQLite's UPDATE cannot join the target outside: a subquery gives each of its rows with the new values.
   Text("UPDATE " + update.table->SqlName() + " AS u SET ");
   for (size_t i = 0; i < update.assignments.size(); ++i) {
     if (i > 0) Text(", ");
@@ -179,7 +179,7 @@ EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view 
   EmitCommons(update.commons);
   Text("INSERT INTO ");
   Text(into);
-  // A row that a join finds several times is taken once.
+  // A row that a join finds several times is changed once.
   Text(" SELECT * FROM (SELECT ");
   EmitAlias(update.target);
   Text("._rowid_ AS ");

@@ -126,7 +126,7 @@ void Emitter::EmitSubquery(const BoundExpr& expr) {
     Text(")");
     return;
   }
-  // SQLite takes the first of several rows; the server refuses them.
+  // Of several rows SQLite would take the first; the server refuses them.
   Text("(SELECT ");
   Open(names::kSingle);
   Text(ResultColumnName(0) + ") FROM (");

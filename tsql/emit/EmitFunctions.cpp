@@ -8,7 +8,7 @@
 namespace tsql {
 namespace {
 
-// Numbers of types that a function takes beside the arguments of the dialect, in what place.
+// Which numbers of types a function of the engine takes beside the arguments, and where.
 enum class TypeCodes : uint8_t {
   None,
   Argument,          // that of the first argument, behind it
@@ -16,8 +16,7 @@ enum class TypeCodes : uint8_t {
   Result,            // that of the result, at the end
 };
 
-// How SQLite is asked for a function: one that it has itself where that means the same, else one of the
-// engine's.
+// What SQLite is asked for: its own function where that means the same, otherwise one of the engine.
 struct Form {
   FunctionId function;
   const char* name;
@@ -36,7 +35,7 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::PatIndex, names::kPatIndex},
     {FunctionId::CharIndex, names::kCharIndex},
     {FunctionId::QuoteName, names::kQuoteName},
-    // SQLite cuts exactly blanks, as the server does.
+    // SQLite cuts only blanks, as the server does.
     {FunctionId::LTrim, "ltrim"},
     {FunctionId::RTrim, "rtrim"},
     {FunctionId::Trim, "trim"},
@@ -123,7 +122,7 @@ void Emitter::EmitFunction(const BoundExpr& expr) {
       Emit(*expr.args[i]);
       continue;
     }
-    EmitCollated(*expr.args[i]); // NULLIF compares under its first argument's collation
+    EmitCollated(*expr.args[i]); // NULLIF compares under the collation of its first argument
     if (form.codes == TypeCodes::Argument || form.codes == TypeCodes::ArgumentAndResult)
       code(expr.args[i]->type);
     if (form.codes == TypeCodes::ArgumentAndResult) code(expr.type);

@@ -12,7 +12,8 @@ namespace {
 // The column beside those of a recursive query that counts how deep it is: the server stops at 100.
 constexpr const char* kDepth = "depth";
 
-// a x (b LEFT JOIN c) is (a x b) LEFT JOIN c: no parentheses, and SQLite may order the tables freely.
+// Whether the parentheses in "a CROSS JOIN (b LEFT JOIN c)" can be left out. Then SQLite may put the tables
+// in any order.
 bool IsSpliceable(const BoundSource& source) {
   if (source.kind != BoundSource::Kind::Join) return true;
   if (source.join == JoinKind::Right || source.join == JoinKind::Full) return false;
@@ -57,7 +58,7 @@ void Emitter::EmitSource(const BoundSource& source) {
   case JoinKind::Left: Text(" LEFT JOIN "); break;
   case JoinKind::Right: Text(" RIGHT JOIN "); break;
   case JoinKind::Full: Text(" FULL JOIN "); break;
-  default: Text(" JOIN "); // CROSS JOIN would fix the order of the tables
+  default: Text(" JOIN "); // with CROSS JOIN, SQLite would not change the order of the tables
   }
   const bool nested = source.right->kind == BoundSource::Kind::Join;
   const bool splice = nested && source.join == JoinKind::Cross && IsSpliceable(*source.right);
@@ -146,7 +147,7 @@ void Emitter::EmitRecursive(const BoundCommon& common) {
 }
 
 void Emitter::EmitBranch(const BoundQuery& query, const std::string& extra, bool isRight) {
-  // Within a compound SQLite takes neither LIMIT nor a nested compound on the right.
+  // As a branch of a UNION, SQLite accepts neither LIMIT nor, on the right, another UNION.
   const bool wrap = query.op == SetOp::None ? query.select->top != nullptr : isRight;
   if (wrap) Text("SELECT * FROM (");
   EmitBody(query, extra);

@@ -92,7 +92,7 @@ void Emitter::EmitConstant(const Datum& value) {
   switch (value.kind) {
   case Datum::Kind::Null: Text("NULL"); break;
   case Datum::Kind::Integer:
-    // SQLite reads the smallest integer's digits as a float.
+    // SQLite would read the digits of the smallest integer as a float.
     if (value.integer == INT64_MIN) {
       Text("(-9223372036854775807 - 1)");
     } else if (value.integer < 0) {
@@ -130,7 +130,7 @@ void Emitter::EmitConstant(const Datum& value) {
 
 void Emitter::EmitCollated(const BoundExpr& expr) {
   Emit(expr);
-  // Columns of tables carry the collation themselves, which keeps their indexes usable.
+  // For a column of a table SQLite knows the collation, and it would not use an index if it were named here.
   if (IsText(expr.type) && !expr.baseColumn) EmitCollation();
 }
 

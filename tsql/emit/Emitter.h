@@ -27,7 +27,7 @@ class Emitter {
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
-  // Puts the rows that the update would make into a table: SQLite's number of the row, then all columns.
+  // Puts the rows that the update would make into a table: the row's number in SQLite, then all columns.
   EmittedSql EmitUpdatedRows(const BoundUpdate& update, std::string_view into, std::string_view number);
   EmittedSql EmitDelete(const BoundDelete& statement);
   // An expression without parameters, as a part of a definition; a CHECK condition names bare columns.
@@ -107,7 +107,7 @@ class Emitter {
 
   std::string sql_;
   std::vector<ParameterRef> parameters_;
-  // Variables that the statement itself assigns row by row: read as they are at that row.
+  // Variables that the statement itself assigns: each row reads what the row before assigned.
   std::vector<int> assigned_;
 };
 

@@ -31,7 +31,7 @@ void SumStep(sqlite3_context* context, int count, sqlite3_value** values) {
   state->negative = next->negative;
 }
 
-// The final call has no arguments, so that the steps leave the types in the state.
+// The final call gets no arguments, so the steps keep the types in the state.
 struct TypedSum {
   SumState sum;
   int64_t from;
@@ -64,7 +64,7 @@ void SumFinal(sqlite3_context* context) {
   }
 }
 
-// A subquery that stands for a value: its only row's.
+// The value of a subquery's only row. A second row is an error.
 struct Single {
   sqlite3_value* value;
   bool seen;

@@ -26,7 +26,7 @@ void NewId(const FunctionCall& call) {
   call.ReturnText(text);
 }
 
-// The last part of a written name, without its brackets.
+// The last part of a name such as "dbo.[T]", without brackets.
 ObjectName LastPart(std::string_view text) {
   ObjectName name;
   std::string part;

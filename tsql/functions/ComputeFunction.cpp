@@ -21,8 +21,7 @@ struct Step {
   Type left;        // or of the operand, of what is cast
   Type right;
   Type result;
-  // On 64 bits: what the sides are multiplied by, or what a cast divides by; the limit of the magnitude, 0
-  // where any fits.
+  // For 64 bits: the factors of both sides, the divisor of a cast, and the limit of the result, 0 for none.
   int64_t leftFactor = 1;
   int64_t rightFactor = 1;
   int64_t divisor = 1;
@@ -31,10 +30,10 @@ struct Step {
 
 struct Program {
   std::vector<Step> steps;
-  bool isSmall = true; // 64 bits may do
+  bool isSmall = true; // whether it may be tried on 64 bits
 };
 
-// The factor between two scales; 0 where 64 bits have no place for it.
+// The factor between two scales; 0 when it is too large for 64 bits.
 int64_t Factor(int from, int to) {
   return to < from || to - from > kMaxPowerOfTen ? 0 : PowerOfTen(to - from);
 }
@@ -61,7 +60,7 @@ void Prepare(Step& step, Program& program) {
 }
 
 Program* Parse(std::string_view text) {
-  auto* program = new Program; // SQLite owns it beside the constant text
+  auto* program = new Program; // SQLite keeps it with the constant text and deletes it
   const char* at = text.data();
   const char* end = at + text.size();
   const auto next = [&] {
@@ -97,7 +96,7 @@ void WriteBigEndian(char* bytes, uint64_t number) {
   std::memcpy(bytes, &number, sizeof number);
 }
 
-// The operand as 64 bits; false when it needs more.
+// Reads an operand into 64 bits; false when it needs more.
 bool ReadSmall(sqlite3_value* value, int64_t& number) {
   if (sqlite3_value_type(value) != SQLITE_BLOB) {
     number = sqlite3_value_int64(value);
@@ -109,14 +108,15 @@ bool ReadSmall(sqlite3_value* value, int64_t& number) {
   return high == (number < 0 ? ~uint64_t{0} : 0);
 }
 
-// Half away from zero.
+// Rounds halves away from zero.
 int64_t DivideRounded(int64_t value, int64_t divisor) {
   const int64_t rest = value % divisor;
   const int64_t half = divisor / 2;
   return value / divisor + (rest >= half ? 1 : rest <= -half ? -1 : 0);
 }
 
-// One step on 64 bits, its operands at `stack`; false when they do not suffice or the result is out of range.
+// Runs one step on 64 bits with its operands at `stack`; false when they are too few or the result is out of
+// range.
 bool StepSmall(const Step& step, int64_t* stack) {
   int64_t value = stack[0];
   if (step.leftFactor != 1 && __builtin_mul_overflow(value, step.leftFactor, &value)) return false;
@@ -182,7 +182,7 @@ void Compute(const FunctionCall& call) {
     sqlite3_set_auxdata(call.Handle(), 0, program,
                         [](void* pointer) { delete static_cast<Program*>(pointer); });
     program = static_cast<Program*>(sqlite3_get_auxdata(call.Handle(), 0));
-    // SQLite may not have kept it.
+    // Without memory SQLite does not keep it.
     if (program == nullptr) {
       own.reset(Parse(call.Text(0)));
       program = own.get();

@@ -8,7 +8,7 @@
 namespace tsql {
 namespace {
 
-// An integer result of SQLite's arithmetic, which turns to floating point where 64 bits do not suffice.
+// Checks an integer result of SQLite, whose arithmetic goes over to floating point beyond 64 bits.
 void Range(const FunctionCall& call) {
   const auto type = static_cast<TypeId>(call.Integer(1));
   switch (sqlite3_value_type(call.Raw(0))) {
@@ -104,7 +104,7 @@ void ToWhole(const FunctionCall& call) {
   }
 }
 
-// Rounds at a position that may lie left of the point: by dividing the power of ten away and back.
+// Rounds at a position that may be left of the point: it divides by a power of ten, rounds and multiplies.
 std::optional<Decimal> RoundDecimal(const Decimal& value, int64_t digits, Rounding rounding) {
   if (digits >= value.scale) return value;
   if (digits < -kMaxPrecision) return Rescale({}, value.scale);
@@ -187,7 +187,7 @@ void Square(const FunctionCall& call) {
   ReturnFinite(call, call.Real(0) * call.Real(0));
 }
 
-// What SQLite computed, which goes to infinity in silence.
+// Refuses an infinite result, which SQLite computes without an error.
 void Finite(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
   ReturnFinite(call, call.Real(0));

@@ -14,7 +14,7 @@ void Cast(const FunctionCall& call) {
   const Type from = call.TypeAt(1);
   const Type to = call.TypeAt(2);
   if (from.id == TypeId::Decimal && to.id == TypeId::Decimal) {
-    // The commonest conversion that is not native, without a copy of the value.
+    // Most conversions that SQLite cannot do are between decimals; these need no copy of the value.
     const std::optional<Decimal> value = Rescale(call.DecimalAt(0, from), to.scale);
     return call.ReturnDecimal(CheckDecimal(value, to, "numeric"), to);
   }

@@ -81,7 +81,7 @@ void Right(const FunctionCall& call) {
 void Substring(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   if (call.Integer(2) < 0) Fail(537, {});
-  // Positions before the first character count, but hold nothing.
+  // Positions before the first character count, but no character stands there.
   const int64_t end = call.Integer(1) + call.Integer(2);
   const int64_t begin = std::max<int64_t>(call.Integer(1), 1);
   if (end <= begin) return call.ReturnText("");
@@ -160,7 +160,7 @@ void Unicode(const FunctionCall& call) {
   call.ReturnInteger(static_cast<int64_t>(NextChar(call.Text(0), at)));
 }
 
-// Characters beyond Latin-1 have no place in the server's code page: they count as question marks.
+// The server's code page ends with Latin-1: any other character counts as a question mark.
 void Ascii(const FunctionCall& call) {
   if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
   size_t at = 0;
@@ -217,7 +217,7 @@ void Str(const FunctionCall& call) {
   };
   std::string text = print(std::min(decimals, kMaxDecimals));
   const auto width = static_cast<size_t>(length);
-  // Decimals give way to the length; the whole part does not.
+  // Decimals are left out until the number fits. Its whole part is never shortened.
   for (int64_t digits = std::min(decimals, kMaxDecimals); text.size() > width && digits > 0;)
     text = print(--digits);
   if (text.size() > width) return call.ReturnText(std::string(width, '*'));

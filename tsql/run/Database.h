@@ -1,4 +1,4 @@
-// A database of the process: where it is, and what its sessions share.
+// A database that is open in this process, and what its sessions share.
 #pragma once
 
 #include "tsql/catalog/Catalog.h"

@@ -30,7 +30,7 @@ bool IsIntegerStored(const Type& type) {
          (type.id == TypeId::Decimal && !IsWide(type) && type.scale == 0);
 }
 
-// A name for a constraint that was given none, in the server's manner and unique within the table.
+// Makes a name for a constraint without one, as the server does. It is unique within the table.
 std::string GeneratedName(const char* prefix, const TableInfo& table) {
   const uint32_t hash = HashOfName(table.storageName);
   std::string name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__";
@@ -38,8 +38,8 @@ std::string GeneratedName(const char* prefix, const TableInfo& table) {
   return name + std::to_string(table.keys.size());
 }
 
-// A column as a unique index sees it that takes NULLs for equal: a value of another storage class than the
-// column's stands for NULL.
+// The column in a unique index that takes NULLs for equal. In the index a value that the column cannot have
+// stands for NULL.
 std::string NullSafeKey(const ColumnInfo& column) {
   const bool isBlob = FamilyOf(column.type.id) == Family::Binary || IsWide(column.type);
   std::string key = "ifnull(" + QuoteName(column.name);
@@ -105,7 +105,7 @@ void Definitions::AddConstraint(TableInfo& table, const ConstraintDefinition& de
   table.keys.push_back(std::move(key));
 }
 
-// The table that the key refers to; itself while it is being made.
+// The table that the key refers to. That may be the table itself, which is not in the catalog yet.
 TablePtr Definitions::FindReferenced(const TableInfo& table, const KeyInfo& key) const {
   if (EqualNames(key.referencedTable, table.name)) return std::make_shared<const TableInfo>(table);
   ObjectName name;
@@ -185,7 +185,7 @@ void Definitions::CreateTable(const CreateTableStatement& statement) {
       table.columns[index].nullable = false;
     }
   }
-  // Last, for a table may refer to a key of its own.
+  // Foreign keys come last, because a table may refer to a key of its own.
   for (const ConstraintDefinition& constraint : statement.constraints)
     if (isForeign(constraint)) AddConstraint(table, constraint);
   ChooseRowid(table);
@@ -219,7 +219,7 @@ std::string Definitions::ColumnSql(const TableInfo& table, size_t column) const 
   std::string sql = QuoteName(info.name) + " " + StorageType(info.type);
   if (static_cast<int>(column) == table.rowidColumn) {
     sql += " PRIMARY KEY";
-    if (info.identity) sql += " AUTOINCREMENT"; // numbers of deleted rows are not given again
+    if (info.identity) sql += " AUTOINCREMENT"; // the number of a deleted row is not used again
   }
   if (!info.nullable) sql += " NOT NULL";
   return sql;
@@ -262,8 +262,8 @@ void Definitions::BuildIndex(const TableInfo& table, const KeyInfo& key) const {
   }
   const std::string prefix = std::string(PlaceName(table.place)) + ".";
   const std::string on = " ON " + QuoteName(table.storageName) + "(";
-  // SQLite lets NULLs repeat in a unique index, the server does not: such an index is made twice, once to
-  // refuse and once to search.
+  // In a unique index SQLite allows several NULLs and the server only one. So such an index is made twice:
+  // one refuses duplicates, the other is for searching.
   if (unique && nullable)
     connection_.Run("CREATE UNIQUE INDEX " + prefix +
                     QuoteName(storage::NullSafeIndexName(table.storageName, key.name)) + on + nullSafe + ")");

@@ -12,9 +12,9 @@ class Definitions {
       : connection_(connection), catalog_(catalog), compiler_(compiler) {}
 
   void CreateTable(const CreateTableStatement& statement);
-  // For SELECT ... INTO: the table without keys.
+  // The table of SELECT ... INTO, which has no keys.
   void CreateTable(const ObjectName& name, const std::vector<Column>& columns);
-  void DropTable(const TableInfo& table); // the caller keeps the definition alive
+  void DropTable(const TableInfo& table); // `table` is not a reference into the catalog
   void TruncateTable(const TableInfo& table);
   void AlterTable(const AlterTableStatement& statement);
   void CreateIndex(const CreateIndexStatement& statement);

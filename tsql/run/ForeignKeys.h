@@ -9,25 +9,25 @@
 
 namespace tsql {
 
-// A constraint with its two tables; the same table twice where it refers to itself.
+// A constraint with its two tables, which may be the same.
 struct ForeignKey {
   TablePtr child;
   const KeyInfo* key = nullptr; // of the child
   TablePtr parent;
 };
 
-// The constraints that changes of the table can break, as child or as parent.
+// The constraints of the table and those that refer to it.
 std::vector<ForeignKey> ForeignKeysOf(const TableInfo& table, const Catalog& catalog);
 
 void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& child, const KeyInfo& key,
                               const TableInfo& parent);
 void DropForeignKeyTriggers(const Connection& connection, const KeyInfo& key);
 
-// Whether a row of the child has no row of the parent.
+// Whether some row of the child refers to a row that the parent does not have.
 bool IsViolated(const Connection& connection, const TableInfo& child, const KeyInfo& key,
                 const TableInfo& parent);
 
-// 547 for a statement on `target`: "FOREIGN KEY" where that is the child, else "REFERENCE".
+// Error 547 of a statement on `target`, which is the child or the parent.
 Error ForeignKeyError(const ForeignKey& foreignKey, const TableInfo& target, std::string_view verb,
                       const Catalog& catalog);
 

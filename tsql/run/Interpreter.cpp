@@ -41,7 +41,7 @@ bool Interpreter::TakeLimitedStep() {
 
 void Interpreter::BeginWork() {
   workLeft_ = workLimit_.value_or(0);
-  caught_.reset(); // a batch that was cut short inside a CATCH block has left it
+  caught_.reset(); // the batch before may have ended within a CATCH block
 }
 
 // ---- entry points

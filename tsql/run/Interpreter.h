@@ -13,9 +13,9 @@
 
 namespace tsql {
 
-// Thrown through everything, CATCH blocks too, when the work limit is reached.
+// Thrown when the work limit is reached. No CATCH block catches it.
 struct WorkExhausted {
-  int line; // of the statement that was one too many
+  int line; // of the statement that was running
 };
 
 class Interpreter {
@@ -43,7 +43,7 @@ class Interpreter {
 
  private:
   enum class Flow : uint8_t { Next, Break, Continue, Return, Abort };
-  // An error on its way to the CATCH block that takes it.
+  // An error on its way to its CATCH block.
   struct Caught {
     Error error;
   };

@@ -45,8 +45,8 @@ int64_t Interpreter::StepChange(Plan& plan) {
   return sqlite3_changes64(connection_.Handle());
 }
 
-// SQLite looks for duplicates row by row, the server when all rows are changed: an update that shifts keys is
-// made by taking its rows out and putting the new ones in.
+// SQLite looks for duplicates after each row, the server when all rows are changed. So an update that moves
+// keys is made by deleting its rows and inserting the new ones.
 int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableInfo& table) {
   constexpr const char* kRows = "temp.\"~updated\"";
   constexpr const char* kNumber = "\"~row\"";
@@ -61,7 +61,7 @@ int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableIn
   StepChange(rows);
   connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ IN (SELECT " + kNumber + " FROM " +
                   kRows + ")");
-  // Where no column is SQLite's row number, the rows keep theirs all the same.
+  // Where no column is the rowid, the rows keep the rowid that they had.
   const bool hasOwn = table.rowidColumn >= 0;
   connection_.Run("INSERT INTO " + table.SqlName() + "(" + (hasOwn ? "" : "_rowid_, ") + columns +
                   ") SELECT " + (hasOwn ? columns : all) + " FROM " + kRows);
@@ -93,7 +93,7 @@ void Interpreter::RunChange(const Statement& statement) {
     });
   } catch (const SqliteFailure& failure) {
     if (failure.code == SQLITE_INTERRUPT) throw;
-    // The table's name in the message needs the target, which must not outlive the statement here.
+    // It is translated here, because the message needs the target, which is valid only during the statement.
     Error error = Translate(failure);
     target_ = nullptr;
     throw Error(std::move(error));

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kMaxNesting = 32;
 
-// Another frame for a while, however that ends.
+// Makes another frame the current one, until the end of the block.
 class FrameSwap {
  public:
   FrameSwap(Frame*& current, Frame& other) : current_(current), saved_(std::exchange(current, &other)) {}
@@ -26,7 +26,7 @@ class FrameSwap {
 
 } // namespace
 
-// A procedure's own frame and temporary tables, ended however the procedure ends.
+// Holds a procedure's frame and temporary tables, and ends them when the procedure ends, by an exception too.
 struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, Frame& frame)
       : owner(interpreter), savedFrame(std::exchange(interpreter.frame_, &frame)) {

@@ -28,7 +28,7 @@ void Interpreter::SendRowCount(int64_t count) {
 
 void Interpreter::ReturnRows(Plan& plan) {
   const StatementUse use(plan.statement);
-  // The first row is computed before anything is sent: a statement that fails at once gives no result.
+  // The first row is computed before anything is sent, so that a statement which fails there gives no result.
   bool hasRow = plan.statement.Step();
   sink_->BeginRows(plan.columns);
   std::vector<Value> values(plan.columns.size());
@@ -45,7 +45,7 @@ void Interpreter::ReturnRows(Plan& plan) {
 
 void Interpreter::AssignRows(Plan& plan) {
   const StatementUse use(plan.statement);
-  // The parameters stay bound to the variables' former values, which therefore must outlive the steps.
+  // The statement reads the values that the variables had before it. They must live until it has ended.
   const std::vector<Datum> former = frame_->variables;
   int index = 1;
   for (const ParameterRef& ref : plan.parameters) {

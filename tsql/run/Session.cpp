@@ -104,7 +104,7 @@ void SessionImpl::DropGlobalTables() {
 void SessionImpl::Refresh() {
   uint64_t version = database_->schemaVersion.load();
   if (schemaVersion_) {
-    // Other processes change a file as well: SQLite counts for all of them.
+    // Other processes may change a file too. SQLite counts the changes of all of them.
     const StatementUse use(schemaVersion_);
     schemaVersion_.Step();
     version = static_cast<uint64_t>(schemaVersion_.ColumnInteger(0)) + 1;

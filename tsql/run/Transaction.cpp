@@ -7,7 +7,7 @@
 namespace tsql {
 
 void Transaction::LockMain() const {
-  // A write that touches nothing takes the lock, waiting as long as the session waits.
+  // A write that changes no row takes the lock. It waits as long as the session waits for locks.
   connection_.Run(std::string("UPDATE main.") + storage::kTables + " SET seed = seed WHERE 0");
 }
 

@@ -1,6 +1,6 @@
-// A session's transaction as @@TRANCOUNT counts it, over SQLite's. SQLite's own begins at the first statement
-// that writes: until then each statement reads what is committed, as under READ COMMITTED, and no old
-// snapshot can stand in the way of the first write.
+// A session's transaction, as @@TRANCOUNT counts it. SQLite's transaction begins later, with the first
+// statement that writes. Until then each statement reads what is committed, as under READ COMMITTED, and the
+// first write cannot fail because of an old snapshot.
 #pragma once
 
 #include "tsql/catalog/Catalog.h"
@@ -18,10 +18,10 @@ class Transaction {
   void RollbackIfOpen();
   // Takes the write lock when a counted transaction does not hold it yet.
   void BeforeWrite();
-  // SQLite gives up a whole transaction on some failures: count accordingly.
+  // After some failures SQLite rolls the whole transaction back. Then the count becomes 0.
   void Synchronize();
   void MarkSchemaChange() { schemaChanged_ = true; }
-  // Whether a schema change has become visible to others (or has been undone) since the last call.
+  // Whether a change of the schema has been committed or undone since the last call.
   bool TakeSchemaChange();
 
  private:
@@ -36,7 +36,7 @@ class Transaction {
   std::vector<Catalog::TempTable> tempTables_;
 };
 
-// A statement of several SQLite statements, undone as one unless Complete is reached.
+// Makes several SQLite statements one: all of them are undone unless Complete is called.
 class StatementScope {
  public:
   StatementScope(Transaction& transaction, Place place);

@@ -13,7 +13,7 @@ namespace tsql {
 
 struct SqliteFailure : std::runtime_error {
   SqliteFailure(int resultCode, const std::string& text) : std::runtime_error(text), code(resultCode) {}
-  int code; // extended result code
+  int code; // SQLite's extended result code
 };
 
 [[noreturn]] void ThrowFailure(sqlite3* connection);
@@ -24,7 +24,7 @@ class PreparedStatement {
   explicit PreparedStatement(sqlite3_stmt* statement) : statement_(statement) {}
   explicit operator bool() const { return statement_ != nullptr; }
 
-  void Bind(int index, const Datum& value); // 1-based; the text stays the caller's until Reset
+  void Bind(int index, const Datum& value); // from 1; the caller keeps the text until Reset
   bool Step();                              // true on a row
   void Reset() { sqlite3_reset(statement_.get()); }
   Datum ColumnDatum(int index) const;
@@ -39,7 +39,7 @@ class PreparedStatement {
   std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
 };
 
-// Resets a statement at the end of its use, however that comes.
+// Resets a statement when its use ends, by an exception too.
 class StatementUse {
  public:
   explicit StatementUse(PreparedStatement& statement) : statement_(statement) {}

@@ -115,7 +115,7 @@ Type CompleteType(const Type& type) {
   if (type.id == TypeId::Decimal)
     complete = MakeDecimal(type.precision == 0 ? kMaxPrecision : type.precision, type.scale);
   if (TakesLength(type.id) && type.length == 0) {
-    // A fixed length of nothing would pad and cut; what varies takes what comes.
+    // Without a length nothing can be padded or cut, so the type becomes one of varying length.
     const TypeId varying = FamilyOf(type.id) == Family::Binary ? TypeId::VarBinary
                            : IsUnicode(type.id)                ? TypeId::NVarChar
                                                                : TypeId::VarChar;

@@ -28,11 +28,11 @@ struct Token {
   int line = 1;
 };
 
-// The tokens hold views of `batch`. Where a text or comment stays open the tokens end before it and `error`
-// holds 105 or 113: a syntax error further left comes first.
+// The tokens hold views of `batch`. Before a text or comment that does not end, the tokens end, and `error`
+// becomes 105 or 113; a syntax error in the tokens is reported instead of it.
 std::vector<Token> Tokenize(std::string_view batch, std::optional<Error>& error);
 
-// Words that cannot be names; a syntax error at one of them is 156 instead of 102.
+// Whether a word is a keyword that cannot be a name. A syntax error at one is 156 instead of 102.
 bool IsReserved(std::string_view word);
 
 } // namespace tsql

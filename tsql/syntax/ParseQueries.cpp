@@ -73,7 +73,7 @@ QueryPtr Parser::ParseSetOperations() {
       TakeWord("union");
       node->op = TakeWord("all") ? SetOp::UnionAll : SetOp::Union;
     }
-    CountSources(); // branches nest as tables do
+    CountSources(); // each branch makes the tree deeper, as a table does
     node->left = std::move(left);
     node->right = ParseIntersections();
     left = std::move(node);
@@ -239,7 +239,7 @@ TableSourcePtr Parser::ParseJoins() {
     node->line = line;
     node->join = *kind;
     node->left = std::move(left);
-    // "a JOIN b JOIN c ON ... ON ..." nests to the right: the inner join takes the nearer ON.
+    // In "a JOIN b JOIN c ON ... ON ..." the first ON belongs to the second join.
     node->right = *kind == JoinKind::Cross ? ParseTablePrimary() : ParseJoins();
     if (*kind != JoinKind::Cross) {
       ExpectWord("on");

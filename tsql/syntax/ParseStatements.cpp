@@ -106,7 +106,7 @@ StatementPtr Parser::ParseSet() {
 }
 
 StatementPtr Parser::ParseSetOption() {
-  // Options that change nothing here, because the engine behaves as with their usual setting.
+  // These options are accepted and change nothing: the engine behaves as with their usual setting.
   constexpr std::array<std::string_view, 8> kAccepted = {
       "ansi_nulls",        "quoted_identifier",       "ansi_padding", "ansi_warnings",
       "ansi_null_dflt_on", "concat_null_yields_null", "arithabort",   "numeric_roundabort"};

@@ -98,7 +98,7 @@ void Parser::SyntaxErrorAt(size_t token) const {
 }
 
 Parser::Level::Level(Parser& parser) : parser_(parser) {
-  constexpr int kMaxLevels = 400; // two a pair of parentheses
+  constexpr int kMaxLevels = 400; // a pair of parentheses takes two
   if (++parser_.levels_ <= kMaxLevels) return;
   --parser_.levels_;
   Fail(191, {}, parser_.Current().line);

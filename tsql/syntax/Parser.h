@@ -1,4 +1,4 @@
-// Builds the syntax tree of a batch. The first syntax error ends it (102, 156 ...), with the line of the
+// Makes the syntax tree of a batch. The first syntax error (102, 156 ...) is thrown, with the line of its
 // token.
 #pragma once
 
@@ -7,7 +7,7 @@
 namespace tsql {
 
 std::unique_ptr<Batch> ParseBatch(std::string text);
-// A DEFAULT or CHECK expression as the catalog keeps it; its Batch owns the text.
+// The source of a DEFAULT, a CHECK and a view, as the catalog keeps it.
 ExprPtr ParseDefault(const std::string& text);
 ExprPtr ParseCheck(const std::string& text);
 QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns);

@@ -41,8 +41,8 @@ class Parser {
   [[noreturn]] void SyntaxError() const;
   [[noreturn]] void SyntaxErrorAt(size_t token) const;
 
-  // What nests deeper than the stack can bear is refused with 191: recursion counts itself in a Level, and
-  // expressions, whose chains grow deep without recursion, are measured.
+  // What is nested too deeply for the stack is refused with 191. A rule that calls itself counts its depth in
+  // a Level. Chains of operators get deep without recursion, so expressions are measured as well.
   class Level {
    public:
     explicit Level(Parser& parser);
@@ -102,7 +102,7 @@ class Parser {
   void ParseTableAlias(TableSource& source);
   ObjectName ParseObjectName();
   std::vector<std::string> ParseNameList();
-  // `endsHere`: the query, if it is one, is all that the enclosing parentheses hold.
+  // With `endsHere` it counts only if the parentheses around it hold nothing else.
   bool StartsQuery(bool endsHere = false) const;
   size_t AfterParenthesis(size_t ahead) const;
   bool ContinuesQuery(size_t ahead) const;
@@ -159,14 +159,14 @@ class Parser {
   void ParseCollation();
 
   std::string_view text_;
-  std::optional<Error> lexicalError_; // at the end of the tokens
+  std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;
   size_t at_ = 0;
   int markers_ = 0;
   int loops_ = 0; // open WHILE bodies
   int levels_ = 0;
-  int deepest_ = 0; // expression of the query that is being parsed
-  int sources_ = 0; // tables of the statement
+  int deepest_ = 0; // depth of the deepest expression in the query that is parsed
+  int sources_ = 0; // number of tables in the statement
   bool inProcedure_ = false;
 };
 

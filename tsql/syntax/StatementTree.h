@@ -114,7 +114,7 @@ struct CreateTableStatement : Statement {
 struct AlterTableStatement : Statement {
   AlterTableStatement() : Statement(StatementKind::AlterTable) {}
   ObjectName table;
-  bool checksRows = true; // those that are there, against the new constraints
+  bool checksRows = true; // whether existing rows must satisfy new constraints
   std::vector<ColumnDefinition> columns;
   std::vector<ConstraintDefinition> constraints;
 };
@@ -133,7 +133,7 @@ enum class ObjectKind : uint8_t { Table, View, Procedure, Index };
 struct DropStatement : Statement {
   DropStatement() : Statement(StatementKind::Drop) {}
   ObjectKind object = ObjectKind::Table;
-  std::vector<ObjectName> names; // of an index: table.index
+  std::vector<ObjectName> names; // for an index, the table stands as its schema
   bool ifExists = false;
 };
 

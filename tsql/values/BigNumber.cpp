@@ -51,7 +51,7 @@ uint32_t DivideStep(BigNumber& rest, const BigNumber& divisor, int length, int j
   const int64_t last = int64_t{rest[j + length]} - borrow - static_cast<int64_t>(carry);
   rest[j + length] = static_cast<uint32_t>(last);
   if (last >= 0) return static_cast<uint32_t>(digit);
-  // The estimate was one too large: add the divisor back.
+  // The estimate was too large by one, so the divisor is added again.
   uint64_t sum = 0;
   for (int i = 0; i < length; ++i) {
     sum += uint64_t{rest[i + j]} + divisor[i];

@@ -32,7 +32,7 @@ std::string MapText(std::string_view text) {
   return result;
 }
 
-// The bracket set that starts after "[": whether `character` is in it. Moves `at` past the closing bracket.
+// Whether `character` is in the set that starts behind "[". Moves `at` behind the closing bracket.
 bool MatchSet(std::string_view pattern, size_t& at, char32_t character) {
   const bool negated = at < pattern.size() && pattern[at] == '^';
   if (negated) ++at;
@@ -53,7 +53,7 @@ bool MatchSet(std::string_view pattern, size_t& at, char32_t character) {
   return found != negated;
 }
 
-// One pattern element other than % against one character; moves both.
+// Compares one element of the pattern other than % with one character, and moves behind both.
 bool MatchOne(std::string_view text, size_t& textAt, std::string_view pattern, size_t& patternAt,
               char32_t escape) {
   const char32_t element = NextChar(pattern, patternAt);
@@ -163,7 +163,7 @@ int CompareText(std::string_view left, std::string_view right) {
   size_t i = 0;
   size_t j = 0;
   while (i < left.size() && j < right.size()) {
-    // Nearly all text is ASCII or equal; decoding is for the rest.
+    // Nearly all characters are ASCII and need no decoding.
     if (IsAscii(left[i]) && IsAscii(right[j])) {
       const int difference = LowerByte(left[i++]) - LowerByte(right[j++]);
       if (difference != 0) return difference;
@@ -181,7 +181,7 @@ bool EqualNames(std::string_view left, std::string_view right) {
 }
 
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape) {
-  // Greedy matching with one point to go back to: the last % seen.
+  // When something does not match, the search goes back to the last % and lets it take one character more.
   size_t textAt = 0;
   size_t patternAt = 0;
   size_t retryText = std::string_view::npos;

@@ -33,7 +33,7 @@ Datum FitText(std::string text, const Type& to, ConvertMode mode) {
   const auto limit = static_cast<size_t>(to.length);
   if (text.size() > limit && CharCount(text) > limit) {
     const size_t end = CharOffset(text, limit);
-    // Trailing blanks are cut without complaint.
+    // Blanks at the end are always cut.
     if (mode == ConvertMode::Assign && text.find_first_not_of(' ', end) != std::string::npos) Fail(8152, {});
     text.resize(end);
   }
@@ -41,7 +41,7 @@ Datum FitText(std::string text, const Type& to, ConvertMode mode) {
   return Datum::OfText(std::move(text));
 }
 
-// Numbers do not get cut: integers become "*", the rest overflows.
+// A number is never cut: an integer that is too long becomes "*", any other is an error.
 Datum FitNumberText(std::string text, const Type& from, const Type& to) {
   if (to.length < 0 || text.size() <= static_cast<size_t>(to.length))
     return FitText(std::move(text), to, ConvertMode::Cast);
@@ -148,7 +148,7 @@ Datum ToInteger(const Datum& value, const Type& from, const Type& to) {
   case Family::Decimal: {
     const Decimal number = DecimalOf(value, from);
     if (to.id == TypeId::Bit) return Datum::OfInteger(IsZero(number) ? 0 : 1);
-    // money rounds where decimal cuts off.
+    // A money value is rounded, any other decimal is cut off.
     const std::optional<Decimal> whole =
         Rescale(number, 0, IsMoney(from.id) ? Rounding::HalfAwayFromZero : Rounding::Truncate);
     const std::optional<int64_t> integer = whole ? DecimalToInteger(*whole) : std::nullopt;
@@ -184,7 +184,7 @@ std::optional<double> ParseDouble(std::string_view text) {
   return number;
 }
 
-// The plain digits of a money text: currency sign and thousands separators gone.
+// The text of a money value without currency sign and thousands separators.
 std::string MoneyDigits(std::string_view text) {
   std::string digits;
   for (const char character : TrimBlanks(text))
@@ -376,7 +376,7 @@ Conversion FindConversion(TypeId from, TypeId to) {
       target == Family::Integer || target == Family::Decimal || target == Family::Float;
   if (numericSource && numericTarget) return Conversion::Implicit;
   if (IsLob(from) || IsLob(to)) {
-    // text converts to and from the character types alone.
+    // The large types convert only to and from character types.
     if (target == Family::Binary && source == Family::Integer) return Conversion::Impossible;
     return source == Family::Text && target != Family::Binary && !IsLob(from) ? Conversion::Implicit
                                                                               : Conversion::Impossible;

@@ -5,7 +5,7 @@
 
 namespace tsql {
 
-// Cast cuts longer text; Assign (storing into a column) refuses it with 8152.
+// What happens to a text that is too long: Cast cuts it, Assign (storing into a column) refuses it with 8152.
 enum class ConvertMode : uint8_t { Cast, Assign };
 
 Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode mode, int style = 0);
@@ -14,7 +14,7 @@ Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode 
 const Decimal& CheckDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source);
 Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source);
 
-// Whether the value passes its type's range; 8115 or 220 when not.
+// Returns the value if it is within the range of the type; 8115 or 220 if it is not.
 int64_t CheckInteger(int64_t value, TypeId type);
 
 enum class Conversion : uint8_t { Implicit, ExplicitOnly, Impossible };

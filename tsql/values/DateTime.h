@@ -25,10 +25,10 @@ const char* MonthName(int month);                    // in English, from 1
 int64_t DaysFromCivil(int year, int month, int day); // since 1900-01-01, Gregorian
 int64_t TicksFromCivil(const CivilTime& time);
 CivilTime CivilFromTicks(int64_t ticks);
-int64_t FloorDays(int64_t ticks); // whole days, towards the past
+int64_t FloorDays(int64_t ticks); // whole days, rounded down
 
 bool IsInRange(TypeId type, int64_t ticks);
-int64_t RoundMoment(TypeId type, int64_t ticks); // to minutes or days as the type has them
+int64_t RoundMoment(TypeId type, int64_t ticks); // to what the type holds: whole minutes or days
 
 // Database files keep the numbers, within the SQL of CHECK constraints.
 enum class DatePart : uint8_t {

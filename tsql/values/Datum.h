@@ -44,9 +44,9 @@ struct Datum {
   }
 };
 
-// Between the storage form and the exact number; `datum` is not null and of a decimal or integer type.
+// The number that a value in storage form is. `datum` is not null, and its type is a decimal or an integer.
 Decimal DecimalOf(const Datum& datum, const Type& type);
-// `value` has the type's scale and fits its precision.
+// The storage form of a number, which has the type's scale and fits its precision.
 Datum DatumOfDecimal(const Decimal& value, const Type& type);
 
 } // namespace tsql

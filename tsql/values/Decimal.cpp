@@ -46,7 +46,7 @@ std::optional<Decimal> ToDecimal(const BigNumber& big, uint8_t scale, bool negat
 bool DividePower(BigNumber& big, int exponent) {
   uint32_t lastDigit = 0;
   while (exponent > 0) {
-    // The last digit decides the rounding, so it is taken alone.
+    // The last digit that is cut off decides the rounding, so it is taken alone.
     const int step = exponent > 9 ? 9 : exponent > 1 ? exponent - 1 : 1;
     const uint32_t rest = DivideSmall(big, static_cast<uint32_t>(PowerOfTen(step)));
     lastDigit = rest;
@@ -127,7 +127,7 @@ std::optional<int64_t> DecimalToInteger(const Decimal& value) {
 }
 
 double DecimalToDouble(const Decimal& value) {
-  // Both operands are exact for what applications store, so that the quotient is the nearest double.
+  // For what applications store both operands are exact, so that the quotient is the nearest double.
   constexpr double kTwo64 = 18446744073709551616.0;
   const double magnitude = static_cast<double>(value.high) * kTwo64 + static_cast<double>(value.low);
   const double result = magnitude / std::pow(10.0, value.scale);
@@ -187,7 +187,7 @@ std::optional<Decimal> ParseDecimal(std::string_view text) {
 std::string DecimalToText(const Decimal& value) {
   BigNumber big = FromMagnitude(value);
   std::string digits;
-  // At least one digit stands before the point, which takes a place itself.
+  // At least one digit stands before the point, and the point takes a place too.
   const size_t least = value.scale > 0 ? value.scale + 2U : 1U;
   while (big.Length() > 0 || digits.size() < least) {
     digits.push_back(static_cast<char>('0' + DivideSmall(big, 10)));
@@ -217,7 +217,7 @@ int DigitCount(const Decimal& value) {
 
 bool FitsPrecision(const Decimal& value, int precision) {
   if (precision >= kMaxPrecision) return true;
-  // 10^19 - 1 is the most that one half holds with certainty.
+  // One half holds less than 10^20.
   if (value.high == 0 && precision >= 20) return true;
   BigNumber limit;
   limit[0] = 1;

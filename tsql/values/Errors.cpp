@@ -240,7 +240,7 @@ void FailUnsupported(std::string_view what, int line) {
 }
 
 bool EndsTransaction(const Error& error) {
-  // Conversion errors of values: the server aborts the batch and the transaction with it.
+  // After a value that cannot be converted the server ends the batch and the transaction.
   switch (error.number) {
   case 235:
   case 241:
@@ -257,7 +257,7 @@ bool EndsTransaction(const Error& error) {
 bool EndsBatch(const Error& error) {
   if (EndsTransaction(error)) return true;
   switch (error.number) {
-  // Statements that compile but fail while running end alone.
+  // A statement that compiles and fails while it runs ends alone.
   case 201:
   case 217:
   case 220:

@@ -1,5 +1,5 @@
-// The server's errors: number, severity, state and text of each, in one table. A stage throws them with Fail
-// and the interpreter gives them the line of the statement when the stage did not know a better one.
+// The server's errors: number, severity, state and text of each, in one table. Every stage throws them with
+// Fail. An error without a line gets that of the statement which runs.
 #pragma once
 
 #include "tsql/tsql.h"
@@ -14,10 +14,11 @@ Error MakeError(int number, int line, std::initializer_list<std::string_view> ar
 
 [[noreturn]] void Fail(int number, std::initializer_list<std::string_view> arguments, int line = 0);
 
-// What the dialect lacks, by its name.
+// Refuses by its name what the engine does not know.
 [[noreturn]] void FailUnsupported(std::string_view what, int line = 0);
 
-// Whether the server gives up the whole batch, not the statement alone, and whether it rolls back with it.
+// Whether the server ends the whole batch after the error and not only the statement, and whether it rolls
+// the transaction back as well.
 bool EndsBatch(const Error& error);
 bool EndsTransaction(const Error& error);
 

@@ -12,7 +12,7 @@ namespace {
 struct TypeEntry {
   const char* name;
   int precedence;
-  int digits; // as a decimal
+  int digits; // of the decimal that holds every value
   int scale;
   TypeId id;
   Family family;
@@ -60,7 +60,7 @@ int32_t CommonLength(const Type& left, const Type& right) {
 
 Type CommonText(const Type& left, const Type& right) {
   Type type = Precedence(left.id) >= Precedence(right.id) ? left : right;
-  // char beside varchar gives varchar, whatever its length.
+  // The common type of char and varchar is varchar, and its length is the longer one.
   type.length = IsLob(type.id) ? -1 : CommonLength(left, right);
   return type;
 }

@@ -33,11 +33,11 @@ inline bool IsText(const Type& type) {
   return FamilyOf(type.id) == Family::Text;
 }
 bool IsUnicode(TypeId id);
-bool IsFixedLength(TypeId id); // char, nchar, binary: padded
+bool IsFixedLength(TypeId id); // char, nchar and binary, whose values are padded
 bool IsMoney(TypeId id);
 bool IsLob(TypeId id); // text, ntext, image
 bool IsNumeric(const Type& type);
-// Stored as a 16-byte blob.
+// Whether values are stored as a blob of 16 bytes.
 bool IsWide(const Type& type);
 
 Type MakeType(TypeId id, int32_t length = 0);
@@ -46,16 +46,16 @@ Type MakeDecimal(int precision, int scale);
 Type AsDecimal(const Type& type);
 
 int Precedence(TypeId id);
-// The type both sides of a comparison, CASE branches and UNION columns convert to.
+// The type to which both sides of a comparison, branches of CASE and columns of UNION are converted.
 Type CommonType(const Type& left, const Type& right);
 // The result of an operator on numeric operands that are already of one family.
 Type ArithmeticType(ArithmeticOp op, const Type& left, const Type& right);
 
-std::string TypeName(TypeId id); // as messages name it: "varchar", "numeric"
+std::string TypeName(TypeId id); // as messages have it: "varchar", "numeric"
 std::optional<TypeId> FindType(std::string_view name);
 bool TakesLength(TypeId id);
 
-// The bytes that the server stores a value of a type of fixed size in; 16 for what it stores elsewhere.
+// How many bytes the server needs for a value of a type of fixed size.
 int StorageBytes(const Type& type);
 
 // A type as one integer, as the functions registered with SQLite take it and as database files keep it: the
