@@ -10,7 +10,6 @@
 #include <cstdlib>
 
 namespace tsql {
-
 namespace {
 
 const char* OperatorName(ArithmeticOp op) {

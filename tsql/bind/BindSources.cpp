@@ -8,7 +8,6 @@
 #include <utility>
 
 namespace tsql {
-
 namespace {
 
 constexpr int kMaxViewDepth = 32;

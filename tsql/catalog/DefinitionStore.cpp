@@ -1,7 +1,6 @@
 #include "tsql/catalog/DefinitionStore.h"
 
 namespace tsql {
-
 namespace {
 
 // The positions of a key's columns, with a "d" after those in descending order: "0 2d".

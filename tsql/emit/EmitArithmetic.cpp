@@ -7,7 +7,6 @@
 #include <array>
 
 namespace tsql {
-
 namespace {
 
 const char* ArithmeticSymbol(ArithmeticOp op) {

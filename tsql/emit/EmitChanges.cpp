@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace tsql {
-
 namespace {
 
 bool IsInnerOnly(const BoundSource& source) {

@@ -6,7 +6,6 @@
 #include <array>
 
 namespace tsql {
-
 namespace {
 
 // Whether the query can give no more than one row.

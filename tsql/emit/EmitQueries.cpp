@@ -6,7 +6,6 @@
 #include <cassert>
 
 namespace tsql {
-
 namespace {
 
 // The column beside those of a recursive query that counts how deep it is: the server stops at 100.

@@ -4,7 +4,6 @@
 #include "tsql/values/Errors.h"
 
 namespace tsql {
-
 namespace {
 
 struct SumState {

@@ -7,7 +7,6 @@
 #include <random>
 
 namespace tsql {
-
 namespace {
 
 void NewId(const FunctionCall& call) {

@@ -13,7 +13,6 @@
 #include <vector>
 
 namespace tsql {
-
 namespace {
 
 struct Step {

@@ -4,7 +4,6 @@
 #include "tsql/values/Collation.h"
 
 namespace tsql {
-
 namespace {
 
 int Collate(void*, int leftSize, const void* left, int rightSize, const void* right) {

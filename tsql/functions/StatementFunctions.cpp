@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace tsql {
-
 namespace {
 
 void Cast(const FunctionCall& call) {

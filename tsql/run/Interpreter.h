@@ -3,13 +3,11 @@
 // the server.
 #pragma once
 
-#include "tsql/compile/Planner.h"
+#include "tsql/compile/Compiler.h"
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Definitions.h"
 #include "tsql/run/Frame.h"
 #include "tsql/run/Transaction.h"
-
-#include <unordered_map>
 
 namespace tsql {
 
@@ -53,6 +51,7 @@ class Interpreter {
   Flow Run(const Statement& statement);
   Flow HandleError(Error error, const Statement& statement);
   Flow Dispatch(const Statement& statement);
+
   // queries (RunQueries.cpp)
   Flow RunQuery(const QueryStatement& statement);
   void RunSelectInto(const QueryStatement& statement);

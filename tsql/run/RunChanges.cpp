@@ -7,7 +7,6 @@
 #include <algorithm>
 
 namespace tsql {
-
 namespace {
 
 const char* VerbOf(StatementKind kind) {

@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace tsql {
-
 namespace {
 
 constexpr int kMaxNesting = 32;

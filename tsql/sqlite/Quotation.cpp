@@ -1,7 +1,6 @@
 #include "tsql/sqlite/Quotation.h"
 
 namespace tsql {
-
 namespace {
 
 std::string Quote(std::string_view text, char mark) {

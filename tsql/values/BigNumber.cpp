@@ -6,7 +6,6 @@
 #include <bit>
 
 namespace tsql {
-
 namespace {
 
 BigNumber ShiftLeft(const BigNumber& value, int bits) {

@@ -7,7 +7,6 @@
 #include <cstdio>
 
 namespace tsql {
-
 namespace {
 
 // Splits a date text into numbers, words and separators and assembles them as the server does for
