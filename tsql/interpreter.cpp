@@ -138,6 +138,19 @@ bool Interpreter::IsCanceled(const SqliteFailure& failure) {
   return canceled_ != 0;
 }
 
+void Interpreter::Reset() {
+  SetNow(std::nullopt);
+  workLimit_.reset();
+  timeLimit_.reset();
+  SetLockTimeout(kDefaultLockTimeout);
+  identityInsertTable_.clear();
+  identity_ = Datum();
+  rowCount_ = 0;
+  lastError_ = 0;
+  noCount_ = false;
+  xactAbort_ = false;
+}
+
 void Interpreter::BeginWork() {
   workLeft_ = workLimit_.value_or(0);
   deadline_.reset();

@@ -53,6 +53,7 @@ class Interpreter {
   void SetLockTimeout(int milliseconds);
   void SetWorkLimit(std::optional<int64_t> steps);
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
+  void Reset();     // options, limits, clock and what the last statements left
   void BeginWork(); // a batch or call begins: all of the limits is left
   bool NoCount() const { return noCount_; }
   bool XactAbort() const { return xactAbort_; }

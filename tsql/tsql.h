@@ -138,7 +138,8 @@ enum class OpenMode : uint8_t { Existing, Create };
 class Database {
  public:
   // `path` is a file, or ":memory:NAME" for an in-memory database that lives as long as any handle of that
-  // name. Existing throws 4060 when the file is not there or is no database of this engine.
+  // name. Existing throws 4060 when the file is not there or is no database of this engine. The process has
+  // one object for a database, whatever path leads to it.
   static std::shared_ptr<Database> Open(const std::string& path, OpenMode mode);
   virtual ~Database() = default;
 };
@@ -153,6 +154,7 @@ struct ChangeStamp {
 
 class Session {
  public:
+  // Throws 1222 when others keep the database locked, 4060 when its file has gone.
   static std::unique_ptr<Session> Open(std::shared_ptr<Database> database);
   // Rolls back an open transaction and drops the session's temporary tables.
   virtual ~Session() = default;
@@ -190,6 +192,10 @@ class Session {
   virtual void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.
   virtual void SetLockTimeout(int milliseconds) = 0;
+
+  // Makes the session one that a next user cannot tell from a new one: an open transaction is rolled back,
+  // temporary tables are dropped, and clock, limits and options have their defaults.
+  virtual void Reset() = 0;
 };
 
 } // namespace tsql

@@ -1,0 +1,116 @@
+#include "standin/ado/SessionPool.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "com/Text.h"
+
+namespace standin::ado {
+namespace {
+
+constexpr char kMemoryPrefix[] = ":memory:";
+// A thread rarely has more connections open at once; what goes beyond is closed.
+constexpr ptrdiff_t kMostIdleOfAThread = 4;
+
+FileIdentity IdentityOf(const std::string& path) {
+  // Asking for no access, so that nobody's way of opening the file is in conflict.
+  const HANDLE file =
+      CreateFileW(com::FromUtf8(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return {};
+  BY_HANDLE_FILE_INFORMATION information{};
+  const bool known = GetFileInformationByHandle(file, &information);
+  CloseHandle(file);
+  if (!known) return {};
+  return {information.dwVolumeSerialNumber,
+          (static_cast<uint64_t>(information.nFileIndexHigh) << 32U) | information.nFileIndexLow};
+}
+
+// One list for all threads and not thread-local storage: what is left ends with the DLL, whichever thread
+// unloads it. The sessions that were used last stand last.
+std::mutex g_mutex;
+std::vector<SessionOfThread> g_idle;
+
+// Takes the sessions out of the list that the condition names. They end when the result does, which is not
+// while the list is locked: closing a file takes its time.
+template <class Condition>
+std::vector<SessionOfThread> TakeOut(Condition condition) {
+  const std::lock_guard lock(g_mutex);
+  const auto end = std::stable_partition(g_idle.begin(), g_idle.end(),
+                                         [&](const SessionOfThread& idle) { return !condition(idle); });
+  std::vector<SessionOfThread> out(std::make_move_iterator(end), std::make_move_iterator(g_idle.end()));
+  g_idle.erase(end, g_idle.end());
+  return out;
+}
+
+void Keep(SessionOfThread session) {
+  SessionOfThread oldest; // ends behind the lock
+  const std::lock_guard lock(g_mutex);
+  const auto isOfThread = [&](const SessionOfThread& idle) { return idle.thread == session.thread; };
+  if (std::ranges::count_if(g_idle, isOfThread) >= kMostIdleOfAThread) {
+    const auto first = std::ranges::find_if(g_idle, isOfThread);
+    oldest = std::move(*first);
+    g_idle.erase(first);
+  }
+  g_idle.push_back(std::move(session));
+}
+
+} // namespace
+
+PooledSession& PooledSession::operator=(PooledSession&& other) noexcept {
+  if (this == &other) return *this;
+  GiveBack();
+  own_ = std::move(other.own_);
+  return *this;
+}
+
+void PooledSession::GiveBack() noexcept {
+  SessionOfThread session = std::move(own_);
+  if (!session.session || session.path.empty() || session.thread != GetCurrentThreadId()) return;
+  try {
+    session.session->Reset();
+    Keep(std::move(session));
+  } catch (const std::exception&) {
+    // A session that cannot be reset, or for which there is no memory, ends here.
+  }
+}
+
+PooledSession SessionPool::Take(const std::string& path) {
+  if (path.starts_with(kMemoryPrefix))
+    return PooledSession(
+        {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Create)), {}, {}, 0});
+  const DWORD thread = GetCurrentThreadId();
+  const FileIdentity file = IdentityOf(path);
+  // A file under this name that is another one by now is not asked any more.
+  TakeOut([&](const SessionOfThread& idle) {
+    return idle.thread == thread && idle.path == path && idle.file != file;
+  });
+  {
+    const std::lock_guard lock(g_mutex);
+    const auto idle = std::find_if(g_idle.rbegin(), g_idle.rend(), [&](const SessionOfThread& candidate) {
+      return candidate.thread == thread && candidate.path == path;
+    });
+    if (idle != g_idle.rend()) {
+      PooledSession session(std::move(*idle));
+      g_idle.erase(std::next(idle).base());
+      return session;
+    }
+  }
+  return PooledSession(
+      {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Existing)), path, file, thread});
+}
+
+void SessionPool::ClearThread() noexcept {
+  const DWORD thread = GetCurrentThreadId();
+  TakeOut([&](const SessionOfThread& idle) { return idle.thread == thread; });
+}
+
+void SessionPool::ClearAll() noexcept {
+  TakeOut([](const SessionOfThread&) { return true; });
+}
+
+} // namespace standin::ado
