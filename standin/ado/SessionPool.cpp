@@ -16,18 +16,22 @@ constexpr char kMemoryPrefix[] = ":memory:";
 // A thread rarely has more connections open at once; what goes beyond is closed.
 constexpr ptrdiff_t kMostIdleOfAThread = 4;
 
-FileIdentity IdentityOf(const std::string& path) {
-  // Asking for no access, so that nobody's way of opening the file is in conflict.
-  const HANDLE file =
-      CreateFileW(com::FromUtf8(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return {};
-  BY_HANDLE_FILE_INFORMATION information{};
-  const bool known = GetFileInformationByHandle(file, &information);
-  CloseHandle(file);
-  if (!known) return {};
-  return {information.dwVolumeSerialNumber,
-          (static_cast<uint64_t>(information.nFileIndexHigh) << 32U) | information.nFileIndexLow};
+std::string FullPath(const std::string& path) {
+  const std::wstring name = com::FromUtf8(path);
+  std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return com::ToUtf8(com::Lower(full));
+}
+
+uint64_t Join(DWORD high, DWORD low) {
+  return (static_cast<uint64_t>(high) << 32U) | low;
+}
+
+FileStamp StampOf(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (!GetFileAttributesExW(com::FromUtf8(path).c_str(), GetFileExInfoStandard, &data)) return {};
+  return {Join(data.nFileSizeHigh, data.nFileSizeLow),
+          Join(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
 }
 
 // One list for all threads and not thread-local storage: what is left ends with the DLL, whichever thread
@@ -73,6 +77,7 @@ void PooledSession::GiveBack() noexcept {
   if (!session.session || session.path.empty() || session.thread != GetCurrentThreadId()) return;
   try {
     session.session->Reset();
+    session.file = StampOf(session.path);
     Keep(std::move(session));
   } catch (const std::exception&) {
     // A session that cannot be reset, or for which there is no memory, ends here.
@@ -84,15 +89,15 @@ PooledSession SessionPool::Take(const std::string& path) {
     return PooledSession(
         {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Create)), {}, {}, 0});
   const DWORD thread = GetCurrentThreadId();
-  const FileIdentity file = IdentityOf(path);
-  // A file under this name that is another one by now is not asked any more.
+  const std::string full = FullPath(path);
+  const FileStamp file = StampOf(full);
   TakeOut([&](const SessionOfThread& idle) {
-    return idle.thread == thread && idle.path == path && idle.file != file;
+    return idle.thread == thread && idle.path == full && (idle.file != file || file.written == 0);
   });
   {
     const std::lock_guard lock(g_mutex);
     const auto idle = std::find_if(g_idle.rbegin(), g_idle.rend(), [&](const SessionOfThread& candidate) {
-      return candidate.thread == thread && candidate.path == path;
+      return candidate.thread == thread && candidate.path == full;
     });
     if (idle != g_idle.rend()) {
       PooledSession session(std::move(*idle));
@@ -101,7 +106,7 @@ PooledSession SessionPool::Take(const std::string& path) {
     }
   }
   return PooledSession(
-      {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Existing)), path, file, thread});
+      {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Existing)), full, file, thread});
 }
 
 void SessionPool::ClearThread() noexcept {

@@ -5,21 +5,11 @@
 #include <atomic>
 
 #include "com/Text.h"
-#include "tsql/tsql.h"
 
 namespace standin::test {
-namespace {
-
-struct Silence : tsql::ResultSink {
-  void BeginRows(std::span<const tsql::Column> /*columns*/) override {}
-  void Row(std::span<const tsql::Value> /*values*/) override {}
-  void EndRows(int64_t /*count*/) override {}
-  void RowCount(int64_t /*count*/) override {}
-  void Message(const tsql::Error& /*info*/) override {}
-  void Failed(const tsql::Error& error) override { FAIL() << error.what(); }
-};
-
-} // namespace
+void Silence::Failed(const tsql::Error& error) {
+  ADD_FAILURE() << error.what();
+}
 
 DataFile::DataFile(int number) {
   static std::atomic<int> last{0};

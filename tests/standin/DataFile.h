@@ -5,7 +5,19 @@
 
 #include <string>
 
+#include "tsql/tsql.h"
+
 namespace standin::test {
+
+// Takes a batch's output and keeps nothing; a failure of the batch fails the test.
+struct Silence : tsql::ResultSink {
+  void BeginRows(std::span<const tsql::Column> /*columns*/) override {}
+  void Row(std::span<const tsql::Value> /*values*/) override {}
+  void EndRows(int64_t /*count*/) override {}
+  void RowCount(int64_t /*count*/) override {}
+  void Message(const tsql::Error& /*info*/) override {}
+  void Failed(const tsql::Error& error) override;
+};
 
 class DataFile {
  public:
