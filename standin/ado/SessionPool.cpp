@@ -1,6 +1,8 @@
 #include "standin/ado/SessionPool.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <exception>
 #include <iterator>
 #include <mutex>
@@ -23,15 +25,31 @@ std::string FullPath(const std::string& path) {
   return com::ToUtf8(com::Lower(full));
 }
 
-uint64_t Join(DWORD high, DWORD low) {
-  return (static_cast<uint64_t>(high) << 32U) | low;
-}
-
-FileStamp StampOf(const std::string& path) {
-  WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!GetFileAttributesExW(com::FromUtf8(path).c_str(), GetFileExInfoStandard, &data)) return {};
-  return {Join(data.nFileSizeHigh, data.nFileSizeLow),
-          Join(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
+// The number that the file system has for the file of this name; 0 when there is none. It is read out of the
+// folder: under Wine, whoever opens and closes a file that others keep locked leaves a descriptor behind.
+uint64_t FileIdOf(const std::string& fullPath) {
+  const std::wstring path = com::FromUtf8(fullPath);
+  const size_t slash = path.find_last_of(L'\\');
+  const std::wstring name = path.substr(slash + 1);
+  const HANDLE folder = CreateFileW(path.substr(0, slash + 1).c_str(), FILE_LIST_DIRECTORY,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (folder == INVALID_HANDLE_VALUE) return 0;
+  uint64_t id = 0;
+  alignas(FILE_ID_BOTH_DIR_INFO) std::array<std::byte, 16384> buffer;
+  while (id == 0 &&
+         GetFileInformationByHandleEx(folder, FileIdBothDirectoryInfo, buffer.data(), buffer.size())) {
+    const std::byte* at = buffer.data();
+    for (;;) {
+      const auto& entry = *reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(at);
+      if (com::EqualsNoCase({entry.FileName, entry.FileNameLength / sizeof(wchar_t)}, name))
+        id = static_cast<uint64_t>(entry.FileId.QuadPart);
+      if (entry.NextEntryOffset == 0) break;
+      at += entry.NextEntryOffset;
+    }
+  }
+  CloseHandle(folder);
+  return id;
 }
 
 // One list for all threads and not thread-local storage: what is left ends with the DLL, whichever thread
@@ -77,7 +95,6 @@ void PooledSession::GiveBack() noexcept {
   if (!session.session || session.path.empty() || session.thread != GetCurrentThreadId()) return;
   try {
     session.session->Reset();
-    session.file = StampOf(session.path);
     Keep(std::move(session));
   } catch (const std::exception&) {
     // A session that cannot be reset, or for which there is no memory, ends here.
@@ -90,9 +107,9 @@ PooledSession SessionPool::Take(const std::string& path) {
         {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Create)), {}, {}, 0});
   const DWORD thread = GetCurrentThreadId();
   const std::string full = FullPath(path);
-  const FileStamp file = StampOf(full);
+  const uint64_t fileId = FileIdOf(full);
   TakeOut([&](const SessionOfThread& idle) {
-    return idle.thread == thread && idle.path == full && (idle.file != file || file.written == 0);
+    return idle.thread == thread && idle.path == full && idle.fileId != fileId;
   });
   {
     const std::lock_guard lock(g_mutex);
@@ -106,7 +123,7 @@ PooledSession SessionPool::Take(const std::string& path) {
     }
   }
   return PooledSession(
-      {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Existing)), full, file, thread});
+      {tsql::Session::Open(tsql::Database::Open(path, tsql::OpenMode::Existing)), full, fileId, thread});
 }
 
 void SessionPool::ClearThread() noexcept {

@@ -3,8 +3,8 @@
 // A connection opens and ends with every call, and opening a file takes many times longer than its statement.
 // So a session goes back to the pool when its connection lets it go, and is reset for the next user, who
 // cannot tell it from a new one. Each thread has sessions of its own. They end with the thread, when the
-// module is free to be unloaded, and when their file was changed meanwhile, because it may be another one by
-// now. In-memory databases are not pooled: they end with their last session.
+// module is free to be unloaded, and when their file is gone or another one has its name. In-memory databases
+// are not pooled: they end with their last session.
 #pragma once
 
 #include <windows.h>
@@ -18,19 +18,11 @@
 
 namespace standin::ado {
 
-// What a file shows of itself without being opened. Opening it would be no good: under Wine, whoever closes a
-// file that others keep locked leaves a descriptor behind.
-struct FileStamp {
-  uint64_t size = 0;
-  uint64_t written = 0; // 0: there is no such file
-  bool operator==(const FileStamp&) const = default;
-};
-
 // A session, its file, and the thread that it belongs to.
 struct SessionOfThread {
   std::unique_ptr<tsql::Session> session;
   std::string path; // the full one; empty when the session is not for the pool
-  FileStamp file;   // when the session went to the pool
+  uint64_t fileId = 0;
   DWORD thread = 0;
 };
 
