@@ -20,6 +20,17 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Compile
     : connection_(connection), catalog_(catalog), compiler_(compiler), definitions_(definitions),
       context_(context), transaction_(transaction), limits_(connection, transaction) {}
 
+void Interpreter::Reset() {
+  SetNow(std::nullopt);
+  limits_.Reset();
+  compiler_.SetIdentityInsert({});
+  identity_ = Datum();
+  rowCount_ = 0;
+  lastError_ = 0;
+  noCount_ = false;
+  xactAbort_ = false;
+}
+
 void Interpreter::BeginWork() {
   limits_.Begin();
   caught_.reset(); // the batch before may have ended within a CATCH block
@@ -163,7 +174,7 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
   } else if (statement.option == "lock_timeout") {
     int milliseconds = 0;
     std::from_chars(statement.value.data(), statement.value.data() + statement.value.size(), milliseconds);
-    SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
+    limits_.SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
   }
 }
 
