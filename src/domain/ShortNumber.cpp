@@ -1,4 +1,4 @@
-#include "src/frame/ShortNumber.h"
+#include "src/domain/ShortNumber.h"
 
 #include "src/frame/Convert.h"
 

@@ -1,4 +1,4 @@
-#include "src/frame/BomReferences.h"
+#include "src/domain/BomReferences.h"
 
 #include "com/ValueText.h"
 
