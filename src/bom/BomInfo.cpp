@@ -1,5 +1,8 @@
 #include "src/bom/BomInfo.h"
 
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Recordset.h"
+
 namespace mbom {
 namespace {
 

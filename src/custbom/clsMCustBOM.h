@@ -16,6 +16,7 @@
 
 #include "com/Object.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 

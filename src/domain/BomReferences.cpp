@@ -1,6 +1,7 @@
 #include "src/domain/BomReferences.h"
 
 #include "com/ValueText.h"
+#include "src/frame/Join.h"
 
 namespace mbom {
 

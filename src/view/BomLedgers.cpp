@@ -1,6 +1,8 @@
 #include "src/view/BomLedgers.h"
 
 #include "com/Text.h"
+#include "src/frame/Join.h"
+#include "src/frame/globals/Descriptor.h"
 
 namespace mbom {
 namespace {

@@ -1,6 +1,7 @@
 #include "src/frame/globals/SystemProfile.h"
 
 #include "src/frame/ado/Command.h"
+#include "src/frame/ado/Recordset.h"
 
 namespace mbom {
 
