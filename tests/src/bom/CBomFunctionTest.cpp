@@ -372,7 +372,7 @@ TEST_F(CBomFunctionTest, CopyBomTakesAnEmptyNumber) {
 TEST_F(CBomFunctionTest, CopyBomFailsWhenEitherOfItsStatementsFails) {
   for (const wchar_t* obstacle :
        {L"CREATE UNIQUE INDEX OneNumber ON ICBOM (FBOMNumber)",
-        L"CREATE UNIQUE INDEX OneItem ON ICBOMChild (FItemID, FAuxQty, FOperID, FBeginDay)"}) {
+        L"CREATE UNIQUE INDEX OneItem ON ICBOMChild (FItemID, FEntryID, FOperID)"}) {
     SCOPED_TRACE(com::ToUtf8(obstacle));
     const bool header = std::wstring(obstacle).find(L"OneNumber") != std::wstring::npos;
     database_.Execute(obstacle);

@@ -228,7 +228,7 @@ TEST_F(CustBomNumberTest, ACopyRisesWhenAnyOfItsStatementsFails) {
   const wchar_t* const obstacles[][2] = {
       {L"CREATE UNIQUE INDEX OneItem ON ICBOM (FItemID, FStatus, FVersion, FCustID, FUseStatus)",
        L"DROP INDEX OneItem ON ICBOM"},
-      {L"CREATE UNIQUE INDEX OneLine ON ICCustBOMChild (FItemID, FQty, FEntryID)",
+      {L"CREATE UNIQUE INDEX OneLine ON ICCustBOMChild (FItemID, FEntryID, FCustBOMCode)",
        L"DROP INDEX OneLine ON ICCustBOMChild"},
       {L"CREATE UNIQUE INDEX OneId ON ICMaxNum (FMaxNum)", L"DROP INDEX OneId ON ICMaxNum"}};
   database_.Execute(L"UPDATE ICMaxNum SET FMaxNum = 42 WHERE FTableName = 'ICMO'");
