@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "com/ComError.h"
+#include "src/frame/ado/ClientRecordset.h"
 
 namespace mbom {
 

@@ -1,8 +1,9 @@
-#include "src/frame/Ado.h"
+#include "src/frame/ado/Connection.h"
 
 #include <gtest/gtest.h>
 
 #include "src/frame/Frame.h"
+#include "src/frame/ado/ClientRecordset.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
 

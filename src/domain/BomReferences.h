@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "src/frame/Ado.h"
 #include "src/frame/Sql.h"
-#include "src/frame/Texts.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 

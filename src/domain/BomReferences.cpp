@@ -1,6 +1,7 @@
-#include "src/frame/BomReferences.h"
+#include "src/domain/BomReferences.h"
 
 #include "com/ValueText.h"
+#include "src/frame/Join.h"
 
 namespace mbom {
 

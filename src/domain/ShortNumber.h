@@ -1,7 +1,7 @@
 // The short-number switch: whether items are shown by FShortNumber instead of FNumber.
 #pragma once
 
-#include "src/frame/Ado.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 

@@ -1,6 +1,8 @@
-#include "src/frame/ShortNumber.h"
+#include "src/domain/ShortNumber.h"
 
 #include "src/frame/Convert.h"
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Recordset.h"
 
 namespace mbom {
 namespace {

@@ -1,4 +1,4 @@
-#include "src/frame/Held.h"
+#include "src/frame/ado/Held.h"
 
 #include <exception>
 #include <new>
