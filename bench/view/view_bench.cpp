@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "bench/view/Factory.h"
+#include "bench/view/BrowserData.h"
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
 #include "com/Text.h"

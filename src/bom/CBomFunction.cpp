@@ -80,7 +80,7 @@ int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& 
     }
     while (NumberIsUsed(connection_, ErrInfo, serial)) {
       if (serial == std::numeric_limits<int32_t>::max())
-        com::RaiseRuntimeError(6, L"QorvaneMBomBill.CBomFunction", L"Overflow");
+        com::Raise(com::RuntimeError::Overflow, L"QorvaneMBomBill.CBomFunction");
       ++serial;
     }
     connection_.Run(Sql() << L"update icbillno set fcurno=fcurno+1 where fbillid=50");

@@ -32,8 +32,6 @@ using com::Variant;
 
 constexpr wchar_t kSource[] = L"QorvaneMBomBill.clsMCustBOM";
 constexpr int32_t kCustomerBomBill = 53;
-constexpr int kOverflow = 6;
-constexpr int kInvalidCall = 5;
 
 } // namespace
 
@@ -220,8 +218,8 @@ bool clsMCustBOM::bGetBillNoInfo(const std::wstring& sDsn, std::wstring& sPrefix
                  Sql() << L"select FPreLetter, FSufLetter, FCurNo = isNull(FCurNo, 0) + 1, FFormat" << kCrLf
                        << L"from ICBillNo WITH(UPDLOCK) where FBillID = 53");
     if (rule.Eof())
-      com::RaiseRuntimeError(kInvalidCall, kSource,
-                             LoadResText(L"ICBillNo中未定义客户BOM", strLanguage).c_str());
+      com::Raise(com::RuntimeError::InvalidCall, kSource,
+                 LoadResText(L"ICBillNo中未定义客户BOM", strLanguage));
     sPrefixion = com::ToText(rule[L"FPreLetter"]);
     sSuffix = com::ToText(rule[L"FSufLetter"]);
     sFormat = com::ToText(rule[L"FFormat"]);
@@ -275,8 +273,7 @@ std::wstring clsMCustBOM::CopyPasteCustBom(const std::wstring& sDsn, const std::
         RunQuery(frame_, sDsn, Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'");
     const int32_t highest = counter.Eof() ? 0 : counter[L"FMaxNum"].AsLong();
     if (!strCustBOMID.empty() && !number.empty() && highest >= 1) {
-      if (highest == std::numeric_limits<int32_t>::max())
-        com::RaiseRuntimeError(kOverflow, kSource, L"Overflow");
+      if (highest == std::numeric_limits<int32_t>::max()) com::Raise(com::RuntimeError::Overflow, kSource);
       const int32_t newId = highest + 1;
       const int32_t checker = GetCurrentUserId(frame_);
       const int32_t operatorId = GetCurrentUserId(frame_);

@@ -4,6 +4,7 @@
 
 #include "src/frame/Frame.h"
 #include "tests/support/Client.h"
+#include "tests/support/Collections.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -23,18 +24,6 @@ class RowsTest : public testing::Test {
   Recordset Open(const wchar_t* condition) const {
     return frame_.GetConnection().Execute(Sql() << L"SELECT FKey, FValue AS Wert FROM t_SystemProfile WHERE "
                                                 << condition << L" ORDER BY FKey");
-  }
-  static Texts KeysOf(const Object& dictionary) {
-    Texts keys;
-    const Variant names = dictionary.Call(L"Keys");
-    LONG upper = -1;
-    SafeArrayGetUBound(names.raw().parray, 1, &upper);
-    for (LONG i = 0; i <= upper; ++i) {
-      Variant name;
-      SafeArrayGetElement(names.raw().parray, &i, name.Out());
-      keys.push_back(name.AsText());
-    }
-    return keys;
   }
 
   const TestDatabase database_;

@@ -31,13 +31,13 @@ struct ClassInfo {
   const MethodInfo* Find(const std::wstring& methodName) const;
 };
 
-using Catalog = std::vector<ClassInfo>;
+using ClassDescriptions = std::vector<ClassInfo>;
 
 // Reads the type library of the registered component. Throws com::ComError where none is registered.
-Catalog ReadCatalog();
+ClassDescriptions ReadClassDescriptions();
 
 // Null when there is no such class; the name in any case.
-const ClassInfo* FindClass(const Catalog& catalog, const std::wstring& className);
+const ClassInfo* FindClass(const ClassDescriptions& classes, const std::wstring& className);
 
 // "BeginSave(sDsn: text, SaveVect: object, in/out, ReturnMsg: text, in/out) -> boolean"
 std::wstring Describe(const MethodInfo& method);

@@ -1,4 +1,4 @@
-// Catalogue: the translations of one language, a compiled gettext catalogue among the module's resources.
+// Translations: the translations of one language, a compiled gettext catalogue among the module's resources.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,10 @@ namespace standin {
 constexpr int kTraditionalChinese = 101;
 constexpr int kEnglish = 102;
 
-class Catalogue {
+class Translations {
  public:
   // An empty catalogue when the module has no such resource.
-  explicit Catalogue(int resource);
+  explicit Translations(int resource);
 
   // The translation of the UTF-8 text, valid as long as the module; empty when there is none.
   std::string_view Find(const std::string& source) const;

@@ -1,15 +1,11 @@
-#include "standin/platform/BaseLibrary.h"
+#include "standin/platform/SystemProfile.h"
 
-#include "com/ComError.h"
 #include "com/DispatchObject.h"
 #include "standin/host/ThreadState.h"
 #include "standin/platform/DataSource.h"
 
 namespace standin {
 namespace {
-
-using com::Object;
-using com::Variant;
 
 // A text as a literal of a statement.
 std::wstring Quoted(const std::wstring& text) {
@@ -20,18 +16,8 @@ std::wstring Quoted(const std::wstring& text) {
 
 } // namespace
 
-Object ObjectFactory::CreateServerObject(const std::wstring& progId, const Variant& /*server*/) const {
-  Event(EventKind::CreateServerObject, progId);
-  return Object::Create(progId.c_str());
-}
-
-int32_t SecurityInfo::GetCurrentUserID(const std::wstring& callerKey) const {
-  try {
-    return Variant(callerKey).AsLong();
-  } catch (const com::ComError&) {
-    com::RaiseRuntimeError(13, L"QorvaneWoskBase", L"The caller key names no user.");
-  }
-}
+using com::Object;
+using com::Variant;
 
 Variant SystemProfile::GetProfile(const std::wstring& dsn, const std::wstring& category,
                                   const std::wstring& key) const {
@@ -46,23 +32,6 @@ Variant SystemProfile::GetProfile(const std::wstring& dsn, const std::wstring& c
 }
 
 } // namespace standin
-
-template <>
-const com::DispatchTable& com::TableOf<standin::ObjectFactory>() {
-  using standin::ObjectFactory;
-  static const DispatchTable table(
-      IID_NULL, {Method<&ObjectFactory::CreateServerObject>(kNextId, L"CreateServerObject",
-                                                            {L"ProgID", {L"Server", Variant::Missing()}})});
-  return table;
-}
-
-template <>
-const com::DispatchTable& com::TableOf<standin::SecurityInfo>() {
-  using standin::SecurityInfo;
-  static const DispatchTable table(
-      IID_NULL, {Method<&SecurityInfo::GetCurrentUserID>(kNextId, L"GetCurrentUserID", {L"CallerKey"})});
-  return table;
-}
 
 template <>
 const com::DispatchTable& com::TableOf<standin::SystemProfile>() {

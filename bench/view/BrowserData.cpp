@@ -1,4 +1,4 @@
-#include "bench/view/Factory.h"
+#include "bench/view/BrowserData.h"
 
 #include <windows.h>
 

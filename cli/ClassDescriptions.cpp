@@ -1,4 +1,4 @@
-#include "cli/Catalog.h"
+#include "cli/ClassDescriptions.h"
 
 #include <objbase.h>
 #include <oleauto.h>
@@ -104,25 +104,25 @@ const MethodInfo* ClassInfo::Find(const std::wstring& methodName) const {
   return found == methods.end() ? nullptr : &*found;
 }
 
-Catalog ReadCatalog() {
+ClassDescriptions ReadClassDescriptions() {
   Ptr<ITypeLib> library;
   com::Check(LoadRegTypeLib(LibraryId(), 1, 0, LOCALE_NEUTRAL, library.Out()));
-  Catalog catalog;
+  ClassDescriptions classes;
   for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
     TYPEKIND kind;
     com::Check(library->GetTypeInfoType(i, &kind));
     if (kind != TKIND_COCLASS) continue;
     Ptr<ITypeInfo> coclass;
     com::Check(library->GetTypeInfo(i, coclass.Out()));
-    catalog.push_back(ReadClass(*coclass.Get()));
+    classes.push_back(ReadClass(*coclass.Get()));
   }
-  return catalog;
+  return classes;
 }
 
-const ClassInfo* FindClass(const Catalog& catalog, const std::wstring& className) {
+const ClassInfo* FindClass(const ClassDescriptions& classes, const std::wstring& className) {
   const auto found = std::ranges::find_if(
-      catalog, [&](const ClassInfo& info) { return com::EqualsNoCase(info.name, className); });
-  return found == catalog.end() ? nullptr : &*found;
+      classes, [&](const ClassInfo& info) { return com::EqualsNoCase(info.name, className); });
+  return found == classes.end() ? nullptr : &*found;
 }
 
 std::wstring Describe(const MethodInfo& method) {

@@ -1,4 +1,4 @@
-#include "standin/platform/Catalogue.h"
+#include "standin/platform/Translations.h"
 
 #include <windows.h>
 
@@ -18,7 +18,7 @@ constexpr size_t kHeaderSize = 28;
 
 } // namespace
 
-Catalogue::Catalogue(int resource) {
+Translations::Translations(int resource) {
   auto* module = reinterpret_cast<HMODULE>(&__ImageBase);
   HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(resource), MAKEINTRESOURCEW(10) /* RT_RCDATA */);
   HGLOBAL loaded = found ? LoadResource(module, found) : nullptr;
@@ -27,18 +27,18 @@ Catalogue::Catalogue(int resource) {
   if (data_.size() < kHeaderSize || Number(0) != kMagic) data_ = {};
 }
 
-uint32_t Catalogue::Number(size_t offset) const {
+uint32_t Translations::Number(size_t offset) const {
   uint32_t number = 0;
   std::memcpy(&number, data_.data() + offset, sizeof number);
   return number;
 }
 
-std::string_view Catalogue::Text(size_t table, uint32_t index) const {
+std::string_view Translations::Text(size_t table, uint32_t index) const {
   const size_t entry = Number(table) + size_t{8} * index;
   return data_.substr(Number(entry + 4), Number(entry));
 }
 
-std::string_view Catalogue::Find(const std::string& source) const {
+std::string_view Translations::Find(const std::string& source) const {
   if (data_.empty() || source.empty()) return {}; // the empty text's entry is the catalogue's header
   // The sources are sorted by their bytes.
   uint32_t first = 0;

@@ -11,7 +11,7 @@
 
 namespace mbom::test {
 
-inline void FillFactory(const TestDatabase& database) {
+inline void FillBrowserData(const TestDatabase& database) {
   database.Execute(L"INSERT INTO ICBOMGroup (FInterID, FNumber, FName, FParentID, FBootID) VALUES "
                    L"(1, 'G1', 'Bikes', 0, 1), (2, 'G1.1', 'City', 1, 1), (3, 'G1.2', 'Hill', 1, 1), "
                    L"(4, 'G1.2.1', 'Proto', 3, 1), (5, 'G2', 'Parts', 0, 5)");
