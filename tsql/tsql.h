@@ -4,11 +4,11 @@
 // runs a batch and pushes what comes out of it, in order, into a ResultSink. All text is UTF-8.
 //
 // Threads: a Database may be shared by many threads, a Session is used by one thread at a time. Sessions of
-// one process may use one Database at the same time; a writer waits for another and then fails with the
-// server's lock time-out error (1222), nothing lost.
+// one process may use one Database at the same time. A writer waits for another one. When that takes too
+// long, the statement fails with the server's lock time-out error (1222) and changes nothing.
 //
-// Errors of a batch are the server's (number, severity, state, line, text) and go to ResultSink::Failed; what
-// the engine itself cannot do (no such file, no memory) is thrown as tsql::Error.
+// Errors of a batch are the server's (number, severity, state, line, text) and go to ResultSink::Failed.
+// Failures of the engine itself, such as a file that is not there, are thrown as tsql::Error.
 #pragma once
 
 #include <chrono>
@@ -25,30 +25,31 @@ namespace tsql {
 
 // ---- types
 
+// The types of the dialect. Database files keep the numbers.
 enum class TypeId : uint8_t {
-  TinyInt,
-  SmallInt,
-  Int,
-  BigInt,
-  Bit,
-  Decimal,
-  Money,
-  SmallMoney,
-  Float,
-  Real,
-  Char,
-  VarChar,
-  Text,
-  NChar,
-  NVarChar,
-  NText,
-  DateTime,
-  SmallDateTime,
-  Date,
-  Binary,
-  VarBinary,
-  Image,
-  UniqueIdentifier,
+  TinyInt = 0,
+  SmallInt = 1,
+  Int = 2,
+  BigInt = 3,
+  Bit = 4,
+  Decimal = 5,
+  Money = 6,
+  SmallMoney = 7,
+  Float = 8,
+  Real = 9,
+  Char = 10,
+  VarChar = 11,
+  Text = 12,
+  NChar = 13,
+  NVarChar = 14,
+  NText = 15,
+  DateTime = 16,
+  SmallDateTime = 17,
+  Date = 18,
+  Binary = 19,
+  VarBinary = 20,
+  Image = 21,
+  UniqueIdentifier = 22,
 };
 
 struct Type {
@@ -74,7 +75,8 @@ struct DateTime {
   auto operator<=>(const DateTime&) const = default;
 };
 
-// A value on its way in or out; text and bytes are borrowed from whoever hands it over, for the call only.
+// A value on its way in or out. Its text and bytes belong to whoever hands it over, and are valid only during
+// the call.
 struct Value {
   enum class Kind : uint8_t { Null, Integer, Float, Decimal, Text, Bytes, DateTime };
   Kind kind = Kind::Null;
@@ -92,7 +94,7 @@ struct Error : std::runtime_error {
       : std::runtime_error(text), number(errorNumber), severity(errorSeverity), state(errorState),
         line(errorLine) {}
   int number;
-  int severity; // up to 10 information, 11 and more an error
+  int severity; // information up to 10, an error from 11 on
   int state;
   int line; // 1-based, within the batch or the procedure
 };
@@ -110,8 +112,7 @@ struct Column {
 };
 
 // Receives a batch's output in order. What a call hands over is valid during that call only. A sink may
-// throw; the batch then ends (an open statement's own changes undone) and the exception passes through
-// Execute.
+// throw: then the running statement is undone, the batch ends, and the exception leaves Execute.
 class ResultSink {
  public:
   virtual ~ResultSink() = default;
@@ -120,14 +121,14 @@ class ResultSink {
   virtual void EndRows(int64_t count) = 0;
   virtual void RowCount(int64_t count) = 0;    // a changing statement's count, while NOCOUNT is off
   virtual void Message(const Error& info) = 0; // PRINT and errors of severity 10 and less
-  virtual void Failed(const Error& error) = 0; // the batch goes on or ends as on the server
+  virtual void Failed(const Error& error) = 0; // after it the batch goes on or ends, as on the server
 };
 
 struct Parameter {
   std::string name; // "@TableName"; empty for the markers "?", which are taken in order
   Type type;
   bool output = false;
-  Value value; // in; and out for output parameters (its text then lives in `storage`)
+  Value value; // on the way out, its text lives in `storage`
   std::string storage;
 };
 
@@ -138,13 +139,14 @@ enum class OpenMode : uint8_t { Existing, Create };
 class Database {
  public:
   // `path` is a file, or ":memory:NAME" for an in-memory database that lives as long as any handle of that
-  // name. Existing throws 4060 when the file is not there or is no database of this engine.
+  // name. Throws 4060 when the file is not a database of this engine, or with Existing is not there, and 948
+  // when a newer version of the engine has written it.
   static std::shared_ptr<Database> Open(const std::string& path, OpenMode mode);
   virtual ~Database() = default;
 };
 
-// The state of a database's data as a session sees it: two stamps of one session are equal when nothing has
-// changed between them.
+// A stamp of a database's data, as a session sees it: while two stamps of one session are equal, nothing has
+// changed.
 struct ChangeStamp {
   int64_t own = 0;    // the rows that the session itself has changed
   int64_t others = 0; // what others have committed
@@ -165,23 +167,23 @@ class Session {
   virtual std::optional<int32_t> Call(std::string_view procedure, std::span<Parameter> parameters,
                                       ResultSink& sink) = 0;
 
-  // Transactions from outside the batches (the host's unit of work); they nest with the batches' own as
-  // @@TRANCOUNT.
+  // Transactions from outside the batches, such as a host's unit of work. They and those of the batches nest
+  // in each other, and @@TRANCOUNT counts both.
   virtual void Begin() = 0;
   virtual void Commit() = 0;
   virtual void Rollback() = 0;
   virtual int TransactionCount() const = 0;
 
-  // Whether SET NOCOUNT ON is in effect: then no counts are wanted for the rows of a result either.
+  // Whether SET NOCOUNT ON is in effect. Then nobody wants the row count of a result either.
   virtual bool NoCount() const = 0;
 
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
-  // What the data's state is now; cheap.
+  // The present stamp of the data. It costs little.
   virtual ChangeStamp GetChangeStamp() = 0;
-  // Ends a batch or call that takes more than so many steps, with error 8649, its open transaction rolled
-  // back and no CATCH block asked; a step is a statement, or a thousand instructions of SQLite's machine.
-  // nullopt, the default: no limit.
+  // Ends a batch or call that takes more than so many steps, with error 8649: its open transaction is rolled
+  // back, and no CATCH block catches the error. A step is a statement, or a thousand instructions of SQLite's
+  // machine. There is no limit by default, and with nullopt.
   virtual void SetWorkLimit(std::optional<int64_t> steps) = 0;
   // Ends a batch or call that takes longer, with error kTimeoutExpired: the running statement's own changes
   // are undone and no CATCH block is asked. An open transaction stays open unless XACT_ABORT is on, or a

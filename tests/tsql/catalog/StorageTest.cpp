@@ -1,0 +1,214 @@
+// What a database file looks like from outside, with SQLite alone: the numbers and texts here are those of
+// docs/storage.md, and a file that was once written has them.
+#include "tests/tsql/FileTest.h"
+
+#include "tsql/catalog/Storage.h"
+#include "tsql/functions/ComputeProgram.h"
+#include "tsql/values/DateTime.h"
+
+#include <sqlite3.h>
+
+#include <map>
+
+namespace tsql::test {
+namespace {
+
+class StorageTest : public FileTest {
+ protected:
+  // The rows of SQLite's answer, their columns joined by "|".
+  Lines Ask(const std::string& sql) {
+    sqlite3* file = nullptr;
+    EXPECT_EQ(sqlite3_open(path_.c_str(), &file), SQLITE_OK);
+    // Without it SQLite would refuse a CHECK that calls it.
+    const auto range = [](sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+      sqlite3_result_value(context, values[0]);
+    };
+    sqlite3_create_function(file, "t_range", 2, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, range, nullptr,
+                            nullptr);
+    Lines rows;
+    const auto add = [](void* list, int count, char** values, char** /*names*/) {
+      std::string row;
+      for (int i = 0; i < count; ++i) row += std::string(i > 0 ? "|" : "") + (values[i] ? values[i] : "NULL");
+      static_cast<Lines*>(list)->push_back(row);
+      return 0;
+    };
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(file, sql.c_str(), add, &rows, &error), SQLITE_OK) << sql << ": " << error;
+    sqlite3_free(error);
+    sqlite3_close(file);
+    return rows;
+  }
+  void Must(std::string_view batch) {
+    const auto session = Session::Open(Database::Open(path_, OpenMode::Create));
+    const Output output = RunOn(*session, batch);
+    for (const Error& error : output.errors) ADD_FAILURE() << error.what();
+  }
+};
+
+TEST_F(StorageTest, FilesAreMarkedWithTheirVersion) {
+  Must("CREATE TABLE t (a INT)");
+  EXPECT_EQ(Ask("PRAGMA application_id"), Lines({"1951617356"})); // "tSQL"
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+}
+
+TEST_F(StorageTest, NewerFilesAreRefused) {
+  Must("CREATE TABLE t (a INT)");
+  Ask("PRAGMA user_version = 2");
+  for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
+    try {
+      Database::Open(path_, mode);
+      FAIL() << "opened";
+    } catch (const Error& error) {
+      EXPECT_EQ(error.number, 948);
+      const std::string name = std::filesystem::path(path_).stem().string();
+      EXPECT_EQ(error.what(),
+                "The database '" + name +
+                    "' cannot be opened because it is version 2. This server supports version 1 "
+                    "and earlier. A downgrade path is not supported.");
+    }
+  }
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"2"}));
+}
+
+TEST_F(StorageTest, FilesWithoutVersionAreReadAndMarked) {
+  Must("CREATE TABLE t (a INT) INSERT INTO t VALUES (7)");
+  Ask("PRAGMA user_version = 0");
+  const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
+  EXPECT_EQ(RunOn(*session, "SELECT a FROM t").results, std::vector<Lines>({{"7"}}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+}
+
+TEST_F(StorageTest, FilesWithoutVersionOpenWhileAnotherSessionWrites) {
+  Must("CREATE TABLE t (a INT)");
+  const auto writer = Session::Open(Database::Open(path_, OpenMode::Existing));
+  Ask("PRAGMA user_version = 0");
+  writer->Begin();
+  EXPECT_TRUE(RunOn(*writer, "INSERT INTO t VALUES (1)").errors.empty());
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
+  writer->Commit();
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+}
+
+TEST_F(StorageTest, TablesAndColumns) {
+  Must("CREATE TABLE Part (id INT IDENTITY(5,1), name NVARCHAR(30) NULL DEFAULT 'x', price DECIMAL(9,2))");
+  EXPECT_EQ(Ask("SELECT * FROM \"~tables\""), Lines({"Part|5|0"}));
+  // The type: its number, precision * 2^8, scale * 2^16, length * 2^24.
+  const std::string nvarchar = std::to_string(14 + 30 * 16777216);
+  const std::string decimal = std::to_string(5 + 9 * 256 + 2 * 65536);
+  EXPECT_EQ(Ask("SELECT * FROM \"~columns\" ORDER BY ordinal"),
+            Lines({"Part|0|id|2|0|1|", "Part|1|name|" + nvarchar + "|1|0|'x'",
+                   "Part|2|price|" + decimal + "|1|0|"}));
+}
+
+TEST_F(StorageTest, TypeNumbers) {
+  const std::vector<std::pair<const char*, int>> types = {{"TINYINT", 0},
+                                                          {"SMALLINT", 1},
+                                                          {"INT", 2},
+                                                          {"BIGINT", 3},
+                                                          {"BIT", 4},
+                                                          {"DECIMAL(9,2)", 5},
+                                                          {"MONEY", 6},
+                                                          {"SMALLMONEY", 7},
+                                                          {"FLOAT", 8},
+                                                          {"REAL", 9},
+                                                          {"CHAR(2)", 10},
+                                                          {"VARCHAR(2)", 11},
+                                                          {"TEXT", 12},
+                                                          {"NCHAR(2)", 13},
+                                                          {"NVARCHAR(2)", 14},
+                                                          {"NTEXT", 15},
+                                                          {"DATETIME", 16},
+                                                          {"SMALLDATETIME", 17},
+                                                          {"DATE", 18},
+                                                          {"BINARY(2)", 19},
+                                                          {"VARBINARY(2)", 20},
+                                                          {"IMAGE", 21},
+                                                          {"UNIQUEIDENTIFIER", 22}};
+  std::string columns;
+  Lines expected;
+  for (const auto& [name, number] : types) {
+    columns += (columns.empty() ? "c" : ", c") + std::to_string(number) + " " + name;
+    expected.push_back("c" + std::to_string(number) + "|" + std::to_string(number));
+  }
+  Must("CREATE TABLE t (" + columns + ")");
+  EXPECT_EQ(Ask("SELECT name, type & 255 FROM \"~columns\" ORDER BY ordinal"), expected);
+}
+
+TEST_F(StorageTest, KeysAndTheirIndexes) {
+  Must("CREATE TABLE p (a INT NOT NULL CONSTRAINT pk_p PRIMARY KEY, b INT NULL CONSTRAINT uq_p UNIQUE, "
+       "CONSTRAINT ck_p CHECK (b > 0))");
+  Must("CREATE UNIQUE INDEX ux_p ON p (b, a) CREATE INDEX ix_p ON p (b DESC, a)");
+  Must("CREATE TABLE c (x INT NULL, CONSTRAINT fk_c FOREIGN KEY (x) REFERENCES p (a))");
+  EXPECT_EQ(Ask("SELECT * FROM \"~keys\" WHERE table_name = 'p' ORDER BY kind"),
+            Lines({"p|pk_p|0|0|", "p|uq_p|1|1|", "p|ux_p|2|1 0|", "p|ix_p|3|1d 0|", "p|ck_p|4||(b > 0)"}));
+  EXPECT_EQ(Ask("SELECT * FROM \"~keys\" WHERE table_name = 'c'"), Lines({"c|fk_c|5|0|p\na"}));
+  EXPECT_EQ(Ask("SELECT name FROM sqlite_schema WHERE type = 'index' AND sql IS NOT NULL ORDER BY name"),
+            Lines({"p.ix_p", "p.uq_p", "p.uq_p~", "p.ux_p", "p.ux_p~"}));
+  EXPECT_EQ(Ask("SELECT name, tbl_name FROM sqlite_schema WHERE type = 'trigger' ORDER BY name"),
+            Lines({"~fk_c~d|p", "~fk_c~i|c", "~fk_c~p|p", "~fk_c~u|c"}));
+}
+
+TEST_F(StorageTest, ViewsAndProcedures) {
+  Must("CREATE VIEW v AS SELECT 1 AS a");
+  Must("CREATE PROCEDURE p AS SELECT 2");
+  EXPECT_EQ(Ask("SELECT * FROM \"~modules\" ORDER BY kind"),
+            Lines({"v|1|CREATE VIEW v AS SELECT 1 AS a", "p|2|CREATE PROCEDURE p AS SELECT 2"}));
+}
+
+// The SQL of a CHECK constraint lies in the file and calls the engine's functions with these numbers.
+TEST_F(StorageTest, NumbersWithinChecks) {
+  const std::map<ArithmeticOp, int> operations = {{ArithmeticOp::Add, 0},      {ArithmeticOp::Subtract, 1},
+                                                  {ArithmeticOp::Multiply, 2}, {ArithmeticOp::Divide, 3},
+                                                  {ArithmeticOp::Modulo, 4},   {ArithmeticOp::BitAnd, 5},
+                                                  {ArithmeticOp::BitOr, 6},    {ArithmeticOp::BitXor, 7}};
+  for (const auto& [operation, number] : operations) EXPECT_EQ(static_cast<int>(operation), number);
+  const std::map<DatePart, int> parts = {
+      {DatePart::Year, 0},   {DatePart::Quarter, 1}, {DatePart::Month, 2},       {DatePart::DayOfYear, 3},
+      {DatePart::Day, 4},    {DatePart::Week, 5},    {DatePart::Weekday, 6},     {DatePart::Hour, 7},
+      {DatePart::Minute, 8}, {DatePart::Second, 9},  {DatePart::Millisecond, 10}};
+  for (const auto& [part, number] : parts) EXPECT_EQ(static_cast<int>(part), number);
+  EXPECT_EQ(kComputeOperand, -1);
+  EXPECT_EQ(kComputeCast, -2);
+
+  Must("CREATE TABLE t (a DECIMAL(20,4), d DATETIME, CONSTRAINT ck CHECK (a * a > 1), "
+       "CONSTRAINT cd CHECK (DATEPART(month, d) > 2))");
+  const std::string type = std::to_string(5 + 20 * 256 + 4 * 65536);
+  const std::string product = std::to_string(5 + 38 * 256 + 6 * 65536);
+  const std::string program = "-1 " + type + " -1 " + type + " 2 " + type + " " + type + " " + product;
+  EXPECT_EQ(Ask("SELECT instr(sql, 't_compute(''" + program +
+                "'', ') > 0, instr(sql, 't_datepart(2, ') > 0 "
+                "FROM sqlite_schema WHERE name = 't'"),
+            Lines({"1|1"}));
+}
+
+// A file as version 1 wrote it, made by hand, works.
+TEST_F(StorageTest, FilesOfVersionOneWork) {
+  Ask("PRAGMA journal_mode = WAL; PRAGMA application_id = 1951617356; PRAGMA user_version = 1;"
+      "CREATE TABLE \"~tables\"(name TEXT PRIMARY KEY, seed INTEGER, rowid_column INTEGER);"
+      "CREATE TABLE \"~columns\"(table_name TEXT, ordinal INTEGER, name TEXT, type INTEGER, nullable "
+      "INTEGER, "
+      "identity INTEGER, default_text TEXT, PRIMARY KEY(table_name, ordinal));"
+      "CREATE TABLE \"~keys\"(table_name TEXT, name TEXT, kind INTEGER, columns TEXT, check_text TEXT);"
+      "CREATE TABLE \"~modules\"(name TEXT PRIMARY KEY, kind INTEGER, text TEXT);"
+      "CREATE TABLE t(\"id\" INTEGER PRIMARY KEY AUTOINCREMENT NOT NULL, \"n\" INTEGER, "
+      "CONSTRAINT \"ck\" CHECK ((t_range(\"n\" * 2, 2) < 100)));"
+      "CREATE UNIQUE INDEX \"t.uq~\" ON t(ifnull(\"n\", x''));"
+      "CREATE INDEX \"t.uq\" ON t(\"n\");"
+      "INSERT INTO \"~tables\" VALUES ('t', 1, 0);"
+      "INSERT INTO \"~columns\" VALUES ('t', 0, 'id', 2, 0, 1, ''), ('t', 1, 'n', 2, 1, 0, '40 + 2');"
+      "INSERT INTO \"~keys\" VALUES ('t', 'pk', 0, '0', ''), ('t', 'uq', 1, '1', ''), ('t', 'ck', 4, '', '(n "
+      "* 2 < "
+      "100)');"
+      "INSERT INTO \"~modules\" VALUES ('v', 1, 'CREATE VIEW v AS SELECT n FROM t'), "
+      "('p', 2, 'CREATE PROCEDURE p AS SELECT n FROM v')");
+  const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
+  EXPECT_TRUE(RunOn(*session, "INSERT INTO t DEFAULT VALUES").errors.empty());
+  EXPECT_EQ(RunOn(*session, "EXEC p").results, std::vector<Lines>({{"42"}}));
+  EXPECT_EQ(RunOn(*session, "INSERT INTO t (n) VALUES (42)").errors.at(0).number, 2627);
+  EXPECT_EQ(RunOn(*session, "INSERT INTO t (n) VALUES (50)").errors.at(0).number, 547);
+  EXPECT_EQ(RunOn(*session, "INSERT INTO t (n) VALUES (2000000000)").errors.at(0).number, 8115);
+}
+
+} // namespace
+} // namespace tsql::test

@@ -1,0 +1,52 @@
+// What SQLite is asked for: its own operators and functions where they mean the same as the dialect's, and
+// those of the engine elsewhere.
+#include "tsql/emit/Emitter.h"
+#include "tsql/bind/Binder.h"
+#include "tsql/syntax/Parser.h"
+
+#include <gtest/gtest.h>
+
+namespace tsql::test {
+namespace {
+
+class EmitterTest : public ::testing::Test {
+ protected:
+  std::string Sql(const std::string& expression) {
+    const BoundExprPtr bound = Binder(catalog_, variables_, {}).BindScalar(*ParseDefault(expression));
+    return Emitter().EmitExpression(*bound);
+  }
+
+  const Connection connection_{":memory:", SQLITE_OPEN_READWRITE};
+  const Catalog catalog_{connection_, "test"};
+  const std::vector<VariableInfo> variables_{
+      {"@i", MakeType(TypeId::Int)}, {"@f", MakeType(TypeId::Float)}, {"@s", MakeType(TypeId::VarChar, 20)}};
+};
+
+TEST_F(EmitterTest, SubstringsWithinTheTextAreSqlites) {
+  EXPECT_EQ(Sql("LEFT(@s, 2)"), "substr(?1 COLLATE tsql, 1, 2)");
+  EXPECT_EQ(Sql("SUBSTRING(@s, 3, 4)"), "substr(?1 COLLATE tsql, 3, 4)");
+  // A negative length is an error of the server's, and a start before the first character shortens the text.
+  EXPECT_EQ(Sql("LEFT(@s, @i)"), "t_left(?1 COLLATE tsql, ?2)");
+  EXPECT_EQ(Sql("SUBSTRING(@s, 0, 4)"), "t_substring(?1 COLLATE tsql, 0, 4)");
+}
+
+TEST_F(EmitterTest, TypeNumbersFollowTheArgument) {
+  const std::string integer = "2"; // as files have it
+  EXPECT_EQ(Sql("DATALENGTH(@i)"), "t_datalength(?1, " + integer + ")");
+  EXPECT_EQ(Sql("ABS(@i)"), "t_abs(?1, " + integer + ", " + integer + ")");
+}
+
+TEST_F(EmitterTest, IntegerResultsAreChecked) {
+  EXPECT_EQ(Sql("-@i"), "t_range(-?1, 2)");
+  EXPECT_EQ(Sql("@i / 2"), "(?1 / 2)");
+  EXPECT_EQ(Sql("@i / @i"), "t_range(t_divide(?1, ?1), 2)");
+}
+
+TEST_F(EmitterTest, ConversionsThatLoseNothingAreSqlites) {
+  EXPECT_EQ(Sql("CAST(@i AS BIGINT)"), "?1");
+  EXPECT_EQ(Sql("CAST(@i AS FLOAT)"), "CAST(?1 AS REAL)");
+  EXPECT_EQ(Sql("CAST(@f AS INT)"), "t_cast(?1, 8, 2, 0)");
+}
+
+} // namespace
+} // namespace tsql::test

@@ -1,0 +1,89 @@
+// Functions beyond those that the component itself calls.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class FunctionsTest : public EngineTest {};
+
+TEST_F(FunctionsTest, Texts) {
+  EXPECT_EQ(Scalar("PATINDEX('%b[0-9]%', 'aab1b2')"), "3");
+  EXPECT_EQ(Scalar("PATINDEX('A%', 'abc')"), "1");
+  EXPECT_EQ(Scalar("PATINDEX('%c', N'轮abc')"), "4");
+  EXPECT_EQ(Scalar("PATINDEX('b', 'abc')"), "0");
+  EXPECT_EQ(Scalar("PATINDEX('%x%', '')"), "0");
+  EXPECT_EQ(Scalar("PATINDEX('%x%', NULL)"), "NULL");
+  EXPECT_EQ(Scalar("STUFF('abcdef', 2, 3, 'XY')"), "aXYef");
+  EXPECT_EQ(Scalar("STUFF('abc', 4, 1, 'X')"), "NULL");
+  EXPECT_EQ(Scalar("REVERSE(N'轮ab')"), "ba轮");
+  EXPECT_EQ(Scalar("'[' + SPACE(3) + ']'"), "[   ]");
+  EXPECT_EQ(Scalar("ASCII('A') + ASCII('a')"), "162");
+  EXPECT_EQ(Scalar("UNICODE(N'中') - UNICODE(NCHAR(20013))"), "0");
+  EXPECT_EQ(Scalar("CHAR(66) + CHAR(67)"), "BC");
+  EXPECT_EQ(Scalar("QUOTENAME('a]b')"), "[a]]b]");
+  EXPECT_EQ(Scalar("QUOTENAME('it''s', '''')"), "'it''s'");
+  EXPECT_EQ(Scalar("ISNUMERIC('1e5') + ISNUMERIC('x')"), "1");
+  EXPECT_EQ(Scalar("ISDATE('2024-02-29') + ISDATE('2023-02-29')"), "1");
+  EXPECT_EQ(Scalar("DATENAME(month, '2020-03-01')"), "March");
+}
+
+TEST_F(FunctionsTest, Numbers) {
+  EXPECT_EQ(Scalar("SIGN(-2.5)"), "-1.0");
+  EXPECT_EQ(Scalar("POWER(2, 10)"), "1024");
+  EXPECT_EQ(Scalar("SQRT(9) + SQUARE(3) + LOG10(100)"), "14");
+  EXPECT_EQ(Scalar("ROUND(PI(), 4)"), "3.1416");
+  EXPECT_EQ(ErrorOf("SELECT SQRT(-1)"), 3623);
+}
+
+TEST_F(FunctionsTest, FloatsDoNotOverflowInSilence) {
+  EXPECT_EQ(ErrorText("SELECT 1e308 + 1e308"),
+            "8115 1 Arithmetic overflow error converting expression to data type float.");
+  EXPECT_EQ(ErrorOf("DECLARE @x FLOAT SET @x = -1e308 SELECT @x - 1e308"), 8115);
+  EXPECT_EQ(ErrorOf("SELECT (1e300 * 1e8) * (1e0 + 1)"), 8115);
+  EXPECT_EQ(ErrorOf("SELECT SUM(x) FROM (SELECT 1e308 AS x UNION ALL SELECT 1e308) t"), 8115);
+  EXPECT_EQ(Scalar("1.7e308 + CAST(NULL AS FLOAT)"), "NULL");
+  EXPECT_EQ(Scalar("0.85e308 + 0.85e308"), "1.7e+308");
+}
+
+TEST_F(FunctionsTest, Sizes) {
+  EXPECT_EQ(Scalar("DATALENGTH(CAST(1.5 AS DECIMAL(28,10)))"), "13");
+  EXPECT_EQ(Scalar("DATALENGTH(CAST(1.5 AS DECIMAL(9,2)))"), "5");
+  EXPECT_EQ(Scalar("DATALENGTH(1e0)"), "8");
+  EXPECT_EQ(Scalar("DATALENGTH(GETDATE())"), "8");
+  EXPECT_EQ(Scalar("DATALENGTH(1)"), "4");
+  EXPECT_EQ(Scalar("DATALENGTH(CAST('2020-01-01' AS SMALLDATETIME))"), "4");
+  EXPECT_EQ(Scalar("DATALENGTH(N'ab ')"), "6");
+}
+
+TEST_F(FunctionsTest, Names) {
+  Must("CREATE TABLE Named (a INT)");
+  EXPECT_EQ(Scalar("OBJECT_NAME(OBJECT_ID('dbo.named'))"), "Named");
+  EXPECT_EQ(Scalar("OBJECT_NAME(0)"), "NULL");
+  EXPECT_EQ(Scalar("USER_NAME() + ' ' + SUSER_SNAME() + ' ' + HOST_NAME()"), "dbo sa localhost");
+  EXPECT_EQ(ErrorText("SELECT USER_NAME(1)"), "40510 1 USER_NAME with an argument is not supported.");
+}
+
+TEST_F(FunctionsTest, SystemViews) {
+  Must("CREATE TABLE Named (a INT NOT NULL IDENTITY, b NVARCHAR(30) NULL DEFAULT 'x', c DECIMAL(9,2) NULL)");
+  Must("CREATE PROCEDURE DoIt AS SELECT 1");
+  Must("CREATE VIEW Seen AS SELECT a FROM Named");
+  EXPECT_EQ(Rows("SELECT name, xtype FROM sysobjects WHERE id = OBJECT_ID('named') OR xtype IN ('P', 'V') "
+                 "ORDER BY name"),
+            Lines({"DoIt|P ", "Named|U ", "Seen|V "}));
+  Must("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE name = 'DOIT' AND type = 'P') DROP PROCEDURE DoIt");
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM sys.objects WHERE type_desc = 'SQL_STORED_PROCEDURE'"), Lines({"0"}));
+  EXPECT_EQ(Rows("SELECT o.name, c.name, c.colid, c.length, c.isnullable FROM sysobjects o INNER JOIN "
+                 "syscolumns c ON "
+                 "o.id = c.id WHERE c.colid > 1 ORDER BY c.colid"),
+            Lines({"Named|b|2|60|1", "Named|c|3|5|1"}));
+  EXPECT_EQ(Rows("SELECT TABLE_NAME, TABLE_TYPE FROM INFORMATION_SCHEMA.TABLES ORDER BY 1"),
+            Lines({"Named|BASE TABLE", "Seen|VIEW"}));
+  EXPECT_EQ(Rows("SELECT COLUMN_NAME, DATA_TYPE, IS_NULLABLE, CHARACTER_MAXIMUM_LENGTH, COLUMN_DEFAULT FROM "
+                 "information_schema.columns WHERE table_name = 'named' ORDER BY ordinal_position"),
+            Lines({"a|int|NO|NULL|NULL", "b|nvarchar|YES|30|'x'", "c|numeric|YES|NULL|NULL"}));
+  EXPECT_EQ(ErrorOf("SELECT * FROM TABLES"), 208);
+  EXPECT_EQ(ErrorOf("DELETE FROM sysobjects"), 208);
+}
+
+} // namespace
+} // namespace tsql::test

@@ -1,0 +1,68 @@
+// Texts that do not compile: the error's number, line and text.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class SyntaxTest : public EngineTest {
+ protected:
+  SyntaxTest() { Must("CREATE TABLE t (a INT NOT NULL, b VARCHAR(5) NULL)"); }
+};
+
+TEST_F(SyntaxTest, SyntaxErrors) {
+  EXPECT_EQ(ErrorText("SELECT a FROM t WHERE a=1 b = 1"), "102 1 Incorrect syntax near 'b'.");
+  EXPECT_EQ(ErrorText("SELECT a FROM t\nWHERE"), "102 2 Incorrect syntax near 'WHERE'.");
+  EXPECT_EQ(ErrorText("SELECT a FROM WHERE a = 1"), "156 1 Incorrect syntax near the keyword 'WHERE'.");
+  EXPECT_EQ(ErrorText("SELECT a,\n\nFROM t"), "156 3 Incorrect syntax near the keyword 'FROM'.");
+  EXPECT_EQ(ErrorText("if not exists(select * from t where a = 1 and ) select 1"),
+            "102 1 Incorrect syntax near ')'.");
+  EXPECT_EQ(ErrorText("UPDATE t SET WHERE a = 1"), "156 1 Incorrect syntax near the keyword 'WHERE'.");
+  EXPECT_EQ(ErrorText("SELECT a FROM t WHERE b = 'it's'"), "102 1 Incorrect syntax near 's'.");
+  EXPECT_EQ(ErrorText("SELECT a\nFROM t WHERE b = 'open"),
+            "105 2 Unclosed quotation mark after the character string 'open'.");
+  EXPECT_EQ(ErrorText("SELECT /* a"), "113 1 Missing end comment mark '*/'.");
+  EXPECT_EQ(ErrorText("SELECT a FROM t WHERE a"), "4145 1 An expression of non-boolean type specified in a "
+                                                  "context where a condition is expected, near 'a'.");
+  EXPECT_EQ(ErrorText("select FInterId FROM t t_icitem and a='Rel'"),
+            "156 1 Incorrect syntax near the keyword 'and'.");
+}
+
+TEST_F(SyntaxTest, Inserts) {
+  EXPECT_EQ(ErrorText("INSERT INTO t VALUES (1)"),
+            "213 1 Column name or number of supplied values does not match table definition.");
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, b) VALUES (1)"), 109);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a) VALUES (1, 'x')"), 110);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, b) SELECT 1"), 120);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a) SELECT 1, 'x'"), 121);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, nothing) VALUES (1, 2)"), 207);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, a) VALUES (1, 2)"), 264);
+  EXPECT_EQ(ErrorOf("INSERT INTO missing VALUES (1)"), 208);
+}
+
+TEST_F(SyntaxTest, Definitions) {
+  EXPECT_EQ(ErrorText("\nCREATE TABLE T (x INT)"),
+            "2714 2 There is already an object named 'T' in the database.");
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT, X INT)"), 2705);
+  EXPECT_EQ(ErrorText("CREATE TABLE u (x nothing)"),
+            "2715 1 Column, parameter, or variable #1: Cannot find data type nothing.");
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT, PRIMARY KEY (y))"), 1911);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT NULL PRIMARY KEY)"), 8111);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT PRIMARY KEY, y INT PRIMARY KEY)"), 1779);
+  EXPECT_EQ(ErrorText("DROP TABLE u"),
+            "3701 1 Cannot drop the table 'u', because it does not exist or you do not have permission.");
+  Must("DROP TABLE IF EXISTS u");
+  Must("INSERT INTO t VALUES (1, 'x'), (1, 'y')");
+  EXPECT_EQ(ErrorOf("CREATE UNIQUE INDEX ux ON t (a)"), 1505);
+  Must("CREATE INDEX ix ON t (a DESC, b)");
+  EXPECT_EQ(ErrorOf("CREATE INDEX ix ON t (b)"), 1913);
+  Must("DROP INDEX t.ix");
+  EXPECT_EQ(ErrorOf("DROP INDEX t.ix"), 3701);
+  Must("ALTER TABLE t ADD c INT NOT NULL DEFAULT 7, d VARCHAR(3) NULL");
+  EXPECT_EQ(Rows("SELECT c, d FROM t"), Lines({"7|NULL", "7|NULL"}));
+  EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL"), 4901);
+  EXPECT_EQ(ErrorOf("ALTER TABLE missing ADD e INT"), 4902);
+  EXPECT_EQ(ErrorOf("TRUNCATE TABLE missing"), 4701);
+}
+
+} // namespace
+} // namespace tsql::test

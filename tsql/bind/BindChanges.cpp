@@ -1,0 +1,255 @@
+#include "tsql/bind/Binder.h"
+
+#include "tsql/syntax/Parser.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tsql {
+namespace {
+
+bool IsOrderSensitive(const BoundQuery& query) {
+  // A conversion inside the query would change what DISTINCT, UNION and ORDER BY work on.
+  if (query.op != SetOp::None || query.select->distinct) return true;
+  return std::any_of(query.orderBy.begin(), query.orderBy.end(),
+                     [](const BoundOrder& order) { return order.ordinal >= 0; });
+}
+
+// The source in FROM that is the target, found by its alias or by its table's name.
+const TableSource* FindTargetSource(const TableSource& from, const ObjectName& name, bool byAlias) {
+  if (from.kind == TableSource::Kind::Join) {
+    const TableSource* found = FindTargetSource(*from.left, name, byAlias);
+    return found != nullptr ? found : FindTargetSource(*from.right, name, byAlias);
+  }
+  if (from.kind != TableSource::Kind::Named) return nullptr;
+  const std::string& exposed = byAlias && !from.alias.empty() ? from.alias : from.name.name;
+  return EqualNames(exposed, name.name) ? &from : nullptr;
+}
+
+} // namespace
+
+TablePtr Binder::FindTable(const ObjectName& name) const {
+  const auto isSame = [&](const std::string& table) { return EqualNames(table, name.name); };
+  if (pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame)) return nullptr;
+  return catalog_.FindTable(name);
+}
+
+TablePtr Binder::RequireTable(const ObjectName& name) {
+  TablePtr table = FindTable(name);
+  if (!table) {
+    if (catalog_.FindView(name)) FailUnsupported("Changing a view");
+    Fail(208, {name.schema.empty() ? name.name : name.schema + "." + name.name});
+  }
+  dependencies_.push_back({name, table, nullptr});
+  return table;
+}
+
+BoundExprPtr Binder::AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const {
+  const ColumnInfo& info = table.columns[static_cast<size_t>(column)];
+  BoundExprPtr value = Assign(std::move(expr), info.type);
+  // For a NULL in the rowid column SQLite would make up a number instead of refusing it.
+  if (column != table.rowidColumn || info.identity || !value->nullable) return value;
+  const Type type = value->type;
+  std::vector<BoundExprPtr> args;
+  args.push_back(std::move(value));
+  args.push_back(MakeConstant(Datum::OfText(info.name), MakeType(TypeId::NVarChar, 128)));
+  return MakeFunction(FunctionId::NotNull, type, std::move(args));
+}
+
+BoundExprPtr Binder::BindDefault(const TableInfo& table, int column) {
+  const ColumnInfo& info = table.columns[static_cast<size_t>(column)];
+  if (info.defaultText.empty()) return MakeConstant({}, info.type);
+  const ExprPtr expr = ParseDefault(info.defaultText);
+  Scope* saved = std::exchange(scope_, nullptr);
+  BoundExprPtr value = Bind(*expr);
+  scope_ = saved;
+  return value;
+}
+
+// ---- INSERT
+
+std::vector<int> Binder::InsertColumns(const InsertStatement& statement, const TableInfo& table,
+                                       bool identityInsert) const {
+  std::vector<int> columns;
+  if (statement.columns.empty()) {
+    for (size_t i = 0; i < table.columns.size(); ++i)
+      if (!table.columns[i].identity) columns.push_back(static_cast<int>(i));
+    if (identityInsert) Fail(8101, {table.name});
+    return columns;
+  }
+  for (const std::string& name : statement.columns) {
+    const int column = table.FindColumn(name);
+    if (column < 0) Fail(207, {name});
+    if (std::find(columns.begin(), columns.end(), column) != columns.end()) Fail(264, {name});
+    if (table.columns[static_cast<size_t>(column)].identity && !identityInsert) Fail(544, {table.name});
+    columns.push_back(column);
+  }
+  return columns;
+}
+
+BoundInsert Binder::BindInsert(const InsertStatement& statement, bool identityInsert) {
+  BoundInsert bound;
+  bound.table = RequireTable(statement.table);
+  if (!statement.defaultValues) bound.columns = InsertColumns(statement, *bound.table, identityInsert);
+  if (statement.query) {
+    BindInsertQuery(statement, bound);
+  } else {
+    BindInsertRows(statement, bound);
+  }
+  AddDefaults(bound);
+  return bound;
+}
+
+void Binder::BindInsertRows(const InsertStatement& statement, BoundInsert& bound) {
+  if (statement.defaultValues) {
+    bound.rows.emplace_back();
+    return;
+  }
+  for (const std::vector<ExprPtr>& row : statement.rows) {
+    if (row.size() != bound.columns.size()) {
+      if (statement.columns.empty()) Fail(213, {});
+      Fail(row.size() < bound.columns.size() ? 109 : 110, {});
+    }
+    std::vector<BoundExprPtr> values;
+    for (size_t i = 0; i < row.size(); ++i) {
+      const int column = bound.columns[i];
+      BoundExprPtr value =
+          row[i]->kind == ExprKind::Default ? BindDefault(*bound.table, column) : Bind(*row[i]);
+      values.push_back(AssignColumn(std::move(value), *bound.table, column));
+    }
+    bound.rows.push_back(std::move(values));
+  }
+}
+
+void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& bound) {
+  bound.query = BindQuery(*statement.query, false);
+  const size_t given = bound.query->columns.size();
+  if (given != bound.columns.size()) {
+    if (statement.columns.empty()) Fail(213, {});
+    Fail(given < bound.columns.size() ? 120 : 121, {});
+  }
+  if (!IsOrderSensitive(*bound.query)) {
+    for (size_t i = 0; i < given; ++i) {
+      BoundExprPtr& expr = bound.query->select->items[i].expr;
+      expr = AssignColumn(std::move(expr), *bound.table, bound.columns[i]);
+    }
+    return;
+  }
+  bound.wrapper = nextSource_++;
+  for (size_t i = 0; i < given; ++i) {
+    auto column = std::make_unique<BoundExpr>();
+    column->kind = BoundExpr::Kind::Column;
+    column->type = bound.query->columns[i].type;
+    column->nullable = bound.query->columns[i].nullable;
+    column->source = bound.wrapper;
+    column->name = ResultColumnName(i);
+    bound.conversions.push_back(AssignColumn(std::move(column), *bound.table, bound.columns[i]));
+  }
+}
+
+void Binder::AddDefaults(BoundInsert& bound) {
+  const TableInfo& table = *bound.table;
+  for (size_t i = 0; i < table.columns.size(); ++i) {
+    const int column = static_cast<int>(i);
+    const bool given = std::find(bound.columns.begin(), bound.columns.end(), column) != bound.columns.end();
+    if (given || table.columns[i].identity) continue;
+    const bool mustRefuse = column == table.rowidColumn;
+    if (table.columns[i].defaultText.empty() && !mustRefuse) continue;
+    bound.columns.push_back(column);
+    const auto value = [&] { return AssignColumn(BindDefault(table, column), table, column); };
+    for (std::vector<BoundExprPtr>& row : bound.rows) row.push_back(value());
+    if (bound.query) bound.extras.push_back(value());
+  }
+}
+
+// ---- UPDATE and DELETE
+
+TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Scope& scope,
+                            BoundSourcePtr& source, int& target) {
+  if (from == nullptr) {
+    TablePtr table = RequireTable(name);
+    ScopeSource entry;
+    entry.id = target = nextSource_++;
+    entry.exposed = name.name;
+    entry.isTable = true;
+    entry.table = table;
+    entry.columns = ColumnsOf(*table);
+    scope.sources.push_back(std::move(entry));
+    return table;
+  }
+  const TableSource* targetSource = name.schema.empty() ? FindTargetSource(*from, name, true) : nullptr;
+  if (targetSource == nullptr) targetSource = FindTargetSource(*from, name, false);
+  if (targetSource == nullptr) {
+    // A target that is not in FROM is joined to it without a condition.
+    TableSource own;
+    own.name = name;
+    source = std::make_unique<BoundSource>();
+    source->kind = BoundSource::Kind::Join;
+    source->join = JoinKind::Cross;
+    source->left = BindNamed(own, scope);
+    source->right = BindSource(*from, scope);
+    target = source->left->id;
+    if (!source->left->table) FailUnsupported("Changing a view");
+    return source->left->table;
+  }
+  source = BindSource(*from, scope);
+  const std::string& exposed = targetSource->alias.empty() ? targetSource->name.name : targetSource->alias;
+  for (const ScopeSource& entry : scope.sources) {
+    if (!EqualNames(entry.exposed, exposed)) continue;
+    if (!entry.table) FailUnsupported("Changing a view or a derived table");
+    target = entry.id;
+    return entry.table;
+  }
+  Fail(208, {name.name});
+}
+
+BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
+  BoundUpdate bound;
+  BindCommonTables(statement.commonTables, bound.commons);
+  Scope scope;
+  bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
+  scope_ = &scope;
+  BindAssignments(statement, bound);
+  if (statement.where) bound.where = Bind(*statement.where);
+  if (statement.top) bound.top = Convert(Bind(*statement.top), MakeType(TypeId::BigInt));
+  scope_ = nullptr;
+  return bound;
+}
+
+void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& bound) {
+  for (const Assignment& assignment : statement.assignments) {
+    const std::string& name = assignment.column.back();
+    const int column = bound.table->FindColumn(name);
+    if (assignment.column.size() > 1) {
+      bool prefixFound = false;
+      const Resolved found = ResolveIn(*scope_, assignment.column, prefixFound);
+      if (!prefixFound) Fail(4104, {assignment.column[assignment.column.size() - 2] + "." + name});
+      if (found.source != nullptr && found.source->id != bound.target)
+        Fail(4104, {assignment.column[assignment.column.size() - 2] + "." + name});
+    }
+    if (column < 0) Fail(207, {name});
+    const ColumnInfo& info = bound.table->columns[static_cast<size_t>(column)];
+    if (info.identity) Fail(8102, {info.name});
+    for (const auto& other : bound.assignments)
+      if (other.first == column) Fail(264, {info.name});
+    BoundExprPtr value = assignment.value->kind == ExprKind::Default ? BindDefault(*bound.table, column)
+                                                                     : Bind(*assignment.value);
+    bound.assignments.emplace_back(column, AssignColumn(std::move(value), *bound.table, column));
+  }
+}
+
+BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
+  BoundDelete bound;
+  BindCommonTables(statement.commonTables, bound.commons);
+  Scope scope;
+  bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
+  scope_ = &scope;
+  if (statement.where) bound.where = Bind(*statement.where);
+  if (statement.top) bound.top = Convert(Bind(*statement.top), MakeType(TypeId::BigInt));
+  scope_ = nullptr;
+  return bound;
+}
+
+} // namespace tsql

@@ -1,0 +1,399 @@
+#include "tsql/bind/Binder.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cstdlib>
+
+namespace tsql {
+namespace {
+
+const char* OperatorName(ArithmeticOp op) {
+  switch (op) {
+  case ArithmeticOp::Add: return "add";
+  case ArithmeticOp::Subtract: return "subtract";
+  case ArithmeticOp::Multiply: return "multiply";
+  case ArithmeticOp::Divide: return "divide";
+  case ArithmeticOp::Modulo: return "modulo";
+  case ArithmeticOp::BitAnd: return "'&'";
+  case ArithmeticOp::BitOr: return "'|'";
+  default: return "'^'";
+  }
+}
+
+const char* OperatorName(CompareOp op) {
+  switch (op) {
+  case CompareOp::Equal: return "equal to";
+  case CompareOp::NotEqual: return "not equal to";
+  case CompareOp::Less: return "less than";
+  case CompareOp::LessEqual: return "less than or equal to";
+  case CompareOp::Greater: return "greater than";
+  default: return "greater than or equal to";
+  }
+}
+
+bool IsBitwise(ArithmeticOp op) {
+  return op == ArithmeticOp::BitAnd || op == ArithmeticOp::BitOr || op == ArithmeticOp::BitXor;
+}
+
+} // namespace
+
+BoundExprPtr Binder::BindScalar(const Expr& expr) {
+  return Bind(expr);
+}
+
+BoundExprPtr Binder::BindCondition(const Expr& expr) {
+  assert(IsPredicate(expr));
+  return Bind(expr);
+}
+
+BoundExprPtr Binder::BindValueFor(const Expr& expr, const Type& type) {
+  // Variables cut what is too long, unlike columns.
+  return Convert(Bind(expr), type);
+}
+
+BoundExprPtr Binder::BindCheck(const Expr& expr, const TableInfo& table) {
+  Scope scope;
+  ScopeSource source;
+  source.id = -1;
+  source.exposed = table.name;
+  source.isTable = true;
+  source.columns = ColumnsOf(table);
+  scope.sources.push_back(std::move(source));
+  scope_ = &scope;
+  BoundExprPtr bound = Bind(expr);
+  scope_ = nullptr;
+  return bound;
+}
+
+BoundExprPtr Binder::Bind(const Expr& expr) {
+  switch (expr.kind) {
+  case ExprKind::Null: return MakeConstant({}, MakeType(TypeId::Int));
+  case ExprKind::Default: Fail(156, {"DEFAULT"}, expr.line);
+  case ExprKind::Literal: return BindLiteral(expr);
+  case ExprKind::Column: return BindColumn(expr);
+  case ExprKind::Variable: return BindVariable(expr);
+  case ExprKind::Marker: return BindMarker(expr);
+  case ExprKind::Negate:
+  case ExprKind::BitNot: return BindNegation(expr);
+  case ExprKind::Arithmetic: return BindArithmetic(expr);
+  case ExprKind::Compare: return BindComparison(expr);
+  case ExprKind::And: return BindLogical(expr, BoundExpr::Kind::And);
+  case ExprKind::Or: return BindLogical(expr, BoundExpr::Kind::Or);
+  case ExprKind::Not: return BindLogical(expr, BoundExpr::Kind::Not);
+  case ExprKind::IsNull: return BindLogical(expr, BoundExpr::Kind::IsNull);
+  case ExprKind::Like: return BindLike(expr);
+  case ExprKind::Between: return BindBetween(expr);
+  case ExprKind::InList: return BindInList(expr);
+  case ExprKind::InQuery: return BindInQuery(expr);
+  case ExprKind::Exists:
+  case ExprKind::Subquery: return BindSubquery(expr);
+  case ExprKind::Case: return BindCase(expr);
+  case ExprKind::Call: return BindCall(expr);
+  case ExprKind::Cast:
+  case ExprKind::Convert: return BindCast(expr);
+  }
+  return nullptr;
+}
+
+BoundExprPtr Binder::BindLiteral(const Expr& expr) const {
+  const std::string& text = expr.text;
+  switch (expr.literal) {
+  case TokenKind::Text:
+  case TokenKind::UnicodeText: {
+    const auto length = static_cast<int32_t>(std::max<size_t>(CharCount(text), 1));
+    const bool isUnicode = expr.literal == TokenKind::UnicodeText;
+    const int32_t limit = isUnicode ? 4000 : 8000;
+    return MakeConstant(Datum::OfText(text), MakeType(isUnicode ? TypeId::NVarChar : TypeId::VarChar,
+                                                      length > limit ? -1 : length));
+  }
+  case TokenKind::Integer: {
+    int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc() && value <= INT32_MAX) {
+      Type type = MakeType(TypeId::Int);
+      type.precision = static_cast<uint8_t>(std::max(DigitCount(DecimalFromInteger(value)), 1));
+      return MakeConstant(Datum::OfInteger(value), type);
+    }
+    [[fallthrough]];
+  }
+  case TokenKind::Decimal: {
+    const std::optional<Decimal> value = ParseDecimal(text);
+    if (!value) Fail(8115, {"expression", "numeric"});
+    const Type type = MakeDecimal(std::max({DigitCount(*value), int{value->scale}, 1}), value->scale);
+    return MakeConstant(DatumOfDecimal(*value, type), type);
+  }
+  case TokenKind::Money: {
+    const Type type = MakeType(TypeId::Money);
+    const std::optional<Decimal> value = ParseDecimal(text);
+    return MakeConstant(StoreDecimal(value ? Rescale(*value, 4) : value, type, "expression"), type);
+  }
+  case TokenKind::Float:
+    return MakeConstant(Datum::OfReal(std::strtod(text.c_str(), nullptr)), MakeType(TypeId::Float));
+  default:
+    return MakeConstant(Datum::OfBlob(text),
+                        MakeType(TypeId::VarBinary, static_cast<int32_t>(std::max<size_t>(text.size(), 1))));
+  }
+}
+
+BoundExprPtr Binder::BindColumn(const Expr& expr) {
+  const Resolved found = Resolve(expr.parts);
+  return MakeColumn(*found.source, *found.column);
+}
+
+BoundExprPtr Binder::BindVariable(const Expr& expr) const {
+  struct Entry {
+    const char* name;
+    GlobalValue value;
+    Type type;
+  };
+  static const Entry kGlobals[] = {{"@@rowcount", GlobalValue::RowCount, MakeType(TypeId::Int)},
+                                   {"@@identity", GlobalValue::Identity, MakeDecimal(38, 0)},
+                                   {"@@error", GlobalValue::Error, MakeType(TypeId::Int)},
+                                   {"@@trancount", GlobalValue::TransactionCount, MakeType(TypeId::Int)},
+                                   {"@@nestlevel", GlobalValue::ProcedureNesting, MakeType(TypeId::Int)}};
+  for (const Entry& entry : kGlobals) {
+    if (EqualNames(entry.name, expr.text)) return MakeGlobal(entry.value, entry.type);
+  }
+  if (expr.text.starts_with("@@")) FailUnsupported(expr.text);
+  const int index = FindVariable(variables_, expr.text);
+  if (index < 0) Fail(137, {expr.text});
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Variable, variables_[static_cast<size_t>(index)].type);
+  node->index = index;
+  return node;
+}
+
+BoundExprPtr Binder::BindMarker(const Expr& expr) const {
+  const auto index = static_cast<size_t>(expr.marker);
+  if (index >= markers_.size()) Fail(180, {std::to_string(index + 1)});
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Marker, markers_[index]);
+  node->index = expr.marker;
+  return node;
+}
+
+BoundExprPtr Binder::BindNegation(const Expr& expr) {
+  BoundExprPtr operand = Bind(*expr.args[0]);
+  const bool bitwise = expr.kind == ExprKind::BitNot;
+  const char* name = bitwise ? "'~'" : "minus";
+  if (!bitwise && IsText(operand->type)) Fail(8117, {TypeName(operand->type.id), name});
+  if (!IsNumeric(operand->type) || (bitwise && FamilyOf(operand->type.id) != Family::Integer))
+    Fail(8117, {TypeName(operand->type.id), name});
+  if (!bitwise && operand->type.id == TypeId::Bit) Fail(8117, {"bit", name});
+  if (!bitwise && operand->kind == BoundExpr::Kind::Constant &&
+      operand->constant.kind == Datum::Kind::Integer) {
+    // -2147483648 is written as the negation of a decimal constant.
+    operand->constant.integer = -operand->constant.integer;
+    return operand;
+  }
+  BoundExprPtr node = MakeNode(bitwise ? BoundExpr::Kind::BitNot : BoundExpr::Kind::Negate, operand->type);
+  node->nullable = operand->nullable;
+  node->args.push_back(std::move(operand));
+  return node;
+}
+
+BoundExprPtr Binder::BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const {
+  const bool isDate = left->type.id == TypeId::Date || right->type.id == TypeId::Date;
+  const bool isAdditive = op == ArithmeticOp::Add || op == ArithmeticOp::Subtract;
+  if (isDate) Fail(206, {TypeName(left->type.id), TypeName(right->type.id)});
+  const bool leftIsDate = FamilyOf(left->type.id) == Family::DateTime;
+  const Type common = CommonType(left->type, right->type);
+  if (!isAdditive || (op == ArithmeticOp::Subtract && !leftIsDate && !IsText(left->type) &&
+                      FamilyOf(right->type.id) != Family::DateTime))
+    Fail(8117, {TypeName(common.id), OperatorName(op)});
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Arithmetic, common);
+  node->arithmetic = op;
+  node->nullable = left->nullable || right->nullable;
+  node->args.push_back(Convert(std::move(left), common));
+  node->args.push_back(Convert(std::move(right), common));
+  return node;
+}
+
+BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
+  const ArithmeticOp op = expr.arithmetic;
+  BoundExprPtr left = Bind(*expr.args[0]);
+  BoundExprPtr right = Bind(*expr.args[1]);
+  if (IsNullConstant(*left)) left = Convert(std::move(left), right->type);
+  if (IsNullConstant(*right)) right = Convert(std::move(right), left->type);
+  const bool bothText = IsText(left->type) && IsText(right->type);
+  if (IsLob(left->type.id) || IsLob(right->type.id))
+    Fail(402, {TypeName(left->type.id), TypeName(right->type.id), OperatorName(op)});
+  if (bothText && op != ArithmeticOp::Add)
+    Fail(bothText && !IsBitwise(op) ? 8117 : 402, {TypeName(left->type.id), OperatorName(op), ""});
+  if (FamilyOf(left->type.id) == Family::DateTime || FamilyOf(right->type.id) == Family::DateTime)
+    return BindDateArithmetic(op, std::move(left), std::move(right));
+  if (!bothText && IsText(left->type)) left = Convert(std::move(left), right->type);
+  if (!bothText && IsText(right->type)) right = Convert(std::move(right), left->type);
+  const Type common = CommonType(left->type, right->type);
+  if (!bothText && (!IsNumeric(common) || common.id == TypeId::Bit) &&
+      !(IsBitwise(op) && common.id == TypeId::Bit))
+    Fail(402, {TypeName(left->type.id), TypeName(right->type.id), OperatorName(op)});
+  if (IsBitwise(op) && FamilyOf(common.id) != Family::Integer)
+    Fail(402, {TypeName(left->type.id), TypeName(right->type.id), OperatorName(op)});
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Arithmetic, ArithmeticType(op, left->type, right->type));
+  node->arithmetic = op;
+  node->nullable = left->nullable || right->nullable;
+  if (common.id == TypeId::Decimal) {
+    // Both sides keep their scales, because the scale of the result follows from them.
+    const Type leftType = AsDecimal(left->type);
+    const Type rightType = AsDecimal(right->type);
+    left = Convert(std::move(left), leftType);
+    right = Convert(std::move(right), rightType);
+  } else if (!bothText) {
+    left = Convert(std::move(left), common);
+    right = Convert(std::move(right), common);
+  }
+  node->args.push_back(std::move(left));
+  node->args.push_back(std::move(right));
+  return node;
+}
+
+void Binder::CheckComparable(const BoundExpr& expr, const BoundExpr& other, const char* op) const {
+  if (IsLob(expr.type.id) || IsLob(other.type.id))
+    Fail(402, {TypeName(expr.type.id), TypeName(other.type.id), op});
+}
+
+BoundExprPtr Binder::BindComparison(const Expr& expr) {
+  BoundExprPtr left = Bind(*expr.args[0]);
+  BoundExprPtr right = Bind(*expr.args[1]);
+  CheckComparable(*left, *right, OperatorName(expr.compare));
+  const Type common = CommonTypeOf({left.get(), right.get()});
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Compare, MakeType(TypeId::Bit));
+  node->compare = expr.compare;
+  // Texts of different lengths can be compared without conversion.
+  const bool isText = IsText(common) && IsText(left->type) && IsText(right->type);
+  node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
+  node->args.push_back(isText ? std::move(right) : Convert(std::move(right), common));
+  return node;
+}
+
+BoundExprPtr Binder::BindLogical(const Expr& expr, BoundExpr::Kind kind) {
+  BoundExprPtr node = MakeNode(kind, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  for (const ExprPtr& arg : expr.args) node->args.push_back(Bind(*arg));
+  return node;
+}
+
+BoundExprPtr Binder::BindLike(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Like, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  for (const ExprPtr& arg : expr.args) node->args.push_back(ConvertText(Bind(*arg)));
+  return node;
+}
+
+BoundExprPtr Binder::BindBetween(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Between, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  std::vector<const BoundExpr*> operands;
+  for (const ExprPtr& arg : expr.args) {
+    node->args.push_back(Bind(*arg));
+    operands.push_back(node->args.back().get());
+    CheckComparable(*operands.back(), *operands.front(), "greater than or equal to");
+  }
+  const Type common = CommonTypeOf(operands);
+  const bool isText = IsText(common);
+  for (BoundExprPtr& arg : node->args)
+    if (!isText || !IsText(arg->type)) arg = Convert(std::move(arg), common);
+  return node;
+}
+
+BoundExprPtr Binder::BindInList(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::In, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  std::vector<const BoundExpr*> operands;
+  for (const ExprPtr& arg : expr.args) {
+    node->args.push_back(Bind(*arg));
+    operands.push_back(node->args.back().get());
+    CheckComparable(*operands.back(), *operands.front(), "equal to");
+  }
+  const Type common = CommonTypeOf(operands);
+  const bool isText = IsText(common);
+  for (BoundExprPtr& arg : node->args)
+    if (!isText || !IsText(arg->type)) arg = Convert(std::move(arg), common);
+  return node;
+}
+
+BoundExprPtr Binder::BindInQuery(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::InQuery, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  BoundExprPtr left = Bind(*expr.args[0]);
+  node->query = BindQuery(*expr.query, true);
+  if (node->query->columns.size() != 1) Fail(116, {});
+  BoundExpr item;
+  item.kind = BoundExpr::Kind::Column;
+  item.type = node->query->columns[0].type;
+  CheckComparable(*left, item, "equal to");
+  const Type common = CommonTypeOf({left.get(), &item});
+  if (!IsText(common) || !IsText(left->type)) left = Convert(std::move(left), common);
+  if (!IsText(common) || !IsText(item.type)) ConvertColumns(*node->query, {common});
+  node->args.push_back(std::move(left));
+  return node;
+}
+
+BoundExprPtr Binder::BindSubquery(const Expr& expr) {
+  const bool isExists = expr.kind == ExprKind::Exists;
+  BoundExprPtr node =
+      MakeNode(isExists ? BoundExpr::Kind::Exists : BoundExpr::Kind::Subquery, MakeType(TypeId::Bit));
+  node->query = BindQuery(*expr.query, true);
+  if (isExists) return node;
+  if (node->query->columns.size() != 1) Fail(116, {});
+  node->type = node->query->columns[0].type;
+  return node;
+}
+
+BoundExprPtr Binder::BindCase(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Case, {});
+  node->hasOperand = expr.hasOperand;
+  node->hasElse = expr.hasElse;
+  for (const ExprPtr& arg : expr.args) node->args.push_back(Bind(*arg));
+  std::vector<size_t> results;
+  std::vector<size_t> tested;
+  const size_t first = expr.hasOperand ? 1 : 0;
+  if (expr.hasOperand) tested.push_back(0);
+  const size_t pairsEnd = node->args.size() - (expr.hasElse ? 1 : 0);
+  for (size_t i = first; i < pairsEnd; i += 2) {
+    if (expr.hasOperand) tested.push_back(i);
+    results.push_back(i + 1);
+  }
+  if (expr.hasElse) results.push_back(node->args.size() - 1);
+  const auto unify = [&](const std::vector<size_t>& indexes) {
+    std::vector<const BoundExpr*> operands;
+    operands.reserve(indexes.size());
+    for (const size_t i : indexes) operands.push_back(node->args[i].get());
+    const Type common = CommonTypeOf(operands);
+    for (const size_t i : indexes) node->args[i] = Convert(std::move(node->args[i]), common);
+    return common;
+  };
+  if (expr.hasOperand) unify(tested);
+  node->type = unify(results);
+  node->nullable = !expr.hasElse;
+  for (const size_t i : results) node->nullable = node->nullable || node->args[i]->nullable;
+  return node;
+}
+
+BoundExprPtr Binder::BindCast(const Expr& expr) {
+  BoundExprPtr operand = Bind(*expr.args[0]);
+  int style = 0;
+  if (expr.args.size() > 1) {
+    const BoundExprPtr styleExpr = Bind(*expr.args[1]);
+    if (styleExpr->kind != BoundExpr::Kind::Constant || FamilyOf(styleExpr->type.id) != Family::Integer)
+      FailUnsupported("A CONVERT style that is not an integer constant");
+    style = static_cast<int>(styleExpr->constant.integer);
+  }
+  if (!IsNullConstant(*operand)) {
+    const bool textToText = IsText(operand->type) && IsText(expr.type);
+    const bool toText = IsText(expr.type) && IsLob(operand->type.id);
+    if (FindConversion(operand->type.id, expr.type.id) == Conversion::Impossible && !textToText && !toText)
+      Fail(529, {TypeName(operand->type.id), TypeName(expr.type.id)});
+  }
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Cast, expr.type);
+  node->style = style;
+  node->nullable = operand->nullable;
+  node->args.push_back(std::move(operand));
+  return node;
+}
+
+} // namespace tsql

@@ -1,0 +1,208 @@
+#include "tsql/bind/Binder.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <numbers>
+#include <optional>
+
+namespace tsql {
+namespace {
+
+constexpr int32_t kNameLength = 128;
+
+std::optional<AggregateId> FindAggregate(std::string_view name) {
+  constexpr std::pair<std::string_view, AggregateId> kAggregates[] = {
+      {"count", AggregateId::Count}, {"count_big", AggregateId::CountBig},
+      {"sum", AggregateId::Sum},     {"avg", AggregateId::Average},
+      {"min", AggregateId::Min},     {"max", AggregateId::Max}};
+  for (const auto& [text, id] : kAggregates)
+    if (text == name) return id;
+  return std::nullopt;
+}
+
+} // namespace
+
+// The table of all functions: its name, what it is in the bound tree, and the rule for its arguments and
+// type.
+BoundExprPtr Binder::BindCall(const Expr& expr) {
+  using Rule = BoundExprPtr (Binder::*)(const Expr&, FunctionId);
+  struct Entry {
+    std::string_view name;
+    FunctionId function;
+    Rule rule;
+  };
+  constexpr Entry kFunctions[] = {
+      {"isnull", FunctionId::IsNull, &Binder::BindIsNull},
+      {"coalesce", FunctionId::Coalesce, &Binder::BindCoalesce},
+      {"nullif", FunctionId::NullIf, &Binder::BindNullIf},
+      {"len", FunctionId::Len, &Binder::BindTextMeasure},
+      {"ascii", FunctionId::Ascii, &Binder::BindTextMeasure},
+      {"unicode", FunctionId::Unicode, &Binder::BindTextMeasure},
+      {"datalength", FunctionId::DataLength, &Binder::BindDataLength},
+      {"patindex", FunctionId::PatIndex, &Binder::BindPatIndex},
+      {"charindex", FunctionId::CharIndex, &Binder::BindCharIndex},
+      {"quotename", FunctionId::QuoteName, &Binder::BindQuoteName},
+      {"ltrim", FunctionId::LTrim, &Binder::BindTextMap},
+      {"rtrim", FunctionId::RTrim, &Binder::BindTextMap},
+      {"trim", FunctionId::Trim, &Binder::BindTextMap},
+      {"upper", FunctionId::Upper, &Binder::BindTextMap},
+      {"lower", FunctionId::Lower, &Binder::BindTextMap},
+      {"reverse", FunctionId::Reverse, &Binder::BindTextMap},
+      {"left", FunctionId::Left, &Binder::BindTextEnd},
+      {"right", FunctionId::Right, &Binder::BindTextEnd},
+      {"substring", FunctionId::Substring, &Binder::BindSubstring},
+      {"replace", FunctionId::Replace, &Binder::BindReplace},
+      {"replicate", FunctionId::Replicate, &Binder::BindReplicate},
+      {"stuff", FunctionId::Stuff, &Binder::BindStuff},
+      {"space", FunctionId::Space, &Binder::BindCharacter},
+      {"char", FunctionId::Char, &Binder::BindCharacter},
+      {"nchar", FunctionId::NChar, &Binder::BindCharacter},
+      {"str", FunctionId::Str, &Binder::BindStr},
+      {"isnumeric", FunctionId::IsNumeric, &Binder::BindTextTest},
+      {"isdate", FunctionId::IsDate, &Binder::BindTextTest},
+      {"getdate", FunctionId::GetDate, &Binder::BindGetDate},
+      {"sysdatetime", FunctionId::GetDate, &Binder::BindGetDate},
+      {"year", FunctionId::DatePart, &Binder::BindCalendarPart},
+      {"month", FunctionId::DatePart, &Binder::BindCalendarPart},
+      {"day", FunctionId::DatePart, &Binder::BindCalendarPart},
+      {"dateadd", FunctionId::DateAdd, &Binder::BindDateAdd},
+      {"datediff", FunctionId::DateDiff, &Binder::BindDateDiff},
+      {"datepart", FunctionId::DatePart, &Binder::BindDatePart},
+      {"datename", FunctionId::DateName, &Binder::BindDatePart},
+      {"sqrt", FunctionId::Sqrt, &Binder::BindFloatFunction},
+      {"square", FunctionId::Square, &Binder::BindFloatFunction},
+      {"power", FunctionId::Power, &Binder::BindFloatFunction},
+      {"exp", FunctionId::Exp, &Binder::BindFloatFunction},
+      {"log", FunctionId::Log, &Binder::BindFloatFunction},
+      {"log10", FunctionId::Log10, &Binder::BindFloatFunction},
+      {"abs", FunctionId::Abs, &Binder::BindRounding},
+      {"sign", FunctionId::Sign, &Binder::BindRounding},
+      {"floor", FunctionId::Floor, &Binder::BindRounding},
+      {"ceiling", FunctionId::Ceiling, &Binder::BindRounding},
+      {"round", FunctionId::Round, &Binder::BindRounding},
+      {"newid", FunctionId::NewId, &Binder::BindNewId},
+      {"object_id", FunctionId::ObjectId, &Binder::BindObjectSize},
+      {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
+      {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
+  };
+  if (const std::optional<AggregateId> aggregate = FindAggregate(expr.text))
+    return BindAggregate(expr, *aggregate);
+  for (const Entry& entry : kFunctions)
+    if (entry.name == expr.text) return (this->*entry.rule)(expr, entry.function);
+  if (BoundExprPtr bound = BindConstantFunction(expr)) return bound;
+  Fail(195, {expr.text});
+}
+
+std::vector<BoundExprPtr> Binder::BindArguments(const Expr& expr, size_t least, size_t most) {
+  if (expr.args.size() < least || expr.args.size() > most) {
+    const std::string wanted =
+        least == most ? std::to_string(least) : std::to_string(least) + " to " + std::to_string(most);
+    Fail(least == most ? 174 : 189, {expr.text, wanted});
+  }
+  std::vector<BoundExprPtr> args;
+  for (const ExprPtr& arg : expr.args) args.push_back(Bind(*arg));
+  return args;
+}
+
+// ---- nulls
+
+BoundExprPtr Binder::BindIsNull(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, 2);
+  Type type = IsNullConstant(*args[0]) ? args[1]->type : args[0]->type;
+  if (FamilyOf(type.id) == Family::Integer) type.precision = 0;
+  args[0] = Convert(std::move(args[0]), type);
+  args[1] = Convert(std::move(args[1]), type);
+  const bool nullable = args[0]->nullable && args[1]->nullable;
+  BoundExprPtr node = MakeFunction(function, type, std::move(args));
+  node->nullable = nullable;
+  return node;
+}
+
+BoundExprPtr Binder::BindCoalesce(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, 100);
+  std::vector<const BoundExpr*> operands;
+  operands.reserve(args.size());
+  for (const BoundExprPtr& arg : args) operands.push_back(arg.get());
+  const Type type = CommonTypeOf(operands);
+  for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), type);
+  return MakeFunction(function, type, std::move(args));
+}
+
+BoundExprPtr Binder::BindNullIf(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, 2);
+  const Type type = args[0]->type;
+  const Type common = CommonTypeOf({args[0].get(), args[1].get()});
+  if (common == type || IsText(common)) return MakeFunction(function, type, std::move(args));
+  // CASE WHEN a = b THEN NULL ELSE a END: the comparison converts, the result does not.
+  BoundExprPtr compare = MakeNode(BoundExpr::Kind::Compare, {});
+  compare->args.push_back(Convert(std::move(args[0]), common));
+  compare->args.push_back(Convert(std::move(args[1]), common));
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Case, type);
+  node->hasElse = true;
+  node->args.push_back(std::move(compare));
+  node->args.push_back(MakeConstant({}, type));
+  node->args.push_back(Bind(*expr.args[0]));
+  return node;
+}
+
+// ---- the catalog and the session
+
+BoundExprPtr Binder::BindNewId(const Expr& /*expr*/, FunctionId function) {
+  return MakeFunction(function, MakeType(TypeId::UniqueIdentifier), {});
+}
+
+BoundExprPtr Binder::BindObjectName(const Expr& expr, FunctionId function) {
+  if (expr.args.size() != 1) Fail(174, {expr.text, "1"});
+  // The argument cannot name columns.
+  Binder arguments(catalog_, variables_, markers_);
+  std::vector<BoundExprPtr> args;
+  args.push_back(Convert(arguments.BindScalar(*expr.args[0]), MakeType(TypeId::Int)));
+  return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
+}
+
+BoundExprPtr Binder::BindObjectSize(const Expr& expr, FunctionId function) {
+  const bool isObjectId = function == FunctionId::ObjectId;
+  if (expr.args.empty() || expr.args.size() > 2 || (!isObjectId && expr.args.size() != 2))
+    Fail(174, {expr.text, isObjectId ? "1" : "2"});
+  std::vector<BoundExprPtr> args;
+  Binder arguments(catalog_, variables_, markers_);
+  for (const ExprPtr& arg : expr.args) args.push_back(ConvertText(arguments.BindScalar(*arg)));
+  return MakeFunction(function, MakeType(isObjectId ? TypeId::Int : TypeId::SmallInt), std::move(args));
+}
+
+// Functions whose value is known before the statement runs; null when it is none of them.
+BoundExprPtr Binder::BindConstantFunction(const Expr& expr) {
+  struct Entry {
+    const char* name;
+    GlobalValue value;
+    Type type;
+  };
+  static const Entry kGlobals[] = {
+      {"scope_identity", GlobalValue::ScopeIdentity, MakeDecimal(38, 0)},
+      {"error_number", GlobalValue::ErrorNumber, MakeType(TypeId::Int)},
+      {"error_message", GlobalValue::ErrorMessage, MakeType(TypeId::NVarChar, 2048)},
+      {"error_severity", GlobalValue::ErrorSeverity, MakeType(TypeId::Int)},
+      {"error_state", GlobalValue::ErrorState, MakeType(TypeId::Int)},
+      {"error_line", GlobalValue::ErrorLine, MakeType(TypeId::Int)},
+      {"error_procedure", GlobalValue::ErrorProcedure, MakeType(TypeId::NVarChar, kNameLength)}};
+  for (const Entry& entry : kGlobals)
+    if (expr.text == entry.name) return MakeGlobal(entry.value, entry.type);
+  if (expr.text == "pi") {
+    BindArguments(expr, 0, 0);
+    return MakeConstant(Datum::OfReal(std::numbers::pi), MakeType(TypeId::Float));
+  }
+  // The engine knows no logins and no network: who asks and where is always the same.
+  const std::pair<const char*, std::string> kNames[] = {
+      {"db_name", catalog_.DatabaseName()}, {"user_name", "dbo"}, {"suser_sname", "sa"}, {"suser_name", "sa"},
+      {"host_name", "localhost"},           {"app_name", "tsql"}};
+  for (const auto& [name, value] : kNames) {
+    if (expr.text != name) continue;
+    if (!expr.args.empty()) FailUnsupported(ToUpper(name) + " with an argument");
+    return MakeConstant(Datum::OfText(value), MakeType(TypeId::NVarChar, kNameLength));
+  }
+  return nullptr;
+}
+
+} // namespace tsql

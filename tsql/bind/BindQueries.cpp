@@ -1,0 +1,258 @@
+#include "tsql/bind/Binder.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace tsql {
+namespace {
+
+bool IsUpdateLockWanted(const TableSource& source) {
+  if (source.kind != TableSource::Kind::Join) return source.updateLock;
+  return IsUpdateLockWanted(*source.left) || IsUpdateLockWanted(*source.right);
+}
+
+} // namespace
+
+BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
+  return BindQuery(query, false);
+}
+
+void Binder::RefreshColumns(BoundQuery& query) {
+  query.columns.clear();
+  for (const BoundItem& item : query.select->items) {
+    Column column;
+    column.name = item.name;
+    column.type = item.expr->type;
+    if (FamilyOf(column.type.id) == Family::Integer) column.type.precision = 0;
+    column.nullable = item.expr->nullable;
+    query.columns.push_back(std::move(column));
+  }
+}
+
+BoundQueryPtr Binder::BindQuery(const Query& query, bool isInner) {
+  const size_t outerCommons = commons_.size();
+  std::vector<BoundCommon> commons;
+  BindCommonTables(query.commonTables, commons);
+  const bool hasTop = query.select && query.select->top;
+  if (isInner && !query.orderBy.empty() && !hasTop) Fail(1033, {});
+  BoundQueryPtr bound;
+  if (query.op == SetOp::None) {
+    bound = std::make_unique<BoundQuery>();
+    bound->select = BindSelect(*query.select, query.orderBy, bound->orderBy);
+    RefreshColumns(*bound);
+  } else {
+    bound = BindSetOperation(query);
+    BindCompoundOrder(query.orderBy, *bound);
+  }
+  bound->commons = std::move(commons);
+  commons_.resize(outerCommons);
+  return bound;
+}
+
+BoundQueryPtr Binder::BindSetOperation(const Query& query) {
+  auto bound = std::make_unique<BoundQuery>();
+  bound->op = query.op;
+  bound->left = BindQuery(*query.left, false);
+  bound->right = BindQuery(*query.right, false);
+  const std::vector<Column>& left = bound->left->columns;
+  const std::vector<Column>& right = bound->right->columns;
+  if (left.size() != right.size()) Fail(205, {});
+  std::vector<Type> types;
+  for (size_t i = 0; i < left.size(); ++i) {
+    // A column that is only NULL takes the type of the other branch.
+    const auto isNull = [i](const BoundQuery& branch) {
+      return branch.op == SetOp::None && IsNullConstant(*branch.select->items[i].expr);
+    };
+    types.push_back(isNull(*bound->left)    ? right[i].type
+                    : isNull(*bound->right) ? left[i].type
+                                            : CommonType(left[i].type, right[i].type));
+  }
+  ConvertColumns(*bound->left, types);
+  ConvertColumns(*bound->right, types);
+  for (size_t i = 0; i < left.size(); ++i)
+    bound->columns.push_back({left[i].name, types[i], left[i].nullable || right[i].nullable});
+  return bound;
+}
+
+void Binder::ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const {
+  assert(query.columns.size() == types.size());
+  if (query.op != SetOp::None) {
+    ConvertColumns(*query.left, types);
+    ConvertColumns(*query.right, types);
+    for (size_t i = 0; i < types.size(); ++i) query.columns[i].type = types[i];
+    return;
+  }
+  for (size_t i = 0; i < types.size(); ++i) {
+    BoundExprPtr& expr = query.select->items[i].expr;
+    // Texts of different lengths need no conversion.
+    if (IsText(expr->type) && IsText(types[i]) && !IsFixedLength(types[i].id)) {
+      query.columns[i].type = types[i];
+      continue;
+    }
+    expr = Convert(std::move(expr), types[i]);
+    query.columns[i].type = types[i];
+  }
+}
+
+std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
+                                                std::vector<BoundOrder>& order) {
+  auto bound = std::make_unique<BoundSelect>();
+  Scope scope;
+  scope.outer = scope_;
+  if (select.from) {
+    wantsUpdateLock_ = wantsUpdateLock_ || IsUpdateLockWanted(*select.from);
+    bound->from = BindSource(*select.from, scope);
+  }
+  Scope* saved = std::exchange(scope_, &scope);
+  bound->distinct = select.distinct;
+  if (select.top) bound->top = Convert(Bind(*select.top), MakeType(TypeId::BigInt));
+  if (select.where) bound->where = Bind(*select.where);
+  for (const ExprPtr& expr : select.groupBy) {
+    bound->groupBy.push_back(Bind(*expr));
+    if (IsLob(bound->groupBy.back()->type.id))
+      Fail(402,
+           {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});
+  }
+  scope.aggregatesAllowed = true;
+  BindItems(select, *bound);
+  if (select.having) bound->having = Bind(*select.having);
+  BindOrder(orderBy, *bound, order);
+  bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
+  if (bound->grouped) CheckGrouping(*bound, order);
+  scope_ = saved;
+  return bound;
+}
+
+void Binder::BindItems(const Select& select, BoundSelect& bound) {
+  bool assigns = false;
+  bool returns = false;
+  for (const SelectItem& item : select.items) {
+    (item.variable.empty() ? returns : assigns) = true;
+    if (!item.expr) {
+      ExpandStar(item, bound);
+    } else if (!item.variable.empty()) {
+      BindAssignmentItem(item, bound);
+    } else {
+      BoundItem target;
+      target.expr = Bind(*item.expr);
+      target.name = item.alias;
+      if (target.name.empty() && item.expr->kind == ExprKind::Column) target.name = item.expr->parts.back();
+      bound.items.push_back(std::move(target));
+    }
+  }
+  if (assigns && returns) Fail(141, {});
+}
+
+void Binder::BindAssignmentItem(const SelectItem& item, BoundSelect& bound) {
+  const int index = FindVariable(variables_, item.variable);
+  if (index < 0) Fail(137, {item.variable});
+  BoundItem target;
+  target.variable = index;
+  target.expr = Convert(Bind(*item.expr), variables_[static_cast<size_t>(index)].type);
+  bound.items.push_back(std::move(target));
+}
+
+void Binder::ExpandStar(const SelectItem& item, BoundSelect& bound) {
+  bool found = false;
+  for (const ScopeSource& source : scope_->sources) {
+    if (!item.starPrefix.empty()) {
+      std::vector<std::string> parts = item.starPrefix;
+      parts.emplace_back("*");
+      if (!MatchesSource(source, parts)) continue;
+    }
+    found = true;
+    for (const ScopeColumn& column : source.columns) {
+      BoundItem target;
+      target.name = column.name;
+      target.expr = MakeColumn(source, column);
+      bound.items.push_back(std::move(target));
+    }
+  }
+  if (!found && !item.starPrefix.empty()) Fail(107, {JoinParts(item.starPrefix)});
+  if (!found) Fail(102, {"*"});
+}
+
+// ---- ORDER BY
+
+int Binder::FindOutput(const std::vector<BoundItem>& items, const std::string& name) {
+  int found = -1;
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (!EqualNames(items[i].name, name) || items[i].name.empty()) continue;
+    if (found >= 0 && !SameExpr(*items[i].expr, *items[static_cast<size_t>(found)].expr)) Fail(209, {name});
+    if (found < 0) found = static_cast<int>(i);
+  }
+  return found;
+}
+
+BoundOrder Binder::BindOrderItem(const OrderItem& item, const BoundSelect& select) {
+  BoundOrder order;
+  order.descending = item.descending;
+  const Expr& expr = *item.expr;
+  if (expr.kind == ExprKind::Literal && expr.literal == TokenKind::Integer) {
+    const size_t position = expr.text.size() > 6 ? 0 : static_cast<size_t>(std::stoi(expr.text));
+    if (position < 1 || position > select.items.size()) Fail(108, {expr.text});
+    order.ordinal = static_cast<int>(position) - 1;
+    return order;
+  }
+  if (expr.kind == ExprKind::Column && expr.parts.size() == 1) {
+    order.ordinal = FindOutput(select.items, expr.parts[0]);
+    if (order.ordinal >= 0) return order;
+  }
+  order.expr = Bind(expr);
+  for (size_t i = 0; i < select.items.size() && order.ordinal < 0; ++i)
+    if (SameExpr(*order.expr, *select.items[i].expr)) order.ordinal = static_cast<int>(i);
+  if (order.ordinal < 0 && select.distinct) Fail(145, {});
+  return order;
+}
+
+void Binder::BindOrder(const std::vector<OrderItem>& orderBy, const BoundSelect& select,
+                       std::vector<BoundOrder>& order) {
+  for (const OrderItem& item : orderBy) order.push_back(BindOrderItem(item, select));
+}
+
+void Binder::BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery& query) {
+  for (const OrderItem& item : orderBy) {
+    BoundOrder order;
+    order.descending = item.descending;
+    const Expr& expr = *item.expr;
+    const std::string text = expr.kind == ExprKind::Column ? expr.parts.back() : expr.text;
+    if (expr.kind == ExprKind::Literal && expr.literal == TokenKind::Integer && text.size() < 6) {
+      order.ordinal = std::stoi(text) - 1;
+      if (order.ordinal < 0 || order.ordinal >= static_cast<int>(query.columns.size())) Fail(108, {text});
+    } else if (expr.kind == ExprKind::Column) {
+      for (size_t i = 0; i < query.columns.size() && order.ordinal < 0; ++i)
+        if (EqualNames(query.columns[i].name, text)) order.ordinal = static_cast<int>(i);
+      if (order.ordinal < 0) Fail(207, {text});
+    } else {
+      FailUnsupported("An expression in the ORDER BY of a UNION");
+    }
+    query.orderBy.push_back(std::move(order));
+  }
+}
+
+// ---- grouping
+
+void Binder::CheckGrouped(const BoundExpr& expr, const BoundSelect& select, int error) const {
+  if (expr.kind == BoundExpr::Kind::Aggregate) return;
+  for (const BoundExprPtr& group : select.groupBy)
+    if (SameExpr(*group, expr)) return;
+  if (expr.kind == BoundExpr::Kind::Column) {
+    const bool isOwn = std::any_of(scope_->sources.begin(), scope_->sources.end(),
+                                   [&](const ScopeSource& source) { return source.id == expr.source; });
+    if (isOwn) Fail(error, {expr.display});
+  }
+  for (const BoundExprPtr& arg : expr.args) CheckGrouped(*arg, select, error);
+}
+
+void Binder::CheckGrouping(const BoundSelect& select, const std::vector<BoundOrder>& order) const {
+  for (const BoundItem& item : select.items) CheckGrouped(*item.expr, select, 8120);
+  if (select.having) CheckGrouped(*select.having, select, 8121);
+  for (const BoundOrder& entry : order)
+    if (entry.ordinal < 0) CheckGrouped(*entry.expr, select, 8127);
+}
+
+} // namespace tsql

@@ -1,0 +1,217 @@
+#include "tsql/bind/Binder.h"
+
+#include "tsql/syntax/Parser.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tsql {
+namespace {
+
+constexpr int kMaxViewDepth = 32;
+
+} // namespace
+
+std::vector<Binder::ScopeColumn> Binder::ColumnsOf(const TableInfo& table) {
+  std::vector<ScopeColumn> columns;
+  for (const ColumnInfo& column : table.columns)
+    columns.push_back({column.name, column.name, column.type, column.nullable});
+  return columns;
+}
+
+std::vector<Binder::ScopeColumn> Binder::ColumnsOf(const BoundQuery& query,
+                                                   const std::vector<std::string>& aliases,
+                                                   const std::string& name, bool needNames) {
+  if (!aliases.empty() && aliases.size() != query.columns.size())
+    Fail(aliases.size() < query.columns.size() ? 8158 : 8159, {name});
+  std::vector<ScopeColumn> columns;
+  for (size_t i = 0; i < query.columns.size(); ++i) {
+    const Column& column = query.columns[i];
+    const std::string& columnName = aliases.empty() ? column.name : aliases[i];
+    if (columnName.empty() && needNames) Fail(8155, {std::to_string(i + 1), name});
+    for (const ScopeColumn& other : columns)
+      if (EqualNames(other.name, columnName)) Fail(8156, {columnName, name});
+    columns.push_back({columnName, ResultColumnName(i), column.type, column.nullable});
+  }
+  return columns;
+}
+
+void Binder::AddSource(Scope& scope, ScopeSource source) const {
+  for (const ScopeSource& other : scope.sources) {
+    if (!EqualNames(other.exposed, source.exposed)) continue;
+    if (source.isAlias || other.isAlias) Fail(1011, {source.exposed});
+    Fail(1013, {source.exposed, other.exposed});
+  }
+  scope.sources.push_back(std::move(source));
+}
+
+BoundSourcePtr Binder::BindSource(const TableSource& source, Scope& scope) {
+  switch (source.kind) {
+  case TableSource::Kind::Join: return BindJoin(source, scope);
+  case TableSource::Kind::Derived: return BindDerived(source, scope);
+  case TableSource::Kind::Named: break;
+  }
+  return BindNamed(source, scope);
+}
+
+BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Join;
+  node->join = source.join;
+  const size_t leftBegin = scope.sources.size();
+  node->left = BindSource(*source.left, scope);
+  const size_t rightBegin = scope.sources.size();
+  node->right = BindSource(*source.right, scope);
+  if (source.on) {
+    // ON sees the tables of its own join only.
+    Scope inner;
+    inner.outer = scope.outer;
+    inner.sources.assign(scope.sources.begin() + static_cast<std::ptrdiff_t>(leftBegin), scope.sources.end());
+    Scope* saved = scope_;
+    scope_ = &inner;
+    node->on = Bind(*source.on);
+    scope_ = saved;
+  }
+  const auto makeNullable = [&scope](size_t begin, size_t end) {
+    for (size_t i = begin; i < end; ++i)
+      for (ScopeColumn& column : scope.sources[i].columns) column.nullable = true;
+  };
+  const bool leftOuter = source.join == JoinKind::Right || source.join == JoinKind::Full;
+  const bool rightOuter = source.join == JoinKind::Left || source.join == JoinKind::Full;
+  if (leftOuter) makeNullable(leftBegin, rightBegin);
+  if (rightOuter) makeNullable(rightBegin, scope.sources.size());
+  return node;
+}
+
+Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
+  if (!name.schema.empty()) return nullptr;
+  const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
+    return EqualNames(common.name, name.name);
+  });
+  return found != commons_.rend() ? &*found : nullptr;
+}
+
+BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
+  auto node = std::make_unique<BoundSource>();
+  ScopeSource entry;
+  entry.isAlias = !source.alias.empty();
+  entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  if (CommonInfo* common = FindCommon(source.name)) {
+    common->used = true;
+    node->kind = BoundSource::Kind::Common;
+    node->common = common->id;
+    entry.columns = common->columns;
+  } else if (TablePtr table = FindTable(source.name)) {
+    dependencies_.push_back({source.name, table, nullptr});
+    node->table = table;
+    entry.table = table;
+    entry.isTable = true;
+    entry.columns = ColumnsOf(*table);
+  } else if (const ModulePtr view = catalog_.FindView(source.name)) {
+    dependencies_.push_back({source.name, nullptr, view});
+    return BindView(*view, source, scope);
+  } else if (const SystemView* system = FindSystemView(source.name)) {
+    node->kind = BoundSource::Kind::System;
+    node->system = system;
+    for (const Column& column : system->columns)
+      entry.columns.push_back({column.name, column.name, column.type, column.nullable});
+  } else {
+    const std::string prefix = source.name.schema.empty() ? "" : source.name.schema + ".";
+    Fail(208, {prefix + source.name.name});
+  }
+  node->id = nextSource_++;
+  entry.id = node->id;
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+BoundSourcePtr Binder::BindDerived(const TableSource& source, Scope& scope) {
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Query;
+  // A derived table does not see the other tables of its FROM, only what the whole query sees.
+  Scope* saved = scope_;
+  scope_ = scope.outer;
+  node->query = BindQuery(*source.query, true);
+  scope_ = saved;
+  node->id = nextSource_++;
+  ScopeSource entry;
+  entry.id = node->id;
+  entry.exposed = source.alias;
+  entry.isAlias = true;
+  entry.columns = ColumnsOf(*node->query, source.columnAliases, source.alias, true);
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
+  if (++viewDepth_ > kMaxViewDepth) Fail(217, {});
+  std::vector<std::string> columns;
+  const QueryPtr query = ParseView(view.text, columns);
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Query;
+  // A view does not see the statement that uses it.
+  Scope* savedScope = std::exchange(scope_, nullptr);
+  std::vector<CommonInfo> savedCommons = std::exchange(commons_, {});
+  node->query = BindQuery(*query, true);
+  commons_ = std::move(savedCommons);
+  scope_ = savedScope;
+  --viewDepth_;
+  node->id = nextSource_++;
+  ScopeSource entry;
+  entry.id = node->id;
+  entry.isAlias = !source.alias.empty();
+  entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  entry.columns = ColumnsOf(*node->query, columns, view.name, true);
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+// ---- common table expressions
+
+void Binder::BindCommonTables(const std::vector<CommonTable>& tables, std::vector<BoundCommon>& bound) {
+  for (const CommonTable& table : tables) bound.push_back(BindCommonTable(table));
+}
+
+BoundCommon Binder::BindCommonTable(const CommonTable& table) {
+  BoundCommon bound;
+  bound.id = nextCommon_++;
+  Scope* saved = std::exchange(scope_, nullptr);
+  if (!BindRecursive(table, bound)) {
+    bound.query = BindQuery(*table.query, true);
+    commons_.push_back(
+        {table.name, bound.id, ColumnsOf(*bound.query, table.columns, table.name, true), false});
+  }
+  scope_ = saved;
+  return bound;
+}
+
+bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
+  const Query& query = *table.query;
+  if (query.op != SetOp::UnionAll) return false;
+  BoundQueryPtr anchor = BindQuery(*query.left, true);
+  std::vector<ScopeColumn> columns = ColumnsOf(*anchor, table.columns, table.name, true);
+  for (ScopeColumn& column : columns) column.nullable = true;
+  commons_.push_back({table.name, bound.id, columns, false});
+  BoundQueryPtr member = BindQuery(*query.right, true);
+  const bool recursive = commons_.back().used;
+  if (!recursive) {
+    commons_.pop_back();
+    return false;
+  }
+  if (member->columns.size() != anchor->columns.size()) Fail(205, {});
+  // The types of the columns are those of the first query.
+  std::vector<Type> types;
+  for (const Column& column : anchor->columns) types.push_back(column.type);
+  ConvertColumns(*member, types);
+  bound.recursive = true;
+  bound.query = std::make_unique<BoundQuery>();
+  bound.query->op = SetOp::UnionAll;
+  bound.query->columns = anchor->columns;
+  bound.query->left = std::move(anchor);
+  bound.query->right = std::move(member);
+  return true;
+}
+
+} // namespace tsql

@@ -1,0 +1,213 @@
+// Resolves names against the catalog, gives every expression its T-SQL type by the server's precedence rules
+// and makes every conversion explicit. Binding errors (207, 208, 209, 4104, 137 ...) are thrown without a
+// line; whoever runs the statement adds its line.
+#pragma once
+
+#include "tsql/bind/BoundTree.h"
+#include "tsql/syntax/StatementTree.h"
+
+namespace tsql {
+
+struct VariableInfo {
+  std::string name;
+  Type type;
+};
+int FindVariable(const std::vector<VariableInfo>& variables, std::string_view name); // -1 when absent
+
+// The parts of a name with points between them, for messages.
+std::string JoinParts(const std::vector<std::string>& parts);
+
+// A table or view that a statement was bound to. The binding holds as long as the catalog gives the same
+// definition for the name.
+struct Dependency {
+  ObjectName name;
+  TablePtr table;
+  ModulePtr view;
+};
+
+// Binds one statement or expression.
+class Binder {
+ public:
+  Binder(const Catalog& catalog, const std::vector<VariableInfo>& variables, const std::vector<Type>& markers)
+      : catalog_(catalog), variables_(variables), markers_(markers) {}
+
+  BoundQueryPtr BindStatementQuery(const Query& query);
+  BoundExprPtr BindScalar(const Expr& expr);
+  // The value converted as for a variable of the type.
+  BoundExprPtr BindValueFor(const Expr& expr, const Type& type);
+  BoundExprPtr BindCondition(const Expr& expr);
+  // A CHECK condition, which names only columns of the table.
+  BoundExprPtr BindCheck(const Expr& expr, const TableInfo& table);
+  BoundInsert BindInsert(const InsertStatement& statement, bool identityInsert);
+  BoundUpdate BindUpdate(const UpdateStatement& statement);
+  BoundDelete BindDelete(const DeleteStatement& statement);
+  BoundExprPtr Assign(BoundExprPtr expr, const Type& to) const;
+
+  // Names of tables that the batch itself will create: what has such a name now is not what the statement
+  // will find, so they count as missing.
+  void SetPending(const std::vector<std::string>& tables) { pending_ = &tables; }
+
+  const std::vector<Dependency>& Dependencies() const { return dependencies_; }
+  bool WantsUpdateLock() const { return wantsUpdateLock_; }
+
+ private:
+  struct ScopeColumn {
+    std::string name;
+    std::string sqlName;
+    Type type;
+    bool nullable = true;
+  };
+  struct ScopeSource {
+    int id = 0;
+    std::string exposed;
+    bool isAlias = false;
+    bool isTable = false;
+    TablePtr table;
+    std::vector<ScopeColumn> columns;
+  };
+  struct Scope {
+    Scope* outer = nullptr;
+    std::vector<ScopeSource> sources;
+    bool aggregatesAllowed = false;
+    bool hasAggregate = false;
+  };
+  struct CommonInfo {
+    std::string name;
+    int id = 0;
+    std::vector<ScopeColumn> columns;
+    bool used = false;
+  };
+  struct Resolved {
+    const ScopeSource* source = nullptr;
+    const ScopeColumn* column = nullptr;
+  };
+
+  // names and conversions (Binder.cpp)
+  Resolved Resolve(const std::vector<std::string>& parts) const;
+  Resolved ResolveIn(const Scope& scope, const std::vector<std::string>& parts, bool& prefixFound) const;
+  static bool MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts);
+  BoundExprPtr MakeColumn(const ScopeSource& source, const ScopeColumn& column) const;
+  BoundExprPtr Convert(BoundExprPtr expr, const Type& to) const; // implicit
+  BoundExprPtr ConvertText(BoundExprPtr expr) const;             // to varchar when it is no text
+  static Type CommonTypeOf(const std::vector<const BoundExpr*>& exprs);
+
+  // expressions (BindExpressions.cpp)
+  BoundExprPtr Bind(const Expr& expr);
+  BoundExprPtr BindLiteral(const Expr& expr) const;
+  BoundExprPtr BindColumn(const Expr& expr);
+  BoundExprPtr BindVariable(const Expr& expr) const;
+  BoundExprPtr BindMarker(const Expr& expr) const;
+  BoundExprPtr BindArithmetic(const Expr& expr);
+  BoundExprPtr BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const;
+  BoundExprPtr BindNegation(const Expr& expr);
+  BoundExprPtr BindComparison(const Expr& expr);
+  BoundExprPtr BindLogical(const Expr& expr, BoundExpr::Kind kind);
+  BoundExprPtr BindLike(const Expr& expr);
+  BoundExprPtr BindBetween(const Expr& expr);
+  BoundExprPtr BindInList(const Expr& expr);
+  BoundExprPtr BindInQuery(const Expr& expr);
+  BoundExprPtr BindSubquery(const Expr& expr);
+  BoundExprPtr BindCase(const Expr& expr);
+  BoundExprPtr BindCast(const Expr& expr);
+  void CheckComparable(const BoundExpr& expr, const BoundExpr& other, const char* op) const;
+
+  // functions: one method a rule that one or several functions follow
+  // (BindFunctions.cpp)
+  BoundExprPtr BindCall(const Expr& expr);
+  std::vector<BoundExprPtr> BindArguments(const Expr& expr, size_t least, size_t most);
+  BoundExprPtr BindIsNull(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCoalesce(const Expr& expr, FunctionId function);
+  BoundExprPtr BindNullIf(const Expr& expr, FunctionId function);
+  BoundExprPtr BindNewId(const Expr& expr, FunctionId function);
+  BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
+  BoundExprPtr BindConstantFunction(const Expr& expr);
+  // (BindAggregates.cpp)
+  BoundExprPtr BindAggregate(const Expr& expr, AggregateId aggregate);
+  // (BindTextFunctions.cpp)
+  std::vector<BoundExprPtr> BindTextArguments(const Expr& expr, size_t least, size_t most);
+  BoundExprPtr BindTextMeasure(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDataLength(const Expr& expr, FunctionId function);
+  BoundExprPtr BindPatIndex(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCharIndex(const Expr& expr, FunctionId function);
+  BoundExprPtr BindQuoteName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextMap(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextEnd(const Expr& expr, FunctionId function);
+  BoundExprPtr BindSubstring(const Expr& expr, FunctionId function);
+  BoundExprPtr BindReplace(const Expr& expr, FunctionId function);
+  BoundExprPtr BindReplicate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindStuff(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCharacter(const Expr& expr, FunctionId function);
+  BoundExprPtr BindStr(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTextTest(const Expr& expr, FunctionId function);
+  // (BindNumberFunctions.cpp)
+  BoundExprPtr BindFloatFunction(const Expr& expr, FunctionId function);
+  BoundExprPtr BindRounding(const Expr& expr, FunctionId function);
+  // (BindDateFunctions.cpp)
+  BoundExprPtr BindGetDate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCalendarPart(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDateAdd(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDateDiff(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDatePart(const Expr& expr, FunctionId function);
+
+  // queries (BindQueries.cpp)
+  BoundQueryPtr BindQuery(const Query& query, bool isInner);
+  BoundQueryPtr BindSetOperation(const Query& query);
+  std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
+                                          std::vector<BoundOrder>& order);
+  void BindItems(const Select& select, BoundSelect& bound);
+  void ExpandStar(const SelectItem& item, BoundSelect& bound);
+  void BindAssignmentItem(const SelectItem& item, BoundSelect& bound);
+  void BindOrder(const std::vector<OrderItem>& orderBy, const BoundSelect& select,
+                 std::vector<BoundOrder>& order);
+  BoundOrder BindOrderItem(const OrderItem& item, const BoundSelect& select);
+  static int FindOutput(const std::vector<BoundItem>& items, const std::string& name);
+  static void BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery& query);
+  void CheckGrouping(const BoundSelect& select, const std::vector<BoundOrder>& order) const;
+  void CheckGrouped(const BoundExpr& expr, const BoundSelect& select, int error) const;
+  void ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const;
+  static void RefreshColumns(BoundQuery& query);
+
+  // sources and common table expressions (BindSources.cpp)
+  BoundSourcePtr BindSource(const TableSource& source, Scope& scope);
+  BoundSourcePtr BindJoin(const TableSource& source, Scope& scope);
+  BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
+  BoundSourcePtr BindDerived(const TableSource& source, Scope& scope);
+  BoundSourcePtr BindView(const ModuleInfo& view, const TableSource& source, Scope& scope);
+  void AddSource(Scope& scope, ScopeSource source) const;
+  static std::vector<ScopeColumn> ColumnsOf(const BoundQuery& query, const std::vector<std::string>& aliases,
+                                            const std::string& name, bool needNames);
+  static std::vector<ScopeColumn> ColumnsOf(const TableInfo& table);
+  void BindCommonTables(const std::vector<CommonTable>& tables, std::vector<BoundCommon>& bound);
+  BoundCommon BindCommonTable(const CommonTable& table);
+  bool BindRecursive(const CommonTable& table, BoundCommon& bound);
+  CommonInfo* FindCommon(const ObjectName& name);
+
+  // changes (BindChanges.cpp)
+  TablePtr FindTable(const ObjectName& name) const;
+  TablePtr RequireTable(const ObjectName& name);
+  std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,
+                                 bool identityInsert) const;
+  void BindInsertRows(const InsertStatement& statement, BoundInsert& bound);
+  void BindInsertQuery(const InsertStatement& statement, BoundInsert& bound);
+  void AddDefaults(BoundInsert& bound);
+  BoundExprPtr BindDefault(const TableInfo& table, int column);
+  BoundExprPtr AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const;
+  TablePtr BindTarget(const ObjectName& name, const TableSource* from, Scope& scope, BoundSourcePtr& source,
+                      int& target);
+  void BindAssignments(const UpdateStatement& statement, BoundUpdate& bound);
+
+  const Catalog& catalog_;
+  const std::vector<VariableInfo>& variables_;
+  const std::vector<Type>& markers_;
+  const std::vector<std::string>* pending_ = nullptr;
+  Scope* scope_ = nullptr;
+  std::vector<CommonInfo> commons_;
+  std::vector<Dependency> dependencies_;
+  int nextSource_ = 0;
+  int nextCommon_ = 0;
+  int viewDepth_ = 0;
+  bool wantsUpdateLock_ = false;
+};
+
+} // namespace tsql

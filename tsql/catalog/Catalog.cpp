@@ -1,0 +1,189 @@
+#include "tsql/catalog/Catalog.h"
+
+#include "tsql/values/Collation.h"
+
+#include <algorithm>
+
+namespace tsql {
+
+Catalog::Catalog(const Connection& connection, std::string databaseName)
+    : connection_(connection), store_(connection), databaseName_(std::move(databaseName)) {}
+
+void Catalog::Refresh(uint64_t mainVersion, uint64_t globalVersion) {
+  if (main_.version != mainVersion) {
+    main_ = Load(Place::Main);
+    main_.version = mainVersion;
+    ++version_;
+  }
+  if (global_.version != globalVersion) {
+    global_ = Load(Place::Global);
+    global_.version = globalVersion;
+    ++version_;
+  }
+}
+
+void Catalog::Invalidate(Place place) {
+  ContentsOf(place).version = 0;
+}
+
+Catalog::Contents Catalog::Load(Place place) const {
+  Contents contents;
+  for (TableInfo& table : store_.ReadTables(place)) {
+    std::string name = table.name;
+    contents.tables.emplace(std::move(name), std::make_shared<const TableInfo>(std::move(table)));
+  }
+  FindForeignKeys(contents);
+  for (DefinitionStore::Module& module : store_.ReadModules(place)) {
+    auto& modules = module.kind == ModuleKind::View ? contents.views : contents.procedures;
+    std::string name = module.info.name;
+    modules.emplace(std::move(name), std::make_shared<const ModuleInfo>(std::move(module.info)));
+  }
+  return contents;
+}
+
+void Catalog::FindForeignKeys(Contents& contents) {
+  contents.withForeignKeys.clear();
+  for (const auto& entry : contents.tables) {
+    const std::vector<KeyInfo>& keys = entry.second->keys;
+    if (std::any_of(keys.begin(), keys.end(),
+                    [](const KeyInfo& key) { return key.kind == KeyKind::ForeignKey; }))
+      contents.withForeignKeys.push_back(entry.second);
+  }
+}
+
+TablePtr Catalog::FindTable(const ObjectName& name) const {
+  const Place place = PlaceOf(name);
+  if (place == Place::Temp) {
+    // A procedure's own table hides those of its callers.
+    const auto found = std::find_if(temp_.rbegin(), temp_.rend(), [&](const TempTable& entry) {
+      return EqualNames(entry.table->name, name.name);
+    });
+    return found != temp_.rend() ? found->table : nullptr;
+  }
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const Contents& contents = place == Place::Global ? global_ : main_;
+  const auto found = contents.tables.find(name.name);
+  return found != contents.tables.end() ? found->second : nullptr;
+}
+
+ModulePtr Catalog::FindView(const ObjectName& name) const {
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const auto found = main_.views.find(name.name);
+  return found != main_.views.end() ? found->second : nullptr;
+}
+
+ModulePtr Catalog::FindProcedure(const ObjectName& name) const {
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const auto found = main_.procedures.find(name.name);
+  return found != main_.procedures.end() ? found->second : nullptr;
+}
+
+bool Catalog::Exists(const ObjectName& name) const {
+  if (PlaceOf(name) == Place::Temp)
+    return std::any_of(temp_.begin(), temp_.end(), [&](const TempTable& entry) {
+      return entry.depth == depth_ && EqualNames(entry.table->name, name.name);
+    });
+  return FindTable(name) || FindView(name) || FindProcedure(name);
+}
+
+std::vector<std::string> Catalog::ObjectNames() const {
+  std::vector<std::string> names;
+  for (const auto& entry : main_.tables) names.push_back(entry.second->name);
+  for (const auto& entry : main_.views) names.push_back(entry.second->name);
+  for (const auto& entry : main_.procedures) names.push_back(entry.second->name);
+  return names;
+}
+
+bool Catalog::ConstraintExists(const std::string& name) const {
+  return std::any_of(main_.tables.begin(), main_.tables.end(), [&](const auto& entry) {
+    const std::vector<KeyInfo>& keys = entry.second->keys;
+    return std::any_of(keys.begin(), keys.end(), [&](const KeyInfo& key) {
+      const bool isConstraint = key.kind != KeyKind::Index && key.kind != KeyKind::UniqueIndex;
+      return isConstraint && EqualNames(key.name, name);
+    });
+  });
+}
+
+void Catalog::AddTable(const TableInfo& table) {
+  ++version_;
+  auto shared = std::make_shared<const TableInfo>(table);
+  if (table.place == Place::Temp) {
+    temp_.push_back({std::move(shared), depth_});
+    return;
+  }
+  store_.WriteTable(table);
+  if (table.place == Place::Global) ownGlobal_.push_back(table.name);
+  ContentsOf(table.place).tables[table.name] = std::move(shared);
+  FindForeignKeys(ContentsOf(table.place));
+}
+
+void Catalog::ReplaceTable(const TableInfo& table) {
+  ++version_;
+  auto shared = std::make_shared<const TableInfo>(table);
+  if (table.place == Place::Temp) {
+    for (TempTable& entry : temp_)
+      if (entry.table->storageName == table.storageName) entry.table = shared;
+    return;
+  }
+  store_.EraseTable(table);
+  store_.WriteTable(table);
+  ContentsOf(table.place).tables[table.name] = std::move(shared);
+  FindForeignKeys(ContentsOf(table.place));
+}
+
+void Catalog::RemoveTable(const TableInfo& table) {
+  ++version_;
+  if (table.place == Place::Temp) {
+    std::erase_if(temp_,
+                  [&](const TempTable& entry) { return entry.table->storageName == table.storageName; });
+    return;
+  }
+  store_.EraseTable(table);
+  std::erase(ownGlobal_, table.name);
+  ContentsOf(table.place).tables.erase(table.name);
+  FindForeignKeys(ContentsOf(table.place));
+}
+
+void Catalog::TouchSchema() const {
+  // To SQLite views and procedures are only rows, but other sessions watch its count of schema changes.
+  PreparedStatement read = connection_.Prepare("PRAGMA main.schema_version");
+  read.Step();
+  const int64_t next = read.ColumnInteger(0) + 1;
+  read.Reset();
+  connection_.Run("PRAGMA main.schema_version = " + std::to_string(next));
+}
+
+void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
+  ++version_;
+  TouchSchema();
+  store_.WriteModule(kind, module);
+  auto& modules = kind == ModuleKind::View ? main_.views : main_.procedures;
+  modules[module.name] = std::make_shared<const ModuleInfo>(module);
+}
+
+void Catalog::RemoveModule(const std::string& name) {
+  ++version_;
+  TouchSchema();
+  store_.EraseModule(name);
+  main_.views.erase(name);
+  main_.procedures.erase(name);
+}
+
+std::vector<TablePtr> Catalog::LeaveScope() {
+  std::vector<TablePtr> ended;
+  for (const TempTable& entry : temp_)
+    if (entry.depth == depth_) ended.push_back(entry.table);
+  --depth_;
+  return ended;
+}
+
+std::string Catalog::TempStorageName(const std::string& name) const {
+  return depth_ == 0 ? name : name + ":" + std::to_string(depth_);
+}
+
+void Catalog::RestoreTempTables(std::vector<TempTable> tables) {
+  ++version_;
+  temp_ = std::move(tables);
+}
+
+} // namespace tsql

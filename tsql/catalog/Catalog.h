@@ -1,0 +1,80 @@
+// What the database holds in the dialect's terms: T-SQL types, defaults, nullability, identity, keys, views
+// and procedures. The definitions live in tables of their own inside the database file; each session keeps
+// them in memory and reads them again when another session has changed the schema. Local temporary tables
+// exist in the session's memory alone.
+#pragma once
+
+#include "tsql/catalog/DefinitionStore.h"
+
+#include <map>
+
+namespace tsql {
+
+class Catalog {
+ public:
+  Catalog(const Connection& connection, std::string databaseName);
+
+  // Reads the definitions again where they may have changed.
+  void Refresh(uint64_t mainVersion, uint64_t globalVersion);
+  void Invalidate(Place place);
+  // Becomes another number whenever the lookups below may answer differently.
+  uint64_t Version() const { return version_; }
+  const std::string& DatabaseName() const { return databaseName_; }
+
+  TablePtr FindTable(const ObjectName& name) const;
+  ModulePtr FindView(const ObjectName& name) const;
+  ModulePtr FindProcedure(const ObjectName& name) const;
+  bool Exists(const ObjectName& name) const;
+  // Tables, views and procedures of the database, by name.
+  std::vector<std::string> ObjectNames() const;
+  const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
+  bool ConstraintExists(const std::string& name) const;
+
+  void AddTable(const TableInfo& table);
+  void ReplaceTable(const TableInfo& table);
+  void RemoveTable(const TableInfo& table);
+  void AddModule(ModuleKind kind, const ModuleInfo& module);
+  void RemoveModule(const std::string& name);
+
+  // The scope of a procedure: the local temporary tables made in it end with it.
+  void EnterScope() { ++depth_; }
+  std::vector<TablePtr> LeaveScope(); // returns the tables to drop
+  std::string TempStorageName(const std::string& name) const;
+
+  // The global temporary tables that this session made. They end with it.
+  const std::vector<std::string>& OwnGlobalTables() const { return ownGlobal_; }
+
+  // The temporary tables as they were, for a rollback.
+  struct TempTable {
+    TablePtr table;
+    int depth = 0;
+  };
+  const std::vector<TempTable>& TempTables() const { return temp_; }
+  void RestoreTempTables(std::vector<TempTable> tables);
+
+ private:
+  struct Contents {
+    std::map<std::string, TablePtr, NameLess> tables;
+    std::map<std::string, ModulePtr, NameLess> views;
+    std::map<std::string, ModulePtr, NameLess> procedures;
+    std::vector<TablePtr> withForeignKeys;
+    uint64_t version = 0; // 0 when it must be read
+  };
+
+  static void FindForeignKeys(Contents& contents);
+  Contents Load(Place place) const;
+  void TouchSchema() const;
+  Contents& ContentsOf(Place place) { return place == Place::Global ? global_ : main_; }
+
+  const Connection& connection_;
+  DefinitionStore store_;
+  std::string databaseName_;
+  Contents main_;
+  Contents global_;
+  std::vector<TempTable> temp_;
+  std::vector<std::string> ownGlobal_;
+  int depth_ = 0;
+  uint64_t version_ = 1;
+};
+
+} // namespace tsql

@@ -1,0 +1,181 @@
+#include "tsql/catalog/DefinitionStore.h"
+
+namespace tsql {
+namespace {
+
+// The positions of a key's columns, with a "d" after those in descending order: "0 2d".
+std::string JoinNumbers(const std::vector<int>& numbers, const std::vector<bool>& descending) {
+  std::string text;
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    if (i > 0) text += ' ';
+    text += std::to_string(numbers[i]);
+    if (i < descending.size() && descending[i]) text += 'd';
+  }
+  return text;
+}
+
+void SplitNumbers(std::string_view text, KeyInfo& key) {
+  int number = 0;
+  bool pending = false;
+  const auto flush = [&](bool descending) {
+    if (!pending) return;
+    key.columns.push_back(number);
+    key.descending.push_back(descending);
+    number = 0;
+    pending = false;
+  };
+  for (const char character : text) {
+    if (character >= '0' && character <= '9') {
+      number = number * 10 + (character - '0');
+      pending = true;
+    } else {
+      flush(character == 'd');
+    }
+  }
+  flush(false);
+}
+
+void RunWith(const Connection& connection, const std::string& sql, const std::vector<Datum>& values) {
+  PreparedStatement statement = connection.Prepare(sql);
+  int index = 1;
+  for (const Datum& value : values) statement.Bind(index++, value);
+  statement.Step();
+}
+
+// What a foreign key refers to: the table and its columns, a line each.
+std::string JoinReference(const KeyInfo& key) {
+  std::string text = key.referencedTable;
+  for (const std::string& column : key.referencedColumns) text += "\n" + column;
+  return text;
+}
+
+void SplitReference(KeyInfo& key) {
+  std::string_view text = key.checkText;
+  const size_t end = text.find('\n');
+  key.referencedTable = text.substr(0, end);
+  for (size_t at = end; at != std::string_view::npos;) {
+    const size_t next = text.find('\n', at + 1);
+    key.referencedColumns.emplace_back(
+        text.substr(at + 1, next == std::string_view::npos ? next : next - at - 1));
+    at = next;
+  }
+  key.checkText.clear();
+}
+
+Datum Text(const std::string& text) {
+  return Datum::OfText(text);
+}
+
+std::string Qualified(Place place, const char* table) {
+  return std::string(PlaceName(place)) + "." + table;
+}
+
+} // namespace
+
+std::vector<TableInfo> DefinitionStore::ReadTables(Place place) const {
+  TablesByName tables;
+  PreparedStatement rows =
+      connection_.Prepare("SELECT name, seed, rowid_column FROM " + Qualified(place, storage::kTables));
+  while (rows.Step()) {
+    TableInfo table;
+    table.name = std::string(rows.ColumnText(0));
+    table.storageName = table.name;
+    table.place = place;
+    table.seed = rows.ColumnInteger(1);
+    table.rowidColumn = static_cast<int>(rows.ColumnInteger(2));
+    tables.emplace(table.name, std::move(table));
+  }
+  ReadColumns(place, tables);
+  ReadKeys(place, tables);
+  std::vector<TableInfo> list;
+  list.reserve(tables.size());
+  for (auto& entry : tables) list.push_back(std::move(entry.second));
+  return list;
+}
+
+void DefinitionStore::ReadColumns(Place place, TablesByName& tables) const {
+  PreparedStatement rows =
+      connection_.Prepare("SELECT table_name, name, type, nullable, identity, default_text FROM " +
+                          Qualified(place, storage::kColumns) + " ORDER BY table_name, ordinal");
+  while (rows.Step()) {
+    TableInfo& table = tables.at(std::string(rows.ColumnText(0)));
+    ColumnInfo column;
+    column.name = std::string(rows.ColumnText(1));
+    column.type = DecodeType(rows.ColumnInteger(2));
+    column.nullable = rows.ColumnInteger(3) != 0;
+    column.identity = rows.ColumnInteger(4) != 0;
+    column.defaultText = std::string(rows.ColumnText(5));
+    if (column.identity) table.identityColumn = static_cast<int>(table.columns.size());
+    table.columns.push_back(std::move(column));
+  }
+}
+
+void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
+  PreparedStatement rows = connection_.Prepare("SELECT table_name, name, kind, columns, check_text FROM " +
+                                               Qualified(place, storage::kKeys) + " ORDER BY rowid");
+  while (rows.Step()) {
+    KeyInfo key;
+    key.name = std::string(rows.ColumnText(1));
+    key.kind = static_cast<KeyKind>(rows.ColumnInteger(2));
+    SplitNumbers(rows.ColumnText(3), key);
+    key.checkText = std::string(rows.ColumnText(4));
+    if (key.kind == KeyKind::ForeignKey) SplitReference(key);
+    tables.at(std::string(rows.ColumnText(0))).keys.push_back(std::move(key));
+  }
+}
+
+std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) const {
+  std::vector<Module> modules;
+  PreparedStatement rows =
+      connection_.Prepare("SELECT name, kind, text FROM " + Qualified(place, storage::kModules));
+  while (rows.Step()) {
+    Module module;
+    module.kind = static_cast<ModuleKind>(rows.ColumnInteger(1));
+    module.info.name = std::string(rows.ColumnText(0));
+    module.info.text = std::string(rows.ColumnText(2));
+    modules.push_back(std::move(module));
+  }
+  return modules;
+}
+
+void DefinitionStore::WriteTable(const TableInfo& table) const {
+  const auto insert = [&](const char* into, const char* values) {
+    return "INSERT INTO " + Qualified(table.place, into) + " VALUES " + values;
+  };
+  RunWith(connection_, insert(storage::kTables, "(?, ?, ?)"),
+          {Text(table.name), Datum::OfInteger(table.seed), Datum::OfInteger(table.rowidColumn)});
+  int64_t ordinal = 0;
+  for (const ColumnInfo& column : table.columns)
+    RunWith(connection_, insert(storage::kColumns, "(?, ?, ?, ?, ?, ?, ?)"),
+            {Text(table.name), Datum::OfInteger(ordinal++), Text(column.name),
+             Datum::OfInteger(EncodeType(column.type)), Datum::OfInteger(column.nullable ? 1 : 0),
+             Datum::OfInteger(column.identity ? 1 : 0), Text(column.defaultText)});
+  for (const KeyInfo& key : table.keys)
+    RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
+            {Text(table.name), Text(key.name), Datum::OfInteger(static_cast<int64_t>(key.kind)),
+             Text(JoinNumbers(key.columns, key.descending)),
+             Text(key.kind == KeyKind::ForeignKey ? JoinReference(key) : key.checkText)});
+}
+
+void DefinitionStore::EraseTable(const TableInfo& table) const {
+  const auto erase = [&](const char* from, const char* column) {
+    RunWith(connection_, "DELETE FROM " + Qualified(table.place, from) + " WHERE " + column + " = ?",
+            {Text(table.name)});
+  };
+  erase(storage::kTables, "name");
+  erase(storage::kColumns, "table_name");
+  erase(storage::kKeys, "table_name");
+}
+
+void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) const {
+  RunWith(connection_,
+          "INSERT OR REPLACE INTO " + Qualified(Place::Main, storage::kModules) + " VALUES (?, ?, ?)",
+          {Text(module.name), Datum::OfInteger(static_cast<int64_t>(kind)), Text(module.text)});
+}
+
+void DefinitionStore::EraseModule(const std::string& name) const {
+  RunWith(connection_, "DELETE FROM " + Qualified(Place::Main, storage::kModules) + " WHERE name = ?",
+          {Text(name)});
+}
+
+} // namespace tsql

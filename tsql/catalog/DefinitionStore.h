@@ -1,0 +1,35 @@
+// Reads and writes definitions in the engine's own tables of a database. Tables in Place::Temp are not kept.
+#pragma once
+
+#include "tsql/catalog/TableInfo.h"
+
+#include <map>
+
+namespace tsql {
+
+class DefinitionStore {
+ public:
+  struct Module {
+    ModuleKind kind = ModuleKind::View;
+    ModuleInfo info;
+  };
+
+  explicit DefinitionStore(const Connection& connection) : connection_(connection) {}
+
+  std::vector<TableInfo> ReadTables(Place place) const;
+  std::vector<Module> ReadModules(Place place) const;
+  void WriteTable(const TableInfo& table) const;
+  void EraseTable(const TableInfo& table) const;
+  // Views and procedures are in the main database alone. Writing replaces what has the same name.
+  void WriteModule(ModuleKind kind, const ModuleInfo& module) const;
+  void EraseModule(const std::string& name) const;
+
+ private:
+  using TablesByName = std::map<std::string, TableInfo, NameLess>;
+  void ReadColumns(Place place, TablesByName& tables) const;
+  void ReadKeys(Place place, TablesByName& tables) const;
+
+  const Connection& connection_;
+};
+
+} // namespace tsql

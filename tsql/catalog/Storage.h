@@ -1,0 +1,73 @@
+// What a database file is made of: how it is marked, the names of the engine's own tables, indexes and
+// triggers in it, and the numbers that stand for kinds. docs/storage.md describes the format. A change of
+// anything here changes files, so it takes a new version and code that reads the older ones.
+#pragma once
+
+#include "tsql/sqlite/Connection.h"
+
+namespace tsql {
+
+// The SQLite schema that holds a table. Global temporary tables live in an in-memory database which all
+// sessions of the process attach: they end with the process and never reach the file.
+enum class Place : uint8_t { Main, Global, Temp };
+const char* PlaceName(Place place);
+
+// What a key of a table is. Files keep the numbers.
+enum class KeyKind : uint8_t {
+  PrimaryKey = 0,
+  Unique = 1,
+  UniqueIndex = 2,
+  Index = 3,
+  Check = 4,
+  ForeignKey = 5,
+};
+
+// What is kept as its text. Files keep the numbers.
+enum class ModuleKind : uint8_t {
+  View = 1,
+  Procedure = 2,
+};
+
+namespace storage {
+
+// SQLite's application_id of a database of this engine: the letters "tSQL".
+constexpr int64_t kApplicationId = 0x7453514C;
+// SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
+// same as version 1.
+constexpr int64_t kVersion = 1;
+
+// The engine's own tables, quoted.
+inline constexpr const char* kTables = "\"~tables\"";
+inline constexpr const char* kColumns = "\"~columns\"";
+inline constexpr const char* kKeys = "\"~keys\"";
+inline constexpr const char* kModules = "\"~modules\"";
+
+// The name of the server's collation. It must be registered with SQLite before a table is used.
+inline constexpr const char* kCollation = "tsql";
+
+// The index of a key, and the second one that refuses duplicates where the key's columns may be null.
+std::string IndexName(std::string_view table, std::string_view key);
+std::string NullSafeIndexName(std::string_view table, std::string_view key);
+
+// The changes that may break a foreign key, each noticed by a trigger.
+enum class ForeignKeyEvent : char {
+  ChildInserted = 'i',
+  ChildUpdated = 'u',
+  ParentDeleted = 'd',
+  ParentUpdated = 'p',
+};
+std::string TriggerName(std::string_view key, ForeignKeyEvent event);
+
+// Whether the connection's main database is one of this engine.
+bool IsMarked(const Connection& connection);
+// Marks an empty file as a database of this engine and of the present version.
+void Mark(const Connection& connection);
+// Refuses a file of a newer version with 948. False for one from before versions were written.
+bool CheckVersion(const Connection& connection, const std::string& databaseName);
+// Writes the present version.
+void MarkVersion(const Connection& connection);
+// Makes the engine's own tables where they are missing.
+void CreateTables(const Connection& connection, Place place);
+
+} // namespace storage
+} // namespace tsql

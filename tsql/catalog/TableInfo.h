@@ -1,0 +1,64 @@
+// Definitions in the dialect's terms: tables with their columns and keys, views and procedures.
+#pragma once
+
+#include "tsql/catalog/Storage.h"
+#include "tsql/syntax/QueryTree.h"
+
+#include <memory>
+
+namespace tsql {
+
+// The place that a name belongs to: "##name" and "#name" are temporary tables.
+Place PlaceOf(const ObjectName& name);
+
+struct ColumnInfo {
+  std::string name;
+  Type type;
+  bool nullable = true;
+  bool identity = false;
+  std::string defaultText; // the source of the DEFAULT expression; empty for none
+  bool operator==(const ColumnInfo&) const = default;
+};
+
+struct KeyInfo {
+  std::string name;
+  KeyKind kind = KeyKind::Index;
+  std::vector<int> columns; // of the table, by position
+  std::vector<bool> descending;
+  std::string checkText;       // the source of a CHECK condition
+  std::string referencedTable; // of a foreign key
+  std::vector<std::string> referencedColumns;
+  bool operator==(const KeyInfo&) const = default;
+};
+
+struct TableInfo {
+  std::string name;
+  std::string storageName; // the table's name in SQLite
+  Place place = Place::Main;
+  std::vector<ColumnInfo> columns;
+  std::vector<KeyInfo> keys;
+  // The column that is SQLite's rowid, -1 for none: the identity column, or an integer primary key of one
+  // column.
+  int rowidColumn = -1;
+  int64_t seed = 1;        // of the identity column
+  int identityColumn = -1; // -1 for none
+
+  int FindColumn(std::string_view columnName) const; // -1 when absent
+  std::string SqlName() const;                       // quoted, with its schema
+  bool operator==(const TableInfo&) const = default;
+};
+using TablePtr = std::shared_ptr<const TableInfo>;
+
+// A view or a procedure.
+struct ModuleInfo {
+  std::string name;
+  std::string text;
+};
+using ModulePtr = std::shared_ptr<const ModuleInfo>;
+
+// Compares names as the server does; for maps.
+struct NameLess {
+  bool operator()(const std::string& left, const std::string& right) const;
+};
+
+} // namespace tsql

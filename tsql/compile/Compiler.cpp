@@ -1,0 +1,89 @@
+#include "tsql/compile/Compiler.h"
+
+#include "tsql/compile/Preparation.h"
+#include "tsql/syntax/Parser.h"
+#include "tsql/values/Errors.h"
+
+namespace tsql {
+namespace {
+
+constexpr size_t kMaxCachedBatches = 512;
+
+const std::vector<VariableInfo> kNoVariables;
+const std::vector<Type> kNoMarkers;
+
+} // namespace
+
+std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
+                                                     const std::vector<VariableInfo>& variables,
+                                                     const std::vector<Type>& markers) {
+  std::string key(text);
+  for (const VariableInfo& variable : variables)
+    key += '\0' + variable.name + ' ' + std::to_string(EncodeType(variable.type));
+  for (const Type& marker : markers) key += '\0' + std::to_string(EncodeType(marker));
+  const auto found = batches_.find(key);
+  if (found != batches_.end()) return found->second;
+  auto unit = std::make_shared<CompiledUnit>();
+  unit->batch = ParseBatch(std::string(text));
+  unit->body = &unit->batch->statements;
+  unit->variables = variables;
+  unit->markers = markers;
+  PlannerFor(*unit).CompileAll();
+  if (batches_.size() >= kMaxCachedBatches) batches_.clear();
+  batches_.emplace(std::move(key), unit);
+  return unit;
+}
+
+std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name) {
+  const ModulePtr module = context_.catalog.FindProcedure(name);
+  if (!module) Fail(2812, {name.name});
+  std::shared_ptr<CompiledUnit>& cached = procedures_[name.name];
+  if (cached && cached->module->text == module->text) return cached;
+  auto unit = std::make_shared<CompiledUnit>();
+  unit->batch = ParseBatch(module->text);
+  unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
+  unit->body = &unit->procedure->body;
+  unit->module = module;
+  for (const ProcedureParameter& parameter : unit->procedure->parameters)
+    unit->variables.push_back({parameter.name, parameter.type});
+  PlannerFor(*unit).CompileAll();
+  cached = unit;
+  return unit;
+}
+
+BoundQueryPtr Compiler::BindInto(const QueryStatement& statement, const CompiledUnit& unit) const {
+  return Binder(context_.catalog, unit.variables, unit.markers).BindStatementQuery(*statement.query);
+}
+
+Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table) const {
+  BoundInsert insert;
+  insert.query = std::move(query);
+  insert.table = table;
+  for (size_t i = 0; i < insert.query->columns.size(); ++i) insert.columns.push_back(static_cast<int>(i));
+  EmittedSql emitted = Emitter().EmitInsert(insert);
+  Plan plan;
+  plan.statement = Prepare(context_.connection, emitted.sql);
+  plan.parameters = std::move(emitted.parameters);
+  return plan;
+}
+
+void Compiler::CheckView(const CreateViewStatement& statement, const CompiledUnit& unit) const {
+  Binder(context_.catalog, unit.variables, unit.markers).BindStatementQuery(*statement.query);
+}
+
+std::string Compiler::CompileCheck(const TableInfo& table, const std::string& text) const {
+  const ExprPtr expr = ParseCheck(text);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  return Emitter().EmitExpression(*binder.BindCheck(*expr, table));
+}
+
+std::string Compiler::CompileDefault(const ColumnInfo& column) const {
+  const ExprPtr expr = ParseDefault(column.defaultText.empty() ? "0" : column.defaultText);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), column.type);
+  PreparedStatement value = Prepare(context_.connection, Emitter().EmitValue(*bound).sql);
+  value.Step();
+  return Emitter().EmitExpression(*MakeConstant(value.ColumnDatum(0), column.type));
+}
+
+} // namespace tsql

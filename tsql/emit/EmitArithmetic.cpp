@@ -1,0 +1,260 @@
+#include "tsql/emit/Emitter.h"
+
+#include "tsql/functions/ComputeProgram.h"
+#include "tsql/functions/FunctionNames.h"
+#include "tsql/values/PowersOfTen.h"
+
+#include <array>
+
+namespace tsql {
+namespace {
+
+const char* ArithmeticSymbol(ArithmeticOp op) {
+  constexpr std::array<const char*, 8> kSymbols = {" + ", " - ", " * ", " / ", " % ", " & ", " | ", " ^ "};
+  return kSymbols[static_cast<size_t>(op)];
+}
+
+bool IsNonZeroConstant(const BoundExpr& expr) {
+  if (expr.kind != BoundExpr::Kind::Constant) return false;
+  // Not -1, because the smallest integer divided by it is out of range.
+  if (expr.constant.kind == Datum::Kind::Integer) return expr.constant.integer > 0;
+  return expr.constant.kind == Datum::Kind::Real && expr.constant.real != 0;
+}
+
+// Whether it costs little to evaluate it twice.
+bool IsLeaf(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Column || expr.kind == BoundExpr::Kind::Variable ||
+         expr.kind == BoundExpr::Kind::Marker || expr.kind == BoundExpr::Kind::Constant;
+}
+
+// Whether the expression is a step of a program for t_compute. Any other expression is an operand of one.
+bool IsComputed(const BoundExpr& expr) {
+  if (expr.type.id != TypeId::Decimal) return false;
+  if (expr.kind == BoundExpr::Kind::Arithmetic)
+    return expr.args[0]->type.id == TypeId::Decimal && expr.args[1]->type.id == TypeId::Decimal;
+  const TypeId from = expr.kind == BoundExpr::Kind::Cast ? expr.args[0]->type.id : TypeId::Text;
+  return from == TypeId::Decimal || FamilyOf(from) == Family::Integer;
+}
+
+size_t CountOperands(const BoundExpr& expr) {
+  if (!IsComputed(expr)) return 1;
+  size_t count = 0;
+  for (const BoundExprPtr& arg : expr.args) count += CountOperands(*arg);
+  return count;
+}
+
+// Writes the steps for the sides of `expr` and then its own. A side with too many operands becomes an operand
+// itself, with a program of its own.
+void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const BoundExpr*>& operands) {
+  const auto write = [&program](int64_t number) {
+    program += (program.empty() ? "" : " ") + std::to_string(number);
+  };
+  for (const BoundExprPtr& arg : expr.args) {
+    if (IsComputed(*arg) && CountOperands(*arg) <= kMaxComputeOperands / 2) {
+      WriteProgram(*arg, program, operands);
+      continue;
+    }
+    operands.push_back(arg.get());
+    write(kComputeOperand);
+    write(EncodeType(arg->type));
+  }
+  const bool isCast = expr.kind == BoundExpr::Kind::Cast;
+  write(isCast ? kComputeCast : static_cast<int64_t>(expr.arithmetic));
+  for (const BoundExprPtr& arg : expr.args) write(EncodeType(arg->type));
+  write(EncodeType(expr.type));
+}
+
+} // namespace
+
+void Emitter::EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right) {
+  const bool isInline = type == TypeId::Int && IsLeaf(left) && IsLeaf(right);
+  if (isInline) {
+    // To compute it twice is cheaper than to call a function that checks the range.
+    Text("iif(");
+    EmitBinary(left, op, right);
+    Text(" BETWEEN -2147483648 AND 2147483647, ");
+    EmitBinary(left, op, right);
+    Text(", ");
+  }
+  Open(names::kRange);
+  EmitBinary(left, op, right);
+  Text(", ");
+  Number(static_cast<int64_t>(type));
+  Text(isInline ? "))" : ")");
+}
+
+void Emitter::EmitNegation(const BoundExpr& expr) {
+  const BoundExpr& operand = *expr.args[0];
+  if (expr.kind == BoundExpr::Kind::BitNot) {
+    const char* form = expr.type.id == TypeId::Bit       ? "(1 - "
+                       : expr.type.id == TypeId::TinyInt ? "(255 - "
+                                                         : "(~";
+    Text(form);
+    Emit(operand);
+    Text(")");
+    return;
+  }
+  switch (FamilyOf(expr.type.id)) {
+  case Family::Integer:
+    Open(names::kRange);
+    Text("-");
+    Emit(operand);
+    Text(", ");
+    Number(static_cast<int64_t>(expr.type.id));
+    Text(")");
+    break;
+  case Family::Float:
+    Text("(-");
+    Emit(operand);
+    Text(")");
+    break;
+  default:
+    if (!IsWide(expr.type)) {
+      Text("(-");
+      Emit(operand);
+      Text(")");
+      break;
+    }
+    Open(names::kNegate);
+    Emit(operand);
+    Text(", ");
+    TypeCode(expr.type);
+    Text(")");
+  }
+}
+
+void Emitter::EmitArithmetic(const BoundExpr& expr) {
+  switch (FamilyOf(expr.type.id)) {
+  case Family::Text: EmitBinary(*expr.args[0], " || ", *expr.args[1]); break;
+  case Family::DateTime:
+    // The server adds days since 1900, and ticks since 1900 can be added in the same way.
+    Open(names::kMoment);
+    EmitBinary(*expr.args[0], ArithmeticSymbol(expr.arithmetic), *expr.args[1]);
+    Text(", ");
+    TypeCode(expr.type);
+    Text(")");
+    break;
+  case Family::Float: EmitFloatArithmetic(expr); break;
+  case Family::Decimal: EmitDecimalArithmetic(expr); break;
+  default: EmitIntegerArithmetic(expr);
+  }
+}
+
+void Emitter::EmitBitwise(const BoundExpr& expr) {
+  if (expr.arithmetic != ArithmeticOp::BitXor) {
+    EmitBinary(*expr.args[0], ArithmeticSymbol(expr.arithmetic), *expr.args[1]);
+    return;
+  }
+  Text("(");
+  EmitBinary(*expr.args[0], " | ", *expr.args[1]);
+  Text(" - ");
+  EmitBinary(*expr.args[0], " & ", *expr.args[1]);
+  Text(")");
+}
+
+void Emitter::EmitIntegerArithmetic(const BoundExpr& expr) {
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  switch (expr.arithmetic) {
+  case ArithmeticOp::Add:
+  case ArithmeticOp::Subtract:
+  case ArithmeticOp::Multiply:
+    EmitExpressioned(expr.type.id, left, ArithmeticSymbol(expr.arithmetic), right);
+    break;
+  case ArithmeticOp::Divide:
+  case ArithmeticOp::Modulo:
+    if (IsNonZeroConstant(right)) {
+      EmitBinary(left, ArithmeticSymbol(expr.arithmetic), right);
+    } else if (expr.arithmetic == ArithmeticOp::Modulo) {
+      EmitCall(names::kModulo, left, right);
+    } else {
+      Open(names::kRange);
+      EmitCall(names::kDivide, left, right);
+      Text(", ");
+      Number(static_cast<int64_t>(expr.type.id));
+      Text(")");
+    }
+    break;
+  default: EmitBitwise(expr);
+  }
+}
+
+void Emitter::EmitFloatArithmetic(const BoundExpr& expr) {
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  if (expr.arithmetic == ArithmeticOp::Modulo) {
+    EmitCall(names::kFloatModulo, left, right);
+  } else if (expr.arithmetic == ArithmeticOp::Divide && !IsNonZeroConstant(right)) {
+    EmitCall(names::kFloatDivide, left, right);
+  } else {
+    // Only an infinite result is greater than the largest double. To compute it twice is cheaper than a call.
+    const char* op = ArithmeticSymbol(expr.arithmetic);
+    const bool isInline = IsLeaf(left) && IsLeaf(right);
+    if (isInline) {
+      Text("iif(abs");
+      EmitBinary(left, op, right);
+      Text(" <= 1.7976931348623157e308, ");
+      EmitBinary(left, op, right);
+      Text(", ");
+    }
+    Open(names::kFinite);
+    EmitBinary(left, op, right);
+    Text(isInline ? "))" : ")");
+  }
+}
+
+void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  const bool additive = expr.arithmetic == ArithmeticOp::Add || expr.arithmetic == ArithmeticOp::Subtract;
+  if (additive && IsMoney(expr.type.id)) {
+    EmitExpressioned(expr.type.id, left, ArithmeticSymbol(expr.arithmetic), right);
+    return;
+  }
+  if (additive && !IsWide(expr.type)) {
+    // The result's type has room for all digits of both sides, so that 64 bits cannot overflow.
+    const auto emitScaled = [&](const BoundExpr& operand) {
+      Emit(operand);
+      if (operand.type.scale == expr.type.scale) return;
+      Text(" * ");
+      Number(PowerOfTen(expr.type.scale - operand.type.scale));
+    };
+    Text("(");
+    emitScaled(left);
+    Text(ArithmeticSymbol(expr.arithmetic));
+    emitScaled(right);
+    Text(")");
+    return;
+  }
+  if (EmitComputed(expr)) return;
+  Open(names::kDecimal);
+  Number(static_cast<int64_t>(expr.arithmetic));
+  Text(", ");
+  Emit(left);
+  Text(", ");
+  TypeCode(left.type);
+  Text(", ");
+  Emit(right);
+  Text(", ");
+  TypeCode(right.type);
+  Text(", ");
+  TypeCode(expr.type);
+  Text(")");
+}
+
+bool Emitter::EmitComputed(const BoundExpr& expr) {
+  if (!IsComputed(expr)) return false;
+  std::string program;
+  std::vector<const BoundExpr*> operands;
+  WriteProgram(expr, program, operands);
+  Open(names::kCompute);
+  Text("'" + program + "'");
+  for (const BoundExpr* operand : operands) {
+    Text(", ");
+    Emit(*operand);
+  }
+  Text(")");
+  return true;
+}
+
+} // namespace tsql

@@ -1,0 +1,239 @@
+#include "tsql/emit/Emitter.h"
+
+#include "tsql/sqlite/Quotation.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tsql {
+namespace {
+
+bool IsInnerOnly(const BoundSource& source) {
+  if (source.kind != BoundSource::Kind::Join) return true;
+  const bool inner = source.join == JoinKind::Inner || source.join == JoinKind::Cross;
+  return inner && IsInnerOnly(*source.left) && IsInnerOnly(*source.right);
+}
+
+void CollectLeaves(const BoundSource& source, std::vector<const BoundSource*>& leaves,
+                   std::vector<const BoundExpr*>& conditions) {
+  if (source.kind != BoundSource::Kind::Join) {
+    leaves.push_back(&source);
+    return;
+  }
+  CollectLeaves(*source.left, leaves, conditions);
+  CollectLeaves(*source.right, leaves, conditions);
+  if (source.on) conditions.push_back(source.on.get());
+}
+
+} // namespace
+
+std::string Emitter::EmitExtras(const std::vector<BoundExprPtr>& extras) {
+  const std::string saved = std::exchange(sql_, {});
+  for (const BoundExprPtr& extra : extras) {
+    Text(", ");
+    Emit(*extra);
+  }
+  std::string text = std::exchange(sql_, saved);
+  return text;
+}
+
+EmittedSql Emitter::EmitInsert(const BoundInsert& insert) {
+  Text("INSERT INTO " + insert.table->SqlName());
+  if (insert.columns.empty()) {
+    Text(" DEFAULT VALUES");
+    return Finish();
+  }
+  Text("(");
+  for (size_t i = 0; i < insert.columns.size(); ++i) {
+    if (i > 0) Text(", ");
+    Text(QuoteName(insert.table->columns[static_cast<size_t>(insert.columns[i])].name));
+  }
+  Text(") ");
+  if (insert.query) {
+    const std::string extras = EmitExtras(insert.extras);
+    if (insert.wrapper < 0) {
+      EmitQuery(*insert.query, extras);
+      return Finish();
+    }
+    Text("SELECT ");
+    for (size_t i = 0; i < insert.conversions.size(); ++i) {
+      if (i > 0) Text(", ");
+      Emit(*insert.conversions[i]);
+    }
+    Text(extras + " FROM (");
+    EmitQuery(*insert.query);
+    Text(") AS ");
+    EmitAlias(insert.wrapper);
+    return Finish();
+  }
+  Text("VALUES ");
+  for (size_t row = 0; row < insert.rows.size(); ++row) {
+    Text(row > 0 ? ", (" : "(");
+    for (size_t i = 0; i < insert.rows[row].size(); ++i) {
+      if (i > 0) Text(", ");
+      Emit(*insert.rows[row][i]);
+    }
+    Text(")");
+  }
+  return Finish();
+}
+
+void Emitter::EmitAssignments(const BoundUpdate& update) {
+  Text(" SET ");
+  for (size_t i = 0; i < update.assignments.size(); ++i) {
+    if (i > 0) Text(", ");
+    Text(QuoteName(update.table->columns[static_cast<size_t>(update.assignments[i].first)].name));
+    Text(" = ");
+    Emit(*update.assignments[i].second);
+  }
+}
+
+void Emitter::EmitTargetRows(int target, const BoundSource* from, const TableInfo& table,
+                             const BoundExpr* where, const BoundExpr* top) {
+  Text("SELECT ");
+  EmitAlias(target);
+  Text("._rowid_ FROM ");
+  if (from != nullptr) {
+    EmitSource(*from);
+  } else {
+    Text(table.SqlName() + " AS ");
+    EmitAlias(target);
+  }
+  if (where != nullptr) {
+    Text(" WHERE ");
+    Emit(*where);
+  }
+  if (top != nullptr) {
+    Text(" LIMIT ");
+    Emit(*top);
+  }
+}
+
+bool Emitter::EmitUpdateDirect(const BoundUpdate& update) {
+  std::vector<const BoundSource*> leaves;
+  std::vector<const BoundExpr*> conditions;
+  if (update.from) {
+    if (update.top || !IsInnerOnly(*update.from)) return false;
+    CollectLeaves(*update.from, leaves, conditions);
+    std::erase_if(leaves, [&](const BoundSource* leaf) { return leaf->id == update.target; });
+  }
+  if (update.where) conditions.push_back(update.where.get());
+  Text("UPDATE " + update.table->SqlName() + " AS ");
+  EmitAlias(update.target);
+  EmitAssignments(update);
+  for (size_t i = 0; i < leaves.size(); ++i) {
+    Text(i == 0 ? " FROM " : " JOIN ");
+    EmitLeaf(*leaves[i]);
+  }
+  if (update.top) {
+    Text(" WHERE _rowid_ IN (");
+    EmitTargetRows(update.target, nullptr, *update.table, update.where.get(), update.top.get());
+    Text(")");
+    return true;
+  }
+  for (size_t i = 0; i < conditions.size(); ++i) {
+    Text(i == 0 ? " WHERE " : " AND ");
+    Emit(*conditions[i]);
+  }
+  return true;
+}
+
+void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
+  // SQLite's UPDATE cannot join the target outside: a subquery gives each of its rows with the new values.
+  Text("UPDATE " + update.table->SqlName() + " AS u SET ");
+  for (size_t i = 0; i < update.assignments.size(); ++i) {
+    if (i > 0) Text(", ");
+    Text(QuoteName(update.table->columns[static_cast<size_t>(update.assignments[i].first)].name));
+    Text(" = q.v" + std::to_string(i));
+  }
+  Text(" FROM (SELECT ");
+  EmitAlias(update.target);
+  Text("._rowid_ AS r");
+  for (size_t i = 0; i < update.assignments.size(); ++i) {
+    Text(", ");
+    Emit(*update.assignments[i].second);
+    Text(" AS v" + std::to_string(i));
+  }
+  Text(" FROM ");
+  EmitSource(*update.from);
+  if (update.where) {
+    Text(" WHERE ");
+    Emit(*update.where);
+  }
+  if (update.top) {
+    Text(" LIMIT ");
+    Emit(*update.top);
+  }
+  Text(") AS q WHERE u._rowid_ = q.r");
+}
+
+EmittedSql Emitter::EmitUpdate(const BoundUpdate& update) {
+  EmitCommons(update.commons);
+  if (!EmitUpdateDirect(update)) EmitUpdateFromTree(update);
+  return Finish();
+}
+
+EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view into,
+                                    std::string_view number) {
+  EmitCommons(update.commons);
+  Text("INSERT INTO ");
+  Text(into);
+  // A row that a join finds several times is changed once.
+  Text(" SELECT * FROM (SELECT ");
+  EmitAlias(update.target);
+  Text("._rowid_ AS ");
+  Text(number);
+  for (size_t column = 0; column < update.table->columns.size(); ++column) {
+    const auto assigned =
+        std::find_if(update.assignments.begin(), update.assignments.end(),
+                     [&](const auto& entry) { return entry.first == static_cast<int>(column); });
+    Text(", ");
+    if (assigned != update.assignments.end()) {
+      Emit(*assigned->second);
+      Text(" AS ");
+    } else {
+      EmitAlias(update.target);
+      Text(".");
+    }
+    Text(QuoteName(update.table->columns[column].name));
+  }
+  Text(" FROM ");
+  if (update.from) {
+    EmitSource(*update.from);
+  } else {
+    Text(update.table->SqlName() + " AS ");
+    EmitAlias(update.target);
+  }
+  if (update.where) {
+    Text(" WHERE ");
+    Emit(*update.where);
+  }
+  if (update.top) {
+    Text(" LIMIT ");
+    Emit(*update.top);
+  }
+  Text(") GROUP BY ");
+  Text(number);
+  return Finish();
+}
+
+EmittedSql Emitter::EmitDelete(const BoundDelete& statement) {
+  EmitCommons(statement.commons);
+  Text("DELETE FROM " + statement.table->SqlName());
+  if (statement.from || statement.top) {
+    Text(" WHERE _rowid_ IN (");
+    EmitTargetRows(statement.target, statement.from.get(), *statement.table, statement.where.get(),
+                   statement.top.get());
+    Text(")");
+    return Finish();
+  }
+  Text(" AS ");
+  EmitAlias(statement.target);
+  if (statement.where) {
+    Text(" WHERE ");
+    Emit(*statement.where);
+  }
+  return Finish();
+}
+
+} // namespace tsql

@@ -1,0 +1,157 @@
+#include "tsql/emit/Emitter.h"
+
+#include "tsql/functions/FunctionNames.h"
+#include "tsql/sqlite/Quotation.h"
+
+#include <array>
+
+namespace tsql {
+namespace {
+
+// Whether the query can give no more than one row.
+bool IsSingleRow(const BoundQuery& query) {
+  if (query.op != SetOp::None) return false;
+  const BoundSelect& select = *query.select;
+  if (!select.from || (select.grouped && select.groupBy.empty())) return true;
+  return select.top && select.top->kind == BoundExpr::Kind::Constant && select.top->constant.integer <= 1;
+}
+
+const char* CompareSymbol(CompareOp op) {
+  constexpr std::array<const char*, 6> kSymbols = {" = ", " <> ", " < ", " <= ", " > ", " >= "};
+  return kSymbols[static_cast<size_t>(op)];
+}
+
+} // namespace
+
+void Emitter::Emit(const BoundExpr& expr) {
+  switch (expr.kind) {
+  case BoundExpr::Kind::Constant: EmitConstant(expr.constant); break;
+  case BoundExpr::Kind::Column: EmitColumn(expr); break;
+  case BoundExpr::Kind::Variable:
+  case BoundExpr::Kind::Marker:
+  case BoundExpr::Kind::Global: EmitParameter(expr); break;
+  case BoundExpr::Kind::Cast: EmitCast(expr); break;
+  case BoundExpr::Kind::Store: EmitStore(expr); break;
+  case BoundExpr::Kind::Negate:
+  case BoundExpr::Kind::BitNot: EmitNegation(expr); break;
+  case BoundExpr::Kind::Arithmetic: EmitArithmetic(expr); break;
+  case BoundExpr::Kind::Compare: EmitComparison(expr); break;
+  case BoundExpr::Kind::And: EmitLogical(expr, " AND "); break;
+  case BoundExpr::Kind::Or: EmitLogical(expr, " OR "); break;
+  case BoundExpr::Kind::Not:
+    Text("(NOT ");
+    Emit(*expr.args[0]);
+    Text(")");
+    break;
+  case BoundExpr::Kind::IsNull:
+    Text("(");
+    Emit(*expr.args[0]);
+    Text(expr.negated ? " IS NOT NULL)" : " IS NULL)");
+    break;
+  case BoundExpr::Kind::Like: EmitLike(expr); break;
+  case BoundExpr::Kind::Between:
+    Text("(");
+    EmitCollated(*expr.args[0]);
+    Text(expr.negated ? " NOT BETWEEN " : " BETWEEN ");
+    Emit(*expr.args[1]);
+    Text(" AND ");
+    Emit(*expr.args[2]);
+    Text(")");
+    break;
+  case BoundExpr::Kind::In:
+  case BoundExpr::Kind::InQuery: EmitIn(expr); break;
+  case BoundExpr::Kind::Exists:
+    Text("EXISTS (");
+    EmitQuery(*expr.query);
+    Text(")");
+    break;
+  case BoundExpr::Kind::Subquery: EmitSubquery(expr); break;
+  case BoundExpr::Kind::Case: EmitCase(expr); break;
+  case BoundExpr::Kind::Function: EmitFunction(expr); break;
+  case BoundExpr::Kind::Aggregate: EmitAggregate(expr); break;
+  }
+}
+
+void Emitter::EmitColumn(const BoundExpr& expr) {
+  EmitAlias(expr.source);
+  if (expr.source >= 0) Text(".");
+  Text(QuoteName(expr.name));
+}
+
+void Emitter::EmitComparison(const BoundExpr& expr) {
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  Text("(");
+  Emit(left);
+  if (IsText(left.type) && !left.baseColumn && !right.baseColumn) EmitCollation();
+  Text(CompareSymbol(expr.compare));
+  Emit(right);
+  Text(")");
+}
+
+void Emitter::EmitLogical(const BoundExpr& expr, const char* op) {
+  EmitBinary(*expr.args[0], op, *expr.args[1]);
+}
+
+void Emitter::EmitLike(const BoundExpr& expr) {
+  if (expr.negated) Text("(NOT ");
+  Open(names::kLike);
+  for (size_t i = 0; i < expr.args.size(); ++i) {
+    if (i > 0) Text(", ");
+    Emit(*expr.args[i]);
+  }
+  Text(expr.negated ? "))" : ")");
+}
+
+void Emitter::EmitIn(const BoundExpr& expr) {
+  Text("(");
+  EmitCollated(*expr.args[0]);
+  Text(expr.negated ? " NOT IN (" : " IN (");
+  if (expr.query) {
+    EmitQuery(*expr.query);
+  } else {
+    for (size_t i = 1; i < expr.args.size(); ++i) {
+      if (i > 1) Text(", ");
+      Emit(*expr.args[i]);
+    }
+  }
+  Text("))");
+}
+
+void Emitter::EmitSubquery(const BoundExpr& expr) {
+  if (IsSingleRow(*expr.query)) {
+    Text("(");
+    EmitQuery(*expr.query);
+    Text(")");
+    return;
+  }
+  // Of several rows SQLite would take the first; the server refuses them.
+  Text("(SELECT ");
+  Open(names::kSingle);
+  Text(ResultColumnName(0) + ") FROM (");
+  EmitQuery(*expr.query);
+  Text("))");
+}
+
+void Emitter::EmitCase(const BoundExpr& expr) {
+  Text("CASE");
+  size_t at = 0;
+  if (expr.hasOperand) {
+    Text(" ");
+    EmitCollated(*expr.args[at++]);
+  }
+  const size_t pairsEnd = expr.args.size() - (expr.hasElse ? 1 : 0);
+  for (; at < pairsEnd; at += 2) {
+    Text(" WHEN ");
+    Emit(*expr.args[at]);
+    Text(" THEN ");
+    Emit(*expr.args[at + 1]);
+  }
+  if (expr.hasElse) {
+    Text(" ELSE ");
+    Emit(*expr.args.back());
+  }
+  Text(" END");
+}
+
+} // namespace tsql

@@ -1,0 +1,114 @@
+// Turns a bound tree into one SQLite statement. Where SQLite's own operators and functions mean the same as
+// the dialect's they are used; the functions that the engine registers (functions/Functions.h) serve the
+// rest. It is the emitter that chooses between the two, so that the bound tree says only what is wanted.
+// Variables, markers and global values become numbered parameters, which are listed beside the text.
+#pragma once
+
+#include "tsql/bind/BoundTree.h"
+
+namespace tsql {
+
+struct ParameterRef {
+  BoundExpr::Kind kind = BoundExpr::Kind::Variable; // Variable, Marker or Global
+  int index = 0;
+  bool operator==(const ParameterRef&) const = default;
+};
+
+struct EmittedSql {
+  std::string sql;
+  std::vector<ParameterRef> parameters;
+};
+
+// Emits one statement.
+class Emitter {
+ public:
+  EmittedSql EmitStatement(const BoundQuery& query);
+  EmittedSql EmitValue(const BoundExpr& expr);
+  EmittedSql EmitCondition(const BoundExpr& expr);
+  EmittedSql EmitInsert(const BoundInsert& insert);
+  EmittedSql EmitUpdate(const BoundUpdate& update);
+  // Puts the rows that the update would make into a table: the row's number in SQLite, then all columns.
+  EmittedSql EmitUpdatedRows(const BoundUpdate& update, std::string_view into, std::string_view number);
+  EmittedSql EmitDelete(const BoundDelete& statement);
+  // An expression without parameters, as a part of a definition; a CHECK condition names bare columns.
+  std::string EmitExpression(const BoundExpr& expr);
+
+ private:
+  // what all parts use (Emitter.cpp)
+  EmittedSql Finish();
+  void Text(std::string_view text) { sql_ += text; }
+  void Open(std::string_view function) {
+    sql_ += function;
+    sql_ += '(';
+  }
+  void Number(int64_t number) { sql_ += std::to_string(number); }
+  void TypeCode(const Type& type) { Number(EncodeType(type)); }
+
+  void EmitCollated(const BoundExpr& expr);
+  void EmitCollation();
+  void EmitConstant(const Datum& value);
+  void EmitParameter(const BoundExpr& expr);
+  void EmitAlias(int source);
+  static std::string AliasOf(int source);
+  void EmitBinary(const BoundExpr& left, const char* op, const BoundExpr& right);
+  void EmitCall(std::string_view name, const BoundExpr& left, const BoundExpr& right);
+
+  // expressions (EmitExpressions.cpp)
+  void Emit(const BoundExpr& expr);
+  void EmitColumn(const BoundExpr& expr);
+  void EmitComparison(const BoundExpr& expr);
+  void EmitLogical(const BoundExpr& expr, const char* op);
+  void EmitLike(const BoundExpr& expr);
+  void EmitIn(const BoundExpr& expr);
+  void EmitSubquery(const BoundExpr& expr);
+  void EmitCase(const BoundExpr& expr);
+
+  // conversions (EmitConversions.cpp); false where SQLite cannot do it by itself
+  void EmitCast(const BoundExpr& expr);
+  void EmitStore(const BoundExpr& expr);
+  bool EmitNativeCast(const BoundExpr& operand, const Type& to);
+
+  // arithmetic (EmitArithmetic.cpp)
+  void EmitNegation(const BoundExpr& expr);
+  void EmitArithmetic(const BoundExpr& expr);
+  void EmitIntegerArithmetic(const BoundExpr& expr);
+  void EmitDecimalArithmetic(const BoundExpr& expr);
+  void EmitFloatArithmetic(const BoundExpr& expr);
+  void EmitBitwise(const BoundExpr& expr);
+  void EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right);
+  // As one program for all decimal operations of the expression; false where it is none.
+  bool EmitComputed(const BoundExpr& expr);
+
+  // functions (EmitFunctions.cpp)
+  void EmitFunction(const BoundExpr& expr);
+  bool EmitSubstring(const BoundExpr& expr);
+  void EmitAggregate(const BoundExpr& expr);
+  void EmitNativeAggregate(std::string_view name, const BoundExpr& expr);
+
+  // queries (EmitQueries.cpp); `extra` are items to append to each branch
+  void EmitQuery(const BoundQuery& query, const std::string& extra = {});
+  void EmitBody(const BoundQuery& query, const std::string& extra);
+  void EmitBranch(const BoundQuery& query, const std::string& extra, bool isRight);
+  void EmitSelect(const BoundSelect& select, const std::vector<BoundOrder>& order, const std::string& extra);
+  void EmitOrder(const std::vector<BoundOrder>& order);
+  void EmitCommons(const std::vector<BoundCommon>& commons);
+  void EmitRecursive(const BoundCommon& common);
+  void EmitSource(const BoundSource& source);
+  void EmitLeaf(const BoundSource& source);
+  void EmitCommonName(int common);
+
+  // changes (EmitChanges.cpp)
+  std::string EmitExtras(const std::vector<BoundExprPtr>& extras);
+  bool EmitUpdateDirect(const BoundUpdate& update);
+  void EmitUpdateFromTree(const BoundUpdate& update);
+  void EmitTargetRows(int target, const BoundSource* from, const TableInfo& table, const BoundExpr* where,
+                      const BoundExpr* top);
+  void EmitAssignments(const BoundUpdate& update);
+
+  std::string sql_;
+  std::vector<ParameterRef> parameters_;
+  // Variables that the statement itself assigns: each row reads what the row before assigned.
+  std::vector<int> assigned_;
+};
+
+} // namespace tsql

@@ -1,0 +1,56 @@
+#include "tsql/emit/SystemViewSql.h"
+
+#include "tsql/catalog/Storage.h"
+#include "tsql/functions/FunctionNames.h"
+
+namespace tsql {
+namespace {
+
+std::string Main(const char* table) {
+  return std::string("main.") + table;
+}
+
+std::string Call(const char* function, const char* arguments) {
+  return std::string(function) + "(" + arguments + ")";
+}
+
+// Tables, views and procedures, with the kinds by which the system's views know them.
+std::string Objects() {
+  const std::string isView = "kind = " + std::to_string(static_cast<int>(ModuleKind::View));
+  return "(SELECT name, 'U ' AS xtype, 'USER_TABLE' AS description FROM " + Main(storage::kTables) +
+         " UNION ALL SELECT name, iif(" + isView + ", 'V ', 'P '), iif(" + isView +
+         ", 'VIEW', 'SQL_STORED_PROCEDURE') FROM " + Main(storage::kModules) + ")";
+}
+
+} // namespace
+
+std::string SystemViewSql(const SystemView& view) {
+  using Id = SystemView::Id;
+  const std::string id = Call(names::kObjectId, "name");
+  const std::string tableId = Call(names::kObjectId, "table_name");
+  const std::string length = Call(names::kColLength, "table_name, name");
+  switch (view.id) {
+  case Id::SysObjects: return "SELECT name, " + id + " AS id, xtype, xtype AS type FROM " + Objects();
+  case Id::SysColumns:
+    return "SELECT name, " + tableId + " AS id, ordinal + 1 AS colid, " + length +
+           " AS length, nullable AS isnullable FROM " + Main(storage::kColumns);
+  case Id::Objects:
+    return "SELECT name, " + id + " AS object_id, xtype AS type, description AS type_desc FROM " + Objects();
+  case Id::Tables: return "SELECT name, " + id + " AS object_id FROM " + Main(storage::kTables);
+  case Id::Columns:
+    return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " + length +
+           " AS max_length, nullable AS is_nullable, identity AS is_identity FROM " + Main(storage::kColumns);
+  case Id::SchemaTables:
+    return "SELECT 'dbo' AS TABLE_SCHEMA, name AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS "
+           "TABLE_TYPE FROM " +
+           Objects() + " WHERE xtype <> 'P '";
+  case Id::SchemaColumns: break;
+  }
+  return "SELECT 'dbo' AS TABLE_SCHEMA, table_name AS TABLE_NAME, name AS COLUMN_NAME, ordinal + 1 AS "
+         "ORDINAL_POSITION, nullif(default_text, '') AS COLUMN_DEFAULT, iif(nullable, 'YES', 'NO') AS "
+         "IS_NULLABLE, " +
+         Call(names::kTypeName, "type") + " AS DATA_TYPE, " + Call(names::kCharLength, "type") +
+         " AS CHARACTER_MAXIMUM_LENGTH FROM " + Main(storage::kColumns);
+}
+
+} // namespace tsql

@@ -1,0 +1,102 @@
+// Aggregates that SQLite lacks: exact sums and averages, and the only value of a subquery.
+#include "tsql/functions/FunctionCall.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/Errors.h"
+
+namespace tsql {
+namespace {
+
+struct SumState {
+  uint64_t low;
+  uint64_t high;
+  int64_t count;
+  bool negative;
+  bool overflow;
+};
+
+void SumStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto* state = static_cast<SumState*>(sqlite3_aggregate_context(context, sizeof(SumState)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  const FunctionCall call(context, count, values);
+  if (call.IsNull(0)) return;
+  const Type type = call.TypeAt(1);
+  const Decimal sum{state->low, state->high, type.scale, state->negative};
+  const std::optional<Decimal> next = AddDecimals(sum, call.DecimalAt(0, type), type.scale);
+  ++state->count;
+  state->overflow = state->overflow || !next;
+  if (!next) return;
+  state->low = next->low;
+  state->high = next->high;
+  state->negative = next->negative;
+}
+
+// The final call gets no arguments, so the steps keep the types in the state.
+struct TypedSum {
+  SumState sum;
+  int64_t from;
+  int64_t to;
+};
+
+void TypedStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, sizeof(TypedSum)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  state->from = sqlite3_value_int64(values[1]);
+  state->to = sqlite3_value_int64(values[2]);
+  SumStep(context, count, values);
+}
+
+template <bool IsAverage>
+void SumFinal(sqlite3_context* context) {
+  const auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, 0));
+  if (state == nullptr || state->sum.count == 0) return sqlite3_result_null(context);
+  const FunctionCall call(context, 0, nullptr);
+  const Type from = DecodeType(state->from);
+  const Type to = DecodeType(state->to);
+  try {
+    if (state->sum.overflow) Fail(8115, {"expression", TypeName(to.id)});
+    std::optional<Decimal> sum = Decimal{state->sum.low, state->sum.high, from.scale, state->sum.negative};
+    sum = IsAverage ? DivideDecimals(*sum, DecimalFromInteger(state->sum.count), to.scale)
+                    : Rescale(*sum, to.scale);
+    call.ReturnDecimal(CheckDecimal(sum, to, "expression"), to);
+  } catch (const Error& error) {
+    call.ReturnError(error);
+  }
+}
+
+// The value of a subquery's only row. A second row is an error.
+struct Single {
+  sqlite3_value* value;
+  bool seen;
+};
+
+void SingleStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto* state = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  if (state->seen) {
+    const FunctionCall call(context, count, values);
+    return call.ReturnError(MakeError(512, 0, {}));
+  }
+  state->seen = true;
+  state->value = sqlite3_value_dup(values[0]);
+}
+
+void SingleFinal(sqlite3_context* context) {
+  auto* state = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
+  if (state == nullptr || state->value == nullptr) return sqlite3_result_null(context);
+  sqlite3_result_value(context, state->value);
+  sqlite3_value_free(state->value);
+}
+
+} // namespace
+
+void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context) {
+  constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
+  sqlite3_create_function_v2(connection, names::kSum, 3, kFlags, &context, nullptr, TypedStep,
+                             SumFinal<false>, nullptr);
+  sqlite3_create_function_v2(connection, names::kAverage, 3, kFlags, &context, nullptr, TypedStep,
+                             SumFinal<true>, nullptr);
+  sqlite3_create_function_v2(connection, names::kSingle, 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, &context, nullptr,
+                             SingleStep, SingleFinal, nullptr);
+}
+
+} // namespace tsql

@@ -1,0 +1,88 @@
+// What the functions' source files share: a call's arguments and result, and the registration that turns an
+// exception of a function into its error.
+#pragma once
+
+#include "tsql/functions/FunctionNames.h"
+#include "tsql/functions/Functions.h"
+
+namespace tsql {
+
+// One call of a function by SQLite: its arguments, counted from 0, and its result.
+class FunctionCall {
+ public:
+  FunctionCall(sqlite3_context* context, int count, sqlite3_value** values)
+      : context_(context), count_(count), values_(values) {}
+
+  int Count() const { return count_; }
+  sqlite3_context* Handle() const { return context_; }
+  FunctionContext& Context() const { return *static_cast<FunctionContext*>(sqlite3_user_data(context_)); }
+  bool IsNull(int i) const { return sqlite3_value_type(values_[i]) == SQLITE_NULL; }
+  bool AnyNull() const {
+    for (int i = 0; i < count_; ++i)
+      if (IsNull(i)) return true;
+    return false;
+  }
+  sqlite3_value* Raw(int i) const { return values_[i]; }
+  int64_t Integer(int i) const { return sqlite3_value_int64(values_[i]); }
+  double Real(int i) const { return sqlite3_value_double(values_[i]); }
+  std::string_view Text(int i) const;
+  Datum Value(int i) const;
+  Type TypeAt(int i) const { return DecodeType(Integer(i)); }
+
+  // A value of a decimal type in either form.
+  Decimal DecimalAt(int i, const Type& type) const;
+  void ReturnDecimal(const Decimal& value, const Type& type) const;
+
+  void ReturnNull() const { sqlite3_result_null(context_); }
+  void ReturnInteger(int64_t value) const { sqlite3_result_int64(context_, value); }
+  void ReturnReal(double value) const { sqlite3_result_double(context_, value); }
+  void ReturnText(std::string_view text) const {
+    sqlite3_result_text64(context_, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  }
+  void ReturnValue(int i) const { sqlite3_result_value(context_, values_[i]); }
+  void Return(const Datum& value) const;
+  void ReturnError(const Error& error) const;
+
+ private:
+  sqlite3_context* context_;
+  int count_;
+  sqlite3_value** values_;
+};
+
+using FunctionBody = void (*)(const FunctionCall&);
+
+template <FunctionBody Body>
+void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
+  const FunctionCall call(context, count, values);
+  try {
+    Body(call);
+  } catch (const Error& error) {
+    call.ReturnError(error);
+  }
+}
+
+// The result of an operation on decimals as a value of `type`; 8134 and 8115 as the server has them.
+Decimal OperateDecimals(ArithmeticOp op, const Decimal& left, const Decimal& right, const Type& type);
+
+// A pure function always answers the same to the same arguments, so that SQLite may call it once for many
+// rows.
+enum class Purity : uint8_t { Pure, Volatile };
+
+template <FunctionBody Body>
+void Register(sqlite3* connection, FunctionContext& context, const char* name, int arguments,
+              Purity purity = Purity::Pure) {
+  const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS | (purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
+  sqlite3_create_function_v2(connection, name, arguments, flags, &context, Guarded<Body>, nullptr, nullptr,
+                             nullptr);
+}
+
+void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterComputeFunction(sqlite3* connection, FunctionContext& context);
+void RegisterDecimalFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterTextFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterDateFunctions(sqlite3* connection, FunctionContext& context);
+
+} // namespace tsql

@@ -1,0 +1,83 @@
+// The names under which the functions are registered with SQLite; the emitter calls them by the same names.
+// They are also in the SQL of CHECK constraints and triggers that a database file keeps: a name that has been
+// released must stay.
+#pragma once
+
+namespace tsql::names {
+
+// Conversions and what a statement needs while it runs.
+inline constexpr const char* kCast = "t_cast";
+inline constexpr const char* kStore = "t_store";
+inline constexpr const char* kNotNull = "t_not_null";
+inline constexpr const char* kVariable = "t_variable";
+inline constexpr const char* kSuspect = "t_suspect";
+inline constexpr const char* kRecursion = "t_recursion";
+inline constexpr const char* kSingle = "t_single";
+
+// Arithmetic.
+inline constexpr const char* kRange = "t_range";
+inline constexpr const char* kDivide = "t_divide";
+inline constexpr const char* kModulo = "t_modulo";
+inline constexpr const char* kFloatDivide = "t_float_divide";
+inline constexpr const char* kFloatModulo = "t_float_modulo";
+inline constexpr const char* kFinite = "t_finite";
+inline constexpr const char* kDecimal = "t_decimal";
+inline constexpr const char* kNegate = "t_negate";
+inline constexpr const char* kCompute = "t_compute";
+inline constexpr const char* kSum = "t_sum";
+inline constexpr const char* kAverage = "t_average";
+inline constexpr const char* kMoment = "t_moment";
+
+// Texts.
+inline constexpr const char* kLike = "t_like";
+inline constexpr const char* kLen = "t_len";
+inline constexpr const char* kDataLength = "t_datalength";
+inline constexpr const char* kUpper = "t_upper";
+inline constexpr const char* kLower = "t_lower";
+inline constexpr const char* kReverse = "t_reverse";
+inline constexpr const char* kLeft = "t_left";
+inline constexpr const char* kRight = "t_right";
+inline constexpr const char* kSubstring = "t_substring";
+inline constexpr const char* kReplace = "t_replace";
+inline constexpr const char* kCharIndex = "t_charindex";
+inline constexpr const char* kPatIndex = "t_patindex";
+inline constexpr const char* kReplicate = "t_replicate";
+inline constexpr const char* kSpace = "t_space";
+inline constexpr const char* kStuff = "t_stuff";
+inline constexpr const char* kChar = "t_char";
+inline constexpr const char* kAscii = "t_ascii";
+inline constexpr const char* kUnicode = "t_unicode";
+inline constexpr const char* kQuoteName = "t_quotename";
+inline constexpr const char* kStr = "t_str";
+inline constexpr const char* kIsNumeric = "t_isnumeric";
+inline constexpr const char* kIsDate = "t_isdate";
+
+// Dates.
+inline constexpr const char* kGetDate = "t_getdate";
+inline constexpr const char* kDateAdd = "t_dateadd";
+inline constexpr const char* kDateDiff = "t_datediff";
+inline constexpr const char* kDatePart = "t_datepart";
+inline constexpr const char* kDateName = "t_datename";
+
+// Numbers.
+inline constexpr const char* kAbs = "t_abs";
+inline constexpr const char* kSign = "t_sign";
+inline constexpr const char* kFloor = "t_floor";
+inline constexpr const char* kCeiling = "t_ceiling";
+inline constexpr const char* kRound = "t_round";
+inline constexpr const char* kSqrt = "t_sqrt";
+inline constexpr const char* kPower = "t_power";
+inline constexpr const char* kExp = "t_exp";
+inline constexpr const char* kLog = "t_log";
+inline constexpr const char* kLog10 = "t_log10";
+inline constexpr const char* kSquare = "t_square";
+
+// The catalog.
+inline constexpr const char* kNewId = "t_newid";
+inline constexpr const char* kObjectId = "t_object_id";
+inline constexpr const char* kObjectName = "t_object_name";
+inline constexpr const char* kColLength = "t_col_length";
+inline constexpr const char* kTypeName = "t_type_name";
+inline constexpr const char* kCharLength = "t_char_length";
+
+} // namespace tsql::names

@@ -1,0 +1,66 @@
+// Conversions, and what a statement asks of its batch while it runs.
+#include "tsql/functions/FunctionCall.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+
+namespace tsql {
+namespace {
+
+void Cast(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  const Type from = call.TypeAt(1);
+  const Type to = call.TypeAt(2);
+  if (from.id == TypeId::Decimal && to.id == TypeId::Decimal) {
+    // Most conversions that SQLite cannot do are between decimals; these need no copy of the value.
+    const std::optional<Decimal> value = Rescale(call.DecimalAt(0, from), to.scale);
+    return call.ReturnDecimal(CheckDecimal(value, to, "numeric"), to);
+  }
+  call.Return(Convert(call.Value(0), from, to, ConvertMode::Cast, static_cast<int>(call.Integer(3))));
+}
+
+void Store(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  const Type to = call.TypeAt(2);
+  // Most texts fit as they are.
+  const bool isVariable = IsText(call.TypeAt(1)) && IsText(to) && !IsFixedLength(to.id);
+  if (isVariable && call.Text(0).size() <= static_cast<size_t>(to.length)) return call.ReturnValue(0);
+  call.Return(Convert(call.Value(0), call.TypeAt(1), to, ConvertMode::Assign));
+}
+
+void NotNull(const FunctionCall& call) {
+  // Whoever runs the statement completes the message, which names the table.
+  if (call.IsNull(0)) throw Error(515, 16, 2, 0, std::string(call.Text(1)));
+  call.ReturnValue(0);
+}
+
+void Variable(const FunctionCall& call) {
+  const FunctionContext& context = call.Context();
+  call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
+}
+
+void Suspect(const FunctionCall& call) {
+  std::vector<std::string>& suspects = call.Context().suspects;
+  const std::string_view name = call.Text(0);
+  if (std::find(suspects.begin(), suspects.end(), name) == suspects.end()) suspects.emplace_back(name);
+}
+
+void Recursion(const FunctionCall& call) {
+  constexpr int64_t kMaxRecursion = 100;
+  if (call.Integer(0) > kMaxRecursion) Fail(530, {});
+  call.ReturnValue(0);
+}
+
+} // namespace
+
+void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
+  Register<Cast>(connection, context, names::kCast, 4);
+  Register<Store>(connection, context, names::kStore, 3);
+  Register<NotNull>(connection, context, names::kNotNull, 2);
+  Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
+  Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
+  Register<Recursion>(connection, context, names::kRecursion, 1);
+}
+
+} // namespace tsql

@@ -1,0 +1,271 @@
+#include "tsql/functions/FunctionCall.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/DateText.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace tsql {
+namespace {
+
+constexpr int64_t kMaxText = 8000;
+
+void Like(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  char32_t escape = 0;
+  if (call.Count() > 2 && !call.Text(2).empty()) {
+    size_t at = 0;
+    escape = NextChar(call.Text(2), at);
+  }
+  call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape) ? 1 : 0);
+}
+
+void Len(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  call.ReturnInteger(static_cast<int64_t>(CharCount(TrimTrailingBlanks(call.Text(0)))));
+}
+
+void DataLength(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  const Type type = call.TypeAt(1);
+  if (IsText(type)) {
+    const auto count = static_cast<int64_t>(CharCount(call.Text(0)));
+    return call.ReturnInteger(IsUnicode(type.id) ? count * 2 : count);
+  }
+  if (FamilyOf(type.id) == Family::Binary)
+    return call.ReturnInteger(static_cast<int64_t>(call.Text(0).size()));
+  call.ReturnInteger(StorageBytes(type));
+}
+
+void Upper(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  call.ReturnText(ToUpper(call.Text(0)));
+}
+
+void Lower(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  call.ReturnText(ToLower(call.Text(0)));
+}
+
+void Reverse(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  const std::string_view text = call.Text(0);
+  std::vector<char32_t> characters;
+  for (size_t at = 0; at < text.size();) characters.push_back(NextChar(text, at));
+  std::reverse(characters.begin(), characters.end());
+  std::string result;
+  for (const char32_t character : characters) AppendChar(result, character);
+  call.ReturnText(result);
+}
+
+void Left(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  if (call.Integer(1) < 0) Fail(536, {"left"});
+  const std::string_view text = call.Text(0);
+  call.ReturnText(text.substr(0, CharOffset(text, static_cast<size_t>(call.Integer(1)))));
+}
+
+void Right(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  if (call.Integer(1) < 0) Fail(536, {"right"});
+  const std::string_view text = call.Text(0);
+  const size_t count = CharCount(text);
+  const size_t wanted = std::min(static_cast<size_t>(call.Integer(1)), count);
+  call.ReturnText(text.substr(CharOffset(text, count - wanted)));
+}
+
+void Substring(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  if (call.Integer(2) < 0) Fail(537, {});
+  // Positions before the first character count, but no character stands there.
+  const int64_t end = call.Integer(1) + call.Integer(2);
+  const int64_t begin = std::max<int64_t>(call.Integer(1), 1);
+  if (end <= begin) return call.ReturnText("");
+  const std::string_view text = call.Text(0);
+  const std::string_view rest = text.substr(CharOffset(text, static_cast<size_t>(begin - 1)));
+  call.ReturnText(rest.substr(0, CharOffset(rest, static_cast<size_t>(end - begin))));
+}
+
+void Replace(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  const std::string_view text = call.Text(0);
+  const std::string_view pattern = call.Text(1);
+  if (pattern.empty()) return call.ReturnValue(0);
+  std::string result;
+  size_t start = 0;
+  while (true) {
+    size_t length = 0;
+    const size_t found = FindText(text, pattern, start, length);
+    if (found == std::string_view::npos) break;
+    result += text.substr(start, found - start);
+    result += call.Text(2);
+    start = found + length;
+  }
+  result += text.substr(start);
+  call.ReturnText(result);
+}
+
+void CharIndex(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  const std::string_view text = call.Text(1);
+  const int64_t start = call.Count() > 2 ? std::max<int64_t>(call.Integer(2), 1) : 1;
+  size_t length = 0;
+  const size_t found = FindText(text, call.Text(0), CharOffset(text, static_cast<size_t>(start - 1)), length);
+  if (found == std::string_view::npos) return call.ReturnInteger(0);
+  call.ReturnInteger(static_cast<int64_t>(CharCount(text.substr(0, found))) + 1);
+}
+
+void Replicate(const FunctionCall& call) {
+  if (call.AnyNull() || call.Integer(1) < 0) return call.ReturnNull();
+  const std::string_view text = call.Text(0);
+  std::string result;
+  const int64_t most = text.empty() ? 0 : kMaxText / static_cast<int64_t>(CharCount(text));
+  for (int64_t i = 0; i < std::min(call.Integer(1), most); ++i) result += text;
+  call.ReturnText(result);
+}
+
+void Space(const FunctionCall& call) {
+  if (call.IsNull(0) || call.Integer(0) < 0) return call.ReturnNull();
+  call.ReturnText(std::string(static_cast<size_t>(std::min(call.Integer(0), kMaxText)), ' '));
+}
+
+void Stuff(const FunctionCall& call) {
+  if (call.IsNull(0) || call.IsNull(1) || call.IsNull(2)) return call.ReturnNull();
+  const std::string_view text = call.Text(0);
+  const int64_t start = call.Integer(1);
+  const int64_t length = call.Integer(2);
+  if (start < 1 || length < 0 || start > static_cast<int64_t>(CharCount(text))) return call.ReturnNull();
+  const size_t begin = CharOffset(text, static_cast<size_t>(start - 1));
+  const size_t end = begin + CharOffset(text.substr(begin), static_cast<size_t>(length));
+  std::string result(text.substr(0, begin));
+  if (!call.IsNull(3)) result += call.Text(3);
+  result += text.substr(end);
+  call.ReturnText(result);
+}
+
+void Char(const FunctionCall& call) {
+  if (call.IsNull(0) || call.Integer(0) < 0 || call.Integer(0) > 0xFFFF) return call.ReturnNull();
+  std::string text;
+  AppendChar(text, static_cast<char32_t>(call.Integer(0)));
+  call.ReturnText(text);
+}
+
+void Unicode(const FunctionCall& call) {
+  if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
+  size_t at = 0;
+  call.ReturnInteger(static_cast<int64_t>(NextChar(call.Text(0), at)));
+}
+
+// The server's code page ends with Latin-1: any other character counts as a question mark.
+void Ascii(const FunctionCall& call) {
+  if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
+  size_t at = 0;
+  const char32_t character = NextChar(call.Text(0), at);
+  call.ReturnInteger(static_cast<int64_t>(character < 0x100 ? character : U'?'));
+}
+
+// t_patindex(pattern, text): where a LIKE pattern matches first.
+void PatIndex(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  std::string_view pattern = call.Text(0);
+  const std::string_view text = call.Text(1);
+  if (!pattern.starts_with('%')) return call.ReturnInteger(MatchLike(text, pattern, 0) ? 1 : 0);
+  while (pattern.starts_with('%')) pattern.remove_prefix(1);
+  int64_t position = 1;
+  for (size_t at = 0; at < text.size() || position == 1; ++position) {
+    if (MatchLike(text.substr(at), pattern, 0)) return call.ReturnInteger(position);
+    if (at < text.size()) NextChar(text, at);
+  }
+  call.ReturnInteger(0);
+}
+
+// t_quotename(name[, mark]): the name between brackets or quotation marks, those within it doubled.
+void QuoteNameText(const FunctionCall& call) {
+  constexpr size_t kMaxName = 128;
+  if (call.AnyNull() || CharCount(call.Text(0)) > kMaxName) return call.ReturnNull();
+  const std::string_view mark = call.Count() > 1 ? call.Text(1).substr(0, 1) : "[";
+  if (mark.empty() || std::string_view("[]'\"").find(mark[0]) == std::string_view::npos)
+    return call.ReturnNull();
+  const bool isBracket = mark == "[" || mark == "]";
+  const char close = isBracket ? ']' : mark[0];
+  std::string result(1, isBracket ? '[' : mark[0]);
+  for (const char character : call.Text(0)) {
+    if (character == close) result += close;
+    result += character;
+  }
+  call.ReturnText(result + close);
+}
+
+void Str(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  constexpr int64_t kMaxDecimals = 16;
+  const int64_t length = call.Count() > 1 ? call.Integer(1) : 10;
+  const int64_t decimals = call.Count() > 2 ? call.Integer(2) : 0;
+  if (length < 0 || length > kMaxText || decimals < 0) return call.ReturnNull();
+  std::array<char, 400> buffer{};
+  const auto print = [&](int64_t digits) {
+    // Halves round away from zero, which printf would round to even.
+    const double power = std::pow(10.0, static_cast<double>(digits));
+    const double rounded = std::round(call.Real(0) * power) / power;
+    const int size = std::snprintf(buffer.data(), buffer.size(), "%.*f", static_cast<int>(digits),
+                                   std::isfinite(rounded) ? rounded : call.Real(0));
+    return std::string(buffer.data(), static_cast<size_t>(size));
+  };
+  std::string text = print(std::min(decimals, kMaxDecimals));
+  const auto width = static_cast<size_t>(length);
+  // Decimals are left out until the number fits. Its whole part is never shortened.
+  for (int64_t digits = std::min(decimals, kMaxDecimals); text.size() > width && digits > 0;)
+    text = print(--digits);
+  if (text.size() > width) return call.ReturnText(std::string(width, '*'));
+  call.ReturnText(std::string(width - text.size(), ' ') + text);
+}
+
+void IsNumericText(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnInteger(0);
+  std::string_view text = TrimTrailingBlanks(call.Text(0));
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  call.ReturnInteger(error == std::errc() && end == text.data() + text.size() ? 1 : 0);
+}
+
+void IsDateText(const FunctionCall& call) {
+  int64_t ticks = 0;
+  const bool isDate = !call.IsNull(0) && ParseDateTime(call.Text(0), ticks) == DateParse::Ok &&
+                      IsInRange(TypeId::DateTime, ticks) && !TrimTrailingBlanks(call.Text(0)).empty();
+  call.ReturnInteger(isDate ? 1 : 0);
+}
+
+} // namespace
+
+void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
+  Register<Like>(connection, context, names::kLike, -1);
+  Register<Len>(connection, context, names::kLen, 1);
+  Register<DataLength>(connection, context, names::kDataLength, 2);
+  Register<Upper>(connection, context, names::kUpper, 1);
+  Register<Lower>(connection, context, names::kLower, 1);
+  Register<Reverse>(connection, context, names::kReverse, 1);
+  Register<Left>(connection, context, names::kLeft, 2);
+  Register<Right>(connection, context, names::kRight, 2);
+  Register<Substring>(connection, context, names::kSubstring, 3);
+  Register<Replace>(connection, context, names::kReplace, 3);
+  Register<CharIndex>(connection, context, names::kCharIndex, -1);
+  Register<Replicate>(connection, context, names::kReplicate, 2);
+  Register<Space>(connection, context, names::kSpace, 1);
+  Register<Stuff>(connection, context, names::kStuff, 4);
+  Register<Char>(connection, context, names::kChar, 1);
+  Register<Ascii>(connection, context, names::kAscii, 1);
+  Register<Unicode>(connection, context, names::kUnicode, 1);
+  Register<PatIndex>(connection, context, names::kPatIndex, 2);
+  Register<QuoteNameText>(connection, context, names::kQuoteName, -1);
+  Register<Str>(connection, context, names::kStr, -1);
+  Register<IsNumericText>(connection, context, names::kIsNumeric, 1);
+  Register<IsDateText>(connection, context, names::kIsDate, 1);
+}
+
+} // namespace tsql

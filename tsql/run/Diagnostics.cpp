@@ -1,0 +1,87 @@
+#include "tsql/run/Diagnostics.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <utility>
+
+namespace tsql {
+namespace {
+
+std::string QualifiedName(const TableInfo& table, const Catalog& catalog) {
+  const std::string database = table.place == Place::Main ? catalog.DatabaseName() : "tempdb";
+  return database + ".dbo." + table.name;
+}
+
+Error NullError(std::string_view column, const TableInfo* table, const Catalog& catalog,
+                std::string_view verb) {
+  const std::string name = table != nullptr ? QualifiedName(*table, catalog) : std::string();
+  return MakeError(515, 0, {column, name, verb});
+}
+
+// The text after "failed: " in SQLite's message: "T.a, T.b" or "index 'T.key'".
+std::string_view FailedPart(std::string_view message) {
+  const size_t at = message.find("failed: ");
+  return at == std::string_view::npos ? message : message.substr(at + 8);
+}
+
+const KeyInfo* FindKeyByIndex(const TableInfo& table, std::string_view message) {
+  for (const KeyInfo& key : table.keys)
+    if (message == "index '" + storage::NullSafeIndexName(table.storageName, key.name) + "'") return &key;
+  return nullptr;
+}
+
+const KeyInfo* FindKeyByColumns(const TableInfo& table, std::string_view message) {
+  for (const KeyInfo& key : table.keys) {
+    if (key.kind == KeyKind::Index || key.kind == KeyKind::Check || key.kind == KeyKind::ForeignKey) continue;
+    std::string columns;
+    for (const int column : key.columns)
+      columns += (columns.empty() ? "" : ", ") + table.storageName + "." +
+                 table.columns[static_cast<size_t>(column)].name;
+    if (message == columns) return &key;
+  }
+  return nullptr;
+}
+
+Error UniqueError(std::string_view message, const TableInfo& table) {
+  const KeyInfo* key = FindKeyByIndex(table, FailedPart(message));
+  if (key == nullptr) key = FindKeyByColumns(table, FailedPart(message));
+  if (key == nullptr) return MakeError(2627, 0, {"PRIMARY KEY", "", table.name});
+  if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.name, key->name});
+  const char* kind = key->kind == KeyKind::PrimaryKey ? "PRIMARY KEY" : "UNIQUE KEY";
+  return MakeError(2627, 0, {kind, key->name, table.name});
+}
+
+} // namespace
+
+Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, const Catalog& catalog,
+                       const TableInfo* target, std::string_view verb) {
+  const std::string_view message = failure.what();
+  if (context.error) {
+    const Error error = *std::exchange(context.error, std::nullopt);
+    return error.number == 515 ? NullError(error.what(), target, catalog, verb) : error;
+  }
+  switch (failure.code) {
+  case SQLITE_CONSTRAINT_NOTNULL: {
+    const std::string_view part = FailedPart(message);
+    return NullError(part.substr(part.rfind('.') + 1), target, catalog, verb);
+  }
+  case SQLITE_CONSTRAINT_UNIQUE:
+  case SQLITE_CONSTRAINT_PRIMARYKEY:
+  case SQLITE_CONSTRAINT_ROWID:
+    if (target != nullptr) return UniqueError(message, *target);
+    break;
+  case SQLITE_CONSTRAINT_CHECK:
+    return MakeError(547, 0,
+                     {verb, "CHECK", FailedPart(message), catalog.DatabaseName(),
+                      target != nullptr ? target->name : std::string()});
+  default: break;
+  }
+  const int kind = failure.code & 0xFF;
+  if (kind == SQLITE_BUSY || kind == SQLITE_LOCKED) return MakeError(1222, 0, {});
+  if (message == "integer overflow") return MakeError(8115, 0, {"expression", "int"});
+  constexpr int kStorageError = 823;
+  return {kStorageError, 24, 2, 0, "The storage engine failed: " + std::string(message)};
+}
+
+} // namespace tsql

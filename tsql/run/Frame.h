@@ -1,0 +1,17 @@
+// The state of a batch or procedure that runs.
+#pragma once
+
+#include "tsql/compile/CompiledUnit.h"
+
+namespace tsql {
+
+struct Frame {
+  CompiledUnit* unit = nullptr;
+  std::vector<Datum> variables; // as the unit numbers them
+  std::vector<Datum> markers;
+  Datum scopeIdentity;
+  std::string procedure; // its name; empty for a batch
+  int32_t returnStatus = 0;
+};
+
+} // namespace tsql

@@ -1,0 +1,205 @@
+#include "tsql/run/Interpreter.h"
+
+#include "tsql/run/Diagnostics.h"
+#include "tsql/values/Errors.h"
+
+#include <charconv>
+#include <utility>
+
+namespace tsql {
+namespace {
+
+Error WithLine(const Error& error, int line) {
+  return {error.number, error.severity, error.state, error.line > 0 ? error.line : line, error.what()};
+}
+
+} // namespace
+
+Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Compiler& compiler,
+                         Definitions& definitions, FunctionContext& context, Transaction& transaction)
+    : connection_(connection), catalog_(catalog), compiler_(compiler), definitions_(definitions),
+      context_(context), transaction_(transaction), limits_(connection, transaction) {}
+
+void Interpreter::BeginWork() {
+  limits_.Begin();
+  caught_.reset(); // the batch before may have ended within a CATCH block
+}
+
+// ---- entry points
+
+bool Interpreter::RunBatch(CompiledUnit& unit, Frame& frame, ResultSink& sink) {
+  sink_ = &sink;
+  frame_ = &frame;
+  frame.unit = &unit;
+  frame.variables.resize(unit.variables.size());
+  failed_ = false;
+  RunList(*unit.body);
+  return !failed_;
+}
+
+void Interpreter::Report(const Error& error, ResultSink& sink) {
+  failed_ = true;
+  lastError_ = error.number;
+  sink.Failed(error);
+}
+
+Error Interpreter::Translate(const SqliteFailure& failure) {
+  return TranslateFailure(failure, context_, catalog_, target_, verb_);
+}
+
+// ---- statements
+
+Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
+  for (const StatementPtr& statement : statements) {
+    const Flow flow = Run(*statement);
+    if (flow != Flow::Next) return flow;
+  }
+  return Flow::Next;
+}
+
+void Interpreter::BeginStatement() {
+  context_.now.reset();
+  context_.variables = &frame_->variables;
+  context_.error.reset();
+  target_ = nullptr;
+  verb_ = "";
+}
+
+Interpreter::Flow Interpreter::Run(const Statement& statement) {
+  try {
+    if (!limits_.TakeStep()) throw limits_.CanceledAt(statement.line);
+    BeginStatement();
+    return Dispatch(statement);
+  } catch (const SqliteFailure& failure) {
+    if (limits_.Ended(failure)) throw limits_.CanceledAt(statement.line);
+    return HandleError(Translate(failure), statement);
+  } catch (const Error& error) {
+    return HandleError(error, statement);
+  }
+}
+
+Interpreter::Flow Interpreter::HandleError(Error error, const Statement& statement) {
+  error = WithLine(error, statement.line);
+  const bool endsTransaction = EndsTransaction(error) || (xactAbort_ && transaction_.Count() > 0);
+  transaction_.Synchronize();
+  if (tryDepth_ > 0) {
+    caughtProcedure_ = frame_->procedure;
+    throw Caught{error};
+  }
+  if (endsTransaction) transaction_.RollbackIfOpen();
+  rowCount_ = 0;
+  Report(error, *sink_);
+  abortsAll_ = endsTransaction || xactAbort_;
+  return EndsBatch(error) || abortsAll_ ? Flow::Abort : Flow::Next;
+}
+
+Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
+  switch (statement.kind) {
+  case StatementKind::Query: return RunQuery(static_cast<const QueryStatement&>(statement));
+  case StatementKind::Insert:
+  case StatementKind::Update:
+  case StatementKind::Delete: RunChange(statement); break;
+  case StatementKind::Declare: RunDeclare(static_cast<const DeclareStatement&>(statement)); return Flow::Next;
+  case StatementKind::SetVariable: RunSet(static_cast<const SetVariableStatement&>(statement)); break;
+  case StatementKind::SetOption: RunSetOption(static_cast<const SetOptionStatement&>(statement)); break;
+  case StatementKind::If: return RunIf(static_cast<const IfStatement&>(statement));
+  case StatementKind::While: return RunWhile(static_cast<const WhileStatement&>(statement));
+  case StatementKind::Block: return RunList(static_cast<const BlockStatement&>(statement).statements);
+  case StatementKind::Break: return Flow::Break;
+  case StatementKind::Continue: return Flow::Continue;
+  case StatementKind::Return: return RunReturn(static_cast<const ReturnStatement&>(statement));
+  case StatementKind::Print: RunPrint(static_cast<const PrintStatement&>(statement)); break;
+  case StatementKind::Transaction: RunTransaction(static_cast<const TransactionStatement&>(statement)); break;
+  case StatementKind::TryCatch: return RunTryCatch(static_cast<const TryCatchStatement&>(statement));
+  case StatementKind::Raiserror:
+    RunRaiserror(static_cast<const RaiserrorStatement&>(statement));
+    return Flow::Next;
+  case StatementKind::Throw: return RunThrow(static_cast<const ThrowStatement&>(statement));
+  case StatementKind::Execute: return RunExecute(static_cast<const ExecuteStatement&>(statement));
+  default: RunDefinition(statement);
+  }
+  lastError_ = 0;
+  return Flow::Next;
+}
+
+// ---- variables and control flow
+
+void Interpreter::RunDeclare(const DeclareStatement& statement) {
+  for (const VariableDeclaration& variable : statement.variables) {
+    const auto index = static_cast<size_t>(FindVariable(frame_->unit->variables, variable.name));
+    // Passing the declaration again in a loop keeps the value, as on the server.
+    if (!variable.initial) continue;
+    Plan& plan = MakePlanner().ValuePlan(*variable.initial, &variable.type);
+    BindParameters(plan);
+    const StatementUse use(plan.statement);
+    plan.statement.Step();
+    Datum value = plan.statement.ColumnDatum(0);
+    frame_->variables[index] = std::move(value);
+  }
+}
+
+void Interpreter::RunSet(const SetVariableStatement& statement) {
+  Plan& plan = MakePlanner().AssignmentPlan(statement);
+  Datum value;
+  {
+    BindParameters(plan);
+    const StatementUse use(plan.statement);
+    plan.statement.Step();
+    value = plan.statement.ColumnDatum(0);
+  }
+  frame_->variables[static_cast<size_t>(plan.assigned.front())] = std::move(value);
+  rowCount_ = 1;
+}
+
+void Interpreter::RunSetOption(const SetOptionStatement& statement) {
+  const bool on = statement.value == "ON";
+  if (statement.option == "nocount") {
+    noCount_ = on;
+  } else if (statement.option == "xact_abort") {
+    xactAbort_ = on;
+  } else if (statement.option == "identity_insert") {
+    if (!catalog_.FindTable(statement.table)) Fail(208, {statement.table.name});
+    compiler_.SetIdentityInsert(on ? statement.table.name : std::string());
+  } else if (statement.option == "lock_timeout") {
+    int milliseconds = 0;
+    std::from_chars(statement.value.data(), statement.value.data() + statement.value.size(), milliseconds);
+    SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
+  }
+}
+
+Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
+  if (Test(*statement.condition)) return Run(*statement.thenBranch);
+  return statement.elseBranch ? Run(*statement.elseBranch) : Flow::Next;
+}
+
+Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
+  while (Test(*statement.condition)) {
+    const Flow flow = Run(*statement.body);
+    if (!limits_.TakeStep()) throw limits_.CanceledAt(statement.line); // a body may be empty
+    if (flow == Flow::Break) break;
+    if (flow == Flow::Return || flow == Flow::Abort) return flow;
+    BeginStatement();
+  }
+  return Flow::Next;
+}
+
+Interpreter::Flow Interpreter::RunReturn(const ReturnStatement& statement) {
+  if (statement.value) frame_->returnStatus = static_cast<int32_t>(EvaluateInteger(*statement.value));
+  return Flow::Return;
+}
+
+void Interpreter::RunPrint(const PrintStatement& statement) {
+  sink_->Message(Error(0, 0, 1, statement.line, EvaluateText(*statement.value)));
+  rowCount_ = 0;
+}
+
+void Interpreter::RunTransaction(const TransactionStatement& statement) {
+  switch (statement.action) {
+  case TransactionAction::Begin: transaction_.Begin(); break;
+  case TransactionAction::Commit: transaction_.Commit(); break;
+  case TransactionAction::Rollback: transaction_.Rollback(); break;
+  }
+  rowCount_ = 0;
+}
+
+} // namespace tsql

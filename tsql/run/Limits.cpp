@@ -1,0 +1,84 @@
+#include "tsql/run/Limits.h"
+
+#include "tsql/tsql.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tsql {
+namespace {
+
+constexpr int kWorkLimitReached = 8649;
+
+} // namespace
+
+Limits::Limits(const Connection& connection, const Transaction& transaction)
+    : connection_(connection), transaction_(transaction) {}
+
+void Limits::SetLockTimeout(int milliseconds) {
+  lockTimeout_ = std::chrono::milliseconds(milliseconds);
+  Watch();
+}
+
+void Limits::SetWorkLimit(std::optional<int64_t> steps) {
+  workLimit_ = steps;
+  Watch();
+}
+
+void Limits::SetTimeLimit(std::optional<std::chrono::milliseconds> limit) {
+  timeLimit_ = limit;
+  Watch();
+}
+
+void Limits::Watch() {
+  constexpr int kInstructions = 1000;
+  const auto step = [](void* self) { return static_cast<Limits*>(self)->TakeStep() ? 0 : 1; };
+  sqlite3_progress_handler(connection_.Handle(), workLimit_ || timeLimit_ ? kInstructions : 0, step, this);
+  // Waiting for a lock takes time, too.
+  const std::chrono::milliseconds wait = timeLimit_ ? std::min(lockTimeout_, *timeLimit_) : lockTimeout_;
+  sqlite3_busy_timeout(connection_.Handle(), static_cast<int>(wait.count()));
+}
+
+void Limits::Begin() {
+  workLeft_ = workLimit_.value_or(0);
+  deadline_.reset();
+  if (timeLimit_) deadline_ = Clock::now() + *timeLimit_;
+  canceled_ = 0;
+}
+
+bool Limits::TakeLimitedStep() {
+  if (workLimit_ && --workLeft_ < 0) {
+    workLeft_ = std::numeric_limits<int64_t>::max();
+    canceled_ = kWorkLimitReached;
+    return false;
+  }
+  if (!IsPastDeadline()) return true;
+  // A changing statement that is stopped takes the transaction with it. A short one is let through: the next
+  // statement is then the one that does not run.
+  constexpr std::chrono::seconds kGrace{1};
+  if (transaction_.Count() > 0 && Clock::now() < *deadline_ + kGrace && IsChanging()) return true;
+  deadline_.reset();
+  canceled_ = kTimeoutExpired;
+  return false;
+}
+
+bool Limits::IsPastDeadline() const {
+  return deadline_ && Clock::now() >= *deadline_;
+}
+
+bool Limits::IsChanging() const {
+  sqlite3_stmt* statement = nullptr;
+  while ((statement = sqlite3_next_stmt(connection_.Handle(), statement)) != nullptr)
+    if (sqlite3_stmt_busy(statement) != 0 && sqlite3_stmt_readonly(statement) == 0) return true;
+  return false;
+}
+
+bool Limits::Ended(const SqliteFailure& failure) {
+  if ((failure.code & 0xFF) == SQLITE_BUSY && IsPastDeadline()) {
+    deadline_.reset();
+    canceled_ = kTimeoutExpired;
+  }
+  return canceled_ != 0;
+}
+
+} // namespace tsql

@@ -1,0 +1,59 @@
+// Limits: how much work and how much time a batch may take, and how long a statement waits for a lock.
+//
+// SQLite asks now and then while a statement runs, and the interpreter asks between statements. A limit that
+// is reached ends a batch once: what still runs after it clears up.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "tsql/run/Transaction.h"
+#include "tsql/sqlite/Connection.h"
+
+namespace tsql {
+
+// Thrown when a limit is reached. No CATCH block catches it.
+struct Canceled {
+  int error; // of the limit
+  int line;  // of the statement that was running
+};
+
+class Limits {
+ public:
+  Limits(const Connection& connection, const Transaction& transaction);
+  Limits(const Limits&) = delete;
+  Limits& operator=(const Limits&) = delete;
+
+  void SetLockTimeout(int milliseconds);
+  void SetWorkLimit(std::optional<int64_t> steps);
+  void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
+
+  // A batch or call begins, and all of the limits is left.
+  void Begin();
+  // Takes a step of work. False when a limit is reached.
+  bool TakeStep() { return (!workLimit_ && !deadline_) || TakeLimitedStep(); }
+  // Whether a failure of SQLite comes from a limit that was reached.
+  bool Ended(const SqliteFailure& failure);
+  Canceled CanceledAt(int line) const { return {canceled_, line}; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  static constexpr int kDefaultLockTimeout = 5000; // milliseconds
+
+  bool TakeLimitedStep();
+  bool IsPastDeadline() const;
+  bool IsChanging() const;
+  void Watch();
+
+  const Connection& connection_;
+  const Transaction& transaction_;
+  std::optional<int64_t> workLimit_;
+  int64_t workLeft_ = 0;
+  std::optional<std::chrono::milliseconds> timeLimit_;
+  std::optional<Clock::time_point> deadline_;
+  std::chrono::milliseconds lockTimeout_{kDefaultLockTimeout};
+  int canceled_ = 0; // the error of the limit that was reached
+};
+
+} // namespace tsql

@@ -1,0 +1,110 @@
+#include "tsql/run/Interpreter.h"
+
+#include "tsql/run/ForeignKeys.h"
+#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Conversion.h"
+
+#include <algorithm>
+
+namespace tsql {
+namespace {
+
+const char* VerbOf(StatementKind kind) {
+  switch (kind) {
+  case StatementKind::Insert: return "INSERT";
+  case StatementKind::Update: return "UPDATE";
+  case StatementKind::Delete: return "DELETE";
+  default: return "";
+  }
+}
+
+} // namespace
+
+template <typename Change>
+int64_t Interpreter::MakeChange(const TableInfo& target, Change change) {
+  if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return change();
+  const std::vector<ForeignKey> foreignKeys = ForeignKeysOf(target, catalog_);
+  if (foreignKeys.empty()) return change();
+  context_.suspects.clear();
+  StatementScope scope(transaction_, Place::Main);
+  const int64_t count = change();
+  for (const ForeignKey& foreignKey : foreignKeys) {
+    const bool isSuspected = std::find(context_.suspects.begin(), context_.suspects.end(),
+                                       foreignKey.key->name) != context_.suspects.end();
+    if (isSuspected && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
+      throw Error(ForeignKeyError(foreignKey, target, verb_, catalog_));
+  }
+  scope.Complete();
+  return count;
+}
+
+int64_t Interpreter::StepChange(Plan& plan) {
+  const StatementUse use(plan.statement);
+  plan.statement.Step();
+  return sqlite3_changes64(connection_.Handle());
+}
+
+// SQLite looks for duplicates after each row, the server when all rows are changed. So an update that moves
+// keys is made by deleting its rows and inserting the new ones.
+int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableInfo& table) {
+  constexpr const char* kRows = "temp.\"~updated\"";
+  constexpr const char* kNumber = "\"~row\"";
+  std::string columns;
+  for (const ColumnInfo& column : table.columns)
+    columns += (columns.empty() ? "" : ", ") + QuoteName(column.name);
+  const std::string all = std::string(kNumber) + ", " + columns;
+  StatementScope scope(transaction_, table.place);
+  connection_.Run(std::string("CREATE TABLE ") + kRows + "(" + all + ")");
+  Plan rows = MakePlanner().UpdatedRowsPlan(statement, kRows, kNumber);
+  BindParameters(rows);
+  StepChange(rows);
+  connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ IN (SELECT " + kNumber + " FROM " +
+                  kRows + ")");
+  // Where no column is the rowid, the rows keep the rowid that they had.
+  const bool hasOwn = table.rowidColumn >= 0;
+  connection_.Run("INSERT INTO " + table.SqlName() + "(" + (hasOwn ? "" : "_rowid_, ") + columns +
+                  ") SELECT " + (hasOwn ? columns : all) + " FROM " + kRows);
+  const int64_t count = sqlite3_changes64(connection_.Handle());
+  connection_.Run(std::string("DROP TABLE ") + kRows);
+  scope.Complete();
+  return count;
+}
+
+void Interpreter::RunChange(const Statement& statement) {
+  Plan& plan = MakePlanner().ChangePlan(statement);
+  const TablePtr target = plan.target;
+  target_ = target.get();
+  verb_ = VerbOf(statement.kind);
+  transaction_.BeforeWrite();
+  BindParameters(plan);
+  int64_t count = 0;
+  try {
+    count = MakeChange(*target, [&] {
+      try {
+        return StepChange(plan);
+      } catch (const SqliteFailure& failure) {
+        const bool isDuplicate = failure.code == SQLITE_CONSTRAINT_UNIQUE ||
+                                 failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||
+                                 failure.code == SQLITE_CONSTRAINT_ROWID;
+        if (statement.kind != StatementKind::Update || !isDuplicate) throw;
+        return ReplaceRows(static_cast<const UpdateStatement&>(statement), *target);
+      }
+    });
+  } catch (const SqliteFailure& failure) {
+    if (limits_.Ended(failure)) throw;
+    // It is translated here, because the message needs the target, which is valid only during the statement.
+    Error error = Translate(failure);
+    target_ = nullptr;
+    throw Error(std::move(error));
+  }
+  target_ = nullptr;
+  if (statement.kind == StatementKind::Insert && count > 0 && target->identityColumn >= 0) {
+    const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
+    identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
+                        ConvertMode::Cast);
+    frame_->scopeIdentity = identity_;
+  }
+  SendRowCount(count);
+}
+
+} // namespace tsql

@@ -1,0 +1,99 @@
+#include "tsql/run/Interpreter.h"
+
+#include "tsql/values/Errors.h"
+
+#include <cassert>
+
+namespace tsql {
+
+void Interpreter::MarkSchemaChange(Place place) {
+  if (place != Place::Temp) transaction_.MarkSchemaChange();
+}
+
+void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter) {
+  StatementScope scope(transaction_, Place::Main);
+  const bool isView = kind == ModuleKind::View;
+  const ModulePtr existing = isView ? catalog_.FindView(name) : catalog_.FindProcedure(name);
+  if (!alter && catalog_.Exists(name)) Fail(2714, {name.name});
+  if (alter && !existing) Fail(208, {name.name});
+  catalog_.AddModule(kind, {existing ? existing->name : name.name, text});
+  scope.Complete();
+  MarkSchemaChange(Place::Main);
+}
+
+void Interpreter::RunDrop(const DropStatement& statement) {
+  for (const ObjectName& name : statement.names) {
+    const Place place = PlaceOf(name);
+    StatementScope scope(transaction_, place);
+    switch (statement.object) {
+    case ObjectKind::Table: {
+      const TablePtr table = catalog_.FindTable(name);
+      if (!table && !statement.ifExists) Fail(3701, {"table", name.name});
+      if (table) definitions_.DropTable(*table);
+      break;
+    }
+    case ObjectKind::Index: definitions_.DropIndex(name, statement.ifExists); break;
+    default: {
+      const bool isView = statement.object == ObjectKind::View;
+      const ModulePtr module = isView ? catalog_.FindView(name) : catalog_.FindProcedure(name);
+      if (!module && !statement.ifExists) Fail(3701, {isView ? "view" : "procedure", name.name});
+      if (module) catalog_.RemoveModule(std::string(module->name));
+    }
+    }
+    scope.Complete();
+    MarkSchemaChange(place);
+  }
+}
+
+void Interpreter::RunTruncate(const TruncateStatement& statement) {
+  const TablePtr table = catalog_.FindTable(statement.table);
+  if (!table) Fail(4701, {statement.table.name});
+  StatementScope scope(transaction_, table->place);
+  definitions_.TruncateTable(*table);
+  scope.Complete();
+}
+
+void Interpreter::RunDefinition(const Statement& statement) {
+  switch (statement.kind) {
+  case StatementKind::CreateTable: {
+    const auto& create = static_cast<const CreateTableStatement&>(statement);
+    StatementScope scope(transaction_, PlaceOf(create.table));
+    definitions_.CreateTable(create);
+    scope.Complete();
+    MarkSchemaChange(PlaceOf(create.table));
+    break;
+  }
+  case StatementKind::CreateIndex: {
+    const auto& create = static_cast<const CreateIndexStatement&>(statement);
+    StatementScope scope(transaction_, PlaceOf(create.table));
+    definitions_.CreateIndex(create);
+    scope.Complete();
+    MarkSchemaChange(PlaceOf(create.table));
+    break;
+  }
+  case StatementKind::AlterTable: {
+    const auto& alter = static_cast<const AlterTableStatement&>(statement);
+    StatementScope scope(transaction_, PlaceOf(alter.table));
+    definitions_.AlterTable(alter);
+    scope.Complete();
+    MarkSchemaChange(PlaceOf(alter.table));
+    break;
+  }
+  case StatementKind::Drop: RunDrop(static_cast<const DropStatement&>(statement)); break;
+  case StatementKind::Truncate: RunTruncate(static_cast<const TruncateStatement&>(statement)); break;
+  case StatementKind::CreateView: {
+    const auto& view = static_cast<const CreateViewStatement&>(statement);
+    // The view must hold together now, not only when it is used.
+    compiler_.CheckView(view, *frame_->unit);
+    RunModule(view.name, ModuleKind::View, view.text, view.alter);
+    break;
+  }
+  default: {
+    assert(statement.kind == StatementKind::CreateProcedure);
+    const auto& procedure = static_cast<const CreateProcedureStatement&>(statement);
+    RunModule(procedure.name, ModuleKind::Procedure, procedure.text, procedure.alter);
+  }
+  }
+}
+
+} // namespace tsql

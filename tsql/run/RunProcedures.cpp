@@ -1,0 +1,139 @@
+#include "tsql/run/Interpreter.h"
+
+#include "tsql/values/Conversion.h"
+#include "tsql/values/Errors.h"
+
+#include <utility>
+
+namespace tsql {
+namespace {
+
+constexpr int kMaxNesting = 32;
+
+// Makes another frame the current one, until the end of the block.
+class FrameSwap {
+ public:
+  FrameSwap(Frame*& current, Frame& other) : current_(current), saved_(std::exchange(current, &other)) {}
+  FrameSwap(const FrameSwap&) = delete;
+  FrameSwap& operator=(const FrameSwap&) = delete;
+  ~FrameSwap() { current_ = saved_; }
+
+ private:
+  Frame*& current_;
+  Frame* saved_;
+};
+
+} // namespace
+
+// Holds a procedure's frame and temporary tables, and ends them when the procedure ends, by an exception too.
+struct Interpreter::ProcedureScope {
+  ProcedureScope(Interpreter& interpreter, Frame& frame)
+      : owner(interpreter), savedFrame(std::exchange(interpreter.frame_, &frame)) {
+    owner.catalog_.EnterScope();
+    ++owner.nesting_;
+  }
+  ProcedureScope(const ProcedureScope&) = delete;
+  ProcedureScope& operator=(const ProcedureScope&) = delete;
+  ~ProcedureScope() {
+    --owner.nesting_;
+    owner.frame_ = savedFrame;
+    for (const TablePtr& table : owner.catalog_.LeaveScope()) {
+      try {
+        owner.definitions_.DropTable(*table);
+      } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): the table went with a rollback
+      }
+    }
+  }
+  Interpreter& owner;
+  Frame* savedFrame;
+};
+
+bool Interpreter::RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sink) {
+  sink_ = &sink;
+  frame.unit = &unit;
+  failed_ = false;
+  const ProcedureScope scope(*this, frame);
+  RunList(*unit.body);
+  return !failed_;
+}
+
+void Interpreter::FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given) {
+  frame.unit = &unit;
+  const FrameSwap swap(frame_, frame);
+  const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
+  for (size_t i = 0; i < parameters.size(); ++i) {
+    if (given[i]) continue;
+    if (!parameters[i].defaultValue) Fail(201, {unit.procedure->name.name, parameters[i].name});
+    Plan& plan = MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type);
+    const StatementUse use(plan.statement);
+    plan.statement.Step();
+    frame.variables[i] = plan.statement.ColumnDatum(0);
+  }
+}
+
+Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, Frame& frame) {
+  if (nesting_ >= kMaxNesting) Fail(217, {});
+  frame.unit = &unit;
+  frame.variables.resize(unit.variables.size());
+  Flow flow = Flow::Next;
+  {
+    const ProcedureScope scope(*this, frame);
+    flow = RunList(*unit.body);
+  }
+  // An error that ends a procedure does not always end its caller.
+  return flow == Flow::Abort && abortsAll_ ? Flow::Abort : Flow::Next;
+}
+
+void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, Frame& callee) {
+  const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
+  std::vector<bool> given(parameters.size(), false);
+  callee.variables.resize(unit.variables.size());
+  size_t position = 0;
+  for (const ExecuteArgument& argument : statement.arguments) {
+    const size_t index = ParameterIndex(unit, argument.name, position++);
+    if (argument.useDefault) continue;
+    Type type;
+    const Datum value = Evaluate(*argument.value, type);
+    callee.variables[index] = Convert(value, type, parameters[index].type, ConvertMode::Cast);
+    given[index] = true;
+  }
+  FillDefaults(unit, callee, given);
+}
+
+void Interpreter::TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit,
+                              const Frame& callee) {
+  size_t position = 0;
+  for (const ExecuteArgument& argument : statement.arguments) {
+    const size_t index = ParameterIndex(unit, argument.name, position++);
+    if (argument.outputVariable.empty()) continue;
+    if (!unit.procedure->parameters[index].output) continue;
+    const auto target = static_cast<size_t>(FindVariable(frame_->unit->variables, argument.outputVariable));
+    frame_->variables[target] = Convert(callee.variables[index], unit.variables[index].type,
+                                        frame_->unit->variables[target].type, ConvertMode::Cast);
+  }
+}
+
+Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
+  if (statement.text) return RunText(statement);
+  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(statement.procedure);
+  Frame callee;
+  callee.procedure = unit->procedure->name.name;
+  BindArguments(statement, *unit, callee);
+  const Flow flow = RunNested(*unit, callee);
+  if (flow == Flow::Abort) return flow;
+  TakeOutputs(statement, *unit, callee);
+  if (!statement.returnVariable.empty()) {
+    const auto target = static_cast<size_t>(FindVariable(frame_->unit->variables, statement.returnVariable));
+    frame_->variables[target] = Convert(Datum::OfInteger(callee.returnStatus), MakeType(TypeId::Int),
+                                        frame_->unit->variables[target].type, ConvertMode::Cast);
+  }
+  return Flow::Next;
+}
+
+Interpreter::Flow Interpreter::RunText(const ExecuteStatement& statement) {
+  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(EvaluateText(*statement.text), {}, {});
+  Frame callee;
+  return RunNested(*unit, callee);
+}
+
+} // namespace tsql

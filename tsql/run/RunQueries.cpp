@@ -1,0 +1,79 @@
+#include "tsql/run/Interpreter.h"
+
+#include "tsql/sqlite/Values.h"
+
+namespace tsql {
+
+Interpreter::Flow Interpreter::RunQuery(const QueryStatement& statement) {
+  if (statement.query->select && statement.query->select->into) {
+    RunSelectInto(statement);
+  } else {
+    Plan& plan = MakePlanner().QueryPlan(statement);
+    if (plan.wantsLock) transaction_.BeforeWrite();
+    BindParameters(plan);
+    if (plan.assigned.empty()) {
+      ReturnRows(plan);
+    } else {
+      AssignRows(plan);
+    }
+  }
+  lastError_ = 0;
+  return Flow::Next;
+}
+
+void Interpreter::SendRowCount(int64_t count) {
+  rowCount_ = count;
+  if (!noCount_) sink_->RowCount(count);
+}
+
+void Interpreter::ReturnRows(Plan& plan) {
+  const StatementUse use(plan.statement);
+  // The first row is computed before anything is sent, so that a statement which fails there gives no result.
+  bool hasRow = plan.statement.Step();
+  sink_->BeginRows(plan.columns);
+  std::vector<Value> values(plan.columns.size());
+  int64_t count = 0;
+  for (; hasRow; hasRow = plan.statement.Step()) {
+    for (size_t i = 0; i < values.size(); ++i)
+      values[i] = ValueOfColumn(plan.statement, static_cast<int>(i), plan.columns[i].type);
+    sink_->Row(values);
+    ++count;
+  }
+  rowCount_ = count;
+  sink_->EndRows(count);
+}
+
+void Interpreter::AssignRows(Plan& plan) {
+  const StatementUse use(plan.statement);
+  // The statement reads the values that the variables had before it. They must live until it has ended.
+  const std::vector<Datum> former = frame_->variables;
+  int index = 1;
+  for (const ParameterRef& ref : plan.parameters) {
+    if (ref.kind == BoundExpr::Kind::Variable)
+      plan.statement.Bind(index, former[static_cast<size_t>(ref.index)]);
+    ++index;
+  }
+  int64_t count = 0;
+  while (plan.statement.Step()) {
+    for (size_t i = 0; i < plan.assigned.size(); ++i)
+      frame_->variables[static_cast<size_t>(plan.assigned[i])] =
+          plan.statement.ColumnDatum(static_cast<int>(i));
+    ++count;
+  }
+  rowCount_ = count;
+}
+
+void Interpreter::RunSelectInto(const QueryStatement& statement) {
+  const ObjectName& name = *statement.query->select->into;
+  StatementScope scope(transaction_, PlaceOf(name));
+  BoundQueryPtr query = compiler_.BindInto(statement, *frame_->unit);
+  definitions_.CreateTable(name, query->columns);
+  Plan plan = compiler_.PlanInto(std::move(query), catalog_.FindTable(name));
+  BindParameters(plan);
+  plan.statement.Step();
+  scope.Complete();
+  MarkSchemaChange(PlaceOf(name));
+  SendRowCount(sqlite3_changes64(connection_.Handle()));
+}
+
+} // namespace tsql

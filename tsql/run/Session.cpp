@@ -1,0 +1,276 @@
+#include "tsql/run/Database.h"
+#include "tsql/run/Interpreter.h"
+#include "tsql/sqlite/Values.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/DateTime.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+
+namespace tsql {
+namespace {
+
+class SessionImpl : public Session {
+ public:
+  explicit SessionImpl(std::shared_ptr<DatabaseImpl> database)
+      : database_(std::move(database)), connection_(database_->Connect()),
+        catalog_(connection_, database_->Name()), compiler_(connection_, catalog_),
+        definitions_(connection_, catalog_, compiler_), transaction_(connection_, catalog_),
+        interpreter_(connection_, catalog_, compiler_, definitions_, context_, transaction_) {
+    context_.catalog = &catalog_;
+    RegisterFunctions(connection_.Handle(), context_);
+    dataVersion_ = connection_.Prepare("PRAGMA main.data_version");
+    if (database_->IsFile()) schemaVersion_ = connection_.Prepare("PRAGMA main.schema_version");
+  }
+  SessionImpl(const SessionImpl&) = delete;
+  SessionImpl& operator=(const SessionImpl&) = delete;
+  ~SessionImpl() override;
+
+  bool Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) override;
+  std::optional<int32_t> Call(std::string_view procedure, std::span<Parameter> parameters,
+                              ResultSink& sink) override;
+  void Begin() override { transaction_.Begin(); }
+  void Commit() override;
+  void Rollback() override;
+  int TransactionCount() const override { return transaction_.Count(); }
+  bool NoCount() const override { return interpreter_.NoCount(); }
+  void SetNow(std::optional<DateTime> now) override;
+  ChangeStamp GetChangeStamp() override;
+  void SetLockTimeout(int milliseconds) override { interpreter_.limits().SetLockTimeout(milliseconds); }
+  void SetWorkLimit(std::optional<int64_t> steps) override { interpreter_.limits().SetWorkLimit(steps); }
+  void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) override {
+    interpreter_.limits().SetTimeLimit(limit);
+  }
+
+ private:
+  struct Arguments {
+    std::vector<VariableInfo> variables;
+    std::vector<Datum> values;
+    std::vector<Type> markerTypes;
+    std::vector<Datum> markers;
+  };
+
+  void Refresh();
+  void DropGlobalTables();
+  void PublishSchema();
+  static Arguments ReadArguments(std::span<Parameter> parameters);
+  // `index` is that of the variable which the output parameter receives.
+  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame, size_t index);
+  std::vector<bool> FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit, Frame& frame) const;
+  template <typename Work>
+  bool Guard(ResultSink& sink, Work work);
+  void Cancel(const Canceled& canceled, ResultSink& sink);
+
+  std::shared_ptr<DatabaseImpl> database_;
+  FunctionContext context_;
+  Connection connection_;
+  Catalog catalog_;
+  Compiler compiler_;
+  Definitions definitions_;
+  Transaction transaction_;
+  PreparedStatement schemaVersion_;
+  PreparedStatement dataVersion_;
+  Interpreter interpreter_;
+};
+
+SessionImpl::~SessionImpl() {
+  try {
+    transaction_.RollbackIfOpen();
+    DropGlobalTables();
+    PublishSchema();
+  } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): closing the connection rolls back too
+  }
+}
+
+ChangeStamp SessionImpl::GetChangeStamp() {
+  const StatementUse use(dataVersion_);
+  dataVersion_.Step();
+  return {sqlite3_total_changes64(connection_.Handle()), dataVersion_.ColumnInteger(0)};
+}
+
+// Global temporary tables end with the session that created them.
+void SessionImpl::DropGlobalTables() {
+  Refresh();
+  const std::vector<std::string> names = catalog_.OwnGlobalTables();
+  for (const std::string& name : names) {
+    ObjectName object;
+    object.name = name;
+    const TablePtr table = catalog_.FindTable(object);
+    if (!table) continue;
+    StatementScope scope(transaction_, Place::Global);
+    definitions_.DropTable(*table);
+    scope.Complete();
+    transaction_.MarkSchemaChange();
+  }
+}
+
+void SessionImpl::Refresh() {
+  uint64_t version = database_->schemaVersion.load();
+  if (schemaVersion_) {
+    // Other processes may change a file too. SQLite counts the changes of all of them.
+    const StatementUse use(schemaVersion_);
+    schemaVersion_.Step();
+    version = static_cast<uint64_t>(schemaVersion_.ColumnInteger(0)) + 1;
+  }
+  catalog_.Refresh(version, DatabaseImpl::globalVersion.load());
+}
+
+void SessionImpl::PublishSchema() {
+  if (!transaction_.TakeSchemaChange()) return;
+  ++database_->schemaVersion;
+  ++DatabaseImpl::globalVersion;
+}
+
+SessionImpl::Arguments SessionImpl::ReadArguments(std::span<Parameter> parameters) {
+  Arguments arguments;
+  for (const Parameter& parameter : parameters) {
+    const Type type = CompleteType(parameter.type);
+    Datum value = DatumOfValue(parameter.value, type);
+    if (parameter.name.empty()) {
+      arguments.markerTypes.push_back(type);
+      arguments.markers.push_back(std::move(value));
+    } else {
+      arguments.variables.push_back({parameter.name, type});
+      arguments.values.push_back(std::move(value));
+    }
+  }
+  return arguments;
+}
+
+void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame,
+                              size_t index) {
+  const Type type = CompleteType(parameter.type);
+  const Datum value = Convert(frame.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
+  parameter.storage = value.text;
+  parameter.value = ValueOfDatum(value, type);
+  const bool isText = parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes;
+  if (isText) parameter.value.text = parameter.storage;
+}
+
+template <typename Work>
+bool SessionImpl::Guard(ResultSink& sink, Work work) {
+  bool succeeded = false;
+  try {
+    interpreter_.BeginWork();
+    Refresh();
+    succeeded = work();
+  } catch (const Canceled& canceled) {
+    Cancel(canceled, sink);
+  } catch (const SqliteFailure& failure) {
+    if (interpreter_.limits().Ended(failure)) {
+      Cancel(interpreter_.limits().CanceledAt(0), sink);
+    } else {
+      interpreter_.Report(interpreter_.Translate(failure), sink);
+    }
+  } catch (const Error& error) {
+    interpreter_.Report(error, sink);
+  }
+  PublishSchema();
+  return succeeded;
+}
+
+void SessionImpl::Cancel(const Canceled& canceled, ResultSink& sink) {
+  if (canceled.error == kTimeoutExpired && !interpreter_.XactAbort()) {
+    transaction_.Synchronize();
+  } else {
+    transaction_.RollbackIfOpen();
+  }
+  interpreter_.Report(MakeError(canceled.error, canceled.line, {}), sink);
+}
+
+bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) {
+  return Guard(sink, [&] {
+    Arguments arguments = ReadArguments(parameters);
+    const std::shared_ptr<CompiledUnit> unit =
+        compiler_.CompileBatch(batch, arguments.variables, arguments.markerTypes);
+    if (static_cast<size_t>(unit->batch->markers) > arguments.markers.size())
+      Fail(180, {std::to_string(arguments.markers.size() + 1)});
+    Frame frame;
+    frame.variables = std::move(arguments.values);
+    frame.markers = std::move(arguments.markers);
+    const bool succeeded = interpreter_.RunBatch(*unit, frame, sink);
+    for (Parameter& parameter : parameters) {
+      const int variable = parameter.output ? FindVariable(unit->variables, parameter.name) : -1;
+      if (variable >= 0) WriteOutput(parameter, *unit, frame, static_cast<size_t>(variable));
+    }
+    return succeeded;
+  });
+}
+
+std::vector<bool> SessionImpl::FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit,
+                                         Frame& frame) const {
+  const std::vector<ProcedureParameter>& declared = unit.procedure->parameters;
+  frame.variables.resize(unit.variables.size());
+  std::vector<bool> given(declared.size(), false);
+  size_t position = 0;
+  for (const Parameter& parameter : parameters) {
+    const size_t index = ParameterIndex(unit, parameter.name, position++);
+    const Type type = CompleteType(parameter.type);
+    frame.variables[index] =
+        Convert(DatumOfValue(parameter.value, type), type, declared[index].type, ConvertMode::Cast);
+    given[index] = true;
+  }
+  return given;
+}
+
+std::optional<int32_t> SessionImpl::Call(std::string_view procedure, std::span<Parameter> parameters,
+                                         ResultSink& sink) {
+  Frame frame;
+  const bool succeeded = Guard(sink, [&] {
+    ObjectName name;
+    name.name = std::string(procedure);
+    const size_t dot = name.name.rfind('.');
+    if (dot != std::string::npos) {
+      name.schema = name.name.substr(0, dot);
+      name.name.erase(0, dot + 1);
+    }
+    const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(name);
+    frame.procedure = unit->procedure->name.name;
+    interpreter_.FillDefaults(*unit, frame, FillFrame(parameters, *unit, frame));
+    const bool ran = interpreter_.RunProcedure(*unit, frame, sink);
+    size_t position = 0;
+    for (Parameter& parameter : parameters) {
+      const size_t index = ParameterIndex(*unit, parameter.name, position++);
+      if (parameter.output) WriteOutput(parameter, *unit, frame, index);
+    }
+    return ran;
+  });
+  return succeeded ? std::optional<int32_t>(frame.returnStatus) : std::nullopt;
+}
+
+void SessionImpl::Commit() {
+  try {
+    transaction_.Commit();
+  } catch (const SqliteFailure& failure) {
+    throw interpreter_.Translate(failure);
+  }
+  PublishSchema();
+}
+
+void SessionImpl::Rollback() {
+  try {
+    transaction_.Rollback();
+  } catch (const SqliteFailure& failure) {
+    throw interpreter_.Translate(failure);
+  }
+  PublishSchema();
+}
+
+void SessionImpl::SetNow(std::optional<DateTime> now) {
+  interpreter_.SetNow(now ? std::optional<int64_t>(now->days * kTicksPerDay + now->ticks) : std::nullopt);
+}
+
+} // namespace
+
+std::unique_ptr<Session> Session::Open(std::shared_ptr<Database> database) {
+  auto own = std::dynamic_pointer_cast<DatabaseImpl>(std::move(database));
+  if (!own) Fail(4060, {""});
+  try {
+    return std::make_unique<SessionImpl>(std::move(own));
+  } catch (const SqliteFailure& failure) {
+    Fail(4060, {failure.what()});
+  }
+}
+
+} // namespace tsql

@@ -1,0 +1,90 @@
+#include "tsql/run/Transaction.h"
+
+#include "tsql/values/Errors.h"
+
+#include <utility>
+
+namespace tsql {
+
+void Transaction::LockMain() const {
+  // A write that changes no row takes the lock. It waits as long as the session waits for locks.
+  connection_.Run(std::string("UPDATE main.") + storage::kTables + " SET seed = seed WHERE 0");
+}
+
+void Transaction::BeforeWrite() {
+  if (count_ == 0 || open_) return;
+  connection_.Run("BEGIN");
+  try {
+    LockMain();
+  } catch (const SqliteFailure&) {
+    connection_.Run("ROLLBACK");
+    throw;
+  }
+  open_ = true;
+  tempTables_ = catalog_.TempTables();
+}
+
+void Transaction::Commit() {
+  if (count_ == 0) Fail(3902, {});
+  if (count_ == 1 && open_) {
+    connection_.Run("COMMIT");
+    open_ = false;
+    tempTables_.clear();
+  }
+  --count_;
+}
+
+void Transaction::Rollback() {
+  if (count_ == 0) Fail(3903, {});
+  RollbackIfOpen();
+}
+
+void Transaction::RollbackIfOpen() {
+  count_ = 0;
+  if (!open_) return;
+  open_ = false;
+  if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
+  catalog_.RestoreTempTables(std::move(tempTables_));
+  tempTables_.clear();
+  catalog_.Invalidate(Place::Main);
+  catalog_.Invalidate(Place::Global);
+}
+
+void Transaction::Synchronize() {
+  if (open_ && sqlite3_get_autocommit(connection_.Handle()) != 0) RollbackIfOpen();
+}
+
+bool Transaction::TakeSchemaChange() {
+  return !open_ && std::exchange(schemaChanged_, false);
+}
+
+StatementScope::StatementScope(Transaction& transaction, Place place)
+    : transaction_(transaction), tempTables_(transaction.catalog_.TempTables()) {
+  transaction_.BeforeWrite();
+  transaction_.connection_.Run("SAVEPOINT statement");
+  if (place != Place::Main) return;
+  try {
+    transaction_.LockMain();
+  } catch (const SqliteFailure&) {
+    transaction_.connection_.Run("RELEASE statement");
+    throw;
+  }
+}
+
+void StatementScope::Complete() {
+  transaction_.connection_.Run("RELEASE statement");
+  done_ = true;
+}
+
+StatementScope::~StatementScope() {
+  if (done_) return;
+  try {
+    transaction_.connection_.Run("ROLLBACK TO statement; RELEASE statement");
+  } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): SQLite has undone all of it already
+  }
+  transaction_.catalog_.RestoreTempTables(std::move(tempTables_));
+  transaction_.catalog_.Invalidate(Place::Main);
+  transaction_.catalog_.Invalidate(Place::Global);
+}
+
+} // namespace tsql

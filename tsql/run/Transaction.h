@@ -1,0 +1,54 @@
+// A session's transaction, as @@TRANCOUNT counts it. SQLite's transaction begins later, with the first
+// statement that writes. Until then each statement reads what is committed, as under READ COMMITTED, and the
+// first write cannot fail because of an old snapshot.
+#pragma once
+
+#include "tsql/catalog/Catalog.h"
+
+namespace tsql {
+
+class Transaction {
+ public:
+  Transaction(const Connection& connection, Catalog& catalog) : connection_(connection), catalog_(catalog) {}
+
+  int Count() const { return count_; }
+  void Begin() { ++count_; }
+  void Commit();   // 3902 without a transaction
+  void Rollback(); // all levels; 3903 without a transaction
+  void RollbackIfOpen();
+  // Takes the write lock when a counted transaction does not hold it yet.
+  void BeforeWrite();
+  // After some failures SQLite rolls the whole transaction back. Then the count becomes 0.
+  void Synchronize();
+  void MarkSchemaChange() { schemaChanged_ = true; }
+  // Whether a change of the schema has been committed or undone since the last call.
+  bool TakeSchemaChange();
+
+ private:
+  friend class StatementScope;
+  void LockMain() const;
+
+  const Connection& connection_;
+  Catalog& catalog_;
+  int count_ = 0;
+  bool open_ = false;
+  bool schemaChanged_ = false;
+  std::vector<Catalog::TempTable> tempTables_;
+};
+
+// Makes several SQLite statements one: all of them are undone unless Complete is called.
+class StatementScope {
+ public:
+  StatementScope(Transaction& transaction, Place place);
+  StatementScope(const StatementScope&) = delete;
+  StatementScope& operator=(const StatementScope&) = delete;
+  ~StatementScope();
+  void Complete();
+
+ private:
+  Transaction& transaction_;
+  std::vector<Catalog::TempTable> tempTables_;
+  bool done_ = false;
+};
+
+} // namespace tsql

@@ -1,0 +1,127 @@
+#include "tsql/sqlite/Values.h"
+
+#include "tsql/values/Conversion.h"
+#include "tsql/values/DateTime.h"
+
+namespace tsql {
+namespace {
+
+Datum NaturalDatum(const Value& value, Type& type) {
+  switch (value.kind) {
+  case Value::Kind::Integer: type = MakeType(TypeId::BigInt); return Datum::OfInteger(value.integer);
+  case Value::Kind::Float: type = MakeType(TypeId::Float); return Datum::OfReal(value.real);
+  case Value::Kind::Decimal:
+    type = MakeDecimal(kMaxPrecision, value.decimal.scale);
+    return DatumOfDecimal(value.decimal, type);
+  case Value::Kind::Text:
+    type = MakeType(TypeId::NVarChar, -1);
+    return Datum::OfText(std::string(value.text));
+  case Value::Kind::Bytes:
+    type = MakeType(TypeId::VarBinary, -1);
+    return Datum::OfBlob(std::string(value.text));
+  case Value::Kind::DateTime:
+    type = MakeType(TypeId::DateTime);
+    return Datum::OfInteger(value.datetime.days * kTicksPerDay + value.datetime.ticks);
+  case Value::Kind::Null: break;
+  }
+  return {};
+}
+
+void SetMoment(Value& value, int64_t ticks) {
+  value.kind = Value::Kind::DateTime;
+  const int64_t days = FloorDays(ticks);
+  value.datetime.days = static_cast<int32_t>(days);
+  value.datetime.ticks = static_cast<int32_t>(ticks - days * kTicksPerDay);
+}
+
+void SetDecimal(Value& value, const Decimal& decimal) {
+  value.kind = Value::Kind::Decimal;
+  value.decimal = decimal;
+}
+
+} // namespace
+
+Datum DatumOfValue(const Value& value, const Type& type) {
+  if (value.kind == Value::Kind::Null) return {};
+  Type natural;
+  const Datum datum = NaturalDatum(value, natural);
+  return natural == type ? datum : Convert(datum, natural, type, ConvertMode::Cast);
+}
+
+Value ValueOfDatum(const Datum& datum, const Type& type) {
+  Value value;
+  if (datum.IsNull()) return value;
+  switch (FamilyOf(type.id)) {
+  case Family::Integer:
+    value.kind = Value::Kind::Integer;
+    value.integer = datum.integer;
+    break;
+  case Family::Decimal: SetDecimal(value, DecimalOf(datum, type)); break;
+  case Family::Float:
+    value.kind = Value::Kind::Float;
+    value.real = datum.real;
+    break;
+  case Family::DateTime: SetMoment(value, datum.integer); break;
+  case Family::Binary:
+    value.kind = Value::Kind::Bytes;
+    value.text = datum.text;
+    break;
+  case Family::Text:
+  case Family::Guid:
+    value.kind = Value::Kind::Text;
+    value.text = datum.text;
+    break;
+  }
+  return value;
+}
+
+Value ValueOfColumn(const PreparedStatement& statement, int index, const Type& type) {
+  Value value;
+  sqlite3_stmt* handle = statement.Handle();
+  const int stored = sqlite3_column_type(handle, index);
+  if (stored == SQLITE_NULL) return value;
+  switch (FamilyOf(type.id)) {
+  case Family::Integer:
+    value.kind = Value::Kind::Integer;
+    value.integer = sqlite3_column_int64(handle, index);
+    break;
+  case Family::Decimal:
+    if (stored == SQLITE_BLOB) {
+      SetDecimal(value, DecodeWide(statement.ColumnText(index), type.scale));
+    } else {
+      SetDecimal(value, DecimalOf(Datum::OfInteger(sqlite3_column_int64(handle, index)), type));
+    }
+    break;
+  case Family::Float:
+    value.kind = Value::Kind::Float;
+    value.real = sqlite3_column_double(handle, index);
+    break;
+  case Family::DateTime: SetMoment(value, sqlite3_column_int64(handle, index)); break;
+  case Family::Binary:
+    value.kind = Value::Kind::Bytes;
+    value.text = statement.ColumnText(index);
+    break;
+  case Family::Text:
+  case Family::Guid:
+    value.kind = Value::Kind::Text;
+    value.text = statement.ColumnText(index);
+    break;
+  }
+  return value;
+}
+
+Type CompleteType(const Type& type) {
+  Type complete = MakeType(type.id, type.length);
+  if (type.id == TypeId::Decimal)
+    complete = MakeDecimal(type.precision == 0 ? kMaxPrecision : type.precision, type.scale);
+  if (TakesLength(type.id) && type.length == 0) {
+    // Without a length nothing can be padded or cut, so the type becomes one of varying length.
+    const TypeId varying = FamilyOf(type.id) == Family::Binary ? TypeId::VarBinary
+                           : IsUnicode(type.id)                ? TypeId::NVarChar
+                                                               : TypeId::VarChar;
+    complete = MakeType(varying, IsUnicode(type.id) ? 4000 : 8000);
+  }
+  return complete;
+}
+
+} // namespace tsql

@@ -1,0 +1,419 @@
+#include "tsql/syntax/ParserRules.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tsql {
+
+bool IsPredicate(const Expr& expr) {
+  switch (expr.kind) {
+  case ExprKind::Compare:
+  case ExprKind::And:
+  case ExprKind::Or:
+  case ExprKind::Not:
+  case ExprKind::IsNull:
+  case ExprKind::Like:
+  case ExprKind::Between:
+  case ExprKind::InList:
+  case ExprKind::InQuery:
+  case ExprKind::Exists: return true;
+  default: return false;
+  }
+}
+
+ExprPtr Parser::MakeExpr(ExprKind kind) const {
+  auto expr = std::make_unique<Expr>();
+  expr->kind = kind;
+  expr->line = Current().line;
+  return expr;
+}
+
+ExprPtr Parser::RequirePredicate(ExprPtr expr) {
+  if (IsPredicate(*expr)) return expr;
+  const Token& near = IsAtEnd() && at_ > 0 ? tokens_[at_ - 1] : Current();
+  Fail(4145, {near.source}, near.line);
+}
+
+ExprPtr Parser::RequireScalar(ExprPtr expr) {
+  if (IsPredicate(*expr)) SyntaxError();
+  return expr;
+}
+
+ExprPtr Parser::ParseCondition() {
+  return RequirePredicate(ParseOr());
+}
+
+ExprPtr Parser::ParseExpression() {
+  return RequireScalar(ParseAdditive());
+}
+
+ExprPtr Parser::ParseOr() {
+  ExprPtr left = ParseAnd();
+  while (IsWord("or")) {
+    ExprPtr node = MakeExpr(ExprKind::Or);
+    node->args.push_back(RequirePredicate(std::move(left)));
+    TakeWord("or");
+    node->args.push_back(RequirePredicate(ParseAnd()));
+    left = Measured(std::move(node));
+  }
+  return left;
+}
+
+ExprPtr Parser::ParseAnd() {
+  ExprPtr left = ParseNot();
+  while (IsWord("and")) {
+    ExprPtr node = MakeExpr(ExprKind::And);
+    node->args.push_back(RequirePredicate(std::move(left)));
+    TakeWord("and");
+    node->args.push_back(RequirePredicate(ParseNot()));
+    left = Measured(std::move(node));
+  }
+  return left;
+}
+
+ExprPtr Parser::ParseNot() {
+  const Level level(*this);
+  if (!IsWord("not")) return Measured(ParsePredicate());
+  ExprPtr node = MakeExpr(ExprKind::Not);
+  TakeWord("not");
+  node->args.push_back(RequirePredicate(ParseNot()));
+  return Measured(std::move(node));
+}
+
+ExprPtr Parser::ParsePredicate() {
+  if (IsWord("exists")) {
+    ExprPtr node = MakeExpr(ExprKind::Exists);
+    TakeWord("exists");
+    ExpectSymbol("(");
+    node->query = ParseSubquery(*node);
+    ExpectSymbol(")");
+    return node;
+  }
+  return ParsePredicateTail(ParseAdditive());
+}
+
+std::optional<CompareOp> Parser::TakeCompareOp() {
+  struct Entry {
+    const char* symbol;
+    CompareOp op;
+  };
+  constexpr Entry kOps[] = {
+      {"=", CompareOp::Equal},         {"<>", CompareOp::NotEqual},     {"!=", CompareOp::NotEqual},
+      {"<", CompareOp::Less},          {"<=", CompareOp::LessEqual},    {">", CompareOp::Greater},
+      {">=", CompareOp::GreaterEqual}, {"!<", CompareOp::GreaterEqual}, {"!>", CompareOp::LessEqual}};
+  for (const Entry& entry : kOps)
+    if (TakeSymbol(entry.symbol)) return entry.op;
+  return std::nullopt;
+}
+
+ExprPtr Parser::ParsePredicateTail(ExprPtr left) {
+  if (IsPredicate(*left)) return left;
+  if (const std::optional<CompareOp> op = TakeCompareOp()) return ParseComparison(std::move(left), *op);
+  if (IsWord("is")) {
+    ExprPtr node = MakeExpr(ExprKind::IsNull);
+    TakeWord("is");
+    node->negated = TakeWord("not");
+    ExpectWord("null");
+    node->args.push_back(std::move(left));
+    return node;
+  }
+  const bool negated = IsWord("not") && (IsWordAt(1, "like") || IsWordAt(1, "between") || IsWordAt(1, "in"));
+  if (negated) TakeWord("not");
+  if (IsWord("like")) {
+    ExprPtr node = MakeExpr(ExprKind::Like);
+    TakeWord("like");
+    node->negated = negated;
+    node->args.push_back(std::move(left));
+    node->args.push_back(ParseExpression());
+    if (TakeWord("escape")) node->args.push_back(ParseExpression());
+    return node;
+  }
+  if (IsWord("between")) {
+    ExprPtr node = MakeExpr(ExprKind::Between);
+    TakeWord("between");
+    node->negated = negated;
+    node->args.push_back(std::move(left));
+    node->args.push_back(ParseExpression());
+    ExpectWord("and");
+    node->args.push_back(ParseExpression());
+    return node;
+  }
+  return TakeWord("in") ? ParseIn(std::move(left), negated) : std::move(left);
+}
+
+ExprPtr Parser::ParseComparison(ExprPtr left, CompareOp op) {
+  ExprPtr node = MakeExpr(ExprKind::Compare);
+  node->compare = op;
+  if (IsWord("all") || IsWord("any") || IsWord("some"))
+    FailUnsupported("A comparison with ALL, ANY or SOME", Current().line);
+  node->args.push_back(std::move(left));
+  node->args.push_back(ParseExpression());
+  return node;
+}
+
+ExprPtr Parser::ParseIn(ExprPtr left, bool negated) {
+  ExprPtr node = MakeExpr(ExprKind::InList);
+  node->negated = negated;
+  node->args.push_back(std::move(left));
+  ExpectSymbol("(");
+  if (StartsQuery(true)) {
+    node->kind = ExprKind::InQuery;
+    node->query = ParseSubquery(*node);
+  } else {
+    do node->args.push_back(ParseExpression());
+    while (TakeSymbol(","));
+  }
+  ExpectSymbol(")");
+  return node;
+}
+
+ExprPtr Parser::ParseAdditive() {
+  struct Entry {
+    const char* symbol;
+    ArithmeticOp op;
+  };
+  constexpr Entry kOps[] = {{"+", ArithmeticOp::Add},
+                            {"-", ArithmeticOp::Subtract},
+                            {"&", ArithmeticOp::BitAnd},
+                            {"|", ArithmeticOp::BitOr},
+                            {"^", ArithmeticOp::BitXor}};
+  ExprPtr left = ParseMultiplicative();
+  while (true) {
+    const Entry* found = nullptr;
+    for (const Entry& entry : kOps)
+      if (IsSymbol(entry.symbol)) found = &entry;
+    if (found == nullptr) return left;
+    ExprPtr node = MakeExpr(ExprKind::Arithmetic);
+    node->arithmetic = found->op;
+    node->args.push_back(RequireScalar(std::move(left)));
+    TakeSymbol(found->symbol);
+    node->args.push_back(RequireScalar(ParseMultiplicative()));
+    left = Measured(std::move(node));
+  }
+}
+
+ExprPtr Parser::ParseMultiplicative() {
+  ExprPtr left = ParseUnary();
+  while (IsSymbol("*") || IsSymbol("/") || IsSymbol("%")) {
+    ExprPtr node = MakeExpr(ExprKind::Arithmetic);
+    node->arithmetic = IsSymbol("*")   ? ArithmeticOp::Multiply
+                       : IsSymbol("/") ? ArithmeticOp::Divide
+                                       : ArithmeticOp::Modulo;
+    node->args.push_back(RequireScalar(std::move(left)));
+    ++at_;
+    node->args.push_back(RequireScalar(ParseUnary()));
+    left = Measured(std::move(node));
+  }
+  return left;
+}
+
+ExprPtr Parser::ParseUnary() {
+  const Level level(*this);
+  if (TakeSymbol("+")) return RequireScalar(ParseUnary());
+  if (!IsSymbol("-") && !IsSymbol("~")) return Measured(ParsePrimary());
+  ExprPtr node = MakeExpr(IsSymbol("-") ? ExprKind::Negate : ExprKind::BitNot);
+  ++at_;
+  node->args.push_back(RequireScalar(ParseUnary()));
+  return Measured(std::move(node));
+}
+
+QueryPtr Parser::ParseSubquery(Expr& owner) {
+  const int outer = deepest_;
+  deepest_ = 0;
+  QueryPtr query = ParseQuery();
+  owner.depth = deepest_ + 1;
+  deepest_ = std::max(outer, owner.depth);
+  return query;
+}
+
+ExprPtr Parser::ParsePrimary() {
+  switch (Current().kind) {
+  case TokenKind::Text:
+  case TokenKind::UnicodeText:
+  case TokenKind::Integer:
+  case TokenKind::Decimal:
+  case TokenKind::Float:
+  case TokenKind::Money:
+  case TokenKind::Binary: return ParseLiteral();
+  case TokenKind::Variable: {
+    ExprPtr node = MakeExpr(ExprKind::Variable);
+    node->text = TakeVariable();
+    return node;
+  }
+  case TokenKind::QuotedName: return ParseColumn();
+  case TokenKind::Symbol:
+    if (IsSymbol("(")) return ParseParenthesis();
+    if (IsSymbol("?")) {
+      ExprPtr node = MakeExpr(ExprKind::Marker);
+      node->marker = markers_++;
+      ++at_;
+      return node;
+    }
+    SyntaxError();
+  case TokenKind::End: SyntaxError();
+  case TokenKind::Word: break;
+  }
+  if (IsWord("null")) {
+    ExprPtr node = MakeExpr(ExprKind::Null);
+    ++at_;
+    return node;
+  }
+  if (IsWord("case")) return ParseCase();
+  if (IsWord("cast") && IsSymbolAt(1, "(")) return ParseCast();
+  if (IsWord("convert") && IsSymbolAt(1, "(")) return ParseConvert();
+  if (IsWord("current_timestamp")) {
+    ExprPtr node = MakeExpr(ExprKind::Call);
+    node->text = "getdate";
+    ++at_;
+    return node;
+  }
+  constexpr std::array<std::string_view, 5> kReservedFunctions = {"left", "right", "coalesce", "nullif",
+                                                                  "user"};
+  bool isFunction = IsSymbolAt(1, "(");
+  if (isFunction && IsReserved(Current().text)) {
+    isFunction = false;
+    for (const std::string_view name : kReservedFunctions) isFunction = isFunction || IsWord(name);
+  }
+  return isFunction ? ParseCall() : ParseColumn();
+}
+
+ExprPtr Parser::ParseParenthesis() {
+  ExpectSymbol("(");
+  if (StartsQuery(true)) {
+    ExprPtr node = MakeExpr(ExprKind::Subquery);
+    node->query = ParseSubquery(*node);
+    ExpectSymbol(")");
+    return node;
+  }
+  ExprPtr inner = ParseOr();
+  ExpectSymbol(")");
+  return inner;
+}
+
+ExprPtr Parser::ParseLiteral() {
+  ExprPtr node = MakeExpr(ExprKind::Literal);
+  node->literal = Current().kind;
+  node->text = Current().text;
+  ++at_;
+  return node;
+}
+
+ExprPtr Parser::ParseCase() {
+  ExprPtr node = MakeExpr(ExprKind::Case);
+  ExpectWord("case");
+  if (!IsWord("when")) {
+    node->hasOperand = true;
+    node->args.push_back(ParseExpression());
+  }
+  do {
+    ExpectWord("when");
+    node->args.push_back(node->hasOperand ? ParseExpression() : ParseCondition());
+    ExpectWord("then");
+    node->args.push_back(ParseExpression());
+  } while (IsWord("when"));
+  if (TakeWord("else")) {
+    node->hasElse = true;
+    node->args.push_back(ParseExpression());
+  }
+  ExpectWord("end");
+  return node;
+}
+
+constexpr int32_t kCastLength = 30;
+
+ExprPtr Parser::ParseCast() {
+  ExprPtr node = MakeExpr(ExprKind::Cast);
+  ExpectWord("cast");
+  ExpectSymbol("(");
+  node->args.push_back(ParseExpression());
+  ExpectWord("as");
+  node->type = ParseType(kCastLength);
+  ExpectSymbol(")");
+  return node;
+}
+
+ExprPtr Parser::ParseConvert() {
+  ExprPtr node = MakeExpr(ExprKind::Convert);
+  ExpectWord("convert");
+  ExpectSymbol("(");
+  node->type = ParseType(kCastLength);
+  ExpectSymbol(",");
+  node->args.push_back(ParseExpression());
+  if (TakeSymbol(",")) node->args.push_back(ParseExpression());
+  ExpectSymbol(")");
+  return node;
+}
+
+ExprPtr Parser::ParseCall() {
+  ExprPtr node = MakeExpr(ExprKind::Call);
+  node->text = ToLower(Current().text);
+  ++at_;
+  ExpectSymbol("(");
+  if (!TakeSymbol(")")) {
+    if (TakeSymbol("*")) {
+      node->star = true;
+    } else {
+      node->distinct = TakeWord("distinct");
+      if (!node->distinct) TakeWord("all");
+      do node->args.push_back(ParseExpression());
+      while (TakeSymbol(","));
+    }
+    ExpectSymbol(")");
+  }
+  if (IsWord("over")) FailUnsupported("The OVER clause", Current().line);
+  return node;
+}
+
+ExprPtr Parser::ParseColumn() {
+  ExprPtr node = MakeExpr(ExprKind::Column);
+  node->parts.push_back(TakeName());
+  while (IsSymbol(".") && IsNameAt(1)) {
+    ++at_;
+    node->parts.push_back(TakeName());
+  }
+  return node;
+}
+
+std::pair<int, int> Parser::ParseTypeArguments(bool& given) {
+  std::pair<int, int> arguments{0, 0};
+  given = TakeSymbol("(");
+  if (!given) return arguments;
+  const auto takeNumber = [this] {
+    if (TakeWord("max")) return -1;
+    if (Current().kind != TokenKind::Integer || Current().text.size() > 6) SyntaxError();
+    return std::stoi(tokens_[at_++].text);
+  };
+  arguments.first = takeNumber();
+  if (TakeSymbol(",")) arguments.second = takeNumber();
+  ExpectSymbol(")");
+  return arguments;
+}
+
+Type Parser::ParseType(int32_t defaultLength) {
+  const Token& token = Current();
+  const std::string name = TakeName();
+  const std::optional<TypeId> id = FindType(name);
+  if (!id) Fail(2715, {"1", name}, token.line);
+  if (EqualNames(name, "double")) ExpectWord("precision");
+  if (EqualNames(name, "sysname")) return MakeType(*id, 128);
+  bool given = false;
+  const auto [first, second] = ParseTypeArguments(given);
+  if (*id == TypeId::Decimal) {
+    const int precision = given ? first : 18;
+    if (precision < 1 || precision > 38 || second < 0 || second > precision)
+      Fail(102, {std::to_string(second > precision ? second : precision)}, token.line);
+    return MakeDecimal(precision, second);
+  }
+  if (*id == TypeId::Float) return MakeType(given && first <= 24 ? TypeId::Real : TypeId::Float);
+  if (!TakesLength(*id)) {
+    if (given) Fail(2716, {"1", TypeName(*id)}, token.line);
+    return MakeType(*id);
+  }
+  if (given && (first == 0 || first > 8000)) Fail(102, {std::to_string(first)}, token.line);
+  return MakeType(*id, given ? first : defaultLength);
+}
+
+} // namespace tsql

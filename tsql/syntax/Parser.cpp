@@ -1,0 +1,153 @@
+#include "tsql/syntax/Parser.h"
+
+#include "tsql/syntax/ParserRules.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+
+namespace tsql {
+
+const Token& Parser::Next(size_t ahead) const {
+  const size_t index = at_ + ahead;
+  return index < tokens_.size() ? tokens_[index] : tokens_.back();
+}
+
+bool Parser::IsWordAt(size_t ahead, std::string_view word) const {
+  const Token& token = Next(ahead);
+  return token.kind == TokenKind::Word && token.text.size() == word.size() && EqualNames(token.text, word);
+}
+
+bool Parser::IsWord(std::string_view word) const {
+  return IsWordAt(0, word);
+}
+
+bool Parser::IsSymbolAt(size_t ahead, std::string_view symbol) const {
+  const Token& token = Next(ahead);
+  return token.kind == TokenKind::Symbol && token.text == symbol;
+}
+
+bool Parser::IsSymbol(std::string_view symbol) const {
+  return IsSymbolAt(0, symbol);
+}
+
+bool Parser::IsNameAt(size_t ahead) const {
+  const Token& token = Next(ahead);
+  return token.kind == TokenKind::QuotedName || (token.kind == TokenKind::Word && !IsReserved(token.text));
+}
+
+bool Parser::IsName() const {
+  return IsNameAt(0);
+}
+
+bool Parser::TakeWord(std::string_view word) {
+  if (!IsWord(word)) return false;
+  ++at_;
+  return true;
+}
+
+bool Parser::TakeSymbol(std::string_view symbol) {
+  if (!IsSymbol(symbol)) return false;
+  ++at_;
+  return true;
+}
+
+void Parser::ExpectWord(std::string_view word) {
+  if (!TakeWord(word)) SyntaxError();
+}
+
+void Parser::ExpectSymbol(std::string_view symbol) {
+  if (!TakeSymbol(symbol)) SyntaxError();
+}
+
+std::string Parser::TakeName() {
+  if (!IsName()) SyntaxError();
+  return tokens_[at_++].text;
+}
+
+std::string Parser::TakeVariable() {
+  if (Current().kind != TokenKind::Variable) SyntaxError();
+  return tokens_[at_++].text;
+}
+
+std::string Parser::TakeAlias() {
+  if (Current().kind == TokenKind::Text) return tokens_[at_++].text;
+  return TakeName();
+}
+
+std::string Parser::SourceFrom(size_t firstToken) const {
+  const char* begin = tokens_[firstToken].source.data();
+  const std::string_view last = tokens_[at_ - 1].source;
+  return {begin, static_cast<size_t>(last.data() + last.size() - begin)};
+}
+
+void Parser::SyntaxError() const {
+  SyntaxErrorAt(at_);
+}
+
+void Parser::SyntaxErrorAt(size_t token) const {
+  if (tokens_[token].kind == TokenKind::End && lexicalError_) throw Error(*lexicalError_);
+  // At the end of the batch the server names the last word it saw.
+  const bool atEnd = tokens_[token].kind == TokenKind::End && token > 0;
+  const Token& near = tokens_[atEnd ? token - 1 : token];
+  const bool isText = near.kind == TokenKind::Text || near.kind == TokenKind::UnicodeText;
+  const std::string text =
+      isText || near.kind == TokenKind::QuotedName ? near.text : std::string(near.source);
+  if (!atEnd && near.kind == TokenKind::Word && IsReserved(near.text)) Fail(156, {text}, near.line);
+  Fail(102, {text}, near.line);
+}
+
+Parser::Level::Level(Parser& parser) : parser_(parser) {
+  constexpr int kMaxLevels = 400; // a pair of parentheses takes two
+  if (++parser_.levels_ <= kMaxLevels) return;
+  --parser_.levels_;
+  Fail(191, {}, parser_.Current().line);
+}
+
+ExprPtr Parser::Measured(ExprPtr expr) {
+  constexpr int kMaxDepth = 400;
+  for (const ExprPtr& arg : expr->args) expr->depth = std::max(expr->depth, arg->depth + 1);
+  deepest_ = std::max(deepest_, expr->depth);
+  if (expr->depth > kMaxDepth) Fail(191, {}, Current().line);
+  return expr;
+}
+
+void Parser::CountSources() {
+  constexpr int kMaxSources = 256;
+  if (++sources_ > kMaxSources) Fail(106, {std::to_string(kMaxSources)}, Current().line);
+}
+
+void Parser::ParseAll(Batch& batch) {
+  while (true) {
+    while (TakeSymbol(";")) {
+    }
+    if (IsAtEnd()) break;
+    batch.statements.push_back(ParseStatement());
+  }
+  if (lexicalError_) throw Error(*lexicalError_);
+  batch.markers = markers_;
+}
+
+std::unique_ptr<Batch> ParseBatch(std::string text) {
+  auto batch = std::make_unique<Batch>();
+  batch->text = std::move(text);
+  Parser(batch->text).ParseAll(*batch);
+  return batch;
+}
+
+ExprPtr ParseDefault(const std::string& text) {
+  return Parser(text).ParseExpression();
+}
+
+ExprPtr ParseCheck(const std::string& text) {
+  return Parser(text).ParseCondition();
+}
+
+QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns) {
+  const std::unique_ptr<Batch> batch = ParseBatch(text);
+  auto& view = static_cast<CreateViewStatement&>(*batch->statements.front());
+  columns = std::move(view.columns);
+  return std::move(view.query);
+}
+
+} // namespace tsql

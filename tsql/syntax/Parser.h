@@ -1,0 +1,15 @@
+// Makes the syntax tree of a batch. The first syntax error (102, 156 ...) is thrown, with the line of its
+// token.
+#pragma once
+
+#include "tsql/syntax/StatementTree.h"
+
+namespace tsql {
+
+std::unique_ptr<Batch> ParseBatch(std::string text);
+// The source of a DEFAULT, a CHECK and a view, as the catalog keeps it.
+ExprPtr ParseDefault(const std::string& text);
+ExprPtr ParseCheck(const std::string& text);
+QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns);
+
+} // namespace tsql

@@ -1,0 +1,17 @@
+// Moments as texts: those that the server can read, and those that CONVERT writes for each style.
+#pragma once
+
+#include "tsql/values/DateTime.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tsql {
+
+enum class DateParse : uint8_t { Ok, Malformed, OutOfRange };
+DateParse ParseDateTime(std::string_view text, int64_t& ticks);
+// What CONVERT writes for the style; nullopt for a style that does not exist.
+std::optional<std::string> FormatDateTime(int64_t ticks, TypeId type, int style);
+
+} // namespace tsql

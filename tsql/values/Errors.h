@@ -1,0 +1,25 @@
+// The server's errors: number, severity, state and text of each, in one table. Every stage throws them with
+// Fail. An error without a line gets that of the statement which runs.
+#pragma once
+
+#include "tsql/tsql.h"
+
+#include <initializer_list>
+#include <string_view>
+
+namespace tsql {
+
+// The error with its text's placeholders (%1, %2 ...) replaced by the arguments in order.
+Error MakeError(int number, int line, std::initializer_list<std::string_view> arguments);
+
+[[noreturn]] void Fail(int number, std::initializer_list<std::string_view> arguments, int line = 0);
+
+// Refuses by its name what the engine does not know.
+[[noreturn]] void FailUnsupported(std::string_view what, int line = 0);
+
+// Whether the server ends the whole batch after the error and not only the statement, and whether it rolls
+// the transaction back as well.
+bool EndsBatch(const Error& error);
+bool EndsTransaction(const Error& error);
+
+} // namespace tsql
