@@ -1,8 +1,9 @@
 # suites(PROGRAM LABEL…): every suite of a GoogleTest program is a test of CTest's, named PROGRAM.SUITE. Which suites there
 # are is asked of the program when CTest starts and the program is newer than the last answer.
 # Results by the single test lie beside the program, in results/PROGRAM.SUITE.xml.
+# Every test has its build's name for a label as well.
+get_filename_component(PRESET "${PROJECT_BINARY_DIR}" NAME)
 if(WIN32)
-  get_filename_component(PRESET "${PROJECT_BINARY_DIR}" NAME)
   set(CMAKE_CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/tools/wine-exec;${PRESET}")
 endif()
 set(RESULTS "${PROJECT_BINARY_DIR}/results")
@@ -16,7 +17,8 @@ function(suites program)
 set(PROGRAM [[${program}]])
 set(COMMAND [[${CMAKE_CROSSCOMPILING_EMULATOR};$<TARGET_FILE:${program}>]])
 set(FILE [[$<TARGET_FILE:${program}>]])
-set(LABELS [[${ARGN}]])
+set(LABELS [[${ARGN};${PRESET}]])
+set(SOURCE [[${PROJECT_SOURCE_DIR}]])
 set(RESULTS [[${RESULTS}]])
 set(SECONDS ${TEST_SECONDS})
 set(WINDOWS $<BOOL:${WIN32}>)
@@ -29,7 +31,7 @@ endfunction()
 # script_test(NAME LABELS COMMAND…): a test that is one run of a command from the project's directory.
 function(script_test name labels)
   add_test(NAME "${name}" COMMAND ${ARGN} WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")
-  set_tests_properties("${name}" PROPERTIES LABELS "${labels}" TIMEOUT ${TEST_SECONDS})
+  set_tests_properties("${name}" PROPERTIES LABELS "${labels};${PRESET}" TIMEOUT ${TEST_SECONDS})
   if(WIN32)
     set_tests_properties("${name}" PROPERTIES
       FIXTURES_REQUIRED wine ENVIRONMENT "PRESET=${PRESET}" SKIP_RETURN_CODE 77)
