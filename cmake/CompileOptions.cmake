@@ -47,6 +47,12 @@ if(SANITIZE AND NOT WIN32)
   set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -DNDEBUG")
 endif()
 
+option(COVERAGE "Counts which lines and branches run" OFF)
+if(COVERAGE)
+  target_compile_options(project_options INTERFACE --coverage)
+  add_link_options(--coverage)
+endif()
+
 option(FUZZ "The engine's fuzz target instead of its tests; wants clang" OFF)
 if(FUZZ)
   # Not in SQLite: what the fuzzer is to explore is the engine.

@@ -31,10 +31,10 @@ endfunction()
 # script_test(NAME LABELS COMMAND…): a test that is one run of a command from the project's directory.
 function(script_test name labels)
   add_test(NAME "${name}" COMMAND ${ARGN} WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")
-  set_tests_properties("${name}" PROPERTIES LABELS "${labels};${PRESET}" TIMEOUT ${TEST_SECONDS})
+  set_tests_properties("${name}" PROPERTIES LABELS "${labels};${PRESET}" TIMEOUT ${TEST_SECONDS} ENVIRONMENT "PRESET=${PRESET}")
   if(WIN32)
     set_tests_properties("${name}" PROPERTIES
-      FIXTURES_REQUIRED wine ENVIRONMENT "PRESET=${PRESET}" SKIP_RETURN_CODE 77)
+      FIXTURES_REQUIRED wine SKIP_RETURN_CODE 77)
   endif()
 endfunction()
 

@@ -92,6 +92,19 @@ runs_here() {
   fi
 }
 
+# program_file NAME: a program of the build, with or without ".exe"; a path, or the name of a program of Wine's own, as it is.
+program_file() {
+  local file
+  if [[ $1 == */* ]]; then
+    [[ -f $1 ]] || die "no such program: $1"
+  else
+    for file in "$BUILD/$PRESET/bin/$1" "$BUILD/$PRESET/bin/$1.exe"; do
+      if [[ -f $file ]]; then echo "$file" && return; fi
+    done
+  fi
+  echo "$1"
+}
+
 # in_prefix PROGRAM: a program of Wine's own in the width of the build. A 32-bit one lies where Windows has it.
 in_prefix() {
   local name=${1%.exe}

@@ -8,7 +8,6 @@ mkdir -p "$work"
 rm -f "$work"/*
 for PRESET in x86 x64; do
   export PRESET
-  runs_here
   tools/wine-prepare
 done
 database=$work/shared.db

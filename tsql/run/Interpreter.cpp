@@ -163,7 +163,7 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
   } else if (statement.option == "lock_timeout") {
     int milliseconds = 0;
     std::from_chars(statement.value.data(), statement.value.data() + statement.value.size(), milliseconds);
-    SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
+    limits_.SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
   }
 }
 
