@@ -1,5 +1,6 @@
 # suites(PROGRAM LABEL…): every suite of a GoogleTest program is a test of CTest's, named PROGRAM.SUITE. Which suites there
 # are is asked of the program when CTest starts and the program is newer than the last answer.
+# A suite that changes what the others see runs alone: its name is in TESTS_ALONE.
 # Results by the single test lie beside the program, in results/PROGRAM.SUITE.xml.
 # Every test has its build's name for a label as well.
 get_filename_component(PRESET "${PROJECT_BINARY_DIR}" NAME)
