@@ -141,6 +141,7 @@ class Database {
   // `path` is a file, or ":memory:NAME" for an in-memory database that lives as long as any handle of that
   // name. Throws 4060 when the file is not a database of this engine, or with Existing is not there, and 948
   // when a newer version of the engine has written it.
+  // The process has one object for a database, whatever path leads to it.
   static std::shared_ptr<Database> Open(const std::string& path, OpenMode mode);
   virtual ~Database() = default;
 };
@@ -155,6 +156,7 @@ struct ChangeStamp {
 
 class Session {
  public:
+  // Throws 1222 when others keep the database locked, 4060 when its file has gone.
   static std::unique_ptr<Session> Open(std::shared_ptr<Database> database);
   // Rolls back an open transaction and drops the session's temporary tables.
   virtual ~Session() = default;
@@ -192,6 +194,10 @@ class Session {
   virtual void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.
   virtual void SetLockTimeout(int milliseconds) = 0;
+
+  // Makes the session one that a next user cannot tell from a new one: an open transaction is rolled back,
+  // temporary tables are dropped, and clock, limits and options have their defaults.
+  virtual void Reset() = 0;
 };
 
 } // namespace tsql

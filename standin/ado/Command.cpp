@@ -104,10 +104,10 @@ Results Command::Run(const Connection& connection) {
   Results results;
   int32_t status = 0;
   switch (type_) {
-  case CommandType::StoredProcedure: results = session->Call(text_, arguments, status); break;
+  case CommandType::StoredProcedure: results = session->Call(text_, timeout_, arguments, status); break;
   case CommandType::Table:
-  case CommandType::TableDirect: results = connection.Run(text_, type_); break;
-  default: results = session->Execute(text_, arguments); break;
+  case CommandType::TableDirect: results = connection.Run(text_, type_, timeout_); break;
+  default: results = session->Execute(text_, timeout_, arguments); break;
   }
 
   OutputValues outputs;

@@ -35,7 +35,12 @@ void Connection::Open(const Variant& connectionString, const Variant& /*user*/, 
     const std::wstring text = connectionString.AsText();
     if (!text.empty()) connectionString_ = text;
   }
-  const ConnectionString descriptor(connectionString_);
+  OpenOn(ConnectionString(connectionString_));
+}
+
+void Connection::OpenOn(const ConnectionString& descriptor) {
+  RequireClosed();
+  connectionString_ = descriptor.text();
   if (!descriptor.IsEmbedded()) Raise(AdoError::ProviderNotFound, kSource);
   session_ = std::make_shared<Session>(descriptor, errors_);
 }
@@ -53,15 +58,15 @@ const std::shared_ptr<Session>& Connection::session() const {
   return session_;
 }
 
-Results Connection::Run(const std::wstring& text, CommandType type) const {
+Results Connection::Run(const std::wstring& text, CommandType type, int32_t timeout) const {
   switch (type) {
   case CommandType::StoredProcedure: {
     int32_t status = 0;
-    return session()->Call(text, {}, status);
+    return session()->Call(text, timeout, {}, status);
   }
   case CommandType::Table:
-  case CommandType::TableDirect: return session()->Execute(L"select * from " + text);
-  default: return session()->Execute(text);
+  case CommandType::TableDirect: return session()->Execute(L"select * from " + text, timeout);
+  default: return session()->Execute(text, timeout);
   }
 }
 

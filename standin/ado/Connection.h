@@ -49,8 +49,11 @@ class Connection {
   // Throws InvalidConnection when the connection is closed.
   const std::shared_ptr<Session>& session() const;
   CursorLocation cursorLocation() const { return cursorLocation_; }
-  // Runs a text, a table's name or a procedure's name without parameters.
-  Results Run(const std::wstring& text, CommandType type) const;
+  // As Open does with the descriptor's text.
+  void OpenOn(const ConnectionString& descriptor);
+  // Runs a text, a table's name or a procedure's name without parameters, for `timeout` seconds at most.
+  Results Run(const std::wstring& text, CommandType type, int32_t timeout) const;
+  Results Run(const std::wstring& text, CommandType type) const { return Run(text, type, commandTimeout_); }
 
  private:
   void RequireClosed() const;

@@ -15,7 +15,7 @@ std::wstring_view Trim(std::wstring_view text) {
 
 } // namespace
 
-ConnectionString::ConnectionString(std::wstring_view text) {
+ConnectionString::ConnectionString(std::wstring_view text) : text_(text) {
   while (!text.empty()) {
     const size_t equals = text.find_first_of(L"=;");
     if (equals == std::wstring_view::npos) return;

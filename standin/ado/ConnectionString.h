@@ -13,6 +13,7 @@ class ConnectionString {
  public:
   explicit ConnectionString(std::wstring_view text);
 
+  const std::wstring& text() const { return text_; }
   // The value of the key's first pair, trimmed and without braces; empty when there is none.
   std::wstring Get(std::wstring_view key) const;
   // The descriptor without these keys' pairs.
@@ -27,6 +28,7 @@ class ConnectionString {
     std::wstring value;
     std::wstring text; // as written
   };
+  std::wstring text_;
   std::vector<Pair> pairs_;
 };
 

@@ -46,7 +46,8 @@ Mapping MappingOf(int number) {
   case 8134: return {kErrorsInCommand, L"22012"};
   case 512: return {kErrorsInCommand, L"21000"};
   case 1205: return {E_FAIL, L"40001"};
-  case 1222: return {kTimeout, L"HYT00"};
+  case 1222:
+  case tsql::kTimeoutExpired: return {kTimeout, L"HYT00"};
   case 4060: return {E_FAIL, L"42000"};
   default: return {kErrorsInCommand, L"42000"};
   }
@@ -74,7 +75,8 @@ ProviderError ErrorOf(Refusal refusal) {
 
 ProviderError FromServer(const tsql::Error& error) {
   const Mapping mapping = MappingOf(error.number);
-  return {mapping.hr, error.number, mapping.sqlState, com::FromUtf8(error.what())};
+  const int32_t native = error.number == tsql::kTimeoutExpired ? 0 : error.number;
+  return {mapping.hr, native, mapping.sqlState, com::FromUtf8(error.what())};
 }
 
 void Raise(const ProviderError& error) {

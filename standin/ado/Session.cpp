@@ -2,7 +2,9 @@
 
 #include <oleauto.h>
 
+#include <chrono>
 #include <cwchar>
+#include <optional>
 #include <utility>
 
 #include "com/ComError.h"
@@ -75,14 +77,10 @@ class Session::Collector final : public tsql::ResultSink {
 
 Session::Session(const ConnectionString& connectionString, std::shared_ptr<ErrorList> errors)
     : errors_(std::move(errors)) {
-  const std::string path = com::ToUtf8(connectionString.Get(L"Data Source"));
-  const auto mode = path.starts_with(":memory:") ? tsql::OpenMode::Create : tsql::OpenMode::Existing;
   try {
-    session_ = tsql::Session::Open(tsql::Database::Open(path, mode));
+    session_ = SessionPool::Take(com::ToUtf8(connectionString.Get(L"Data Source")));
   } catch (const tsql::Error& error) {
-    ProviderError failure = FromServer(error);
-    failure.description += L" The data source is '" + connectionString.Get(L"Data Source") + L"'.";
-    Fail({std::move(failure)});
+    Fail({FromServer(error)});
   }
   SetClock(connectionString);
 }
@@ -92,12 +90,15 @@ void Session::SetClock(const ConnectionString& connectionString) {
   session_->SetNow(now.empty() ? std::nullopt : std::optional(ParseNow(now)));
 }
 
-void Session::RequireIdle() {
+// For a statement that is about to run.
+void Session::Prepare(int32_t timeout) {
   if (inTransaction_ && readers_ > 0) Fail({ErrorOf(Refusal::ConnectionBusy)});
+  session_->SetTimeLimit(timeout > 0 ? std::optional<std::chrono::milliseconds>(std::chrono::seconds(timeout))
+                                     : std::nullopt);
 }
 
-Results Session::Execute(const std::wstring& batch, std::span<tsql::Parameter> parameters) {
-  RequireIdle();
+Results Session::Execute(const std::wstring& batch, int32_t timeout, std::span<tsql::Parameter> parameters) {
+  Prepare(timeout);
   Collector collector;
   try {
     session_->Execute(com::ToUtf8(batch), parameters, collector);
@@ -107,8 +108,9 @@ Results Session::Execute(const std::wstring& batch, std::span<tsql::Parameter> p
   return ResultsOf(collector);
 }
 
-Results Session::Call(const std::wstring& procedure, std::span<tsql::Parameter> parameters, int32_t& status) {
-  RequireIdle();
+Results Session::Call(const std::wstring& procedure, int32_t timeout, std::span<tsql::Parameter> parameters,
+                      int32_t& status) {
+  Prepare(timeout);
   Collector collector;
   try {
     status = session_->Call(com::ToUtf8(procedure), parameters, collector).value_or(0);

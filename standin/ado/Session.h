@@ -13,6 +13,7 @@
 #include "standin/ado/ConnectionString.h"
 #include "standin/ado/ProviderError.h"
 #include "standin/ado/Results.h"
+#include "standin/ado/SessionPool.h"
 #include "tsql/tsql.h"
 
 namespace standin::ado {
@@ -25,16 +26,18 @@ class Session : public std::enable_shared_from_this<Session> {
 
   bool closed() const { return !session_; }
   bool inTransaction() const { return inTransaction_; }
-  void Close() { session_.reset(); }
+  void Close() { session_ = {}; }
 
   tsql::ChangeStamp GetChangeStamp() const { return session_->GetChangeStamp(); }
 
   // Sets the session's clock to the descriptor's "Now"; without one it runs.
   void SetClock(const ConnectionString& connectionString);
 
-  // Both throw an error that comes before any result.
-  Results Execute(const std::wstring& batch, std::span<tsql::Parameter> parameters = {});
-  Results Call(const std::wstring& procedure, std::span<tsql::Parameter> parameters, int32_t& status);
+  // Both end a batch that runs for more than `timeout` seconds; 0 is no limit. Both throw an error that comes
+  // before any result.
+  Results Execute(const std::wstring& batch, int32_t timeout, std::span<tsql::Parameter> parameters = {});
+  Results Call(const std::wstring& procedure, int32_t timeout, std::span<tsql::Parameter> parameters,
+               int32_t& status);
 
   // As the provider sees transactions: one at a time.
   void Begin();
@@ -51,12 +54,12 @@ class Session : public std::enable_shared_from_this<Session> {
  private:
   class Collector;
 
-  void RequireIdle();
+  void Prepare(int32_t timeout);
   Results ResultsOf(Collector& collector);
   void End(void (tsql::Session::*end)());
 
   std::shared_ptr<ErrorList> errors_;
-  std::unique_ptr<tsql::Session> session_;
+  PooledSession session_;
   int readers_ = 0;
   bool inTransaction_ = false;
 };

@@ -9,7 +9,6 @@
 namespace standin {
 
 using com::Object;
-using com::Variant;
 
 std::wstring DataSource::UserId() const {
   const std::wstring id = descriptor_.Get(L"User ID");
@@ -30,8 +29,7 @@ Object DataSource::Open() const {
     return connection;
   }
   const auto connection = com::Make<ado::Connection>();
-  connection->object().Open(descriptor_.Without({}), Variant::Missing(), Variant::Missing(),
-                            ado::kUnspecified);
+  connection->object().OpenOn(descriptor_);
   return com::ToObject(connection);
 }
 
@@ -41,9 +39,13 @@ Object DataSource::Connect() const {
                         L"The connection descriptor names neither a provider nor a data source.");
   UnitOfWork* unit = UnitOfWork::Current();
   if (!unit) return Open();
-  Object connection = unit->Enlist(Identity(), [this] { return Open(); });
-  // The unit may have the session from a descriptor with another clock.
-  if (auto* embedded = com::Unwrap<ado::Connection>(connection.pointer()))
+  bool isNew = false;
+  Object connection = unit->Enlist(Identity(), [&] {
+    isNew = true;
+    return Open();
+  });
+  // The unit may have its connection from a descriptor with another clock.
+  if (auto* embedded = isNew ? nullptr : com::Unwrap<ado::Connection>(connection.pointer()))
     embedded->session()->SetClock(descriptor_);
   return connection;
 }

@@ -3,6 +3,7 @@
 
 #include "com/Module.h"
 #include "com/Registration.h"
+#include "standin/ado/SessionPool.h"
 #include "standin/host/ThreadState.h"
 #include "standin/server/Classes.h"
 
@@ -24,7 +25,10 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object) {
 }
 
 STDAPI DllCanUnloadNow() {
-  return com::ModuleInUse() ? S_FALSE : S_OK;
+  if (com::ModuleInUse()) return S_FALSE;
+  // Nobody is left who could come back to an idle session.
+  standin::ado::SessionPool::ClearAll();
+  return S_OK;
 }
 
 STDAPI DllRegisterServer() {
@@ -36,6 +40,9 @@ STDAPI DllUnregisterServer() {
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* /*reserved*/) {
-  if (reason == DLL_THREAD_DETACH) standin::ReleaseThreadState();
+  if (reason == DLL_THREAD_DETACH) {
+    standin::ReleaseThreadState();
+    standin::ado::SessionPool::ClearThread();
+  }
   return TRUE;
 }

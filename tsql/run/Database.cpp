@@ -1,8 +1,10 @@
 #include "tsql/run/Database.h"
 
+#include "tsql/run/Diagnostics.h"
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
 
+#include <filesystem>
 #include <map>
 #include <mutex>
 
@@ -49,15 +51,33 @@ void MarkVersion(const std::string& path) {
   }
 }
 
+// The file under any of its names. It need not be there.
+std::string NormalPath(const std::string& path) {
+  std::error_code failure;
+  const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+  const std::filesystem::path full = std::filesystem::absolute(file, failure).lexically_normal();
+  if (failure) return path;
+  const std::u8string text = full.u8string();
+  std::string normal(text.begin(), text.end());
+#ifdef _WIN32
+  for (char& character : normal)
+    if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
+#endif
+  return normal;
+}
+
+// The databases of the process by name: files and in-memory ones.
 struct Registry {
   std::mutex mutex;
-  std::map<std::string, std::weak_ptr<DatabaseImpl>, std::less<>> memory;
+  std::map<std::string, std::weak_ptr<DatabaseImpl>, std::less<>> databases;
 };
 
-Registry& MemoryDatabases() {
+Registry& Databases() {
   static Registry registry;
   return registry;
 }
+
+constexpr int kLockTimeout = 5000; // milliseconds
 
 } // namespace
 
@@ -66,49 +86,66 @@ std::atomic<uint64_t> DatabaseImpl::globalVersion{1};
 DatabaseImpl::DatabaseImpl(std::string path, OpenMode mode) : path_(std::move(path)) {
   isFile_ = !path_.starts_with(kMemoryPrefix);
   name_ = isFile_ ? FileStem(path_) : path_.substr(kMemoryPrefix.size());
-  Prepare(mode);
+  try {
+    anchor_ = std::make_unique<Connection>(isFile_ ? Attach(":memory:", 0) : Connect());
+    storage::CreateTables(*anchor_, Place::Global);
+    if (!isFile_) storage::CreateTables(*anchor_, Place::Main);
+    if (isFile_ && mode == OpenMode::Create) Create();
+    if (isFile_) PrepareFile();
+  } catch (const SqliteFailure& failure) {
+    FailOpening(failure);
+  }
 }
 
-Connection DatabaseImpl::Connect() const {
-  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI;
-  Connection connection(isFile_ ? path_ : "file:/tsql-" + EncodeUri(name_) + "?vfs=memdb", flags);
-  sqlite3_busy_timeout(connection.Handle(), 5000);
-  connection.Run("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768;"
-                 "ATTACH 'file:/tsql-shared-temporary?vfs=memdb' AS global");
+void DatabaseImpl::FailOpening(const SqliteFailure& failure) const {
+  switch (failure.code & 0xFF) {
+  case SQLITE_BUSY:
+  case SQLITE_LOCKED: Fail(1222, {});
+  case SQLITE_CANTOPEN:
+  case SQLITE_NOTADB: Fail(4060, {path_});
+  default: throw StorageError(failure.what());
+  }
+}
+
+Connection DatabaseImpl::Attach(const std::string& name, int flags) const {
+  Connection connection(name, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | flags);
+  // Opening waits for others like any statement.
+  sqlite3_busy_timeout(connection.Handle(), kLockTimeout);
+  connection.Run("ATTACH 'file:/tsql-shared-temporary?vfs=memdb' AS global");
   return connection;
 }
 
-void DatabaseImpl::Prepare(OpenMode mode) {
-  if (isFile_ && mode == OpenMode::Existing) {
-    try {
-      const Connection probe(path_, SQLITE_OPEN_READWRITE);
-      if (!storage::IsMarked(probe)) Fail(4060, {name_});
-    } catch (const SqliteFailure&) {
-      Fail(4060, {name_});
-    }
-  }
-  try {
-    anchor_ = std::make_unique<Connection>(Connect());
-    if (isFile_ && !storage::IsMarked(*anchor_)) {
-      if (!IsEmpty(*anchor_)) Fail(4060, {name_});
-      anchor_->Run("PRAGMA journal_mode = WAL");
-      storage::Mark(*anchor_);
-    }
-    if (isFile_ && !storage::CheckVersion(*anchor_, name_)) MarkVersion(path_);
-    storage::CreateTables(*anchor_, Place::Main);
-    storage::CreateTables(*anchor_, Place::Global);
-  } catch (const SqliteFailure&) {
-    Fail(4060, {name_});
-  }
+Connection DatabaseImpl::Connect() const {
+  Connection connection = isFile_
+                              ? Attach(path_, 0)
+                              : Attach("file:/tsql-" + EncodeUri(name_) + "?vfs=memdb", SQLITE_OPEN_CREATE);
+  if (isFile_ && !storage::IsMarked(connection)) Fail(4060, {path_});
+  connection.Run("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
+  return connection;
+}
+
+void DatabaseImpl::Create() const {
+  const Connection connection = Attach(path_, SQLITE_OPEN_CREATE);
+  if (storage::IsMarked(connection)) return;
+  if (!IsEmpty(connection)) Fail(4060, {path_});
+  connection.Run("PRAGMA journal_mode = WAL");
+  storage::Mark(connection);
+}
+
+void DatabaseImpl::PrepareFile() const {
+  const Connection connection = Connect();
+  if (!storage::CheckVersion(connection, name_)) MarkVersion(path_);
+  storage::CreateTables(connection, Place::Main);
 }
 
 std::shared_ptr<Database> Database::Open(const std::string& path, OpenMode mode) {
-  if (!path.starts_with(kMemoryPrefix)) return std::make_shared<DatabaseImpl>(path, mode);
-  Registry& registry = MemoryDatabases();
+  const bool isFile = !path.starts_with(kMemoryPrefix);
+  Registry& registry = Databases();
   const std::lock_guard lock(registry.mutex);
-  std::weak_ptr<DatabaseImpl>& entry = registry.memory[path];
+  std::erase_if(registry.databases, [](const auto& entry) { return entry.second.expired(); });
+  std::weak_ptr<DatabaseImpl>& entry = registry.databases[isFile ? NormalPath(path) : path];
   if (std::shared_ptr<DatabaseImpl> open = entry.lock()) return open;
-  if (mode == OpenMode::Existing) Fail(4060, {path.substr(kMemoryPrefix.size())});
+  if (!isFile && mode == OpenMode::Existing) Fail(4060, {path.substr(kMemoryPrefix.size())});
   auto database = std::make_shared<DatabaseImpl>(path, mode);
   entry = database;
   return database;

@@ -80,6 +80,10 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   const int kind = failure.code & 0xFF;
   if (kind == SQLITE_BUSY || kind == SQLITE_LOCKED) return MakeError(1222, 0, {});
   if (message == "integer overflow") return MakeError(8115, 0, {"expression", "int"});
+  return StorageError(message);
+}
+
+Error StorageError(std::string_view message) {
   constexpr int kStorageError = 823;
   return {kStorageError, 24, 2, 0, "The storage engine failed: " + std::string(message)};
 }

@@ -10,4 +10,7 @@ namespace tsql {
 Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, const Catalog& catalog,
                        const TableInfo* target, std::string_view verb);
 
+// A failure of the file or of SQLite that the server has no other error for.
+Error StorageError(std::string_view message);
+
 } // namespace tsql

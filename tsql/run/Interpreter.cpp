@@ -20,6 +20,17 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Compile
     : connection_(connection), catalog_(catalog), compiler_(compiler), definitions_(definitions),
       context_(context), transaction_(transaction), limits_(connection, transaction) {}
 
+void Interpreter::Reset() {
+  SetNow(std::nullopt);
+  limits_.Reset();
+  compiler_.SetIdentityInsert({});
+  identity_ = Datum();
+  rowCount_ = 0;
+  lastError_ = 0;
+  noCount_ = false;
+  xactAbort_ = false;
+}
+
 void Interpreter::BeginWork() {
   limits_.Begin();
   caught_.reset(); // the batch before may have ended within a CATCH block

@@ -31,6 +31,7 @@ class Interpreter {
 
   void SetNow(std::optional<int64_t> now) { context_.fixedNow = now; }
   Limits& limits() { return limits_; }
+  void Reset();     // options, limits, clock and what the last statements left
   void BeginWork(); // a batch or call begins, and the whole limit is left
   bool NoCount() const { return noCount_; }
   bool XactAbort() const { return xactAbort_; }

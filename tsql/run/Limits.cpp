@@ -30,6 +30,12 @@ void Limits::SetTimeLimit(std::optional<std::chrono::milliseconds> limit) {
   Watch();
 }
 
+void Limits::Reset() {
+  workLimit_.reset();
+  timeLimit_.reset();
+  SetLockTimeout(kDefaultLockTimeout);
+}
+
 void Limits::Watch() {
   constexpr int kInstructions = 1000;
   const auto step = [](void* self) { return static_cast<Limits*>(self)->TakeStep() ? 0 : 1; };

@@ -29,6 +29,8 @@ class Limits {
   void SetWorkLimit(std::optional<int64_t> steps);
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
 
+  // No limits but the default for locks.
+  void Reset();
   // A batch or call begins, and all of the limits is left.
   void Begin();
   // Takes a step of work. False when a limit is reached.

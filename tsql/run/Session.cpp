@@ -39,6 +39,7 @@ class SessionImpl : public Session {
   ChangeStamp GetChangeStamp() override;
   void SetLockTimeout(int milliseconds) override { interpreter_.limits().SetLockTimeout(milliseconds); }
   void SetWorkLimit(std::optional<int64_t> steps) override { interpreter_.limits().SetWorkLimit(steps); }
+  void Reset() override;
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) override {
     interpreter_.limits().SetTimeLimit(limit);
   }
@@ -52,6 +53,7 @@ class SessionImpl : public Session {
   };
 
   void Refresh();
+  void DropLocalTables();
   void DropGlobalTables();
   void PublishSchema();
   static Arguments ReadArguments(std::span<Parameter> parameters);
@@ -89,8 +91,26 @@ ChangeStamp SessionImpl::GetChangeStamp() {
   return {sqlite3_total_changes64(connection_.Handle()), dataVersion_.ColumnInteger(0)};
 }
 
+void SessionImpl::Reset() {
+  try {
+    transaction_.RollbackIfOpen();
+    DropLocalTables();
+    DropGlobalTables();
+  } catch (const SqliteFailure& failure) {
+    throw interpreter_.Translate(failure);
+  }
+  PublishSchema();
+  interpreter_.Reset();
+}
+
+void SessionImpl::DropLocalTables() {
+  const std::vector<Catalog::TempTable> tables = catalog_.TempTables();
+  for (const Catalog::TempTable& entry : tables) definitions_.DropTable(TableInfo(*entry.table));
+}
+
 // Global temporary tables end with the session that created them.
 void SessionImpl::DropGlobalTables() {
+  if (catalog_.OwnGlobalTables().empty()) return;
   Refresh();
   const std::vector<std::string> names = catalog_.OwnGlobalTables();
   for (const std::string& name : names) {
@@ -267,9 +287,9 @@ std::unique_ptr<Session> Session::Open(std::shared_ptr<Database> database) {
   auto own = std::dynamic_pointer_cast<DatabaseImpl>(std::move(database));
   if (!own) Fail(4060, {""});
   try {
-    return std::make_unique<SessionImpl>(std::move(own));
+    return std::make_unique<SessionImpl>(own);
   } catch (const SqliteFailure& failure) {
-    Fail(4060, {failure.what()});
+    own->FailOpening(failure);
   }
 }
 

@@ -1,6 +1,13 @@
 // Databases, sessions, transactions and locks.
 #include "tests/tsql/FileTest.h"
 
+#include <sqlite3.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
+
 namespace tsql::test {
 namespace {
 
@@ -38,6 +45,56 @@ TEST_F(FileTest, OtherFilesAreRefused) {
   std::fputs("this is no database, and long enough not to be taken for an empty one by accident", file);
   std::fclose(file);
   EXPECT_EQ(OpenError(path_, OpenMode::Existing), 4060);
+}
+
+TEST_F(FileTest, AMissingFileIsNamedByItsPath) {
+  try {
+    Database::Open(path_, OpenMode::Existing);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number, 4060);
+    EXPECT_NE(std::string(error.what()).find(path_), std::string::npos) << error.what();
+  }
+  EXPECT_FALSE(std::filesystem::exists(path_)) << "looking for it does not make it";
+}
+
+TEST_F(FileTest, AProcessHasOneDatabaseAFile) {
+  const auto database = Database::Open(path_, OpenMode::Create);
+  const std::filesystem::path path(path_);
+  const std::filesystem::path other = path.parent_path() / "." / "x" / ".." / path.filename();
+  EXPECT_EQ(Database::Open(other.string(), OpenMode::Existing), database);
+}
+
+TEST_F(FileTest, AFileThatHasGoneIsNotMadeAnew) {
+  const auto database = Database::Open(path_, OpenMode::Create);
+  std::filesystem::remove(path_);
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0) << "the object is still there";
+  try {
+    Session::Open(database);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.number, 4060);
+  }
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(FileTest, OpeningWaitsForALockAndThenSaysSo) {
+  { const auto made = Session::Open(Database::Open(path_, OpenMode::Create)); }
+  sqlite3* holder = nullptr;
+  ASSERT_EQ(sqlite3_open_v2(path_.c_str(), &holder, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+  // In this mode no one else can read the file while it is locked.
+  ASSERT_EQ(
+      sqlite3_exec(holder, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE", nullptr, nullptr, nullptr),
+      SQLITE_OK);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 1222);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+  std::thread release([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    sqlite3_close(holder);
+  });
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
+  release.join();
 }
 
 TEST_F(FileTest, SecondWriterWaitsAndTimesOut) {
@@ -88,6 +145,33 @@ TEST_F(FileTest, SchemaChangesReachOtherSessions) {
   EXPECT_TRUE(RunOn(*second, "SELECT b FROM t").errors.empty());
   RunOn(*first, "CREATE VIEW v AS SELECT a FROM t");
   EXPECT_TRUE(RunOn(*second, "SELECT a FROM v").errors.empty());
+}
+
+TEST_F(SessionTest, ResetMakesItNew) {
+  Must("CREATE TABLE t (a INT IDENTITY(1,1), b INT) INSERT INTO t (b) VALUES (7)");
+  session_->SetTimeLimit(std::chrono::milliseconds(50));
+  session_->SetNow(DateTime{40000, 0});
+  Must("SET NOCOUNT ON SET XACT_ABORT ON SET LOCK_TIMEOUT 1 SET IDENTITY_INSERT t ON "
+       "CREATE TABLE #local (a INT) CREATE TABLE ##shared (a INT)");
+  session_->Begin();
+  Must("UPDATE t SET b = 8 CREATE TABLE #second (a INT)");
+  session_->Reset();
+  EXPECT_EQ(session_->TransactionCount(), 0);
+  EXPECT_FALSE(session_->NoCount());
+  EXPECT_EQ(Rows("SELECT b FROM t"), Lines({"7"}));
+  for (const char* table : {"#local", "#second", "##shared"})
+    EXPECT_EQ(ErrorOf(std::string("SELECT * FROM ") + table), 208) << table;
+  EXPECT_EQ(Scalar("@@IDENTITY"), "NULL");
+  EXPECT_NE(Scalar("CONVERT(VARCHAR(10), GETDATE(), 120)"), "2009-07-08");
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, b) VALUES (9, 9)"), 544) << "IDENTITY_INSERT";
+  session_->Begin();
+  EXPECT_EQ(ErrorOf("SELECT 1 / 0"), 8134);
+  EXPECT_EQ(session_->TransactionCount(), 1) << "XACT_ABORT";
+  session_->Rollback();
+  Must("DECLARE @i INT SET @i = 0 WHILE @i < 30000 SET @i = @i + 1");
+  // Its names are free again, and it works on.
+  Must("CREATE TABLE #local (b INT) INSERT INTO #local VALUES (1)");
+  EXPECT_EQ(Rows("SELECT b FROM #local"), Lines({"1"}));
 }
 
 TEST_F(SessionTest, ChangeStampTellsOwnAndOthersChanges) {
