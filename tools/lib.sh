@@ -66,9 +66,10 @@ wine_env() {
     if [[ -x $WINE ]]; then break; fi
   done
   [[ $WINE ]] || die "Wine is missing: run tools/setup"
-  # Each build has a prefix of its own, in which its DLLs are registered.
+  # The prefix in which the build's DLLs are registered. The two releases share one, as they would a Windows: each
+  # width has its own view of the registry there.
   WINEPREFIX=$BUILD/wine
-  if [[ $PRESET != x64 ]]; then WINEPREFIX+=-$PRESET; fi
+  if [[ $PRESET != x64 && $PRESET != x86 ]]; then WINEPREFIX+=-$PRESET; fi
   export WINEPREFIX WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
   # No offers to download Mono and Gecko. No explorer.exe either: it would make a desktop for the first window, and
   # without a display the program that wants one waits 10 s for it.
@@ -78,6 +79,40 @@ wine_env() {
   export OANOCACHE=1
   # Wine takes code page and language from here; they must not depend on who runs it.
   export LC_ALL=C.UTF-8
+}
+
+# Wine runs 32-bit programs if the package wine32 is there.
+have_wine32() { [[ -x /usr/lib/wine/wine ]]; }
+
+# Ends with exit code 77, which test runners know as "skipped", if this machine cannot run the build's programs.
+runs_here() {
+  if [[ $PRESET == x86 ]] && ! have_wine32; then
+    echo "${0##*/}: skipped: 32-bit programs do not run here: $(cat "$BUILD/no-wine32" 2>/dev/null || echo "the package wine32 is missing")" >&2
+    exit 77
+  fi
+}
+
+# program_file NAME: a program of the build, with or without ".exe"; a path, or the name of a program of Wine's own, as it is.
+program_file() {
+  local file
+  if [[ $1 == */* ]]; then
+    [[ -f $1 ]] || die "no such program: $1"
+  else
+    for file in "$BUILD/$PRESET/bin/$1" "$BUILD/$PRESET/bin/$1.exe"; do
+      if [[ -f $file ]]; then echo "$file" && return; fi
+    done
+  fi
+  echo "$1"
+}
+
+# in_prefix PROGRAM: a program of Wine's own in the width of the build. A 32-bit one lies where Windows has it.
+in_prefix() {
+  local name=${1%.exe}
+  if [[ $PRESET == x86 && $1 != */* && $1 != *\\* && -f $WINEPREFIX/drive_c/windows/syswow64/$name.exe ]]; then
+    echo "C:\\windows\\syswow64\\$name.exe"
+  else
+    echo "$1"
+  fi
 }
 
 # All C++ sources; by find and not by git, so that an unpacked archive is checked too.

@@ -4,7 +4,9 @@
 cd "$ROOT"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-tsqlsh() { build/native/bin/tsqlsh "$@"; }
+# The native one that belongs to the build.
+program=$BUILD/${PRESET/x64/native}/bin/tsqlsh
+tsqlsh() { "$program" "$@"; }
 
 # expect WHAT ACTUAL EXPECTED
 expect() {

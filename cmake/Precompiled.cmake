@@ -1,0 +1,25 @@
+# Headers that are parsed once for many sources: those of Windows, of the standard library and of GoogleTest, never
+# headers of ours. A target with other compiler flags than its neighbours needs precompiled headers of its own.
+# tools/lint does without them, so a source that leans on them and does not include what it uses is found there.
+option(PRECOMPILE "Precompiled headers" ON)
+
+set(STANDARD_HEADERS
+  <algorithm> <array> <cstdint> <functional> <map> <memory> <optional> <span> <string> <string_view> <unordered_map>
+  <utility> <variant> <vector>)
+set(WINDOWS_HEADERS <windows.h> <objbase.h> <oaidl.h> <oleauto.h>)
+
+# precompile(TARGET HEADER…): makes TARGET's precompiled headers. It must have no sources in C.
+function(precompile target)
+  if(PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
+# precompiled_by(MAKER TARGET…): the targets use MAKER's.
+function(precompiled_by maker)
+  if(PRECOMPILE)
+    foreach(target IN LISTS ARGN)
+      target_precompile_headers(${target} REUSE_FROM ${maker})
+    endforeach()
+  endif()
+endfunction()
