@@ -85,7 +85,7 @@ std::wstring DescriptorOf(const CommandLine& line) {
 Variant ArgumentFor(const CommandLine& line, const ParameterInfo& parameter) {
   if (const NamedText* given = FindValue(line, parameter)) return Convert(parameter, given->value);
   if (IsDescriptor(parameter)) return WithLanguage(DescriptorOf(line), line.language);
-  // What a method only gives back need not be given to it, but has to be taken, and be it optional.
+  // What a method only gives back need not be given to it. It is taken even where it is optional.
   if (parameter.inOut)
     return parameter.type == VT_DISPATCH ? Variant(Object()) : Variant().As(parameter.type);
   if (parameter.optional) return Variant::Missing();

@@ -164,10 +164,10 @@ struct Signature {
     return Call<Member>(*static_cast<C*>(instance), arguments, std::index_sequence_for<A...>());
   }
 
-  // Members that take values of any type, or nothing, are called on the arguments as they lie, where nothing
-  // has to be converted, filled in or written back: what runs for each value of each row should run straight.
+  // A member that takes values of any type, or nothing, is called on the caller's own arguments when none of
+  // them has to be converted, filled in or written back. Such members run once for each value of each row.
   static constexpr bool takesValues = (std::is_same_v<A, const Variant&> && ...);
-  // False, with nothing done, when the arguments do not lie so.
+  // False, and nothing is done, when one of them has to.
   template <auto Member>
   static bool CallInPlace(void* instance, const DISPPARAMS& params, WORD flags, VARIANT* result) {
     return CallInPlace<Member>(*static_cast<C*>(instance), params, flags, result,

@@ -54,7 +54,7 @@ bool BomUpdate::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring
     const Connection conn = frame_.GetConnection();
 
     const Dictionary bom = Vector(SaveVect).DictionaryAt(1);
-    {
+    { // The recordset is let go before the next statement.
       const Recordset header =
           conn.Execute(Sql() << L"select FEcnInterId from IcBom where FInterId = " << bom[L"FInterID"]);
       if (!header) return frame_.Refuse(false);

@@ -72,7 +72,7 @@ int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& 
     frame_.VoteAbort();
     if (!Bind(sToParse)) return frame_.Refuse(kFailed);
     int32_t serial = 0;
-    {
+    { // The recordset is let go before the next statement.
       const Recordset rule = connection_.Execute(
           Sql() << L"select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno where fbillid=50");
       if (rule.Eof()) return frame_.Refuse(kFailed);
@@ -132,7 +132,7 @@ int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInt
       return frame_.Refuse(kFailed);
     }
     const std::wstring number = Trim(BomNumber);
-    {
+    { // The recordset is let go before the next statement.
       const Recordset sameNumber =
           connection_.Execute(Sql() << L"select * from icbom where  FBOMNumber='" << number << L"'");
       if (!sameNumber.Eof()) EffInfo = text(L"已经有此BOM编码，请重新输入");

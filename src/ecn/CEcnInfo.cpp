@@ -166,7 +166,7 @@ int32_t CEcnInfo::CheckBomUsed(const std::wstring& sDsn, int32_t EcnInterId, con
   return frame_.NeverRaise(failed, [&] {
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
-    {
+    { // The recordset is let go before the next statement.
       const Recordset later = conn.Execute(
           Sql() << L"SELECT t2.FBillNO FROM IcEcn t1 INNER JOIN IcEcn t2 ON t1.FCBomInterID = t2.FBomInterID "
                    L"WHERE t1.FInterID = "
