@@ -1,6 +1,7 @@
 # Read by CTest, once a test program: adds the tests that cmake/Suites.cmake speaks of.
+cmake_policy(VERSION 3.25)
 set(list "${RESULTS}/${PROGRAM}.suites")
-if(EXISTS "${FILE}" AND NOT "${list}" IS_NEWER_THAN "${FILE}")
+if(EXISTS "${FILE}" AND (NOT EXISTS "${list}" OR "${FILE}" IS_NEWER_THAN "${list}"))
   file(REMOVE "${list}")
   execute_process(COMMAND ${COMMAND} --gtest_list_tests OUTPUT_VARIABLE listed ERROR_QUIET RESULT_VARIABLE status)
   if(status EQUAL 0)

@@ -2,11 +2,12 @@
 # bomcall as a user runs it: exit statuses, streams, UTF-8 in and out.
 . "$(dirname "${BASH_SOURCE[0]}")/../../tools/lib.sh"
 cd "$ROOT"
-database=$BUILD/demo/bomcall-test.db
+tools/wine-prepare --built
+database=$BUILD/demo/bomcall-test-$PRESET.db
 cp "$BUILD/demo/factory.db" "$database"
 trap 'rm -f "$database" "$database-wal" "$database-shm"' EXIT
 export BOMCALL_DSN="Provider=Embedded;Data Source=$database;User ID=16401;Now=2026-03-31 09:15:00"
-bomcall() { tools/wine-run bomcall "$@"; }
+bomcall() { tools/wine-exec "$PRESET" "$BUILD/$PRESET/bin/bomcall.exe" "$@"; }
 
 # expect WHAT ACTUAL EXPECTED
 expect() {

@@ -8,12 +8,12 @@ mkdir -p "$work"
 rm -f "$work"/*
 for PRESET in x86 x64; do
   export PRESET
-  tools/wine-prepare
+  tools/wine-prepare --built
 done
 database=$work/shared.db
 cp "$BUILD/demo/factory.db" "$database"
 
-sql() { PRESET=x64 tools/wine-run tsqlsh --tsv "$database" <<<"SET NOCOUNT ON
+sql() { tools/wine-exec x64 "$BUILD/x64/bin/tsqlsh.exe" --tsv "$database" <<<"SET NOCOUNT ON
 $1" | tr -d '\r'; }
 sql "CREATE TABLE Clients (FName varchar(9) NOT NULL PRIMARY KEY, FRounds int NOT NULL DEFAULT 0, FOthers int NULL)
 CREATE TABLE Rounds (FCount int NOT NULL)
