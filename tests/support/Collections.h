@@ -37,8 +37,8 @@ inline std::vector<std::wstring> RowTexts(const com::Variant& rows, const std::v
 // The names in a Dictionary, in their order.
 inline std::vector<std::wstring> KeysOf(const com::Object& dictionary) {
   std::vector<std::wstring> keys;
-  for (const com::Variant& name : com::ElementsOf(dictionary.Call(L"Keys")).value())
-    keys.push_back(name.AsText());
+  const auto names = com::ElementsOf(dictionary.Call(L"Keys"));
+  for (const com::Variant& name : names.value()) keys.push_back(name.AsText());
   return keys;
 }
 
