@@ -1,6 +1,6 @@
-// Every statement that the component sends, as it sends it (corpus/*.sql), on the schema and the factory's
-// data: the rows that come back, the counts of what changes, or the error. The values follow from the data as
-// factory.sql describes it. Each case runs in a transaction that is rolled back.
+// Every statement that the component sends, as it sends it (statements/*.sql), on the schema and the
+// factory's data: the rows that come back, the counts of what changes, or the error. The values follow from
+// the data as factory.sql describes it. Each case runs in a transaction that is rolled back.
 #include "tests/tsql/EngineFixture.h"
 #include "tsql/Script.h"
 
@@ -107,7 +107,7 @@ TEST_P(ComponentCorpusTest, RunsAsSent) {
   const Case& expected = GetParam();
   Table table;
   for (const char* file : expected.files)
-    table = Run(ReadText(kRoot + "/tests/tsql/corpus/" + file + ".sql"));
+    table = Run(ReadText(kRoot + "/statements/" + file + ".sql"));
   if (expected.error != 0) {
     ASSERT_EQ(table.errors.size(), 1U);
     EXPECT_EQ(table.errors[0].number, expected.error) << table.errors[0].what();
@@ -481,7 +481,7 @@ INSTANTIATE_TEST_SUITE_P(Statements, ComponentCorpusTest, ::testing::ValuesIn(kC
 // Results without a column name.
 TEST_F(ComponentCorpusTest, SingleValues) {
   const auto value = [this](const char* file) {
-    const Table table = Run(ReadText(kRoot + "/tests/tsql/corpus/" + file + ".sql"));
+    const Table table = Run(ReadText(kRoot + "/statements/" + file + ".sql"));
     return table.results.size() == 1 && table.results[0].size() == 1 ? table.results[0][0]
                                                                      : std::string("none");
   };
@@ -503,7 +503,7 @@ TEST_F(ComponentCorpusTest, SystemProfile) {
     parameters[1].value.text = key;
     Output output;
     EXPECT_TRUE(
-        session_->Execute(ReadText(kRoot + "/tests/tsql/corpus/SystemProfile.sql"), parameters, output));
+        session_->Execute(ReadText(kRoot + "/statements/SystemProfile.sql"), parameters, output));
     return output.results.at(0);
   };
   EXPECT_EQ(read("IC", "SameUserApprovalAndUnApproval"), Lines({"1"}));
