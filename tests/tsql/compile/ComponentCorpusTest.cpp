@@ -106,8 +106,7 @@ std::shared_ptr<Database> ComponentCorpusTest::database_;
 TEST_P(ComponentCorpusTest, RunsAsSent) {
   const Case& expected = GetParam();
   Table table;
-  for (const char* file : expected.files)
-    table = Run(ReadText(kRoot + "/statements/" + file + ".sql"));
+  for (const char* file : expected.files) table = Run(ReadText(kRoot + "/statements/" + file + ".sql"));
   if (expected.error != 0) {
     ASSERT_EQ(table.errors.size(), 1U);
     EXPECT_EQ(table.errors[0].number, expected.error) << table.errors[0].what();
@@ -502,8 +501,7 @@ TEST_F(ComponentCorpusTest, SystemProfile) {
     parameters[0].value.text = category;
     parameters[1].value.text = key;
     Output output;
-    EXPECT_TRUE(
-        session_->Execute(ReadText(kRoot + "/statements/SystemProfile.sql"), parameters, output));
+    EXPECT_TRUE(session_->Execute(ReadText(kRoot + "/statements/SystemProfile.sql"), parameters, output));
     return output.results.at(0);
   };
   EXPECT_EQ(read("IC", "SameUserApprovalAndUnApproval"), Lines({"1"}));
