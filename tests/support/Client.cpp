@@ -4,8 +4,7 @@
 
 #include <atomic>
 #include <fstream>
-#include <iterator>
-#include <sstream>
+#include <map>
 
 #include "com/Text.h"
 #include "tests/support/Rows.h"
@@ -16,11 +15,15 @@ namespace {
 using com::Object;
 using com::Variant;
 
-// The batches of a script: its parts between lines that hold only GO.
-std::vector<std::wstring> Batches(const char* path) {
-  std::ifstream file(path, std::ios::binary);
+// The batches of a script of the project: its parts between lines that hold only GO. Each script is read
+// once.
+const std::vector<std::wstring>& Batches(const std::string& path) {
+  static std::map<std::string, std::vector<std::wstring>> scripts;
+  const auto [script, isNew] = scripts.try_emplace(path);
+  std::vector<std::wstring>& batches = script->second;
+  if (!isNew) return batches;
+  std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
   if (!file) ADD_FAILURE() << "cannot read " << path;
-  std::vector<std::wstring> batches;
   std::string batch;
   for (std::string line; std::getline(file, line);) {
     if (line == "GO" || line == "GO\r") {
@@ -43,10 +46,12 @@ std::wstring NextName() {
 
 TestDatabase::TestDatabase() : name_(NextName()), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + name_);
-  static const std::vector<std::wstring> schema = Batches(SOURCE_DIR "/standin/database/schema.sql");
-  static const std::vector<std::wstring> procedures = Batches(SOURCE_DIR "/standin/database/procedures.sql");
-  for (const std::wstring& batch : schema) Execute(batch);
-  for (const std::wstring& batch : procedures) Execute(batch);
+  RunScript("standin/database/schema.sql");
+  RunScript("standin/database/procedures.sql");
+}
+
+void TestDatabase::RunScript(const std::string& path) const {
+  for (const std::wstring& batch : Batches(path)) Execute(batch);
 }
 
 void TestDatabase::Execute(const std::wstring& sql) const {

@@ -19,6 +19,8 @@ class TestDatabase {
   TestDatabase();
 
   void Execute(const std::wstring& sql) const;
+  // Runs the batches of a script of the project, by its path from the top folder.
+  void RunScript(const std::string& path) const;
   // The rows of a query: a text a row, the values separated by "|"; NULL reads NULL.
   std::vector<std::wstring> Rows(const std::wstring& sql) const;
   // The only value of a query, as in Rows.
