@@ -5,6 +5,7 @@
 #include <atomic>
 #include <fstream>
 #include <map>
+#include <mutex>
 
 #include "com/Text.h"
 #include "tests/support/Rows.h"
@@ -18,7 +19,9 @@ using com::Variant;
 // The batches of a script of the project: its parts between lines that hold only GO. Each script is read
 // once.
 const std::vector<std::wstring>& Batches(const std::string& path) {
+  static std::mutex mutex;
   static std::map<std::string, std::vector<std::wstring>> scripts;
+  const std::lock_guard lock(mutex);
   const auto [script, isNew] = scripts.try_emplace(path);
   std::vector<std::wstring>& batches = script->second;
   if (!isNew) return batches;
@@ -68,8 +71,12 @@ std::wstring TestDatabase::Value(const std::wstring& sql) const {
 }
 
 std::wstring TestDatabase::Dsn(const std::wstring& extra) const {
-  const std::wstring dsn =
-      L"Provider=Embedded;Data Source=" + name_ + L";User ID=16394;Now=2026-03-05 14:30:00";
+  return DsnFor(L"16394", L"2026-03-05 14:30:00", extra);
+}
+
+std::wstring TestDatabase::DsnFor(const std::wstring& user, const std::wstring& now,
+                                  const std::wstring& extra) const {
+  const std::wstring dsn = L"Provider=Embedded;Data Source=" + name_ + L";User ID=" + user + L";Now=" + now;
   return extra.empty() ? dsn : dsn + L";" + extra;
 }
 

@@ -29,6 +29,8 @@ class TestDatabase {
   // A descriptor of this database for user 16394, at 2026-03-05 14:30:00 server time; `extra` ("Language=en")
   // is appended with a ";".
   std::wstring Dsn(const std::wstring& extra = {}) const;
+  // The same for another user at another time.
+  std::wstring DsnFor(const std::wstring& user, const std::wstring& now, const std::wstring& extra) const;
 
  private:
   std::wstring name_;
