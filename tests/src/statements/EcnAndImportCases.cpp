@@ -127,7 +127,7 @@ StatementCases ImportCases() {
        "without lines the header is sent again",
        {ImportedBom(MakeVector({}))},
        {"BOMImport.UpdateBOM.deleteLines", "BOMImport.UpdateBOM.deleteBom", "Shared.BomCounter",
-        "BOMImport.UpdateBOM.insertBom", "BOMImport.UpdateBOM.insertBom"}},
+        "BOMImport.UpdateBOM.insertBom", "BOMImport.UpdateBOM.insertBom", "BOMImport.UpdateBOM.raise"}},
       {L"BOMImport",
        L"UpdateBOM",
        "a quantity is missing",
