@@ -3,6 +3,7 @@
 // and no file is left that no case sends.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

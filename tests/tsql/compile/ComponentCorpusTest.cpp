@@ -250,6 +250,8 @@ const Case kCases[] = {
               "gc1004|gb4", "gc1006|gb5", "gc1007|gb4", "gc1008|gb5", "gc2001|gb6", "gc2003|gb6",
               "gc2004|gb6", "gc3001|gc2001", "gc3002|gc2001"}},
     {.files = {"Shared.BuildBomItemID", "BomView.GetCustBomSimplifyList"}, .columns = "", .rows = {"#11"}},
+    {.files = {"BomView.GetCustBomSimplifyList.filter.build", "BomView.GetCustBomSimplifyList.emptyWhere"},
+     .error = 102},
     {.files = {"Shared.BuildBomItemID", "BomView.GetBomSimplifyListEx"}, .columns = "", .rows = {"#15"}},
     {.files = {"BomView.GetBomSimplifyListEx.ecn.build", "BomView.GetBomSimplifyListEx.ecn"},
      .columns = "FKey,FErpClsName",
