@@ -1,6 +1,6 @@
 // Every statement that the component sends stands in a file of the folder statements/. Each case is a
-// late-bound call on a fresh copy of the factory's data; what it sends is held against its files, in order,
-// and no file is left that no case sends.
+// late-bound call on the factory's data, which is made again after a case that may have changed it; what it
+// sends is held against its files, in order, and no file is left that no case sends.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <set>
 
 #include "com/ComError.h"
@@ -83,10 +84,14 @@ std::string WithoutTableNumber(std::string text) {
   return text;
 }
 
-std::vector<std::string> SentBy(const StatementCase& example) {
-  TestDatabase database;
+std::unique_ptr<TestDatabase> FactoryData() {
+  auto database = std::make_unique<TestDatabase>();
   for (const char* script : {"factory", "ecn", "browsing"})
-    database.RunScript("standin/database/" + std::string(script) + ".sql");
+    database->RunScript("standin/database/" + std::string(script) + ".sql");
+  return database;
+}
+
+std::vector<std::string> SentBy(const StatementCase& example, const TestDatabase& database) {
   const Circumstances& given = example.given;
   if (given.data[0] != L'\0') database.Execute(given.data);
   const std::wstring dsn =
@@ -112,10 +117,24 @@ std::vector<std::string> SentBy(const StatementCase& example) {
   return sent;
 }
 
+// Whether the data is as it was before the case: it sent something, and nothing but queries. A call that
+// sends nothing may have had others work on the data.
+bool LeavesDataAlone(const StatementCase& example, const std::vector<std::string>& sent) {
+  return example.given.data[0] == L'\0' && !example.given.bound && !sent.empty() &&
+         std::ranges::all_of(sent, [](const std::string& text) {
+           const size_t start = text.find_first_not_of(' ');
+           return start != std::string::npos &&
+                  com::EqualsNoCase(com::FromUtf8(text.substr(start, 7)), L"select ");
+         });
+}
+
 TEST(StatementCatalogueTest, EveryCallSendsWhatItsFilesHold) {
+  std::unique_ptr<TestDatabase> database;
   for (const StatementCase& example : AllCases()) {
     SCOPED_TRACE(MethodOf(example) + ", " + example.name);
-    const std::vector<std::string> sent = SentBy(example);
+    if (!database) database = FactoryData();
+    const std::vector<std::string> sent = SentBy(example, *database);
+    if (!LeavesDataAlone(example, sent)) database.reset();
     const std::vector<std::string> expected = Expected(example);
     EXPECT_EQ(sent.size(), expected.size());
     for (size_t i = 0; i < std::max(sent.size(), expected.size()); ++i) {
