@@ -7,7 +7,6 @@ namespace mbom::test {
 namespace {
 
 using com::Object;
-using com::Variant;
 
 constexpr wchar_t kNoExtension[] = L"DELETE FROM t_components";
 constexpr wchar_t kNoExtensionShortNumbers[] =
