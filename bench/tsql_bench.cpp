@@ -331,7 +331,7 @@ void Compiling(int repetitions) {
   std::printf("\ncompiling                                           first time       again\n");
   int unique = 0;
   for (const Statement& statement : kStatements) {
-    const std::string text = ReadText(root + "/tests/tsql/corpus/" + statement.file + ".sql");
+    const std::string text = ReadText(root + "/statements/" + statement.file + ".sql");
     double first = 1e9;
     double again = 1e9;
     for (int i = 0; i < repetitions * 3; ++i) {

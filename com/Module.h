@@ -1,5 +1,5 @@
-// Module: facts about the DLL or program that this code is in: whether it is in use, where its file is, its type
-// library.
+// Module: facts about the DLL or program that this code is in: whether it is in use, where its file is, its
+// type library.
 #pragma once
 
 #include <oaidl.h>

@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <fstream>
-#include <iterator>
-#include <sstream>
+#include <map>
+#include <mutex>
 
 #include "com/Text.h"
 #include "tests/support/Rows.h"
@@ -16,11 +16,17 @@ namespace {
 using com::Object;
 using com::Variant;
 
-// The batches of a script: its parts between lines that hold only GO.
-std::vector<std::wstring> Batches(const char* path) {
-  std::ifstream file(path, std::ios::binary);
+// The batches of a script of the project: its parts between lines that hold only GO. Each script is read
+// once.
+const std::vector<std::wstring>& Batches(const std::string& path) {
+  static std::mutex mutex;
+  static std::map<std::string, std::vector<std::wstring>> scripts;
+  const std::lock_guard lock(mutex);
+  const auto [script, isNew] = scripts.try_emplace(path);
+  std::vector<std::wstring>& batches = script->second;
+  if (!isNew) return batches;
+  std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
   if (!file) ADD_FAILURE() << "cannot read " << path;
-  std::vector<std::wstring> batches;
   std::string batch;
   for (std::string line; std::getline(file, line);) {
     if (line == "GO" || line == "GO\r") {
@@ -43,10 +49,12 @@ std::wstring NextName() {
 
 TestDatabase::TestDatabase() : name_(NextName()), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + name_);
-  static const std::vector<std::wstring> schema = Batches(SOURCE_DIR "/standin/database/schema.sql");
-  static const std::vector<std::wstring> procedures = Batches(SOURCE_DIR "/standin/database/procedures.sql");
-  for (const std::wstring& batch : schema) Execute(batch);
-  for (const std::wstring& batch : procedures) Execute(batch);
+  RunScript("standin/database/schema.sql");
+  RunScript("standin/database/procedures.sql");
+}
+
+void TestDatabase::RunScript(const std::string& path) const {
+  for (const std::wstring& batch : Batches(path)) Execute(batch);
 }
 
 void TestDatabase::Execute(const std::wstring& sql) const {
@@ -63,8 +71,12 @@ std::wstring TestDatabase::Value(const std::wstring& sql) const {
 }
 
 std::wstring TestDatabase::Dsn(const std::wstring& extra) const {
-  const std::wstring dsn =
-      L"Provider=Embedded;Data Source=" + name_ + L";User ID=16394;Now=2026-03-05 14:30:00";
+  return DsnFor(L"16394", L"2026-03-05 14:30:00", extra);
+}
+
+std::wstring TestDatabase::DsnFor(const std::wstring& user, const std::wstring& now,
+                                  const std::wstring& extra) const {
+  const std::wstring dsn = L"Provider=Embedded;Data Source=" + name_ + L";User ID=" + user + L";Now=" + now;
   return extra.empty() ? dsn : dsn + L";" + extra;
 }
 

@@ -19,6 +19,8 @@ class TestDatabase {
   TestDatabase();
 
   void Execute(const std::wstring& sql) const;
+  // Runs the batches of a script of the project, by its path from the top folder.
+  void RunScript(const std::string& path) const;
   // The rows of a query: a text a row, the values separated by "|"; NULL reads NULL.
   std::vector<std::wstring> Rows(const std::wstring& sql) const;
   // The only value of a query, as in Rows.
@@ -27,6 +29,8 @@ class TestDatabase {
   // A descriptor of this database for user 16394, at 2026-03-05 14:30:00 server time; `extra` ("Language=en")
   // is appended with a ";".
   std::wstring Dsn(const std::wstring& extra = {}) const;
+  // The same for another user at another time.
+  std::wstring DsnFor(const std::wstring& user, const std::wstring& now, const std::wstring& extra) const;
 
  private:
   std::wstring name_;

@@ -18,14 +18,13 @@ INNER JOIN t_IcItem t4 ON t1.FItemID = t4.FItemID
 INNER JOIN t_IcItem t7 ON t2.FItemID = t7.FItemID 
 LEFT JOIN t_User t5 ON t1.FCheckerID = t5.FUserID 
 LEFT JOIN t_User t6 ON t1.FCheckID = t6.FUserID 
-WHERE 1 = 1  AND t1.FNote LIKE '%it's%'
-
- AND t3.FInterID IN (2)
+WHERE 1 = 1  AND t1.FUseStatus = 1072
+ AND t3.FInterID IN (2,7)
 
 --如果过滤界面存在组信息,那么该组不考虑过滤界面下面的信息，将被自动选出 
 INSERT INTO #InitGroup (FInterID, FParentID, FName, FNumber, FBootID) 
 SELECT FInterID, FParentID, FName, FNumber, FBootID FROM IcBomGroup 
- WHERE FInterID IN (2)
+ WHERE FInterID IN (2,7)
 
 
 --#GroupData表将保存最后的结果 
@@ -64,7 +63,7 @@ BEGIN
 
          SET @Index = 0 
          --回溯开始，结束条件是回溯到根结点 
-         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) 
+         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) AND EXISTS(SELECT 1 FROM #temp WHERE FIndex = @Index AND FInterID NOT IN (SELECT FInterID FROM #temp WHERE FIndex < @Index)) 
          BEGIN 
 
                  --把当前#temp表中组的上级组插入结果表中 
@@ -104,7 +103,8 @@ FROM #GroupData t1
 INNER JOIN (SELECT MAX(FIndex) FMaxIndex, FInterID FROM #GroupData GROUP BY FInterID) t2 ON t1.FInterID = t2.FInterID 
 
 --返回结果 
-SELECT DISTINCT * FROM #GroupData ORDER BY FBootId, FIndex DESC 
+SELECT 1 AS FType, FRelative = CASE WHEN FParentID = 0 THEN 'qa' ELSE 'BOMGROUP ' + CAST(FParentID AS VARCHAR(10)) END, 
+FinterID AS FKey, FNumber +'('+ FName+')' AS FText, 1 AS FImgNormal, 2 AS FImgClick,FNumber AS FTag FROM #GroupData ORDER BY FBootId, FIndex DESC 
 
 DROP TABLE #InitGroup 
 DROP TABLE #GroupData 

@@ -8,5 +8,5 @@ left join t_SubMessage g on b.FUseState = g.FInterID
 left join t_Item h on b.FItemID = h.FItemID
 left join t_StockPlace i on a.FSPID = i.FSPID
 left join t_SubMessage j on a.FOperID = j.FInterID and j.FTypeID = 61
-left join t_MeasureUnit w on a.FunitID=w.FitemID
+left join t_MeasureUnit w on a.FunitID=w.FitemID 
 left join t_SubMessage v on b.FErpClsID=v.FInterID) t1 WHERE FInterID=3001 ORDER BY FEntryID

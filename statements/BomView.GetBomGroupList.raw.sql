@@ -47,7 +47,7 @@ BEGIN
 
          SET @Index = 0 
          --回溯开始，结束条件是回溯到根结点 
-         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) 
+         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) AND EXISTS(SELECT 1 FROM #temp WHERE FIndex = @Index AND FInterID NOT IN (SELECT FInterID FROM #temp WHERE FIndex < @Index)) 
          BEGIN 
 
                  --把当前#temp表中组的上级组插入结果表中 

@@ -10,33 +10,7 @@ FBootID        INT             NULL,             -- 组别的根内码
 ) 
 
 INSERT INTO #InitGroup (FInterID, FParentID, FName, FNumber, FBootID) 
-SELECT DISTINCT t3.FInterID, t3.FParentID, t3.FName, t3.FNumber, t3.FBootID 
-FROM IcBom t1 
-INNER JOIN ICBomChild t2 ON t1.FInterID = t2.FInterID 
-INNER JOIN IcBomGroup t3 ON t1.FParentID = t3.FinterID 
-INNER JOIN t_IcItem t4 ON t1.FItemID = t4.FItemID 
-INNER JOIN t_IcItem t7 ON t2.FItemID = t7.FItemID 
-LEFT JOIN t_User t5 ON t1.FCheckerID = t5.FUserID 
-LEFT JOIN t_User t6 ON t1.FCheckID = t6.FUserID 
-WHERE 1 = 1  AND t4.FNumber >= '01.001'
- AND t4.FNumber <= '09'
- AND t1.FBomNumber >= 'B'
- AND t1.FBomNumber <= 'C'
- AND t5.FName = '王芳'
- AND t6.FName = '李明'
- AND t1.FBomNumber LIKE '%BOM%'
- AND t4.FNumber LIKE '%0%'
- AND t7.FNumber LIKE '%0%'
- AND t1.FNote LIKE '%a%'
- AND t1.FUseStatus = 1072 AND t1.FStatus = 1
- AND t3.FInterID IN (2)
-
---如果过滤界面存在组信息,那么该组不考虑过滤界面下面的信息，将被自动选出 
-INSERT INTO #InitGroup (FInterID, FParentID, FName, FNumber, FBootID) 
 SELECT FInterID, FParentID, FName, FNumber, FBootID FROM IcBomGroup 
- WHERE FInterID IN (2)
-
-
 --#GroupData表将保存最后的结果 
 CREATE TABLE #GroupData 
 (        FBootID         INT             NULL, 
@@ -73,7 +47,7 @@ BEGIN
 
          SET @Index = 0 
          --回溯开始，结束条件是回溯到根结点 
-         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) 
+         WHILE EXISTS(SELECT MIN(FParentID) FROM #temp HAVING MIN(FParentID) <> 0) AND EXISTS(SELECT 1 FROM #temp WHERE FIndex = @Index AND FInterID NOT IN (SELECT FInterID FROM #temp WHERE FIndex < @Index)) 
          BEGIN 
 
                  --把当前#temp表中组的上级组插入结果表中 
@@ -113,7 +87,8 @@ FROM #GroupData t1
 INNER JOIN (SELECT MAX(FIndex) FMaxIndex, FInterID FROM #GroupData GROUP BY FInterID) t2 ON t1.FInterID = t2.FInterID 
 
 --返回结果 
-SELECT DISTINCT * FROM #GroupData ORDER BY FBootId, FIndex DESC 
+SELECT 1 AS FType, FRelative = CASE WHEN FParentID = 0 THEN 'qa' ELSE 'BOMGROUP ' + CAST(FParentID AS VARCHAR(10)) END, 
+FinterID AS FKey, FNumber +'('+ FName+')' AS FText, 1 AS FImgNormal, 2 AS FImgClick,FNumber AS FTag FROM #GroupData ORDER BY FBootId, FIndex DESC 
 
 DROP TABLE #InitGroup 
 DROP TABLE #GroupData 

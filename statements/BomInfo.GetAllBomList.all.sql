@@ -1,0 +1,1 @@
+select case a.FUseStatus when 1072 then '使  用' else '未使用' end as FUseStatus, a.FInterID, a.FBOMNumber, b.FNumber, b.FName from IcBom a inner join t_ICItem b on a.FItemID = b.FItemID  where a.FCancellation = 0  

@@ -1,0 +1,1 @@
+select FEcnInterId from IcBom where FInterId = 3001

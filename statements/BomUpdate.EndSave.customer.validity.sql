@@ -1,0 +1,2 @@
+IF EXISTS (SELECT 1 FROM ICBOM WHERE FInterId = 3001 AND FBomtype <> 0) 
+    UPDATE ICBomChild SET FBeginDay = '1900-01-01', FEndDay = '2100-01-01' WHERE FInterID = 3001

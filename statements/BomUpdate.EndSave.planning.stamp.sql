@@ -1,0 +1,1 @@
+UPDATE ICBom SET FOperatorID=16401,FEnterTime=Convert(Varchar(10),Getdate(),120) WHERE FInterID=2002

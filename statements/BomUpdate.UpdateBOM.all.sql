@@ -1,0 +1,1 @@
+UPDATE ICBom SET FCancellation=0

@@ -1,0 +1,1 @@
+UPDATE ICBomGroup SET FName='组 Group'

@@ -1,0 +1,1 @@
+SELECT 0 as FNum,'BOM' as FCtlID,'BOM Query' as FCtlName,1 as FLdgNum,FFieldName,FCtlOrder+1000 as FOrder,FHeadCaption_EN as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,0 as FDecCtl,0 as FNeedHeadSecond  FROM ICTemplateEntry WHERE FID='Z01' AND FDefaultCtl=0  ORDER BY FCtlOrder

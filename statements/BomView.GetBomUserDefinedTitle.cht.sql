@@ -1,0 +1,1 @@
+SELECT 0 as FNum,'BOM' as FCtlID,'BOM查詢' as FCtlName,0 as FLdgNum,FFieldName,FCtlIndex+1000 as FOrder,FCaption_CHT as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,0 as FDecCtl,0 as FNeedHeadSecond  FROM ICTemplate WHERE FID='Z01' AND FDefaultCtl=0  AND FCtlIndex=40 ORDER BY FCtlIndex

@@ -1,0 +1,1 @@
+SELECT * FROM (SELECT a.FInterID,a.FBOMNumber,b.FItemID,b.FName,b.FNumber,CASE FUseStatus WHEN 1072 THEN '使用' ELSE '未使用' END AS FUseStatus,a.FYield,a.FQty,a.FParentID,b.FQtyDecimal,a.FBomType,a.FCustID,b.FModel,c.FName AS FUnitID FROM ICBOM a,t_ICItem b,t_MeasureUnit c WHERE a.FItemID=b.FItemID AND b.FUnitID=c.FItemID) t1

@@ -1,0 +1,1 @@
+ select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM Where FInterID = 1002

@@ -1,0 +1,1 @@
+select * from icbom where fbomtype=3 and FInterId=2001

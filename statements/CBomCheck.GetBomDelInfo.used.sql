@@ -1,0 +1,2 @@
+ select top 1 '成本对象表' as FTableName, FBomID as FBomInterID From cbCostObj Where FBomID = 2001
+ union select top 1 '销售订单' as FTableName, FBomInterID From SEOrderEntry Where FBomInterID = 2001

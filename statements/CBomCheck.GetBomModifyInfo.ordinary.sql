@@ -1,0 +1,1 @@
+select FInterID from icbom where fbomtype=3 and FInterId=1002

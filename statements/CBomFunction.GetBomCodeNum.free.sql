@@ -1,0 +1,1 @@
+select * from icbom where fbomnumber='BOM0000010'

@@ -1,0 +1,1 @@
+select * from icbom where  FBOMNumber='BOM000099'

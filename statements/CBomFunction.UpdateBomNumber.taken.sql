@@ -1,0 +1,1 @@
+update icbom set FEnterTime=Convert(Varchar(10),Getdate(),120), FBOMNumber='BOM000002' where FInterID=1009

@@ -1,0 +1,1 @@
+SELECT ICBOM.FBomNumber FROM ICBOM INNER JOIN ICCustBomChild ON ICBOM.FInterID=ICCustBomChild.FInterID WHERE ICCustBomChild.FCustBomCode IN (3001)

@@ -1,1 +1,0 @@
-SELECT FMaxNum FROM ICMaxNum WHERE FTableName='ICBOM'
