@@ -85,15 +85,15 @@ std::wstring DescriptorOf(const CommandLine& line) {
 Variant ArgumentFor(const CommandLine& line, const ParameterInfo& parameter) {
   if (const NamedText* given = FindValue(line, parameter)) return Convert(parameter, given->value);
   if (IsDescriptor(parameter)) return WithLanguage(DescriptorOf(line), line.language);
-  // What a method only gives back need not be given to it, but has to be taken, and be it optional.
+  // What a method only gives back need not be given to it. It is taken even where it is optional.
   if (parameter.inOut)
     return parameter.type == VT_DISPATCH ? Variant(Object()) : Variant().As(parameter.type);
   if (parameter.optional) return Variant::Missing();
   throw Wrong(L"the method needs " + parameter.name);
 }
 
-const MethodInfo& FindMethod(const Catalog& catalog, const CommandLine& line) {
-  const ClassInfo* info = FindClass(catalog, line.className);
+const MethodInfo& FindMethod(const ClassDescriptions& classes, const CommandLine& line) {
+  const ClassInfo* info = FindClass(classes, line.className);
   if (!info) throw Wrong(L"there is no class " + line.className + L"; --list shows the classes");
   const MethodInfo* method = info->Find(line.methodName);
   if (!method)
@@ -196,9 +196,9 @@ std::wstring ShowTrace(const std::vector<std::wstring>& trace) {
 
 } // namespace
 
-Outcome MakeCall(const Catalog& catalog, const CommandLine& line) {
-  const MethodInfo& method = FindMethod(catalog, line);
-  const ClassInfo& info = *FindClass(catalog, line.className);
+Outcome MakeCall(const ClassDescriptions& classes, const CommandLine& line) {
+  const MethodInfo& method = FindMethod(classes, line);
+  const ClassInfo& info = *FindClass(classes, line.className);
   std::vector<Variant> values;
   for (const ParameterInfo& parameter : method.parameters) values.push_back(ArgumentFor(line, parameter));
 
@@ -265,11 +265,11 @@ std::wstring ShowAsJson(const Outcome& outcome) {
   return com::FromUtf8(json.dump(2)) + L"\n";
 }
 
-std::wstring ShowCatalog(const Catalog& catalog, const std::wstring& className) {
-  if (!className.empty() && !FindClass(catalog, className))
+std::wstring ShowClasses(const ClassDescriptions& classes, const std::wstring& className) {
+  if (!className.empty() && !FindClass(classes, className))
     throw Wrong(L"there is no class " + className + L"; --list shows the classes");
   std::wstring out;
-  for (const ClassInfo& info : catalog) {
+  for (const ClassInfo& info : classes) {
     if (!className.empty() && !com::EqualsNoCase(info.name, className)) continue;
     out += info.name + L"  " + info.description + L"\n";
     for (const MethodInfo& method : info.methods) out += L"  " + Describe(method) + L"\n";

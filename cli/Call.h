@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/Catalog.h"
+#include "cli/ClassDescriptions.h"
 #include "cli/CommandLine.h"
 #include "com/ComError.h"
 #include "com/Variant.h"
@@ -27,13 +27,13 @@ struct Outcome {
 
 // Makes the call. What the command line got wrong (an unknown name, a value that does not fit, JSON that does
 // not parse, a file that cannot be read) throws UsageError before anything is called.
-Outcome MakeCall(const Catalog& catalog, const CommandLine& line);
+Outcome MakeCall(const ClassDescriptions& classes, const CommandLine& line);
 
 // UTF-16 text for the terminal: lines ending with LF.
 std::wstring ShowAsText(const Outcome& outcome);
 std::wstring ShowAsJson(const Outcome& outcome);
 
-// The classes of the catalog, or the one that is named; throws UsageError when it does not exist.
-std::wstring ShowCatalog(const Catalog& catalog, const std::wstring& className);
+// The classes of the classes, or the one that is named; throws UsageError when it does not exist.
+std::wstring ShowClasses(const ClassDescriptions& classes, const std::wstring& className);
 
 } // namespace bomcall

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "cli/Kinds.h"
+#include "com/Elements.h"
 #include "com/Object.h"
 #include "com/Text.h"
 #include "com/ValueText.h"
@@ -20,20 +21,11 @@ bool FitsLong(const Json& number) {
   return value >= std::numeric_limits<int32_t>::min() && value <= std::numeric_limits<int32_t>::max();
 }
 
-Json ArrayToJson(SAFEARRAY* array) {
+Json ArrayToJson(const Variant& array) {
+  const auto elements = com::ElementsOf(array);
+  if (!elements) return "(array)";
   Json result = Json::array();
-  LONG lower = 0;
-  LONG upper = -1;
-  VARTYPE type = VT_EMPTY;
-  if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &type)) || type != VT_VARIANT)
-    return "(array)";
-  SafeArrayGetLBound(array, 1, &lower);
-  SafeArrayGetUBound(array, 1, &upper);
-  for (LONG i = lower; i <= upper; ++i) {
-    Variant element;
-    SafeArrayGetElement(array, &i, element.Out());
-    result.push_back(ToJson(element));
-  }
+  for (const Variant& element : *elements) result.push_back(ToJson(element));
   return result;
 }
 
@@ -111,7 +103,7 @@ Json ToJson(const Variant& value) {
   case VT_DECIMAL:
   case VT_CY:
   case VT_I8: return Json::parse(com::ToUtf8(com::ToText(value)));
-  case VT_ARRAY | VT_VARIANT: return ArrayToJson(value.raw().parray);
+  case VT_ARRAY | VT_VARIANT: return ArrayToJson(value);
   default: return com::ToUtf8(com::ToText(value));
   }
 }

@@ -3,6 +3,7 @@
 #include <oleauto.h>
 
 #include "com/ComError.h"
+#include "com/Elements.h"
 
 namespace bomcall {
 namespace {
@@ -27,18 +28,9 @@ Kind KindOf(const Object& object) {
 }
 
 std::vector<std::wstring> KeysOf(const Object& dictionary) {
-  const Variant keys = dictionary.Call(L"Keys");
   std::vector<std::wstring> result;
-  if (keys.type() != (VT_ARRAY | VT_VARIANT)) return result;
-  LONG lower = 0;
-  LONG upper = -1;
-  com::Check(SafeArrayGetLBound(keys.raw().parray, 1, &lower));
-  com::Check(SafeArrayGetUBound(keys.raw().parray, 1, &upper));
-  for (LONG i = lower; i <= upper; ++i) {
-    Variant key;
-    com::Check(SafeArrayGetElement(keys.raw().parray, &i, key.Out()));
-    result.push_back(key.AsText());
-  }
+  if (const auto keys = com::ElementsOf(dictionary.Call(L"Keys")))
+    for (const Variant& key : *keys) result.push_back(key.AsText());
   return result;
 }
 

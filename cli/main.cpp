@@ -23,10 +23,12 @@ int Run(const CommandLine& line) {
   switch (line.action) {
   case Action::Help: Print(stdout, kUsage); return 0;
   case Action::Version: Print(stdout, "bomcall 1.0.0\n"); return 0;
-  case Action::List: Print(stdout, com::ToUtf8(ShowCatalog(ReadCatalog(), line.className))); return 0;
+  case Action::List:
+    Print(stdout, com::ToUtf8(ShowClasses(ReadClassDescriptions(), line.className)));
+    return 0;
   case Action::Call: break;
   }
-  const Outcome outcome = MakeCall(ReadCatalog(), line);
+  const Outcome outcome = MakeCall(ReadClassDescriptions(), line);
   // An error is shown with the output, in the form that was asked for: it is what the call came to.
   Print(stdout, com::ToUtf8(line.json ? ShowAsJson(outcome) : ShowAsText(outcome)));
   return outcome.error ? kRaised : 0;

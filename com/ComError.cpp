@@ -111,6 +111,25 @@ HRESULT ReportCurrentException(EXCEPINFO* info) noexcept {
   }
 }
 
+void Raise(RuntimeError error, const wchar_t* source) {
+  const auto text = [error] {
+    switch (error) {
+    case RuntimeError::InvalidCall: return L"Invalid procedure call or argument";
+    case RuntimeError::Overflow: return L"Overflow";
+    case RuntimeError::SubscriptOutOfRange: return L"Subscript out of range";
+    case RuntimeError::TypeMismatch: return L"Type mismatch";
+    case RuntimeError::ObjectNotSet: return L"Object variable or With block variable not set";
+    case RuntimeError::KeyExists: return L"This key is already associated with an element of this collection";
+    }
+    return L"";
+  };
+  RaiseRuntimeError(static_cast<int>(error), source, text());
+}
+
+void Raise(RuntimeError error, const wchar_t* source, const std::wstring& description) {
+  RaiseRuntimeError(static_cast<int>(error), source, description.c_str());
+}
+
 void RaiseRuntimeError(int number, const wchar_t* source, const wchar_t* description) {
   throw ComError(MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number), source, description);
 }

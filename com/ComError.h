@@ -55,7 +55,20 @@ inline void Check(HRESULT hr) {
 // object, and fills `info` when there is one.
 HRESULT ReportCurrentException(EXCEPINFO* info) noexcept;
 
-// Run-time errors as Automation languages number them (0x800A0000 + n).
+// Run-time errors as Automation languages number them; their HRESULTs are 0x800A0000 + n.
+enum class RuntimeError : int {
+  InvalidCall = 5,
+  Overflow = 6,
+  SubscriptOutOfRange = 9,
+  TypeMismatch = 13,
+  ObjectNotSet = 91,
+  KeyExists = 457,
+};
+// Throws the error with the language's own text for it.
+[[noreturn]] void Raise(RuntimeError error, const wchar_t* source);
+// Throws the error with a text that says more.
+[[noreturn]] void Raise(RuntimeError error, const wchar_t* source, const std::wstring& description);
+// The same for the numbers of a library of its own.
 [[noreturn]] void RaiseRuntimeError(int number, const wchar_t* source, const wchar_t* description);
 
 } // namespace com

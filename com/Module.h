@@ -1,4 +1,5 @@
-// Module: what is one per DLL or program: how much of it is in use, where it lies, its type library.
+// Module: facts about the DLL or program that this code is in: whether it is in use, where its file is, its type
+// library.
 #pragma once
 
 #include <oaidl.h>

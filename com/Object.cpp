@@ -19,7 +19,7 @@ CLSID ClassIdOf(const wchar_t* progId) {
 }
 
 [[noreturn]] void RaiseNoObject() {
-  RaiseRuntimeError(91, L"", L"Object variable or With block variable not set");
+  Raise(RuntimeError::ObjectNotSet, L"");
 }
 
 // The arguments of a call in the order of a dispatch call, the last one first.

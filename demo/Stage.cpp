@@ -45,7 +45,7 @@ void PrintTrace(const std::vector<std::wstring>& trace) {
 
 Stage::Stage(const std::wstring& database, bool trace)
     : database_(database), trace_(trace), connection_(Object::Create(L"ADODB.Connection")),
-      catalog_(bomcall::ReadCatalog()) {
+      classes_(bomcall::ReadClassDescriptions()) {
   connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + database_);
 }
 
@@ -92,7 +92,7 @@ bomcall::Outcome Stage::Make(const std::wstring& method, const std::vector<Argum
   std::wstring call = L"\n  > " + method;
   for (const Argument& argument : arguments) call += L"  " + argument.name + L"=" + argument.value;
   Print(call + L"  user " + std::to_wstring(user) + L", " + language + L"\n");
-  return bomcall::MakeCall(catalog_, line);
+  return bomcall::MakeCall(classes_, line);
 }
 
 void Stage::Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,

@@ -52,7 +52,7 @@ class Stage {
   bool trace_;
   int chapters_ = 0;
   com::Object connection_;
-  bomcall::Catalog catalog_;
+  bomcall::ClassDescriptions classes_;
 };
 
 } // namespace demo

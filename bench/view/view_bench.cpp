@@ -10,11 +10,12 @@
 #include <cstdio>
 #include <vector>
 
-#include "bench/view/Factory.h"
+#include "bench/view/BrowserData.h"
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
 #include "com/Text.h"
-#include "src/frame/Globals.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/RowConversion.h"
 #include "standin/ado/Connection.h"
 #include "standin/foundation/Dictionary.h"
 #include "standin/foundation/Vector.h"

@@ -1,5 +1,8 @@
 #include "src/bom/BomInfo.h"
 
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Recordset.h"
+
 namespace mbom {
 namespace {
 
@@ -10,9 +13,9 @@ constexpr wchar_t kUseStatusText[] =
 
 // The columns and joins of the queries for BOMs.
 constexpr wchar_t kBomColumns[] =
-    L", b.FNumber as FItemNumber, a.FUnitID, a.FBomNumber, a.FInterID, a.FAuxQty, a.FFee, a.FAuxPropID, "
-    L"b.FItemID, b.FName, b.FNumber, c.FModel, d.FName as FUnitName, e.FName as AuxName, a.FNote from icBom "
-    L"a";
+    L", b.FNumber as FItemNumber, a.FUnitID, a.FBomNumber, a.FInterID, a.FAuxQty, a.FFee, "
+    L"a.FAuxPropID, b.FItemID, b.FName, b.FNumber, c.FModel, d.FName as FUnitName, "
+    L"e.FName as AuxName, a.FNote from icBom a";
 constexpr wchar_t kItem[] = L" inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4  ";
 constexpr wchar_t kMaterial[] = L" inner join t_ICItem c on b.FItemID = c.FItemID ";
 constexpr wchar_t kUnit[] = L" left join t_MeasureUnit d on a.FUnitID = d.FMeasureUnitID ";
@@ -20,10 +23,9 @@ constexpr wchar_t kAuxItem[] = L" left join t_AuxItem e on a.FAuxPropID = e.FIte
 
 // The columns and joins of the queries for the lines of a BOM.
 constexpr wchar_t kChildColumns[] =
-    L"select e.FUnitID, e.FAuxPropID, a.FinterID, h.FUnitGroupID, h.FMeasureUnitID, h.FCoefficient, "
-    L"e.FAuxQty, e.FScrap, f.FItemID, f.FNumber, f.FName, g.FModel, h.FName as FUnitName, j.FName as "
-    L"AuxName, "
-    L"e.FNote from icBom a";
+    L"select e.FUnitID, e.FAuxPropID, a.FinterID, h.FUnitGroupID, h.FMeasureUnitID, "
+    L"h.FCoefficient, e.FAuxQty, e.FScrap, f.FItemID, f.FNumber, f.FName, g.FModel, "
+    L"h.FName as FUnitName, j.FName as AuxName, e.FNote from icBom a";
 constexpr wchar_t kChildJoins[] = L" inner join t_ICItem c on b.FItemID = c.FItemID "
                                   L" left join t_MeasureUnit d on a.FUnitID = d.FMeasureUnitID "
                                   L" inner join icBomChild e on a.FInterID = e.FInterID "
@@ -79,13 +81,11 @@ int32_t BomInfo::GetItemForbitNumber(const std::wstring& sDsn, int32_t BomInterI
   return frame_.LetFailuresRise([&] {
     frame_.OpenDataContext(sDsn);
     const Recordset sums = frame_.GetConnection().Execute(
-        Sql()
-        << L"select t2.FInterId, isnull(sum(t3.FDeleted),0) as HSum, isnull(sum(t4.Fdeleted) ,0) as ESum "
-           L"from IcBom t1 left join IcBomChild t2 on t1.FInterId = t2.FInterId "
-           L"left join t_IcItem t3 on t1.FItemId=t3.FItemID "
-           L"left join t_IcItem t4 on t2.FItemId=t4.FItemId "
-           L"where t1.FInterID = "
-        << BomInterId << L"group by t2.FinterId");
+        Sql() << L"select t2.FInterId, isnull(sum(t3.FDeleted),0) as HSum, isnull(sum(t4.Fdeleted) ,"
+                 L"0) as ESum from IcBom t1 left join IcBomChild t2 on t1.FInterId = t2.FInterId "
+                 L"left join t_IcItem t3 on t1.FItemId=t3.FItemID left join t_IcItem t4 "
+                 L"on t2.FItemId=t4.FItemId where t1.FInterID = "
+              << BomInterId << L"group by t2.FinterId");
     return com::Variant(sums[L"HSUm"].AsDouble() + sums[L"ESum"].AsDouble()).AsLong();
   });
 }
@@ -113,11 +113,12 @@ Object BomInfo::GetBomInfoByItemNumber1(const std::wstring& sDsn, const std::wst
 }
 
 Object BomInfo::SelectBomInfoByItemNumber(const std::wstring& sDsn, const std::wstring& sItemNumber) {
-  return Select(sDsn, Sql() << L"select a.FUnitID, d.FUnitGroupID, d.FMeasureUnitID, d.FCoefficient, "
-                               L"a.FInterID, a.FAuxQty, a.FFee, b.FItemID, b.FName, b.FNumber, c.FModel, "
-                               L"d.FName as FUnitName, e.FName as AuxName, a.FNote from icBom a"
-                            << kItem << L" inner join t_ICItem c on b.FItemID = c.FItemID and b.FItemID = "
-                            << sItemNumber << kUnit << kAuxItem << L" Where a.FUseStatus = 1072 ");
+  return Select(sDsn,
+                Sql() << L"select a.FUnitID, d.FUnitGroupID, d.FMeasureUnitID, d.FCoefficient, a.FInterID, "
+                         L"a.FAuxQty, a.FFee, b.FItemID, b.FName, b.FNumber, c.FModel, d.FName as FUnitName, "
+                         L"e.FName as AuxName, a.FNote from icBom a"
+                      << kItem << L" inner join t_ICItem c on b.FItemID = c.FItemID and b.FItemID = "
+                      << sItemNumber << kUnit << kAuxItem << L" Where a.FUseStatus = 1072 ");
 }
 
 Object BomInfo::GetBomInfoLikeInfo(const std::wstring& sDsn, const std::wstring& sValue) {
@@ -130,26 +131,28 @@ Object BomInfo::GetBomInfoLikeInfo(const std::wstring& sDsn, const std::wstring&
 }
 
 Object BomInfo::GetBomInfoByItemID(const std::wstring& sDsn, const std::wstring& sItemID) {
-  return Select(sDsn,
-                Sql() << L"select a.FUnitID, a.FInterID, a.FQty, a.FFee, b.FItemID, b.FName, b.FNumber, "
-                         L"c.FModel, d.FName as FUnitName from icBom a"
-                      << L" inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4 and "
-                         L"b.FItemID = "
-                      << sItemID << kMaterial << kUnit << L" Where a.FUseStatus = 1072 ");
+  return Select(
+      sDsn,
+      Sql() << L"select a.FUnitID, a.FInterID, a.FQty, a.FFee, b.FItemID, b.FName, b.FNumber, c.FModel, "
+               L"d.FName as FUnitName from icBom a"
+            << L" inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4 "
+               L"and b.FItemID = "
+            << sItemID << kMaterial << kUnit << L" Where a.FUseStatus = 1072 ");
 }
 
 Object BomInfo::GetBomList(const std::wstring& sDsn, const std::wstring& sParentID) {
-  return Select(sDsn,
-                Sql() << L"select " << kUseStatusText << L", a.FInterID, a.FBOMNumber, b.FNumber from IcBom a"
-                      << L" inner join t_ICItem b on a.FItemID = b.FItemID  where a.FCancellation = 0 and "
-                         L"a.FParentID = "
-                      << sParentID);
+  return Select(sDsn, Sql() << L"select " << kUseStatusText
+                            << L", a.FInterID, a.FBOMNumber, b.FNumber from IcBom a"
+                            << L" inner join t_ICItem b on a.FItemID = b.FItemID  where a.FCancellation = 0 "
+                               L"and a.FParentID = "
+                            << sParentID);
 }
 
 Object BomInfo::GetAllBomList(const std::wstring& sDsn, const std::wstring& sFilter) {
   Sql query;
-  query << L"select case a.FUseStatus when 1072 then '使  用' else '未使用' end as FUseStatus, a.FInterID, "
-           L"a.FBOMNumber, b.FNumber, b.FName from IcBom a"
+  query << L"select case a.FUseStatus when 1072 then '使  用' "
+           L"else '未使用' end as FUseStatus, a.FInterID, a.FBOMNumber, b.FNumber, b.FName "
+           L"from IcBom a"
         << L" inner join t_ICItem b on a.FItemID = b.FItemID  where a.FCancellation = 0  ";
   if (!sFilter.empty()) query << L" and FNumber = '" << sFilter << L"' ";
   return Select(sDsn, query);
@@ -163,8 +166,8 @@ Object BomInfo::GetChildBomInfoByBomNo(const std::wstring& sDsn, const std::wstr
 
 Object BomInfo::GetChildBomInfoByItemID(const std::wstring& sDsn, const std::wstring& sItemID) {
   return Select(sDsn, Sql() << kChildColumns
-                            << L" inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4 and "
-                               L"b.FItemID = "
+                            << L" inner join t_Item b on a.FItemID = b.FItemID and b.FItemClassID = 4 "
+                               L"and b.FItemID = "
                             << sItemID << kChildJoins
                             << L" Where a.FUseStatus = 1072 order by e.finterid,e.fentryid");
 }

@@ -1,11 +1,14 @@
 #include "src/bom/BomUpdate.h"
 
 #include "com/ValueText.h"
-#include "src/frame/BomReferences.h"
+#include "src/domain/BomReferences.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
-#include "src/frame/Globals.h"
-#include "src/frame/Texts.h"
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/CurrentUser.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 namespace {
@@ -51,7 +54,7 @@ bool BomUpdate::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring
     const Connection conn = frame_.GetConnection();
 
     const Dictionary bom = Vector(SaveVect).DictionaryAt(1);
-    {
+    { // The recordset is let go before the next statement.
       const Recordset header =
           conn.Execute(Sql() << L"select FEcnInterId from IcBom where FInterId = " << bom[L"FInterID"]);
       if (!header) return frame_.Refuse(false);
@@ -81,16 +84,19 @@ void BomUpdate::StampSavedBom(const Connection& conn, const Dictionary& bom) con
   conn.Run(stamp);
 
   const wchar_t* lines = customerBom ? L"ICCustBOMChild" : L"ICBOMChild";
-  conn.Run(Sql() << L" Update t1 set t1.FQty=cast(t1.FAuxQty as float) * (cast(isnull(t3.FCoefficient,1) as"
-                    L" float) + cast(isnull(t3.FScale,0) as float))"
-                 << kCrLf << L" from " << lines << L"  t1,t_MeasureUnit t3" << kCrLf
-                 << L" Where t3.FItemID = t1.FUnitID and t1.FInterID=" << bom[L"FInterID"]);
+  conn.Run(Sql() << L" Update t1 set t1.FQty=cast(t1.FAuxQty as float) * (cast(isnull(t3.FCoefficient,"
+                    L"1) as float) + cast(isnull(t3.FScale,0) as float))\r\n"
+                    L" from "
+                 << lines
+                 << L"  t1,t_MeasureUnit t3\r\n"
+                    L" Where t3.FItemID = t1.FUnitID and t1.FInterID="
+                 << bom[L"FInterID"]);
 
   // The lines of a customer BOM stand in another table, but it is the ordinary lines that are opened here.
   conn.Run(Sql() << L"IF EXISTS (SELECT 1 FROM ICBOM WHERE FInterId = " << bom[L"FInterID"]
-                 << L" AND FBomtype <> 0) " << kCrLf
-                 << L"    UPDATE ICBomChild SET FBeginDay = '1900-01-01', FEndDay = '2100-01-01'"
-                    L" WHERE FInterID = "
+                 << L" AND FBomtype <> 0) \r\n"
+                    L"    UPDATE ICBomChild SET FBeginDay = '1900-01-01', FEndDay = '2100-01-01' "
+                    L"WHERE FInterID = "
                  << bom[L"FInterID"]);
 }
 
@@ -229,10 +235,11 @@ bool BomUpdate::SetVisibelBySysProfile(const std::wstring& sDsn, const std::wstr
     frame_.VoteComplete();
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection().Run(
-        Sql() << L"UPDATE IcTableFieldInfo SET FVisible = '" << sVal << L"' " << kCrLf
-              << L"WHERE FCtlID IN ('BOM', 'OneGradeBOMQuery', 'MutiGradeBOMQuery', 'OneGradeBOMQueryRev', "
-                 L"'MutiGradeBOMQueryRev', 'BomTreeQuery') "
-              << kCrLf << L"AND FLdgNum = 1 AND FName IN ('FBeginDay', 'FEndDay') ");
+        Sql() << L"UPDATE IcTableFieldInfo SET FVisible = '" << sVal
+              << L"' \r\n"
+                 L"WHERE FCtlID IN ('BOM', 'OneGradeBOMQuery', 'MutiGradeBOMQuery', 'OneGradeBOMQueryRev', "
+                 L"'MutiGradeBOMQueryRev', 'BomTreeQuery') \r\n"
+                 L"AND FLdgNum = 1 AND FName IN ('FBeginDay', 'FEndDay') ");
     // Complete was voted before the set-up; there is no other vote.
     return frame_.WithoutVote(true);
   });

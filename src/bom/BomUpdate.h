@@ -10,6 +10,7 @@
 #include "com/Object.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 

@@ -4,10 +4,13 @@
 
 #include "com/ComError.h"
 #include "com/ValueText.h"
-#include "src/frame/BomReferences.h"
+#include "src/domain/BomReferences.h"
 #include "src/frame/Convert.h"
-#include "src/frame/Globals.h"
-#include "src/frame/Texts.h"
+#include "src/frame/Join.h"
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/globals/SystemProfile.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 namespace {
@@ -90,8 +93,9 @@ int32_t CBomCheck::BomCheck(const std::wstring& sDsn, int32_t lInterID, const st
       return frame_.Refuse(notAudited(text(against), kRefused));
 
     conn.Run(Sql() << L" Update ICBOM Set FStatus = 1, FCheckerID = " << lEmpID
-                   << L", FAudDate = Convert(Varchar(10),Getdate(),120), FBeenChecked = 1 " << kCrLf
-                   << L" Where FInterID = " << lInterID);
+                   << L", FAudDate = Convert(Varchar(10),Getdate(),120), FBeenChecked = 1 \r\n"
+                      L" Where FInterID = "
+                   << lInterID);
     strMsg = Join({text(L"BOM[编号："), com::ToText(bom[L"FBillNo"]), text(L"]审核成功。")});
     return frame_.Complete(kDone);
   });
@@ -111,8 +115,8 @@ int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, cons
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
     const ClientRecordset rows = NewRecordset(conn);
-    rows.Open(Sql() << L" select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM"
-                       L" Where FInterID = "
+    rows.Open(Sql() << L" select FInterID,fbomnumber FBillNo, FCheckID, FStatus, FCheckerID From ICBOM "
+                       L"Where FInterID = "
                     << lInterID);
     if (const wchar_t* against = ReasonAgainstUndo(frame_, rows, lEmpID))
       return frame_.Refuse(notUndone(text(against), kRefused));
@@ -128,9 +132,11 @@ int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, cons
                      references, text(L"如果反审核，会影响这些单据的正确执行。")});
       return frame_.Complete(kInUse);
     }
-    conn.Run(Sql() << L" Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, "
-                      L"FAudDate = null, FBeenChecked=0"
-                   << kCrLf << L" Where FInterID = " << lInterID);
+    conn.Run(
+        Sql() << L" Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, FAudDate = null, "
+                 L"FBeenChecked=0\r\n"
+                 L" Where FInterID = "
+              << lInterID);
     strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核成功。")});
     return frame_.Complete(kDone);
   });

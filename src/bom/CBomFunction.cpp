@@ -5,8 +5,12 @@
 #include "com/ComError.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
-#include "src/frame/Globals.h"
-#include "src/frame/Texts.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/ado/StoredProcedure.h"
+#include "src/frame/globals/RowConversion.h"
+#include "src/frame/globals/ServerObject.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 namespace {
@@ -18,12 +22,12 @@ constexpr int32_t kBomBill = 50;
 constexpr int32_t kFailed = -1;
 
 constexpr wchar_t kHeaderColumns[] =
-    L"FBrNo,FInterID,FBOMNumber ,FUseStatus ,FVersion,FParentID,FItemID,FQty,FYield,FCheckID,FCheckDate,"
-    L"FOperatorID,FEnterTime,FStatus,FCancellation, FTranType,FRoutingID,FBomType,FCustID,FCustItemID,"
-    L"FAccessories,FNote,FCheckerID,FAudDate";
+    L"FBrNo,FInterID,FBOMNumber ,FUseStatus ,FVersion,FParentID,FItemID,FQty,FYield,FCheckID,"
+    L"FCheckDate,FOperatorID,FEnterTime,FStatus,FCancellation, FTranType,FRoutingID,FBomType,"
+    L"FCustID,FCustItemID,FAccessories,FNote,FCheckerID,FAudDate";
 constexpr wchar_t kLineColumns[] =
-    L"FBrNo,FEntryID,FInterID,FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
-    L" FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply";
+    L"FBrNo,FEntryID,FInterID,FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,"
+    L"FMaterielType, FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply";
 
 // The columns that the second query finds beside those of the first, each behind a comma.
 std::wstring FurtherColumns(const Connection& conn, const Sql& fixedColumns, const Sql& allColumns) {
@@ -68,16 +72,15 @@ int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& 
     frame_.VoteAbort();
     if (!Bind(sToParse)) return frame_.Refuse(kFailed);
     int32_t serial = 0;
-    {
-      const Recordset rule =
-          connection_.Execute(Sql() << L"select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno "
-                                       L"where fbillid=50");
+    { // The recordset is let go before the next statement.
+      const Recordset rule = connection_.Execute(
+          Sql() << L"select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno where fbillid=50");
       if (rule.Eof()) return frame_.Refuse(kFailed);
       serial = rule[L"fcurno"].AsLong();
     }
     while (NumberIsUsed(connection_, ErrInfo, serial)) {
       if (serial == std::numeric_limits<int32_t>::max())
-        com::RaiseRuntimeError(6, L"QorvaneMBomBill.CBomFunction", L"Overflow");
+        com::Raise(com::RuntimeError::Overflow, L"QorvaneMBomBill.CBomFunction");
       ++serial;
     }
     connection_.Run(Sql() << L"update icbillno set fcurno=fcurno+1 where fbillid=50");
@@ -129,7 +132,7 @@ int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInt
       return frame_.Refuse(kFailed);
     }
     const std::wstring number = Trim(BomNumber);
-    {
+    { // The recordset is let go before the next statement.
       const Recordset sameNumber =
           connection_.Execute(Sql() << L"select * from icbom where  FBOMNumber='" << number << L"'");
       if (!sameNumber.Eof()) EffInfo = text(L"已经有此BOM编码，请重新输入");
@@ -152,7 +155,9 @@ int32_t CBomFunction::CopyBom(const std::wstring& sToParse, const Object& Bom) {
         connection_, Sql() << L"select " << kHeaderColumns << L" from icbom where finterid=" << source,
         Sql() << L"select * from icbom where finterid=" << source);
     Sql copy;
-    copy << L"insert into icbom(" << kHeaderColumns << headerExtra << L")" << kCrLf << L" select FBrNo,"
+    copy << L"insert into icbom(" << kHeaderColumns << headerExtra
+         << L")\r\n"
+            L" select FBrNo,"
          << newId << L",'" << bom.Require(L"FBOMNumber") << L"' ,1073 ,FVersion," << bom.Require(L"FParentID")
          << L",FItemID,FQty,FYield," << bom.Require(L"FCheckID")
          << L",Convert(Varchar(10),Getdate(),120) AS FCheckDate," << bom.Require(L"FOperatorID")
@@ -164,9 +169,10 @@ int32_t CBomFunction::CopyBom(const std::wstring& sToParse, const Object& Bom) {
         connection_,
         Sql() << L"select top 1 " << kLineColumns << L" from icbomchild where finterid=" << source,
         Sql() << L"select * from icbomchild where finterid=" << source);
-    copy << kCrLf << L"insert into icbomchild (" << kLineColumns << lineExtra << L")" << kCrLf
-         << L" select FBrNo,FEntryID," << newId
-         << L",FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
+    copy << kCrLf << L"insert into icbomchild (" << kLineColumns << lineExtra
+         << L")\r\n"
+            L" select FBrNo,FEntryID,"
+         << newId << L",FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
          << L" FMarshalType,FPercent,FOffSetDay,FBackFlush,FStockID,FSPID,FSupply " << lineExtra
          << L" from icbomchild where finterid=" << source;
     connection_.Run(copy);
@@ -188,18 +194,20 @@ Object CBomFunction::GetRoutingData(const std::wstring& sToParse, bool /*LongNum
         Sql()
         << L"select t1.finterid ,t1.FBomNumber,b.FItemID,b.FName,'' FRoutingID,0 FBomType ," << L" '"
         << text(L"工艺路线不存在") << L"' FErrInfo" << L" from icbom t1,t_icitem b "
-        << L" where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  and t1.FRoutingID not in (select FinterID "
-           L"from T_routing)"
-        << L" " << filter.text() << kCrLf << L" union  all " << kCrLf
-        << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,'') FRoutingID ,1 "
-           L"FBomType  ,"
+        << L" where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  "
+           L"and t1.FRoutingID not in (select FinterID from T_routing)"
+        << L" " << filter.text() << kCrLf
+        << L" union  all \r\n"
+           L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,"
+           L"'') FRoutingID ,1 FBomType  ,"
         << L" '" << text(L"子项物料工序在指定工艺路线中不存在") << L"' FErrInfo"
         << L" from icbom t1,icbomchild t2,T_routing a1,t_icitem b ,t_icitem e"
         << L" Where t1.FRoutingID = a1.FInterID And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID"
-        << L" and (t2.FOperID not in (select distinct FOperID from T_Routingoper where "
-           L"finterid=a1.finterid) )"
-        << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text() << kCrLf << L" union  all "
-        << kCrLf << L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '"
+        << L" and (t2.FOperID not in (select distinct FOperID from T_Routingoper "
+           L"where finterid=a1.finterid) )"
+        << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text() << kCrLf
+        << L" union  all \r\n"
+           L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '"
         << text(L"子项物料工序在父项无对应的工艺路线") << L"' FErrInfo"
         << L" from icbom t1,icbomchild t2,t_icitem b ,t_icitem e"
         << L" Where t1.FRoutingID =0 And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID and "

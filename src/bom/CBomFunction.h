@@ -2,9 +2,9 @@
 // routings, and moves them between groups.
 //
 // Except for GetMaxNum, every method traps its failures: it votes to abort and returns its failure value.
-// GetBomCodeNum, UpdateBomNumber, CopyBom, UpdateBomGroup and UpdateBomGroupName vote to abort at entry, before
-// anything else; the other two that write do not: GetBomCodeNumEx, whose numbers the bill-code-rule component
-// writes, and UpdateBomRouting.
+// GetBomCodeNum, UpdateBomNumber, CopyBom, UpdateBomGroup and UpdateBomGroupName vote to abort at entry,
+// before anything else; the other two that write do not: GetBomCodeNumEx, whose numbers the bill-code-rule
+// component writes, and UpdateBomRouting.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,7 @@
 
 #include "com/Object.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 
@@ -43,8 +44,8 @@ class CBomFunction {
   // Copies the BOM Bom("FInterID"), header and lines, all columns of both tables, under a new identifier and
   // the number Bom("FBOMNumber"), into the group Bom("FParentID"), for the maker Bom("FCheckID") and the
   // operator Bom("FOperatorID"). The copy is not in use and not audited, its dates are today's. Returns the
-  // identifier; -1 after every failure, and one is any of the five that Bom does not hold. A BOM that does not
-  // exist is none: nothing is copied, and the result is an identifier that no BOM has.
+  // identifier; -1 after every failure, and one is any of the five that Bom does not hold. A BOM that does
+  // not exist is none: nothing is copied, and the result is an identifier that no BOM has.
   int32_t CopyBom(const std::wstring& sToParse, const com::Object& Bom);
 
   // The broken links to routings, of the BOM `FInterID` or, for -1, of all: headers whose routing does not

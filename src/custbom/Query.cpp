@@ -2,6 +2,7 @@
 
 #include "com/ValueText.h"
 #include "src/frame/Convert.h"
+#include "src/frame/ado/ClientRecordset.h"
 
 namespace mbom {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "src/frame/Ado.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Recordset.h"
 
 namespace mbom {
 

@@ -17,12 +17,11 @@ com::Object clsMBOMRule::GetICItemParent(const std::wstring& sDsn, const std::ws
   return frame_.AbortOnFailure([&] {
     frame_.OpenDataContext(sDsn);
     frame_.GetConnection();
-    return RunQuery(
-               frame_, sDsn,
-               Sql() << L"select t_icitem.fitemid,t_item.fitemid as groupid,t_item.fname as groupname from "
-                        L"t_icitem left outer join t_item on t_icitem.fparentid=t_item.fitemid and "
-                        L"t_item.fdetail=0 and fitemclassid=4 "
-                     << L" WHERE t_icitem.fitemid='" << QuotesDoubled(s_ItemID) << L"'")
+    return RunQuery(frame_, sDsn,
+                    Sql() << L"select t_icitem.fitemid,t_item.fitemid as groupid,t_item.fname as groupname "
+                             L"from t_icitem left outer join t_item on t_icitem.fparentid=t_item.fitemid "
+                             L"and t_item.fdetail=0 and fitemclassid=4 "
+                          << L" WHERE t_icitem.fitemid='" << QuotesDoubled(s_ItemID) << L"'")
         .object();
   });
 }

@@ -16,6 +16,7 @@
 
 #include "com/Object.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 
@@ -127,8 +128,8 @@ class clsMCustBOM {
   std::wstring NumbersBuiltFrom(const std::wstring& sDsn, const std::wstring& ids);
   bool IsUsedByDocuments(const std::wstring& sDsn, const std::wstring& ids, const std::wstring& currentId,
                          std::wstring& usage);
-  // The connection of the context that votes at the end. The calls inside a call set up contexts of their own:
-  // what is written after them goes over the connection of the last one.
+  // The connection of the context that votes at the end. The calls inside a call set up contexts of their
+  // own: what is written after them goes over the connection of the last one.
   Connection ConnectionThatVotes() const;
   bool IsBlockedFromAbove(const std::wstring& sDsn, const std::wstring& ids, std::wstring& message);
 

@@ -17,7 +17,9 @@
 
 #include "com/Object.h"
 #include "src/frame/Frame.h"
-#include "src/frame/Texts.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 

@@ -6,30 +6,28 @@ namespace {
 // The columns of the lines from the quantities on, as every insert of the batch lists them. What is not
 // listed here or as a key (FOperSN, FBeginDay, FEndDay and others) does not go into the new BOM.
 constexpr wchar_t kValues[] =
-    L"FAuxQty, FQty, FScrap, FOperId, FMachinepos, FNote, FMaterielType, FMarshalType, FPercent,\r\n"
-    L"   FOffSetDay, FBackFlush, FStockID, FSPID, FSupply, FUnitID";
+    L"FAuxQty, FQty, FScrap, FOperId, FMachinepos, FNote, FMaterielType, FMarshalType, "
+    L"FPercent,\r\n   FOffSetDay, FBackFlush, FStockID, FSPID, FSupply, FUnitID";
 constexpr wchar_t kKeys[] = L"FBrNO, FEntryId, FInterID, FItemID, ";
 
 // The columns of a temporary table of lines, but for its line number.
 constexpr wchar_t kColumnsBeforeEntryId[] = L"   FBrNo VarChar(10) NOT NULL, --组织机构代码(未用)\r\n";
 constexpr wchar_t kColumnsAfterEntryId[] =
-    L"   FInterID INT DEFAULT 0 NOT NULL, --BOM内码\r\n"
-    L"   FItemID INT NOT NULL, --子项物料内码\r\n"
-    L"   FAuxQty Decimal(28,10) DEFAULT 0 NOT NULL, --用量(常用单位)\r\n"
-    L"   FQty Decimal(28,10) DEFAULT 0 NOT NULL, --用量(基本单位)\r\n"
-    L"   FScrap Decimal(28,10) NOT NULL, --损耗率\r\n"
-    L"   FOperID INT DEFAULT 0 NOT NULL, --工序\r\n"
-    L"   FMachinePos VARCHAR(1000) NULL, --默认工位\r\n"
-    L"   FNote VARCHAR(1000) NULL, --备注\r\n"
-    L"   FMaterielType INT DEFAULT 371 NOT NULL, --子项类型(371为普通件)\r\n"
-    L"   FMarshalType INT DEFAULT 385 NOT NULL, --配置属性(385为通用)\r\n"
-    L"   FPercent Decimal(28,10) DEFAULT 100 NOT NULL, --计划百分比\r\n"
-    L"   FOffSetDay Decimal(28,10) DEFAULT 0 NOT NULL, --提前期偏置\r\n"
-    L"   FBackFlush INT DEFAULT 1059 NOT NULL, --是否倒冲\r\n"
-    L"   FStockID INT DEFAULT 0 NULL, --发料仓库\r\n"
-    L"   FSPID INT DEFAULT 0 NOT NULL, --发料仓位\r\n"
-    L"   FSupply SMALLINT DEFAULT 0 NOT NULL, --来源\r\n"
-    L"   FUnitID INT DEFAULT 0 NOT NULL --单位\r\n";
+    L"   FInterID INT DEFAULT 0 NOT NULL, --BOM内码\r\n   FItemID INT NOT NULL, "
+    L"--子项物料内码\r\n   FAuxQty Decimal(28,10) DEFAULT 0 NOT NULL, "
+    L"--用量(常用单位)\r\n   FQty Decimal(28,10) DEFAULT 0 NOT NULL, "
+    L"--用量(基本单位)\r\n   FScrap Decimal(28,10) NOT NULL, "
+    L"--损耗率\r\n   FOperID INT DEFAULT 0 NOT NULL, "
+    L"--工序\r\n   FMachinePos VARCHAR(1000) NULL, --默认工位\r\n   FNote VARCHAR(1000) NULL, "
+    L"--备注\r\n   FMaterielType INT DEFAULT 371 NOT NULL, "
+    L"--子项类型(371为普通件)\r\n   FMarshalType INT DEFAULT 385 NOT NULL, "
+    L"--配置属性(385为通用)\r\n   FPercent Decimal(28,10) DEFAULT 100 NOT NULL, "
+    L"--计划百分比\r\n   FOffSetDay Decimal(28,10) DEFAULT 0 NOT NULL, "
+    L"--提前期偏置\r\n   FBackFlush INT DEFAULT 1059 NOT NULL, "
+    L"--是否倒冲\r\n   FStockID INT DEFAULT 0 NULL, "
+    L"--发料仓库\r\n   FSPID INT DEFAULT 0 NOT NULL, "
+    L"--发料仓位\r\n   FSupply SMALLINT DEFAULT 0 NOT NULL, "
+    L"--来源\r\n   FUnitID INT DEFAULT 0 NOT NULL --单位\r\n";
 
 Sql CreateLineTable(const wchar_t* name, const wchar_t* entryId) {
   return Sql() << L"CREATE TABLE " << name << L" (" << kCrLf << kColumnsBeforeEntryId << L"   FEntryID "
@@ -58,8 +56,9 @@ Sql BuildStartUpSql(int32_t bom, int32_t ecn, int32_t user) {
   // added one (0) comes first.
   batch << L"--加入变更单修改和新增的行" << kCrLf << L"insert into #Temp (" << kKeys << kValues << L")"
         << kCrLf
-        << L"select t1.FBrNO, t1.FChildID, t2.FBomInterID, t1.FItemID, t1.FAuxQty, t1.FQty, t1.FScrap, "
-           L"t1.FOperId, t1.FMachinepos, t1.FNote, t1.FMaterielType, t1.FMarshalType, t1.FPercent,"
+        << L"select t1.FBrNO, t1.FChildID, t2.FBomInterID, t1.FItemID, t1.FAuxQty, t1.FQty, "
+           L"t1.FScrap, t1.FOperId, t1.FMachinepos, t1.FNote, t1.FMaterielType, t1.FMarshalType, "
+           L"t1.FPercent,"
         << kCrLf << L"   t1.FOffSetDay , t1.FBackFlush, t1.FStockID, t1.FSPID, t1.FSupply, t1.FUnitID "
         << kCrLf << L"from IcEcn t2 Left Join IcEcnEntry t1 on t2.FInterID=t1.FInterID where t2.FInterid="
         << ecn << L" and t1.FChangeType <> 11023" << kCrLf << kCrLf;
@@ -74,13 +73,13 @@ Sql BuildStartUpSql(int32_t bom, int32_t ecn, int32_t user) {
         << L"UPDATE IcMaxNum Set FMaxNum = @InterId Where FTableName = 'IcBom' " << kCrLf << kCrLf;
 
   batch << L"--同一物料的所有BOM置为未使用" << kCrLf
-        << L"update t1 set FUseStatus=1073 from icbom t1 left join icbom t2 on t1.fitemid = t2.fitemid "
-           L"where t2.finterid="
+        << L"update t1 set FUseStatus=1073 from icbom t1 left join icbom t2 "
+           L"on t1.fitemid = t2.fitemid where t2.finterid="
         << bom << kCrLf << kCrLf;
 
   batch << L"--生成新BOM的表头，已审核、使用" << kCrLf
-        << L"insert into IcBom (FBrNO, FInterID, FBOMNumber,FStatus, "
-           L"FUseStatus,FVersion,FParentID,FItemID,FQty,FYield,FEnterTime,FTranType,FRoutingID,FBomType,"
+        << L"insert into IcBom (FBrNO, FInterID, FBOMNumber,FStatus, FUseStatus,FVersion,FParentID,"
+           L"FItemID,FQty,FYield,FEnterTime,FTranType,FRoutingID,FBomType,"
         << kCrLf << L"   FCustID,FCustItemID,FAccessories,FNote,FUnitID,FAUXQTY)" << kCrLf
         << L"select FBrNO,@InterId,'',1,1072,FVersion,FParentID,FItemID,FQty,FYield,"
            L"Convert(Varchar(10),Getdate(),120),FTranType,FRoutingID,FBomType,"

@@ -5,10 +5,9 @@
 namespace mbom {
 
 com::Variant Dictionary::Require(const wchar_t* key) const {
-  constexpr int kInvalidCall = 5;
   if (!Holds(key))
-    com::RaiseRuntimeError(kInvalidCall, L"QorvaneMBomBill",
-                           (L"The Dictionary has no value '" + std::wstring(key) + L"'.").c_str());
+    com::Raise(com::RuntimeError::InvalidCall, L"QorvaneMBomBill",
+               L"The Dictionary has no value '" + std::wstring(key) + L"'.");
   return (*this)[key];
 }
 

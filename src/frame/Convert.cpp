@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "com/ComError.h"
+#include "com/Elements.h"
 
 namespace mbom {
 namespace {
@@ -78,30 +79,13 @@ double LeadingNumber(const std::wstring& text) {
 }
 
 std::vector<std::wstring> TextsIn(const Variant& array) {
-  const bool isArray = (array.type() & VT_ARRAY) != 0 && (array.type() & VT_BYREF) == 0;
-  if (!isArray || SafeArrayGetDim(array.raw().parray) != 1)
+  const VARTYPE elementType = array.type() & VT_TYPEMASK;
+  const auto elements = com::ElementsOf(array);
+  if (!elements || (elementType != VT_VARIANT && elementType != VT_BSTR))
     throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
-  SAFEARRAY* elements = array.raw().parray;
-  VARTYPE type = VT_EMPTY;
-  LONG first = 0;
-  LONG last = -1;
-  com::Check(SafeArrayGetVartype(elements, &type));
-  com::Check(SafeArrayGetLBound(elements, 1, &first));
-  com::Check(SafeArrayGetUBound(elements, 1, &last));
   std::vector<std::wstring> texts;
-  for (LONG i = first; i <= last; ++i) {
-    Variant element;
-    VARIANT* target = element.Out();
-    if (type == VT_VARIANT) {
-      com::Check(SafeArrayGetElement(elements, &i, target));
-    } else if (type == VT_BSTR) {
-      com::Check(SafeArrayGetElement(elements, &i, &target->bstrVal));
-      target->vt = VT_BSTR;
-    } else {
-      throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
-    }
-    texts.push_back(element.AsText());
-  }
+  texts.reserve(elements->size());
+  for (const Variant& element : *elements) texts.push_back(element.AsText());
   return texts;
 }
 

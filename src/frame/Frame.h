@@ -26,9 +26,9 @@
 #include <type_traits>
 
 #include "com/Object.h"
-#include "src/frame/Ado.h"
 #include "src/frame/Diagnostics.h"
-#include "src/frame/Held.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/ado/Held.h"
 
 namespace mbom {
 

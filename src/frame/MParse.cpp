@@ -46,9 +46,7 @@ bool ParseDsn(const std::wstring& sDsn) {
     const std::wstring key = NextDsnKey(rest);
     const std::wstring value = NextDsnValue(rest);
     if (key.empty()) return true;
-    if (!t_values->emplace(com::Lower(key), value).second)
-      com::RaiseRuntimeError(457, kSource,
-                             L"This key is already associated with an element of this collection");
+    if (!t_values->emplace(com::Lower(key), value).second) com::Raise(com::RuntimeError::KeyExists, kSource);
   }
 }
 
@@ -56,7 +54,7 @@ std::wstring GetParsedValue(const std::wstring& sKey) {
   if (t_values) {
     if (const auto found = t_values->find(com::Lower(sKey)); found != t_values->end()) return found->second;
   }
-  com::RaiseRuntimeError(5, kSource, L"Invalid procedure call or argument");
+  com::Raise(com::RuntimeError::InvalidCall, kSource);
 }
 
 } // namespace mbom

@@ -1,6 +1,7 @@
 #include "src/import/BOMImport.h"
 
 #include "src/frame/Collections.h"
+#include "src/frame/ado/Connection.h"
 #include "src/import/Import.h"
 
 namespace mbom {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "com/ComError.h"
+#include "src/frame/ado/ClientRecordset.h"
 
 namespace mbom {
 
@@ -14,13 +15,12 @@ Connection BeginImport(Frame& frame, const std::wstring& sDsn) {
 }
 
 int32_t NextIdentifier(const Connection& connection, const wchar_t* table) {
-  constexpr int kOverflow = 6;
   const ClientRecordset counter(connection);
   counter.Open(Sql() << L"SELECT FMaxNum FROM ICMaxNum WHERE FTableName='" << table << L"'");
   if (counter.Eof()) return 1;
   const int32_t highest = counter[L"FMaxNum"].AsLong();
   if (highest == std::numeric_limits<int32_t>::max())
-    com::RaiseRuntimeError(kOverflow, L"QorvaneMBomBill", L"Overflow");
+    com::Raise(com::RuntimeError::Overflow, L"QorvaneMBomBill");
   return highest + 1;
 }
 

@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-#include "src/frame/Ado.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Connection.h"
 
 namespace mbom {
 

@@ -1,6 +1,8 @@
 #include "src/view/BomLedgers.h"
 
 #include "com/Text.h"
+#include "src/frame/Join.h"
+#include "src/frame/globals/Descriptor.h"
 
 namespace mbom {
 namespace {
@@ -42,8 +44,8 @@ Sql UserDefinedTitles(TitleLanguage language, const TemplateFields& fields, cons
   titles << L"SELECT 0 as FNum,'BOM' as FCtlID," << In(language, L"'BOM查询'", L"'BOM查詢'", L"'BOM Query'")
          << L" as FCtlName," << fields.ledger << L" as FLdgNum,FFieldName," << fields.position
          << L"+1000 as FOrder," << fields.caption << In(language, L"", L"_CHT", L"_EN")
-         << L" as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,0 as FDecCtl,0 as "
-            L"FNeedHeadSecond "
+         << L" as FCaption,'' as FHeadSecond,FFieldName as FName,0 as FAlign,1 as FVisible,"
+            L"0 as FDecCtl,0 as FNeedHeadSecond "
          << L" FROM " << fields.table << L" WHERE FID='Z01' AND FDefaultCtl=0 ";
   if (!sFilter.empty()) titles << L" AND " << sFilter;
   return titles << L" ORDER BY " << fields.position;
@@ -95,17 +97,16 @@ Sql ColourColumns(const Dictionary& period) {
 
 // The base data of a line `a`, each join on its own line.
 constexpr wchar_t kLineJoins[] =
-    L"\r\ninner join t_ICItem b on a.FItemID = b.FItemID"
-    L"\r\nleft join (SELECT FItemID,FName FROM t_Stock UNION SELECT 0 AS FItemID,'' AS FName) c on "
-    L"ISNULL(a.FStockID,0) = c.FItemID"
-    L"\r\nleft join t_MeasureUnit d on b.FUnitID = d.FItemID"
-    L"\r\nleft join t_SubMessage e on a.FMaterielType = e.FInterID"
-    L"\r\nleft join t_SubMessage f on a.FMarshalType= f.FInterID "
-    L"\r\nleft join t_SubMessage g on b.FUseState = g.FInterID"
-    L"\r\nleft join t_Item h on b.FItemID = h.FItemID"
-    L"\r\nleft join t_StockPlace i on a.FSPID = i.FSPID"
-    L"\r\nleft join t_SubMessage j on a.FOperID = j.FInterID and j.FTypeID = 61"
-    L"\r\nleft join t_MeasureUnit w on a.FunitID=w.FitemID ";
+    L"\r\ninner join t_ICItem b on a.FItemID = b.FItemID\r\nleft join (SELECT FItemID,FName "
+    L"FROM t_Stock UNION SELECT 0 AS FItemID,'' AS FName) c "
+    L"on ISNULL(a.FStockID,0) = c.FItemID\r\nleft join t_MeasureUnit d "
+    L"on b.FUnitID = d.FItemID\r\nleft join t_SubMessage e "
+    L"on a.FMaterielType = e.FInterID\r\nleft join t_SubMessage f "
+    L"on a.FMarshalType= f.FInterID \r\nleft join t_SubMessage g "
+    L"on b.FUseState = g.FInterID\r\nleft join t_Item h "
+    L"on b.FItemID = h.FItemID\r\nleft join t_StockPlace i "
+    L"on a.FSPID = i.FSPID\r\nleft join t_SubMessage j on a.FOperID = j.FInterID "
+    L"and j.FTypeID = 61\r\nleft join t_MeasureUnit w on a.FunitID=w.FitemID ";
 constexpr wchar_t kExtensionJoin[] = L"\r\nleft join t_MeasureUnit w1 on a.FGMPUnitID=w1.FitemID ";
 
 } // namespace
@@ -124,8 +125,8 @@ Sql BomTitles(TitleLanguage language, const std::wstring& sFilter) {
 
 Sql BomEntryTitles(TitleLanguage language, const std::wstring& sFilter) {
   return FixedTitles(language,
-                     L" FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=1 AND Fvisible = 1 "
-                     L" And FName not in('FBeginDay','FEndDay') ",
+                     L" FROM ICTableFieldInfo WHERE FCtlID='BOM' AND FLdgNum=1 AND Fvisible = 1  "
+                     L"And FName not in('FBeginDay','FEndDay') ",
                      sFilter);
 }
 
@@ -176,8 +177,9 @@ Sql BomEntryLedger(const LedgerStyle& style, const Texts& text, const Dictionary
          << L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.FName as FUnitID,"
          << L"e.FName AS FMaterielType,f.FName AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,"
          << L"a.FBeginDay,a.FEndDay,"
-         << L"a.FPercent,(case a.FOperSN when 0 then '' else cast(a.FOperSN as varchar(255)) end) "
-            L"FOperSN,j.FName AS FOperID,a.FMachinePos,a.FOffSetDay,a.FBeginDay, a.FEndday, "
+         << L"a.FPercent,(case a.FOperSN when 0 then '' "
+            L"else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,"
+            L"a.FOffSetDay,a.FBeginDay, a.FEndday, "
          << ColourColumns(period).text() << LineFlagColumns(text)
          << L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,"
          << L"c.FName AS FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName ";
@@ -207,8 +209,9 @@ Sql CustBomEntryLedger(bool shortNumbers, const Texts& text, const std::wstring&
   ledger << L"SELECT * FROM (" << L"SELECT a.FEntryID,a.FInterID,b.FItemID," << NumberColumn(shortNumbers)
          << L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.Fname as FunitID, "
          << L"e.FName AS FMaterielType,f.FName AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,"
-         << L"a.FPercent,(case a.FOperSN when 0 then '' else cast(a.FOperSN as varchar(255)) end) "
-            L"FOperSN,j.FName AS FOperID,a.FMachinePos,a.FOffSetDay,"
+         << L"a.FPercent,(case a.FOperSN when 0 then '' "
+            L"else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,"
+            L"a.FOffSetDay,"
          << LineFlagColumns(text) << L"g.FName AS FUseState,i.FName AS FSPID,"
          << L"c.FName AS FStockID,a.FNote,b.FQtyDecimal,v.FName AS FErpClsName " << L" FROM ICCustBOMChild a"
          << kLineJoins << kCrLf << L"left join t_SubMessage v on b.FErpClsID=v.FInterID) t1";

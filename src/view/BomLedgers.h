@@ -9,7 +9,7 @@
 
 #include "src/frame/Collections.h"
 #include "src/frame/Sql.h"
-#include "src/frame/Texts.h"
+#include "src/frame/globals/Texts.h"
 
 namespace mbom {
 

@@ -35,18 +35,18 @@ std::wstring RootBranch(const Texts& text, const std::wstring& ids) {
 }
 
 std::wstring GroupBranch(const std::wstring& icons, const std::wstring& names, const std::wstring& ids) {
-  return L"SELECT 1 AS FType,CASE FParentID WHEN 0 THEN 'ga' ELSE 'gb'+CONVERT(VARCHAR,FParentID) END AS "
-         L"FRelative,"
-         L"'gb'+CONVERT(VARCHAR,FInterID) AS FKey,FNumber+'('+FName+')' AS FText," +
+  return L"SELECT 1 AS FType,CASE FParentID WHEN 0 THEN 'ga' "
+         L"ELSE 'gb'+CONVERT(VARCHAR,FParentID) END AS FRelative,'gb'+CONVERT(VARCHAR,"
+         L"FInterID) AS FKey,FNumber+'('+FName+')' AS FText," +
          icons + names + ids + L" FROM ICBomGroup";
 }
 
 // Where a BOM hangs: under its group, or a customer BOM under its configuration BOM.
 constexpr wchar_t kUnderTheGroup[] =
     L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE 'gb'+CONVERT(VARCHAR,a.FParentID) END";
-constexpr wchar_t kUnderGroupOrBom[] =
-    L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE (CASE WHEN a.FBomType<>3 THEN "
-    L"'gb'+CONVERT(VARCHAR,a.FParentID) ELSE 'gc'+CONVERT(VARCHAR,a.FParentID) END) END";
+constexpr wchar_t kUnderGroupOrBom[] = L"CASE a.FParentID WHEN 0 THEN 'ga' ELSE (CASE "
+                                       L"WHEN a.FBomType<>3 THEN 'gb'+CONVERT(VARCHAR,a.FParentID) "
+                                       L"ELSE 'gc'+CONVERT(VARCHAR,a.FParentID) END) END";
 
 std::wstring BomBranch(const std::wstring& relative, bool shortNumbers, const std::wstring& ids,
                        const std::wstring& from) {
@@ -73,8 +73,8 @@ Sql SimplifyList(const std::wstring& table, const std::wstring& root, const std:
   Sql list;
   list << root << L" UNION " << L"SELECT t1.* FROM (" << L"SELECT * FROM (" << groups << L" UNION " << boms
        << L")x1" << where << L")t1,(SELECT DISTINCT * FROM " << table << L") t2"
-       << L" WHERE (t1.FItemID<>0 AND t2.FLevel=1 AND t1.FInterID=t2.FInterID) OR (t1.FItemID=0 AND "
-          L"t2.FLevel>1 AND t1.FInterID=t2.FInterID)";
+       << L" WHERE (t1.FItemID<>0 AND t2.FLevel=1 AND t1.FInterID=t2.FInterID) OR (t1.FItemID=0 "
+          L"AND t2.FLevel>1 AND t1.FInterID=t2.FInterID)";
   if (!sOrder.empty()) list << L" ORDER BY " << sOrder;
   return list;
 }
@@ -89,18 +89,23 @@ Sql BomListStart(const std::wstring& subsystem, bool bLongNumber) {
   const wchar_t* const itemClasses =
       com::EqualsNoCase(subsystem, L"JH") ? L" AND T4.FERPClsID NOT IN (9)" : L" AND T4.FERPClsID IN (2,6,9)";
   Sql list;
-  list << L"SET NOCOUNT ON " << kCrLf << kCrLf
-       << L"--SQL开始构建，包括临时表#IntiGroup的建立，该表保存符合过滤界面条件的BOM组信息 " << kCrLf
-       << L"SELECT DISTINCT t1.FInterID, t1.FBomNumber, t1.FBomType, t1.FTranType, " << kCrLf
-       << L"--按照BOM的类型决定BOM前面的图标 " << kCrLf << BomIcon(L"t1") << L" AS FImgNormal, " << kCrLf
-       << L"t4.FItemID, " << (bLongNumber ? L"t4.FNumber AS FNumber" : L"t4.FShortNumber AS FNumber")
-       << L", t4.FName, t4.FModel " << kCrLf << L"FROM IcBom t1 " << kCrLf
-       << L"INNER JOIN ICBomChild t2 ON t1.FInterID = t2.FInterID " << kCrLf
-       << L"INNER JOIN IcBomGroup t3 ON t1.FParentID = t3.FinterID " << kCrLf
-       << L"INNER JOIN t_ICItem t4 ON t1.FItemID = t4.FItemID " << itemClasses << kCrLf
-       << L"INNER JOIN t_ICItem t7 ON t2.FItemID = t7.FItemID " << kCrLf
-       << L"LEFT JOIN t_User t5 ON t1.FCheckerID = t5.FUserID " << kCrLf
-       << L"LEFT JOIN t_User t6 ON t1.FCheckID = t6.FUserID " << kCrLf;
+  list << L"SET NOCOUNT ON \r\n\r\n"
+          L"--SQL开始构建，包括临时表#IntiGroup的建立，该表保存符合过滤界面条件的BOM组信息 \r\n"
+          L"SELECT DISTINCT t1.FInterID, t1.FBomNumber, t1.FBomType, t1.FTranType, \r\n"
+          L"--按照BOM的类型决定BOM前面的图标 \r\n"
+       << BomIcon(L"t1")
+       << L" AS FImgNormal, \r\n"
+          L"t4.FItemID, "
+       << (bLongNumber ? L"t4.FNumber AS FNumber" : L"t4.FShortNumber AS FNumber")
+       << L", t4.FName, t4.FModel \r\n"
+          L"FROM IcBom t1 \r\n"
+          L"INNER JOIN ICBomChild t2 ON t1.FInterID = t2.FInterID \r\n"
+          L"INNER JOIN IcBomGroup t3 ON t1.FParentID = t3.FinterID \r\n"
+          L"INNER JOIN t_ICItem t4 ON t1.FItemID = t4.FItemID "
+       << itemClasses << kCrLf
+       << L"INNER JOIN t_ICItem t7 ON t2.FItemID = t7.FItemID \r\n"
+          L"LEFT JOIN t_User t5 ON t1.FCheckerID = t5.FUserID \r\n"
+          L"LEFT JOIN t_User t6 ON t1.FCheckID = t6.FUserID \r\n";
   return list;
 }
 
@@ -108,7 +113,7 @@ std::wstring QuickFind(const Dictionary& find, bool bLongNumber) {
   Sql conditions;
   const auto contains = [&](const wchar_t* key, const std::wstring& column) {
     const std::wstring value = com::ToText(find[key]);
-    if (!value.empty()) conditions << L" AND " << column << L" LIKE '%" << value << L"%'" << kCrLf;
+    if (!value.empty()) conditions << L" AND " << column << L" LIKE '%" << value << L"%'\r\n";
   };
   contains(L"BomNumber", L"t1.FBomNumber");
   // The long number's column has a blank of its own.
@@ -150,23 +155,31 @@ std::wstring NewBomItemIdTable() {
 
 Sql BuildBomItemIdBatch(const std::wstring& table, const std::wstring& filter, const std::wstring& lookType) {
   Sql batch;
-  batch << L"SET NOCOUNT ON" << kCrLf << L"DECLARE @Level INT" << kCrLf << L"SELECT @Level=1" << kCrLf
-        << L"CREATE TABLE " << table << L"(FInterID INT NOT NULL,FItemID INT NOT NULL,"
-        << L"FLevel INT NOT NULL,FParentID INT  NULL)" << kCrLf //
-        << L"INSERT INTO " << table << L"(FParentID,FInterID,FItemID,FLevel)" << kCrLf
-        << L"SELECT t1.FParentID, t1.FInterID, t1.FItemID, @Level FROM ICBOM t1 Left Join t_IcItem t2 On "
-           L"t1.FItemID = t2.FItemID ";
+  batch << L"SET NOCOUNT ON\r\n"
+           L"DECLARE @Level INT\r\n"
+           L"SELECT @Level=1\r\n"
+           L"CREATE TABLE "
+        << table << L"(FInterID INT NOT NULL,FItemID INT NOT NULL,"
+        << L"FLevel INT NOT NULL,FParentID INT  NULL)\r\n" //
+        << L"INSERT INTO " << table
+        << L"(FParentID,FInterID,FItemID,FLevel)\r\n"
+           L"SELECT t1.FParentID, t1.FInterID, t1.FItemID, @Level FROM ICBOM t1 "
+           L"Left Join t_IcItem t2 On t1.FItemID = t2.FItemID ";
   if (!filter.empty()) batch << L" WHERE " << filter << kCrLf;
   batch << (IsEcnLookup(lookType) ? L" and t1.FParentID is not  null"
                                   : L" and t2.FErpClsID <> 5 and t1.FParentID is not  null")
         << L" WHILE EXISTS(SELECT * FROM ICBOMGroup INNER JOIN " << table << L" ON ICBOMGroup.FInterID ="
-        << table << L".FParentID WHERE " << table << L".FLevel=@Level AND " << table << L".FParentID<>0)"
-        << kCrLf << L"BEGIN" << kCrLf //
-        << L"INSERT INTO " << table << L"(FParentID,FInterID,FItemID,FLevel)" << kCrLf
-        << L"SELECT ICBOMGroup.FParentID,ICBOMGroup.FInterID,0,@Level+1 FROM ICBOMGroup INNER JOIN " << table
-        << L" ON ICBOMGroup.FInterID =" << table << L".FParentID WHERE " << table << L".FLevel=@Level AND "
-        << table << L".FParentID<>0" << kCrLf //
-        << L"SELECT @Level=@Level+1" << kCrLf << L"End " << kCrLf << L"SET NOCOUNT OFF";
+        << table << L".FParentID WHERE " << table << L".FLevel=@Level AND " << table
+        << L".FParentID<>0)\r\n"
+           L"BEGIN\r\n" //
+        << L"INSERT INTO " << table
+        << L"(FParentID,FInterID,FItemID,FLevel)\r\n"
+           L"SELECT ICBOMGroup.FParentID,ICBOMGroup.FInterID,0,@Level+1 FROM ICBOMGroup INNER JOIN "
+        << table << L" ON ICBOMGroup.FInterID =" << table << L".FParentID WHERE " << table
+        << L".FLevel=@Level AND " << table << L".FParentID<>0\r\n" //
+        << L"SELECT @Level=@Level+1\r\n"
+           L"End \r\n"
+           L"SET NOCOUNT OFF";
   return batch;
 }
 

@@ -1,12 +1,15 @@
 #include "src/view/BomView.h"
 
 #include "com/ComError.h"
+#include "src/domain/ShortNumber.h"
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
-#include "src/frame/Globals.h"
 #include "src/frame/MParse.h"
-#include "src/frame/ShortNumber.h"
-#include "src/frame/Texts.h"
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Connection.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/RowConversion.h"
+#include "src/frame/globals/Texts.h"
 #include "src/frame/modVexoLogMsg.h"
 #include "src/view/BomFilter.h"
 #include "src/view/BomLedgers.h"
@@ -24,8 +27,9 @@ constexpr wchar_t kBomTranType[] = L"50";
 
 bool HasComponentExtension(const Connection& conn) {
   try {
-    return !conn.Execute(Sql() << L"select FComponentExt from t_components where FComponent = "
-                                  L"'QorvaneMBomBill.BomView'")
+    return !conn.Execute(
+                    Sql()
+                    << L"select FComponentExt from t_components where FComponent = 'QorvaneMBomBill.BomView'")
                 .Eof();
   } catch (const com::ComError&) {
     return false;

@@ -12,7 +12,6 @@
 #include <string>
 
 #include "com/Object.h"
-#include "src/frame/Ado.h"
 #include "src/frame/Frame.h"
 
 namespace mbom {

@@ -5,8 +5,11 @@
 
 #include "src/frame/Collections.h"
 #include "src/frame/Convert.h"
-#include "src/frame/Globals.h"
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ado/ClientRecordset.h"
+#include "src/frame/ado/Recordset.h"
+#include "src/frame/globals/RowConversion.h"
+#include "src/frame/globals/ServerObject.h"
 #include "src/frame/modVexoLogMsg.h"
 
 namespace mbom {

@@ -13,8 +13,8 @@
 
 #include "com/Object.h"
 #include "com/Variant.h"
-#include "src/frame/Ado.h"
 #include "src/frame/Frame.h"
+#include "src/frame/ado/Recordset.h"
 
 namespace mbom {
 

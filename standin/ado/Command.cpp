@@ -5,6 +5,7 @@
 #include <deque>
 #include <vector>
 
+#include "com/Elements.h"
 #include "com/ValueText.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Connection.h"
@@ -59,17 +60,10 @@ void Command::SetValues(const Variant& values) {
   for (const Object& object : parameters_->object().items())
     if (Parameter& parameter = ParameterOf(object); parameter.IsInput()) inputs.push_back(&parameter);
   std::vector<Variant> given;
-  if (values.type() == (VT_ARRAY | VT_VARIANT)) {
-    SAFEARRAY* array = values.raw().parray;
-    LONG first = 0;
-    LONG last = -1;
-    com::Check(SafeArrayGetLBound(array, 1, &first));
-    com::Check(SafeArrayGetUBound(array, 1, &last));
-    for (LONG i = first; i <= last; ++i)
-      com::Check(SafeArrayGetElement(array, &i, given.emplace_back().Out()));
-  } else {
+  if (auto elements = com::ElementsOf(values))
+    given = *std::move(elements);
+  else
     given.push_back(values);
-  }
   if (given.size() > inputs.size()) Raise(AdoError::InvalidArgument, kSource);
   for (size_t i = 0; i < given.size(); ++i) inputs[i]->PutValue(given[i]);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "com/DispatchObject.h"
+#include "com/Elements.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Command.h"
 #include "standin/ado/Connection.h"
@@ -47,17 +48,9 @@ std::vector<size_t> ColumnsOf(const RowSet& rows, const Variant& fields) {
     for (size_t i = 0; i < rows.columns().size(); ++i) columns.push_back(i);
     return columns;
   }
-  if (fields.type() != (VT_ARRAY | VT_VARIANT)) return {ColumnOf(rows, fields)};
-  SAFEARRAY* array = fields.raw().parray;
-  LONG first = 0;
-  LONG last = -1;
-  com::Check(SafeArrayGetLBound(array, 1, &first));
-  com::Check(SafeArrayGetUBound(array, 1, &last));
-  for (LONG i = first; i <= last; ++i) {
-    Variant field;
-    com::Check(SafeArrayGetElement(array, &i, field.Out()));
-    columns.push_back(ColumnOf(rows, field));
-  }
+  const auto elements = com::ElementsOf(fields);
+  if (!elements) return {ColumnOf(rows, fields)};
+  for (const Variant& field : *elements) columns.push_back(ColumnOf(rows, field));
   return columns;
 }
 

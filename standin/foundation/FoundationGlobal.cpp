@@ -6,6 +6,7 @@
 
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
+#include "com/Elements.h"
 #include "com/ValueText.h"
 
 namespace standin {
@@ -13,29 +14,10 @@ namespace {
 
 using com::Variant;
 
-// The elements of a one-dimensional array of any type.
 std::vector<Variant> Elements(const Variant& values) {
-  SAFEARRAY* array = (values.type() & VT_ARRAY) != 0 ? values.raw().parray : nullptr;
-  VARTYPE type = VT_EMPTY;
-  if (!array || SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &type)))
-    com::RaiseRuntimeError(13, L"ruvo10", L"Type mismatch");
-  LONG first = 0;
-  LONG last = -1;
-  com::Check(SafeArrayGetLBound(array, 1, &first));
-  com::Check(SafeArrayGetUBound(array, 1, &last));
-  std::vector<Variant> elements;
-  for (LONG i = first; i <= last; ++i) {
-    Variant element;
-    VARIANT& raw = element.raw();
-    if (type == VT_VARIANT) {
-      com::Check(SafeArrayGetElement(array, &i, &raw));
-    } else {
-      com::Check(SafeArrayGetElement(array, &i, type == VT_DECIMAL ? static_cast<void*>(&raw) : &raw.bVal));
-      raw.vt = type;
-    }
-    elements.push_back(std::move(element));
-  }
-  return elements;
+  std::optional<std::vector<Variant>> elements = com::ElementsOf(values);
+  if (!elements) com::Raise(com::RuntimeError::TypeMismatch, L"ruvo10");
+  return *std::move(elements);
 }
 
 bool IsDigit(wchar_t c) {

@@ -9,7 +9,7 @@ using com::Variant;
 
 size_t Vector::Position(int32_t index) const {
   if (index < 1 || static_cast<size_t>(index) > items_.size())
-    com::RaiseRuntimeError(9, L"ruvo10", L"Subscript out of range");
+    com::Raise(com::RuntimeError::SubscriptOutOfRange, L"ruvo10");
   return static_cast<size_t>(index) - 1;
 }
 

@@ -25,7 +25,7 @@ void EventLog::Arm(std::wstring_view kind, int32_t nth, HRESULT hr, const std::w
   const auto name = std::ranges::find_if(
       kKindNames, [&](const wchar_t* candidate) { return com::EqualsNoCase(candidate, kind); });
   if (name == kKindNames.end() || nth < 1 || SUCCEEDED(hr))
-    com::RaiseRuntimeError(5, kSource, L"Invalid procedure call or argument");
+    com::Raise(com::RuntimeError::InvalidCall, kSource);
   faults_.push_back({static_cast<EventKind>(name - kKindNames.begin()), nth, hr, description});
 }
 

@@ -44,7 +44,7 @@ class EventLog {
   void Arm(std::wstring_view kind, int32_t nth, HRESULT hr, const std::wstring& description);
   void Disarm() { faults_.clear(); }
 
-  // Throws the armed failure when this event is its one.
+  // Records the event. Throws the armed failure that is due with it.
   void Record(EventKind kind, std::optional<std::wstring_view> detail);
 
   // While one lives, what happens on the thread is the stand-in's own doing: no events.

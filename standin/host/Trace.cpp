@@ -23,16 +23,8 @@ int32_t Trace::Count() const {
 }
 
 std::wstring Trace::Item(int32_t index) const {
-  if (index < 1 || index > Count()) com::RaiseRuntimeError(9, L"ErpStandIn", L"Subscript out of range");
+  if (index < 1 || index > Count()) com::Raise(com::RuntimeError::SubscriptOutOfRange, L"ErpStandIn");
   return CurrentThread().events.events()[static_cast<size_t>(index) - 1];
-}
-
-void Faults::Fail(const std::wstring& kind, int32_t nth, int32_t hr, const std::wstring& description) {
-  CurrentThread().events.Arm(kind, nth, hr, description);
-}
-
-void Faults::Clear() {
-  CurrentThread().events.Disarm();
 }
 
 } // namespace standin
@@ -47,16 +39,5 @@ const com::DispatchTable& com::TableOf<standin::Trace>() {
                                                  PropertyGet<&Trace::Count>(kNextId, L"Count"),
                                                  PropertyGet<&Trace::Item>(DISPID_VALUE, L"Item", {L"Index"}),
                                              });
-  return table;
-}
-
-template <>
-const com::DispatchTable& com::TableOf<standin::Faults>() {
-  using standin::Faults;
-  static const DispatchTable table(
-      IID_NULL, {
-                    Method<&Faults::Fail>(kNextId, L"Fail", {L"Kind", L"Nth", L"HResult", L"Description"}),
-                    Method<&Faults::Clear>(kNextId, L"Clear"),
-                });
   return table;
 }

@@ -15,7 +15,6 @@ using com::Object;
 using com::Variant;
 
 constexpr wchar_t kSource[] = L"QorvaneMBillCodeRule";
-constexpr int kInvalidCall = 5;
 constexpr wchar_t kNoItem[] = L"-1";
 
 Object Run(const std::wstring& dsn, const std::wstring& batch) {
@@ -57,7 +56,7 @@ Order ReadOrder(const Variant& request) {
   const Order order = {options.Get(L"Value", L"FBillType").AsLong(),
                        counted ? options.Get(L"Value", L"BillNumber").AsLong() : 1,
                        options.Get(L"Value", L"AutoUpdateCurNo").AsBool(), several};
-  if (order.count < 1) com::RaiseRuntimeError(kInvalidCall, kSource, L"BillNumber must be at least 1.");
+  if (order.count < 1) com::Raise(com::RuntimeError::InvalidCall, kSource, L"BillNumber must be at least 1.");
   return order;
 }
 
@@ -112,7 +111,7 @@ std::wstring BillCodeRule::GetNewBillID(const std::wstring& dsn, const Variant& 
   if (rule.Get(L"EOF").AsBool()) {
     const std::wstring text =
         L"ICBillNo has no rule for the bill type " + std::to_wstring(order.billType) + L".";
-    com::RaiseRuntimeError(kInvalidCall, kSource, text.c_str());
+    com::Raise(com::RuntimeError::InvalidCall, kSource, text);
   }
   const std::wstring prefix = Field(rule, L"FPreLetter");
   const std::wstring suffix = Field(rule, L"FSufLetter");

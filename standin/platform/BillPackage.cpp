@@ -62,7 +62,7 @@ const BillPackage::BillKind& BillPackage::KindOf(int32_t billTranType) {
   const auto kind = std::ranges::find(kinds, billTranType, &BillKind::billTranType);
   if (kind == kinds.end()) {
     const std::wstring text = L"There are no bills of the type " + std::to_wstring(billTranType) + L".";
-    com::RaiseRuntimeError(5, L"QorvaneBillDataAccess", text.c_str());
+    com::Raise(com::RuntimeError::InvalidCall, L"QorvaneBillDataAccess", text);
   }
   return *kind;
 }
@@ -103,7 +103,8 @@ void BillPackage::GetBillPackage(const std::wstring& dsn, int32_t billTranType, 
 
 Object BillPackage::Rows(const std::wstring& query) const {
   const EventLog::Pause ownDoing(CurrentThread().events);
-  if (!connection_) com::RaiseRuntimeError(5, L"QorvaneBillDataAccess", L"No bill is loaded.");
+  if (!connection_)
+    com::Raise(com::RuntimeError::InvalidCall, L"QorvaneBillDataAccess", L"No bill is loaded.");
   return connection_.Call(L"Execute", query).AsObject();
 }
 
@@ -194,7 +195,7 @@ Object BillPackage::BillDataEntrysValue() {
 Object BillPackage::BillDataEntryValue(int32_t line) {
   const Bill& bill = LoadedWithLines();
   if (line < 1 || static_cast<size_t>(line) > bill.lines.size())
-    com::RaiseRuntimeError(9, L"QorvaneBillDataAccess", L"Subscript out of range");
+    com::Raise(com::RuntimeError::SubscriptOutOfRange, L"QorvaneBillDataAccess");
   const auto values = com::Make<Dictionary>();
   for (const StoredValue& value : bill.lines[static_cast<size_t>(line) - 1])
     AddValue(values->object(), L"P1_", value.field, value.id, value.name);

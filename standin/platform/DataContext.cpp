@@ -4,6 +4,7 @@
 #include "com/DispatchObject.h"
 #include "standin/host/EventLog.h"
 #include "standin/host/UnitOfWork.h"
+#include "standin/platform/CallerInfo.h"
 #include "standin/platform/DataSource.h"
 
 namespace standin {
@@ -59,19 +60,7 @@ Object DataContext::GetConnectionObject() const {
   return Bound();
 }
 
-Object GlobalObject::GetDataContext() const {
-  Event(EventKind::GetDataContext);
-  return com::ToObject(com::Make<DataContext>());
-}
-
 } // namespace standin
-
-template <>
-const com::DispatchTable& com::TableOf<standin::CallerInfo>() {
-  using standin::CallerInfo;
-  static const DispatchTable table(IID_NULL, {PropertyGet<&CallerInfo::CallerKey>(kNextId, L"CallerKey")});
-  return table;
-}
 
 template <>
 const com::DispatchTable& com::TableOf<standin::DataContext>() {
@@ -85,13 +74,5 @@ const com::DispatchTable& com::TableOf<standin::DataContext>() {
                     Method<&DataContext::GetConnection>(kNextId, L"GetConnection"),
                     Method<&DataContext::GetConnectionObject>(kNextId, L"GetConnectionObject"),
                 });
-  return table;
-}
-
-template <>
-const com::DispatchTable& com::TableOf<standin::GlobalObject>() {
-  using standin::GlobalObject;
-  static const DispatchTable table(IID_NULL,
-                                   {Method<&GlobalObject::GetDataContext>(kNextId, L"GetDataContext")});
   return table;
 }

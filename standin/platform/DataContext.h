@@ -1,5 +1,4 @@
-// The data-access library (QorvaneGlobal): a global object that hands out data contexts, each of which binds
-// a connection descriptor and votes on the unit of work.
+// DataContext: binds a connection descriptor, hands out its connection, and votes on the unit of work.
 #pragma once
 
 #include <string>
@@ -7,16 +6,6 @@
 #include "com/Object.h"
 
 namespace standin {
-
-class CallerInfo {
- public:
-  explicit CallerInfo(std::wstring callerKey) : callerKey_(std::move(callerKey)) {}
-  // The current user's id as text.
-  std::wstring CallerKey() const { return callerKey_; }
-
- private:
-  std::wstring callerKey_;
-};
 
 class DataContext {
  public:
@@ -33,11 +22,6 @@ class DataContext {
 
   std::wstring userId_ = L"0";
   com::Object connection_;
-};
-
-class GlobalObject {
- public:
-  com::Object GetDataContext() const;
 };
 
 } // namespace standin

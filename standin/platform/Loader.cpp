@@ -3,7 +3,7 @@
 #include "com/DispatchObject.h"
 #include "com/Text.h"
 #include "standin/host/EventLog.h"
-#include "standin/platform/Catalogue.h"
+#include "standin/platform/Translations.h"
 
 namespace standin {
 namespace {
@@ -23,7 +23,7 @@ std::wstring Loader::Translate(const std::wstring& text) const {
   else
     return text;
   const std::string source = com::ToUtf8(text);
-  const std::string_view translation = Catalogue(resource).Find(source);
+  const std::string_view translation = Translations(resource).Find(source);
   return translation.empty() ? text : com::FromUtf8(translation);
 }
 

@@ -8,14 +8,17 @@
 #include "standin/foundation/Dictionary.h"
 #include "standin/foundation/FoundationGlobal.h"
 #include "standin/foundation/Vector.h"
+#include "standin/host/Faults.h"
 #include "standin/host/Host.h"
 #include "standin/host/Trace.h"
-#include "standin/platform/BaseLibrary.h"
 #include "standin/platform/BillCodeRule.h"
 #include "standin/platform/BillPackage.h"
-#include "standin/platform/DataContext.h"
+#include "standin/platform/GlobalObject.h"
 #include "standin/platform/Loader.h"
 #include "standin/platform/Log.h"
+#include "standin/platform/ObjectFactory.h"
+#include "standin/platform/SecurityInfo.h"
+#include "standin/platform/SystemProfile.h"
 
 namespace standin {
 namespace {

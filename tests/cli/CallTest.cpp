@@ -28,7 +28,7 @@ class CallTest : public testing::Test {
   }
 
   const mbom::test::TestDatabase database_;
-  const Catalog catalog_ = ReadCatalog();
+  const ClassDescriptions catalog_ = ReadClassDescriptions();
 };
 
 TEST_F(CallTest, ShowsTheResultAndTheChangedArguments) {
@@ -111,15 +111,15 @@ TEST_F(CallTest, SaysWhatIsWrongBeforeAnythingIsCalled) {
 }
 
 TEST_F(CallTest, ListsTheClasses) {
-  const std::wstring all = ShowCatalog(catalog_, L"");
+  const std::wstring all = ShowClasses(catalog_, L"");
   for (const wchar_t* name :
        {L"BomUpdate  ", L"BomView  ", L"BOMImport  ", L"PPorderImort  ", L"CBomFunction  ", L"CBomCheck  ",
         L"CEcnInfo  ", L"BomInfo  ", L"clsMCustBOM  ", L"clsMBOMRule  ", L"clsReadUserDefined  "})
     EXPECT_NE((L"\n" + all).find(L"\n" + std::wstring(name)), std::wstring::npos) << com::ToUtf8(name);
-  EXPECT_NE(ShowCatalog(catalog_, L"bomupdate")
+  EXPECT_NE(ShowClasses(catalog_, L"bomupdate")
                 .find(L"  EndSave(sDsn: text, SaveVect: object in/out, ReturnMsg: text in/out) -> boolean\n"),
             std::wstring::npos);
-  EXPECT_THROW(ShowCatalog(catalog_, L"NoClass"), UsageError);
+  EXPECT_THROW(ShowClasses(catalog_, L"NoClass"), UsageError);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "com/Elements.h"
 #include "com/Object.h"
 #include "com/ValueText.h"
 
@@ -35,15 +36,9 @@ inline std::vector<std::wstring> RowTexts(const com::Variant& rows, const std::v
 
 // The names in a Dictionary, in their order.
 inline std::vector<std::wstring> KeysOf(const com::Object& dictionary) {
-  const com::Variant names = dictionary.Call(L"Keys");
   std::vector<std::wstring> keys;
-  LONG last = -1;
-  com::Check(SafeArrayGetUBound(names.raw().parray, 1, &last));
-  for (LONG i = 0; i <= last; ++i) {
-    com::Variant name;
-    com::Check(SafeArrayGetElement(names.raw().parray, &i, name.Out()));
-    keys.push_back(name.AsText());
-  }
+  const auto names = com::ElementsOf(dictionary.Call(L"Keys"));
+  for (const com::Variant& name : names.value()) keys.push_back(name.AsText());
   return keys;
 }
 

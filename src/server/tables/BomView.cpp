@@ -1,5 +1,5 @@
-#include "src/view/BomView.h"
 #include "src/server/Tables.h"
+#include "src/view/BomView.h"
 
 template <>
 const com::DispatchTable& com::TableOf<mbom::BomView>() {

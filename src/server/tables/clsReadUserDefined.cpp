@@ -1,5 +1,5 @@
-#include "src/view/clsReadUserDefined.h"
 #include "src/server/Tables.h"
+#include "src/view/clsReadUserDefined.h"
 
 template <>
 const com::DispatchTable& com::TableOf<mbom::clsReadUserDefined>() {

@@ -368,6 +368,24 @@ TEST_F(CBomFunctionTest, CopyBomTakesAnEmptyNumber) {
   EXPECT_EQ(database_.Value(L"SELECT FBOMNumber FROM ICBOM WHERE FInterID = 61"), L"");
 }
 
+// The batch inserts the header and then the lines: each of the two is made to fail by the data that is there.
+TEST_F(CBomFunctionTest, CopyBomFailsWhenEitherOfItsStatementsFails) {
+  for (const wchar_t* obstacle :
+       {L"CREATE UNIQUE INDEX OneNumber ON ICBOM (FBOMNumber)",
+        L"CREATE UNIQUE INDEX OneItem ON ICBOMChild (FItemID, FEntryID, FOperID)"}) {
+    SCOPED_TRACE(com::ToUtf8(obstacle));
+    const bool header = std::wstring(obstacle).find(L"OneNumber") != std::wstring::npos;
+    database_.Execute(obstacle);
+    const Trace trace;
+    // The number of BOM 52 is taken; the lines of BOM 51 are there already.
+    EXPECT_EQ(function_.Call(L"CopyBom", database_.Dsn(), Copy(51, header ? L"P6" : L"C51")), Variant(-1));
+    EXPECT_EQ(trace.Votes(), kAbortedTwice);
+    EXPECT_EQ(Numbers(), kNumbers);
+    EXPECT_EQ(database_.Value(L"SELECT COUNT(*) FROM ICBOMChild"), L"6");
+    database_.Execute(header ? L"DROP INDEX OneNumber ON ICBOM" : L"DROP INDEX OneItem ON ICBOMChild");
+  }
+}
+
 // ---- GetRoutingData
 
 Texts RowsOf(const Object& recordset) {
@@ -482,6 +500,28 @@ TEST_F(CBomFunctionTest, UpdateBomRoutingRepairsLines) {
   EXPECT_EQ(
       database_.Rows(L"SELECT FInterID, FRoutingID, FOperatorID, FEnterTime FROM ICBOM ORDER BY FInterID"),
       (Texts{L"51|1|17|2026-03-05", L"52|9|5|2026-01-01", L"53|0|17|2026-03-05"}));
+}
+
+// The batch updates the header and then the lines: each of the two is made to fail by the data that is there.
+TEST_F(CBomFunctionTest, UpdateBomRoutingFailsWhenEitherOfItsStatementsFails) {
+  const Texts operations = Operations();
+  for (const int32_t bomType : {0, 1}) {
+    for (const bool header : {true, false}) {
+      SCOPED_TRACE(testing::Message() << "type " << bomType << (header ? " header" : " lines"));
+      // A second header with the user 7, or a second line of the BOM without an operation.
+      database_.Execute(header ? L"CREATE UNIQUE INDEX Taken ON ICBOM (FOperatorID, FItemID)"
+                               : L"CREATE UNIQUE INDEX Taken ON ICBOMChild (FInterID, FOperID)");
+      database_.Execute(L"UPDATE ICBOM SET FOperatorID = 7, FItemID = 501 WHERE FInterID = 53");
+      const Object finding =
+          MakeDictionary({{L"FBomType", bomType}, {L"FInterID", 51}, {L"FItemID", 503}, {L"GetUserID", 7}});
+      const Trace trace;
+      EXPECT_EQ(function_.Call(L"UpdateBomRouting", database_.Dsn(), MakeVector({finding})), Variant(false));
+      EXPECT_EQ(trace.Votes(), Texts{L"VoteAbort"});
+      EXPECT_EQ(Operations(), operations);
+      EXPECT_EQ(database_.Value(L"SELECT FOperatorID FROM ICBOM WHERE FInterID = 51"), L"5");
+      database_.Execute(header ? L"DROP INDEX Taken ON ICBOM" : L"DROP INDEX Taken ON ICBOMChild");
+    }
+  }
 }
 
 TEST_F(CBomFunctionTest, UpdateBomRoutingEndsWithTheFirstHeader) {

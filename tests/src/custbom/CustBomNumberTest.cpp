@@ -222,6 +222,34 @@ TEST_F(CustBomNumberTest, ACopyThatFailsRisesAndGivesTheNumberBack) {
   EXPECT_EQ(BomCount(), L"8");
 }
 
+// The batch inserts header and lines and raises the counter: each of the three is made to fail by the data
+// that is there.
+TEST_F(CustBomNumberTest, ACopyRisesWhenAnyOfItsStatementsFails) {
+  const wchar_t* const obstacles[][2] = {
+      {L"CREATE UNIQUE INDEX OneItem ON ICBOM (FItemID, FStatus, FVersion, FCustID, FUseStatus)",
+       L"DROP INDEX OneItem ON ICBOM"},
+      {L"CREATE UNIQUE INDEX OneLine ON ICCustBOMChild (FItemID, FEntryID, FCustBOMCode)",
+       L"DROP INDEX OneLine ON ICCustBOMChild"},
+      {L"CREATE UNIQUE INDEX OneId ON ICMaxNum (FMaxNum)", L"DROP INDEX OneId ON ICMaxNum"}};
+  database_.Execute(L"UPDATE ICMaxNum SET FMaxNum = 42 WHERE FTableName = 'ICMO'");
+  // Only a copy of 12 would be alike.
+  database_.Execute(L"UPDATE ICBOM SET FVersion = CONVERT(varchar, FInterID)");
+  database_.Execute(L"UPDATE ICBOM SET FStatus = 0, FUseStatus = 1073 WHERE FInterID = 12");
+  for (const auto& [create, drop] : obstacles) {
+    SCOPED_TRACE(com::ToUtf8(create));
+    database_.Execute(create);
+    const Trace trace;
+    const Raised raised = RaisedBy([&] { custBom_.Call(L"CopyPasteCustBom", Dsn(), L"12", L"chs"); });
+    EXPECT_EQ(static_cast<unsigned>(raised.code), 0x80040E2Fu); // a constraint
+    EXPECT_EQ(trace.Votes().back(), L"VoteAbort");
+    EXPECT_EQ(BomCount(), L"8");
+    EXPECT_EQ(database_.Rows(L"SELECT FInterID FROM ICCustBOMChild WHERE FInterID = 42"), Texts{});
+    EXPECT_EQ(HighestId(), L"41");
+    EXPECT_EQ(Serial(), L"8");
+    database_.Execute(drop);
+  }
+}
+
 // ---- SetCustBOM, GetItemFNumber, GetBOMItems
 
 TEST_F(CustBomNumberTest, LinksAllLinesWithTheItem) {

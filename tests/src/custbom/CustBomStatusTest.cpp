@@ -278,6 +278,23 @@ TEST_F(CustBomStatusTest, AnAuditedUpperLevelInTheListIsPassedOver) {
   EXPECT_EQ(States(L"5,9"), (Texts{L"5|1073|0|0|0|NULL", L"9|1073|0|0|0|NULL"}));
 }
 
+// Two customer BOMs that are built from each other, neither of them audited.
+TEST_F(CustBomStatusTest, AWalkThatGoesInACircleEnds) {
+  database_.Execute(
+      L"INSERT INTO ICBOM (FInterID, FBOMNumber, FBomType, FParentID, FItemID, FUnitID, FStatus, "
+      L"FUseStatus) VALUES (30, 'KH30', 3, 1, 501, 8, 0, 1073), (31, 'KH31', 3, 1, 501, 8, 0, 1073)");
+  database_.Execute(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FUnitID, FQty, FAuxQty, "
+                    L"FCustBOMCode) VALUES (30, 1, 502, 8, 1, 1, 31), (31, 1, 502, 8, 1, 1, 30)");
+  const Object custBom = Hosted(L"clsMCustBOM");
+  const Trace trace;
+  EXPECT_EQ(custBom.Call(L"UpdateAuditFlag", Dsn(), L"30", true), Variant(true));
+  // One query a level: of 30, of 31, and none for 30 again.
+  EXPECT_EQ(trace.Details(L"Open").size(), 3U); // the third reads the time
+  EXPECT_EQ(trace.Votes().back(), L"VoteComplete");
+  EXPECT_EQ(database_.Rows(L"SELECT FInterID, FStatus FROM ICBOM WHERE FInterID IN (30, 31) ORDER BY 1"),
+            (Texts{L"30|1", L"31|0"}));
+}
+
 TEST_F(CustBomStatusTest, UndoAsksForDocumentsFirst) {
   database_.Execute(L"DELETE FROM ICCustBOMChild WHERE FInterID IN (12, 15)");
   const Answer answer = Audit(L"9", false, L"20");

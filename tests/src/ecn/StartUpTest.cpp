@@ -459,6 +459,34 @@ TEST_F(StartUpTest, CancellationOfANoticeThatIsNotStartedDeletesNothing) {
   EXPECT_EQ(database.Value(L"SELECT COUNT(*) FROM ICBOM"), L"3");
 }
 
+// The batch deletes the header and then resets the notice: each of the two is made to fail by the data that
+// is there.
+TEST_F(StartUpTest, ACancellationFailsWhenEitherOfItsStatementsFails) {
+  const Object ecn = Hosted(L"CEcnInfo");
+  StartUp(ecn);
+  const Texts boms = database.Rows(L"SELECT FInterID FROM ICBOM ORDER BY 1");
+  const Texts notices = database.Rows(L"SELECT FInterID, FStatus, FCBomInterID FROM IcEcn ORDER BY 1");
+  const auto fails = [&] {
+    const Trace trace;
+    EXPECT_EQ(ecn.Call(L"UnStarUpEcn", database.Dsn(), 77), Variant(false));
+    EXPECT_EQ(trace.Votes(), (Texts{L"VoteAbort", L"VoteAbort"}));
+    EXPECT_EQ(database.Rows(L"SELECT FInterID FROM ICBOM ORDER BY 1"), boms);
+    EXPECT_EQ(database.Rows(L"SELECT FInterID, FStatus, FCBomInterID FROM IcEcn WHERE FInterID = 77"),
+              notices);
+  };
+  // Another notice without a BOM of its own has the 0 already.
+  database.Execute(L"INSERT INTO IcEcn (FInterID, FBillNo, FCBomInterID) VALUES (78, 'E78', 0)");
+  database.Execute(L"CREATE UNIQUE INDEX OneBom ON IcEcn (FCBomInterID)");
+  fails();
+  database.Execute(L"DROP INDEX OneBom ON IcEcn");
+
+  // Something refers to the header.
+  database.Execute(L"CREATE UNIQUE INDEX OneId ON ICBOM (FInterID)");
+  database.Execute(L"CREATE TABLE Referrer (FInterID int NOT NULL REFERENCES ICBOM (FInterID))");
+  database.Execute(L"INSERT INTO Referrer (FInterID) VALUES (42)");
+  fails();
+}
+
 TEST_F(StartUpTest, ANoticeStartsAgainUnderANewId) {
   const Object ecn = Hosted(L"CEcnInfo");
   StartUp(ecn);

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "src/frame/Frame.h"
-#include "src/frame/Globals.h"
+#include "src/frame/globals/SystemProfile.h"
+#include "src/frame/globals/Texts.h"
 #include "tests/support/Client.h"
 #include "tests/support/PlayedAdo.h"
 #include "tests/support/Printing.h"

@@ -2,7 +2,7 @@
 // the outside classes are the test's own, on a thread that has not met others yet.
 #include <gtest/gtest.h>
 
-#include "src/frame/Globals.h"
+#include "src/frame/globals/Texts.h"
 #include "tests/src/ecn/Notices.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tests/src/view/Factory.h"
+#include "tests/src/view/BrowserData.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
@@ -19,7 +19,7 @@ using Texts = std::vector<std::wstring>;
 class LedgersTest : public testing::Test {
  protected:
   void SetUp() override {
-    FillFactory(database_);
+    FillBrowserData(database_);
     database_.Execute(L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01'), "
                       L"(53, 'C', 'Z03')");
   }

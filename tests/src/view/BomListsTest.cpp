@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <regex>
 
-#include "tests/src/view/Factory.h"
+#include "tests/src/view/BrowserData.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
@@ -35,7 +35,7 @@ Texts Named(Texts statements) {
 
 class BomListsTest : public testing::Test {
  protected:
-  void SetUp() override { FillFactory(database_); }
+  void SetUp() override { FillBrowserData(database_); }
   void UseShortNumbers(const wchar_t* value) const {
     database_.Execute(std::wstring(L"INSERT INTO t_SystemProfile (FCategory, FKey, FValue) VALUES ('IC', "
                                    L"'UseShortNumber', '") +

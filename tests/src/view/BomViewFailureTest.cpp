@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "tests/src/view/Factory.h"
+#include "tests/src/view/BrowserData.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
@@ -28,7 +28,7 @@ void PrintTo(const Reading& reading, std::ostream* out) {
 
 class BomViewFailureTest : public testing::TestWithParam<Reading> {
  protected:
-  void SetUp() override { FillFactory(database_); }
+  void SetUp() override { FillBrowserData(database_); }
 
   Variant Call(const Object& view, const std::wstring& dsn) const {
     const std::wstring method = GetParam().method;

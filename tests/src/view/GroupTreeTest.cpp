@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "tests/src/view/Factory.h"
+#include "tests/src/view/BrowserData.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
@@ -173,7 +173,7 @@ const std::vector<const wchar_t*> kGroupColumns{L"FBootID",   L"FIndex", L"FInte
 
 class GroupTreeTest : public testing::Test {
  protected:
-  void SetUp() override { FillFactory(database_); }
+  void SetUp() override { FillBrowserData(database_); }
 
   Variant Get(const Object& groups, const Object& filter, bool longNumber, bool bomView) const {
     return view_.Call(L"GetBomGroupList", database_.Dsn(), groups, filter, longNumber, bomView);

@@ -6,7 +6,7 @@
 #include <map>
 
 #include "com/ValueText.h"
-#include "tests/src/view/Factory.h"
+#include "tests/src/view/BrowserData.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
@@ -32,7 +32,7 @@ std::wstring FieldsQuery(const wchar_t* table, const wchar_t* type = L"50") {
 class UserDefinedTest : public testing::Test {
  protected:
   void SetUp() override {
-    FillFactory(database_);
+    FillBrowserData(database_);
     database_.Execute(L"INSERT INTO ICTransactionType (FID, FName, FTemplateID) VALUES (50, 'BOM', 'Z01'), "
                       L"(53, 'C', 'Z03')");
     // Plain, looked up, of an outside table, of control type 22; and one that is not user-defined.

@@ -80,12 +80,12 @@ TEST_F(StorageTest, FilesWithoutVersionAreReadAndMarked) {
 
 TEST_F(StorageTest, FilesWithoutVersionOpenWhileAnotherSessionWrites) {
   Must("CREATE TABLE t (a INT)");
-  const auto writer = Session::Open(Database::Open(path_, OpenMode::Existing));
   Ask("PRAGMA user_version = 0");
-  writer->Begin();
-  EXPECT_TRUE(RunOn(*writer, "INSERT INTO t VALUES (1)").errors.empty());
+  const Connection writer(path_, SQLITE_OPEN_READWRITE);
+  writer.Run("BEGIN IMMEDIATE");
   EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
-  writer->Commit();
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"0"}));
+  writer.Run("COMMIT");
   EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
 }

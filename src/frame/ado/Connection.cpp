@@ -1,0 +1,59 @@
+#include "src/frame/ado/Connection.h"
+
+#include "com/ComError.h"
+#include "src/frame/OutsideNames.h"
+
+namespace mbom {
+namespace {
+
+using com::Object;
+using com::Variant;
+namespace ado = outside::ado;
+
+// ADO's constants.
+constexpr int32_t kUnspecified = -1;
+constexpr int32_t kUseClient = 3;
+
+} // namespace
+
+Recordset Connection::Execute(const Sql& statement) const {
+  return Recordset(
+      object().Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject(), keeper());
+}
+
+void Connection::Run(const Sql& statements) const {
+  for (Recordset result = Execute(statements); result;) result = result.Next();
+}
+
+namespace {
+
+// Makes a connection's recordsets the client's while it lives; others may use the connection too.
+class ClientCursors {
+ public:
+  explicit ClientCursors(const Object& connection)
+      : connection_(connection), before_(connection.Get(ado::kCursorLocation)) {
+    connection_.Put(ado::kCursorLocation, kUseClient);
+  }
+  ~ClientCursors() {
+    try {
+      connection_.Put(ado::kCursorLocation, before_);
+    } catch (
+        const com::ComError&) { // NOLINT(bugprone-empty-catch): a lost connection has no location to keep
+    }
+  }
+  ClientCursors(const ClientCursors&) = delete;
+  ClientCursors& operator=(const ClientCursors&) = delete;
+
+ private:
+  const Object& connection_;
+  Variant before_;
+};
+
+} // namespace
+
+Recordset Connection::ExecuteClientSide(const Sql& statement) const {
+  const ClientCursors clientSide(object());
+  return Execute(statement);
+}
+
+} // namespace mbom

@@ -1,0 +1,15 @@
+// SecurityInfo: the security service of the shared base library (QorvaneWoskBase.SecurityInfo).
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace standin {
+
+class SecurityInfo {
+ public:
+  // The id in a caller key. Throws run-time error 13 for a key that is none.
+  int32_t GetCurrentUserID(const std::wstring& callerKey) const;
+};
+
+} // namespace standin
