@@ -21,7 +21,7 @@ INSERT INTO Rounds (FCount) VALUES (0)"
 
 client() {
   local status=0
-  timeout 300 tools/wine-exec "$1" cscript //nologo tests/cli/both-widths/client.vbs "$database" "$1" "$2" \
+  timeout 300 tools/wine-exec "$1" cscript //nologo tests/cli/both-widths/client.vbs "Z:$database" "$1" "$2" \
     >"$work/$1.log" 2>&1 </dev/null || status=$?
   tr -d '\r' <"$work/$1.log" | tail -n 1 | grep -qx PASS && ((status == 0)) || { cat "$work/$1.log"; return 1; }
 }

@@ -15,17 +15,18 @@ Function Value(sql)
 End Function
 
 conn.Execute "INSERT INTO Clients (FName) VALUES ('" & name & "')"
-Dim waited
+Dim asked
+asked = 0
+' Wine's script host can neither sleep nor tell how much time has passed.
 Do While Value("SELECT COUNT(*) FROM Clients") < 2
-  waited = waited + 1
-  If waited > 600 Then
+  asked = asked + 1
+  If asked > 100000 Then
     WScript.Echo "FAIL the other client did not come"
     WScript.Quit 1
   End If
-  WScript.Sleep 100
 Loop
 
-Dim host, bom, save, header, message, dsn, round, refused
+Dim host, bom, save, saved, header, message, dsn, round
 Set host = CreateObject("ErpStandIn.Host")
 Set bom = host.CreateObject("QorvaneMBomBill.BomUpdate")
 Set save = CreateObject("ruvo10.Vector")
@@ -34,13 +35,25 @@ header("FInterID") = bomId
 header("FTransType") = 50
 save.Add header
 dsn = database & ";User ID=" & bomId & ";Now=2026-03-05 14:30:00;Language=en"
+Sub Must(what)
+  If Err.Number = 0 Then Exit Sub
+  WScript.Echo "FAIL round " & round & ", " & what & ": " & Hex(Err.Number) & " " & Err.Description
+  WScript.Quit 1
+End Sub
+
+' Wine's script host is silent about an error that nobody has handled.
+On Error Resume Next
 For round = 1 To ROUNDS
-  If Not bom.EndSave(dsn, save, message) Then
+  saved = bom.EndSave(dsn, save, message)
+  Must "EndSave"
+  If Not saved Then
     WScript.Echo "FAIL round " & round & ": " & message
     WScript.Quit 1
   End If
   conn.Execute "UPDATE Rounds SET FCount = FCount + 1"
+  Must "Rounds"
   conn.Execute "UPDATE Clients SET FRounds = " & round & ", FOthers = (SELECT MAX(FRounds) FROM Clients WHERE FName <> '" & _
     name & "') WHERE FName = '" & name & "'"
+  Must "Clients"
 Next
 WScript.Echo "PASS"
