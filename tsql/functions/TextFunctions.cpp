@@ -14,6 +14,7 @@ namespace {
 
 constexpr int64_t kMaxText = 8000;
 
+template <TrailingBlanks Blanks>
 void Like(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   char32_t escape = 0;
@@ -21,7 +22,7 @@ void Like(const FunctionCall& call) {
     size_t at = 0;
     escape = NextChar(call.Text(2), at);
   }
-  call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape) ? 1 : 0);
+  call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape, Blanks) ? 1 : 0);
 }
 
 void Len(const FunctionCall& call) {
@@ -244,7 +245,8 @@ void IsDateText(const FunctionCall& call) {
 } // namespace
 
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
-  Register<Like>(connection, context, names::kLike, -1);
+  Register<Like<TrailingBlanks::Kept>>(connection, context, names::kLike, -1);
+  Register<Like<TrailingBlanks::Ignored>>(connection, context, names::kLikePadded, -1);
   Register<Len>(connection, context, names::kLen, 1);
   Register<DataLength>(connection, context, names::kDataLength, 2);
   Register<Upper>(connection, context, names::kUpper, 1);
