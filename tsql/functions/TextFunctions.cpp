@@ -225,19 +225,45 @@ void Str(const FunctionCall& call) {
   call.ReturnText(std::string(width - text.size(), ' ') + text);
 }
 
+// Takes one of the currency signs from the start of the text.
+bool TakeCurrency(std::string_view& text) {
+  for (const std::string_view sign : {"$", "\u00a3", "\u00a5", "\u20ac", "\uffe5"}) {
+    if (!text.starts_with(sign)) continue;
+    text.remove_prefix(sign.size());
+    return true;
+  }
+  return false;
+}
+
+bool TakeSign(std::string_view& text) {
+  if (!text.starts_with('+') && !text.starts_with('-')) return false;
+  text.remove_prefix(1);
+  return true;
+}
+
+// Whether the text can become some number. The server says so of signs and points without digits too.
 void IsNumericText(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnInteger(0);
   std::string_view text = TrimTrailingBlanks(call.Text(0));
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (text.empty()) return call.ReturnInteger(0);
+  const bool isSigned = TakeSign(text);
+  const bool isMoney = TakeCurrency(text);
+  if (isMoney && !isSigned) TakeSign(text);
+  const bool isAmount = text.find_first_not_of("0123456789.,") == std::string_view::npos &&
+                        std::count(text.begin(), text.end(), '.') <= 1;
+  if (isAmount || isMoney) return call.ReturnInteger(isAmount ? 1 : 0);
+  // What is left to be is a float; the names of infinity and the like are none.
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  call.ReturnInteger(error == std::errc() && end == text.data() + text.size() ? 1 : 0);
+  const bool startsWell = text.front() == '.' || (text.front() >= '0' && text.front() <= '9');
+  call.ReturnInteger(startsWell && error == std::errc() && end == text.data() + text.size() ? 1 : 0);
 }
 
 void IsDateText(const FunctionCall& call) {
   int64_t ticks = 0;
-  const bool isDate = !call.IsNull(0) && ParseDateTime(call.Text(0), ticks) == DateParse::Ok &&
+  const bool isDate = !call.IsNull(0) &&
+                      ParseDateTime(call.Text(0), TypeId::DateTime, ticks) == DateParse::Ok &&
                       IsInRange(TypeId::DateTime, ticks) && !TrimTrailingBlanks(call.Text(0)).empty();
   call.ReturnInteger(isDate ? 1 : 0);
 }
