@@ -86,6 +86,8 @@ std::vector<int> Binder::InsertColumns(const InsertStatement& statement, const T
     if (table.columns[static_cast<size_t>(column)].identity && !identityInsert) Fail(544, {table.name});
     columns.push_back(column);
   }
+  const bool lacksIdentity = std::find(columns.begin(), columns.end(), table.identityColumn) == columns.end();
+  if (identityInsert && table.identityColumn >= 0 && lacksIdentity) Fail(545, {table.name});
   return columns;
 }
 
@@ -168,6 +170,7 @@ void Binder::AddDefaults(BoundInsert& bound) {
 
 TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Scope& scope,
                             BoundSourcePtr& source, int& target) {
+  if (FindCommon(name) != nullptr) FailUnsupported("Changing a common table expression");
   if (from == nullptr) {
     TablePtr table = RequireTable(name);
     ScopeSource entry;
@@ -213,7 +216,7 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   scope_ = &scope;
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
-  if (statement.top) bound.top = Convert(Bind(*statement.top), MakeType(TypeId::BigInt));
+  if (statement.top) bound.top = BindTop(*statement.top);
   scope_ = nullptr;
   return bound;
 }
@@ -247,7 +250,7 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
-  if (statement.top) bound.top = Convert(Bind(*statement.top), MakeType(TypeId::BigInt));
+  if (statement.top) bound.top = BindTop(*statement.top);
   scope_ = nullptr;
   return bound;
 }

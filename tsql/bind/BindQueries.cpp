@@ -10,6 +10,28 @@
 namespace tsql {
 namespace {
 
+// Whether the expression is the same for every row.
+bool IsConstant(const BoundExpr& expr) {
+  switch (expr.kind) {
+  case BoundExpr::Kind::Constant:
+  case BoundExpr::Kind::Variable:
+  case BoundExpr::Kind::Marker: return true;
+  case BoundExpr::Kind::Cast:
+  case BoundExpr::Kind::Negate:
+  case BoundExpr::Kind::BitNot:
+  case BoundExpr::Kind::Arithmetic:
+    return std::all_of(expr.args.begin(), expr.args.end(),
+                       [](const BoundExprPtr& arg) { return IsConstant(*arg); });
+  default: return false;
+  }
+}
+
+bool HasVariable(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Variable || expr.kind == BoundExpr::Kind::Marker ||
+         std::any_of(expr.args.begin(), expr.args.end(),
+                     [](const BoundExprPtr& arg) { return HasVariable(*arg); });
+}
+
 bool IsUpdateLockWanted(const TableSource& source) {
   if (source.kind != TableSource::Kind::Join) return source.updateLock;
   return IsUpdateLockWanted(*source.left) || IsUpdateLockWanted(*source.right);
@@ -58,6 +80,8 @@ BoundQueryPtr Binder::BindSetOperation(const Query& query) {
   bound->op = query.op;
   bound->left = BindQuery(*query.left, false);
   bound->right = BindQuery(*query.right, false);
+  for (const BoundQuery* branch : {bound->left.get(), bound->right.get()})
+    if (branch->op == SetOp::None && branch->select->items.front().variable >= 0) Fail(10734, {});
   const std::vector<Column>& left = bound->left->columns;
   const std::vector<Column>& right = bound->right->columns;
   if (left.size() != right.size()) Fail(205, {});
@@ -109,10 +133,11 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   }
   Scope* saved = std::exchange(scope_, &scope);
   bound->distinct = select.distinct;
-  if (select.top) bound->top = Convert(Bind(*select.top), MakeType(TypeId::BigInt));
+  if (select.top) bound->top = BindTop(*select.top);
   if (select.where) bound->where = Bind(*select.where);
   for (const ExprPtr& expr : select.groupBy) {
     bound->groupBy.push_back(Bind(*expr));
+    if (IsConstant(*bound->groupBy.back())) Fail(164, {});
     if (IsLob(bound->groupBy.back()->type.id))
       Fail(402,
            {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});
@@ -125,6 +150,29 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   if (bound->grouped) CheckGrouping(*bound, order);
   scope_ = saved;
   return bound;
+}
+
+// SQLite evaluates the limit before there is a row, so that it may name no column, not even one of an outer
+// query, which the server allows.
+BoundExprPtr Binder::BindTop(const Expr& expr) {
+  if (expr.kind == ExprKind::Column) {
+    bool prefixFound = false;
+    if (ResolveIn(*scope_, expr.parts, prefixFound).column != nullptr) Fail(4115, {expr.parts.back()});
+    FailUnsupported("A column of an outer query in TOP");
+  }
+  Scope* saved = std::exchange(scope_, nullptr);
+  BoundExprPtr top = Bind(expr);
+  scope_ = saved;
+  if (IsNullConstant(*top)) Fail(1060, {});
+  const Type type = MakeType(TypeId::BigInt);
+  top = Convert(std::move(top), type);
+  if (top->kind == BoundExpr::Kind::Constant) {
+    if (top->constant.integer < 0) Fail(127, {});
+    return top;
+  }
+  std::vector<BoundExprPtr> args;
+  args.push_back(std::move(top));
+  return MakeFunction(FunctionId::RowLimit, type, std::move(args));
 }
 
 void Binder::BindItems(const Select& select, BoundSelect& bound) {
@@ -188,14 +236,14 @@ int Binder::FindOutput(const std::vector<BoundItem>& items, const std::string& n
   return found;
 }
 
-BoundOrder Binder::BindOrderItem(const OrderItem& item, const BoundSelect& select) {
+BoundOrder Binder::BindOrderItem(const OrderItem& item, size_t position, const BoundSelect& select) {
   BoundOrder order;
   order.descending = item.descending;
   const Expr& expr = *item.expr;
   if (expr.kind == ExprKind::Literal && expr.literal == TokenKind::Integer) {
-    const size_t position = expr.text.size() > 6 ? 0 : static_cast<size_t>(std::stoi(expr.text));
-    if (position < 1 || position > select.items.size()) Fail(108, {expr.text});
-    order.ordinal = static_cast<int>(position) - 1;
+    const size_t number = expr.text.size() > 6 ? 0 : static_cast<size_t>(std::stoi(expr.text));
+    if (number < 1 || number > select.items.size()) Fail(108, {expr.text});
+    order.ordinal = static_cast<int>(number) - 1;
     return order;
   }
   if (expr.kind == ExprKind::Column && expr.parts.size() == 1) {
@@ -203,6 +251,7 @@ BoundOrder Binder::BindOrderItem(const OrderItem& item, const BoundSelect& selec
     if (order.ordinal >= 0) return order;
   }
   order.expr = Bind(expr);
+  if (IsConstant(*order.expr)) Fail(HasVariable(*order.expr) ? 1008 : 408, {std::to_string(position)});
   for (size_t i = 0; i < select.items.size() && order.ordinal < 0; ++i)
     if (SameExpr(*order.expr, *select.items[i].expr)) order.ordinal = static_cast<int>(i);
   if (order.ordinal < 0 && select.distinct) Fail(145, {});
@@ -211,7 +260,7 @@ BoundOrder Binder::BindOrderItem(const OrderItem& item, const BoundSelect& selec
 
 void Binder::BindOrder(const std::vector<OrderItem>& orderBy, const BoundSelect& select,
                        std::vector<BoundOrder>& order) {
-  for (const OrderItem& item : orderBy) order.push_back(BindOrderItem(item, select));
+  for (const OrderItem& item : orderBy) order.push_back(BindOrderItem(item, order.size() + 1, select));
 }
 
 void Binder::BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery& query) {

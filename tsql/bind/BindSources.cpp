@@ -11,6 +11,44 @@ namespace tsql {
 namespace {
 
 constexpr int kMaxViewDepth = 32;
+constexpr const char* kSeveralMembers = "A common table expression with several recursive members";
+
+// How the FROM of a recursive member uses the common table expression itself.
+struct OwnUses {
+  int direct = 0;
+  int derived = 0; // within derived tables
+  int source = -1; // the last direct one
+  bool outerJoin = false;
+};
+
+void CountOwnUses(const BoundSource& source, int common, bool isDerived, OwnUses& uses);
+
+void CountOwnUses(const BoundQuery& query, int common, bool isDerived, OwnUses& uses) {
+  if (query.op != SetOp::None) {
+    CountOwnUses(*query.left, common, isDerived, uses);
+    CountOwnUses(*query.right, common, isDerived, uses);
+  } else if (query.select->from) {
+    CountOwnUses(*query.select->from, common, isDerived, uses);
+  }
+}
+
+void CountOwnUses(const BoundSource& source, int common, bool isDerived, OwnUses& uses) {
+  switch (source.kind) {
+  case BoundSource::Kind::Join:
+    uses.outerJoin =
+        uses.outerJoin || (!isDerived && source.join != JoinKind::Inner && source.join != JoinKind::Cross);
+    CountOwnUses(*source.left, common, isDerived, uses);
+    CountOwnUses(*source.right, common, isDerived, uses);
+    break;
+  case BoundSource::Kind::Query: CountOwnUses(*source.query, common, true, uses); break;
+  case BoundSource::Kind::Common:
+    if (source.common != common) break;
+    ++(isDerived ? uses.derived : uses.direct);
+    if (!isDerived) uses.source = source.id;
+    break;
+  default: break;
+  }
+}
 
 } // namespace
 
@@ -85,7 +123,7 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
   return node;
 }
 
-Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
+const Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) const {
   if (!name.schema.empty()) return nullptr;
   const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
     return EqualNames(common.name, name.name);
@@ -93,13 +131,21 @@ Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) {
   return found != commons_.rend() ? &*found : nullptr;
 }
 
+const Binder::CommonInfo* Binder::UseCommon(const ObjectName& name) {
+  const CommonInfo* found = FindCommon(name);
+  if (found == nullptr) return nullptr;
+  if (found->misuse == kUnsupportedError) FailUnsupported(kSeveralMembers);
+  if (found->misuse != 0) Fail(found->misuse, {found->name});
+  ++commons_[static_cast<size_t>(found - commons_.data())].uses;
+  return found;
+}
+
 BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   auto node = std::make_unique<BoundSource>();
   ScopeSource entry;
   entry.isAlias = !source.alias.empty();
   entry.exposed = entry.isAlias ? source.alias : source.name.name;
-  if (CommonInfo* common = FindCommon(source.name)) {
-    common->used = true;
+  if (const CommonInfo* common = UseCommon(source.name)) {
     node->kind = BoundSource::Kind::Common;
     node->common = common->id;
     entry.columns = common->columns;
@@ -171,7 +217,11 @@ BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& sourc
 // ---- common table expressions
 
 void Binder::BindCommonTables(const std::vector<CommonTable>& tables, std::vector<BoundCommon>& bound) {
-  for (const CommonTable& table : tables) bound.push_back(BindCommonTable(table));
+  for (size_t i = 0; i < tables.size(); ++i) {
+    for (size_t j = 0; j < i; ++j)
+      if (EqualNames(tables[i].name, tables[j].name)) Fail(239, {tables[i].name});
+    bound.push_back(BindCommonTable(tables[i]));
+  }
 }
 
 BoundCommon Binder::BindCommonTable(const CommonTable& table) {
@@ -179,9 +229,10 @@ BoundCommon Binder::BindCommonTable(const CommonTable& table) {
   bound.id = nextCommon_++;
   Scope* saved = std::exchange(scope_, nullptr);
   if (!BindRecursive(table, bound)) {
+    // Within its own query the name means the expression itself, never a table of that name.
+    commons_.push_back({table.name, bound.id, {}, 0, 252});
     bound.query = BindQuery(*table.query, true);
-    commons_.push_back(
-        {table.name, bound.id, ColumnsOf(*bound.query, table.columns, table.name, true), false});
+    commons_.back() = {table.name, bound.id, ColumnsOf(*bound.query, table.columns, table.name, true)};
   }
   scope_ = saved;
   return bound;
@@ -190,16 +241,18 @@ BoundCommon Binder::BindCommonTable(const CommonTable& table) {
 bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
   const Query& query = *table.query;
   if (query.op != SetOp::UnionAll) return false;
+  const bool hasSeveral = query.left->op != SetOp::None;
+  commons_.push_back({table.name, bound.id, {}, 0, hasSeveral ? kUnsupportedError : 246});
   BoundQueryPtr anchor = BindQuery(*query.left, true);
   std::vector<ScopeColumn> columns = ColumnsOf(*anchor, table.columns, table.name, true);
   for (ScopeColumn& column : columns) column.nullable = true;
-  commons_.push_back({table.name, bound.id, columns, false});
+  commons_.back() = {table.name, bound.id, std::move(columns)};
   BoundQueryPtr member = BindQuery(*query.right, true);
-  const bool recursive = commons_.back().used;
-  if (!recursive) {
+  if (commons_.back().uses == 0) {
     commons_.pop_back();
     return false;
   }
+  CheckRecursive(*member, commons_.back(), bound);
   if (member->columns.size() != anchor->columns.size()) Fail(205, {});
   // The types of the columns are those of the first query.
   std::vector<Type> types;
@@ -212,6 +265,21 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
   bound.query->left = std::move(anchor);
   bound.query->right = std::move(member);
   return true;
+}
+
+// What a recursive member must not contain, and where it uses the expression itself.
+void Binder::CheckRecursive(const BoundQuery& member, const CommonInfo& common, BoundCommon& bound) {
+  if (member.op != SetOp::None) FailUnsupported(kSeveralMembers);
+  if (member.select->distinct) Fail(460, {common.name});
+  if (member.select->top) Fail(461, {common.name});
+  if (member.select->grouped) Fail(467, {common.name});
+  OwnUses uses;
+  CountOwnUses(member, common.id, false, uses);
+  if (uses.outerJoin) Fail(462, {common.name});
+  if (uses.direct + uses.derived < common.uses) Fail(465, {});
+  if (common.uses > 1) Fail(253, {common.name});
+  if (uses.derived > 0) FailUnsupported("A recursive reference within a derived table");
+  bound.own = uses.source;
 }
 
 } // namespace tsql

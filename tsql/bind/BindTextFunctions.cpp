@@ -127,7 +127,12 @@ BoundExprPtr Binder::BindStr(const Expr& expr, FunctionId function) {
 
 // ISNUMERIC, ISDATE
 BoundExprPtr Binder::BindTextTest(const Expr& expr, FunctionId function) {
-  return MakeFunction(function, IntType(), BindTextArguments(expr, 1, 1));
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  // Money is a number, but becomes no text by itself.
+  if (function == FunctionId::IsNumeric && IsMoney(args[0]->type.id))
+    args[0] = Convert(std::move(args[0]), MakeType(TypeId::Float));
+  args[0] = ConvertText(std::move(args[0]));
+  return MakeFunction(function, IntType(), std::move(args));
 }
 
 } // namespace tsql

@@ -75,7 +75,9 @@ class Binder {
     std::string name;
     int id = 0;
     std::vector<ScopeColumn> columns;
-    bool used = false;
+    int uses = 0;
+    // While its own query is bound, where a use of the name is an error: which one.
+    int misuse = 0;
   };
   struct Resolved {
     const ScopeSource* source = nullptr;
@@ -155,12 +157,13 @@ class Binder {
   BoundQueryPtr BindSetOperation(const Query& query);
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
                                           std::vector<BoundOrder>& order);
+  BoundExprPtr BindTop(const Expr& expr);
   void BindItems(const Select& select, BoundSelect& bound);
   void ExpandStar(const SelectItem& item, BoundSelect& bound);
   void BindAssignmentItem(const SelectItem& item, BoundSelect& bound);
   void BindOrder(const std::vector<OrderItem>& orderBy, const BoundSelect& select,
                  std::vector<BoundOrder>& order);
-  BoundOrder BindOrderItem(const OrderItem& item, const BoundSelect& select);
+  BoundOrder BindOrderItem(const OrderItem& item, size_t position, const BoundSelect& select);
   static int FindOutput(const std::vector<BoundItem>& items, const std::string& name);
   static void BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery& query);
   void CheckGrouping(const BoundSelect& select, const std::vector<BoundOrder>& order) const;
@@ -181,7 +184,9 @@ class Binder {
   void BindCommonTables(const std::vector<CommonTable>& tables, std::vector<BoundCommon>& bound);
   BoundCommon BindCommonTable(const CommonTable& table);
   bool BindRecursive(const CommonTable& table, BoundCommon& bound);
-  CommonInfo* FindCommon(const ObjectName& name);
+  static void CheckRecursive(const BoundQuery& member, const CommonInfo& common, BoundCommon& bound);
+  const CommonInfo* FindCommon(const ObjectName& name) const;
+  const CommonInfo* UseCommon(const ObjectName& name);
 
   // changes (BindChanges.cpp)
   TablePtr FindTable(const ObjectName& name) const;

@@ -81,8 +81,9 @@ enum class FunctionId : uint8_t {
   ColLength,
   // The value, unless it is null, which is an error: for a column whose name is the second argument.
   NotNull,
+  RowLimit, // the argument of TOP, unless it is null or negative
 };
-constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::NotNull) + 1;
+constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::RowLimit) + 1;
 
 struct BoundExpr {
   enum class Kind : uint8_t {
@@ -187,6 +188,7 @@ struct BoundSelect {
 struct BoundCommon {
   int id = 0;
   bool recursive = false;
+  int own = -1; // of a recursive one: the source in its right query that gives the rows made before
   std::unique_ptr<BoundQuery> query;
 };
 

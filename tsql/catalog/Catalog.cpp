@@ -10,6 +10,11 @@ Catalog::Catalog(const Connection& connection, std::string databaseName)
     : connection_(connection), store_(connection), databaseName_(std::move(databaseName)) {}
 
 void Catalog::Refresh(uint64_t mainVersion, uint64_t globalVersion) {
+  if (undone_) {
+    main_.version = 0;
+    global_.version = 0;
+    undone_ = false;
+  }
   if (main_.version != mainVersion) {
     main_ = Load(Place::Main);
     main_.version = mainVersion;
@@ -22,8 +27,12 @@ void Catalog::Refresh(uint64_t mainVersion, uint64_t globalVersion) {
   }
 }
 
-void Catalog::Invalidate(Place place) {
-  ContentsOf(place).version = 0;
+void Catalog::Reload() {
+  // The version stays unknown: what a rollback brought back is an old one, which others may have replaced.
+  main_ = Load(Place::Main);
+  global_ = Load(Place::Global);
+  undone_ = false;
+  ++version_;
 }
 
 Catalog::Contents Catalog::Load(Place place) const {
@@ -55,10 +64,10 @@ TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
     // A procedure's own table hides those of its callers.
-    const auto found = std::find_if(temp_.rbegin(), temp_.rend(), [&](const TempTable& entry) {
+    const auto found = std::find_if(own_.local.rbegin(), own_.local.rend(), [&](const TempTable& entry) {
       return EqualNames(entry.table->name, name.name);
     });
-    return found != temp_.rend() ? found->table : nullptr;
+    return found != own_.local.rend() ? found->table : nullptr;
   }
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
   const Contents& contents = place == Place::Global ? global_ : main_;
@@ -80,7 +89,7 @@ ModulePtr Catalog::FindProcedure(const ObjectName& name) const {
 
 bool Catalog::Exists(const ObjectName& name) const {
   if (PlaceOf(name) == Place::Temp)
-    return std::any_of(temp_.begin(), temp_.end(), [&](const TempTable& entry) {
+    return std::any_of(own_.local.begin(), own_.local.end(), [&](const TempTable& entry) {
       return entry.depth == depth_ && EqualNames(entry.table->name, name.name);
     });
   return FindTable(name) || FindView(name) || FindProcedure(name);
@@ -108,11 +117,12 @@ void Catalog::AddTable(const TableInfo& table) {
   ++version_;
   auto shared = std::make_shared<const TableInfo>(table);
   if (table.place == Place::Temp) {
-    temp_.push_back({std::move(shared), depth_});
+    own_.local.push_back({std::move(shared), depth_});
     return;
   }
+  changed_ = true;
   store_.WriteTable(table);
-  if (table.place == Place::Global) ownGlobal_.push_back(table.name);
+  if (table.place == Place::Global) own_.ownGlobal.push_back(table.name);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
   FindForeignKeys(ContentsOf(table.place));
 }
@@ -121,10 +131,11 @@ void Catalog::ReplaceTable(const TableInfo& table) {
   ++version_;
   auto shared = std::make_shared<const TableInfo>(table);
   if (table.place == Place::Temp) {
-    for (TempTable& entry : temp_)
+    for (TempTable& entry : own_.local)
       if (entry.table->storageName == table.storageName) entry.table = shared;
     return;
   }
+  changed_ = true;
   store_.EraseTable(table);
   store_.WriteTable(table);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
@@ -134,12 +145,13 @@ void Catalog::ReplaceTable(const TableInfo& table) {
 void Catalog::RemoveTable(const TableInfo& table) {
   ++version_;
   if (table.place == Place::Temp) {
-    std::erase_if(temp_,
+    std::erase_if(own_.local,
                   [&](const TempTable& entry) { return entry.table->storageName == table.storageName; });
     return;
   }
+  changed_ = true;
   store_.EraseTable(table);
-  std::erase(ownGlobal_, table.name);
+  std::erase(own_.ownGlobal, table.name);
   ContentsOf(table.place).tables.erase(table.name);
   FindForeignKeys(ContentsOf(table.place));
 }
@@ -155,6 +167,7 @@ void Catalog::TouchSchema() const {
 
 void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
   ++version_;
+  changed_ = true;
   TouchSchema();
   store_.WriteModule(kind, module);
   auto& modules = kind == ModuleKind::View ? main_.views : main_.procedures;
@@ -163,6 +176,7 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
 
 void Catalog::RemoveModule(const std::string& name) {
   ++version_;
+  changed_ = true;
   TouchSchema();
   store_.EraseModule(name);
   main_.views.erase(name);
@@ -171,7 +185,7 @@ void Catalog::RemoveModule(const std::string& name) {
 
 std::vector<TablePtr> Catalog::LeaveScope() {
   std::vector<TablePtr> ended;
-  for (const TempTable& entry : temp_)
+  for (const TempTable& entry : own_.local)
     if (entry.depth == depth_) ended.push_back(entry.table);
   --depth_;
   return ended;
@@ -181,9 +195,9 @@ std::string Catalog::TempStorageName(const std::string& name) const {
   return depth_ == 0 ? name : name + ":" + std::to_string(depth_);
 }
 
-void Catalog::RestoreTempTables(std::vector<TempTable> tables) {
+void Catalog::RestoreOwnTables(SessionTables tables) {
   ++version_;
-  temp_ = std::move(tables);
+  own_ = std::move(tables);
 }
 
 } // namespace tsql

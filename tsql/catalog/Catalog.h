@@ -16,7 +16,15 @@ class Catalog {
 
   // Reads the definitions again where they may have changed.
   void Refresh(uint64_t mainVersion, uint64_t globalVersion);
-  void Invalidate(Place place);
+  // Every definition so far is committed: a rollback from here on undoes only what follows.
+  void BeginChanges() { changed_ = false; }
+  // A rollback has undone definitions: what is in memory counts no longer.
+  void UndoChanges() { undone_ = undone_ || changed_; }
+  // Reads the definitions again after a rollback that has undone some. Until then the lookups below must not
+  // be asked.
+  void Settle() {
+    if (undone_) Reload();
+  }
   // Becomes another number whenever the lookups below may answer differently.
   uint64_t Version() const { return version_; }
   const std::string& DatabaseName() const { return databaseName_; }
@@ -42,15 +50,20 @@ class Catalog {
   std::string TempStorageName(const std::string& name) const;
 
   // The global temporary tables that this session made. They end with it.
-  const std::vector<std::string>& OwnGlobalTables() const { return ownGlobal_; }
+  const std::vector<std::string>& OwnGlobalTables() const { return own_.ownGlobal; }
 
-  // The temporary tables as they were, for a rollback.
+  // The session's temporary tables as they were, for a rollback.
   struct TempTable {
     TablePtr table;
     int depth = 0;
   };
-  const std::vector<TempTable>& TempTables() const { return temp_; }
-  void RestoreTempTables(std::vector<TempTable> tables);
+  struct SessionTables {
+    std::vector<TempTable> local;
+    std::vector<std::string> ownGlobal;
+  };
+  const std::vector<TempTable>& TempTables() const { return own_.local; }
+  const SessionTables& OwnTables() const { return own_; }
+  void RestoreOwnTables(SessionTables tables);
 
  private:
   struct Contents {
@@ -63,6 +76,7 @@ class Catalog {
 
   static void FindForeignKeys(Contents& contents);
   Contents Load(Place place) const;
+  void Reload();
   void TouchSchema() const;
   Contents& ContentsOf(Place place) { return place == Place::Global ? global_ : main_; }
 
@@ -71,8 +85,9 @@ class Catalog {
   std::string databaseName_;
   Contents main_;
   Contents global_;
-  std::vector<TempTable> temp_;
-  std::vector<std::string> ownGlobal_;
+  SessionTables own_;
+  bool changed_ = false; // since BeginChanges
+  bool undone_ = false;
   int depth_ = 0;
   uint64_t version_ = 1;
 };

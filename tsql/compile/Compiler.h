@@ -37,6 +37,7 @@ class Compiler {
   std::string CompileDefault(const ColumnInfo& column) const;
 
   // The table that SET IDENTITY_INSERT allows explicit values for; empty for none.
+  const std::string& IdentityInsert() const { return context_.identityInsertTable; }
   void SetIdentityInsert(std::string table) { context_.identityInsertTable = std::move(table); }
 
  private:

@@ -15,7 +15,7 @@ bool IsSame(const TablePtr& left, const TablePtr& right) {
 
 // Errors that depend on what runs before the statement: a missing object, IDENTITY_INSERT.
 bool IsDeferred(const Error& error) {
-  return error.number == 208 || error.number == 544 || error.number == 8101;
+  return error.number == 208 || error.number == 544 || error.number == 545 || error.number == 8101;
 }
 
 const ObjectName& TargetOf(const Statement& statement) {

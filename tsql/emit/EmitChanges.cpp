@@ -90,7 +90,8 @@ void Emitter::EmitAssignments(const BoundUpdate& update) {
 
 void Emitter::EmitTargetRows(int target, const BoundSource* from, const TableInfo& table,
                              const BoundExpr* where, const BoundExpr* top) {
-  Text("SELECT ");
+  // TOP counts rows of the target, however often the join finds them.
+  Text(from != nullptr && top != nullptr ? "SELECT DISTINCT " : "SELECT ");
   EmitAlias(target);
   Text("._rowid_ FROM ");
   if (from != nullptr) {
@@ -161,7 +162,7 @@ void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
     Emit(*update.where);
   }
   if (update.top) {
-    Text(" LIMIT ");
+    Text(" GROUP BY r LIMIT ");
     Emit(*update.top);
   }
   Text(") AS q WHERE u._rowid_ = q.r");
@@ -178,8 +179,7 @@ EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view 
   EmitCommons(update.commons);
   Text("INSERT INTO ");
   Text(into);
-  // A row that a join finds several times is changed once.
-  Text(" SELECT * FROM (SELECT ");
+  Text(" SELECT ");
   EmitAlias(update.target);
   Text("._rowid_ AS ");
   Text(number);
@@ -208,12 +208,13 @@ EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view 
     Text(" WHERE ");
     Emit(*update.where);
   }
+  // A row that a join finds several times is changed once, and TOP counts it once.
+  Text(" GROUP BY ");
+  Text(number);
   if (update.top) {
     Text(" LIMIT ");
     Emit(*update.top);
   }
-  Text(") GROUP BY ");
-  Text(number);
   return Finish();
 }
 

@@ -95,7 +95,9 @@ void Emitter::EmitLogical(const BoundExpr& expr, const char* op) {
 
 void Emitter::EmitLike(const BoundExpr& expr) {
   if (expr.negated) Text("(NOT ");
-  Open(names::kLike);
+  // Trailing blanks of the text do not count unless it or the pattern is Unicode.
+  const bool isUnicode = IsUnicode(expr.args[0]->type.id) || IsUnicode(expr.args[1]->type.id);
+  Open(isUnicode ? names::kLike : names::kLikePadded);
   for (size_t i = 0; i < expr.args.size(); ++i) {
     if (i > 0) Text(", ");
     Emit(*expr.args[i]);

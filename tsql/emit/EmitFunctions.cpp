@@ -75,6 +75,7 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::ObjectName, names::kObjectName},
     {FunctionId::ColLength, names::kColLength},
     {FunctionId::NotNull, names::kNotNull},
+    {FunctionId::RowLimit, names::kRowLimit},
 }};
 
 constexpr bool IsInOrder() {

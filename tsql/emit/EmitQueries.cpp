@@ -3,7 +3,7 @@
 #include "tsql/emit/SystemViewSql.h"
 #include "tsql/functions/FunctionNames.h"
 
-#include <cassert>
+#include <algorithm>
 
 namespace tsql {
 namespace {
@@ -19,11 +19,18 @@ bool IsSpliceable(const BoundSource& source) {
   return IsSpliceable(*source.left);
 }
 
-const BoundSource* FindCommonLeaf(const BoundSource& source, int common) {
-  if (source.kind == BoundSource::Kind::Common) return source.common == common ? &source : nullptr;
-  if (source.kind != BoundSource::Kind::Join) return nullptr;
-  const BoundSource* found = FindCommonLeaf(*source.left, common);
-  return found != nullptr ? found : FindCommonLeaf(*source.right, common);
+bool HasAggregate(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Aggregate ||
+         std::any_of(expr.args.begin(), expr.args.end(),
+                     [](const BoundExprPtr& arg) { return HasAggregate(*arg); });
+}
+
+// To SQLite a query without GROUP BY is grouped only if one of its items has an aggregate. To the server one
+// in HAVING or ORDER BY makes it grouped, and so does HAVING by itself.
+bool LacksAggregate(const BoundSelect& select) {
+  return select.grouped && select.groupBy.empty() &&
+         std::none_of(select.items.begin(), select.items.end(),
+                      [](const BoundItem& item) { return HasAggregate(*item.expr); });
 }
 
 } // namespace
@@ -73,9 +80,13 @@ void Emitter::EmitSource(const BoundSource& source) {
 void Emitter::EmitSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
                          const std::string& extra) {
   Text(select.distinct ? "SELECT DISTINCT " : "SELECT ");
+  const bool lacksAggregate = LacksAggregate(select);
   for (size_t i = 0; i < select.items.size(); ++i) {
     if (i > 0) Text(", ");
+    const bool completes = lacksAggregate && i == 0;
+    if (completes) Text("CASE WHEN count(*) >= 0 THEN ");
     EmitCollated(*select.items[i].expr);
+    if (completes) Text(" END");
     Text(" AS " + ResultColumnName(i));
   }
   Text(extra);
@@ -132,16 +143,13 @@ void Emitter::EmitCommons(const std::vector<BoundCommon>& commons) {
 
 void Emitter::EmitRecursive(const BoundCommon& common) {
   const BoundQuery& member = *common.query->right;
-  const BoundSource* own = member.op == SetOp::None && member.select->from
-                               ? FindCommonLeaf(*member.select->from, common.id)
-                               : nullptr;
-  assert(own != nullptr);
   Text("(");
   for (size_t i = 0; i < common.query->columns.size(); ++i) Text(ResultColumnName(i) + ", ");
   Text(std::string(kDepth) + ") AS (");
-  EmitBody(*common.query->left, ", 0");
+  EmitBranch(*common.query->left, ", 0", false);
   Text(" UNION ALL ");
-  EmitBody(member, std::string(", ") + names::kRecursion + "(" + AliasOf(own->id) + "." + kDepth + " + 1)");
+  EmitBody(member,
+           std::string(", ") + names::kRecursion + "(" + AliasOf(common.own) + "." + kDepth + " + 1)");
   Text(")");
 }
 

@@ -9,6 +9,7 @@ namespace tsql::names {
 inline constexpr const char* kCast = "t_cast";
 inline constexpr const char* kStore = "t_store";
 inline constexpr const char* kNotNull = "t_not_null";
+inline constexpr const char* kRowLimit = "t_row_limit";
 inline constexpr const char* kVariable = "t_variable";
 inline constexpr const char* kSuspect = "t_suspect";
 inline constexpr const char* kRecursion = "t_recursion";
@@ -30,6 +31,7 @@ inline constexpr const char* kMoment = "t_moment";
 
 // Texts.
 inline constexpr const char* kLike = "t_like";
+inline constexpr const char* kLikePadded = "t_like_padded";
 inline constexpr const char* kLen = "t_len";
 inline constexpr const char* kDataLength = "t_datalength";
 inline constexpr const char* kUpper = "t_upper";

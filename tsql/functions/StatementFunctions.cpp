@@ -35,6 +35,12 @@ void NotNull(const FunctionCall& call) {
   call.ReturnValue(0);
 }
 
+void RowLimit(const FunctionCall& call) {
+  if (call.IsNull(0)) Fail(1060, {});
+  if (call.Integer(0) < 0) Fail(127, {});
+  call.ReturnValue(0);
+}
+
 void Variable(const FunctionCall& call) {
   const FunctionContext& context = call.Context();
   call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
@@ -58,6 +64,7 @@ void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Cast>(connection, context, names::kCast, 4);
   Register<Store>(connection, context, names::kStore, 3);
   Register<NotNull>(connection, context, names::kNotNull, 2);
+  Register<RowLimit>(connection, context, names::kRowLimit, 1);
   Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
   Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
   Register<Recursion>(connection, context, names::kRecursion, 1);

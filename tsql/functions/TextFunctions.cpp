@@ -14,6 +14,7 @@ namespace {
 
 constexpr int64_t kMaxText = 8000;
 
+template <TrailingBlanks Blanks>
 void Like(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   char32_t escape = 0;
@@ -21,7 +22,7 @@ void Like(const FunctionCall& call) {
     size_t at = 0;
     escape = NextChar(call.Text(2), at);
   }
-  call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape) ? 1 : 0);
+  call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape, Blanks) ? 1 : 0);
 }
 
 void Len(const FunctionCall& call) {
@@ -224,19 +225,45 @@ void Str(const FunctionCall& call) {
   call.ReturnText(std::string(width - text.size(), ' ') + text);
 }
 
+// Takes one of the currency signs from the start of the text.
+bool TakeCurrency(std::string_view& text) {
+  for (const std::string_view sign : {"$", "\u00a3", "\u00a5", "\u20ac", "\uffe5"}) {
+    if (!text.starts_with(sign)) continue;
+    text.remove_prefix(sign.size());
+    return true;
+  }
+  return false;
+}
+
+bool TakeSign(std::string_view& text) {
+  if (!text.starts_with('+') && !text.starts_with('-')) return false;
+  text.remove_prefix(1);
+  return true;
+}
+
+// Whether the text can become some number. The server says so of signs and points without digits too.
 void IsNumericText(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnInteger(0);
   std::string_view text = TrimTrailingBlanks(call.Text(0));
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (text.empty()) return call.ReturnInteger(0);
+  const bool isSigned = TakeSign(text);
+  const bool isMoney = TakeCurrency(text);
+  if (isMoney && !isSigned) TakeSign(text);
+  const bool isAmount = text.find_first_not_of("0123456789.,") == std::string_view::npos &&
+                        std::count(text.begin(), text.end(), '.') <= 1;
+  if (isAmount || isMoney) return call.ReturnInteger(isAmount ? 1 : 0);
+  // What is left to be is a float; the names of infinity and the like are none.
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  call.ReturnInteger(error == std::errc() && end == text.data() + text.size() ? 1 : 0);
+  const bool startsWell = text.front() == '.' || (text.front() >= '0' && text.front() <= '9');
+  call.ReturnInteger(startsWell && error == std::errc() && end == text.data() + text.size() ? 1 : 0);
 }
 
 void IsDateText(const FunctionCall& call) {
   int64_t ticks = 0;
-  const bool isDate = !call.IsNull(0) && ParseDateTime(call.Text(0), ticks) == DateParse::Ok &&
+  const bool isDate = !call.IsNull(0) &&
+                      ParseDateTime(call.Text(0), TypeId::DateTime, ticks) == DateParse::Ok &&
                       IsInRange(TypeId::DateTime, ticks) && !TrimTrailingBlanks(call.Text(0)).empty();
   call.ReturnInteger(isDate ? 1 : 0);
 }
@@ -244,7 +271,8 @@ void IsDateText(const FunctionCall& call) {
 } // namespace
 
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
-  Register<Like>(connection, context, names::kLike, -1);
+  Register<Like<TrailingBlanks::Kept>>(connection, context, names::kLike, -1);
+  Register<Like<TrailingBlanks::Ignored>>(connection, context, names::kLikePadded, -1);
   Register<Len>(connection, context, names::kLen, 1);
   Register<DataLength>(connection, context, names::kDataLength, 2);
   Register<Upper>(connection, context, names::kUpper, 1);

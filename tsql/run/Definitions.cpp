@@ -6,6 +6,7 @@
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
+#include "tsql/values/PowersOfTen.h"
 
 #include <algorithm>
 
@@ -35,7 +36,14 @@ std::string GeneratedName(const char* prefix, const TableInfo& table) {
   const uint32_t hash = HashOfName(table.storageName);
   std::string name = std::string(prefix) + "__" + table.name.substr(0, 9) + "__";
   for (unsigned shift = 32; shift > 0; shift -= 8) AppendHex(name, static_cast<char>(hash >> (shift - 8)));
-  return name + std::to_string(table.keys.size());
+  // Dropped indexes leave gaps, so that the number of keys may be taken.
+  size_t number = table.keys.size();
+  const auto isTaken = [&](const std::string& candidate) {
+    return std::any_of(table.keys.begin(), table.keys.end(),
+                       [&](const KeyInfo& key) { return EqualNames(key.name, candidate); });
+  };
+  while (isTaken(name + std::to_string(number))) ++number;
+  return name + std::to_string(number);
 }
 
 // The column in a unique index that takes NULLs for equal. In the index a value that the column cannot have
@@ -49,6 +57,16 @@ std::string NullSafeKey(const ColumnInfo& column) {
 }
 
 } // namespace
+
+int64_t LargestIdentity(const Type& type) {
+  switch (type.id) {
+  case TypeId::TinyInt: return UINT8_MAX;
+  case TypeId::SmallInt: return INT16_MAX;
+  case TypeId::Int: return INT32_MAX;
+  case TypeId::Decimal: return PowerOfTen(type.precision) - 1;
+  default: return INT64_MAX;
+  }
+}
 
 void Definitions::CheckNew(const ObjectName& name) const {
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) FailUnsupported("A schema other than dbo");
@@ -69,15 +87,26 @@ void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition
       Fail(2749, {column.name});
     table.identityColumn = static_cast<int>(table.columns.size());
     table.seed = definition.seed;
+    if (table.seed > LargestIdentity(column.type) || (column.type.id == TypeId::TinyInt && table.seed < 0))
+      Fail(2751, {column.name});
   }
   table.columns.push_back(std::move(column));
+}
+
+// A constraint's name is unique in the database, and that of a key among the indexes of its table as well.
+void Definitions::CheckKeyName(const TableInfo& table, const KeyInfo& key) const {
+  for (const KeyInfo& other : table.keys) {
+    if (!EqualNames(other.name, key.name)) continue;
+    const bool isIndex = other.kind == KeyKind::Index || other.kind == KeyKind::UniqueIndex;
+    if (!isIndex) Fail(2714, {key.name});
+    if (key.kind == KeyKind::PrimaryKey || key.kind == KeyKind::Unique) Fail(1913, {key.name, table.name});
+  }
+  if (table.place == Place::Main && catalog_.ConstraintExists(key.name)) Fail(2714, {key.name});
 }
 
 void Definitions::AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const {
   KeyInfo key;
   key.name = definition.name;
-  if (!key.name.empty() && table.place == Place::Main && catalog_.ConstraintExists(key.name))
-    Fail(2714, {key.name});
   const char* prefix = "PK";
   switch (definition.kind) {
   case ConstraintDefinition::Kind::PrimaryKey: key.kind = KeyKind::PrimaryKey; break;
@@ -93,6 +122,7 @@ void Definitions::AddConstraint(TableInfo& table, const ConstraintDefinition& de
   case ConstraintDefinition::Kind::ForeignKey: AddForeignKey(table, definition); return;
   }
   if (key.name.empty()) key.name = GeneratedName(prefix, table);
+  CheckKeyName(table, key);
   for (const std::string& name : definition.columns) {
     const int column = table.FindColumn(name);
     if (column < 0) Fail(1911, {name});
@@ -118,6 +148,7 @@ void Definitions::AddForeignKey(TableInfo& table, const ConstraintDefinition& de
   KeyInfo key;
   key.kind = KeyKind::ForeignKey;
   key.name = definition.name.empty() ? GeneratedName("FK", table) : definition.name;
+  CheckKeyName(table, key);
   key.referencedTable = definition.referenced.name;
   const TablePtr parent = FindReferenced(table, key);
   if (!parent || parent->place != Place::Main) Fail(1767, {key.name, definition.referenced.name});

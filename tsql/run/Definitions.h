@@ -6,6 +6,9 @@
 
 namespace tsql {
 
+// The largest number that an identity column of the type can have.
+int64_t LargestIdentity(const Type& type);
+
 class Definitions {
  public:
   Definitions(const Connection& connection, Catalog& catalog, const Compiler& compiler)
@@ -26,6 +29,7 @@ class Definitions {
   void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
   TablePtr FindReferenced(const TableInfo& table, const KeyInfo& key) const;
   void AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const;
+  void CheckKeyName(const TableInfo& table, const KeyInfo& key) const;
   void ChooseRowid(TableInfo& table) const;
   void Build(const TableInfo& table) const;
   void BuildIndex(const TableInfo& table, const KeyInfo& key) const;

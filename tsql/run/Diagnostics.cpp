@@ -46,7 +46,10 @@ const KeyInfo* FindKeyByColumns(const TableInfo& table, std::string_view message
 Error UniqueError(std::string_view message, const TableInfo& table) {
   const KeyInfo* key = FindKeyByIndex(table, FailedPart(message));
   if (key == nullptr) key = FindKeyByColumns(table, FailedPart(message));
-  if (key == nullptr) return MakeError(2627, 0, {"PRIMARY KEY", "", table.name});
+  // Only the identity column is unique without a key: it is the number of the row in SQLite.
+  if (key == nullptr)
+    return MakeError(kUnsupportedError, 0,
+                     {"A value that is there twice in an identity column without a key"});
   if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.name, key->name});
   const char* kind = key->kind == KeyKind::PrimaryKey ? "PRIMARY KEY" : "UNIQUE KEY";
   return MakeError(2627, 0, {kind, key->name, table.name});

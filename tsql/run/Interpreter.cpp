@@ -1,6 +1,7 @@
 #include "tsql/run/Interpreter.h"
 
 #include "tsql/run/Diagnostics.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
 #include <charconv>
@@ -69,6 +70,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 }
 
 void Interpreter::BeginStatement() {
+  catalog_.Settle();
   context_.now.reset();
   context_.variables = &frame_->variables;
   context_.error.reset();
@@ -169,17 +171,30 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
   } else if (statement.option == "xact_abort") {
     xactAbort_ = on;
   } else if (statement.option == "identity_insert") {
-    if (!catalog_.FindTable(statement.table)) Fail(208, {statement.table.name});
-    compiler_.SetIdentityInsert(on ? statement.table.name : std::string());
+    SetIdentityInsert(statement.table, on);
   } else if (statement.option == "lock_timeout") {
     int milliseconds = 0;
     std::from_chars(statement.value.data(), statement.value.data() + statement.value.size(), milliseconds);
     limits_.SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
   }
+  rowCount_ = 0;
+}
+
+// It is on for one table at a time.
+void Interpreter::SetIdentityInsert(const ObjectName& name, bool on) {
+  const TablePtr table = catalog_.FindTable(name);
+  if (!table) Fail(1088, {name.name});
+  if (table->identityColumn < 0) Fail(8106, {table->name});
+  const std::string& present = compiler_.IdentityInsert();
+  const bool isOn = EqualNames(present, table->name);
+  if (on && !isOn && !present.empty()) Fail(8107, {present, table->name});
+  if (on != isOn) compiler_.SetIdentityInsert(on ? table->name : std::string());
 }
 
 Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
-  if (Test(*statement.condition)) return Run(*statement.thenBranch);
+  const bool holds = Test(*statement.condition);
+  rowCount_ = 0;
+  if (holds) return Run(*statement.thenBranch);
   return statement.elseBranch ? Run(*statement.elseBranch) : Flow::Next;
 }
 

@@ -62,12 +62,15 @@ class Interpreter {
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change);
   int64_t StepChange(Plan& plan);
+  // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
+  void CheckIdentity(const TableInfo& table, int64_t count) const;
   int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
 
   // control flow (Interpreter.cpp)
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);
+  void SetIdentityInsert(const ObjectName& name, bool on);
   Flow RunIf(const IfStatement& statement);
   Flow RunWhile(const WhileStatement& statement);
   Flow RunReturn(const ReturnStatement& statement);

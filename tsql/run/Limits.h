@@ -26,6 +26,7 @@ class Limits {
   Limits& operator=(const Limits&) = delete;
 
   void SetLockTimeout(int milliseconds);
+  int LockTimeout() const { return static_cast<int>(lockTimeout_.count()); }
   void SetWorkLimit(std::optional<int64_t> steps);
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
 

@@ -3,6 +3,7 @@
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Conversion.h"
+#include "tsql/values/Errors.h"
 
 #include <algorithm>
 
@@ -19,6 +20,15 @@ const char* VerbOf(StatementKind kind) {
 }
 
 } // namespace
+
+void Interpreter::CheckIdentity(const TableInfo& table, int64_t count) const {
+  const Type& type = table.columns[static_cast<size_t>(table.identityColumn)].type;
+  const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
+  if (count == 0 || last <= LargestIdentity(type)) return;
+  // The rows of one statement have consecutive numbers, and no others are as great.
+  connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ > " + std::to_string(last - count));
+  Fail(8115, {"IDENTITY", TypeName(type.id)});
+}
 
 template <typename Change>
 int64_t Interpreter::MakeChange(const TableInfo& target, Change change) {
@@ -81,7 +91,10 @@ void Interpreter::RunChange(const Statement& statement) {
   try {
     count = MakeChange(*target, [&] {
       try {
-        return StepChange(plan);
+        const int64_t changed = StepChange(plan);
+        if (statement.kind == StatementKind::Insert && target->identityColumn >= 0)
+          CheckIdentity(*target, changed);
+        return changed;
       } catch (const SqliteFailure& failure) {
         const bool isDuplicate = failure.code == SQLITE_CONSTRAINT_UNIQUE ||
                                  failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||

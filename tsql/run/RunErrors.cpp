@@ -53,6 +53,7 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
                     static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line, text);
   if (error.severity > 10) throw Error(error);
   sink_->Message(error);
+  rowCount_ = 0;
 }
 
 Interpreter::Flow Interpreter::RunThrow(const ThrowStatement& statement) {

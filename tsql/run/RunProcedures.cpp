@@ -26,9 +26,12 @@ class FrameSwap {
 } // namespace
 
 // Holds a procedure's frame and temporary tables, and ends them when the procedure ends, by an exception too.
+// The SET options that it changes end with it as well.
 struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, Frame& frame)
-      : owner(interpreter), savedFrame(std::exchange(interpreter.frame_, &frame)) {
+      : owner(interpreter), savedFrame(std::exchange(interpreter.frame_, &frame)), noCount(owner.noCount_),
+        xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()),
+        identityInsert(owner.compiler_.IdentityInsert()) {
     owner.catalog_.EnterScope();
     ++owner.nesting_;
   }
@@ -37,6 +40,10 @@ struct Interpreter::ProcedureScope {
   ~ProcedureScope() {
     --owner.nesting_;
     owner.frame_ = savedFrame;
+    owner.noCount_ = noCount;
+    owner.xactAbort_ = xactAbort;
+    if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
+    owner.compiler_.SetIdentityInsert(std::move(identityInsert));
     for (const TablePtr& table : owner.catalog_.LeaveScope()) {
       try {
         owner.definitions_.DropTable(*table);
@@ -46,6 +53,10 @@ struct Interpreter::ProcedureScope {
   }
   Interpreter& owner;
   Frame* savedFrame;
+  bool noCount;
+  bool xactAbort;
+  int lockTimeout;
+  std::string identityInsert;
 };
 
 bool Interpreter::RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sink) {

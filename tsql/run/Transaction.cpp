@@ -21,7 +21,8 @@ void Transaction::BeforeWrite() {
     throw;
   }
   open_ = true;
-  tempTables_ = catalog_.TempTables();
+  tables_ = catalog_.OwnTables();
+  catalog_.BeginChanges();
 }
 
 void Transaction::Commit() {
@@ -29,7 +30,7 @@ void Transaction::Commit() {
   if (count_ == 1 && open_) {
     connection_.Run("COMMIT");
     open_ = false;
-    tempTables_.clear();
+    tables_ = {};
   }
   --count_;
 }
@@ -44,10 +45,8 @@ void Transaction::RollbackIfOpen() {
   if (!open_) return;
   open_ = false;
   if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
-  catalog_.RestoreTempTables(std::move(tempTables_));
-  tempTables_.clear();
-  catalog_.Invalidate(Place::Main);
-  catalog_.Invalidate(Place::Global);
+  catalog_.RestoreOwnTables(std::exchange(tables_, {}));
+  catalog_.UndoChanges();
 }
 
 void Transaction::Synchronize() {
@@ -59,8 +58,9 @@ bool Transaction::TakeSchemaChange() {
 }
 
 StatementScope::StatementScope(Transaction& transaction, Place place)
-    : transaction_(transaction), tempTables_(transaction.catalog_.TempTables()) {
+    : transaction_(transaction), tables_(transaction.catalog_.OwnTables()) {
   transaction_.BeforeWrite();
+  if (!transaction_.open_) transaction_.catalog_.BeginChanges();
   transaction_.connection_.Run("SAVEPOINT statement");
   if (place != Place::Main) return;
   try {
@@ -82,9 +82,8 @@ StatementScope::~StatementScope() {
     transaction_.connection_.Run("ROLLBACK TO statement; RELEASE statement");
   } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): SQLite has undone all of it already
   }
-  transaction_.catalog_.RestoreTempTables(std::move(tempTables_));
-  transaction_.catalog_.Invalidate(Place::Main);
-  transaction_.catalog_.Invalidate(Place::Global);
+  transaction_.catalog_.RestoreOwnTables(std::move(tables_));
+  transaction_.catalog_.UndoChanges();
 }
 
 } // namespace tsql

@@ -33,7 +33,7 @@ class Transaction {
   int count_ = 0;
   bool open_ = false;
   bool schemaChanged_ = false;
-  std::vector<Catalog::TempTable> tempTables_;
+  Catalog::SessionTables tables_;
 };
 
 // Makes several SQLite statements one: all of them are undone unless Complete is called.
@@ -47,7 +47,7 @@ class StatementScope {
 
  private:
   Transaction& transaction_;
-  std::vector<Catalog::TempTable> tempTables_;
+  Catalog::SessionTables tables_;
   bool done_ = false;
 };
 

@@ -106,10 +106,19 @@ StatementPtr Parser::ParseSet() {
 }
 
 StatementPtr Parser::ParseSetOption() {
-  // These options are accepted and change nothing: the engine behaves as with their usual setting.
-  constexpr std::array<std::string_view, 8> kAccepted = {
-      "ansi_nulls",        "quoted_identifier",       "ansi_padding", "ansi_warnings",
-      "ansi_null_dflt_on", "concat_null_yields_null", "arithabort",   "numeric_roundabort"};
+  // The engine behaves as with this setting of an option and refuses the other one.
+  struct FixedOption {
+    std::string_view name;
+    std::string_view value;
+  };
+  constexpr std::array<FixedOption, 8> kFixed = {{{"ansi_nulls", "ON"},
+                                                  {"quoted_identifier", "ON"},
+                                                  {"ansi_padding", "ON"},
+                                                  {"ansi_warnings", "ON"},
+                                                  {"ansi_null_dflt_on", "ON"},
+                                                  {"concat_null_yields_null", "ON"},
+                                                  {"arithabort", "ON"},
+                                                  {"numeric_roundabort", "OFF"}}};
   auto statement = MakeStatement<SetOptionStatement>(at_);
   const int line = Current().line;
   ExpectWord("set");
@@ -136,7 +145,12 @@ StatementPtr Parser::ParseSetOption() {
   statement->value += ToUpper(tokens_[at_++].text);
   bool known = statement->option == "nocount" || statement->option == "xact_abort" ||
                statement->option == "identity_insert" || statement->option == "lock_timeout";
-  for (const std::string_view option : kAccepted) known = known || statement->option == option;
+  for (const FixedOption& option : kFixed) {
+    if (option.name != statement->option) continue;
+    known = true;
+    if (option.value != statement->value)
+      FailUnsupported("SET " + ToUpper(statement->option) + " " + statement->value, line);
+  }
   if (!known) FailUnsupported("SET " + ToUpper(statement->option), line);
   return statement;
 }
@@ -302,8 +316,14 @@ StatementPtr Parser::ParseExecute() {
       !IsAtEnd() && !IsSymbol(";") &&
       (Current().kind != TokenKind::Word || IsName() || IsWord("default") || IsWord("null"));
   if (!hasArguments) return statement;
-  do statement->arguments.push_back(ParseExecuteArgument());
-  while (TakeSymbol(","));
+  bool named = false;
+  do {
+    const int line = Current().line;
+    statement->arguments.push_back(ParseExecuteArgument());
+    const bool isNamed = !statement->arguments.back().name.empty();
+    if (named && !isNamed) Fail(119, {std::to_string(statement->arguments.size())}, line);
+    named = isNamed;
+  } while (TakeSymbol(","));
   return statement;
 }
 

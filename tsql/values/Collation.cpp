@@ -32,24 +32,28 @@ std::string MapText(std::string_view text) {
   return result;
 }
 
-// Whether `character` is in the set that starts behind "[". Moves `at` behind the closing bracket.
-bool MatchSet(std::string_view pattern, size_t& at, char32_t character) {
+// Whether `character` is in the set that starts behind "[". Moves `at` behind the bracket that closes it,
+// which is the first one that is not escaped. A set without one matches nothing.
+bool MatchSet(std::string_view pattern, size_t& at, char32_t character, char32_t escape) {
   const bool negated = at < pattern.size() && pattern[at] == '^';
   if (negated) ++at;
+  const auto takeMember = [&] {
+    const char32_t member = NextChar(pattern, at);
+    return FoldChar(escape != 0 && member == escape && at < pattern.size() ? NextChar(pattern, at) : member);
+  };
   const char32_t folded = FoldChar(character);
   bool found = false;
-  bool first = true;
-  while (at < pattern.size() && (first || pattern[at] != ']')) {
-    first = false;
-    const char32_t low = FoldChar(NextChar(pattern, at));
+  while (at < pattern.size() && pattern[at] != ']') {
+    const char32_t low = takeMember();
     char32_t high = low;
     if (at + 1 < pattern.size() && pattern[at] == '-' && pattern[at + 1] != ']') {
       ++at;
-      high = FoldChar(NextChar(pattern, at));
+      high = takeMember();
     }
     found = found || (folded >= low && folded <= high);
   }
-  if (at < pattern.size()) ++at;
+  if (at == pattern.size()) return false;
+  ++at;
   return found != negated;
 }
 
@@ -61,7 +65,7 @@ bool MatchOne(std::string_view text, size_t& textAt, std::string_view pattern, s
   if (escape != 0 && element == escape && patternAt < pattern.size())
     return FoldChar(NextChar(pattern, patternAt)) == FoldChar(character);
   if (element == '_') return true;
-  if (element == '[') return MatchSet(pattern, patternAt, character);
+  if (element == '[') return MatchSet(pattern, patternAt, character, escape);
   return FoldChar(element) == FoldChar(character);
 }
 
@@ -180,7 +184,7 @@ bool EqualNames(std::string_view left, std::string_view right) {
   return CompareText(left, right) == 0;
 }
 
-bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape) {
+bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks) {
   // When something does not match, the search goes back to the last % and lets it take one character more.
   size_t textAt = 0;
   size_t patternAt = 0;
@@ -193,6 +197,8 @@ bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape)
       continue;
     }
     if (patternAt == pattern.size() && textAt == text.size()) return true;
+    const bool mayIgnoreRest = patternAt == pattern.size() && blanks == TrailingBlanks::Ignored;
+    if (mayIgnoreRest && TrimTrailingBlanks(text.substr(textAt)).empty()) return true;
     if (patternAt < pattern.size() && textAt < text.size() &&
         MatchOne(text, textAt, pattern, patternAt, escape))
       continue;

@@ -29,8 +29,12 @@ std::string_view TrimTrailingBlanks(std::string_view text);
 int CompareText(std::string_view left, std::string_view right);
 bool EqualNames(std::string_view left, std::string_view right);
 
-// LIKE with %, _, [set] and [^set]. `escape` is 0 for none. Trailing blanks of the pattern count.
-bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape);
+enum class TrailingBlanks : uint8_t { Kept, Ignored };
+
+// LIKE with %, _, [set] and [^set]. `escape` is 0 for none. Trailing blanks of the pattern count, those of
+// the text as `blanks` says: the server ignores them in char and varchar.
+bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape,
+               TrailingBlanks blanks = TrailingBlanks::Kept);
 
 // The byte position of `needle` in `text` from `start` on, without regard to case; npos when it is not there.
 // `length` receives the byte length of what matched.

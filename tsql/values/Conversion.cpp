@@ -256,7 +256,7 @@ Datum ToDateTime(const Datum& value, const Type& from, const Type& to) {
   case Family::DateTime: return StoreMoment(value.integer, from, to);
   case Family::Text: {
     int64_t ticks = 0;
-    const DateParse outcome = ParseDateTime(value.text, ticks);
+    const DateParse outcome = ParseDateTime(value.text, to.id, ticks);
     if (outcome == DateParse::Malformed) Fail(241, {});
     if (outcome == DateParse::OutOfRange) Fail(242, {TypeName(from.id), TypeName(to.id)});
     return StoreMoment(ticks, from, to);

@@ -13,7 +13,7 @@ namespace {
 // language us_english: y-m-d when the year comes first, otherwise m-d-y.
 class DateReader {
  public:
-  explicit DateReader(std::string_view text) : text_(text) {}
+  DateReader(std::string_view text, size_t maxFraction) : text_(text), maxFraction_(maxFraction) {}
 
   DateParse Read(int64_t& ticks) {
     while (SkipBlanks()) {
@@ -52,9 +52,12 @@ class DateReader {
     if (!ReadNumber(value, digits)) return false;
     if (Take(':')) return ReadTime(value);
     if (digits == 8 || digits == 6) return CompactDate(value, digits);
-    if (at_ < text_.size() && (text_[at_] == '-' || text_[at_] == '/' || text_[at_] == '.'))
-      return ReadSeparated(value, digits);
     SkipBlanks();
+    if (IsSeparator() && (wordMonth_ != 0 || IsWordBehindSeparator())) {
+      ++at_;
+      return PutNumber(value, digits);
+    }
+    if (IsSeparator()) return ReadSeparated(value, digits);
     if (IsMeridiem()) {
       at_ = start;
       ReadNumber(value, digits);
@@ -63,14 +66,30 @@ class DateReader {
     return PutNumber(value, digits);
   }
 
+  bool IsSeparator() const {
+    return at_ < text_.size() && (text_[at_] == '-' || text_[at_] == '/' || text_[at_] == '.');
+  }
+
+  static bool IsLetter(char character) { return (character | 0x20) >= 'a' && (character | 0x20) <= 'z'; }
+
+  // Whether a month's name may stand between this separator and the next one.
+  bool IsWordBehindSeparator() const {
+    const size_t next = text_.find_first_not_of(' ', at_ + 1);
+    return next != std::string_view::npos && IsLetter(text_[next]);
+  }
+
   bool ReadSeparated(int first, size_t firstDigits) {
     const char separator = text_[at_++];
     int second = 0;
     int third = 0;
     size_t secondDigits = 0;
     size_t thirdDigits = 0;
-    if (!ReadNumber(second, secondDigits) || !Take(separator) || !ReadNumber(third, thirdDigits))
-      return false;
+    SkipBlanks();
+    if (!ReadNumber(second, secondDigits)) return false;
+    SkipBlanks();
+    if (!Take(separator)) return false;
+    SkipBlanks();
+    if (!ReadNumber(third, thirdDigits)) return false;
     if (hasDate_) return false;
     hasDate_ = true;
     if (firstDigits == 4) return SetDate(first, second, third);
@@ -88,7 +107,9 @@ class DateReader {
   bool ReadTimeAfterMark() {
     int hour = 0;
     size_t digits = 0;
-    return ReadNumber(hour, digits) && Take(':') && ReadTime(hour);
+    if (!ReadNumber(hour, digits) || !Take(':') || !ReadTime(hour)) return false;
+    Take('Z');
+    return true;
   }
 
   bool ReadTime(int hour) {
@@ -98,7 +119,7 @@ class DateReader {
       if (!ReadNumber(time_.second, digits)) return false;
       if (Take('.') || Take(':')) {
         int fraction = 0;
-        if (!ReadNumber(fraction, digits)) return false;
+        if (!ReadNumber(fraction, digits) || digits > maxFraction_) return false;
         for (; digits < 3; ++digits) fraction *= 10;
         for (; digits > 3; --digits) fraction /= 10;
         time_.millisecond = fraction;
@@ -133,7 +154,7 @@ class DateReader {
       return ReadTimeAfterMark();
     }
     size_t end = at_;
-    while (end < text_.size() && ((text_[end] | 0x20) >= 'a' && (text_[end] | 0x20) <= 'z')) ++end;
+    while (end < text_.size() && IsLetter(text_[end])) ++end;
     const std::string_view word = text_.substr(at_, end - at_);
     at_ = end;
     for (int month = 1; month <= 12; ++month) {
@@ -141,6 +162,8 @@ class DateReader {
       if (word.size() >= 3 && (EqualNames(word, name.substr(0, 3)) || EqualNames(word, name))) {
         if (wordMonth_ != 0) return false;
         wordMonth_ = month;
+        SkipBlanks();
+        if (IsSeparator()) ++at_;
         return true;
       }
     }
@@ -191,6 +214,7 @@ class DateReader {
   }
 
   std::string_view text_;
+  size_t maxFraction_;
   size_t at_ = 0;
   CivilTime time_;
   bool hasDate_ = false;
@@ -232,8 +256,10 @@ int ClockHour(int hour) {
 
 } // namespace
 
-DateParse ParseDateTime(std::string_view text, int64_t& ticks) {
-  return DateReader(text).Read(ticks);
+DateParse ParseDateTime(std::string_view text, TypeId type, int64_t& ticks) {
+  constexpr size_t kMaxFractionOfDate = 7;
+  constexpr size_t kMaxFraction = 3;
+  return DateReader(text, type == TypeId::Date ? kMaxFractionOfDate : kMaxFraction).Read(ticks);
 }
 
 std::optional<std::string> FormatDateTime(int64_t ticks, TypeId type, int style) {

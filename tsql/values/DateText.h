@@ -10,7 +10,8 @@
 namespace tsql {
 
 enum class DateParse : uint8_t { Ok, Malformed, OutOfRange };
-DateParse ParseDateTime(std::string_view text, int64_t& ticks);
+// A datetime takes three digits of a second's fraction, a date takes seven and forgets them.
+DateParse ParseDateTime(std::string_view text, TypeId type, int64_t& ticks);
 // What CONVERT writes for the style; nullopt for a style that does not exist.
 std::optional<std::string> FormatDateTime(int64_t ticks, TypeId type, int style);
 

@@ -13,8 +13,6 @@ struct ErrorText {
   const char* text;
 };
 
-constexpr int kUnsupported = 40510;
-
 constexpr ErrorText kErrors[] = {
     {kTimeoutExpired, 11, 0, "Timeout expired"},
     {102, 15, 1, "Incorrect syntax near '%1'."},
@@ -34,12 +32,16 @@ constexpr ErrorText kErrors[] = {
     {116, 16, 1,
      "Only one expression can be specified in the select list when the subquery is not introduced with "
      "EXISTS."},
+    {119, 15, 1,
+     "Must pass parameter number %1 and subsequent parameters as '@name = value'. After the form '@name = "
+     "value' has been used, all subsequent parameters must be passed in the form '@name = value'."},
     {120, 15, 1,
      "The select list for the INSERT statement contains fewer items than the insert list. The number of "
      "SELECT values must match the number of INSERT columns."},
     {121, 15, 1,
      "The select list for the INSERT statement contains more items than the insert list. The number of "
      "SELECT values must match the number of INSERT columns."},
+    {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
     {134, 15, 2,
      "The variable name '%1' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
@@ -55,6 +57,7 @@ constexpr ErrorText kErrors[] = {
      "clause or a select list, and the column being aggregated is an outer reference."},
     {156, 15, 1, "Incorrect syntax near the keyword '%1'."},
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
+    {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
     {174, 15, 1, "The %1 function requires %2 argument(s)."},
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},
     {180, 15, 1, "There are not enough parameters: the marker %1 of the batch has no value."},
@@ -76,11 +79,15 @@ constexpr ErrorText kErrors[] = {
     {220, 16, 1, "Arithmetic overflow error for data type %1, value = %2."},
     {232, 16, 3, "Arithmetic overflow error for type %1, value = %2."},
     {235, 16, 0, "Cannot convert a char value to money. The char value has incorrect syntax."},
+    {239, 16, 1, "Duplicate common table expression name '%1' was specified."},
     {241, 16, 1, "Conversion failed when converting date and/or time from character string."},
     {242, 16, 3, "The conversion of a %1 data type to a %2 data type resulted in an out-of-range value."},
     {244, 16, 1, "The conversion of the %1 value '%2' overflowed an %3 column. Use a larger integer column."},
     {245, 16, 1, "Conversion failed when converting the %1 value '%2' to data type %3."},
+    {246, 16, 1, "No anchor member was specified for recursive query \"%1\"."},
     {248, 16, 1, "The conversion of the %1 value '%2' overflowed an int column."},
+    {252, 16, 1, "Recursive common table expression '%1' does not contain a top-level UNION ALL operator."},
+    {253, 16, 1, "Recursive member of a common table expression '%1' has multiple recursive references."},
     {257, 16, 3,
      "Implicit conversion from data type %1 to %2 is not allowed. Use the CONVERT function to run this "
      "query."},
@@ -92,6 +99,18 @@ constexpr ErrorText kErrors[] = {
     {270, 16, 1, "Object '%1' cannot be modified."},
     {281, 16, 1, "%1 is not a valid style number when converting from %2 to a character string."},
     {402, 16, 1, "The data types %1 and %2 are incompatible in the %3 operator."},
+    {408, 16, 1, "A constant expression was encountered in the ORDER BY list, position %1."},
+    {460, 16, 1,
+     "DISTINCT operator is not allowed in the recursive part of a recursive common table expression '%1'."},
+    {461, 16, 1,
+     "The TOP or OFFSET operator is not allowed in the recursive part of a recursive common table expression "
+     "'%1'."},
+    {462, 16, 1,
+     "Outer join is not allowed in the recursive part of a recursive common table expression '%1'."},
+    {465, 16, 1, "Recursive references are not allowed in subqueries."},
+    {467, 16, 1,
+     "GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common "
+     "table expression '%1'."},
     {512, 16, 1,
      "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , "
      ">, >= or when the subquery is used as an expression."},
@@ -108,6 +127,9 @@ constexpr ErrorText kErrors[] = {
     {537, 16, 2, "Invalid length parameter passed to the LEFT or SUBSTRING function."},
     {544, 16, 1,
      "Cannot insert explicit value for identity column in table '%1' when IDENTITY_INSERT is set to OFF."},
+    {545, 16, 1,
+     "Explicit value must be specified for identity column in table '%1' either when IDENTITY_INSERT is set "
+     "to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column."},
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
      "table \"dbo.%5\"%6."},
@@ -115,6 +137,10 @@ constexpr ErrorText kErrors[] = {
     {948, 20, 1,
      "The database '%1' cannot be opened because it is version %2. This server supports version %3 and "
      "earlier. A downgrade path is not supported."},
+    {1008, 16, 1,
+     "The SELECT item identified by the ORDER BY number %1 contains a variable as part of the expression "
+     "identifying a column position. Variables are only allowed when ordering by an expression referencing a "
+     "column name."},
     {1011, 16, 1, "The correlation name '%1' is specified multiple times in a FROM clause."},
     {1013, 16, 1,
      "The objects \"%1\" and \"%2\" in the FROM clause have the same exposed names. Use correlation names to "
@@ -122,6 +148,9 @@ constexpr ErrorText kErrors[] = {
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
+    {1060, 15, 1,
+     "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
+    {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {1222, 16, 51, "Lock request time out period exceeded."},
     {1505, 16, 1,
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
@@ -157,6 +186,7 @@ constexpr ErrorText kErrors[] = {
     {2749, 16, 2,
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
+    {2751, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
@@ -165,6 +195,9 @@ constexpr ErrorText kErrors[] = {
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {4060, 11, 1, "Cannot open database \"%1\" requested by the login. The login failed."},
     {4104, 16, 1, "The multi-part identifier \"%1\" could not be bound."},
+    {4115, 15, 1,
+     "The reference to column \"%1\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. Only "
+     "references to columns at an outer scope or standalone expressions and subqueries are allowed here."},
     {4145, 15, 1,
      "An expression of non-boolean type specified in a context where a condition is expected, near '%1'."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
@@ -179,6 +212,9 @@ constexpr ErrorText kErrors[] = {
      "An explicit value for the identity column in table '%1' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
     {8102, 16, 1, "Cannot update identity column '%1'."},
+    {8106, 16, 1, "Table '%1' does not have the identity property. Cannot perform SET operation."},
+    {8107, 16, 1,
+     "IDENTITY_INSERT is already ON for table '%1'. Cannot perform SET operation for table '%2'."},
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},
     {8115, 16, 2, "Arithmetic overflow error converting %1 to data type %2."},
@@ -201,8 +237,11 @@ constexpr ErrorText kErrors[] = {
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
+    {10734, 15, 1,
+     "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
+     "operator."},
     {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
-    {kUnsupported, 16, 1, "%1 is not supported."},
+    {kUnsupportedError, 16, 1, "%1 is not supported."},
 };
 
 const ErrorText& Find(int number) {
@@ -237,7 +276,7 @@ void Fail(int number, std::initializer_list<std::string_view> arguments, int lin
 }
 
 void FailUnsupported(std::string_view what, int line) {
-  Fail(kUnsupported, {what}, line);
+  Fail(kUnsupportedError, {what}, line);
 }
 
 bool EndsTransaction(const Error& error) {
@@ -271,6 +310,7 @@ bool EndsBatch(const Error& error) {
   case 536:
   case 537:
   case 544:
+  case 545:
   case 547:
   case 1222:
   case 1505:

@@ -14,6 +14,9 @@ Error MakeError(int number, int line, std::initializer_list<std::string_view> ar
 
 [[noreturn]] void Fail(int number, std::initializer_list<std::string_view> arguments, int line = 0);
 
+// The error of what the engine does not know.
+inline constexpr int kUnsupportedError = 40510;
+
 // Refuses by its name what the engine does not know.
 [[noreturn]] void FailUnsupported(std::string_view what, int line = 0);
 

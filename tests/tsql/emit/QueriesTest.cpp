@@ -182,6 +182,101 @@ TEST_F(QueryTest, DeleteFrom) {
   EXPECT_EQ(Scalar("COUNT(*) FROM b"), "2");
 }
 
+TEST_F(QueryTest, GroupingWithoutGroupBy) {
+  // Such a query has one group, even over no rows.
+  EXPECT_EQ(Rows("SELECT 'one' FROM g HAVING COUNT(*) > 0"), Lines({"one"}));
+  EXPECT_EQ(Rows("SELECT 'one' FROM g HAVING 1 = 1"), Lines({"one"}));
+  EXPECT_EQ(Rows("SELECT 'one' FROM g WHERE 1 = 0 HAVING 1 = 1"), Lines({"one"}));
+  EXPECT_EQ(Rows("SELECT 'one', 2 HAVING 1 = 2"), Lines({}));
+  EXPECT_EQ(Rows("SELECT 'one' FROM g ORDER BY COUNT(*)"), Lines({"one"}));
+  EXPECT_EQ(ErrorOf("SELECT 1 FROM g GROUP BY 1"), 164);
+}
+
+TEST_F(QueryTest, ConstantsInOrderBy) {
+  EXPECT_EQ(ErrorOf("SELECT id FROM g ORDER BY NULL"), 408);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g ORDER BY id, 'a'"), 408);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g ORDER BY -1.5"), 408);
+  EXPECT_EQ(ErrorOf("DECLARE @v INT SET @v = 1 SELECT id FROM g ORDER BY @v"), 1008);
+}
+
+TEST_F(QueryTest, TheArgumentOfTop) {
+  EXPECT_EQ(Rows("DECLARE @n INT SET @n = 1 SELECT TOP (@n) 'x' FROM g"), Lines({"x"}));
+  EXPECT_EQ(ErrorOf("DECLARE @n INT SELECT TOP (@n) id FROM g"), 1060);
+  EXPECT_EQ(ErrorOf("SELECT TOP (NULL) id FROM g"), 1060);
+  EXPECT_EQ(ErrorOf("SELECT TOP (-1) id FROM g"), 127);
+  EXPECT_EQ(ErrorOf("DECLARE @n INT SET @n = -1 SELECT TOP (@n) id FROM g"), 127);
+  EXPECT_EQ(ErrorOf("SELECT TOP (id) id FROM g"), 4115);
+  EXPECT_EQ(ErrorOf("DECLARE @n INT DELETE TOP (@n) FROM g"), 1060);
+}
+
+TEST_F(QueryTest, TopOfAChangeCountsRowsOfTheTarget) {
+  Must(
+      "CREATE TABLE target (id INT NOT NULL PRIMARY KEY, v INT NOT NULL) INSERT INTO target VALUES (1, 0), (2, 0), (3, 0)");
+  Must("CREATE TABLE twice (id INT) INSERT INTO twice VALUES (1), (1), (1), (2), (2), (3)");
+  EXPECT_EQ(Run("UPDATE TOP (2) t SET v = 1 FROM target t JOIN twice w ON w.id = t.id").counts,
+            std::vector<int64_t>({2}));
+  EXPECT_EQ(Scalar("SUM(v) FROM target"), "2");
+  // An update that moves keys is made in another way.
+  EXPECT_EQ(
+      Run("UPDATE TOP (2) t SET id = 4 - t.id FROM target t JOIN twice w ON w.id = t.id WHERE t.id <> 2")
+          .counts,
+      std::vector<int64_t>({2}));
+  EXPECT_EQ(Run("DELETE TOP (2) t FROM target t JOIN twice w ON w.id = t.id").counts,
+            std::vector<int64_t>({2}));
+  EXPECT_EQ(Scalar("COUNT(*) FROM target"), "1");
+}
+
+TEST_F(QueryTest, NoVariablesAreAssignedInAUnion) {
+  EXPECT_EQ(ErrorOf("DECLARE @a INT SELECT @a = 1 UNION SELECT 2"), 10734);
+  EXPECT_EQ(ErrorOf("DECLARE @a INT SELECT 1 UNION ALL SELECT @a = 2"), 10734);
+}
+
+TEST_F(QueryTest, SelectIntoOverTooManyTables) {
+  std::string from;
+  for (int i = 0; i < 65; ++i) from += (i > 0 ? ", g t" : "g t") + std::to_string(i);
+  EXPECT_EQ(ErrorOf("SELECT t0.id INTO #many FROM " + from), 106);
+  std::string nested;
+  for (int i = 0; i < 65; ++i)
+    nested += std::string(i > 0 ? ", " : "") + "(SELECT id FROM g) t" + std::to_string(i);
+  EXPECT_EQ(ErrorOf("SELECT t0.id INTO #many FROM " + nested), 106);
+}
+
+TEST_F(QueryTest, NamesOfKeysAndIndexes) {
+  Must("CREATE TABLE keyed (a INT NOT NULL, b INT NOT NULL) CREATE INDEX named ON keyed (a)");
+  EXPECT_EQ(ErrorOf("ALTER TABLE keyed ADD CONSTRAINT named UNIQUE (b)"), 1913);
+  EXPECT_EQ(ErrorOf("CREATE TABLE other (a INT CONSTRAINT two UNIQUE, b INT CONSTRAINT two UNIQUE)"), 2714);
+  EXPECT_EQ(ErrorOf("CREATE TABLE #other (a INT CONSTRAINT two UNIQUE, b INT CONSTRAINT two UNIQUE)"), 2714);
+  // Names that are made up stay different when an index is dropped in between.
+  Must("ALTER TABLE keyed ADD UNIQUE (b) DROP INDEX keyed.named ALTER TABLE keyed ADD UNIQUE (a, b)");
+}
+
+TEST_F(QueryTest, SetsInPatterns) {
+  const auto matches = [this](const std::string& condition) {
+    return Scalar("CASE WHEN " + condition + " THEN 1 ELSE 0 END");
+  };
+  EXPECT_EQ(matches("'[a' LIKE '[a'"), "0"); // a set that is not closed matches nothing
+  EXPECT_EQ(matches("'a' LIKE '[a'"), "0");
+  EXPECT_EQ(matches("'b' LIKE '[^a'"), "0");
+  EXPECT_EQ(matches("']' LIKE '[]]'"), "0"); // the first bracket closes the set
+  EXPECT_EQ(matches("']' LIKE ']'"), "1");
+  EXPECT_EQ(matches("'a]' LIKE '[a]]'"), "1");
+  EXPECT_EQ(matches("']' LIKE '[a!]]' ESCAPE '!'"), "1");
+  EXPECT_EQ(matches("'-' LIKE '[a-]'"), "1");
+}
+
+TEST_F(QueryTest, TrailingBlanksInLike) {
+  Must("CREATE TABLE blank (c CHAR(5), n NCHAR(5), v VARCHAR(5), w NVARCHAR(5)) "
+       "INSERT INTO blank VALUES ('ab', N'ab', 'ab  ', N'ab  ')");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE c LIKE 'ab'"), "1");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE v LIKE 'ab'"), "1");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE v LIKE '%b'"), "1");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE n LIKE N'ab'"), "0");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE w LIKE N'ab'"), "0");
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE c LIKE N'ab'"), "0");
+  // Those of the pattern count.
+  EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE v LIKE 'ab   '"), "0");
+}
+
 TEST_F(QueryTest, UnsupportedIsRefusedByName) {
   EXPECT_EQ(ErrorText("MERGE g USING b ON 1 = 1"), "40510 1 MERGE is not supported.");
   EXPECT_EQ(ErrorText("SELECT ROW_NUMBER() OVER (ORDER BY id) FROM g"),

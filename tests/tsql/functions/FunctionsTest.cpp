@@ -85,5 +85,29 @@ TEST_F(FunctionsTest, SystemViews) {
   EXPECT_EQ(ErrorOf("DELETE FROM sysobjects"), 208);
 }
 
+TEST_F(FunctionsTest, IsNumericKnowsAmounts) {
+  for (const char* text :
+       {"1,000", "$1.5", "+", "-", "$", ".", "-$1", "$-1", " 12 ", "1e5", "1.", "\uffe512"})
+    EXPECT_EQ(Scalar("ISNUMERIC(N'" + std::string(text) + "')"), "1") << text;
+  for (const char* text : {"", " ", "a", "e", "1.2.3", "inf", "nan", "--1", "1 2", "$1e5"})
+    EXPECT_EQ(Scalar("ISNUMERIC(N'" + std::string(text) + "')"), "0") << text;
+  EXPECT_EQ(Scalar("ISNUMERIC(CAST(1.5 AS MONEY))"), "1");
+}
+
+TEST_F(FunctionsTest, DatesWithNamesOfMonthsBetweenSeparators) {
+  // 2021-08-01 is day 44407.
+  for (const char* text : {"01-Aug-2021", "Aug-01-2021", "2021/Aug/01", "2021 - 08 - 01", "8 / 1 / 2021",
+                           "1 Aug 2021", "August 1, 2021"}) {
+    EXPECT_EQ(Scalar("CAST('" + std::string(text) + "' AS DATETIME)"), "44407:0") << text;
+    EXPECT_EQ(Scalar("ISDATE('" + std::string(text) + "')"), "1") << text;
+  }
+  EXPECT_EQ(Scalar("CAST('2021-08-01T00:00:00Z' AS DATETIME)"), "44407:0");
+  EXPECT_EQ(Scalar("ISDATE('2021-08-01 00:00:00.1234567')"), "0");
+  EXPECT_EQ(ErrorOf("SELECT CAST('2021-08-01 00:00:00.1234567' AS DATETIME)"), 241);
+  EXPECT_EQ(Scalar("CAST('2021-08-01 00:00:00.1234567' AS DATE)"), "44407:0");
+  for (const char* text : {"01-Aux-2021", "Aug-Aug-2021", "2021-08", "2021-08/01"})
+    EXPECT_EQ(Scalar("ISDATE('" + std::string(text) + "')"), "0") << text;
+}
+
 } // namespace
 } // namespace tsql::test

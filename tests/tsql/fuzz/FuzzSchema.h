@@ -1,0 +1,25 @@
+// The tables that fuzzed batches find.
+#pragma once
+
+namespace tsql::test {
+
+inline constexpr const char* kFuzzSchema = R"(
+CREATE TABLE ICBOM (FBrNo varchar(10) NOT NULL DEFAULT '0', FInterID int NOT NULL PRIMARY KEY,
+  FBOMNumber varchar(300) NOT NULL DEFAULT '', FUseStatus int NOT NULL DEFAULT 1073, FParentID int NULL,
+  FItemID int NOT NULL, FQty decimal(28,10) NOT NULL DEFAULT 1, FStatus int NOT NULL DEFAULT 0,
+  FBomType int NOT NULL DEFAULT 0, FCustID int NULL, FCheckerID int NULL, FEnterTime datetime NULL, FNote nvarchar(100) NULL)
+CREATE TABLE ICBOMChild (FInterID int NOT NULL, FEntryID int NOT NULL, FItemID int NOT NULL,
+  FAuxQty decimal(28,10) NOT NULL DEFAULT 0, FQty decimal(18,4) NULL, FUnitID int NULL, FPercent float NULL,
+  PRIMARY KEY (FInterID, FEntryID))
+CREATE TABLE ICBOMGroup (FInterID int IDENTITY(10,1), FNumber varchar(200) NULL UNIQUE, FName nvarchar(200) NULL,
+  FParentID int NOT NULL DEFAULT 0 CHECK (FParentID >= 0), FBootID int NULL)
+CREATE TABLE t_ICItem (FItemID int NOT NULL PRIMARY KEY, FNumber varchar(80) NULL, FShortNumber char(10) NULL,
+  FName nvarchar(255) NULL, FModel text NULL, FErpClsID smallint NULL, FPrice money NULL, FDeleted bit NULL)
+CREATE TABLE ICMaxNum (FTableName varchar(80) NOT NULL, FMaxNum bigint NULL)
+INSERT INTO ICBOM (FInterID, FBOMNumber, FParentID, FItemID, FStatus) VALUES (1, 'B1', 10, 1, 1), (2, 'b2 ', NULL, 2, 0)
+INSERT INTO ICBOMChild VALUES (1, 1, 2, 1.5, 1.5, 1, 50), (1, 2, 1, 2, NULL, 2, NULL)
+INSERT INTO ICBOMGroup (FNumber, FName, FParentID) VALUES ('01', N'成品', 0), ('01.01', N'车', 10)
+INSERT INTO t_ICItem VALUES (1, '01.001', '001', N'自行车 Bike', 'x', 2, 12.5, 0), (2, NULL, NULL, NULL, NULL, NULL, NULL, 1)
+INSERT INTO ICMaxNum VALUES ('ICBOM', 41), ('ICBOMGroup', NULL))";
+
+} // namespace tsql::test

@@ -1,0 +1,72 @@
+// SET options: which are refused, and how long one holds; what @@ROWCOUNT is after statements without rows.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class OptionsTest : public EngineTest {};
+
+TEST_F(OptionsTest, ASettingThatTheEngineCannotHaveIsRefused) {
+  EXPECT_EQ(ErrorText("SET ANSI_NULLS OFF"), "40510 1 SET ANSI_NULLS OFF is not supported.");
+  for (const char* option : {"CONCAT_NULL_YIELDS_NULL", "QUOTED_IDENTIFIER", "ANSI_PADDING", "ANSI_WARNINGS",
+                             "ARITHABORT", "ANSI_NULL_DFLT_ON"}) {
+    EXPECT_EQ(ErrorOf("SET " + std::string(option) + " OFF"), 40510) << option;
+    EXPECT_EQ(ErrorOf("SET " + std::string(option) + " ON"), 0) << option;
+  }
+  EXPECT_EQ(ErrorOf("SET NUMERIC_ROUNDABORT ON"), 40510);
+  EXPECT_EQ(ErrorOf("SET NUMERIC_ROUNDABORT OFF"), 0);
+}
+
+TEST_F(OptionsTest, NoCountOfAProcedureEndsWithIt) {
+  Must("CREATE TABLE t (a INT)");
+  Must("CREATE PROCEDURE p AS SET NOCOUNT ON INSERT INTO t VALUES (1)");
+  EXPECT_EQ(Run("EXEC p INSERT INTO t VALUES (2)").counts, std::vector<int64_t>({1}));
+  EXPECT_EQ(Run("EXEC('SET NOCOUNT ON') INSERT INTO t VALUES (2)").counts, std::vector<int64_t>({1}));
+  Output output;
+  EXPECT_EQ(session_->Call("p", {}, output), std::optional<int32_t>(0));
+  EXPECT_FALSE(session_->NoCount());
+  // What the batch sets holds within the procedure and behind it.
+  Must("CREATE PROCEDURE q AS INSERT INTO t VALUES (1) SET NOCOUNT OFF");
+  EXPECT_EQ(Run("SET NOCOUNT ON EXEC q INSERT INTO t VALUES (2)").counts, std::vector<int64_t>());
+}
+
+TEST_F(OptionsTest, XactAbortOfAProcedureEndsWithIt) {
+  Must("CREATE TABLE t (a INT NOT NULL PRIMARY KEY)");
+  Must("CREATE PROCEDURE p AS SET XACT_ABORT ON");
+  const Output output =
+      Run("BEGIN TRAN EXEC p INSERT INTO t VALUES (1) INSERT INTO t VALUES (1) SELECT @@TRANCOUNT");
+  EXPECT_EQ(output.errors.at(0).number, 2627);
+  EXPECT_EQ(output.results, std::vector<Lines>({{"1"}}));
+  Must("COMMIT");
+}
+
+TEST_F(OptionsTest, OptionsEndWithAProcedureThatFailsToo) {
+  Must("CREATE PROCEDURE p AS SET NOCOUNT ON SELECT 1 / 0");
+  Run("BEGIN TRY EXEC p END TRY BEGIN CATCH PRINT 'caught' END CATCH");
+  EXPECT_FALSE(session_->NoCount());
+}
+
+TEST_F(OptionsTest, IdentityInsertOfDynamicTextEndsWithIt) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT)");
+  Must("EXEC('SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (9, 1)')");
+  EXPECT_EQ(ErrorOf("INSERT INTO t (id, a) VALUES (10, 1)"), 544);
+}
+
+TEST_F(OptionsTest, RowCountAfterStatementsWithoutRows) {
+  EXPECT_EQ(Rows("DECLARE @a INT SELECT @a = 1 IF 1 = 1 SELECT @@ROWCOUNT"), Lines({"0"}));
+  EXPECT_EQ(Rows("DECLARE @a INT SELECT @a = 1 IF @@ROWCOUNT = 1 PRINT 'one' SELECT @a"), Lines({"1"}));
+  EXPECT_EQ(Rows("DECLARE @a INT SELECT @a = 1 SET NOCOUNT OFF SELECT @@ROWCOUNT"), Lines({"0"}));
+  EXPECT_EQ(Rows("DECLARE @a INT SELECT @a = 1 RAISERROR('x', 1, 1) SELECT @@ROWCOUNT"), Lines({"0"}));
+}
+
+TEST_F(OptionsTest, AfterANamedArgumentAllAreNamed) {
+  Must("CREATE PROCEDURE p @a INT, @b INT AS SELECT @a, @b");
+  EXPECT_EQ(
+      ErrorText("EXEC p @b = 1, 2"),
+      "119 1 Must pass parameter number 2 and subsequent parameters as '@name = value'. After the form "
+      "'@name = value' has been used, all subsequent parameters must be passed in the form '@name = value'.");
+  EXPECT_EQ(Rows("EXEC p 1, @b = 2"), Lines({"1|2"}));
+}
+
+} // namespace
+} // namespace tsql::test
