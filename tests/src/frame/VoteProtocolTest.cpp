@@ -31,7 +31,8 @@ struct Played {
   int lastWritten = 0;       // the context whose connection executed the last statement
   int lastVoter = 0;         // the context of the last vote
   size_t votesAtFailure = 0;
-  std::vector<std::wstring> votes; // each with the counts at its time
+  std::vector<std::wstring> released; // contexts and caller infos, in the order in which they went
+  std::vector<std::wstring> votes;    // each with the counts at its time
 };
 Played g_played;
 
@@ -170,11 +171,21 @@ class PlayedCommand {
 
 class PlayedCaller {
  public:
+  PlayedCaller() = default;
+  ~PlayedCaller() { g_played.released.emplace_back(L"caller info"); }
+  PlayedCaller(const PlayedCaller&) = delete;
+  PlayedCaller& operator=(const PlayedCaller&) = delete;
+
   std::wstring CallerKey() const { return L"5"; }
 };
 
 class CountingContext {
  public:
+  CountingContext() = default;
+  ~CountingContext() { g_played.released.emplace_back(L"context"); }
+  CountingContext(const CountingContext&) = delete;
+  CountingContext& operator=(const CountingContext&) = delete;
+
   void VoteAbort() { CastVote(L"abort"); }
   void VoteComplete() { CastVote(L"complete"); }
   Object GetCallerInfo() { return com::ToObject(com::Make<PlayedCaller>()); }
@@ -643,6 +654,16 @@ TEST_P(VoteProtocol, SaysWhatFailedWhicheverVoteFailsToo) {
       }
     }
   }
+}
+
+TEST(Frame, LetsGoOfItsContextBeforeItsCallerInfo) {
+  InApartment([] {
+    const Replacement<CountingGlobal> global(L"QorvaneGlobal.Global");
+    Object object = Unhosted(L"BomInfo");
+    g_played.released.clear();
+    object = Object();
+    EXPECT_EQ(g_played.released, (std::vector<std::wstring>{L"context", L"caller info"}));
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryMethod, VoteProtocol, testing::ValuesIn(EveryMethod()),

@@ -133,6 +133,28 @@ TEST_P(TypeLibraryTest, AgreesWithTheTable) {
   EXPECT_EQ(described, own);
 }
 
+TEST(TypeLibrary, SaysWhatAnOmittedCustomerBomNumberIs) {
+  Ptr<ITypeLib> library;
+  ASSERT_EQ(com::LoadModuleTypeLibrary(BesideTheTest(L"QorvaneMBomBill.dll"), library), S_OK);
+  Ptr<ITypeInfo> info;
+  ASSERT_EQ(library->GetTypeInfoOfGuid(com::TableOf<clsMCustBOM>().interfaceId(), info.Out()), S_OK);
+  constexpr MEMBERID kUpdateAuditFlag = 2;
+  const TypeAttributes attributes(*info.Get());
+  bool found = false;
+  for (UINT i = 0; i < attributes->cFuncs; ++i) {
+    FUNCDESC* function = nullptr;
+    ASSERT_EQ(info->GetFuncDesc(i, &function), S_OK);
+    if (function->memid == kUpdateAuditFlag) {
+      found = true;
+      const PARAMDESC& number = function->lprgelemdescParam[3].paramdesc;
+      EXPECT_NE(number.wParamFlags & PARAMFLAG_FHASDEFAULT, 0);
+      EXPECT_EQ(Variant(number.pparamdescex->varDefaultValue), Variant(L""));
+    }
+    info->ReleaseFuncDesc(function);
+  }
+  EXPECT_TRUE(found);
+}
+
 TEST_P(TypeLibraryTest, DescribesTheCoclassUnderTheRegisteredClassId) {
   const std::wstring progId = std::wstring(L"QorvaneMBomBill.") + GetParam().name;
   const com::ClassEntry* entry = nullptr;
