@@ -107,6 +107,7 @@ expect "a wrong option" "$status $(head -n 1 "$work/err")" "2 usage: tsqlsh [--t
 echo text >"$work/no.db"
 status=0
 tsqlsh "$work/no.db" </dev/null 2>"$work/err" || status=$?
-expect "no database" "$status $(cat "$work/err")" '1 tsqlsh: Cannot open database "no" requested by the login. The login failed.'
+expect "no database" "$status $(cat "$work/err")" \
+  "1 tsqlsh: Cannot open database \"$work/no.db\" requested by the login. The login failed."
 tsqlsh --time :memory:x "$work/one.sql" >/dev/null 2>"$work/err"
 expect "--time" "$(sed 's/[0-9]*\.[0-9]*/N/' "$work/err")" "Time: N ms"
