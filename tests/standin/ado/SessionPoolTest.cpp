@@ -1,6 +1,8 @@
 #include "standin/ado/SessionPool.h"
 
+#include <deque>
 #include <thread>
+#include <vector>
 
 #include "com/Text.h"
 #include "tests/standin/DataFile.h"
@@ -173,14 +175,16 @@ TEST_F(SessionPoolTest, NothingGrowsOverThousandsOfCalls) {
   GetProcessHandleCount(GetCurrentProcess(), &handlesBefore);
   const size_t before = OpenFiles();
   {
-    const DataFile open{3};
-    const Object connection = Connect(open.Dsn());
-    EXPECT_GT(OpenFiles(), before) << "an open file is counted";
+    // Open files are counted. Wine itself opens and closes a few at any time.
+    std::deque<DataFile> files;
+    std::vector<Object> connections;
+    for (int i = 0; i < 30; ++i) connections.push_back(Connect(files.emplace_back(3).Dsn()));
+    EXPECT_GT(OpenFiles(), before + 15);
   }
   AllowUnloading();
   for (int i = 0; i < 2500; ++i) call();
   GetProcessHandleCount(GetCurrentProcess(), &handlesAfter);
-  EXPECT_LE(OpenFiles(), before + 10) << "one in 250 calls would show";
+  EXPECT_LE(OpenFiles(), before + 25) << "one in 100 calls would show";
   EXPECT_LE(handlesAfter, handlesBefore + 2);
   EXPECT_EQ(Column(Connect(file_.Dsn()), L"SELECT FInterID FROM t"), L"3001");
 }
