@@ -22,7 +22,7 @@ using com::Variant;
 
 constexpr wchar_t kSource[] = L"ADODB.Recordset";
 
-// A bookmark of Move and GetRows that is none but stands for a row (BookmarkEnum).
+// What Move and GetRows take for a row instead of a bookmark (BookmarkEnum).
 constexpr int32_t kBookmarkCurrent = 0;
 constexpr int32_t kBookmarkFirst = 1;
 constexpr int32_t kBookmarkLast = 2;
@@ -82,7 +82,7 @@ void Recordset::Show(Result result, Results rest, std::shared_ptr<Session> sessi
   *cursor_ = {std::move(result.rows), std::move(session), 0};
   cut_ = std::move(result.failure);
   rest_ = std::move(rest);
-  // Where the cursor is does not change any more when the connection's default does.
+  // From now on a change of the connection's default changes nothing here.
   cursorLocation_ = EffectiveLocation();
   if (cursorLocation_ == CursorLocation::Client) cursorType_ = CursorType::Static;
   LetGoWhenRead();
@@ -240,7 +240,8 @@ Object Recordset::NextRecordset(Variant& recordsAffected) {
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
   if (!connection || (cursor_->session && cursor_->session->closed())) Raise(AdoError::ObjectClosed, kSource);
   const std::shared_ptr<Session> session = cursor_->session;
-  // This one is closed from now on, but stays the way to what follows a failure.
+  // This recordset is closed now. It keeps the results that are left, so that a client can go on after a
+  // failure.
   Show({}, std::move(rest_), session);
   if (rest_.empty()) return {};
   const int64_t count = rest_.NextCount();
@@ -287,10 +288,10 @@ Variant Recordset::GetRows(int32_t rows, const Variant& start, const Variant& fi
   Variant result;
   result.raw().vt = VT_ARRAY | VT_VARIANT;
   result.raw().parray = array;
-  // The fields run fastest, as the client's array has them first.
+  // The field is the first dimension of the client's array, so its index runs fastest.
   VARIANT* element = nullptr;
   com::Check(SafeArrayAccessData(array, reinterpret_cast<void**>(&element)));
-  // Each value is made in its place and stays the array's.
+  // Each value is made in its place in the array, which owns it.
   for (int32_t i = 0; i < count; ++i, ++cursor_->position)
     for (const size_t column : columns)
       new (element++) Variant(cursor_->rows->Value(static_cast<size_t>(cursor_->position), column));

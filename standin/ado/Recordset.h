@@ -87,7 +87,7 @@ class Recordset {
   int32_t options_ = kUnspecified;
 };
 
-// Throws InvalidArgument for what is none.
+// Throws InvalidArgument for a number that is no cursor location.
 CursorLocation CheckedCursorLocation(int32_t value, const wchar_t* source);
 
 } // namespace standin::ado

@@ -26,7 +26,7 @@ tsql::DateTime ParseNow(const std::wstring& value) {
                            &time.wDay, &end, &time.wHour, &time.wMinute, &time.wSecond, &end);
   double date = 0;
   SYSTEMTIME back{};
-  // A day that the month does not have comes back as another one.
+  // The system turns a day that the month does not have into a day of the next month.
   if ((read != 3 && read != 6) || static_cast<size_t>(end) != value.size() || time.wHour > 23 ||
       time.wMinute > 59 || time.wSecond > 59 || !SystemTimeToVariantTime(&time, &date) ||
       !VariantTimeToSystemTime(date, &back) || back.wDay != time.wDay || back.wMonth != time.wMonth)
@@ -65,7 +65,7 @@ class Session::Collector final : public tsql::ResultSink {
   }
 
  private:
-  // The rows are a result even when nothing ended them, because a CATCH block took their failure.
+  // Rows without an end are a result too: a CATCH block took their failure.
   void KeepRows() {
     if (rows_) results_.push_back({std::move(rows_), -1, {}});
     rows_ = nullptr;

@@ -15,7 +15,7 @@ namespace standin::ado {
 namespace {
 
 constexpr char kMemoryPrefix[] = ":memory:";
-// A thread rarely has more connections open at once; what goes beyond is closed.
+// A thread rarely has more connections open at once; further idle sessions are closed.
 constexpr ptrdiff_t kMostIdleOfAThread = 4;
 
 std::string FullPath(const std::string& path) {
@@ -70,7 +70,7 @@ std::vector<SessionOfThread> TakeOut(Condition condition) {
 }
 
 void Keep(SessionOfThread session) {
-  SessionOfThread oldest; // ends behind the lock
+  SessionOfThread oldest; // ends after the lock has been given back
   const std::lock_guard lock(g_mutex);
   const auto isOfThread = [&](const SessionOfThread& idle) { return idle.thread == session.thread; };
   if (std::ranges::count_if(g_idle, isOfThread) >= kMostIdleOfAThread) {

@@ -89,7 +89,7 @@ bool IsBinary(TypeId type) {
 double ToDate(tsql::DateTime moment) {
   const double day = moment.days + kDaysBetweenEpochs;
   const double time = static_cast<double>(moment.ticks) / kTicksPerDay;
-  // Before its first day Automation counts the days backwards and the time forwards all the same.
+  // Before its first day Automation counts the days backwards, but the time of a day still forwards.
   return day < 0 ? day - time : day + time;
 }
 

@@ -81,7 +81,7 @@ std::wstring FormatSerial(int32_t serial, const std::wstring& format) {
       result.insert(result.begin(), L'0');
     }
   }
-  // What stands in front of the places is literal.
+  // The characters in front of the first place stand for themselves.
   if (firstPlace != std::wstring::npos) result.insert(firstPlace, digits);
   return result;
 }

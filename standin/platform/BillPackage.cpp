@@ -73,7 +73,8 @@ Object BillPackage::Connect(const std::wstring& dsn) {
   return DataSource(dsn).Connect();
 }
 
-// Whether the data is what it was when the loaded bill was asked for. Nobody can tell of another provider's.
+// Whether the data is what it was when the loaded bill was asked for. Another provider cannot tell, so its
+// data counts as changed.
 bool BillPackage::Unchanged(const Object& connection) {
   auto* embedded = com::Unwrap<ado::Connection>(connection.pointer());
   const std::shared_ptr<ado::Session> session = embedded ? embedded->session() : nullptr;
@@ -160,7 +161,7 @@ Object BillPackage::BillDataHeadValue() {
 BillPackage::Bill& BillPackage::LoadedWithLines() {
   Bill& bill = Loaded();
   if (bill.entries) return bill;
-  bill.lines.clear(); // what a failure may have left
+  bill.lines.clear(); // a failure may have left some
   const std::wstring id = std::to_wstring(billId_);
   const auto entries = com::Make<Vector>();
   std::unordered_map<int32_t, size_t> positions;

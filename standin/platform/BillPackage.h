@@ -1,11 +1,11 @@
-// BillPackage (QorvaneBillDataAccess.clsBillPackage): one bill with its template, the way bills of all kinds
-// look: what its fields are, and the values that the user-defined ones have.
+// BillPackage (QorvaneBillDataAccess.clsBillPackage): one bill with its template, in the form that all
+// kinds of bills share: what its fields are, and the values of the user-defined ones.
 //
 // Templates come from ICTemplate and ICTemplateEntry, by the transaction type; values from
-// ICUserDefinedValue, a row a value, FEntryID 0 for the header. A bill that does not exist has no header
-// values and no lines; a transaction type without bills is run-time error 5. Everything is read when it is
-// first asked for, and again when data has changed since; meanwhile bills are kept, so that a client may go
-// back and forth between them.
+// ICUserDefinedValue, one row for each value, FEntryID 0 for the header. A bill that does not exist has no
+// header values and no lines; a transaction type without bills is run-time error 5. Everything is read when
+// it is first asked for, and again when data has changed since; meanwhile bills are kept, so that a client
+// may go back and forth between them.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ class BillPackage {
 
  private:
   struct BillKind;
-  // What a bill is called by; a transaction type that has none throws.
+  // The kind of the bills of a transaction type. Throws run-time error 5 for a type that has no bills.
   static const BillKind& KindOf(int32_t billTranType);
 
   struct StoredValue {

@@ -15,8 +15,8 @@ std::wstring DataSource::UserId() const {
   return id.empty() ? L"0" : id;
 }
 
-// What two descriptors of one data source have in common; the keys that make no difference to it are left
-// out.
+// The same text for all descriptors of one data source: the descriptor without the keys that do not change
+// it.
 std::wstring DataSource::Identity() const {
   if (descriptor_.IsEmbedded()) return L"Embedded;" + com::Lower(descriptor_.Get(L"Data Source"));
   return descriptor_.Without({L"Language", L"SubID", L"Now"});

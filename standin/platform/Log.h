@@ -1,5 +1,5 @@
 // Log (VexoLogMsg.Log): writes the start and the end of procedures to the file that the environment variable
-// ERP_STANDIN_LOG names, a line each. Without the variable it is disabled.
+// ERP_STANDIN_LOG names, one line for each. Without the variable it is disabled.
 #pragma once
 
 #include <windows.h>

@@ -8,7 +8,7 @@ namespace standin {
 
 class SecurityInfo {
  public:
-  // The id in a caller key. Throws run-time error 13 for a key that is none.
+  // The id in a caller key. Throws run-time error 13 for a text that is no key.
   int32_t GetCurrentUserID(const std::wstring& callerKey) const;
 };
 
