@@ -1,29 +1,11 @@
 #include "cli/Table.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
+
+#include "tsql/shell/CharacterWidth.h"
 
 namespace bomcall {
 namespace {
-
-struct Range {
-  char32_t first;
-  char32_t last;
-};
-
-// Unicode's wide and full-width blocks (East Asian Width W and F).
-constexpr std::array kWide{Range{0x1100, 0x115F},  Range{0x2E80, 0x303E},   Range{0x3041, 0xA4CF},
-                           Range{0xA960, 0xA97C},  Range{0xAC00, 0xD7A3},   Range{0xF900, 0xFAFF},
-                           Range{0xFE10, 0xFE19},  Range{0xFE30, 0xFE6F},   Range{0xFF00, 0xFF60},
-                           Range{0xFFE0, 0xFFE6},  Range{0x1F300, 0x1F64F}, Range{0x1F900, 0x1F9FF},
-                           Range{0x20000, 0x3FFFD}};
-constexpr std::array kZeroWidth{Range{0x0300, 0x036F}, Range{0x200B, 0x200F}, Range{0xFE00, 0xFE0F}};
-
-template <size_t N>
-bool IsIn(const std::array<Range, N>& ranges, char32_t c) {
-  return std::ranges::any_of(ranges, [c](const Range& range) { return c >= range.first && c <= range.last; });
-}
 
 std::wstring OneLine(const std::wstring& text) {
   std::wstring result;
@@ -54,7 +36,7 @@ size_t DisplayWidth(const std::wstring& text) {
     char32_t c = text[i];
     if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size())
       c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(text[++i]) - 0xDC00);
-    width += IsIn(kZeroWidth, c) ? 0U : IsIn(kWide, c) ? 2U : 1U;
+    width += tsql::shell::CharacterWidth(c);
   }
   return width;
 }

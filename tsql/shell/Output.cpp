@@ -1,5 +1,6 @@
 #include "tsql/shell/Output.h"
 
+#include "tsql/shell/CharacterWidth.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Decimal.h"
@@ -13,24 +14,6 @@
 
 namespace tsql::shell {
 namespace {
-
-struct Range {
-  char32_t first;
-  char32_t last;
-};
-
-// Unicode's wide and full-width blocks (East Asian Width W and F).
-constexpr std::array kWide{Range{0x1100, 0x115F},  Range{0x2E80, 0x303E},   Range{0x3041, 0xA4CF},
-                           Range{0xA960, 0xA97C},  Range{0xAC00, 0xD7A3},   Range{0xF900, 0xFAFF},
-                           Range{0xFE10, 0xFE19},  Range{0xFE30, 0xFE6F},   Range{0xFF00, 0xFF60},
-                           Range{0xFFE0, 0xFFE6},  Range{0x1F300, 0x1F64F}, Range{0x1F900, 0x1F9FF},
-                           Range{0x20000, 0x3FFFD}};
-constexpr std::array kZeroWidth{Range{0x0300, 0x036F}, Range{0x200B, 0x200F}, Range{0xFE00, 0xFE0F}};
-
-template <size_t N>
-bool IsIn(const std::array<Range, N>& ranges, char32_t c) {
-  return std::ranges::any_of(ranges, [c](const Range& range) { return c >= range.first && c <= range.last; });
-}
 
 std::string FloatText(double value) {
   std::array<char, 40> buffer{};
@@ -90,10 +73,7 @@ std::string FormatValue(const Value& value, const Type& type) {
 
 size_t DisplayWidth(std::string_view text) {
   size_t width = 0;
-  for (size_t at = 0; at < text.size();) {
-    const char32_t c = NextChar(text, at);
-    width += IsIn(kZeroWidth, c) ? 0U : IsIn(kWide, c) ? 2U : 1U;
-  }
+  for (size_t at = 0; at < text.size();) width += CharacterWidth(NextChar(text, at));
   return width;
 }
 
