@@ -218,7 +218,7 @@ int32_t BomUpdate::CheckBomUsed(const std::wstring& sDsn, int32_t FInterID, std:
     const Texts text(sDsn);
     frame_.OpenDataContext(sDsn);
     const ClientRecordset references(frame_.GetConnection());
-    references.Open(BomUsedSql(FInterID, false, text) << kCrLf);
+    references.Open(BomUsedSql(FInterID, false, text) << L"\r\n");
     if (!references.IsOpen()) {
       strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
       return frame_.Refuse(kFailed);

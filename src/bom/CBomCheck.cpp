@@ -128,7 +128,7 @@ int32_t CBomCheck::BomUndoCheck(const std::wstring& sDsn, int32_t lInterID, cons
       if (rows.RecordCount() > 0) AppendReferences(rows, text, references);
     }
     if (!references.empty()) {
-      strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核被拒绝。"), kCrLf, text(L"原因："),
+      strMsg = Join({text(L"BOM[编号："), sBillNo, text(L"]反审核被拒绝。"), L"\r\n", text(L"原因："),
                      references, text(L"如果反审核，会影响这些单据的正确执行。")});
       return frame_.Complete(kInUse);
     }
@@ -168,7 +168,7 @@ int32_t CBomCheck::GetBomDelInfo(const std::wstring& sDsn, int32_t lInterID, con
       L"]删除没有成功。原因为：", strMsg, [&](const ClientRecordset& customerBoms, const Texts& text) {
         const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
         if (!references.empty()) {
-          strMsg = Join({references, text(L"如果删除，将会影响这些业务单据的正常处理。"), kCrLf, kCrLf,
+          strMsg = Join({references, text(L"如果删除，将会影响这些业务单据的正常处理。"), L"\r\n", L"\r\n",
                          text(L"不能删除此BOM单！")});
           return kRefused;
         }
@@ -189,8 +189,8 @@ int32_t CBomCheck::GetBomModifyInfo(const std::wstring& sDsn, int32_t lInterID, 
                   [&](const ClientRecordset& customerBoms, const Texts& text) {
                     const std::wstring references = ReferencesTo(lInterID, customerBoms, text);
                     if (references.empty()) return kDone;
-                    strMsg = Join({references, text(L"如果修改，将会影响这些业务单据的正常处理。"), kCrLf,
-                                   kCrLf, text(L"不能修改此BOM单！")});
+                    strMsg = Join({references, text(L"如果修改，将会影响这些业务单据的正常处理。"), L"\r\n",
+                                   L"\r\n", text(L"不能修改此BOM单！")});
                     return kRefused;
                   });
 }

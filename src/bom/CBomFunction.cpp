@@ -169,7 +169,9 @@ int32_t CBomFunction::CopyBom(const std::wstring& sToParse, const Object& Bom) {
         connection_,
         Sql() << L"select top 1 " << kLineColumns << L" from icbomchild where finterid=" << source,
         Sql() << L"select * from icbomchild where finterid=" << source);
-    copy << kCrLf << L"insert into icbomchild (" << kLineColumns << lineExtra
+    copy << L"\r\n"
+            L"insert into icbomchild ("
+         << kLineColumns << lineExtra
          << L")\r\n"
             L" select FBrNo,FEntryID,"
          << newId << L",FItemID,FAuxQty,FQty,FScrap,FOperID,FMachinePos,FNote,FMaterielType,"
@@ -196,8 +198,9 @@ Object CBomFunction::GetRoutingData(const std::wstring& sToParse, bool /*LongNum
         << text(L"工艺路线不存在") << L"' FErrInfo" << L" from icbom t1,t_icitem b "
         << L" where t1.fitemid=b.fitemid and  t1.FRoutingID<>0  "
            L"and t1.FRoutingID not in (select FinterID from T_routing)"
-        << L" " << filter.text() << kCrLf
-        << L" union  all \r\n"
+        << L" " << filter.text()
+        << L"\r\n"
+           L" union  all \r\n"
            L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,isnull(a1.FRoutingName,"
            L"'') FRoutingID ,1 FBomType  ,"
         << L" '" << text(L"子项物料工序在指定工艺路线中不存在") << L"' FErrInfo"
@@ -205,8 +208,9 @@ Object CBomFunction::GetRoutingData(const std::wstring& sToParse, bool /*LongNum
         << L" Where t1.FRoutingID = a1.FInterID And t1.FInterID = t2.FInterID And t1.FItemID = b.FItemID"
         << L" and (t2.FOperID not in (select distinct FOperID from T_Routingoper "
            L"where finterid=a1.finterid) )"
-        << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text() << kCrLf
-        << L" union  all \r\n"
+        << L"  and t2.fitemid=e.fitemid and t2.FOperID<>0 " << filter.text()
+        << L"\r\n"
+           L" union  all \r\n"
            L"select t1.finterid,t1.FBomNumber,e.FItemID,e.FName,'' FRoutingID ,1 FBomType  , '"
         << text(L"子项物料工序在父项无对应的工艺路线") << L"' FErrInfo"
         << L" from icbom t1,icbomchild t2,t_icitem b ,t_icitem e"
@@ -232,17 +236,20 @@ bool CBomFunction::UpdateBomRouting(const std::wstring& sToParse, const Object& 
       if (Equals(finding[L"FBomType"], 0)) {
         connection_.Run(Sql() << L"update icbom set froutingid=0 ,FOperatorID=" << finding[L"GetUserID"]
                               << L" ,FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
-                              << finding[L"FInterID"] << kCrLf
-                              << L"update icbomchild set FOperID=0 where finterid=" << finding[L"FInterID"]);
+                              << finding[L"FInterID"]
+                              << L"\r\n"
+                                 L"update icbomchild set FOperID=0 where finterid="
+                              << finding[L"FInterID"]);
         // The header's repair ends the call: what follows in the Vector is not looked at, and no vote is
         // cast.
         return frame_.WithoutVote(true);
       }
       connection_.Run(Sql() << L"update icbom set FOperatorID=" << finding[L"GetUserID"]
                             << L", FEnterTime=Convert(Varchar(10),Getdate(),120) where finterid="
-                            << finding[L"FInterID"] << kCrLf
-                            << L"update icbomchild set FOperID=0 where finterid=" << finding[L"FInterID"]
-                            << L" And FItemID =" << finding[L"FItemID"]);
+                            << finding[L"FInterID"]
+                            << L"\r\n"
+                               L"update icbomchild set FOperID=0 where finterid="
+                            << finding[L"FInterID"] << L" And FItemID =" << finding[L"FItemID"]);
     }
     return true;
   });

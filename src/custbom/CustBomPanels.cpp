@@ -33,8 +33,10 @@ std::wstring HeaderQuery(bool shortNumber, const Texts& text, const std::wstring
   Sql query;
   query << L"SELECT * FROM (\r\n"
            L"SELECT a.FInterID,a.FBOMNumber,a.FVersion,a.FNote,b.FName,\r\n"
-        << NumberColumn(shortNumber) << kCrLf << L" (case a.FStatus when 0 then '" << text(L"未审核")
-        << L"' else '" << text(L"已审核")
+        << NumberColumn(shortNumber)
+        << L"\r\n"
+           L" (case a.FStatus when 0 then '"
+        << text(L"未审核") << L"' else '" << text(L"已审核")
         << L"' end) as FStatus ,\r\n"
            L"a.FStatus as FStatusNum ,\r\n"
            L"CASE FUseStatus WHEN 1072 THEN '"
@@ -64,25 +66,27 @@ std::wstring LineQuery(bool shortNumber, const Texts& text, const std::wstring& 
   Sql query;
   query << L"SELECT * FROM (\r\n"
            L"SELECT a.FEntryID,a.FInterID,b.FItemID,\r\n"
-        << NumberColumn(shortNumber) << kCrLf
+        << NumberColumn(shortNumber) << L"\r\n"
         << (customer ? L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.Fname as FunitID, "
                      : L"b.FName AS FItemName,b.FModel,d.FName AS FBaseUnitID,w.FName as FUnitID,")
-        << kCrLf
-        << L"e.FName AS FMaterielType,f.FName AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,\r\n"
+        << L"\r\n"
+           L"e.FName AS FMaterielType,f.FName AS FMarshalType,a.FAuxQty,a.FQty,a.FScrap,\r\n"
            L"a.FBeginDay,a.FEndDay,\r\n"
            L"a.FPercent,(case a.FOperSN when 0 then '' "
            L"else cast(a.FOperSN as varchar(255)) end) FOperSN,j.FName AS FOperID,a.FMachinePos,"
            L"a.FOffSetDay,\r\n"
-        << YesNo(L"a.FBackFlush", L"1059", L"FBackFlush", text) << kCrLf
-        << YesNo(L"b.FIsKeyItem", L"0", L"FIsKeyItem", text) << kCrLf
-        << YesNo(L"h.FDeleted", L"0", L"FForbitUse", text) << kCrLf
+        << YesNo(L"a.FBackFlush", L"1059", L"FBackFlush", text) << L"\r\n"
+        << YesNo(L"b.FIsKeyItem", L"0", L"FIsKeyItem", text) << L"\r\n"
+        << YesNo(L"h.FDeleted", L"0", L"FForbitUse", text) << L"\r\n"
         << (customer ? L"g.FName AS FUseState,i.FName AS FSPID,"
                      : L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,")
-        << kCrLf
+        << L"\r\n"
         << (customer ? L"c.FName AS FStockID,a.FNote,b.FQtyDecimal ,v.FName AS FErpClsName, u.FBomNumber "
                      : L"c.FName AS FStockID,a.FNote,b.FQtyDecimal ,v.FName AS FErpClsName")
-        << kCrLf << (customer ? L" FROM ICCustBOMChild a" : L" FROM ICBOMChild a") << kCrLf
-        << L"inner join t_ICItem b on a.FItemID = b.FItemID\r\n"
+        << L"\r\n"
+        << (customer ? L" FROM ICCustBOMChild a" : L" FROM ICBOMChild a")
+        << L"\r\n"
+           L"inner join t_ICItem b on a.FItemID = b.FItemID\r\n"
            L"left join (SELECT FItemID,FName FROM t_Stock UNION SELECT 0 AS FItemID,'' AS FName) c "
            L"on ISNULL(a.FStockID,0) = c.FItemID\r\n"
            L"left join t_MeasureUnit d on b.FUnitID = d.FItemID\r\n"

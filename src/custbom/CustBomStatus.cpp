@@ -7,13 +7,15 @@ namespace mbom {
 Sql UsageQuery(const std::wstring& condition, const Texts& text) {
   return Sql() << L" Select Top 1 '" << text(L"客户BOM批次表")
                << L"' as FTableName, FCustBomId as FBomInterID From IcorderBatchTrace Where FCustBomId"
-               << condition << kCrLf << L" union select top 1 '" << text(L"销售订单")
-               << L"' as FTableName, FBomInterID From SEOrderEntry Where FBomInterID" << condition << kCrLf
+               << condition << L"\r\n"
+               << L" union select top 1 '" << text(L"销售订单")
+               << L"' as FTableName, FBomInterID From SEOrderEntry Where FBomInterID" << condition << L"\r\n"
                << L" union select top 1 '" << text(L"生产任务单")
-               << L"' as FTableName, FBomInterID From ICMO Where FBomInterID" << condition << kCrLf
+               << L"' as FTableName, FBomInterID From ICMO Where FBomInterID" << condition << L"\r\n"
                << L" union select top 1 '" << text(L"计划订单")
                << L"' as FTableName, FApplicableBom As FBomInterID From t_SubsItem Where FApplicableBom"
-               << condition << kCrLf << L" union select top 1 '" << text(L"产品预测单")
+               << condition << L"\r\n"
+               << L" union select top 1 '" << text(L"产品预测单")
                << L"' as FTableName, FBomInterID As FBomInterID From PPOrderEntry Where FBomInterID"
                << condition;
 }

@@ -215,8 +215,8 @@ bool clsMCustBOM::bGetBillNoInfo(const std::wstring& sDsn, std::wstring& sPrefix
     frame_.GetConnection();
     const Recordset rule =
         RunQuery(frame_, sDsn,
-                 Sql() << L"select FPreLetter, FSufLetter, FCurNo = isNull(FCurNo, 0) + 1, FFormat" << kCrLf
-                       << L"from ICBillNo WITH(UPDLOCK) where FBillID = 53");
+                 Sql() << L"select FPreLetter, FSufLetter, FCurNo = isNull(FCurNo, 0) + 1, FFormat\r\n"
+                          L"from ICBillNo WITH(UPDLOCK) where FBillID = 53");
     if (rule.Eof())
       com::Raise(com::RuntimeError::InvalidCall, kSource,
                  LoadResText(L"ICBillNo中未定义客户BOM", strLanguage));

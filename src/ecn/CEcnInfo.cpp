@@ -94,10 +94,10 @@ std::optional<std::wstring> CEcnInfo::Refusal(const std::wstring& sDsn, const Co
           {text(L"单据体第[%1]行与原BOM中第[%2]行物料的代码,工序,工位,子项类型,"
                 L"提前期偏置，配置属性相同时，有效期不能重叠，请检查。",
                 {duplicate->ecnLine, duplicate->bomLine}),
-           kCrLf,
+           L"\r\n",
            text(L"单据体第[%1]行物料有效期为 [%2] 至 [%3]",
                 {duplicate->ecnLine, com::ToText(duplicate->ecnBegin), com::ToText(duplicate->ecnEnd)}),
-           kCrLf,
+           L"\r\n",
            text(L"原BOM第[%1]行物料有效期为 [%2] 至 [%3]",
                 {duplicate->bomLine, com::ToText(duplicate->bomBegin), com::ToText(duplicate->bomEnd)})});
   }
@@ -179,9 +179,9 @@ int32_t CEcnInfo::CheckBomUsed(const std::wstring& sDsn, int32_t EcnInterId, con
       if (!later.Eof()) {
         std::wstring numbers;
         for (; !later.Eof(); later.MoveNext())
-          numbers += Join({L"[ ", com::ToText(later[L"FBillNO"]), L" ]", kCrLf});
+          numbers += Join({L"[ ", com::ToText(later[L"FBillNO"]), L" ]", L"\r\n"});
         strInfo = Join(
-            {text(L"该张工程变更单生成的BOM已经被变更单:"), kCrLf, numbers, text(L"引用，不能反启用。")});
+            {text(L"该张工程变更单生成的BOM已经被变更单:"), L"\r\n", numbers, text(L"引用，不能反启用。")});
         return frame_.Refuse(kFailed);
       }
     }
@@ -209,8 +209,9 @@ bool CEcnInfo::StarUpEcn(const std::wstring& sDsn, int32_t BomInterId, int32_t E
 bool CEcnInfo::UnStarUpEcn(const std::wstring& sDsn, int32_t EcnInterId) {
   return RunBatch(
       sDsn, Sql() << L"delete from IcBom where FInterId in (select FCBomInterId from IcEcn where FInterId = "
-                  << EcnInterId << L")" << kCrLf << kCrLf
-                  << L"update t1 set FStatus = 1, FCBomInterID = 0, FStarUperID = '', "
+                  << EcnInterId
+                  << L")\r\n\r\n"
+                     L"update t1 set FStatus = 1, FCBomInterID = 0, FStarUperID = '', "
                      L"FStarUpDate = NULL from IcEcn t1 where FInterId = "
                   << EcnInterId);
 }

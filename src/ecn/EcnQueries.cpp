@@ -62,8 +62,9 @@ Sql EntriesQuery(const std::wstring& bom, const std::wstring& filter, const Text
          L" ICBomChild.FSPID, t21.FNumber as FSPIDNumber, t21.FName as FSPIDName, "
          L"ICBomChild.FNote, t2.FErpClsID as FErpClsID \r\n"
          L"FROM ICBom v1 INNER JOIN ICBomChild ON v1.FInterID = ICBomChild.FInterID AND ICBomChild.FInterID= "
-      << bom << kCrLf
-      << L" INNER JOIN t_ICItem t2 ON ICBomChild.FItemID = t2.FItemID \r\n"
+      << bom
+      << L"\r\n"
+         L" INNER JOIN t_ICItem t2 ON ICBomChild.FItemID = t2.FItemID \r\n"
          L" INNER JOIN t_IcItem v2 ON v1.FItemid = v2.FItemId \r\n"
          L" INNER JOIN t_MeasureUnit t7 ON ICBomChild.FUnitID = t7.FItemID \r\n"
          L" LEFT JOIN t_SubMessage t9 ON ICBomChild.FMaterielType = t9.FInterID \r\n"
@@ -73,7 +74,7 @@ Sql EntriesQuery(const std::wstring& bom, const std::wstring& filter, const Text
          L" INNER JOIN t_SubMessage t17 ON t2.Fusestate = t17.FInterId \r\n"
          L" LEFT JOIN t_Stock t20 ON ICBomChild.FStockID = t20.FItemID \r\n"
          L" LEFT JOIN t_StockPlace t21 ON ICBomChild.FSPID = t21.FSPID \r\n";
-  if (!filter.empty()) query << filter << kCrLf;
+  if (!filter.empty()) query << filter << L"\r\n";
   return query << L" ORDER BY ICBomChild.FEntryID ";
 }
 

@@ -54,29 +54,15 @@ class Frame {
   // the failure value; it is called before the vote. The failure goes to the diagnostic sink.
   template <class Failed, class Work>
   auto TrapFailures(const Failed& failed, const Work& work) {
-    const Running running(*this);
-    try {
-      return Finish(work);
-    } catch (const std::exception& failure) {
-      ReportTrapped(failure);
-      decltype(work()) result = FailureValue(failed, failure);
+    return Trap(failed, work, [this] {
       VoteAbort();
       keeper_.LetGo();
-      return result;
-    }
+    });
   }
 
   template <class Failed, class Work>
   auto NeverRaise(const Failed& failed, const Work& work) {
-    const Running running(*this);
-    try {
-      return Finish(work);
-    } catch (const std::exception& failure) {
-      ReportTrapped(failure);
-      decltype(work()) result = FailureValue(failed, failure);
-      AbortFailed();
-      return result;
-    }
+    return Trap(failed, work, [this] { AbortFailed(); });
   }
 
   template <class Work>
@@ -142,6 +128,20 @@ class Frame {
     auto result = work();
     if (!running_->voted) VoteComplete();
     return result;
+  }
+
+  // Runs `work`. A failure becomes the failure value, and `end` votes for it.
+  template <class Failed, class Work, class End>
+  auto Trap(const Failed& failed, const Work& work, const End& end) {
+    const Running running(*this);
+    try {
+      return Finish(work);
+    } catch (const std::exception& failure) {
+      ReportTrapped(failure);
+      decltype(work()) result = FailureValue(failed, failure);
+      end();
+      return result;
+    }
   }
 
   template <class Failed>

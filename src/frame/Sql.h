@@ -11,8 +11,6 @@
 
 namespace mbom {
 
-inline constexpr std::wstring_view kCrLf = L"\r\n";
-
 class Sql {
  public:
   Sql& operator<<(std::wstring_view text) {

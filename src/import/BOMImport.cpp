@@ -49,7 +49,7 @@ bool BOMImport::UpdateBOM(const std::wstring& sDsn, com::Object& tDict) {
                      << line[L"Oper"] << L"," << L"'" << line[L"MachinePos"] << L"','" << line[L"Note"]
                      << L"'," << line[L"MaterielType"] << L"," << line[L"MarshalType"] << L","
                      << line[L"Percent"] << L"," << line[L"OffSetDay"] << L"," << line[L"BackFlush"] << L","
-                     << line[L"Stock"] << L"," << line[L"SP"] << L")" << kCrLf;
+                     << line[L"Stock"] << L"," << line[L"SP"] << L")\r\n";
     }
     conn.Run(insert);
     StoreIdentifier(conn, L"ICBOM", newId);

@@ -30,8 +30,8 @@ bool PPorderImort::UpdatePPOrder(const std::wstring& sDsn, com::Object& tDict) {
                      << L"FQty,FNeedDate,FNote,FAuxQty,FCommitQty,FAuxCommitQty) VALUES(''," << newId << L","
                      << i << L"," << line[L"EntryItem"] << L"," << line[L"Unit"] << L"," << line[L"Qty"]
                      << L"," << L"'" << line[L"NeedDate"] << L"'," << L"'" << line[L"Note"] << L"',"
-                     << line[L"AuxQty"] << L"," << line[L"CommitQty"] << L"," << line[L"AuxCommitQty"] << L")"
-                     << kCrLf;
+                     << line[L"AuxQty"] << L"," << line[L"CommitQty"] << L"," << line[L"AuxCommitQty"]
+                     << L")\r\n";
     }
     conn.Run(insert);
     StoreIdentifier(conn, L"PPOrder", newId);

@@ -86,12 +86,14 @@ Sql ColourColumns(const Dictionary& period) {
   if (!period.object()) return columns << L"0 AS FAlterBackColor, '255,255,255' AS FBackColor, ";
   const com::Variant begin = period[L"BItemTime"];
   const com::Variant end = period[L"EItemTime"];
-  return columns << kCrLf << L" CASE a1.FBomType WHEN 0 THEN " //
+  return columns << L"\r\n"
+                    L" CASE a1.FBomType WHEN 0 THEN " //
                  << L"(CASE WHEN (a.FBeginDay BETWEEN '" << begin << L"' AND  '" << end << L"') THEN 0 "
                  << L" WHEN (a.FEndDay BETWEEN '" << begin << L"' AND  '" << end << L"' ) THEN 0 "
                  << L" WHEN ('" << begin << L"' >= a.FBeginDay AND '" << end
                  << L"' <= a.FEndDay) THEN 0 ELSE 1 END) " //
-                 << kCrLf << L" ELSE 0 END " << kCrLf
+                 << L"\r\n"
+                    L" ELSE 0 END \r\n"
                  << L" AS FAlterBackColor, '253, 223, 223' AS FBackColor, ";
 }
 
@@ -184,9 +186,12 @@ Sql BomEntryLedger(const LedgerStyle& style, const Texts& text, const Dictionary
          << L"g.FName AS FUseState,case i.FSPID when 0 then '' else i.FName end AS FSPID,"
          << L"c.FName AS FStockID,a.FNote,b.FQtyDecimal, v.FName AS FErpClsName ";
   if (style.extensionColumns) ledger << L",w1.FName as FGMPUnitID,a.FGMPAuxQty ";
-  ledger << kCrLf << L" FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID " << kLineJoins;
+  ledger << L"\r\n"
+            L" FROM IcBom a1 INNER JOIN ICBOMChild a ON a1.FinterId = a.FinterID "
+         << kLineJoins;
   if (style.extensionColumns) ledger << kExtensionJoin;
-  ledger << kCrLf << L"left join t_SubMessage v on b.FErpClsID=v.FInterID ";
+  ledger << L"\r\n"
+            L"left join t_SubMessage v on b.FErpClsID=v.FInterID ";
   AppendFilter(ledger, sFilter, sOrder);
   return ledger;
 }
@@ -214,7 +219,9 @@ Sql CustBomEntryLedger(bool shortNumbers, const Texts& text, const std::wstring&
             L"a.FOffSetDay,"
          << LineFlagColumns(text) << L"g.FName AS FUseState,i.FName AS FSPID,"
          << L"c.FName AS FStockID,a.FNote,b.FQtyDecimal,v.FName AS FErpClsName " << L" FROM ICCustBOMChild a"
-         << kLineJoins << kCrLf << L"left join t_SubMessage v on b.FErpClsID=v.FInterID) t1";
+         << kLineJoins
+         << L"\r\n"
+            L"left join t_SubMessage v on b.FErpClsID=v.FInterID) t1";
   AppendFilter(ledger, sFilter, sOrder);
   return ledger;
 }

@@ -102,8 +102,9 @@ Sql BomListStart(const std::wstring& subsystem, bool bLongNumber) {
           L"INNER JOIN ICBomChild t2 ON t1.FInterID = t2.FInterID \r\n"
           L"INNER JOIN IcBomGroup t3 ON t1.FParentID = t3.FinterID \r\n"
           L"INNER JOIN t_ICItem t4 ON t1.FItemID = t4.FItemID "
-       << itemClasses << kCrLf
-       << L"INNER JOIN t_ICItem t7 ON t2.FItemID = t7.FItemID \r\n"
+       << itemClasses
+       << L"\r\n"
+          L"INNER JOIN t_ICItem t7 ON t2.FItemID = t7.FItemID \r\n"
           L"LEFT JOIN t_User t5 ON t1.FCheckerID = t5.FUserID \r\n"
           L"LEFT JOIN t_User t6 ON t1.FCheckID = t6.FUserID \r\n";
   return list;
@@ -165,7 +166,7 @@ Sql BuildBomItemIdBatch(const std::wstring& table, const std::wstring& filter, c
         << L"(FParentID,FInterID,FItemID,FLevel)\r\n"
            L"SELECT t1.FParentID, t1.FInterID, t1.FItemID, @Level FROM ICBOM t1 "
            L"Left Join t_IcItem t2 On t1.FItemID = t2.FItemID ";
-  if (!filter.empty()) batch << L" WHERE " << filter << kCrLf;
+  if (!filter.empty()) batch << L" WHERE " << filter << L"\r\n";
   batch << (IsEcnLookup(lookType) ? L" and t1.FParentID is not  null"
                                   : L" and t2.FErpClsID <> 5 and t1.FParentID is not  null")
         << L" WHILE EXISTS(SELECT * FROM ICBOMGroup INNER JOIN " << table << L" ON ICBOMGroup.FInterID ="

@@ -100,7 +100,8 @@ Object BomView::GetBomLstInfo(const std::wstring& sDsn, const Object& GroupVect,
     list << BuildBomFilterWhere(Dictionary(FilterDict), bLongNumber)
          << BuildGroupInList(Vector(GroupVect), bIsFind);
     if (dDict) list << QuickFind(Dictionary(dDict), bLongNumber);
-    list << kCrLf << L" ORDER BY FBomNumber";
+    list << L"\r\n"
+            L" ORDER BY FBomNumber";
     const Recordset rows = conn.ExecuteClientSide(list);
     rows.Detach();
     return RecordsetToVector(rows);

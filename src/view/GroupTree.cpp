@@ -9,7 +9,7 @@ namespace mbom {
 namespace {
 
 void Append(Sql& batch, std::span<const wchar_t* const> lines) {
-  for (const wchar_t* line : lines) batch << line << kCrLf;
+  for (const wchar_t* line : lines) batch << line << L"\r\n";
 }
 
 // clang-format off
@@ -171,9 +171,9 @@ Sql GroupTreeBatch(const Vector& groups, const Dictionary& filter, bool bLongNum
     Append(batch, kEveryGroup);
   } else {
     Append(batch, kGroupsOfMatchingBoms);
-    batch << BuildBomFilterWhere(filter, bLongNumber) << kCrLf << inList << kCrLf << kCrLf;
+    batch << BuildBomFilterWhere(filter, bLongNumber) << L"\r\n" << inList << L"\r\n\r\n";
     Append(batch, kSelectedGroups);
-    batch << L" WHERE FInterID IN (" << GroupIds(groups, false) << L")" << kCrLf << kCrLf << kCrLf;
+    batch << L" WHERE FInterID IN (" << GroupIds(groups, false) << L")\r\n\r\n\r\n";
   }
   Append(batch, kWalkToTheRoots);
   Append(batch, kRootsAndFixUps);

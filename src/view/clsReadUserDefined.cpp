@@ -99,8 +99,9 @@ bool clsReadUserDefined::HasUserDefinedFields(const std::wstring& pBillTranType,
   const ClientRecordset fields(frame_.GetConnection(), ClientRecordset::Cursor::ForwardOnly,
                                ClientRecordset::Lock::ReadOnly);
   fields.Open(Sql() << L"SELECT t1.FFieldName FROM " << (isBillHead ? L"ICTemplate" : L"ICTemplateEntry")
-                    << L" t1 INNER JOIN ICTransactionType t2 ON " << kCrLf
-                    << L"t1.FID=t2.FTemplateID WHERE t2.FID=" << pBillTranType << L" AND t1.FDefaultCtl=0 ");
+                    << L" t1 INNER JOIN ICTransactionType t2 ON \r\n"
+                       L"t1.FID=t2.FTemplateID WHERE t2.FID="
+                    << pBillTranType << L" AND t1.FDefaultCtl=0 ");
   fields.Detach();
   return !fields.Eof() && fields.RecordCount() != 0;
 }

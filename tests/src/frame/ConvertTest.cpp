@@ -101,7 +101,7 @@ TEST(ToText, WritesValuesAsStatementsNeedThem) {
 
 TEST(Sql, TakesEverythingAsItStands) {
   EXPECT_EQ((Sql() << L"a='" << std::wstring(L"O'Neil") << L"', b=" << 7 << L", c=" << Variant(1.5) << L", d="
-                   << Variant() << kCrLf)
+                   << Variant() << L"\r\n")
                 .text(),
             L"a='O'Neil', b=7, c=1.5, d=\r\n");
 }
