@@ -5,9 +5,9 @@ target_compile_options(project_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
 # GCC 12 takes some string concatenations for overlapping copies (its bug 105329).
 target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-if(MINGW)
-  # With precompiled headers it no longer knows that the standard library is not ours to warn about. The native builds
-  # keep these warnings.
+if(MINGW OR CMAKE_BUILD_TYPE STREQUAL "Release")
+  # With precompiled headers and inlining GCC no longer knows that the standard library is not ours to warn about.
+  # The native builds for tests keep these warnings.
   target_compile_options(project_options INTERFACE -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
 endif()
 if(NOT WIN32)
@@ -43,8 +43,8 @@ endif()
 add_library(test_options INTERFACE)
 target_compile_options(test_options INTERFACE -O0)
 if(SANITIZE AND NOT WIN32)
-  # The sanitizers' checks are the same, and the compiler needs half the time.
-  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -DNDEBUG")
+  # The sanitizers' checks are the same, and the compiler needs half the time. Assertions stay.
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
 endif()
 
 option(COVERAGE "Counts which lines and branches run" OFF)
