@@ -5,6 +5,11 @@
 #include <algorithm>
 
 namespace tsql {
+namespace {
+
+constexpr size_t kMaxSpareTables = 16;
+
+} // namespace
 
 Catalog::Catalog(const Connection& connection, std::string databaseName)
     : connection_(connection), store_(connection), databaseName_(std::move(databaseName)) {}
@@ -193,6 +198,23 @@ std::vector<TablePtr> Catalog::LeaveScope() {
 
 std::string Catalog::TempStorageName(const std::string& name) const {
   return depth_ == 0 ? name : name + ":" + std::to_string(depth_);
+}
+
+TablePtr Catalog::TakeSpare(const std::string& storageName) {
+  const auto found = std::ranges::find_if(
+      own_.spare, [&](const TablePtr& table) { return EqualNames(table->storageName, storageName); });
+  if (found == own_.spare.end()) return nullptr;
+  TablePtr table = std::move(*found);
+  own_.spare.erase(found);
+  return table;
+}
+
+TablePtr Catalog::AddSpare(const TableInfo& table) {
+  own_.spare.push_back(std::make_shared<const TableInfo>(table));
+  if (own_.spare.size() <= kMaxSpareTables) return nullptr;
+  TablePtr oldest = std::move(own_.spare.front());
+  own_.spare.erase(own_.spare.begin());
+  return oldest;
 }
 
 void Catalog::RestoreOwnTables(SessionTables tables) {

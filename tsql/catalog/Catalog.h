@@ -59,9 +59,17 @@ class Catalog {
   };
   struct SessionTables {
     std::vector<TempTable> local;
+    std::vector<TablePtr> spare;
     std::vector<std::string> ownGlobal;
   };
   const std::vector<TempTable>& TempTables() const { return own_.local; }
+
+  // A dropped local temporary table that SQLite still has, without rows. Batches make and drop the same
+  // tables with each run, and making one in SQLite takes longer than most of their statements. Adding one may
+  // return another one, for which there is no room any more; the caller drops it in SQLite.
+  TablePtr AddSpare(const TableInfo& table);
+  // Takes the spare table of that name in SQLite out of the list; null when there is none.
+  TablePtr TakeSpare(const std::string& storageName);
   const SessionTables& OwnTables() const { return own_; }
   void RestoreOwnTables(SessionTables tables);
 

@@ -4,7 +4,8 @@
 #include "tsql/bind/Binder.h"
 #include "tsql/emit/Emitter.h"
 
-#include <unordered_map>
+#include <memory>
+#include <vector>
 
 namespace tsql {
 
@@ -27,8 +28,8 @@ struct CompiledUnit {
   const CreateProcedureStatement* procedure = nullptr; // null for a batch
   std::vector<VariableInfo> variables;                 // a procedure's parameters come first
   std::vector<Type> markers;
-  // By the statement or expression of the tree. The planner makes them when they are first needed.
-  std::unordered_map<const void*, Plan> plans;
+  // By the number of the statement or expression. The planner makes them when they are first needed.
+  std::vector<std::unique_ptr<Plan>> plans;
   ModulePtr module; // the procedure's text that this was compiled from
 };
 

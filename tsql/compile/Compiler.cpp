@@ -12,16 +12,23 @@ constexpr size_t kMaxCachedBatches = 512;
 const std::vector<VariableInfo> kNoVariables;
 const std::vector<Type> kNoMarkers;
 
+void AppendType(std::string& key, const Type& type) {
+  const auto code = EncodeType(type);
+  key.append(reinterpret_cast<const char*>(&code), sizeof code);
+}
+
 } // namespace
 
 std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
                                                      const std::vector<VariableInfo>& variables,
                                                      const std::vector<Type>& markers) {
-  std::string key(text);
-  for (const VariableInfo& variable : variables)
-    key += '\0' + variable.name + ' ' + std::to_string(EncodeType(variable.type));
-  for (const Type& marker : markers) key += '\0' + std::to_string(EncodeType(marker));
-  const auto found = batches_.find(key);
+  key_.assign(text);
+  for (const VariableInfo& variable : variables) {
+    key_.append(1, '\0').append(variable.name).append(1, ' ');
+    AppendType(key_, variable.type);
+  }
+  for (const Type& marker : markers) AppendType(key_.append(1, '\0'), marker);
+  const auto found = batches_.find(key_);
   if (found != batches_.end()) return found->second;
   auto unit = std::make_shared<CompiledUnit>();
   unit->batch = ParseBatch(std::string(text));
@@ -30,7 +37,7 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
   unit->markers = markers;
   PlannerFor(*unit).CompileAll();
   if (batches_.size() >= kMaxCachedBatches) batches_.clear();
-  batches_.emplace(std::move(key), unit);
+  batches_.emplace(key_, unit);
   return unit;
 }
 

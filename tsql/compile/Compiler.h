@@ -44,6 +44,7 @@ class Compiler {
   CompileContext context_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
   std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
+  std::string key_; // of the batch that is looked for; it keeps its memory
 };
 
 } // namespace tsql

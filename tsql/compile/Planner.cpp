@@ -28,6 +28,13 @@ const ObjectName& TargetOf(const Statement& statement) {
 
 } // namespace
 
+Plan& Planner::PlanAt(uint32_t number) {
+  std::vector<std::unique_ptr<Plan>>& plans = unit_.plans;
+  if (number >= plans.size()) plans.resize(number + 1);
+  if (!plans[number]) plans[number] = std::make_unique<Plan>();
+  return *plans[number];
+}
+
 bool Planner::IsCurrent(Plan& plan) const {
   if (plan.version == 0) return false;
   if (plan.version == context_.catalog.Version()) return true;
@@ -58,7 +65,7 @@ Binder Planner::MakeBinder() const {
 }
 
 Plan& Planner::QueryPlan(const QueryStatement& statement) {
-  Plan& plan = PlanAt(&statement);
+  Plan& plan = PlanAt(statement.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
@@ -73,7 +80,7 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
 }
 
 Plan& Planner::ChangePlan(const Statement& statement) {
-  Plan& plan = PlanAt(&statement);
+  Plan& plan = PlanAt(statement.number);
   const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
   if (plan.identityInsert == identityInsert && IsCurrent(plan)) return plan;
   plan = Plan();
@@ -112,7 +119,7 @@ Plan Planner::UpdatedRowsPlan(const UpdateStatement& statement, std::string_view
 }
 
 Plan& Planner::ConditionPlan(const Expr& condition) {
-  Plan& plan = PlanAt(&condition);
+  Plan& plan = PlanAt(condition.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
@@ -122,7 +129,7 @@ Plan& Planner::ConditionPlan(const Expr& condition) {
 }
 
 Plan& Planner::ValuePlan(const Expr& value, const Type* type) {
-  Plan& plan = PlanAt(&value);
+  Plan& plan = PlanAt(value.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
@@ -135,7 +142,7 @@ Plan& Planner::ValuePlan(const Expr& value, const Type* type) {
 }
 
 Plan& Planner::AssignmentPlan(const SetVariableStatement& statement) {
-  Plan& plan = PlanAt(statement.value.get());
+  Plan& plan = PlanAt(statement.value->number);
   if (IsCurrent(plan)) return plan;
   const int variable = RequireVariable(statement.name);
   ValuePlan(*statement.value, &unit_.variables[static_cast<size_t>(variable)].type);

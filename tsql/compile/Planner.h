@@ -42,7 +42,7 @@ class Planner {
   bool IsCurrent(Plan& plan) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   Binder MakeBinder() const;
-  Plan& PlanAt(const void* node) { return unit_.plans[node]; }
+  Plan& PlanAt(uint32_t number);
 
   const CompileContext& context_;
   CompiledUnit& unit_;

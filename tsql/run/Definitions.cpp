@@ -261,7 +261,18 @@ std::string Definitions::CheckSql(const TableInfo& table, const KeyInfo& key) co
          ")";
 }
 
-void Definitions::Build(const TableInfo& table) const {
+// Uses a dropped table of the same definition again. One of the same name and another definition makes room.
+bool Definitions::BuildFromSpare(const TableInfo& table) {
+  if (table.place != Place::Temp) return false;
+  const TablePtr spare = catalog_.TakeSpare(table.storageName);
+  if (!spare) return false;
+  if (*spare == table) return true;
+  connection_.Run("DROP TABLE " + spare->SqlName());
+  return false;
+}
+
+void Definitions::Build(const TableInfo& table) {
+  if (BuildFromSpare(table)) return;
   std::string sql = "CREATE TABLE " + table.SqlName() + "(";
   for (size_t i = 0; i < table.columns.size(); ++i) sql += (i > 0 ? ", " : "") + ColumnSql(table, i);
   for (const KeyInfo& key : table.keys)
@@ -308,8 +319,13 @@ void Definitions::DropTable(const TableInfo& table) {
     if (!EqualNames(foreignKey.child->name, table.name)) Fail(3726, {table.name});
     DropForeignKeyTriggers(connection_, *foreignKey.key);
   }
-  connection_.Run("DROP TABLE " + table.SqlName());
   catalog_.RemoveTable(table);
+  if (table.place != Place::Temp) {
+    connection_.Run("DROP TABLE " + table.SqlName());
+    return;
+  }
+  TruncateTable(table);
+  if (const TablePtr oldest = catalog_.AddSpare(table)) connection_.Run("DROP TABLE " + oldest->SqlName());
 }
 
 void Definitions::TruncateTable(const TableInfo& table) {

@@ -31,7 +31,8 @@ class Definitions {
   void AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const;
   void CheckKeyName(const TableInfo& table, const KeyInfo& key) const;
   void ChooseRowid(TableInfo& table) const;
-  void Build(const TableInfo& table) const;
+  void Build(const TableInfo& table);
+  bool BuildFromSpare(const TableInfo& table);
   void BuildIndex(const TableInfo& table, const KeyInfo& key) const;
   std::string ColumnSql(const TableInfo& table, size_t column) const;
   std::string CheckSql(const TableInfo& table, const KeyInfo& key) const;

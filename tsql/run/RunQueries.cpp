@@ -2,6 +2,9 @@
 
 #include "tsql/sqlite/Values.h"
 
+#include <algorithm>
+#include <list>
+
 namespace tsql {
 
 Interpreter::Flow Interpreter::RunQuery(const QueryStatement& statement) {
@@ -45,12 +48,13 @@ void Interpreter::ReturnRows(Plan& plan) {
 
 void Interpreter::AssignRows(Plan& plan) {
   const StatementUse use(plan.statement);
-  // The statement reads the values that the variables had before it. They must live until it has ended.
-  const std::vector<Datum> former = frame_->variables;
+  // The statement reads the values that the variables had before it. Texts among them must live until it has
+  // ended, though their variables take other values.
+  std::list<Datum> former;
   int index = 1;
   for (const ParameterRef& ref : plan.parameters) {
-    if (ref.kind == BoundExpr::Kind::Variable)
-      plan.statement.Bind(index, former[static_cast<size_t>(ref.index)]);
+    if (ref.kind == BoundExpr::Kind::Variable && std::ranges::count(plan.assigned, ref.index) > 0)
+      plan.statement.Bind(index, former.emplace_back(ParameterValue(ref)));
     ++index;
   }
   int64_t count = 0;

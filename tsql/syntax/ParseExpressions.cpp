@@ -24,10 +24,11 @@ bool IsPredicate(const Expr& expr) {
   }
 }
 
-ExprPtr Parser::MakeExpr(ExprKind kind) const {
+ExprPtr Parser::MakeExpr(ExprKind kind) {
   auto expr = std::make_unique<Expr>();
   expr->kind = kind;
   expr->line = Current().line;
+  expr->number = nodes_++;
   return expr;
 }
 

@@ -57,7 +57,7 @@ class Parser {
   void CountSources();
 
   // expressions (ParseExpressions.cpp)
-  ExprPtr MakeExpr(ExprKind kind) const;
+  ExprPtr MakeExpr(ExprKind kind);
   ExprPtr ParseOr();
   ExprPtr ParseAnd();
   ExprPtr ParseNot();
@@ -162,6 +162,7 @@ class Parser {
   std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;
   size_t at_ = 0;
+  uint32_t nodes_ = 0; // expressions and statements so far
   int markers_ = 0;
   int loops_ = 0; // open WHILE bodies
   int levels_ = 0;
@@ -174,6 +175,7 @@ template <typename Node>
 std::unique_ptr<Node> Parser::MakeStatement(size_t token) {
   auto node = std::make_unique<Node>();
   node->line = tokens_[token].line;
+  node->number = nodes_++;
   return node;
 }
 

@@ -49,6 +49,7 @@ enum class CompareOp : uint8_t { Equal, NotEqual, Less, LessEqual, Greater, Grea
 struct Expr {
   ExprKind kind = ExprKind::Null;
   int line = 1;
+  uint32_t number = 0; // among the expressions and statements of the batch
   TokenKind literal = TokenKind::End;
   ArithmeticOp arithmetic = ArithmeticOp::Add;
   CompareOp compare = CompareOp::Equal;

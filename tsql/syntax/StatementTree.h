@@ -42,6 +42,7 @@ struct Statement {
   virtual ~Statement() = default;
   StatementKind kind;
   int line = 1;
+  uint32_t number = 0; // among the expressions and statements of the batch
 };
 using StatementPtr = std::unique_ptr<Statement>;
 using StatementList = std::vector<StatementPtr>;
