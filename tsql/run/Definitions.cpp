@@ -83,6 +83,7 @@ void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition
   column.defaultText = definition.defaultText;
   if (definition.identity) {
     if (table.identityColumn >= 0) Fail(2744, {table.name});
+    if (!definition.defaultText.empty()) Fail(1754, {table.name, column.name});
     if (column.nullable || !IsIntegerStored(column.type) || column.type.id == TypeId::Bit)
       Fail(2749, {column.name});
     table.identityColumn = static_cast<int>(table.columns.size());
