@@ -235,7 +235,7 @@ void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>&
   table.place = PlaceOf(name);
   table.storageName = table.place == Place::Temp ? catalog_.TempStorageName(table.name) : table.name;
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].name.empty()) Fail(8155, {std::to_string(i + 1), table.name});
+    if (columns[i].name.empty()) Fail(1038, {});
     ColumnDefinition definition;
     definition.name = columns[i].name;
     definition.type = columns[i].type;

@@ -156,6 +156,10 @@ constexpr ErrorText kErrors[] = {
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
+    {1038, 15, 5,
+     "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name. For "
+     "other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change the alias "
+     "to a valid name."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},

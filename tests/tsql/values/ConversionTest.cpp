@@ -265,6 +265,8 @@ TEST_F(ConversionTest, ColumnsWithoutNamesHaveNone) {
       Run("DECLARE @a INT SELECT @a SELECT 1 UNION SELECT a FROM t SELECT TOP 1 5 FROM t ORDER BY a");
   ASSERT_EQ(output.columns.size(), 3U);
   for (const std::vector<Column>& columns : output.columns) EXPECT_EQ(columns[0].name, "");
+  EXPECT_EQ(ErrorOf("SELECT a + 1 INTO #copy FROM t"), 1038);
+  EXPECT_EQ(ErrorOf("SELECT * FROM (SELECT a + 1 FROM t) d"), 8155);
 }
 
 // What stands behind a date that can be read makes it unreadable.
