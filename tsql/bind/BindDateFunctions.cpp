@@ -15,11 +15,18 @@ BoundExprPtr PartConstant(DatePart part) {
 }
 
 // The first argument is the name of a part, which looks like a column's name.
-BoundExprPtr BindPartName(const Expr& expr) {
-  const bool named = expr.kind == ExprKind::Column && expr.parts.size() == 1;
-  const std::optional<DatePart> part = named ? FindDatePart(expr.parts[0]) : std::nullopt;
-  if (!part) Fail(195, {named ? expr.parts[0] : expr.text});
-  return PartConstant(*part);
+DatePart PartOf(const Expr& call) {
+  const Expr& name = *call.args[0];
+  if (name.kind != ExprKind::Column || name.parts.size() != 1) Fail(1023, {"1", call.text});
+  const std::optional<DatePart> part = FindDatePart(name.parts[0]);
+  if (!part) Fail(155, {name.parts[0], call.text});
+  return *part;
+}
+
+// A date has no parts of a day.
+void CheckPart(DatePart part, const Type& type, const Expr& call) {
+  if (type.id == TypeId::Date && part >= DatePart::Hour)
+    Fail(9810, {NameOf(part), call.text, TypeName(type.id)});
 }
 
 void RequireCount(const Expr& expr, size_t count) {
@@ -47,9 +54,11 @@ BoundExprPtr Binder::BindCalendarPart(const Expr& expr, FunctionId function) {
 BoundExprPtr Binder::BindDateAdd(const Expr& expr, FunctionId function) {
   RequireCount(expr, 3);
   std::vector<BoundExprPtr> args;
-  args.push_back(BindPartName(*expr.args[0]));
+  const DatePart part = PartOf(expr);
+  args.push_back(PartConstant(part));
   BoundExprPtr number = Bind(*expr.args[1]);
   BoundExprPtr date = Bind(*expr.args[2]);
+  CheckPart(part, date->type, expr);
   const Type type = FamilyOf(date->type.id) == Family::DateTime ? date->type : MomentType();
   // The number's fraction is cut off.
   const bool isWhole = FamilyOf(number->type.id) == Family::Integer;
@@ -61,7 +70,7 @@ BoundExprPtr Binder::BindDateAdd(const Expr& expr, FunctionId function) {
 BoundExprPtr Binder::BindDateDiff(const Expr& expr, FunctionId function) {
   RequireCount(expr, 3);
   std::vector<BoundExprPtr> args;
-  args.push_back(BindPartName(*expr.args[0]));
+  args.push_back(PartConstant(PartOf(expr)));
   args.push_back(Convert(Bind(*expr.args[1]), MomentType()));
   args.push_back(Convert(Bind(*expr.args[2]), MomentType()));
   return MakeFunction(function, MakeType(TypeId::Int), std::move(args));
@@ -72,8 +81,11 @@ BoundExprPtr Binder::BindDatePart(const Expr& expr, FunctionId function) {
   constexpr int32_t kLongestName = 30;
   RequireCount(expr, 2);
   std::vector<BoundExprPtr> args;
-  args.push_back(BindPartName(*expr.args[0]));
-  args.push_back(Convert(Bind(*expr.args[1]), MomentType()));
+  const DatePart part = PartOf(expr);
+  BoundExprPtr date = Bind(*expr.args[1]);
+  CheckPart(part, date->type, expr);
+  args.push_back(PartConstant(part));
+  args.push_back(Convert(std::move(date), MomentType()));
   const bool isName = function == FunctionId::DateName;
   const Type type = isName ? MakeType(TypeId::NVarChar, kLongestName) : MakeType(TypeId::Int);
   return MakeFunction(function, type, std::move(args));

@@ -1,7 +1,9 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
+#include "tsql/values/ConversionRules.h"
 #include "tsql/values/Errors.h"
 
 #include <algorithm>
@@ -105,11 +107,13 @@ BoundExprPtr Binder::BindLiteral(const Expr& expr) const {
   switch (expr.literal) {
   case TokenKind::Text:
   case TokenKind::UnicodeText: {
-    const auto length = static_cast<int32_t>(std::max<size_t>(CharCount(text), 1));
     const bool isUnicode = expr.literal == TokenKind::UnicodeText;
     const int32_t limit = isUnicode ? 4000 : 8000;
-    return MakeConstant(Datum::OfText(text), MakeType(isUnicode ? TypeId::NVarChar : TypeId::VarChar,
-                                                      length > limit ? -1 : length));
+    const auto length =
+        static_cast<int32_t>(std::max<size_t>(isUnicode ? CharCount(text) : PageSize(text), 1));
+    return MakeConstant(
+        Datum::OfText(isUnicode ? text : KeepPage(text)),
+        MakeType(isUnicode ? TypeId::NVarChar : TypeId::VarChar, length > limit ? -1 : length));
   }
   case TokenKind::Integer: {
     int64_t value = 0;
@@ -368,6 +372,8 @@ BoundExprPtr Binder::BindCase(const Expr& expr) {
     return common;
   };
   if (expr.hasOperand) unify(tested);
+  const auto isNull = [&](size_t i) { return IsNullConstant(*node->args[i]); };
+  if (std::all_of(results.begin(), results.end(), isNull)) Fail(8133, {});
   node->type = unify(results);
   node->nullable = !expr.hasElse;
   for (const size_t i : results) node->nullable = node->nullable || node->args[i]->nullable;
@@ -383,12 +389,9 @@ BoundExprPtr Binder::BindCast(const Expr& expr) {
       FailUnsupported("A CONVERT style that is not an integer constant");
     style = static_cast<int>(styleExpr->constant.integer);
   }
-  if (!IsNullConstant(*operand)) {
-    const bool textToText = IsText(operand->type) && IsText(expr.type);
-    const bool toText = IsText(expr.type) && IsLob(operand->type.id);
-    if (FindConversion(operand->type.id, expr.type.id) == Conversion::Impossible && !textToText && !toText)
-      Fail(529, {TypeName(operand->type.id), TypeName(expr.type.id)});
-  }
+  const bool isImpossible = FindConversion(operand->type.id, expr.type.id) == Conversion::Impossible;
+  if (!IsNullConstant(*operand) && isImpossible)
+    Fail(529, {TypeName(operand->type.id), TypeName(expr.type.id)});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Cast, expr.type);
   node->style = style;
   node->nullable = operand->nullable;

@@ -125,6 +125,9 @@ BoundExprPtr Binder::BindCoalesce(const Expr& expr, FunctionId function) {
   std::vector<const BoundExpr*> operands;
   operands.reserve(args.size());
   for (const BoundExprPtr& arg : args) operands.push_back(arg.get());
+  if (std::all_of(operands.begin(), operands.end(),
+                  [](const BoundExpr* arg) { return IsNullConstant(*arg); }))
+    Fail(4127, {});
   const Type type = CommonTypeOf(operands);
   for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), type);
   return MakeFunction(function, type, std::move(args));
@@ -132,9 +135,11 @@ BoundExprPtr Binder::BindCoalesce(const Expr& expr, FunctionId function) {
 
 BoundExprPtr Binder::BindNullIf(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindArguments(expr, 2, 2);
+  if (IsNullConstant(*args[0])) Fail(4151, {});
   const Type type = args[0]->type;
   const Type common = CommonTypeOf({args[0].get(), args[1].get()});
-  if (common == type || IsText(common)) return MakeFunction(function, type, std::move(args));
+  const bool isBinary = FamilyOf(common.id) == Family::Binary;
+  if ((common == type && !isBinary) || IsText(common)) return MakeFunction(function, type, std::move(args));
   // CASE WHEN a = b THEN NULL ELSE a END: the comparison converts, the result does not.
   BoundExprPtr compare = MakeNode(BoundExpr::Kind::Compare, {});
   compare->args.push_back(Convert(std::move(args[0]), common));

@@ -3,17 +3,33 @@
 #include "tsql/values/Errors.h"
 
 namespace tsql {
+namespace {
+
+// POWER answers in the type of its first argument, with all the digits that this can have.
+Type PowerType(const Type& type) {
+  switch (type.id) {
+  case TypeId::TinyInt:
+  case TypeId::SmallInt:
+  case TypeId::Int: return MakeType(TypeId::Int);
+  case TypeId::BigInt: return MakeType(TypeId::BigInt);
+  case TypeId::Decimal: return MakeDecimal(kMaxPrecision, type.scale);
+  case TypeId::Money:
+  case TypeId::SmallMoney: return MakeType(TypeId::Money);
+  default: return MakeType(TypeId::Float);
+  }
+}
+
+} // namespace
 
 // SQRT, SQUARE, POWER, EXP, LOG, LOG10
 BoundExprPtr Binder::BindFloatFunction(const Expr& expr, FunctionId function) {
   const bool isPower = function == FunctionId::Power;
   const size_t count = isPower ? 2 : 1;
   std::vector<BoundExprPtr> args = BindArguments(expr, count, count);
-  const Type given = args[0]->type;
+  const Type result = isPower ? PowerType(args[0]->type) : MakeType(TypeId::Float);
   for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), MakeType(TypeId::Float));
   BoundExprPtr node = MakeFunction(function, MakeType(TypeId::Float), std::move(args));
-  // POWER answers in the type of its first argument.
-  return isPower && IsNumeric(given) ? Convert(std::move(node), given) : std::move(node);
+  return Convert(std::move(node), result);
 }
 
 // ABS, SIGN, FLOOR, CEILING, ROUND

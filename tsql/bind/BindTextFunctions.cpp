@@ -1,5 +1,7 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/values/Errors.h"
+
 #include <algorithm>
 
 namespace tsql {
@@ -17,11 +19,32 @@ Type TextLike(const Type& type, int32_t length) {
   return MakeType(IsUnicode(type.id) ? TypeId::NVarChar : TypeId::VarChar, type.length < 0 ? -1 : length);
 }
 
-// The length of a result that a constant argument limits.
+// The length of a result that a constant argument limits, or that of the argument before it.
 int32_t ConstantLength(const BoundExpr& expr, int32_t otherwise) {
   if (expr.kind != BoundExpr::Kind::Constant || expr.constant.kind != Datum::Kind::Integer) return otherwise;
   const auto length = static_cast<int32_t>(std::clamp<int64_t>(expr.constant.integer, 1, kMaxVarChar));
   return otherwise < 0 ? length : std::min(length, otherwise);
+}
+
+// A text of so many characters of another one as the argument says. A character has two bytes of the code
+// page at most.
+Type PartOf(const Type& text, const BoundExpr& count) {
+  if (IsUnicode(text.id)) return TextLike(text, ConstantLength(count, text.length));
+  const int32_t characters = ConstantLength(count, kMaxVarChar);
+  return TextLike(text, std::min(2 * characters, text.length));
+}
+
+// The longest text that can be made of the arguments: of Unicode if one of them is.
+Type LongestOf(const std::vector<BoundExprPtr>& args) {
+  const bool isMax = args[0]->type.length < 0;
+  const bool isUnicode =
+      std::any_of(args.begin(), args.end(), [](const BoundExprPtr& arg) { return IsUnicode(arg->type.id); });
+  if (isUnicode) return MakeType(TypeId::NVarChar, isMax ? -1 : kMaxVarChar / 2);
+  return MakeType(TypeId::VarChar, isMax ? -1 : kMaxVarChar);
+}
+
+[[noreturn]] void FailArgument(const std::string& type, size_t number, const Expr& call) {
+  Fail(8116, {type, std::to_string(number), call.text});
 }
 
 } // namespace
@@ -34,7 +57,12 @@ std::vector<BoundExprPtr> Binder::BindTextArguments(const Expr& expr, size_t lea
 
 // LEN, ASCII, UNICODE
 BoundExprPtr Binder::BindTextMeasure(const Expr& expr, FunctionId function) {
-  return MakeFunction(function, IntType(), BindTextArguments(expr, 1, 1));
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  // The length of a binary value is the number of its bytes.
+  if (function == FunctionId::Len && FamilyOf(args[0]->type.id) == Family::Binary)
+    return MakeFunction(FunctionId::DataLength, IntType(), std::move(args));
+  args[0] = ConvertText(std::move(args[0]));
+  return MakeFunction(function, IntType(), std::move(args));
 }
 
 BoundExprPtr Binder::BindDataLength(const Expr& expr, FunctionId function) {
@@ -71,30 +99,36 @@ BoundExprPtr Binder::BindTextMap(const Expr& expr, FunctionId function) {
 BoundExprPtr Binder::BindTextEnd(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindTextArguments(expr, 2, 2);
   args[1] = Convert(std::move(args[1]), IntType());
-  const Type type = TextLike(args[0]->type, ConstantLength(*args[1], args[0]->type.length));
+  const Type type = PartOf(args[0]->type, *args[1]);
   return MakeFunction(function, type, std::move(args));
 }
 
 BoundExprPtr Binder::BindSubstring(const Expr& expr, FunctionId function) {
-  std::vector<BoundExprPtr> args = BindTextArguments(expr, 3, 3);
+  std::vector<BoundExprPtr> args = BindArguments(expr, 3, 3);
+  const bool isBinary = FamilyOf(args[0]->type.id) == Family::Binary;
+  if (IsNullConstant(*args[0])) FailArgument("NULL", 1, expr);
+  if (!isBinary && !IsText(args[0]->type)) FailArgument(TypeName(args[0]->type.id), 1, expr);
   args[1] = Convert(std::move(args[1]), IntType());
   args[2] = Convert(std::move(args[2]), IntType());
-  const Type type = TextLike(args[0]->type, ConstantLength(*args[2], args[0]->type.length));
+  const Type type =
+      isBinary ? MakeType(TypeId::VarBinary, args[0]->type.length) : PartOf(args[0]->type, *args[2]);
   return MakeFunction(function, type, std::move(args));
 }
 
 BoundExprPtr Binder::BindReplace(const Expr& expr, FunctionId function) {
-  std::vector<BoundExprPtr> args = BindTextArguments(expr, 3, 3);
-  args[1] = ConvertText(std::move(args[1]));
-  args[2] = ConvertText(std::move(args[2]));
-  const Type type = TextLike(args[0]->type, kMaxVarChar);
+  std::vector<BoundExprPtr> args = BindArguments(expr, 3, 3);
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (FamilyOf(args[i]->type.id) == Family::DateTime) FailArgument(TypeName(args[i]->type.id), i + 1, expr);
+    args[i] = ConvertText(std::move(args[i]));
+  }
+  const Type type = LongestOf(args);
   return MakeFunction(function, type, std::move(args));
 }
 
 BoundExprPtr Binder::BindReplicate(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindTextArguments(expr, 2, 2);
   args[1] = Convert(std::move(args[1]), IntType());
-  const Type type = TextLike(args[0]->type, kMaxVarChar);
+  const Type type = LongestOf(args);
   return MakeFunction(function, type, std::move(args));
 }
 
@@ -103,7 +137,8 @@ BoundExprPtr Binder::BindStuff(const Expr& expr, FunctionId function) {
   args[1] = Convert(std::move(args[1]), IntType());
   args[2] = Convert(std::move(args[2]), IntType());
   args[3] = ConvertText(std::move(args[3]));
-  return MakeFunction(function, MakeType(TypeId::VarChar, kMaxVarChar), std::move(args));
+  const Type type = LongestOf(args);
+  return MakeFunction(function, type, std::move(args));
 }
 
 // SPACE, CHAR, NCHAR

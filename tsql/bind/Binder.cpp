@@ -2,6 +2,7 @@
 
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
+#include "tsql/values/ConversionRules.h"
 #include "tsql/values/Errors.h"
 
 #include <algorithm>
@@ -48,15 +49,18 @@ BoundExprPtr Binder::Convert(BoundExprPtr expr, const Type& to) const {
 BoundExprPtr Binder::ConvertText(BoundExprPtr expr) const {
   if (IsText(expr->type)) return expr;
   constexpr int32_t kNumberLength = 50;
-  return Convert(std::move(expr), MakeType(TypeId::VarChar, kNumberLength));
+  const bool isBinary = FamilyOf(expr->type.id) == Family::Binary;
+  const Type type = MakeType(TypeId::VarChar, isBinary ? expr->type.length : kNumberLength);
+  return Convert(std::move(expr), type);
 }
 
 BoundExprPtr Binder::Assign(BoundExprPtr expr, const Type& to) const {
   if (expr->type == to) return expr;
-  if (!IsText(expr->type) || FamilyOf(to.id) == Family::Integer) return Convert(std::move(expr), to);
+  const Family family = FamilyOf(to.id);
+  const bool isString = family == Family::Text || family == Family::Binary;
+  if (!isString || FamilyOf(expr->type.id) != family) return Convert(std::move(expr), to);
   if (FindConversion(expr->type.id, to.id) != Conversion::Implicit || IsNullConstant(*expr))
     return Convert(std::move(expr), to);
-  if (!IsText(to)) return Convert(std::move(expr), to);
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Store, to);
   node->nullable = expr->nullable;
   if (expr->kind == BoundExpr::Kind::Constant) {

@@ -109,6 +109,15 @@ void Emitter::EmitNegation(const BoundExpr& expr) {
     Text(")");
     break;
   default:
+    if (IsMoney(expr.type.id)) {
+      Open(names::kRange);
+      Text("-");
+      Emit(operand);
+      Text(", ");
+      Number(static_cast<int64_t>(expr.type.id));
+      Text(")");
+      break;
+    }
     if (!IsWide(expr.type)) {
       Text("(-");
       Emit(operand);
@@ -180,6 +189,19 @@ void Emitter::EmitIntegerArithmetic(const BoundExpr& expr) {
 }
 
 void Emitter::EmitFloatArithmetic(const BoundExpr& expr) {
+  // SQLite computes in double precision.
+  const bool isSingle = expr.type.id == TypeId::Real;
+  if (isSingle) Open(names::kCast);
+  EmitDoubleArithmetic(expr);
+  if (!isSingle) return;
+  Text(", ");
+  TypeCode(MakeType(TypeId::Float));
+  Text(", ");
+  TypeCode(expr.type);
+  Text(", 0)");
+}
+
+void Emitter::EmitDoubleArithmetic(const BoundExpr& expr) {
   const BoundExpr& left = *expr.args[0];
   const BoundExpr& right = *expr.args[1];
   if (expr.arithmetic == ArithmeticOp::Modulo) {

@@ -50,7 +50,10 @@ bool Emitter::EmitNativeCast(const BoundExpr& operand, const Type& to) {
     Text(")");
     return true;
   }
-  if (source == Family::Text && target == Family::Text && !IsFixedLength(to.id) &&
+  // A text of Unicode may lose characters in the code page.
+  const bool keepsCharacters = source != Family::Text || IsUnicode(to.id) || !IsUnicode(from.id);
+  const bool isString = source == Family::Text || source == Family::Binary;
+  if (source == target && isString && keepsCharacters && !IsFixedLength(to.id) &&
       (to.length < 0 || (from.length >= 0 && from.length <= to.length))) {
     Emit(operand);
     return true;

@@ -51,11 +51,12 @@ void Emitter::Emit(const BoundExpr& expr) {
   case BoundExpr::Kind::Like: EmitLike(expr); break;
   case BoundExpr::Kind::Between:
     Text("(");
-    EmitCollated(*expr.args[0]);
+    EmitComparable(*expr.args[0]);
+    EmitCollationOf(*expr.args[0]);
     Text(expr.negated ? " NOT BETWEEN " : " BETWEEN ");
-    Emit(*expr.args[1]);
+    EmitComparable(*expr.args[1]);
     Text(" AND ");
-    Emit(*expr.args[2]);
+    EmitComparable(*expr.args[2]);
     Text(")");
     break;
   case BoundExpr::Kind::In:
@@ -82,11 +83,19 @@ void Emitter::EmitComparison(const BoundExpr& expr) {
   const BoundExpr& left = *expr.args[0];
   const BoundExpr& right = *expr.args[1];
   Text("(");
-  Emit(left);
+  EmitComparable(left);
   if (IsText(left.type) && !left.baseColumn && !right.baseColumn) EmitCollation();
   Text(CompareSymbol(expr.compare));
-  Emit(right);
+  EmitComparable(right);
   Text(")");
+}
+
+// One side of a comparison. Of two binary values the shorter one counts as if zeros followed it.
+void Emitter::EmitComparable(const BoundExpr& expr) {
+  const bool mayDiffer = expr.type.id == TypeId::VarBinary;
+  if (mayDiffer) Open(names::kBinaryKey);
+  Emit(expr);
+  if (mayDiffer) Text(")");
 }
 
 void Emitter::EmitLogical(const BoundExpr& expr, const char* op) {
@@ -107,14 +116,16 @@ void Emitter::EmitLike(const BoundExpr& expr) {
 
 void Emitter::EmitIn(const BoundExpr& expr) {
   Text("(");
-  EmitCollated(*expr.args[0]);
+  const auto emitSide = [&](const BoundExpr& side) { return expr.query ? Emit(side) : EmitComparable(side); };
+  emitSide(*expr.args[0]);
+  EmitCollationOf(*expr.args[0]);
   Text(expr.negated ? " NOT IN (" : " IN (");
   if (expr.query) {
     EmitQuery(*expr.query);
   } else {
     for (size_t i = 1; i < expr.args.size(); ++i) {
       if (i > 1) Text(", ");
-      Emit(*expr.args[i]);
+      emitSide(*expr.args[i]);
     }
   }
   Text("))");
@@ -140,12 +151,13 @@ void Emitter::EmitCase(const BoundExpr& expr) {
   size_t at = 0;
   if (expr.hasOperand) {
     Text(" ");
-    EmitCollated(*expr.args[at++]);
+    EmitComparable(*expr.args[at]);
+    EmitCollationOf(*expr.args[at++]);
   }
   const size_t pairsEnd = expr.args.size() - (expr.hasElse ? 1 : 0);
   for (; at < pairsEnd; at += 2) {
     Text(" WHEN ");
-    Emit(*expr.args[at]);
+    EmitComparable(*expr.args[at]);
     Text(" THEN ");
     Emit(*expr.args[at + 1]);
   }

@@ -39,17 +39,17 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::LTrim, "ltrim"},
     {FunctionId::RTrim, "rtrim"},
     {FunctionId::Trim, "trim"},
-    {FunctionId::Upper, names::kUpper},
-    {FunctionId::Lower, names::kLower},
+    {FunctionId::Upper, names::kUpper, TypeCodes::Argument},
+    {FunctionId::Lower, names::kLower, TypeCodes::Argument},
     {FunctionId::Reverse, names::kReverse},
     {FunctionId::Left, names::kLeft},
     {FunctionId::Right, names::kRight},
     {FunctionId::Substring, names::kSubstring},
     {FunctionId::Replace, names::kReplace},
-    {FunctionId::Replicate, names::kReplicate},
+    {FunctionId::Replicate, names::kReplicate, TypeCodes::Result},
     {FunctionId::Stuff, names::kStuff},
     {FunctionId::Space, names::kSpace},
-    {FunctionId::Char, names::kChar},
+    {FunctionId::Char, names::kChar, TypeCodes::Result},
     {FunctionId::NChar, names::kChar},
     {FunctionId::Str, names::kStr},
     {FunctionId::IsNumeric, names::kIsNumeric},
@@ -160,15 +160,18 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
     Text(")");
     break;
   case Family::Integer:
+    // The sum must fit into the type, even if only the average is wanted.
+    if (isAverage) Text("(");
     Open(names::kRange);
     EmitNativeAggregate("sum", expr);
-    if (isAverage) {
-      Text(" / ");
-      EmitNativeAggregate("count", expr);
-    }
     Text(", ");
     Number(static_cast<int64_t>(expr.type.id));
     Text(")");
+    if (isAverage) {
+      Text(" / ");
+      EmitNativeAggregate("count", expr);
+      Text(")");
+    }
     break;
   default:
     if (expr.distinct) FailUnsupported("SUM or AVG with DISTINCT of a decimal");

@@ -130,6 +130,10 @@ void Emitter::EmitConstant(const Datum& value) {
 
 void Emitter::EmitCollated(const BoundExpr& expr) {
   Emit(expr);
+  EmitCollationOf(expr);
+}
+
+void Emitter::EmitCollationOf(const BoundExpr& expr) {
   // For a column of a table SQLite knows the collation, and it would not use an index if it were named here.
   if (IsText(expr.type) && !expr.baseColumn) EmitCollation();
 }

@@ -45,6 +45,7 @@ class Emitter {
   void TypeCode(const Type& type) { Number(EncodeType(type)); }
 
   void EmitCollated(const BoundExpr& expr);
+  void EmitCollationOf(const BoundExpr& expr);
   void EmitCollation();
   void EmitConstant(const Datum& value);
   void EmitParameter(const BoundExpr& expr);
@@ -57,6 +58,7 @@ class Emitter {
   void Emit(const BoundExpr& expr);
   void EmitColumn(const BoundExpr& expr);
   void EmitComparison(const BoundExpr& expr);
+  void EmitComparable(const BoundExpr& expr);
   void EmitLogical(const BoundExpr& expr, const char* op);
   void EmitLike(const BoundExpr& expr);
   void EmitIn(const BoundExpr& expr);
@@ -74,6 +76,7 @@ class Emitter {
   void EmitIntegerArithmetic(const BoundExpr& expr);
   void EmitDecimalArithmetic(const BoundExpr& expr);
   void EmitFloatArithmetic(const BoundExpr& expr);
+  void EmitDoubleArithmetic(const BoundExpr& expr);
   void EmitBitwise(const BoundExpr& expr);
   void EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right);
   // As one program for all decimal operations of the expression; false where it is none.

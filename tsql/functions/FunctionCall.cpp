@@ -43,9 +43,7 @@ void FunctionCall::Return(const Datum& value) const {
   case Datum::Kind::Integer: ReturnInteger(value.integer); break;
   case Datum::Kind::Real: ReturnReal(value.real); break;
   case Datum::Kind::Text: ReturnText(value.text); break;
-  case Datum::Kind::Blob:
-    sqlite3_result_blob64(context_, value.text.data(), value.text.size(), SQLITE_TRANSIENT);
-    break;
+  case Datum::Kind::Blob: ReturnBytes(value.text); break;
   }
 }
 

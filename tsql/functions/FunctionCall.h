@@ -22,6 +22,7 @@ class FunctionCall {
       if (IsNull(i)) return true;
     return false;
   }
+  bool IsBlob(int i) const { return sqlite3_value_type(values_[i]) == SQLITE_BLOB; }
   sqlite3_value* Raw(int i) const { return values_[i]; }
   int64_t Integer(int i) const { return sqlite3_value_int64(values_[i]); }
   double Real(int i) const { return sqlite3_value_double(values_[i]); }
@@ -36,8 +37,14 @@ class FunctionCall {
   void ReturnNull() const { sqlite3_result_null(context_); }
   void ReturnInteger(int64_t value) const { sqlite3_result_int64(context_, value); }
   void ReturnReal(double value) const { sqlite3_result_double(context_, value); }
+  // SQLite would take a pointer to nothing for a null.
   void ReturnText(std::string_view text) const {
-    sqlite3_result_text64(context_, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    const char* start = text.empty() ? "" : text.data();
+    sqlite3_result_text64(context_, start, text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  }
+  void ReturnBytes(std::string_view bytes) const {
+    const char* start = bytes.empty() ? "" : bytes.data();
+    sqlite3_result_blob64(context_, start, bytes.size(), SQLITE_TRANSIENT);
   }
   void ReturnValue(int i) const { sqlite3_result_value(context_, values_[i]); }
   void Return(const Datum& value) const;

@@ -29,6 +29,9 @@ inline constexpr const char* kSum = "t_sum";
 inline constexpr const char* kAverage = "t_average";
 inline constexpr const char* kMoment = "t_moment";
 
+// Binary values.
+inline constexpr const char* kBinaryKey = "t_binary_key";
+
 // Texts.
 inline constexpr const char* kLike = "t_like";
 inline constexpr const char* kLikePadded = "t_like_padded";

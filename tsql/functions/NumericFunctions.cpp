@@ -64,7 +64,7 @@ void Abs(const FunctionCall& call) {
   default: {
     Decimal value = call.DecimalAt(0, type);
     value.negative = false;
-    call.ReturnDecimal(value, type);
+    call.ReturnDecimal(CheckDecimal(value, type, "expression"), type);
   }
   }
 }

@@ -24,9 +24,12 @@ void Store(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
   const Type to = call.TypeAt(2);
   // Most texts fit as they are.
-  const bool isVariable = IsText(call.TypeAt(1)) && IsText(to) && !IsFixedLength(to.id);
-  if (isVariable && call.Text(0).size() <= static_cast<size_t>(to.length)) return call.ReturnValue(0);
-  call.Return(Convert(call.Value(0), call.TypeAt(1), to, ConvertMode::Assign));
+  const Type from = call.TypeAt(1);
+  const bool isVariable = IsText(from) && IsText(to) && !IsFixedLength(to.id);
+  const bool keepsCharacters = IsUnicode(to.id) || !IsUnicode(from.id);
+  if (isVariable && keepsCharacters && call.Text(0).size() <= static_cast<size_t>(to.length))
+    return call.ReturnValue(0);
+  call.Return(Convert(call.Value(0), from, to, ConvertMode::Assign));
 }
 
 void NotNull(const FunctionCall& call) {

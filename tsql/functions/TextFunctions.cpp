@@ -1,6 +1,8 @@
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
+#include "tsql/values/Currency.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
 
@@ -18,7 +20,8 @@ template <TrailingBlanks Blanks>
 void Like(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   char32_t escape = 0;
-  if (call.Count() > 2 && !call.Text(2).empty()) {
+  if (call.Count() > 2) {
+    if (CharCount(call.Text(2)) != 1) Fail(506, {call.Text(2)});
     size_t at = 0;
     escape = NextChar(call.Text(2), at);
   }
@@ -33,23 +36,35 @@ void Len(const FunctionCall& call) {
 void DataLength(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
   const Type type = call.TypeAt(1);
+  if (IsText(type) && !IsUnicode(type.id))
+    return call.ReturnInteger(static_cast<int64_t>(PageSize(call.Text(0))));
   if (IsText(type)) {
-    const auto count = static_cast<int64_t>(CharCount(call.Text(0)));
-    return call.ReturnInteger(IsUnicode(type.id) ? count * 2 : count);
+    const std::string_view text = call.Text(0);
+    // A character beyond 16 bits, which has four bytes in UTF-8, is two units of UTF-16.
+    const auto isLong = [](char byte) { return static_cast<unsigned char>(byte) >= 0xF0; };
+    const auto units =
+        static_cast<int64_t>(CharCount(text)) + std::count_if(text.begin(), text.end(), isLong);
+    return call.ReturnInteger(units * 2);
   }
   if (FamilyOf(type.id) == Family::Binary)
     return call.ReturnInteger(static_cast<int64_t>(call.Text(0).size()));
   call.ReturnInteger(StorageBytes(type));
 }
 
-void Upper(const FunctionCall& call) {
+// t_upper(text[, type]) and t_lower: a text in the code page keeps a letter whose other case the page lacks.
+template <char32_t (*Map)(char32_t)>
+void MapCase(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
-  call.ReturnText(ToUpper(call.Text(0)));
-}
-
-void Lower(const FunctionCall& call) {
-  if (call.IsNull(0)) return call.ReturnNull();
-  call.ReturnText(ToLower(call.Text(0)));
+  const bool inPage = call.Count() > 1 && !IsUnicode(call.TypeAt(1).id);
+  const std::string_view text = call.Text(0);
+  std::string result;
+  result.reserve(text.size());
+  for (size_t at = 0; at < text.size();) {
+    const char32_t character = NextChar(text, at);
+    const char32_t mapped = Map(character);
+    AppendChar(result, inPage && !IsInPage(mapped) ? character : mapped);
+  }
+  call.ReturnText(result);
 }
 
 void Reverse(const FunctionCall& call) {
@@ -85,6 +100,11 @@ void Substring(const FunctionCall& call) {
   // Positions before the first character count, but no character stands there.
   const int64_t end = call.Integer(1) + call.Integer(2);
   const int64_t begin = std::max<int64_t>(call.Integer(1), 1);
+  if (call.IsBlob(0)) {
+    const std::string_view bytes = call.Text(0);
+    const auto first = std::min(static_cast<size_t>(begin - 1), bytes.size());
+    return call.ReturnBytes(end <= begin ? "" : bytes.substr(first, static_cast<size_t>(end - begin)));
+  }
   if (end <= begin) return call.ReturnText("");
   const std::string_view text = call.Text(0);
   const std::string_view rest = text.substr(CharOffset(text, static_cast<size_t>(begin - 1)));
@@ -120,11 +140,14 @@ void CharIndex(const FunctionCall& call) {
   call.ReturnInteger(static_cast<int64_t>(CharCount(text.substr(0, found))) + 1);
 }
 
+// t_replicate(text, count[, type])
 void Replicate(const FunctionCall& call) {
   if (call.AnyNull() || call.Integer(1) < 0) return call.ReturnNull();
   const std::string_view text = call.Text(0);
+  const bool isUnicode = call.Count() > 2 && IsUnicode(call.TypeAt(2).id);
+  const auto size = static_cast<int64_t>(isUnicode ? CharCount(text) * 2 : PageSize(text));
   std::string result;
-  const int64_t most = text.empty() ? 0 : kMaxText / static_cast<int64_t>(CharCount(text));
+  const int64_t most = size == 0 ? 0 : kMaxText / size;
   for (int64_t i = 0; i < std::min(call.Integer(1), most); ++i) result += text;
   call.ReturnText(result);
 }
@@ -148,8 +171,12 @@ void Stuff(const FunctionCall& call) {
   call.ReturnText(result);
 }
 
+// t_char(number[, type]): a character of the code page that has one byte, or any of Unicode.
 void Char(const FunctionCall& call) {
-  if (call.IsNull(0) || call.Integer(0) < 0 || call.Integer(0) > 0xFFFF) return call.ReturnNull();
+  const bool inPage = call.Count() > 1 && !IsUnicode(call.TypeAt(1).id);
+  const int64_t last = inPage ? 0xFF : 0xFFFF;
+  if (call.IsNull(0) || call.Integer(0) < 0 || call.Integer(0) > last) return call.ReturnNull();
+  if (inPage && call.Integer(0) >= 0x80) FailUnsupported("CHAR of a part of a character of the code page");
   std::string text;
   AppendChar(text, static_cast<char32_t>(call.Integer(0)));
   call.ReturnText(text);
@@ -161,12 +188,20 @@ void Unicode(const FunctionCall& call) {
   call.ReturnInteger(static_cast<int64_t>(NextChar(call.Text(0), at)));
 }
 
-// The server's code page ends with Latin-1: any other character counts as a question mark.
+// The first byte that the text has in the code page.
 void Ascii(const FunctionCall& call) {
   if (call.IsNull(0) || call.Text(0).empty()) return call.ReturnNull();
-  size_t at = 0;
-  const char32_t character = NextChar(call.Text(0), at);
-  call.ReturnInteger(static_cast<int64_t>(character < 0x100 ? character : U'?'));
+  const std::string_view text = call.Text(0);
+  const std::string bytes = BytesOfText(text.substr(0, CharOffset(text, 1)), false);
+  call.ReturnInteger(static_cast<unsigned char>(bytes[0]));
+}
+
+// t_binary_key(bytes): without the zeros at the end, which do not count in comparisons.
+void BinaryKey(const FunctionCall& call) {
+  if (call.IsNull(0)) return call.ReturnNull();
+  const std::string_view bytes = call.Text(0);
+  const size_t last = bytes.find_last_not_of('\0');
+  call.ReturnBytes(bytes.substr(0, last == std::string_view::npos ? 0 : last + 1));
 }
 
 // t_patindex(pattern, text): where a LIKE pattern matches first.
@@ -184,16 +219,19 @@ void PatIndex(const FunctionCall& call) {
   call.ReturnInteger(0);
 }
 
-// t_quotename(name[, mark]): the name between brackets or quotation marks, those within it doubled.
+// t_quotename(name[, mark]): the name between two marks, of which the first or the second may be given. The
+// second one within the name is doubled.
 void QuoteNameText(const FunctionCall& call) {
   constexpr size_t kMaxName = 128;
+  constexpr std::string_view kPairs[] = {"[]", "()", "<>", "{}", "''", "\"\"", "``"};
   if (call.AnyNull() || CharCount(call.Text(0)) > kMaxName) return call.ReturnNull();
   const std::string_view mark = call.Count() > 1 ? call.Text(1).substr(0, 1) : "[";
-  if (mark.empty() || std::string_view("[]'\"").find(mark[0]) == std::string_view::npos)
-    return call.ReturnNull();
-  const bool isBracket = mark == "[" || mark == "]";
-  const char close = isBracket ? ']' : mark[0];
-  std::string result(1, isBracket ? '[' : mark[0]);
+  const auto* pair = std::find_if(std::begin(kPairs), std::end(kPairs), [mark](std::string_view each) {
+    return !mark.empty() && each.find(mark) != std::string_view::npos;
+  });
+  if (pair == std::end(kPairs)) return call.ReturnNull();
+  const char close = (*pair)[1];
+  std::string result(1, (*pair)[0]);
   for (const char character : call.Text(0)) {
     if (character == close) result += close;
     result += character;
@@ -223,16 +261,6 @@ void Str(const FunctionCall& call) {
     text = print(--digits);
   if (text.size() > width) return call.ReturnText(std::string(width, '*'));
   call.ReturnText(std::string(width - text.size(), ' ') + text);
-}
-
-// Takes one of the currency signs from the start of the text.
-bool TakeCurrency(std::string_view& text) {
-  for (const std::string_view sign : {"$", "\u00a3", "\u00a5", "\u20ac", "\uffe5"}) {
-    if (!text.starts_with(sign)) continue;
-    text.remove_prefix(sign.size());
-    return true;
-  }
-  return false;
 }
 
 bool TakeSign(std::string_view& text) {
@@ -275,18 +303,19 @@ void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Like<TrailingBlanks::Ignored>>(connection, context, names::kLikePadded, -1);
   Register<Len>(connection, context, names::kLen, 1);
   Register<DataLength>(connection, context, names::kDataLength, 2);
-  Register<Upper>(connection, context, names::kUpper, 1);
-  Register<Lower>(connection, context, names::kLower, 1);
+  Register<MapCase<UpperChar>>(connection, context, names::kUpper, -1);
+  Register<MapCase<FoldChar>>(connection, context, names::kLower, -1);
   Register<Reverse>(connection, context, names::kReverse, 1);
   Register<Left>(connection, context, names::kLeft, 2);
   Register<Right>(connection, context, names::kRight, 2);
   Register<Substring>(connection, context, names::kSubstring, 3);
   Register<Replace>(connection, context, names::kReplace, 3);
   Register<CharIndex>(connection, context, names::kCharIndex, -1);
-  Register<Replicate>(connection, context, names::kReplicate, 2);
+  Register<Replicate>(connection, context, names::kReplicate, -1);
   Register<Space>(connection, context, names::kSpace, 1);
   Register<Stuff>(connection, context, names::kStuff, 4);
-  Register<Char>(connection, context, names::kChar, 1);
+  Register<Char>(connection, context, names::kChar, -1);
+  Register<BinaryKey>(connection, context, names::kBinaryKey, 1);
   Register<Ascii>(connection, context, names::kAscii, 1);
   Register<Unicode>(connection, context, names::kUnicode, 1);
   Register<PatIndex>(connection, context, names::kPatIndex, 2);

@@ -83,6 +83,7 @@ void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition
   column.defaultText = definition.defaultText;
   if (definition.identity) {
     if (table.identityColumn >= 0) Fail(2744, {table.name});
+    if (!definition.defaultText.empty()) Fail(1754, {table.name, column.name});
     if (column.nullable || !IsIntegerStored(column.type) || column.type.id == TypeId::Bit)
       Fail(2749, {column.name});
     table.identityColumn = static_cast<int>(table.columns.size());
@@ -234,7 +235,7 @@ void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>&
   table.place = PlaceOf(name);
   table.storageName = table.place == Place::Temp ? catalog_.TempStorageName(table.name) : table.name;
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].name.empty()) Fail(8155, {std::to_string(i + 1), table.name});
+    if (columns[i].name.empty()) Fail(1038, {});
     ColumnDefinition definition;
     definition.name = columns[i].name;
     definition.type = columns[i].type;

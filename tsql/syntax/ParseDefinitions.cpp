@@ -66,6 +66,8 @@ ColumnDefinition Parser::ParseColumn(std::vector<ConstraintDefinition>& constrai
   column.line = Current().line;
   column.name = TakeName();
   if (IsWord("as")) FailUnsupported("A computed column", Current().line);
+  // A sysname is not null unless it is said to be.
+  if (IsWord("sysname")) column.nullable = false;
   column.type = ParseType(1);
   while (ParseColumnProperty(column, constraints)) {
   }

@@ -393,6 +393,19 @@ std::pair<int, int> Parser::ParseTypeArguments(bool& given) {
   return arguments;
 }
 
+namespace {
+
+// -1 stands for max.
+void CheckLength(TypeId id, int length, int line) {
+  constexpr int kMaxBytes = 8000;
+  if (length == 0) Fail(1001, {std::to_string(line), "0"}, line);
+  if (length < 0 && IsFixedLength(id)) Fail(102, {"max"}, line);
+  if (length > kMaxBytes) Fail(131, {std::to_string(length), TypeName(id)}, line);
+  if (IsUnicode(id) && length > kMaxBytes / 2) Fail(2717, {std::to_string(length), TypeName(id)}, line);
+}
+
+} // namespace
+
 Type Parser::ParseType(int32_t defaultLength) {
   const Token& token = Current();
   const std::string name = TakeName();
@@ -413,7 +426,7 @@ Type Parser::ParseType(int32_t defaultLength) {
     if (given) Fail(2716, {"1", TypeName(*id)}, token.line);
     return MakeType(*id);
   }
-  if (given && (first == 0 || first > 8000)) Fail(102, {std::to_string(first)}, token.line);
+  if (given) CheckLength(*id, first, token.line);
   return MakeType(*id, given ? first : defaultLength);
 }
 

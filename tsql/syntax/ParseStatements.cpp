@@ -87,7 +87,9 @@ StatementPtr Parser::ParseDeclare() {
     TakeWord("as");
     if (IsWord("table")) FailUnsupported("A table variable", Current().line);
     if (IsWord("cursor")) FailUnsupported("A cursor", Current().line);
+    const int line = Current().line;
     variable.type = ParseType(1);
+    if (IsLob(variable.type.id)) Fail(2739, {}, line);
     if (TakeSymbol("=")) variable.initial = ParseExpression();
     statement->variables.push_back(std::move(variable));
   } while (TakeSymbol(","));

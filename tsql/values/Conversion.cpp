@@ -1,8 +1,12 @@
 #include "tsql/values/Conversion.h"
 
+#include "tsql/values/BinaryForm.h"
+#include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/Currency.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Hexadecimal.h"
 
 #include <algorithm>
 #include <array>
@@ -21,33 +25,55 @@ std::string_view TrimBlanks(std::string_view text) {
 
 // ---- to text
 
-std::string PadText(std::string text, int32_t length) {
-  const auto wanted = static_cast<size_t>(std::max(length, 0));
-  const size_t count = CharCount(text);
-  if (count < wanted) text.append(wanted - count, ' ');
-  return text;
+// The length of a text as the type counts it. No text has more bytes in the code page than in UTF-8.
+size_t LengthAs(const std::string& text, const Type& type) {
+  return IsUnicode(type.id) ? CharCount(text) : PageSize(text);
 }
 
+// The text holds only characters that the type can hold.
 Datum FitText(std::string text, const Type& to, ConvertMode mode) {
   if (to.length < 0) return Datum::OfText(std::move(text));
   const auto limit = static_cast<size_t>(to.length);
-  if (text.size() > limit && CharCount(text) > limit) {
-    const size_t end = CharOffset(text, limit);
+  if (text.size() > limit && LengthAs(text, to) > limit) {
+    const size_t end = IsUnicode(to.id) ? CharOffset(text, limit) : PageOffset(text, limit);
     // Blanks at the end are always cut.
     if (mode == ConvertMode::Assign && text.find_first_not_of(' ', end) != std::string::npos) Fail(8152, {});
     text.resize(end);
   }
-  if (IsFixedLength(to.id)) text = PadText(std::move(text), to.length);
+  if (IsFixedLength(to.id)) text.append(limit - LengthAs(text, to), ' ');
   return Datum::OfText(std::move(text));
 }
 
-// A number is never cut: an integer that is too long becomes "*", any other is an error.
+// In the code page a text of Unicode loses the characters that the page lacks.
+Datum TextToText(const std::string& text, const Type& from, const Type& to, ConvertMode mode) {
+  return FitText(IsUnicode(from.id) && !IsUnicode(to.id) ? KeepPage(text) : text, to, mode);
+}
+
+// How CONVERT between texts and binary values takes the text, by its style.
+enum class BinaryStyle : uint8_t { Characters = 0, PrefixedDigits = 1, Digits = 2 };
+
+BinaryStyle BinaryStyleOf(int style, const Type& from, const Type& to) {
+  if (style < 0 || style > 2) Fail(9809, {std::to_string(style), TypeName(from.id), TypeName(to.id)});
+  return static_cast<BinaryStyle>(style);
+}
+
+Datum BinaryToText(const std::string& bytes, const Type& from, const Type& to, int style) {
+  const BinaryStyle form = BinaryStyleOf(style, from, to);
+  if (form == BinaryStyle::Characters)
+    return FitText(TextOfBytes(bytes, IsUnicode(to.id)), to, ConvertMode::Cast);
+  std::string digits = form == BinaryStyle::PrefixedDigits ? "0x" : "";
+  for (const char byte : bytes) AppendHex(digits, byte);
+  return FitText(std::move(digits), to, ConvertMode::Cast);
+}
+
+// A number is never cut: an integer of up to 32 bits that is too long becomes "*", any other is an error.
 Datum FitNumberText(std::string text, const Type& from, const Type& to) {
   if (to.length < 0 || text.size() <= static_cast<size_t>(to.length))
     return FitText(std::move(text), to, ConvertMode::Cast);
-  if (FamilyOf(from.id) == Family::Integer && !IsUnicode(to.id)) return FitText("*", to, ConvertMode::Cast);
-  const bool isExpression = FamilyOf(from.id) == Family::Integer || FamilyOf(from.id) == Family::Float;
-  Fail(8115, {isExpression ? "expression" : TypeName(from.id), TypeName(to.id)});
+  const bool isShort = FamilyOf(from.id) == Family::Integer && from.id != TypeId::BigInt;
+  if (isShort && !IsUnicode(to.id)) return FitText("*", to, ConvertMode::Cast);
+  if (IsMoney(from.id)) Fail(234, {TypeName(to.id)});
+  Fail(8115, {FamilyOf(from.id) == Family::Integer ? "expression" : TypeName(from.id), TypeName(to.id)});
 }
 
 std::string FloatText(double value, int style) {
@@ -64,6 +90,13 @@ std::string FloatText(double value, int style) {
   return text == "-0" ? "0" : text;
 }
 
+// The error of a float that does not fit into another type.
+[[noreturn]] void FailFloat(double value, TypeId to) {
+  std::array<char, 400> text{};
+  std::snprintf(text.data(), text.size(), "%f", value);
+  Fail(232, {TypeName(to), text.data()});
+}
+
 std::string MoneyText(const Decimal& value, int style) {
   if (style == 2) return DecimalToText(value);
   std::string text = DecimalToText(*Rescale(value, 2));
@@ -76,27 +109,41 @@ std::string MoneyText(const Decimal& value, int style) {
 
 Datum ToText(const Datum& value, const Type& from, const Type& to, ConvertMode mode, int style) {
   switch (FamilyOf(from.id)) {
-  case Family::Text: return FitText(value.text, to, mode);
+  case Family::Text: return TextToText(value.text, from, to, mode);
   case Family::Integer: return FitNumberText(std::to_string(value.integer), from, to);
   case Family::Decimal: {
     const Decimal number = DecimalOf(value, from);
     return FitNumberText(IsMoney(from.id) ? MoneyText(number, style) : DecimalToText(number), from, to);
   }
-  case Family::Float: return FitNumberText(FloatText(value.real, style), from, to);
+  case Family::Float: {
+    std::string text = FloatText(value.real, style);
+    if (to.length >= 0 && text.size() > static_cast<size_t>(to.length)) FailFloat(value.real, to.id);
+    return FitText(std::move(text), to, mode);
+  }
   case Family::DateTime: {
     const std::optional<std::string> text = FormatDateTime(value.integer, from.id, style);
     if (!text) Fail(281, {std::to_string(style), TypeName(from.id)});
     return FitText(*text, to, mode);
   }
   case Family::Guid:
-    if (to.length >= 0 && to.length < 36) Fail(8115, {"expression", TypeName(to.id)});
+    if (to.length >= 0 && to.length < 36) Fail(8170, {});
     return FitText(value.text, to, mode);
-  case Family::Binary: return FitText(value.text, to, mode);
+  case Family::Binary: return BinaryToText(value.text, from, to, style);
   }
   return {};
 }
 
 // ---- to numbers
+
+bool FitsInteger(int64_t value, TypeId type) {
+  switch (type) {
+  case TypeId::TinyInt: return value >= 0 && value <= UINT8_MAX;
+  case TypeId::SmallInt: return value >= INT16_MIN && value <= INT16_MAX;
+  case TypeId::Int:
+  case TypeId::SmallMoney: return value >= INT32_MIN && value <= INT32_MAX;
+  default: return true;
+  }
+}
 
 [[noreturn]] void FailTextToInteger(const Datum& value, const Type& from, TypeId to) {
   if (to == TypeId::BigInt) Fail(8114, {TypeName(from.id), TypeName(to)});
@@ -118,21 +165,10 @@ Datum TextToInteger(const Datum& value, const Type& from, const Type& to) {
   int64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (to.id == TypeId::Bit && error == std::errc()) return Datum::OfInteger(number != 0 ? 1 : 0);
-  bool fits = error == std::errc();
-  if (to.id == TypeId::Int) fits = fits && number >= INT32_MIN && number <= INT32_MAX;
-  if (to.id == TypeId::SmallInt) fits = fits && number >= INT16_MIN && number <= INT16_MAX;
-  if (to.id == TypeId::TinyInt) fits = fits && number >= 0 && number <= UINT8_MAX;
-  if (fits) return Datum::OfInteger(number);
+  if (error == std::errc() && FitsInteger(number, to.id)) return Datum::OfInteger(number);
   if (to.id == TypeId::BigInt) Fail(8115, {"expression", TypeName(to.id)});
   if (to.id == TypeId::Int) Fail(248, {TypeName(from.id), value.text});
   Fail(244, {TypeName(from.id), value.text, to.id == TypeId::TinyInt ? "INT1" : "INT2"});
-}
-
-int64_t BinaryToInteger(std::string_view bytes) {
-  uint64_t number = 0;
-  for (const char byte : bytes.substr(bytes.size() > 8 ? bytes.size() - 8 : 0))
-    number = (number << 8U) | static_cast<unsigned char>(byte);
-  return static_cast<int64_t>(number);
 }
 
 int64_t MomentToDays(int64_t ticks) {
@@ -152,23 +188,22 @@ Datum ToInteger(const Datum& value, const Type& from, const Type& to) {
     const std::optional<Decimal> whole =
         Rescale(number, 0, IsMoney(from.id) ? Rounding::HalfAwayFromZero : Rounding::Truncate);
     const std::optional<int64_t> integer = whole ? DecimalToInteger(*whole) : std::nullopt;
-    const bool isInt = integer && (to.id != TypeId::Int || (*integer >= INT32_MIN && *integer <= INT32_MAX));
-    if (!isInt) Fail(8115, {TypeName(from.id), TypeName(to.id)});
-    return Datum::OfInteger(CheckInteger(*integer, to.id));
+    if (!integer || !FitsInteger(*integer, to.id)) Fail(8115, {TypeName(from.id), TypeName(to.id)});
+    return Datum::OfInteger(*integer);
   }
   case Family::Float: {
     if (to.id == TypeId::Bit) return Datum::OfInteger(value.real != 0 ? 1 : 0);
     constexpr double kLimit = 9223372036854775808.0;
     const double whole = std::trunc(value.real);
-    if (!(whole >= -kLimit && whole < kLimit)) Fail(8115, {"expression", TypeName(to.id)});
-    return Datum::OfInteger(CheckInteger(static_cast<int64_t>(whole), to.id));
+    const bool isWord = whole >= -kLimit && whole < kLimit;
+    if (to.id == TypeId::BigInt && !isWord) Fail(8115, {"expression", TypeName(to.id)});
+    if (!isWord || !FitsInteger(static_cast<int64_t>(whole), to.id)) FailFloat(value.real, to.id);
+    return Datum::OfInteger(static_cast<int64_t>(whole));
   }
-  case Family::DateTime: return Datum::OfInteger(CheckInteger(MomentToDays(value.integer), to.id));
-  case Family::Binary: {
-    const int64_t number = BinaryToInteger(value.text);
-    return Datum::OfInteger(to.id == TypeId::Int ? static_cast<int32_t>(number)
-                                                 : CheckInteger(number, to.id));
-  }
+  case Family::DateTime:
+    if (to.id == TypeId::Bit) return Datum::OfInteger(value.integer != 0 ? 1 : 0);
+    return Datum::OfInteger(CheckInteger(MomentToDays(value.integer), to.id));
+  case Family::Binary: return ValueOfBytes(value.text, from, to);
   case Family::Guid: break;
   }
   Fail(529, {TypeName(from.id), TypeName(to.id)});
@@ -184,18 +219,31 @@ std::optional<double> ParseDouble(std::string_view text) {
   return number;
 }
 
-// The text of a money value without currency sign and thousands separators.
+// The text of a money value without thousands separators and currency sign, on either side of which the sign
+// may stand.
 std::string MoneyDigits(std::string_view text) {
+  text = TrimBlanks(text);
   std::string digits;
-  for (const char character : TrimBlanks(text))
-    if (character != ',' && character != '$') digits.push_back(character);
-  return digits.empty() ? "0" : digits;
+  const auto takeSign = [&] {
+    if (!text.starts_with('-') && !text.starts_with('+')) return;
+    digits = text.front();
+    text.remove_prefix(1);
+  };
+  takeSign();
+  if (TakeCurrency(text) && digits.empty()) takeSign();
+  // The server takes an amount without digits for zero.
+  if (text.find_first_not_of(".,") == std::string_view::npos &&
+      std::count(text.begin(), text.end(), '.') <= 1)
+    return "0";
+  for (const char character : text)
+    if (character != ',') digits.push_back(character);
+  return digits;
 }
 
 Datum TextToDecimal(const Datum& value, const Type& from, const Type& to) {
   if (IsMoney(to.id)) {
     const std::optional<Decimal> number = ParseDecimal(MoneyDigits(value.text));
-    if (!number) Fail(235, {});
+    if (!number) Fail(to.id == TypeId::Money ? 235 : 293, {});
     return StoreDecimal(Rescale(*number, to.scale), to, TypeName(from.id));
   }
   const std::optional<Decimal> number = ParseDecimal(TrimBlanks(value.text));
@@ -214,8 +262,10 @@ Datum ToDecimal(const Datum& value, const Type& from, const Type& to) {
   case Family::DateTime:
     return StoreDecimal(DecimalFromDouble(static_cast<double>(value.integer) / kTicksPerDay, to.scale), to,
                         TypeName(from.id));
-  default: Fail(529, {TypeName(from.id), TypeName(to.id)});
+  case Family::Binary: return ValueOfBytes(value.text, from, to);
+  case Family::Guid: break;
   }
+  Fail(529, {TypeName(from.id), TypeName(to.id)});
 }
 
 Datum ToFloat(const Datum& value, const Type& from, const Type& to) {
@@ -269,10 +319,13 @@ Datum ToDateTime(const Datum& value, const Type& from, const Type& to) {
     if (std::abs(days) > kFarthest) Fail(8115, {"expression", TypeName(to.id)});
     return StoreMoment(std::llround(days * static_cast<double>(kTicksPerDay)), from, to);
   }
-  default: Fail(529, {TypeName(from.id), TypeName(to.id)});
+  case Family::Binary: return ValueOfBytes(value.text, from, to);
+  case Family::Guid: break;
   }
+  Fail(529, {TypeName(from.id), TypeName(to.id)});
 }
 
+// Texts and binary values are padded and cut on the right.
 Datum FitBinary(std::string bytes, const Type& to, ConvertMode mode) {
   if (to.length >= 0) {
     const auto limit = static_cast<size_t>(to.length);
@@ -282,26 +335,35 @@ Datum FitBinary(std::string bytes, const Type& to, ConvertMode mode) {
   return Datum::OfBlob(std::move(bytes));
 }
 
-Datum ToBinary(const Datum& value, const Type& from, const Type& to, ConvertMode mode) {
-  switch (FamilyOf(from.id)) {
-  case Family::Binary:
-  case Family::Text: return FitBinary(value.text, to, mode);
-  case Family::Integer: {
-    const unsigned size = from.id == TypeId::BigInt     ? 8
-                          : from.id == TypeId::Int      ? 4
-                          : from.id == TypeId::SmallInt ? 2
-                                                        : 1;
-    std::string bytes;
-    for (unsigned i = size; i-- > 0;)
-      bytes.push_back(static_cast<char>(static_cast<uint64_t>(value.integer) >> (8 * i)));
-    return FitBinary(std::move(bytes), to, mode);
+// All other values are padded and cut on the left.
+Datum FitBinaryLeft(std::string bytes, const Type& to) {
+  if (to.length >= 0) {
+    const auto limit = static_cast<size_t>(to.length);
+    if (bytes.size() > limit) bytes.erase(0, bytes.size() - limit);
+    if (IsFixedLength(to.id)) bytes.insert(0, limit - bytes.size(), '\0');
   }
-  default: Fail(529, {TypeName(from.id), TypeName(to.id)});
+  return Datum::OfBlob(std::move(bytes));
+}
+
+Datum TextToBinary(const std::string& text, const Type& from, const Type& to, ConvertMode mode, int style) {
+  const BinaryStyle form = BinaryStyleOf(style, from, to);
+  if (form == BinaryStyle::Characters) return FitBinary(BytesOfText(text, IsUnicode(from.id)), to, mode);
+  std::optional<std::string> bytes = ParseHex(text, form == BinaryStyle::PrefixedDigits);
+  if (!bytes) Fail(8114, {TypeName(from.id), TypeName(to.id)});
+  return FitBinary(std::move(*bytes), to, mode);
+}
+
+Datum ToBinary(const Datum& value, const Type& from, const Type& to, ConvertMode mode, int style) {
+  switch (FamilyOf(from.id)) {
+  case Family::Binary: return FitBinary(value.text, to, mode);
+  case Family::Text: return TextToBinary(value.text, from, to, mode, style);
+  default: return FitBinaryLeft(BytesOfValue(value, from), to);
   }
 }
 
 Datum ToGuid(const Datum& value, const Type& from, const Type& to) {
   if (FamilyOf(from.id) == Family::Guid) return value;
+  if (FamilyOf(from.id) == Family::Binary) return ValueOfBytes(value.text, from, to);
   if (!IsText(from)) Fail(529, {TypeName(from.id), TypeName(to.id)});
   std::string_view text = TrimBlanks(value.text);
   if (text.size() == 38 && text.front() == '{' && text.back() == '}') text = text.substr(1, 36);
@@ -319,19 +381,10 @@ Datum ToGuid(const Datum& value, const Type& from, const Type& to) {
 } // namespace
 
 int64_t CheckInteger(int64_t value, TypeId type) {
-  switch (type) {
-  case TypeId::TinyInt:
-    if (value < 0 || value > UINT8_MAX) Fail(220, {"tinyint", std::to_string(value)});
-    break;
-  case TypeId::SmallInt:
-    if (value < INT16_MIN || value > INT16_MAX) Fail(220, {"smallint", std::to_string(value)});
-    break;
-  case TypeId::Int:
-    if (value < INT32_MIN || value > INT32_MAX) Fail(8115, {"expression", "int"});
-    break;
-  default: break;
-  }
-  return value;
+  if (FitsInteger(value, type)) return value;
+  const bool isSmall = type == TypeId::TinyInt || type == TypeId::SmallInt;
+  if (isSmall) Fail(220, {TypeName(type), std::to_string(value)});
+  Fail(8115, {"expression", TypeName(type)});
 }
 
 const Decimal& CheckDecimal(const std::optional<Decimal>& value, const Type& type, std::string_view source) {
@@ -339,8 +392,9 @@ const Decimal& CheckDecimal(const std::optional<Decimal>& value, const Type& typ
   constexpr uint64_t kSmallMoneyLimit = uint64_t{1} << 31U;
   bool fits = value.has_value();
   if (fits && IsMoney(type.id)) {
+    // There is one value more below zero than above.
     const uint64_t limit = type.id == TypeId::Money ? kMoneyLimit : kSmallMoneyLimit;
-    fits = value->high == 0 && value->low < limit;
+    fits = value->high == 0 && value->low < limit + (value->negative ? 1 : 0);
   } else if (fits) {
     fits = FitsPrecision(*value, type.precision);
   }
@@ -360,37 +414,10 @@ Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode 
   case Family::Float: return ToFloat(value, from, to);
   case Family::Text: return ToText(value, from, to, mode, style);
   case Family::DateTime: return ToDateTime(value, from, to);
-  case Family::Binary: return ToBinary(value, from, to, mode);
+  case Family::Binary: return ToBinary(value, from, to, mode, style);
   case Family::Guid: return ToGuid(value, from, to);
   }
   return {};
-}
-
-Conversion FindConversion(TypeId from, TypeId to) {
-  const Family source = FamilyOf(from);
-  const Family target = FamilyOf(to);
-  if (source == target) return Conversion::Implicit;
-  const bool numericSource =
-      source == Family::Integer || source == Family::Decimal || source == Family::Float;
-  const bool numericTarget =
-      target == Family::Integer || target == Family::Decimal || target == Family::Float;
-  if (numericSource && numericTarget) return Conversion::Implicit;
-  if (IsLob(from) || IsLob(to)) {
-    // The large types convert only to and from character types.
-    if (target == Family::Binary && source == Family::Integer) return Conversion::Impossible;
-    return source == Family::Text && target != Family::Binary && !IsLob(from) ? Conversion::Implicit
-                                                                              : Conversion::Impossible;
-  }
-  if (source == Family::Text)
-    return target == Family::Binary ? Conversion::ExplicitOnly : Conversion::Implicit;
-  if (target == Family::Text) return IsMoney(from) ? Conversion::ExplicitOnly : Conversion::Implicit;
-  if (source == Family::DateTime)
-    return from == TypeId::Date || !numericTarget ? Conversion::Impossible : Conversion::ExplicitOnly;
-  if (target == Family::DateTime)
-    return to == TypeId::Date || !numericSource ? Conversion::Impossible : Conversion::Implicit;
-  if (source == Family::Integer && target == Family::Binary) return Conversion::Implicit;
-  if (source == Family::Binary && target == Family::Integer) return Conversion::Implicit;
-  return Conversion::Impossible;
 }
 
 } // namespace tsql

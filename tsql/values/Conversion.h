@@ -17,7 +17,4 @@ Datum StoreDecimal(const std::optional<Decimal>& value, const Type& type, std::s
 // Returns the value if it is within the range of the type; 8115 or 220 if it is not.
 int64_t CheckInteger(int64_t value, TypeId type);
 
-enum class Conversion : uint8_t { Implicit, ExplicitOnly, Impossible };
-Conversion FindConversion(TypeId from, TypeId to);
-
 } // namespace tsql

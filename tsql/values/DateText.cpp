@@ -29,7 +29,8 @@ class DateReader {
     return at_ < text_.size();
   }
 
-  bool IsDigit() const { return at_ < text_.size() && text_[at_] >= '0' && text_[at_] <= '9'; }
+  static bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+  bool IsDigit() const { return at_ < text_.size() && IsDigit(text_[at_]); }
   bool Take(char character) {
     if (at_ >= text_.size() || text_[at_] != character) return false;
     ++at_;
@@ -53,7 +54,8 @@ class DateReader {
     if (Take(':')) return ReadTime(value);
     if (digits == 8 || digits == 6) return CompactDate(value, digits);
     SkipBlanks();
-    if (IsSeparator() && (wordMonth_ != 0 || IsWordBehindSeparator())) {
+    const char behind = BehindSeparator();
+    if (IsLetter(behind) || (wordMonth_ != 0 && IsDigit(behind))) {
       ++at_;
       return PutNumber(value, digits);
     }
@@ -72,10 +74,10 @@ class DateReader {
 
   static bool IsLetter(char character) { return (character | 0x20) >= 'a' && (character | 0x20) <= 'z'; }
 
-  // Whether a month's name may stand between this separator and the next one.
-  bool IsWordBehindSeparator() const {
-    const size_t next = text_.find_first_not_of(' ', at_ + 1);
-    return next != std::string_view::npos && IsLetter(text_[next]);
+  // What stands behind this separator and the blanks that follow it; 0 for nothing, or if this is none.
+  char BehindSeparator() const {
+    const size_t next = IsSeparator() ? text_.find_first_not_of(' ', at_ + 1) : std::string_view::npos;
+    return next != std::string_view::npos ? text_[next] : '\0';
   }
 
   bool ReadSeparated(int first, size_t firstDigits) {
@@ -163,7 +165,9 @@ class DateReader {
         if (wordMonth_ != 0) return false;
         wordMonth_ = month;
         SkipBlanks();
-        if (IsSeparator()) ++at_;
+        if (!IsSeparator()) return true;
+        if (!IsDigit(BehindSeparator())) return false;
+        ++at_;
         return true;
       }
     }

@@ -129,6 +129,13 @@ std::optional<DatePart> FindDatePart(std::string_view name) {
   return std::nullopt;
 }
 
+const char* NameOf(DatePart part) {
+  constexpr std::array<const char*, 11> kNames = {"year",   "quarter", "month",      "dayofyear",
+                                                  "day",    "week",    "weekday",    "hour",
+                                                  "minute", "second",  "millisecond"};
+  return kNames[static_cast<size_t>(part)];
+}
+
 std::optional<int64_t> DateAdd(DatePart part, int64_t number, int64_t ticks) {
   constexpr int64_t kLimit = 400000000000000;
   if (number > kLimit || number < -kLimit) return std::nullopt;

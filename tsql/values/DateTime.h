@@ -45,6 +45,7 @@ enum class DatePart : uint8_t {
   Millisecond = 10,
 };
 std::optional<DatePart> FindDatePart(std::string_view name);
+const char* NameOf(DatePart part);                                            // the full one
 std::optional<int64_t> DateAdd(DatePart part, int64_t number, int64_t ticks); // nullopt: out of range
 int64_t DateDiff(DatePart part, int64_t from, int64_t to);
 int GetDatePart(DatePart part, int64_t ticks);

@@ -19,8 +19,8 @@ Datum DatumOfDecimal(const Decimal& value, const Type& type) {
     return Datum::OfBlob(std::string(bytes.data(), bytes.size()));
   }
   assert(value.high == 0);
-  const auto magnitude = static_cast<int64_t>(value.low);
-  return Datum::OfInteger(value.negative ? -magnitude : magnitude);
+  // The lowest money value has no positive counterpart in 64 bits.
+  return Datum::OfInteger(static_cast<int64_t>(value.negative ? ~value.low + 1 : value.low));
 }
 
 } // namespace tsql

@@ -42,6 +42,8 @@ constexpr ErrorText kErrors[] = {
      "The select list for the INSERT statement contains more items than the insert list. The number of "
      "SELECT values must match the number of INSERT columns."},
     {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
+    {131, 15, 3,
+     "The size (%1) given to the type '%2' exceeds the maximum allowed for any data type (8000)."},
     {134, 15, 2,
      "The variable name '%1' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
@@ -55,6 +57,7 @@ constexpr ErrorText kErrors[] = {
     {147, 15, 1,
      "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
      "clause or a select list, and the column being aggregated is an outer reference."},
+    {155, 15, 1, "'%1' is not a recognized %2 option."},
     {156, 15, 1, "Incorrect syntax near the keyword '%1'."},
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
     {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
@@ -78,6 +81,7 @@ constexpr ErrorText kErrors[] = {
     {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
     {220, 16, 1, "Arithmetic overflow error for data type %1, value = %2."},
     {232, 16, 3, "Arithmetic overflow error for type %1, value = %2."},
+    {234, 16, 2, "There is insufficient result space to convert a money value to %1."},
     {235, 16, 0, "Cannot convert a char value to money. The char value has incorrect syntax."},
     {239, 16, 1, "Duplicate common table expression name '%1' was specified."},
     {241, 16, 1, "Conversion failed when converting date and/or time from character string."},
@@ -98,6 +102,7 @@ constexpr ErrorText kErrors[] = {
      "aliasing can conceal the duplication in your code."},
     {270, 16, 1, "Object '%1' cannot be modified."},
     {281, 16, 1, "%1 is not a valid style number when converting from %2 to a character string."},
+    {293, 16, 0, "Cannot convert char value to smallmoney. The char value has incorrect syntax."},
     {402, 16, 1, "The data types %1 and %2 are incompatible in the %3 operator."},
     {408, 16, 1, "A constant expression was encountered in the ORDER BY list, position %1."},
     {460, 16, 1,
@@ -111,6 +116,7 @@ constexpr ErrorText kErrors[] = {
     {467, 16, 1,
      "GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common "
      "table expression '%1'."},
+    {506, 16, 1, "The invalid escape character \"%1\" was specified in a LIKE predicate."},
     {512, 16, 1,
      "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , "
      ">, >= or when the subquery is used as an expression."},
@@ -137,6 +143,7 @@ constexpr ErrorText kErrors[] = {
     {948, 20, 1,
      "The database '%1' cannot be opened because it is version %2. This server supports version %3 and "
      "earlier. A downgrade path is not supported."},
+    {1001, 15, 1, "Line %1: Length or precision specification %2 is invalid."},
     {1008, 16, 1,
      "The SELECT item identified by the ORDER BY number %1 contains a variable as part of the expression "
      "identifying a column position. Variables are only allowed when ordering by an expression referencing a "
@@ -145,9 +152,14 @@ constexpr ErrorText kErrors[] = {
     {1013, 16, 1,
      "The objects \"%1\" and \"%2\" in the FROM clause have the same exposed names. Use correlation names to "
      "distinguish them."},
+    {1023, 15, 1, "Invalid parameter %1 specified for %2."},
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
+    {1038, 15, 5,
+     "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name. For "
+     "other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change the alias "
+     "to a valid name."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
@@ -156,6 +168,8 @@ constexpr ErrorText kErrors[] = {
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
      "'dbo.%1' and the index name '%2'."},
     {1750, 16, 0, "Could not create constraint. See previous errors."},
+    {1754, 16, 0,
+     "Defaults cannot be created on columns with an IDENTITY attribute. Table '%1', column '%2'."},
     {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
     {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
     {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
@@ -180,6 +194,8 @@ constexpr ErrorText kErrors[] = {
     {2714, 16, 6, "There is already an object named '%1' in the database."},
     {2715, 16, 6, "Column, parameter, or variable #%1: Cannot find data type %2."},
     {2716, 16, 1, "Column, parameter, or variable #%1: Cannot specify a column width on data type %2."},
+    {2717, 15, 2, "The size (%1) given to the type '%2' exceeds the maximum allowed (4000)."},
+    {2739, 16, 1, "The text, ntext, and image data types are invalid for local variables."},
     {2744, 16, 2,
      "Multiple identity columns specified for table '%1'. Only one identity column per table is "
      "allowed."},
@@ -198,8 +214,13 @@ constexpr ErrorText kErrors[] = {
     {4115, 15, 1,
      "The reference to column \"%1\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. Only "
      "references to columns at an outer scope or standalone expressions and subqueries are allowed here."},
+    {4127, 16, 1,
+     "At least one of the arguments to COALESCE must be an expression that is not the NULL constant."},
     {4145, 15, 1,
      "An expression of non-boolean type specified in a context where a condition is expected, near '%1'."},
+    {4151, 16, 1,
+     "The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument "
+     "has to be known."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
@@ -218,6 +239,7 @@ constexpr ErrorText kErrors[] = {
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},
     {8115, 16, 2, "Arithmetic overflow error converting %1 to data type %2."},
+    {8116, 16, 1, "Argument data type %1 is invalid for argument %2 of %3 function."},
     {8117, 16, 1, "Operand data type %1 is invalid for %2 operator."},
     {8120, 16, 1,
      "Column '%1' is invalid in the select list because it is not contained in either an aggregate function "
@@ -228,6 +250,9 @@ constexpr ErrorText kErrors[] = {
     {8127, 16, 1,
      "Column \"%1\" is invalid in the ORDER BY clause because it is not contained in either an aggregate "
      "function or the GROUP BY clause."},
+    {8133, 16, 1,
+     "At least one of the result expressions in a CASE specification must be an expression other than the NULL "
+     "constant."},
     {8134, 16, 1, "Divide by zero error encountered."},
     {8144, 16, 2, "Procedure or function %1 has too many arguments specified."},
     {8145, 16, 1, "%1 is not a parameter for procedure %2."},
@@ -237,6 +262,9 @@ constexpr ErrorText kErrors[] = {
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
+    {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
+    {9809, 16, 1, "The style %1 is not supported for conversions from %2 to %3."},
+    {9810, 16, 1, "The datepart %1 is not supported by date function %2 for data type %3."},
     {10734, 15, 1,
      "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
      "operator."},
@@ -288,6 +316,7 @@ bool EndsTransaction(const Error& error) {
   case 244:
   case 245:
   case 248:
+  case 293:
   case 8114:
   case 8169: return true;
   default: return error.severity >= 20;
@@ -302,6 +331,8 @@ bool EndsBatch(const Error& error) {
   case 217:
   case 220:
   case 232:
+  case 234:
+  case 506:
   case 512:
   case 515:
   case 517:
@@ -328,7 +359,8 @@ bool EndsBatch(const Error& error) {
   case 8134:
   case 8144:
   case 8145:
-  case 8152: return false;
+  case 8152:
+  case 8170: return false;
   default: return error.number < 50000;
   }
 }

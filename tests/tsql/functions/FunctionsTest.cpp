@@ -27,6 +27,13 @@ TEST_F(FunctionsTest, Texts) {
   EXPECT_EQ(Scalar("DATENAME(month, '2020-03-01')"), "March");
 }
 
+TEST_F(FunctionsTest, PartsOfAnEmptyTextAreEmpty) {
+  EXPECT_EQ(
+      Rows("DECLARE @e VARCHAR(5), @n INT SELECT @e = '', @n = 2 SELECT '[' + LEFT(@e, @n) + RIGHT(@e, @n) + "
+           "SUBSTRING(@e, @n, 1) + ']'"),
+      Lines({"[]"}));
+}
+
 TEST_F(FunctionsTest, Numbers) {
   EXPECT_EQ(Scalar("SIGN(-2.5)"), "-1.0");
   EXPECT_EQ(Scalar("POWER(2, 10)"), "1024");

@@ -131,8 +131,8 @@ TEST_F(TypesTest, TextLengths) {
   EXPECT_EQ(TypeOf("'ab' + 'cde'"), (Type{TypeId::VarChar, 5, 0, 0}));
   EXPECT_EQ(TypeOf("'ab' + N'c'"), (Type{TypeId::NVarChar, 3, 0, 0}));
   Must("CREATE TABLE t (a VARCHAR(2), c CHAR(3))");
-  Must("INSERT INTO t VALUES ('物料', 'x'), ('ab ', 'y')");
-  EXPECT_EQ(Rows("SELECT a, c + '|' FROM t"), Lines({"物料|x  |", "ab|y  |"}));
+  Must("INSERT INTO t VALUES ('物', 'x'), ('ab ', 'y')");
+  EXPECT_EQ(Rows("SELECT a, c + '|' FROM t"), Lines({"物|x  |", "ab|y  |"}));
   EXPECT_EQ(ErrorOf("INSERT INTO t (a) VALUES ('abc')"), 8152);
   EXPECT_EQ(ErrorOf("INSERT INTO t (a) SELECT 'ab' + 'c'"), 8152);
   EXPECT_EQ(Scalar("CAST(12345 AS VARCHAR(3))"), "*");
@@ -222,7 +222,7 @@ TEST_F(TypesTest, TextFunctions) {
   EXPECT_EQ(Scalar("SUBSTRING('abcdef', 2, 3)"), "bcd");
   EXPECT_EQ(Scalar("SUBSTRING('abcdef', 0, 3)"), "ab");
   EXPECT_EQ(ErrorOf("DECLARE @n INT SET @n = -1 SELECT SUBSTRING('abc', 1, @n)"), 537);
-  EXPECT_EQ(Scalar("UPPER('aé') + LOWER('BÀ')"), "AÉbà");
+  EXPECT_EQ(Scalar("UPPER(N'aé') + LOWER(N'BÀ')"), "AÉbà");
   EXPECT_EQ(Scalar("REPLACE('aXbxc', 'x', '-')"), "a-b-c");
   EXPECT_EQ(Scalar("CHARINDEX('C', 'abcabc')"), "3");
   EXPECT_EQ(Scalar("CHARINDEX('c', 'abcabc', 4)"), "6");
