@@ -1,5 +1,6 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -199,7 +200,7 @@ BoundExprPtr Binder::BindConstantFunction(const Expr& expr) {
       {"host_name", "localhost"},           {"app_name", "tsql"}};
   for (const auto& [name, value] : kNames) {
     if (expr.text != name) continue;
-    if (!expr.args.empty()) FailUnsupported(ToUpper(name) + " with an argument");
+    if (!expr.args.empty()) Refuse("A function of the server that gives a name, with an argument");
     return MakeConstant(Datum::OfText(value), MakeType(TypeId::NVarChar, kNameLength));
   }
   return nullptr;

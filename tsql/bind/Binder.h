@@ -32,6 +32,7 @@ class Binder {
       : catalog_(catalog), variables_(variables), markers_(markers) {}
 
   BoundQueryPtr BindStatementQuery(const Query& query);
+  BoundQueryPtr BindViewQuery(const Query& query);
   BoundExprPtr BindScalar(const Expr& expr);
   // The value converted as for a variable of the type.
   BoundExprPtr BindValueFor(const Expr& expr, const Type& type);
@@ -189,6 +190,7 @@ class Binder {
   const CommonInfo* UseCommon(const ObjectName& name);
 
   // changes (BindChanges.cpp)
+  bool IsPending(const ObjectName& name) const;
   TablePtr FindTable(const ObjectName& name) const;
   TablePtr RequireTable(const ObjectName& name);
   std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,
