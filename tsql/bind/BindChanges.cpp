@@ -161,8 +161,8 @@ void Binder::AddDefaults(BoundInsert& bound) {
     const int column = static_cast<int>(i);
     const bool given = std::find(bound.columns.begin(), bound.columns.end(), column) != bound.columns.end();
     if (given || table.columns[i].identity) continue;
-    const bool mustRefuse = column == table.rowidColumn;
-    if (table.columns[i].defaultText.empty() && !mustRefuse) continue;
+    // For a column that must have a value SQLite might know one of its own.
+    if (table.columns[i].defaultText.empty() && table.columns[i].nullable) continue;
     bound.columns.push_back(column);
     const auto value = [&] { return AssignColumn(BindDefault(table, column), table, column); };
     for (std::vector<BoundExprPtr>& row : bound.rows) row.push_back(value());

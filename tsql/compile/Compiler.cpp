@@ -95,7 +95,7 @@ std::string Compiler::CompileCheck(const TableInfo& table, const std::string& te
 }
 
 std::string Compiler::CompileDefault(const ColumnInfo& column) const {
-  const ExprPtr expr = ParseDefault(column.defaultText.empty() ? "0" : column.defaultText);
+  const ExprPtr expr = ParseDefault(column.defaultText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
   const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), column.type);
   PreparedStatement value = Prepare(context_.connection, Emitter().EmitValue(*bound).sql);

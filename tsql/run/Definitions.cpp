@@ -332,9 +332,13 @@ void Definitions::AlterAddColumn(TableInfo& table, const ColumnDefinition& defin
   std::string sql = "ALTER TABLE " + table.SqlName() + " ADD COLUMN " + ColumnSql(table, column);
   if (!info.nullable) {
     PreparedStatement any = connection_.Prepare("SELECT 1 FROM " + table.SqlName());
-    if (info.defaultText.empty() && any.Step()) Fail(4901, {info.name, table.name});
-    // Rows that exist get the default; SQLite wants it as a constant.
-    sql += " DEFAULT " + compiler_.CompileDefault(info);
+    const bool hasRows = any.Step();
+    if (info.defaultText.empty() && hasRows) Fail(4901, {info.name, table.name});
+    // Rows that exist get the default; SQLite wants it as a constant, even where no row gets it.
+    std::string value = info.defaultText.empty() ? "NULL" : compiler_.CompileDefault(info);
+    const std::string database = table.place == Place::Main ? catalog_.DatabaseName() : "tempdb";
+    if (value == "NULL" && hasRows) Fail(515, {info.name, database + ".dbo." + table.name, "UPDATE"});
+    sql += " DEFAULT " + (value == "NULL" ? "0" : value);
   }
   connection_.Run(sql);
 }

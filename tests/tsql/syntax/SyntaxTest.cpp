@@ -61,6 +61,13 @@ TEST_F(SyntaxTest, Definitions) {
   EXPECT_EQ(Rows("SELECT c, d FROM t"), Lines({"7|NULL", "7|NULL"}));
   EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL"), 4901);
   EXPECT_EQ(ErrorOf("ALTER TABLE missing ADD e INT"), 4902);
+  EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL DEFAULT NULL"), 515);
+  Must("CREATE TABLE none (a INT) ALTER TABLE none ADD e DATE NOT NULL DEFAULT NULL");
+  EXPECT_EQ(ErrorOf("INSERT INTO none (a) VALUES (1)"), 515);
+  Must("CREATE TABLE empty (a INT) ALTER TABLE empty ADD e DATE NOT NULL, f INT NOT NULL");
+  EXPECT_EQ(ErrorOf("INSERT INTO empty (a, e) VALUES (1, '2020-01-31')"), 515);
+  EXPECT_EQ(ErrorOf("INSERT INTO empty (a, f) SELECT 1, 2"), 515);
+  Must("INSERT INTO empty (a, e, f) VALUES (1, '2020-01-31', 3)");
   EXPECT_EQ(ErrorOf("TRUNCATE TABLE missing"), 4701);
 }
 
