@@ -1,6 +1,7 @@
 #include "tsql/bind/Binder.h"
 
 #include "tsql/syntax/Parser.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -30,16 +31,19 @@ const TableSource* FindTargetSource(const TableSource& from, const ObjectName& n
 
 } // namespace
 
-TablePtr Binder::FindTable(const ObjectName& name) const {
+bool Binder::IsPending(const ObjectName& name) const {
   const auto isSame = [&](const std::string& table) { return EqualNames(table, name.name); };
-  if (pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame)) return nullptr;
-  return catalog_.FindTable(name);
+  return pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame);
+}
+
+TablePtr Binder::FindTable(const ObjectName& name) const {
+  return IsPending(name) ? nullptr : catalog_.FindTable(name);
 }
 
 TablePtr Binder::RequireTable(const ObjectName& name) {
   TablePtr table = FindTable(name);
   if (!table) {
-    if (catalog_.FindView(name)) FailUnsupported("Changing a view");
+    if (catalog_.FindView(name)) Refuse("Changing a view");
     Fail(208, {name.schema.empty() ? name.name : name.schema + "." + name.name});
   }
   dependencies_.push_back({name, table, nullptr});
@@ -157,8 +161,8 @@ void Binder::AddDefaults(BoundInsert& bound) {
     const int column = static_cast<int>(i);
     const bool given = std::find(bound.columns.begin(), bound.columns.end(), column) != bound.columns.end();
     if (given || table.columns[i].identity) continue;
-    const bool mustRefuse = column == table.rowidColumn;
-    if (table.columns[i].defaultText.empty() && !mustRefuse) continue;
+    // For a column that must have a value SQLite might know one of its own.
+    if (table.columns[i].defaultText.empty() && table.columns[i].nullable) continue;
     bound.columns.push_back(column);
     const auto value = [&] { return AssignColumn(BindDefault(table, column), table, column); };
     for (std::vector<BoundExprPtr>& row : bound.rows) row.push_back(value());
@@ -170,7 +174,7 @@ void Binder::AddDefaults(BoundInsert& bound) {
 
 TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Scope& scope,
                             BoundSourcePtr& source, int& target) {
-  if (FindCommon(name) != nullptr) FailUnsupported("Changing a common table expression");
+  if (FindCommon(name) != nullptr) Refuse("Changing a common table expression");
   if (from == nullptr) {
     TablePtr table = RequireTable(name);
     ScopeSource entry;
@@ -194,14 +198,14 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
     source->left = BindNamed(own, scope);
     source->right = BindSource(*from, scope);
     target = source->left->id;
-    if (!source->left->table) FailUnsupported("Changing a view");
+    if (!source->left->table) Refuse("Changing a view");
     return source->left->table;
   }
   source = BindSource(*from, scope);
   const std::string& exposed = targetSource->alias.empty() ? targetSource->name.name : targetSource->alias;
   for (const ScopeSource& entry : scope.sources) {
     if (!EqualNames(entry.exposed, exposed)) continue;
-    if (!entry.table) FailUnsupported("Changing a view or a derived table");
+    if (!entry.table) Refuse("Changing a view or a derived table");
     target = entry.id;
     return entry.table;
   }

@@ -1,5 +1,6 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
@@ -163,7 +164,7 @@ BoundExprPtr Binder::BindVariable(const Expr& expr) const {
   for (const Entry& entry : kGlobals) {
     if (EqualNames(entry.name, expr.text)) return MakeGlobal(entry.value, entry.type);
   }
-  if (expr.text.starts_with("@@")) FailUnsupported(expr.text);
+  RefuseIfListed(RefusedKind::Global, expr.text);
   const int index = FindVariable(variables_, expr.text);
   if (index < 0) Fail(137, {expr.text});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Variable, variables_[static_cast<size_t>(index)].type);
@@ -386,7 +387,7 @@ BoundExprPtr Binder::BindCast(const Expr& expr) {
   if (expr.args.size() > 1) {
     const BoundExprPtr styleExpr = Bind(*expr.args[1]);
     if (styleExpr->kind != BoundExpr::Kind::Constant || FamilyOf(styleExpr->type.id) != Family::Integer)
-      FailUnsupported("A CONVERT style that is not an integer constant");
+      Refuse("A CONVERT style that is not an integer constant");
     style = static_cast<int>(styleExpr->constant.integer);
   }
   const bool isImpossible = FindConversion(operand->type.id, expr.type.id) == Conversion::Impossible;

@@ -1,5 +1,6 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -12,11 +13,39 @@ namespace {
 
 constexpr int32_t kNameLength = 128;
 
+constexpr std::pair<std::string_view, AggregateId> kAggregates[] = {
+    {"count", AggregateId::Count}, {"count_big", AggregateId::CountBig},
+    {"sum", AggregateId::Sum},     {"avg", AggregateId::Average},
+    {"min", AggregateId::Min},     {"max", AggregateId::Max}};
+
+// Functions that read what the session knows.
+struct GlobalFunction {
+  std::string_view name;
+  GlobalValue value;
+  Type type;
+};
+
+std::span<const GlobalFunction> GlobalFunctions() {
+  static const GlobalFunction kFunctions[] = {
+      {"scope_identity", GlobalValue::ScopeIdentity, MakeDecimal(38, 0)},
+      {"error_number", GlobalValue::ErrorNumber, MakeType(TypeId::Int)},
+      {"error_message", GlobalValue::ErrorMessage, MakeType(TypeId::NVarChar, 2048)},
+      {"error_severity", GlobalValue::ErrorSeverity, MakeType(TypeId::Int)},
+      {"error_state", GlobalValue::ErrorState, MakeType(TypeId::Int)},
+      {"error_line", GlobalValue::ErrorLine, MakeType(TypeId::Int)},
+      {"error_procedure", GlobalValue::ErrorProcedure, MakeType(TypeId::NVarChar, kNameLength)}};
+  return kFunctions;
+}
+
+// Functions whose value is a name. The engine knows no logins and no network: who asks and where is always
+// the same. The name of the database is put in where there is none.
+constexpr std::pair<std::string_view, std::string_view> kNameFunctions[] = {
+    {"db_name", {}},      {"user_name", "dbo"},       {"suser_sname", "sa"},
+    {"suser_name", "sa"}, {"host_name", "localhost"}, {"app_name", "tsql"}};
+
+constexpr std::string_view kPi = "pi";
+
 std::optional<AggregateId> FindAggregate(std::string_view name) {
-  constexpr std::pair<std::string_view, AggregateId> kAggregates[] = {
-      {"count", AggregateId::Count}, {"count_big", AggregateId::CountBig},
-      {"sum", AggregateId::Sum},     {"avg", AggregateId::Average},
-      {"min", AggregateId::Min},     {"max", AggregateId::Max}};
   for (const auto& [text, id] : kAggregates)
     if (text == name) return id;
   return std::nullopt;
@@ -26,14 +55,8 @@ std::optional<AggregateId> FindAggregate(std::string_view name) {
 
 // The table of all functions: its name, what it is in the bound tree, and the rule for its arguments and
 // type.
-BoundExprPtr Binder::BindCall(const Expr& expr) {
-  using Rule = BoundExprPtr (Binder::*)(const Expr&, FunctionId);
-  struct Entry {
-    std::string_view name;
-    FunctionId function;
-    Rule rule;
-  };
-  constexpr Entry kFunctions[] = {
+std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
+  static constexpr FunctionEntry kFunctions[] = {
       {"isnull", FunctionId::IsNull, &Binder::BindIsNull},
       {"coalesce", FunctionId::Coalesce, &Binder::BindCoalesce},
       {"nullif", FunctionId::NullIf, &Binder::BindNullIf},
@@ -87,9 +110,22 @@ BoundExprPtr Binder::BindCall(const Expr& expr) {
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
       {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
   };
+  return kFunctions;
+}
+
+std::vector<std::string_view> Binder::FunctionNames() {
+  std::vector<std::string_view> names{kPi};
+  for (const auto& [name, aggregate] : kAggregates) names.push_back(name);
+  for (const FunctionEntry& entry : FunctionTable()) names.push_back(entry.name);
+  for (const GlobalFunction& function : GlobalFunctions()) names.push_back(function.name);
+  for (const auto& [name, value] : kNameFunctions) names.push_back(name);
+  return names;
+}
+
+BoundExprPtr Binder::BindCall(const Expr& expr) {
   if (const std::optional<AggregateId> aggregate = FindAggregate(expr.text))
     return BindAggregate(expr, *aggregate);
-  for (const Entry& entry : kFunctions)
+  for (const FunctionEntry& entry : FunctionTable())
     if (entry.name == expr.text) return (this->*entry.rule)(expr, entry.function);
   if (BoundExprPtr bound = BindConstantFunction(expr)) return bound;
   Fail(195, {expr.text});
@@ -179,33 +215,17 @@ BoundExprPtr Binder::BindObjectSize(const Expr& expr, FunctionId function) {
 
 // Functions whose value is known before the statement runs; null when it is none of them.
 BoundExprPtr Binder::BindConstantFunction(const Expr& expr) {
-  struct Entry {
-    const char* name;
-    GlobalValue value;
-    Type type;
-  };
-  static const Entry kGlobals[] = {
-      {"scope_identity", GlobalValue::ScopeIdentity, MakeDecimal(38, 0)},
-      {"error_number", GlobalValue::ErrorNumber, MakeType(TypeId::Int)},
-      {"error_message", GlobalValue::ErrorMessage, MakeType(TypeId::NVarChar, 2048)},
-      {"error_severity", GlobalValue::ErrorSeverity, MakeType(TypeId::Int)},
-      {"error_state", GlobalValue::ErrorState, MakeType(TypeId::Int)},
-      {"error_line", GlobalValue::ErrorLine, MakeType(TypeId::Int)},
-      {"error_procedure", GlobalValue::ErrorProcedure, MakeType(TypeId::NVarChar, kNameLength)}};
-  for (const Entry& entry : kGlobals)
-    if (expr.text == entry.name) return MakeGlobal(entry.value, entry.type);
-  if (expr.text == "pi") {
+  for (const GlobalFunction& function : GlobalFunctions())
+    if (expr.text == function.name) return MakeGlobal(function.value, function.type);
+  if (expr.text == kPi) {
     BindArguments(expr, 0, 0);
     return MakeConstant(Datum::OfReal(std::numbers::pi), MakeType(TypeId::Float));
   }
-  // The engine knows no logins and no network: who asks and where is always the same.
-  const std::pair<const char*, std::string> kNames[] = {
-      {"db_name", catalog_.DatabaseName()}, {"user_name", "dbo"}, {"suser_sname", "sa"}, {"suser_name", "sa"},
-      {"host_name", "localhost"},           {"app_name", "tsql"}};
-  for (const auto& [name, value] : kNames) {
+  for (const auto& [name, value] : kNameFunctions) {
     if (expr.text != name) continue;
-    if (!expr.args.empty()) FailUnsupported(ToUpper(name) + " with an argument");
-    return MakeConstant(Datum::OfText(value), MakeType(TypeId::NVarChar, kNameLength));
+    if (!expr.args.empty()) Refuse("A function of the server that gives a name, with an argument");
+    return MakeConstant(Datum::OfText(value.empty() ? catalog_.DatabaseName() : std::string(value)),
+                        MakeType(TypeId::NVarChar, kNameLength));
   }
   return nullptr;
 }

@@ -1,5 +1,6 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -41,6 +42,10 @@ bool IsUpdateLockWanted(const TableSource& source) {
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
   return BindQuery(query, false);
+}
+
+BoundQueryPtr Binder::BindViewQuery(const Query& query) {
+  return BindQuery(query, true);
 }
 
 void Binder::RefreshColumns(BoundQuery& query) {
@@ -158,7 +163,7 @@ BoundExprPtr Binder::BindTop(const Expr& expr) {
   if (expr.kind == ExprKind::Column) {
     bool prefixFound = false;
     if (ResolveIn(*scope_, expr.parts, prefixFound).column != nullptr) Fail(4115, {expr.parts.back()});
-    FailUnsupported("A column of an outer query in TOP");
+    Refuse("A column of an outer query in TOP");
   }
   Scope* saved = std::exchange(scope_, nullptr);
   BoundExprPtr top = Bind(expr);
@@ -277,7 +282,7 @@ void Binder::BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery
         if (EqualNames(query.columns[i].name, text)) order.ordinal = static_cast<int>(i);
       if (order.ordinal < 0) Fail(207, {text});
     } else {
-      FailUnsupported("An expression in the ORDER BY of a UNION");
+      Refuse("An expression in the ORDER BY of a UNION");
     }
     query.orderBy.push_back(std::move(order));
   }

@@ -1,6 +1,7 @@
 #include "tsql/bind/Binder.h"
 
 #include "tsql/syntax/Parser.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -11,7 +12,7 @@ namespace tsql {
 namespace {
 
 constexpr int kMaxViewDepth = 32;
-constexpr const char* kSeveralMembers = "A common table expression with several recursive members";
+constexpr char kSeveralMembers[] = "A common table expression with several recursive members";
 
 // How the FROM of a recursive member uses the common table expression itself.
 struct OwnUses {
@@ -134,7 +135,7 @@ const Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) const {
 const Binder::CommonInfo* Binder::UseCommon(const ObjectName& name) {
   const CommonInfo* found = FindCommon(name);
   if (found == nullptr) return nullptr;
-  if (found->misuse == kUnsupportedError) FailUnsupported(kSeveralMembers);
+  if (found->misuse == kUnsupportedError) Refuse(kSeveralMembers);
   if (found->misuse != 0) Fail(found->misuse, {found->name});
   ++commons_[static_cast<size_t>(found - commons_.data())].uses;
   return found;
@@ -165,6 +166,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
       entry.columns.push_back({column.name, column.name, column.type, column.nullable});
   } else {
     const std::string prefix = source.name.schema.empty() ? "" : source.name.schema + ".";
+    if (!IsPending(source.name)) RefuseIfListed(RefusedKind::SystemView, prefix + source.name.name);
     Fail(208, {prefix + source.name.name});
   }
   node->id = nextSource_++;
@@ -269,7 +271,7 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
 
 // What a recursive member must not contain, and where it uses the expression itself.
 void Binder::CheckRecursive(const BoundQuery& member, const CommonInfo& common, BoundCommon& bound) {
-  if (member.op != SetOp::None) FailUnsupported(kSeveralMembers);
+  if (member.op != SetOp::None) Refuse(kSeveralMembers);
   if (member.select->distinct) Fail(460, {common.name});
   if (member.select->top) Fail(461, {common.name});
   if (member.select->grouped) Fail(467, {common.name});
@@ -278,7 +280,7 @@ void Binder::CheckRecursive(const BoundQuery& member, const CommonInfo& common, 
   if (uses.outerJoin) Fail(462, {common.name});
   if (uses.direct + uses.derived < common.uses) Fail(465, {});
   if (common.uses > 1) Fail(253, {common.name});
-  if (uses.derived > 0) FailUnsupported("A recursive reference within a derived table");
+  if (uses.derived > 0) Refuse("A recursive reference within a derived table");
   bound.own = uses.source;
 }
 

@@ -6,6 +6,8 @@
 #include "tsql/bind/BoundTree.h"
 #include "tsql/syntax/StatementTree.h"
 
+#include <span>
+
 namespace tsql {
 
 struct VariableInfo {
@@ -32,6 +34,7 @@ class Binder {
       : catalog_(catalog), variables_(variables), markers_(markers) {}
 
   BoundQueryPtr BindStatementQuery(const Query& query);
+  BoundQueryPtr BindViewQuery(const Query& query);
   BoundExprPtr BindScalar(const Expr& expr);
   // The value converted as for a variable of the type.
   BoundExprPtr BindValueFor(const Expr& expr, const Type& type);
@@ -42,6 +45,9 @@ class Binder {
   BoundUpdate BindUpdate(const UpdateStatement& statement);
   BoundDelete BindDelete(const DeleteStatement& statement);
   BoundExprPtr Assign(BoundExprPtr expr, const Type& to) const;
+
+  // The names of all functions, in lower case.
+  static std::vector<std::string_view> FunctionNames();
 
   // Names of tables that the batch itself will create: what has such a name now is not what the statement
   // will find, so they count as missing.
@@ -115,6 +121,12 @@ class Binder {
 
   // functions: one method a rule that one or several functions follow
   // (BindFunctions.cpp)
+  struct FunctionEntry {
+    std::string_view name;
+    FunctionId function;
+    BoundExprPtr (Binder::*rule)(const Expr&, FunctionId);
+  };
+  static std::span<const FunctionEntry> FunctionTable();
   BoundExprPtr BindCall(const Expr& expr);
   std::vector<BoundExprPtr> BindArguments(const Expr& expr, size_t least, size_t most);
   BoundExprPtr BindIsNull(const Expr& expr, FunctionId function);
@@ -189,6 +201,7 @@ class Binder {
   const CommonInfo* UseCommon(const ObjectName& name);
 
   // changes (BindChanges.cpp)
+  bool IsPending(const ObjectName& name) const;
   TablePtr FindTable(const ObjectName& name) const;
   TablePtr RequireTable(const ObjectName& name);
   std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,

@@ -2,6 +2,8 @@
 
 #include "tsql/compile/Preparation.h"
 #include "tsql/syntax/Parser.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -43,7 +45,10 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
 
 std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name) {
   const ModulePtr module = context_.catalog.FindProcedure(name);
-  if (!module) Fail(2812, {name.name});
+  if (!module) {
+    RefuseIfListed(RefusedKind::Procedure, name.name);
+    Fail(2812, {name.name});
+  }
   std::shared_ptr<CompiledUnit>& cached = procedures_[name.name];
   if (cached && cached->module->text == module->text) return cached;
   auto unit = std::make_shared<CompiledUnit>();
@@ -74,8 +79,20 @@ Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table) const {
   return plan;
 }
 
-void Compiler::CheckView(const CreateViewStatement& statement, const CompiledUnit& unit) const {
-  Binder(context_.catalog, unit.variables, unit.markers).BindStatementQuery(*statement.query);
+void Compiler::CheckView(const CreateViewStatement& statement) const {
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  const std::vector<Column> columns = binder.BindViewQuery(*statement.query)->columns;
+  for (const Dependency& dependency : binder.Dependencies())
+    if (dependency.table && dependency.table->place != Place::Main) Fail(4508, {});
+  const std::vector<std::string>& names = statement.columns;
+  if (!names.empty() && names.size() != columns.size())
+    Fail(names.size() < columns.size() ? 8158 : 8159, {statement.name.name});
+  const auto nameOf = [&](size_t column) { return names.empty() ? columns[column].name : names[column]; };
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (nameOf(i).empty()) Fail(4511, {std::to_string(i + 1)});
+    for (size_t j = 0; j < i; ++j)
+      if (EqualNames(nameOf(i), nameOf(j))) Fail(4506, {nameOf(i), statement.name.name});
+  }
 }
 
 std::string Compiler::CompileCheck(const TableInfo& table, const std::string& text) const {
@@ -85,7 +102,7 @@ std::string Compiler::CompileCheck(const TableInfo& table, const std::string& te
 }
 
 std::string Compiler::CompileDefault(const ColumnInfo& column) const {
-  const ExprPtr expr = ParseDefault(column.defaultText.empty() ? "0" : column.defaultText);
+  const ExprPtr expr = ParseDefault(column.defaultText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
   const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), column.type);
   PreparedStatement value = Prepare(context_.connection, Emitter().EmitValue(*bound).sql);

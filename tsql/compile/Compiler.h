@@ -29,7 +29,7 @@ class Compiler {
   Plan PlanInto(BoundQueryPtr query, const TablePtr& table) const;
 
   // Throws what is wrong with a view's query.
-  void CheckView(const CreateViewStatement& statement, const CompiledUnit& unit) const;
+  void CheckView(const CreateViewStatement& statement) const;
 
   // A CHECK condition of the table in SQLite's terms.
   std::string CompileCheck(const TableInfo& table, const std::string& text) const;

@@ -1,6 +1,7 @@
 #include "tsql/emit/Emitter.h"
 
 #include "tsql/functions/FunctionNames.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Errors.h"
 
 #include <array>
@@ -174,7 +175,7 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
     }
     break;
   default:
-    if (expr.distinct) FailUnsupported("SUM or AVG with DISTINCT of a decimal");
+    if (expr.distinct) Refuse("SUM or AVG with DISTINCT of a decimal");
     Open(isAverage ? names::kAverage : names::kSum);
     Emit(*expr.args[0]);
     Text(", ");

@@ -1,4 +1,5 @@
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
@@ -176,7 +177,7 @@ void Char(const FunctionCall& call) {
   const bool inPage = call.Count() > 1 && !IsUnicode(call.TypeAt(1).id);
   const int64_t last = inPage ? 0xFF : 0xFFFF;
   if (call.IsNull(0) || call.Integer(0) < 0 || call.Integer(0) > last) return call.ReturnNull();
-  if (inPage && call.Integer(0) >= 0x80) FailUnsupported("CHAR of a part of a character of the code page");
+  if (inPage && call.Integer(0) >= 0x80) Refuse("CHAR of a part of a character of the code page");
   std::string text;
   AppendChar(text, static_cast<char32_t>(call.Integer(0)));
   call.ReturnText(text);

@@ -2,6 +2,7 @@
 
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/sqlite/Quotation.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
@@ -69,7 +70,7 @@ int64_t LargestIdentity(const Type& type) {
 }
 
 void Definitions::CheckNew(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) FailUnsupported("A schema other than dbo");
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) Refuse("A schema other than dbo");
   if (catalog_.Exists(name)) Fail(2714, {name.name});
 }
 
@@ -145,7 +146,7 @@ TablePtr Definitions::FindReferenced(const TableInfo& table, const KeyInfo& key)
 }
 
 void Definitions::AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const {
-  if (table.place != Place::Main) FailUnsupported("A FOREIGN KEY constraint of a temporary table");
+  if (table.place != Place::Main) Refuse("A FOREIGN KEY constraint of a temporary table");
   KeyInfo key;
   key.kind = KeyKind::ForeignKey;
   key.name = definition.name.empty() ? GeneratedName("FK", table) : definition.name;
@@ -341,16 +342,20 @@ void Definitions::TruncateTable(const TableInfo& table) {
 }
 
 void Definitions::AlterAddColumn(TableInfo& table, const ColumnDefinition& definition) const {
-  if (definition.identity) FailUnsupported("ALTER TABLE ADD of an identity column");
+  if (definition.identity) Refuse("ALTER TABLE ADD of an identity column");
   AddColumn(table, definition);
   const size_t column = table.columns.size() - 1;
   const ColumnInfo& info = table.columns[column];
   std::string sql = "ALTER TABLE " + table.SqlName() + " ADD COLUMN " + ColumnSql(table, column);
   if (!info.nullable) {
     PreparedStatement any = connection_.Prepare("SELECT 1 FROM " + table.SqlName());
-    if (info.defaultText.empty() && any.Step()) Fail(4901, {info.name, table.name});
-    // Rows that exist get the default; SQLite wants it as a constant.
-    sql += " DEFAULT " + compiler_.CompileDefault(info);
+    const bool hasRows = any.Step();
+    if (info.defaultText.empty() && hasRows) Fail(4901, {info.name, table.name});
+    // Rows that exist get the default; SQLite wants it as a constant, even where no row gets it.
+    std::string value = info.defaultText.empty() ? "NULL" : compiler_.CompileDefault(info);
+    const std::string database = table.place == Place::Main ? catalog_.DatabaseName() : "tempdb";
+    if (value == "NULL" && hasRows) Fail(515, {info.name, database + ".dbo." + table.name, "UPDATE"});
+    sql += " DEFAULT " + (value == "NULL" ? "0" : value);
   }
   connection_.Run(sql);
 }
@@ -363,7 +368,7 @@ void Definitions::AlterTable(const AlterTableStatement& statement) {
   for (const ConstraintDefinition& constraint : statement.constraints) {
     AddConstraint(table, constraint);
     const KeyInfo& key = table.keys.back();
-    if (key.kind == KeyKind::Check) FailUnsupported("ALTER TABLE ADD of a CHECK constraint");
+    if (key.kind == KeyKind::Check) Refuse("ALTER TABLE ADD of a CHECK constraint");
     if (key.kind == KeyKind::PrimaryKey) {
       for (const int column : key.columns)
         if (table.columns[static_cast<size_t>(column)].nullable) Fail(8111, {table.name});

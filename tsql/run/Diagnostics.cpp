@@ -1,5 +1,6 @@
 #include "tsql/run/Diagnostics.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -48,8 +49,9 @@ Error UniqueError(std::string_view message, const TableInfo& table) {
   if (key == nullptr) key = FindKeyByColumns(table, FailedPart(message));
   // Only the identity column is unique without a key: it is the number of the row in SQLite.
   if (key == nullptr)
-    return MakeError(kUnsupportedError, 0,
-                     {"A value that is there twice in an identity column without a key"});
+    return MakeError(
+        kUnsupportedError, 0,
+        {RefusedConstruct("A value that is there twice in an identity column without a key").Name()});
   if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.name, key->name});
   const char* kind = key->kind == KeyKind::PrimaryKey ? "PRIMARY KEY" : "UNIQUE KEY";
   return MakeError(2627, 0, {kind, key->name, table.name});

@@ -200,17 +200,20 @@ Interpreter::Flow Interpreter::RunIf(const IfStatement& statement) {
 
 Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
   while (Test(*statement.condition)) {
+    rowCount_ = 0;
     const Flow flow = Run(*statement.body);
     if (!limits_.TakeStep()) throw limits_.CanceledAt(statement.line); // a body may be empty
     if (flow == Flow::Break) break;
     if (flow == Flow::Return || flow == Flow::Abort) return flow;
     BeginStatement();
   }
+  rowCount_ = 0;
   return Flow::Next;
 }
 
 Interpreter::Flow Interpreter::RunReturn(const ReturnStatement& statement) {
   if (statement.value) frame_->returnStatus = static_cast<int32_t>(EvaluateInteger(*statement.value));
+  rowCount_ = 0;
   return Flow::Return;
 }
 

@@ -84,7 +84,7 @@ void Interpreter::RunDefinition(const Statement& statement) {
   case StatementKind::CreateView: {
     const auto& view = static_cast<const CreateViewStatement&>(statement);
     // The view must hold together now, not only when it is used.
-    compiler_.CheckView(view, *frame_->unit);
+    compiler_.CheckView(view);
     RunModule(view.name, ModuleKind::View, view.text, view.alter);
     break;
   }

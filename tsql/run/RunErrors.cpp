@@ -1,10 +1,131 @@
 #include "tsql/run/Interpreter.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Errors.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace tsql {
+namespace {
+
+// A value that RAISERROR puts into its text.
+struct Substitute {
+  Datum value;
+  Type type;
+};
+
+// One "%..." of the text of RAISERROR, as the C library's printf has it.
+struct Specification {
+  std::string flags;
+  int width = 0;
+  int precision = -1;
+  char type = 0; // 0 where it is none
+};
+
+bool IsPlainInteger(const Type& type) {
+  return FamilyOf(type.id) == Family::Integer && type.id != TypeId::Bit;
+}
+
+bool IsDigit(char character) {
+  return character >= '0' && character <= '9';
+}
+
+// At `at` is the percent sign; it is left behind the specification.
+Specification ReadSpecification(const std::string& text, size_t& at) {
+  Specification specification;
+  const size_t start = at;
+  const auto peek = [&] { return at < text.size() ? text[at] : '\0'; };
+  const auto readNumber = [&] {
+    int number = 0;
+    constexpr int kMost = 10000;
+    for (; IsDigit(peek()); ++at) number = std::min(number * 10 + (peek() - '0'), kMost);
+    return number;
+  };
+  ++at;
+  constexpr std::string_view kFlags = "-+0# ";
+  while (peek() != '\0' && kFlags.find(peek()) != std::string_view::npos) specification.flags += text[at++];
+  specification.width = readNumber();
+  if (peek() == '.') {
+    ++at;
+    specification.precision = readNumber();
+  }
+  if (text.compare(at, 3, "I64") == 0) {
+    at += 3;
+  } else if (peek() == 'h' || peek() == 'l') {
+    ++at;
+  }
+  constexpr std::string_view kTypes = "diosuxX%";
+  if (peek() == '\0' || kTypes.find(peek()) == std::string_view::npos)
+    Fail(2787, {std::string_view(text).substr(start, at + 1 - start)});
+  specification.type = text[at++];
+  return specification;
+}
+
+std::string Pad(std::string text, const Specification& specification, size_t length) {
+  const auto width = static_cast<size_t>(specification.width);
+  if (length >= width) return text;
+  const bool isLeft = specification.flags.find('-') != std::string::npos;
+  text.insert(isLeft ? text.size() : 0, width - length, ' ');
+  return text;
+}
+
+std::string FormatInteger(int64_t value, const Specification& specification) {
+  const bool isSigned = specification.type == 'd' || specification.type == 'i';
+  std::string format = "%" + specification.flags + "*.*ll" + specification.type;
+  // A negative number of 32 bits is shown by its 32 bits.
+  if (!isSigned && value >= INT32_MIN && value < 0) value = static_cast<uint32_t>(value);
+  const int size =
+      std::snprintf(nullptr, 0, format.c_str(), specification.width, specification.precision, value);
+  std::string text(static_cast<size_t>(size) + 1, '\0');
+  std::snprintf(text.data(), text.size(), format.c_str(), specification.width, specification.precision,
+                value);
+  text.pop_back();
+  return text;
+}
+
+std::string FormatText(const std::string& value, const Specification& specification) {
+  size_t end = 0;
+  size_t length = 0; // in characters
+  const auto isWanted = [&] {
+    return end < value.size() &&
+           (specification.precision < 0 || length < static_cast<size_t>(specification.precision));
+  };
+  for (; isWanted(); ++length) {
+    ++end;
+    while (end < value.size() && (static_cast<unsigned char>(value[end]) & 0xC0) == 0x80) ++end;
+  }
+  return Pad(value.substr(0, end), specification, length);
+}
+
+std::string FormatMessage(const std::string& text, const std::vector<Substitute>& values) {
+  std::string result;
+  size_t next = 0;
+  for (size_t at = 0; at < text.size();) {
+    if (text[at] != '%') {
+      result += text[at++];
+      continue;
+    }
+    const Specification specification = ReadSpecification(text, at);
+    if (specification.type == '%') {
+      result += '%';
+      continue;
+    }
+    if (next >= values.size() || values[next].value.IsNull()) {
+      result += Pad("(null)", specification, 6);
+      ++next;
+      continue;
+    }
+    const Substitute& value = values[next++];
+    if (IsText(value.type) != (specification.type == 's')) Fail(2786, {std::to_string(next)});
+    result += specification.type == 's' ? FormatText(value.value.text, specification)
+                                        : FormatInteger(value.value.integer, specification);
+  }
+  return result;
+}
+
+} // namespace
 
 Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
   Frame* frame = frame_;
@@ -28,29 +149,24 @@ Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
 }
 
 void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
+  constexpr size_t kFirstValue = 3;
+  constexpr size_t kMaxValues = 20;
+  if (statement.arguments.size() > kFirstValue + kMaxValues) Fail(2747, {});
   Type type;
   const Datum message = Evaluate(*statement.arguments[0], type);
-  if (!IsText(type)) FailUnsupported("RAISERROR with a message number");
-  std::string text;
-  size_t argument = 3;
-  for (size_t i = 0; i < message.text.size(); ++i) {
-    const char next = i + 1 < message.text.size() ? message.text[i + 1] : '\0';
-    if (message.text[i] != '%' || (next != 's' && next != 'd' && next != 'i' && next != '%')) {
-      text += message.text[i];
-      continue;
-    }
-    ++i;
-    if (next == '%') {
-      text += '%';
-    } else if (argument < statement.arguments.size()) {
-      text += EvaluateText(*statement.arguments[argument++]);
-    } else {
-      text += "(null)";
-    }
+  if (!IsText(type)) Refuse("RAISERROR with a message number");
+  std::vector<Substitute> values;
+  for (size_t i = kFirstValue; i < statement.arguments.size(); ++i) {
+    Substitute value;
+    value.value = Evaluate(*statement.arguments[i], value.type);
+    const bool isAllowed = IsText(value.type) || IsPlainInteger(value.type) || value.value.IsNull();
+    if (!isAllowed) Fail(2748, {TypeName(value.type.id), std::to_string(i + 1)});
+    values.push_back(std::move(value));
   }
   constexpr int kUserError = 50000;
   const Error error(kUserError, static_cast<int>(EvaluateInteger(*statement.arguments[1])),
-                    static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line, text);
+                    static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line,
+                    FormatMessage(message.text, values));
   if (error.severity > 10) throw Error(error);
   sink_->Message(error);
   rowCount_ = 0;
@@ -63,7 +179,7 @@ Interpreter::Flow Interpreter::RunThrow(const ThrowStatement& statement) {
     error.emplace(number, 16, static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line,
                   EvaluateText(*statement.arguments[1]));
   }
-  if (!error) FailUnsupported("THROW without arguments outside a CATCH block");
+  if (!error) Refuse("THROW without arguments outside a CATCH block");
   if (tryDepth_ > 0) throw Caught{*error};
   Report(*error, *sink_);
   abortsAll_ = true;

@@ -22,7 +22,9 @@ StatementPtr Parser::ParseWith() {
     if (insert.query) insert.query->commonTables = std::move(tables);
     return statement;
   }
+  RefuseWords(RefusedKind::Statement);
   auto statement = MakeStatement<QueryStatement>(start);
+  startsQueryStatement_ = true;
   statement->query = ParseQuery();
   statement->query->commonTables = std::move(tables);
   return statement;
@@ -31,11 +33,11 @@ StatementPtr Parser::ParseWith() {
 StatementPtr Parser::ParseInsert() {
   auto statement = MakeStatement<InsertStatement>(at_);
   ExpectWord("insert");
-  if (IsWord("top")) FailUnsupported("INSERT TOP", Current().line);
+  if (IsWord("top")) RefuseHere("INSERT TOP");
   TakeWord("into");
-  statement->table = ParseObjectName();
+  statement->table = ParseTarget();
   TableSource hints;
-  ParseTableHints(hints);
+  if (IsWord("with")) ParseTableHints(hints);
   if (IsSymbol("(") && !StartsQuery()) {
     TakeSymbol("(");
     do {
@@ -46,8 +48,8 @@ StatementPtr Parser::ParseInsert() {
     } while (TakeSymbol(","));
     ExpectSymbol(")");
   }
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
-  if (IsWord("exec") || IsWord("execute")) FailUnsupported("INSERT ... EXEC", Current().line);
+  if (IsWord("output")) RefuseHere("The OUTPUT clause");
+  if (IsWord("exec") || IsWord("execute")) RefuseHere("INSERT ... EXEC");
   if (TakeWord("default")) {
     ExpectWord("values");
     statement->defaultValues = true;
@@ -72,6 +74,7 @@ StatementPtr Parser::ParseInsert() {
     ExpectSymbol(")");
     statement->rows.push_back(std::move(row));
   } while (TakeSymbol(","));
+  RefuseAfterQuery();
   return statement;
 }
 
@@ -83,7 +86,7 @@ ExprPtr Parser::CompoundValue(ExprPtr target) {
   constexpr Entry kOps[] = {{"+=", ArithmeticOp::Add},      {"-=", ArithmeticOp::Subtract},
                             {"*=", ArithmeticOp::Multiply}, {"/=", ArithmeticOp::Divide},
                             {"%=", ArithmeticOp::Modulo},   {"&=", ArithmeticOp::BitAnd},
-                            {"|=", ArithmeticOp::BitOr}};
+                            {"|=", ArithmeticOp::BitOr},    {"^=", ArithmeticOp::BitXor}};
   for (const Entry& entry : kOps) {
     if (!IsSymbol(entry.symbol)) continue;
     ExprPtr node = MakeExpr(ExprKind::Arithmetic);
@@ -99,8 +102,10 @@ ExprPtr Parser::CompoundValue(ExprPtr target) {
 
 Assignment Parser::ParseAssignment() {
   Assignment assignment;
-  if (Current().kind == TokenKind::Variable)
-    FailUnsupported("Assigning a variable in UPDATE", Current().line);
+  if (Current().kind == TokenKind::Variable) RefuseHere("Assigning a variable in UPDATE");
+  size_t last = 0;
+  while (IsNameAt(last) && IsSymbolAt(last + 1, ".")) last += 2;
+  if (last > 0 && IsNameAt(last) && IsSymbolAt(last + 1, "(")) RefuseHere("A method in the SET of an UPDATE");
   ExprPtr column = ParseColumn();
   assignment.column = column->parts;
   if (IsSymbol("=") && IsWordAt(1, "default")) {
@@ -117,16 +122,26 @@ StatementPtr Parser::ParseUpdate() {
   auto statement = MakeStatement<UpdateStatement>(at_);
   ExpectWord("update");
   if (IsWord("top")) statement->top = ParseTop();
-  statement->target = ParseObjectName();
+  statement->target = ParseTarget();
   TableSource hints;
   ParseTableHints(hints);
   ExpectWord("set");
   do statement->assignments.push_back(ParseAssignment());
   while (TakeSymbol(","));
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
+  if (IsWord("output")) RefuseHere("The OUTPUT clause");
   if (TakeWord("from")) statement->from = ParseFrom();
-  if (TakeWord("where")) statement->where = ParseCondition();
+  statement->where = ParseChangeCondition();
   return statement;
+}
+
+ExprPtr Parser::ParseChangeCondition() {
+  ExprPtr condition;
+  if (TakeWord("where")) {
+    if (AreWordsAt(0, "CURRENT OF")) RefuseHere("WHERE CURRENT OF");
+    condition = ParseCondition();
+  }
+  RefuseAfterQuery();
+  return condition;
 }
 
 StatementPtr Parser::ParseDelete() {
@@ -134,12 +149,12 @@ StatementPtr Parser::ParseDelete() {
   ExpectWord("delete");
   if (IsWord("top")) statement->top = ParseTop();
   TakeWord("from");
-  statement->target = ParseObjectName();
+  statement->target = ParseTarget();
   TableSource hints;
   ParseTableHints(hints);
-  if (IsWord("output")) FailUnsupported("The OUTPUT clause", Current().line);
+  if (IsWord("output")) RefuseHere("The OUTPUT clause");
   if (TakeWord("from")) statement->from = ParseFrom();
-  if (TakeWord("where")) statement->where = ParseCondition();
+  statement->where = ParseChangeCondition();
   return statement;
 }
 

@@ -3,6 +3,8 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace tsql {
@@ -10,40 +12,85 @@ namespace tsql {
 StatementPtr Parser::ParseCreate() {
   const size_t start = at_;
   ExpectWord("create");
+  RefuseWords(RefusedKind::Create);
   if (TakeWord("table")) return ParseCreateTable(start);
   if (TakeWord("view")) return ParseCreateView(start, false);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, false);
   if (IsWord("unique") || IsWord("clustered") || IsWord("nonclustered") || IsWord("index"))
     return ParseCreateIndex(start);
-  if (IsWord("function") || IsWord("trigger") || IsWord("database") || IsWord("type") || IsWord("schema"))
-    FailUnsupported("CREATE " + ToUpper(Current().text), Current().line);
+  UnknownObject();
+}
+
+void Parser::UnknownObject() const {
+  if (IsName()) Fail(343, {Current().text}, Current().line);
   SyntaxError();
 }
 
+// Where and how the server stores the object does not matter here.
 void Parser::SkipStorageOptions() {
-  // Where and how the server stores the object does not matter here.
-  if (IsWord("with") && IsSymbolAt(1, "(")) {
-    while (!TakeSymbol(")")) {
-      if (IsAtEnd()) SyntaxError();
+  while (true) {
+    if (IsWord("with") && IsSymbolAt(1, "(")) {
+      at_ += 2;
+      SkipOptionList();
+    } else if (IsWord("with") && (IsWordAt(1, "fillfactor") || IsSymbolAt(2, "="))) {
+      RefuseHere("An index option without parentheses");
+    } else if (IsWord("on") || IsWord("textimage_on") || IsWord("filestream_on")) {
       ++at_;
+      if (!IsName() && !IsWord("primary")) SyntaxError();
+      ++at_;
+      if (IsSymbol("(")) RefuseHere("A partitioned table or index");
+    } else {
+      return;
     }
   }
-  if (TakeWord("on")) {
-    if (Current().kind != TokenKind::QuotedName && !IsWord("primary")) SyntaxError();
-    ++at_;
-  }
-  if (IsWord("textimage_on")) at_ += 2;
+}
+
+void Parser::SkipOptionList() {
+  do SkipOption();
+  while (TakeSymbol(","));
+  ExpectSymbol(")");
+}
+
+// Some options are about how the server stores or builds something; others change what a statement does.
+void Parser::SkipOption() {
+  constexpr std::array<std::string_view, 12> kStorage = {"pad_index",
+                                                         "fillfactor",
+                                                         "sort_in_tempdb",
+                                                         "online",
+                                                         "maxdop",
+                                                         "statistics_norecompute",
+                                                         "allow_row_locks",
+                                                         "allow_page_locks",
+                                                         "statistics_incremental",
+                                                         "compression_delay",
+                                                         "data_compression",
+                                                         "optimize_for_sequential_key"};
+  constexpr std::array<std::string_view, 4> kSwitches = {"ignore_dup_key", "drop_existing", "resumable",
+                                                         "xml_compression"};
+  if (Current().kind != TokenKind::Word) SyntaxError();
+  const auto isCurrent = [this](std::string_view name) { return IsWord(name); };
+  const bool isStorage = std::any_of(kStorage.begin(), kStorage.end(), isCurrent);
+  const bool isSwitch = std::any_of(kSwitches.begin(), kSwitches.end(), isCurrent);
+  const bool isOff = IsSymbolAt(1, "=") && IsWordAt(2, "off");
+  if (!isStorage && !(isSwitch && isOff)) RefuseHere("A table or index option");
+  ++at_;
+  ExpectSymbol("=");
+  if (Current().kind != TokenKind::Word && Current().kind != TokenKind::Integer) SyntaxError();
+  ++at_;
+  if (IsSymbol("(") || IsWord("on")) RefuseHere("A table or index option");
 }
 
 StatementPtr Parser::ParseCreateTable(size_t start) {
   auto statement = MakeStatement<CreateTableStatement>(start);
   statement->table = ParseObjectName();
+  if (AreWordsAt(0, "AS FILETABLE")) RefuseHere("A file table or a graph table");
   ExpectSymbol("(");
   do {
     if (IsSymbol(")") && !statement->columns.empty()) break; // a trailing comma is allowed
     ParseTableElement(statement->columns, statement->constraints);
   } while (TakeSymbol(","));
   ExpectSymbol(")");
+  if (AreWordsAt(0, "AS NODE") || AreWordsAt(0, "AS EDGE")) RefuseHere("A file table or a graph table");
   SkipStorageOptions();
   return statement;
 }
@@ -51,6 +98,8 @@ StatementPtr Parser::ParseCreateTable(size_t start) {
 void Parser::ParseTableElement(std::vector<ColumnDefinition>& columns,
                                std::vector<ConstraintDefinition>& constraints) {
   std::string name;
+  if (IsWord("index")) RefuseHere("An index within CREATE TABLE");
+  if (AreWordsAt(0, "PERIOD FOR")) RefuseHere("A period of SYSTEM_TIME");
   if (TakeWord("constraint")) name = TakeName();
   const bool isConstraint =
       !name.empty() || IsWord("primary") || IsWord("unique") || IsWord("check") || IsWord("foreign");
@@ -65,7 +114,7 @@ ColumnDefinition Parser::ParseColumn(std::vector<ConstraintDefinition>& constrai
   ColumnDefinition column;
   column.line = Current().line;
   column.name = TakeName();
-  if (IsWord("as")) FailUnsupported("A computed column", Current().line);
+  if (IsWord("as")) RefuseHere("A computed column");
   // A sysname is not null unless it is said to be.
   if (IsWord("sysname")) column.nullable = false;
   column.type = ParseType(1);
@@ -79,10 +128,21 @@ void Parser::ParseCollation() {
   const int line = Current().line;
   const std::string name = ToLower(TakeName());
   if (name != "database_default" && name.find("_ci_as") == std::string::npos)
-    FailUnsupported("The collation " + name, line);
+    Refuse("A collation other than a CI_AS one", line);
+}
+
+void Parser::RefuseColumnProperty() const {
+  if (AreWordsAt(0, "NOT FOR REPLICATION")) RefuseHere("NOT FOR REPLICATION");
+  if (IsWord("index")) RefuseHere("An index within CREATE TABLE");
+  constexpr std::array<std::string_view, 9> kProperties = {
+      "SPARSE",         "FILESTREAM",       "ROWGUIDCOL", "MASKED WITH", "ENCRYPTED WITH",
+      "COLUMN_SET FOR", "GENERATED ALWAYS", "HIDDEN",     "PERSISTED"};
+  for (const std::string_view property : kProperties)
+    if (AreWordsAt(0, property)) RefuseHere("A property of a column such as SPARSE or ROWGUIDCOL");
 }
 
 bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints) {
+  RefuseColumnProperty();
   if (IsWord("collate")) {
     ParseCollation();
     return true;
@@ -132,7 +192,7 @@ void Parser::ParseIdentity(ColumnDefinition& column) {
   };
   column.seed = takeInteger();
   ExpectSymbol(",");
-  if (takeInteger() != 1) FailUnsupported("An IDENTITY increment other than 1", line);
+  if (takeInteger() != 1) Refuse("An IDENTITY increment other than 1", line);
   ExpectSymbol(")");
 }
 
@@ -162,6 +222,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
   constraint.name = std::move(name);
   if (TakeWord("check")) {
     constraint.kind = ConstraintDefinition::Kind::Check;
+    RefuseColumnProperty();
     const size_t first = at_;
     ExpectSymbol("(");
     ParseCondition();
@@ -179,10 +240,13 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
     constraint.referenced = ParseObjectName();
     if (IsSymbol("(")) constraint.referencedColumns = ParseNameList();
     while (IsWord("on") && (IsWordAt(1, "delete") || IsWordAt(1, "update"))) {
-      if (!IsWordAt(2, "no") || !IsWordAt(3, "action"))
-        FailUnsupported("A referential action other than NO ACTION", Current().line);
-      at_ += 4;
+      if (IsWordAt(2, "cascade") || IsWordAt(2, "set"))
+        RefuseHere("A referential action other than NO ACTION");
+      at_ += 2;
+      ExpectWord("no");
+      ExpectWord("action");
     }
+    RefuseColumnProperty();
     return constraint;
   }
   if (TakeWord("primary")) {
@@ -206,7 +270,7 @@ StatementPtr Parser::ParseCreateIndex(size_t start) {
   ExpectWord("on");
   statement->table = ParseObjectName();
   statement->columns = ParseKeyColumns(&statement->descending);
-  if (IsWord("include") || IsWord("where")) FailUnsupported("INCLUDE or WHERE of an index", Current().line);
+  if (IsWord("include") || IsWord("where")) RefuseHere("INCLUDE or WHERE of an index");
   SkipStorageOptions();
   return statement;
 }
@@ -217,8 +281,12 @@ StatementPtr Parser::ParseCreateView(size_t start, bool alter) {
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseObjectName();
   if (IsSymbol("(")) statement->columns = ParseNameList();
+  if (AreWordsAt(0, "WITH SCHEMABINDING") || AreWordsAt(0, "WITH ENCRYPTION") ||
+      AreWordsAt(0, "WITH VIEW_METADATA"))
+    RefuseHere("A view WITH SCHEMABINDING, ENCRYPTION or VIEW_METADATA");
   ExpectWord("as");
   statement->query = ParseQuery();
+  if (AreWordsAt(0, "WITH CHECK OPTION")) RefuseHere("A view WITH CHECK OPTION");
   TakeSymbol(";");
   if (!IsAtEnd()) SyntaxError();
   statement->text = std::string(text_);
@@ -230,6 +298,8 @@ ProcedureParameter Parser::ParseProcedureParameter() {
   parameter.name = TakeVariable();
   TakeWord("as");
   parameter.type = ParseType(1);
+  if (IsWord("null") || AreWordsAt(0, "NOT NULL") || IsWord("readonly"))
+    RefuseHere("NULL, NOT NULL or READONLY of a parameter");
   if (TakeSymbol("=")) parameter.defaultValue = ParseExpression();
   parameter.output = TakeWord("output") || TakeWord("out");
   return parameter;
@@ -240,6 +310,7 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   statement->alter = alter;
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseObjectName();
+  if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
   const bool parenthesized = TakeSymbol("(");
   if (Current().kind == TokenKind::Variable) {
     do statement->parameters.push_back(ParseProcedureParameter());
@@ -247,9 +318,16 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   }
   if (parenthesized) ExpectSymbol(")");
   if (TakeWord("with")) {
-    if (!TakeWord("recompile") && !TakeWord("encryption")) SyntaxError();
+    do {
+      if (IsWord("execute") || IsWord("exec") || IsWord("native_compilation") || IsWord("schemabinding"))
+        RefuseHere("A procedure WITH EXECUTE AS or NATIVE_COMPILATION");
+      if (!TakeWord("recompile")) ExpectWord("encryption");
+    } while (TakeSymbol(","));
   }
+  if (AreWordsAt(0, "FOR REPLICATION")) RefuseHere("A procedure FOR REPLICATION");
   ExpectWord("as");
+  if (AreWordsAt(0, "EXTERNAL NAME")) RefuseHere("A procedure with an external name");
+  if (IsAtEnd()) SyntaxError();
   inProcedure_ = true;
   while (true) {
     while (TakeSymbol(";")) {
@@ -267,25 +345,28 @@ StatementPtr Parser::ParseAlter() {
   ExpectWord("alter");
   if (TakeWord("view")) return ParseCreateView(start, true);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, true);
-  if (!IsWord("table")) FailUnsupported("ALTER " + ToUpper(Current().text), Current().line);
-  ExpectWord("table");
+  RefuseWords(RefusedKind::Alter);
+  if (!TakeWord("table")) UnknownObject();
   auto statement = MakeStatement<AlterTableStatement>(start);
   statement->table = ParseObjectName();
   if (IsWord("with") && (IsWordAt(1, "check") || IsWordAt(1, "nocheck"))) {
     statement->checksRows = IsWordAt(1, "check");
     at_ += 2;
   }
-  if (IsWord("alter") || IsWord("drop") || IsWord("check") || IsWord("nocheck"))
-    FailUnsupported("ALTER TABLE " + ToUpper(Current().text), Current().line);
+  RefuseWords(RefusedKind::AlterTable);
   ExpectWord("add");
-  do ParseTableElement(statement->columns, statement->constraints);
-  while (TakeSymbol(","));
+  do {
+    const bool isNamed = IsWord("constraint") && IsNameAt(1);
+    if (IsWordAt(isNamed ? 2 : 0, "default")) RefuseHere("ALTER TABLE ADD DEFAULT ... FOR");
+    ParseTableElement(statement->columns, statement->constraints);
+  } while (TakeSymbol(","));
   return statement;
 }
 
 StatementPtr Parser::ParseDrop() {
   auto statement = MakeStatement<DropStatement>(at_);
   ExpectWord("drop");
+  RefuseWords(RefusedKind::Drop);
   if (TakeWord("table")) {
     statement->object = ObjectKind::Table;
   } else if (TakeWord("view")) {
@@ -295,7 +376,7 @@ StatementPtr Parser::ParseDrop() {
   } else if (TakeWord("index")) {
     statement->object = ObjectKind::Index;
   } else {
-    FailUnsupported("DROP " + ToUpper(Current().text), Current().line);
+    UnknownObject();
   }
   if (TakeWord("if")) {
     ExpectWord("exists");
@@ -306,6 +387,7 @@ StatementPtr Parser::ParseDrop() {
     if (statement->object == ObjectKind::Index && TakeWord("on")) name.schema = ParseObjectName().name;
     statement->names.push_back(std::move(name));
   } while (TakeSymbol(","));
+  if (statement->object == ObjectKind::Index) SkipStorageOptions();
   return statement;
 }
 
@@ -314,6 +396,7 @@ StatementPtr Parser::ParseTruncate() {
   ExpectWord("truncate");
   ExpectWord("table");
   statement->table = ParseObjectName();
+  if (IsWord("with") && IsSymbolAt(1, "(")) RefuseHere("TRUNCATE TABLE WITH PARTITIONS");
   return statement;
 }
 

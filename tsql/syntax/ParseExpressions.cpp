@@ -129,6 +129,7 @@ ExprPtr Parser::ParsePredicateTail(ExprPtr left) {
     node->negated = negated;
     node->args.push_back(std::move(left));
     node->args.push_back(ParseExpression());
+    if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
     if (TakeWord("escape")) node->args.push_back(ParseExpression());
     return node;
   }
@@ -148,8 +149,7 @@ ExprPtr Parser::ParsePredicateTail(ExprPtr left) {
 ExprPtr Parser::ParseComparison(ExprPtr left, CompareOp op) {
   ExprPtr node = MakeExpr(ExprKind::Compare);
   node->compare = op;
-  if (IsWord("all") || IsWord("any") || IsWord("some"))
-    FailUnsupported("A comparison with ALL, ANY or SOME", Current().line);
+  if (IsWord("all") || IsWord("any") || IsWord("some")) RefuseHere("A comparison with ALL, ANY or SOME");
   node->args.push_back(std::move(left));
   node->args.push_back(ParseExpression());
   return node;
@@ -230,7 +230,20 @@ QueryPtr Parser::ParseSubquery(Expr& owner) {
   return query;
 }
 
+// What the server allows behind an operand and the engine lacks.
+void Parser::RefuseAfterOperand() const {
+  if (IsWord("collate")) RefuseHere("COLLATE in an expression");
+  if (AreWordsAt(0, "AT TIME ZONE")) RefuseHere("AT TIME ZONE");
+  if (IsSymbol(".") && IsNameAt(1)) RefuseHere("A method of a value");
+}
+
 ExprPtr Parser::ParsePrimary() {
+  ExprPtr operand = ParseOperand();
+  RefuseAfterOperand();
+  return operand;
+}
+
+ExprPtr Parser::ParseOperand() {
   switch (Current().kind) {
   case TokenKind::Text:
   case TokenKind::UnicodeText:
@@ -253,6 +266,10 @@ ExprPtr Parser::ParsePrimary() {
       ++at_;
       return node;
     }
+    if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+    if (IsSymbol("::")) RefuseHere("A static method of a type");
+    if (IsSymbol("$") && Next().kind == TokenKind::Word)
+      RefuseHere("A name with a dollar sign, such as $IDENTITY");
     SyntaxError();
   case TokenKind::End: SyntaxError();
   case TokenKind::Word: break;
@@ -271,12 +288,16 @@ ExprPtr Parser::ParsePrimary() {
     ++at_;
     return node;
   }
-  constexpr std::array<std::string_view, 5> kReservedFunctions = {"left", "right", "coalesce", "nullif",
-                                                                  "user"};
+  if (AreWordsAt(0, "NEXT VALUE FOR")) RefuseHere("NEXT VALUE FOR");
+  constexpr std::array<std::string_view, 4> kReservedFunctions = {"left", "right", "coalesce", "nullif"};
   bool isFunction = IsSymbolAt(1, "(");
-  if (isFunction && IsReserved(Current().text)) {
-    isFunction = false;
-    for (const std::string_view name : kReservedFunctions) isFunction = isFunction || IsWord(name);
+  if (IsReserved(Current().text)) {
+    if (IsWord("identitycol")) RefuseHere("IDENTITYCOL");
+    if (IsWord("rowguidcol")) RefuseHere("ROWGUIDCOL");
+    if (isFunction || !IsWord("update"))
+      RefuseIfListed(RefusedKind::Function, Current().text, Current().line);
+    const auto isCurrent = [this](std::string_view name) { return IsWord(name); };
+    isFunction = isFunction && std::any_of(kReservedFunctions.begin(), kReservedFunctions.end(), isCurrent);
   }
   return isFunction ? ParseCall() : ParseColumn();
 }
@@ -351,6 +372,7 @@ ExprPtr Parser::ParseConvert() {
 ExprPtr Parser::ParseCall() {
   ExprPtr node = MakeExpr(ExprKind::Call);
   node->text = ToLower(Current().text);
+  RefuseIfListed(RefusedKind::Function, node->text, Current().line);
   ++at_;
   ExpectSymbol("(");
   if (!TakeSymbol(")")) {
@@ -361,10 +383,13 @@ ExprPtr Parser::ParseCall() {
       if (!node->distinct) TakeWord("all");
       do node->args.push_back(ParseExpression());
       while (TakeSymbol(","));
+      if (node->text == "trim" && IsWord("from")) RefuseHere("TRIM with FROM");
+      if (node->text == "log" && node->args.size() == 2) RefuseHere("LOG with a base");
     }
     ExpectSymbol(")");
   }
-  if (IsWord("over")) FailUnsupported("The OVER clause", Current().line);
+  if (IsWord("over")) RefuseHere("The OVER clause");
+  if (AreWordsAt(0, "WITHIN GROUP")) RefuseHere("The WITHIN GROUP clause");
   return node;
 }
 
@@ -375,7 +400,13 @@ ExprPtr Parser::ParseColumn() {
     ++at_;
     node->parts.push_back(TakeName());
   }
-  return node;
+  if (IsSymbol("::")) RefuseHere("A static method of a type");
+  if (!IsSymbol("(") || node->parts.size() == 1) return node;
+  if (EqualNames(node->parts[0], "sys")) RefuseHere("A function of the schema sys");
+  // There are no functions of users.
+  std::string function = node->parts[0];
+  for (size_t i = 1; i < node->parts.size(); ++i) function += "." + node->parts[i];
+  Fail(4121, {node->parts[0], function}, node->line);
 }
 
 std::pair<int, int> Parser::ParseTypeArguments(bool& given) {
@@ -408,10 +439,21 @@ void CheckLength(TypeId id, int length, int line) {
 
 Type Parser::ParseType(int32_t defaultLength) {
   const Token& token = Current();
-  const std::string name = TakeName();
+  if (IsWord("cursor")) RefuseHere("A cursor");
+  if (IsWord("table")) RefuseHere("A table variable");
+  if (IsWord("national")) RefuseHere("A type name of several words");
+  const bool isDouble = IsWord("double") && IsWordAt(1, "precision");
+  std::string name = isDouble ? tokens_[at_++].text : TakeName();
+  if (TakeSymbol(".")) {
+    // Only the server's own types are known.
+    const std::string own = TakeName();
+    name = EqualNames(name, "sys") ? own : name + "." + own;
+  }
   const std::optional<TypeId> id = FindType(name);
+  if (!id) RefuseIfListed(RefusedKind::Type, name, token.line);
   if (!id) Fail(2715, {"1", name}, token.line);
-  if (EqualNames(name, "double")) ExpectWord("precision");
+  if (isDouble) ExpectWord("precision");
+  if (IsWord("varying")) RefuseHere("A type name of several words");
   if (EqualNames(name, "sysname")) return MakeType(*id, 128);
   bool given = false;
   const auto [first, second] = ParseTypeArguments(given);

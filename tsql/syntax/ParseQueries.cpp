@@ -3,9 +3,56 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tsql {
+namespace {
+
+// Hints that say how to lock or to read; those that matter here ask for a lock of the writer.
+bool IsTableHint(std::string_view word) {
+  constexpr std::array<std::string_view, 15> kHints = {
+      "nolock",   "updlock",      "holdlock",        "rowlock",        "tablock",
+      "tablockx", "xlock",        "paglock",         "readpast",       "readcommitted",
+      "nowait",   "serializable", "readuncommitted", "repeatableread", "readcommittedlock"};
+  return std::any_of(kHints.begin(), kHints.end(),
+                     [word](std::string_view hint) { return EqualNames(hint, word); });
+}
+
+bool IsCompoundAssignment(const Token& token) {
+  constexpr std::array<std::string_view, 8> kSymbols = {"+=", "-=", "*=", "/=", "%=", "&=", "|=", "^="};
+  return token.kind == TokenKind::Symbol &&
+         std::find(kSymbols.begin(), kSymbols.end(), token.text) != kSymbols.end();
+}
+
+// Functions that only stand in place of a table and have names that are reserved.
+bool IsRowsetFunction(std::string_view word) {
+  constexpr std::array<std::string_view, 9> kFunctions = {"containstable",
+                                                          "freetexttable",
+                                                          "opendatasource",
+                                                          "openquery",
+                                                          "openrowset",
+                                                          "openxml",
+                                                          "semantickeyphrasetable",
+                                                          "semanticsimilaritydetailstable",
+                                                          "semanticsimilaritytable"};
+  return std::any_of(kFunctions.begin(), kFunctions.end(),
+                     [word](std::string_view name) { return EqualNames(name, word); });
+}
+
+// In a UNION only the first SELECT may have an INTO.
+void CheckInto(const Query& query, bool isFirst, int line) {
+  if (query.op != SetOp::None) {
+    CheckInto(*query.left, isFirst, line);
+    CheckInto(*query.right, false, line);
+  } else if (query.select->into) {
+    if (!isFirst) Fail(196, {}, query.select->line);
+    Refuse("SELECT INTO of a UNION, EXCEPT or INTERSECT", line);
+  }
+}
+
+} // namespace
 
 size_t Parser::AfterParenthesis(size_t ahead) const {
   int depth = 0;
@@ -38,17 +85,29 @@ bool Parser::StartsQuery(bool endsHere) const {
 
 QueryPtr Parser::ParseQuery() {
   std::vector<CommonTable> commonTables;
+  const bool outer = std::exchange(isQueryStatement_, std::exchange(startsQueryStatement_, false));
   if (IsWord("with")) commonTables = ParseCommonTables();
+  const int line = Current().line;
   QueryPtr query = ParseSetOperations();
+  isQueryStatement_ = outer;
+  if (query->op != SetOp::None) CheckInto(*query, true, line);
   query->commonTables = std::move(commonTables);
   if (IsWord("order")) query->orderBy = ParseOrderBy();
-  if (IsWord("for")) FailUnsupported("The FOR clause", Current().line);
-  if (IsWord("option")) FailUnsupported("The OPTION clause", Current().line);
+  RefuseAfterQuery();
   return query;
+}
+
+void Parser::RefuseAfterQuery() const {
+  if (IsWord("compute")) RefuseHere("The COMPUTE clause");
+  if (IsWord("for") && (IsWordAt(1, "xml") || IsWordAt(1, "json") || IsWordAt(1, "browse")))
+    RefuseHere("FOR XML, JSON or BROWSE");
+  if (IsWord("option")) RefuseHere("The OPTION clause");
 }
 
 std::vector<CommonTable> Parser::ParseCommonTables() {
   ExpectWord("with");
+  if (IsSymbolAt(1, "(") && (IsWord("xmlnamespaces") || IsWord("change_tracking_context")))
+    RefuseHere("WITH XMLNAMESPACES or CHANGE_TRACKING_CONTEXT");
   std::vector<CommonTable> tables;
   do {
     CommonTable table;
@@ -115,14 +174,23 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   if (IsWord("top")) select->top = ParseTop();
   do select->items.push_back(ParseSelectItem());
   while (TakeSymbol(","));
-  if (TakeWord("into")) select->into = ParseObjectName();
+  if (isQueryStatement_ && TakeWord("into")) {
+    select->into = ParseObjectName();
+    if (IsWord("on")) RefuseHere("SELECT INTO a filegroup");
+  }
   if (TakeWord("from")) select->from = ParseFrom();
   if (TakeWord("where")) select->where = ParseCondition();
   if (TakeWord("group")) {
     ExpectWord("by");
-    do select->groupBy.push_back(ParseExpression());
-    while (TakeSymbol(","));
-    if (IsWord("with")) FailUnsupported("GROUP BY WITH ROLLUP or CUBE", Current().line);
+    if (IsWord("all")) RefuseHere("GROUP BY ALL");
+    do {
+      const bool isSet = AreWordsAt(0, "GROUPING SETS") || (IsSymbol("(") && IsSymbolAt(1, ")")) ||
+                         ((IsWord("rollup") || IsWord("cube")) && IsSymbolAt(1, "("));
+      if (isSet) RefuseHere("GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
+      select->groupBy.push_back(ParseExpression());
+    } while (TakeSymbol(","));
+    if (AreWordsAt(0, "WITH ROLLUP") || AreWordsAt(0, "WITH CUBE"))
+      RefuseHere("GROUP BY WITH ROLLUP or CUBE");
   }
   if (TakeWord("having")) select->having = ParseCondition();
   return select;
@@ -139,8 +207,8 @@ ExprPtr Parser::ParseTop() {
   } else {
     SyntaxError();
   }
-  if (IsWord("percent")) FailUnsupported("TOP PERCENT", Current().line);
-  if (IsWord("with") && IsWordAt(1, "ties")) FailUnsupported("TOP WITH TIES", Current().line);
+  if (IsWord("percent")) RefuseHere("TOP PERCENT");
+  if (AreWordsAt(0, "WITH TIES")) RefuseHere("TOP WITH TIES");
   return count;
 }
 
@@ -159,8 +227,11 @@ std::optional<SelectItem> Parser::ParseStar() {
 SelectItem Parser::ParseSelectItem() {
   if (std::optional<SelectItem> star = ParseStar()) return std::move(*star);
   SelectItem item;
+  if (Current().kind == TokenKind::Variable && IsCompoundAssignment(Next()))
+    RefuseHere("Compound assignment in SELECT");
   if (Current().kind == TokenKind::Variable && IsSymbolAt(1, "=")) {
     item.variable = TakeVariable();
+    if (!isQueryStatement_) SyntaxError();
     ExpectSymbol("=");
     item.expr = ParseExpression();
     return item;
@@ -188,6 +259,7 @@ std::vector<OrderItem> Parser::ParseOrderBy() {
     if (!item.descending) TakeWord("asc");
     items.push_back(std::move(item));
   } while (TakeSymbol(","));
+  if (IsWord("offset")) RefuseHere("OFFSET and FETCH");
   return items;
 }
 
@@ -217,10 +289,13 @@ std::optional<JoinKind> Parser::TakeJoin() {
                               {"full", JoinKind::Full},
                               {"cross", JoinKind::Cross}};
   if (TakeWord("join")) return JoinKind::Inner;
+  if (AreWordsAt(0, "OUTER APPLY")) RefuseHere("APPLY");
   for (const Entry& entry : kJoins) {
     if (!TakeWord(entry.word)) continue;
-    if (IsWord("apply")) FailUnsupported("APPLY", Current().line);
+    if (IsWord("apply")) RefuseHere("APPLY");
     if (entry.kind != JoinKind::Inner && entry.kind != JoinKind::Cross) TakeWord("outer");
+    const bool isHint = IsWord("loop") || IsWord("hash") || IsWord("merge") || IsWord("remote");
+    if (isHint && IsWordAt(1, "join")) RefuseHere("A join hint");
     ExpectWord("join");
     return entry.kind;
   }
@@ -254,12 +329,7 @@ TableSourcePtr Parser::ParseTablePrimary() {
   auto source = std::make_unique<TableSource>();
   source->line = Current().line;
   if (IsSymbol("(")) {
-    if (!StartsQuery()) {
-      TakeSymbol("(");
-      TableSourcePtr inner = ParseFrom();
-      ExpectSymbol(")");
-      return inner;
-    }
+    if (!StartsQuery()) return ParseParenthesizedSource();
     TakeSymbol("(");
     source->kind = TableSource::Kind::Derived;
     source->query = ParseQuery();
@@ -267,14 +337,33 @@ TableSourcePtr Parser::ParseTablePrimary() {
     ParseTableAlias(*source);
     if (source->alias.empty()) SyntaxError();
     if (IsSymbol("(")) source->columnAliases = ParseNameList();
+    RefuseAfterSource();
     return source;
   }
-  if (Current().kind == TokenKind::Variable) FailUnsupported("A table variable", Current().line);
-  source->name = ParseObjectName();
+  source->name = ParseTarget();
   ParseTableHints(*source);
+  if (IsSymbol("(")) RefuseHere("A function in place of a table");
+  RefuseAfterSource();
   ParseTableAlias(*source);
   ParseTableHints(*source);
+  RefuseAfterSource();
   return source;
+}
+
+TableSourcePtr Parser::ParseParenthesizedSource() {
+  ExpectSymbol("(");
+  if (IsWord("values")) RefuseHere("VALUES as a table");
+  if (IsWord("insert") || IsWord("update") || IsWord("delete") || IsWord("merge"))
+    RefuseHere("A changing statement in FROM");
+  TableSourcePtr inner = ParseFrom();
+  ExpectSymbol(")");
+  return inner;
+}
+
+void Parser::RefuseAfterSource() const {
+  if (IsWord("pivot") || IsWord("unpivot")) RefuseHere("PIVOT and UNPIVOT");
+  if (IsWord("tablesample")) RefuseHere("TABLESAMPLE");
+  if (AreWordsAt(0, "FOR SYSTEM_TIME")) RefuseHere("FOR SYSTEM_TIME");
 }
 
 void Parser::ParseTableAlias(TableSource& source) {
@@ -282,28 +371,35 @@ void Parser::ParseTableAlias(TableSource& source) {
 }
 
 void Parser::ParseTableHints(TableSource& source) {
-  constexpr std::array<std::string_view, 17> kHints = {
-      "nolock",          "updlock",        "holdlock", "rowlock",           "tablock",
-      "tablockx",        "xlock",          "paglock",  "readpast",          "readcommitted",
-      "readuncommitted", "repeatableread", "nowait",   "readcommittedlock", "serializable",
-      "nolock",          "index"};
   const bool withHints = IsWord("with") && IsSymbolAt(1, "(");
-  const size_t first = withHints ? 2 : 1;
   if (!withHints && !IsSymbol("(")) return;
-  bool known = false;
-  for (const std::string_view hint : kHints) known = known || IsWordAt(first, hint);
-  if (!known) {
-    if (!withHints) return;
-    at_ += first;
-    SyntaxError();
-  }
+  const size_t first = withHints ? 2 : 1;
+  const std::string& word = Next(first).text;
+  if (!withHints && !IsTableHint(word) && !IsRefused(RefusedKind::TableHint, word)) return;
   at_ += first;
   do {
-    if (IsWord("index")) FailUnsupported("The INDEX hint", Current().line);
-    source.updateLock = source.updateLock || IsWord("updlock") || IsWord("xlock") || IsWord("tablockx");
-    ++at_;
+    ParseTableHint(source);
     TakeSymbol(",");
   } while (!TakeSymbol(")"));
+}
+
+void Parser::ParseTableHint(TableSource& source) {
+  const Token& token = Current();
+  if (token.kind != TokenKind::Word) SyntaxError();
+  RefuseIfListed(RefusedKind::TableHint, token.text, token.line);
+  if (!IsTableHint(token.text)) Fail(321, {token.text}, token.line);
+  source.updateLock = source.updateLock || IsWord("updlock") || IsWord("xlock") || IsWord("tablockx");
+  ++at_;
+}
+
+// The table that a statement reads or changes.
+ObjectName Parser::ParseTarget() {
+  if (Current().kind == TokenKind::Variable) RefuseHere("A table variable");
+  if (Current().kind == TokenKind::Word && IsRowsetFunction(Current().text))
+    RefuseHere("A function in place of a table");
+  if (IsSymbol("::")) RefuseHere("A function in place of a table");
+  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+  return ParseObjectName();
 }
 
 ObjectName Parser::ParseObjectName() {
@@ -315,7 +411,7 @@ ObjectName Parser::ParseObjectName() {
   name.name = parts.back();
   if (parts.size() > 1) name.schema = parts[parts.size() - 2];
   const bool isTempdb = parts.size() == 3 && EqualNames(parts[0], "tempdb") && name.name[0] == '#';
-  if (parts.size() > 2 && !isTempdb) FailUnsupported("A name with a database part", line);
+  if (parts.size() > 2 && !isTempdb) Refuse("A name with a database part", line);
   return name;
 }
 

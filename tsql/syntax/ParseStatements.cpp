@@ -3,6 +3,7 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tsql {
@@ -21,7 +22,7 @@ StatementPtr Parser::ParseUnterminated() {
     std::string_view word;
     Rule rule;
   };
-  constexpr std::array<Entry, 25> kRules = {{{"select", &Parser::ParseQueryStatement},
+  constexpr std::array<Entry, 24> kRules = {{{"select", &Parser::ParseQueryStatement},
                                              {"with", &Parser::ParseWith},
                                              {"insert", &Parser::ParseInsert},
                                              {"update", &Parser::ParseUpdate},
@@ -37,7 +38,6 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"print", &Parser::ParsePrint},
                                              {"commit", &Parser::ParseTransaction},
                                              {"rollback", &Parser::ParseTransaction},
-                                             {"save", &Parser::ParseTransaction},
                                              {"raiserror", &Parser::ParseRaiserror},
                                              {"throw", &Parser::ParseThrow},
                                              {"exec", &Parser::ParseExecute},
@@ -46,16 +46,14 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"alter", &Parser::ParseAlter},
                                              {"drop", &Parser::ParseDrop},
                                              {"truncate", &Parser::ParseTruncate}}};
-  constexpr std::array<std::string_view, 14> kUnsupported = {
-      "merge",      "waitfor", "goto",   "use",  "open",   "fetch", "close",
-      "deallocate", "grant",   "revoke", "deny", "backup", "dbcc",  "kill"};
   if (IsSymbol("(") && StartsQuery()) return ParseQueryStatement();
+  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
   if (Current().kind == TokenKind::Word) {
+    RefuseWords(RefusedKind::Statement);
     for (const Entry& entry : kRules)
       if (IsWord(entry.word)) return (this->*entry.rule)();
-    for (const std::string_view word : kUnsupported)
-      if (IsWord(word)) FailUnsupported(ToUpper(word), Current().line);
   }
+  if (IsName() && IsSymbolAt(1, ":")) RefuseHere("A label");
   // The first statement of a batch may be a procedure's name alone.
   if (at_ == 0 && IsName() && !IsSymbolAt(1, "=")) return ParseExecute();
   SyntaxError();
@@ -73,6 +71,7 @@ StatementPtr Parser::ParseControl() {
 
 StatementPtr Parser::ParseQueryStatement() {
   auto statement = MakeStatement<QueryStatement>(at_);
+  startsQueryStatement_ = true;
   statement->query = ParseQuery();
   return statement;
 }
@@ -80,13 +79,12 @@ StatementPtr Parser::ParseQueryStatement() {
 StatementPtr Parser::ParseDeclare() {
   auto statement = MakeStatement<DeclareStatement>(at_);
   ExpectWord("declare");
-  if (IsName() && IsWordAt(1, "cursor")) FailUnsupported("A cursor", Current().line);
+  if (IsName() && (IsWordAt(1, "cursor") || IsWordAt(1, "insensitive") || IsWordAt(1, "scroll")))
+    RefuseHere("A cursor");
   do {
     VariableDeclaration variable;
     variable.name = TakeVariable();
     TakeWord("as");
-    if (IsWord("table")) FailUnsupported("A table variable", Current().line);
-    if (IsWord("cursor")) FailUnsupported("A cursor", Current().line);
     const int line = Current().line;
     variable.type = ParseType(1);
     if (IsLob(variable.type.id)) Fail(2739, {}, line);
@@ -102,58 +100,53 @@ StatementPtr Parser::ParseSet() {
   ExpectWord("set");
   ExprPtr target = MakeExpr(ExprKind::Variable);
   target->text = TakeVariable();
+  if (IsSymbol(".")) RefuseHere("A method of a value");
+  if (IsSymbol("=") && IsWordAt(1, "cursor")) RefuseHere("A cursor");
   statement->name = target->text;
   statement->value = CompoundValue(std::move(target));
   return statement;
 }
 
+void Parser::ParseIsolationLevel() {
+  ExpectWord("isolation");
+  ExpectWord("level");
+  if (AreWordsAt(0, "REPEATABLE READ") || IsWord("serializable") || IsWord("snapshot"))
+    RefuseHere("An isolation level other than READ COMMITTED");
+  ExpectWord("read");
+  if (!TakeWord("committed")) ExpectWord("uncommitted");
+}
+
 StatementPtr Parser::ParseSetOption() {
-  // The engine behaves as with this setting of an option and refuses the other one.
-  struct FixedOption {
-    std::string_view name;
-    std::string_view value;
-  };
-  constexpr std::array<FixedOption, 8> kFixed = {{{"ansi_nulls", "ON"},
-                                                  {"quoted_identifier", "ON"},
-                                                  {"ansi_padding", "ON"},
-                                                  {"ansi_warnings", "ON"},
-                                                  {"ansi_null_dflt_on", "ON"},
-                                                  {"concat_null_yields_null", "ON"},
-                                                  {"arithabort", "ON"},
-                                                  {"numeric_roundabort", "OFF"}}};
+  // Those of SQL's standard have one value here, which is theirs already.
+  constexpr std::array<std::string_view, 12> kOptions = {"nocount",           "xact_abort",
+                                                         "identity_insert",   "lock_timeout",
+                                                         "ansi_nulls",        "quoted_identifier",
+                                                         "ansi_padding",      "ansi_warnings",
+                                                         "ansi_null_dflt_on", "concat_null_yields_null",
+                                                         "arithabort",        "numeric_roundabort"};
   auto statement = MakeStatement<SetOptionStatement>(at_);
-  const int line = Current().line;
   ExpectWord("set");
   if (TakeWord("transaction")) {
-    if (!TakeWord("isolation") || !TakeWord("level")) SyntaxError();
     statement->option = "isolation";
-    if (TakeWord("read")) {
-      if (!TakeWord("committed") && !TakeWord("uncommitted")) SyntaxError();
-    } else {
-      FailUnsupported("An isolation level other than READ COMMITTED", line);
-    }
+    ParseIsolationLevel();
     return statement;
   }
   if (Current().kind != TokenKind::Word) SyntaxError();
-  statement->option = ToLower(tokens_[at_++].text);
+  const Token& name = tokens_[at_++];
+  RefuseIfListed(RefusedKind::Option, name.text, name.line);
+  statement->option = ToLower(name.text);
+  if (std::find(kOptions.begin(), kOptions.end(), statement->option) == kOptions.end())
+    throw Error(195, 15, 5, name.line, "'" + name.text + "' is not a recognized SET option.");
+  if (IsSymbol(",")) RefuseHere("SET of several options");
   if (statement->option == "identity_insert") statement->table = ParseObjectName();
-  const bool isSwitch = IsWord("on") || IsWord("off");
   if (statement->option == "lock_timeout") {
     if (TakeSymbol("-")) statement->value = "-";
     if (Current().kind != TokenKind::Integer) SyntaxError();
-  } else if (!isSwitch) {
-    FailUnsupported("SET " + ToUpper(statement->option), line);
+  } else if (!IsWord("on") && !IsWord("off")) {
+    SyntaxError();
   }
   statement->value += ToUpper(tokens_[at_++].text);
-  bool known = statement->option == "nocount" || statement->option == "xact_abort" ||
-               statement->option == "identity_insert" || statement->option == "lock_timeout";
-  for (const FixedOption& option : kFixed) {
-    if (option.name != statement->option) continue;
-    known = true;
-    if (option.value != statement->value)
-      FailUnsupported("SET " + ToUpper(statement->option) + " " + statement->value, line);
-  }
-  if (!known) FailUnsupported("SET " + ToUpper(statement->option), line);
+  RefuseIfListed(RefusedKind::Option, statement->option + " " + statement->value, name.line);
   return statement;
 }
 
@@ -181,7 +174,7 @@ StatementList Parser::ParseStatementsUntilEnd() {
   while (true) {
     while (TakeSymbol(";")) {
     }
-    if (IsWord("end")) break;
+    if (IsWord("end") && !IsWordAt(1, "conversation")) break;
     if (IsAtEnd()) SyntaxError();
     statements.push_back(ParseStatement());
   }
@@ -217,7 +210,6 @@ StatementPtr Parser::ParseTryCatch() {
 
 StatementPtr Parser::ParseTransaction() {
   auto statement = MakeStatement<TransactionStatement>(at_);
-  if (IsWord("save")) FailUnsupported("SAVE TRANSACTION", Current().line);
   statement->action = IsWord("begin")    ? TransactionAction::Begin
                       : IsWord("commit") ? TransactionAction::Commit
                                          : TransactionAction::Rollback;
@@ -225,15 +217,18 @@ StatementPtr Parser::ParseTransaction() {
   const bool full = TakeWord("tran") || TakeWord("transaction");
   if (!full) TakeWord("work");
   if (full && (IsName() || Current().kind == TokenKind::Variable)) ++at_;
+  if (AreWordsAt(0, "WITH MARK")) RefuseHere("BEGIN TRANSACTION WITH MARK");
+  if (IsWord("with") && IsSymbolAt(1, "(")) RefuseHere("COMMIT WITH an option");
   return statement;
 }
 
 StatementPtr Parser::ParseReturn() {
   auto statement = MakeStatement<ReturnStatement>(at_);
   ExpectWord("return");
-  const bool hasValue = Current().kind != TokenKind::End && !IsSymbol(";") &&
-                        (Current().kind != TokenKind::Word || IsWord("case") || IsWord("cast") ||
-                         IsWord("null") || (IsName() && IsSymbolAt(1, "(")));
+  const bool hasValue =
+      Current().kind != TokenKind::End && !IsSymbol(";") &&
+      (Current().kind != TokenKind::Word || IsWord("case") || IsWord("cast") || IsWord("null") ||
+       IsWord("convert") || IsWord("coalesce") || IsWord("nullif") || (IsName() && IsSymbolAt(1, "(")));
   if (!hasValue) return statement;
   if (!inProcedure_) Fail(178, {}, Current().line);
   statement->value = ParseExpression();
@@ -250,6 +245,7 @@ StatementPtr Parser::ParsePrint() {
 StatementPtr Parser::ParseRaiserror() {
   auto statement = MakeStatement<RaiserrorStatement>(at_);
   ExpectWord("raiserror");
+  if (Current().kind == TokenKind::Integer) RefuseHere("RAISERROR without parentheses");
   ExpectSymbol("(");
   do statement->arguments.push_back(ParseExpression());
   while (TakeSymbol(","));
@@ -257,7 +253,8 @@ StatementPtr Parser::ParseRaiserror() {
   if (statement->arguments.size() < 3) SyntaxError();
   if (IsWord("with")) {
     ++at_;
-    if (!TakeWord("nowait")) FailUnsupported("RAISERROR WITH LOG or SETERROR", Current().line);
+    if (IsWord("log") || IsWord("seterror")) RefuseHere("RAISERROR WITH LOG or SETERROR");
+    ExpectWord("nowait");
   }
   return statement;
 }
@@ -300,20 +297,29 @@ ExecuteArgument Parser::ParseExecuteArgument() {
   return argument;
 }
 
+void Parser::RefuseExecuteOption() const {
+  if (AreWordsAt(0, "WITH RECOMPILE") || AreWordsAt(0, "WITH RESULT")) RefuseHere("EXEC WITH an option");
+}
+
 StatementPtr Parser::ParseExecute() {
   auto statement = MakeStatement<ExecuteStatement>(at_);
   if (IsWord("exec") || IsWord("execute")) ++at_;
   if (TakeSymbol("(")) {
     statement->text = ParseExpression();
     ExpectSymbol(")");
+    if (IsWord("at") || IsWord("as")) RefuseHere("EXEC of a text AT a server or AS a user");
+    RefuseExecuteOption();
     return statement;
   }
   if (Current().kind == TokenKind::Variable) {
-    if (!IsSymbolAt(1, "=")) FailUnsupported("EXEC with the procedure's name in a variable", Current().line);
+    if (!IsSymbolAt(1, "=")) RefuseHere("EXEC with the procedure's name in a variable");
     statement->returnVariable = TakeVariable();
     ExpectSymbol("=");
+    if (Current().kind == TokenKind::Variable) RefuseHere("EXEC with the procedure's name in a variable");
   }
   statement->procedure = ParseObjectName();
+  if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
+  RefuseExecuteOption();
   const bool hasArguments =
       !IsAtEnd() && !IsSymbol(";") &&
       (Current().kind != TokenKind::Word || IsName() || IsWord("default") || IsWord("null"));
@@ -326,6 +332,7 @@ StatementPtr Parser::ParseExecute() {
     if (named && !isNamed) Fail(119, {std::to_string(statement->arguments.size())}, line);
     named = isNamed;
   } while (TakeSymbol(","));
+  RefuseExecuteOption();
   return statement;
 }
 

@@ -97,6 +97,20 @@ void Parser::SyntaxErrorAt(size_t token) const {
   Fail(102, {text}, near.line);
 }
 
+bool Parser::AreWordsAt(size_t ahead, std::string_view words) const {
+  while (!words.empty()) {
+    const size_t end = std::min(words.find(' '), words.size());
+    if (!IsWordAt(ahead++, words.substr(0, end))) return false;
+    words.remove_prefix(std::min(end + 1, words.size()));
+  }
+  return true;
+}
+
+void Parser::RefuseWords(RefusedKind kind) const {
+  for (const std::string_view name : RefusedNames(kind))
+    if (AreWordsAt(0, name)) RefuseName(kind, name, Current().line);
+}
+
 Parser::Level::Level(Parser& parser) : parser_(parser) {
   constexpr int kMaxLevels = 400; // a pair of parentheses takes two
   if (++parser_.levels_ <= kMaxLevels) return;

@@ -1,6 +1,7 @@
 // The recursive-descent parser behind Parser.h, shared by its source files: one method a grammar rule.
 #pragma once
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/syntax/StatementTree.h"
 
 #include <initializer_list>
@@ -40,6 +41,9 @@ class Parser {
   std::string SourceFrom(size_t firstToken) const;
   [[noreturn]] void SyntaxError() const;
   [[noreturn]] void SyntaxErrorAt(size_t token) const;
+  bool AreWordsAt(size_t ahead, std::string_view words) const; // in capitals, with blanks between them
+  [[noreturn]] void RefuseHere(RefusedConstruct what) const { Refuse(what, Current().line); }
+  void RefuseWords(RefusedKind kind) const; // where words of the list stand here
 
   // What is nested too deeply for the stack is refused with 191. A rule that calls itself counts its depth in
   // a Level. Chains of operators get deep without recursion, so expressions are measured as well.
@@ -69,6 +73,8 @@ class Parser {
   ExprPtr ParseMultiplicative();
   ExprPtr ParseUnary();
   ExprPtr ParsePrimary();
+  ExprPtr ParseOperand();
+  void RefuseAfterOperand() const;
   std::unique_ptr<Query> ParseSubquery(Expr& owner);
   ExprPtr ParseParenthesis();
   ExprPtr ParseLiteral();
@@ -97,9 +103,14 @@ class Parser {
   TableSourcePtr ParseFrom();
   TableSourcePtr ParseJoins();
   TableSourcePtr ParseTablePrimary();
+  TableSourcePtr ParseParenthesizedSource();
+  void RefuseAfterSource() const;
+  void RefuseAfterQuery() const;
   std::optional<JoinKind> TakeJoin();
   void ParseTableHints(TableSource& source);
+  void ParseTableHint(TableSource& source);
   void ParseTableAlias(TableSource& source);
+  ObjectName ParseTarget();
   ObjectName ParseObjectName();
   std::vector<std::string> ParseNameList();
   // With `endsHere` it counts only if the parentheses around it hold nothing else.
@@ -112,6 +123,7 @@ class Parser {
   StatementPtr ParseInsert();
   StatementPtr ParseUpdate();
   StatementPtr ParseDelete();
+  ExprPtr ParseChangeCondition();
   Assignment ParseAssignment();
   ExprPtr CompoundValue(ExprPtr target);
 
@@ -122,6 +134,7 @@ class Parser {
   StatementPtr ParseDeclare();
   StatementPtr ParseSet();
   StatementPtr ParseSetOption();
+  void ParseIsolationLevel();
   StatementPtr ParseIf();
   StatementPtr ParseWhile();
   StatementPtr ParseBegin();
@@ -133,6 +146,7 @@ class Parser {
   StatementPtr ParseThrow();
   StatementPtr ParseExecute();
   ExecuteArgument ParseExecuteArgument();
+  void RefuseExecuteOption() const;
   StatementList ParseStatementsUntilEnd();
   template <typename Node>
   std::unique_ptr<Node> MakeStatement(size_t token);
@@ -156,6 +170,10 @@ class Parser {
   ConstraintDefinition ParseConstraint(std::string name);
   std::vector<std::string> ParseKeyColumns(std::vector<bool>* descending);
   void SkipStorageOptions();
+  void SkipOptionList();
+  void SkipOption();
+  [[noreturn]] void UnknownObject() const;
+  void RefuseColumnProperty() const;
   void ParseCollation();
 
   std::string_view text_;
@@ -166,8 +184,10 @@ class Parser {
   int markers_ = 0;
   int loops_ = 0; // open WHILE bodies
   int levels_ = 0;
-  int deepest_ = 0; // depth of the deepest expression in the query that is parsed
-  int sources_ = 0; // number of tables in the statement
+  int deepest_ = 0;                   // depth of the deepest expression in the query that is parsed
+  int sources_ = 0;                   // number of tables in the statement
+  bool startsQueryStatement_ = false; // the next query is a statement
+  bool isQueryStatement_ = false;     // the query that is parsed is a statement
   bool inProcedure_ = false;
 };
 

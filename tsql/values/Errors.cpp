@@ -69,6 +69,8 @@ constexpr ErrorText kErrors[] = {
      "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller "
      "queries."},
     {195, 15, 10, "'%1' is not a recognized built-in function name."},
+    {196, 15, 1,
+     "SELECT INTO must be the first query in a statement containing a UNION, INTERSECT or EXCEPT operator."},
     {201, 16, 4, "Procedure or function '%1' expects parameter '%2', which was not supplied."},
     {205, 16, 1,
      "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of "
@@ -103,6 +105,10 @@ constexpr ErrorText kErrors[] = {
     {270, 16, 1, "Object '%1' cannot be modified."},
     {281, 16, 1, "%1 is not a valid style number when converting from %2 to a character string."},
     {293, 16, 0, "Cannot convert char value to smallmoney. The char value has incorrect syntax."},
+    {321, 15, 1,
+     "\"%1\" is not a recognized table hints option. If it is intended as a parameter to a table-valued "
+     "function or to the CHANGETABLE function, ensure that your database compatibility mode is set to 90."},
+    {343, 15, 1, "Unknown object type '%1' used in a CREATE, DROP, or ALTER statement."},
     {402, 16, 1, "The data types %1 and %2 are incompatible in the %3 operator."},
     {408, 16, 1, "A constant expression was encountered in the ORDER BY list, position %1."},
     {460, 16, 1,
@@ -203,6 +209,13 @@ constexpr ErrorText kErrors[] = {
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
     {2751, 16, 1, "Identity column '%1' contains invalid SEED."},
+    {2747, 16, 1,
+     "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters."},
+    {2748, 16, 1, "Cannot specify %1 data type (parameter %2) as a substitution parameter."},
+    {2786, 16, 1,
+     "The data type of substitution parameter %1 does not match the expected type of the format "
+     "specification."},
+    {2787, 16, 1, "Invalid format specification: '%1'."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
@@ -214,6 +227,9 @@ constexpr ErrorText kErrors[] = {
     {4115, 15, 1,
      "The reference to column \"%1\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. Only "
      "references to columns at an outer scope or standalone expressions and subqueries are allowed here."},
+    {4121, 16, 1,
+     "Cannot find either column \"%1\" or the user-defined function or aggregate \"%2\", or the name is "
+     "ambiguous."},
     {4127, 16, 1,
      "At least one of the arguments to COALESCE must be an expression that is not the NULL constant."},
     {4145, 15, 1,
@@ -221,6 +237,13 @@ constexpr ErrorText kErrors[] = {
     {4151, 16, 1,
      "The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument "
      "has to be known."},
+    {4506, 16, 1,
+     "Column names in each view or function must be unique. Column name '%1' in view or function '%2' is "
+     "specified more than once."},
+    {4508, 16, 1,
+     "Views or functions are not allowed on temporary tables. Table names that begin with '#' denote "
+     "temporary tables."},
+    {4511, 16, 1, "Create View or Function failed because no column name was specified for column %1."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
@@ -303,10 +326,6 @@ void Fail(int number, std::initializer_list<std::string_view> arguments, int lin
   throw MakeError(number, line, arguments);
 }
 
-void FailUnsupported(std::string_view what, int line) {
-  Fail(kUnsupportedError, {what}, line);
-}
-
 bool EndsTransaction(const Error& error) {
   // After a value that cannot be converted the server ends the batch and the transaction.
   switch (error.number) {
@@ -348,6 +367,10 @@ bool EndsBatch(const Error& error) {
   case 1913:
   case 2601:
   case 2627:
+  case 2747:
+  case 2748:
+  case 2786:
+  case 2787:
   case 2812:
   case 3623:
   case 3701:

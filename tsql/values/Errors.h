@@ -17,9 +17,6 @@ Error MakeError(int number, int line, std::initializer_list<std::string_view> ar
 // The error of what the engine does not know.
 inline constexpr int kUnsupportedError = 40510;
 
-// Refuses by its name what the engine does not know.
-[[noreturn]] void FailUnsupported(std::string_view what, int line = 0);
-
 // Whether the server ends the whole batch after the error and not only the statement, and whether it rolls
 // the transaction back as well.
 bool EndsBatch(const Error& error);

@@ -67,7 +67,8 @@ TEST_F(FunctionsTest, Names) {
   EXPECT_EQ(Scalar("OBJECT_NAME(OBJECT_ID('dbo.named'))"), "Named");
   EXPECT_EQ(Scalar("OBJECT_NAME(0)"), "NULL");
   EXPECT_EQ(Scalar("USER_NAME() + ' ' + SUSER_SNAME() + ' ' + HOST_NAME()"), "dbo sa localhost");
-  EXPECT_EQ(ErrorText("SELECT USER_NAME(1)"), "40510 1 USER_NAME with an argument is not supported.");
+  EXPECT_EQ(ErrorText("SELECT USER_NAME(1)"),
+            "40510 1 A function of the server that gives a name, with an argument is not supported.");
 }
 
 TEST_F(FunctionsTest, SystemViews) {

@@ -149,7 +149,8 @@ void BatchMutator::AddSubquery(Tokens& tokens) {
 void BatchMutator::ReplaceValue(Tokens& tokens) {
   const size_t at = Find(tokens, [&](size_t i) { return IsValue(tokens[i]); });
   if (at == tokens.size()) return;
-  static constexpr std::array<std::string_view, 14> kValues = {"NULL",
+  static constexpr std::array<std::string_view, 15> kValues = {"NULL",
+                                                               "(SELECT MAX(c) FROM n)",
                                                                "-1",
                                                                "''",
                                                                "@text",

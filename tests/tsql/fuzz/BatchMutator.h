@@ -16,6 +16,9 @@ class BatchMutator {
  public:
   BatchMutator(const std::vector<std::string>& texts, uint32_t seed);
 
+  // As if it were made with this seed.
+  void Restart(uint32_t seed) { random_.seed(seed); }
+
   // One of the texts with some changes.
   std::string Next();
   std::string Mutate(std::string_view text);

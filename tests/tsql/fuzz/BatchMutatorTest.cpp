@@ -2,8 +2,7 @@
 // complaint about a statement that the engine made (823), and none may end the process.
 #include "tests/tsql/fuzz/BatchMutator.h"
 
-#include "tests/tsql/EngineFixture.h"
-#include "tests/tsql/fuzz/FuzzSchema.h"
+#include "tests/tsql/fuzz/FuzzedDatabase.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,12 +12,9 @@
 namespace tsql::test {
 namespace {
 
-constexpr int kStorageError = 823;
-
-std::vector<std::string> ReadSeeds() {
+std::vector<std::string> ReadTexts(const std::string& folder) {
   std::vector<std::filesystem::path> paths;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(std::string(TSQL_SOURCE_DIR) + "/tests/tsql/fuzz/seeds"))
+  for (const auto& entry : std::filesystem::directory_iterator(std::string(TSQL_SOURCE_DIR) + "/" + folder))
     paths.push_back(entry.path());
   std::sort(paths.begin(), paths.end());
   std::vector<std::string> seeds;
@@ -29,41 +25,20 @@ std::vector<std::string> ReadSeeds() {
   return seeds;
 }
 
-// The batches run one after another on one database, which is made anew now and then.
-class FuzzedDatabase {
- public:
-  FuzzedDatabase() { Renew(); }
+std::vector<std::string> ReadSeeds() {
+  return ReadTexts("tests/tsql/fuzz/seeds");
+}
 
-  void Run(const std::string& batch) {
-    constexpr int kBatchesPerDatabase = 100;
-    constexpr int64_t kSteps = 1000;
-    if (++batches_ % kBatchesPerDatabase == 0) Renew();
-    std::vector<Parameter> parameters(3);
-    parameters[0].type.id = TypeId::Int;
-    parameters[1].name = "@text";
-    parameters[1].type = Type{TypeId::NVarChar, 30, 0, 0};
-    parameters[2].name = "@n";
-    parameters[2].type.id = TypeId::Int;
-    session_->SetWorkLimit(kSteps);
-    Output output;
-    session_->Execute(batch, parameters, output);
-    for (const Error& error : output.errors)
-      EXPECT_NE(error.number, kStorageError) << error.what() << "\n" << batch;
-    session_->SetWorkLimit(std::nullopt);
-    if (session_->TransactionCount() > 0) session_->Rollback();
-  }
-
- private:
-  void Renew() {
-    session_.reset();
-    session_ = Session::Open(Database::Open(UniqueMemoryName(), OpenMode::Create));
-    Output output;
-    EXPECT_TRUE(session_->Execute(kFuzzSchema, {}, output));
-  }
-
-  std::unique_ptr<Session> session_;
-  int batches_ = 0;
-};
+TEST(BatchMutatorTest, TheComponentsStatementsAreNoStorageErrors) {
+  const std::vector<std::string> statements = ReadTexts("statements");
+  ASSERT_GT(statements.size(), 100U);
+  FuzzedDatabase database;
+  for (const std::string& statement : statements) database.Run(statement);
+  // And with changes.
+  constexpr int kBatches = 1000;
+  BatchMutator mutator(statements, 1);
+  for (int i = 0; i < kBatches; ++i) database.Run(mutator.Next());
+}
 
 TEST(BatchMutatorTest, SeedsAreNoStorageErrors) {
   const std::vector<std::string> seeds = ReadSeeds();

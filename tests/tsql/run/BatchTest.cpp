@@ -225,6 +225,67 @@ TEST_F(BatchTest, CommentsAndSeparators) {
   EXPECT_TRUE(Run("-- nothing").results.empty());
 }
 
+TEST_F(BatchTest, RaiserrorFormatsItsValues) {
+  const auto message = [this](const std::string& arguments) {
+    const Output output = Run("RAISERROR(" + arguments + ")");
+    return output.errors.empty() ? output.messages.at(0) : std::string(output.errors.at(0).what());
+  };
+  EXPECT_EQ(message("'%d of %s, 100%%', 1, 1, 5, 'x'"), "5 of x, 100%");
+  EXPECT_EQ(message("'[%5d|%-5d|%05d|%+d]', 1, 1, 42, 42, 42, 42"), "[   42|42   |00042|+42]");
+  EXPECT_EQ(message("'[%7.3s|%-4s|%s]', 1, 1, 'abcde', 'x', N'车'"), "[    abc|x   |车]");
+  EXPECT_EQ(message("'%x %X %o %u', 1, 1, 255, 255, 8, -1"), "ff FF 10 4294967295");
+  EXPECT_EQ(message("'%d %s %d', 1, 1, NULL, NULL"), "(null) (null) (null)");
+  EXPECT_EQ(message("'%I64d %ld %hd', 1, 1, 1, 2, 3"), "1 2 3");
+  EXPECT_EQ(ErrorText("RAISERROR('%d', 16, 1, 'x')"),
+            "2786 1 The data type of substitution parameter 1 does not match the expected type of the format "
+            "specification.");
+  EXPECT_EQ(ErrorOf("RAISERROR('%s %s', 16, 1, 'x', 5)"), 2786);
+  EXPECT_EQ(ErrorText("RAISERROR('50% done%', 16, 1)"), "2787 1 Invalid format specification: '%'.");
+  EXPECT_EQ(ErrorText("RAISERROR('%d', 16, 1, 1.5)"),
+            "2748 1 Cannot specify numeric data type (parameter 4) as a substitution parameter.");
+  EXPECT_EQ(ErrorOf("RAISERROR('x', 16, 1, 1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21)"), 2747);
+}
+
+TEST_F(BatchTest, WhatAViewMustNotBe) {
+  Must("CREATE TABLE #t (a INT) CREATE TABLE t (a INT)");
+  EXPECT_EQ(ErrorText("CREATE VIEW v AS SELECT a FROM #t"),
+            "4508 1 Views or functions are not allowed on temporary tables. Table names that begin with '#' "
+            "denote temporary tables.");
+  EXPECT_EQ(ErrorOf("CREATE VIEW v AS SELECT a FROM t WHERE EXISTS (SELECT a FROM #t)"), 4508);
+  EXPECT_EQ(ErrorText("CREATE VIEW v AS SELECT a, a + 1 FROM t"),
+            "4511 1 Create View or Function failed because no column name was specified for column 2.");
+  EXPECT_EQ(
+      ErrorText("CREATE VIEW v AS SELECT a, a FROM t"),
+      "4506 1 Column names in each view or function must be unique. Column name 'a' in view or function "
+      "'v' is specified more than once.");
+  EXPECT_EQ(ErrorOf("CREATE VIEW v (x, y) AS SELECT a FROM t"), 8159);
+  EXPECT_EQ(ErrorOf("CREATE VIEW v (x) AS SELECT a, a + 1 FROM t"), 8158);
+  EXPECT_EQ(ErrorOf("CREATE VIEW v AS SELECT a FROM t ORDER BY a"), 1033);
+  Must("CREATE VIEW v (x, y) AS SELECT a, a + 1 FROM t");
+  Must("INSERT INTO t VALUES (4)");
+  EXPECT_EQ(Rows("SELECT x, y FROM v"), Lines({"4|5"}));
+}
+
+TEST_F(BatchTest, TopMustNotBeNegative) {
+  Must("CREATE TABLE t (a INT) INSERT INTO t VALUES (1)");
+  EXPECT_EQ(ErrorOf("SELECT TOP (-1) a FROM t"), 127);
+  EXPECT_EQ(ErrorOf("DECLARE @n INT SET @n = -1 SELECT TOP (@n) a FROM t"), 127);
+  EXPECT_EQ(ErrorOf("DECLARE @n INT SET @n = -1 DELETE TOP (@n) FROM t"), 127);
+  EXPECT_EQ(ErrorOf("DECLARE @n INT SELECT TOP (@n) a FROM t"), 1060);
+}
+
+TEST_F(BatchTest, ReturnOfAnExpression) {
+  Must("CREATE PROCEDURE p AS RETURN CONVERT(INT, '7')");
+  EXPECT_EQ(Rows("DECLARE @r INT EXEC @r = p SELECT @r"), Lines({"7"}));
+  EXPECT_EQ(ErrorOf("CREATE PROCEDURE q AS"), 102); // the batch ends too early
+}
+
+TEST_F(BatchTest, CompoundAssignmentByExclusiveOr) {
+  EXPECT_EQ(Rows("DECLARE @a INT = 6 SET @a ^= 3 SELECT @a"), Lines({"5"}));
+  EXPECT_EQ(Rows("CREATE TABLE t (a INT) INSERT INTO t VALUES (6) UPDATE t SET a ^= 5 SELECT a FROM t"),
+            Lines({"3"}));
+}
+
 TEST_F(BatchTest, VariablesMustBeDeclaredOnce) {
   EXPECT_EQ(ErrorText("SELECT 1\nSELECT @x"), "137 2 Must declare the scalar variable \"@x\".");
   EXPECT_EQ(ErrorOf("SET @x = 1 DECLARE @x INT"), 137);

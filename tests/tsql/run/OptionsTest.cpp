@@ -59,6 +59,38 @@ TEST_F(OptionsTest, RowCountAfterStatementsWithoutRows) {
   EXPECT_EQ(Rows("DECLARE @a INT SELECT @a = 1 RAISERROR('x', 1, 1) SELECT @@ROWCOUNT"), Lines({"0"}));
 }
 
+TEST_F(OptionsTest, RowCountAfterAProcedure) {
+  Must("CREATE TABLE t (a INT) INSERT INTO t VALUES (1), (2), (3)");
+  // EXECUTE keeps the count of the procedure's last statement; RETURN is a statement that has none.
+  Must("CREATE PROCEDURE p AS UPDATE t SET a = a");
+  EXPECT_EQ(Rows("EXEC p SELECT @@ROWCOUNT"), Lines({"3"}));
+  Must("CREATE PROCEDURE q AS UPDATE t SET a = a RETURN 5");
+  EXPECT_EQ(Rows("DECLARE @r INT EXEC @r = q SELECT @@ROWCOUNT, @r"), Lines({"0|5"}));
+  EXPECT_EQ(Rows("EXEC('DELETE FROM t WHERE a = 1') SELECT @@ROWCOUNT"), Lines({"1"}));
+}
+
+TEST_F(OptionsTest, RowCountWithinAndAfterALoop) {
+  Must("CREATE TABLE t (a INT) INSERT INTO t VALUES (1), (2), (3)");
+  const Output output = Run("SET NOCOUNT ON DECLARE @i INT SET @i = 0 UPDATE t SET a = a "
+                            "WHILE @i < 1 BEGIN SELECT @@ROWCOUNT SET @i = @i + 1 END SELECT @@ROWCOUNT");
+  EXPECT_EQ(output.results, std::vector<Lines>({{"0"}, {"0"}}));
+  EXPECT_EQ(Run("SET NOCOUNT ON UPDATE t SET a = a WHILE @@ROWCOUNT > 0 DELETE TOP (2) FROM t "
+                "SELECT COUNT(*) FROM t")
+                .results,
+            std::vector<Lines>({{"0"}}));
+}
+
+TEST_F(OptionsTest, LockTimeoutOfAProcedureEndsWithIt) {
+  const auto other = Session::Open(database_);
+  Must("CREATE TABLE t (a INT)");
+  Must("CREATE PROCEDURE p AS SET LOCK_TIMEOUT 60000");
+  Must("SET LOCK_TIMEOUT 0 EXEC p");
+  RunOn(*other, "BEGIN TRAN INSERT INTO t VALUES (1)");
+  // With the procedure's time-out this would wait for a minute.
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (2)"), 1222);
+  RunOn(*other, "ROLLBACK");
+}
+
 TEST_F(OptionsTest, AfterANamedArgumentAllAreNamed) {
   Must("CREATE PROCEDURE p @a INT, @b INT AS SELECT @a, @b");
   EXPECT_EQ(

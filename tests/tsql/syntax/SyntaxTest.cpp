@@ -61,7 +61,40 @@ TEST_F(SyntaxTest, Definitions) {
   EXPECT_EQ(Rows("SELECT c, d FROM t"), Lines({"7|NULL", "7|NULL"}));
   EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL"), 4901);
   EXPECT_EQ(ErrorOf("ALTER TABLE missing ADD e INT"), 4902);
+  EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL DEFAULT NULL"), 515);
+  Must("CREATE TABLE none (a INT) ALTER TABLE none ADD e DATE NOT NULL DEFAULT NULL");
+  EXPECT_EQ(ErrorOf("INSERT INTO none (a) VALUES (1)"), 515);
+  Must("CREATE TABLE empty (a INT) ALTER TABLE empty ADD e DATE NOT NULL, f INT NOT NULL");
+  EXPECT_EQ(ErrorOf("INSERT INTO empty (a, e) VALUES (1, '2020-01-31')"), 515);
+  EXPECT_EQ(ErrorOf("INSERT INTO empty (a, f) SELECT 1, 2"), 515);
+  Must("INSERT INTO empty (a, e, f) VALUES (1, '2020-01-31', 3)");
   EXPECT_EQ(ErrorOf("TRUNCATE TABLE missing"), 4701);
+}
+
+TEST_F(SyntaxTest, ABatchThatEndsWithinAListEnds) {
+  EXPECT_EQ(ErrorOf("SELECT a FROM t WITH (NOLOCK"), 102);
+  EXPECT_EQ(ErrorOf("SELECT a FROM t (NOLOCK,"), 102);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT) TEXTIMAGE_ON"), 102);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT) ON"), 102);
+  EXPECT_EQ(ErrorOf("CREATE INDEX ix ON t (a) WITH (PAD_INDEX"), 102);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT REFERENCES t ON DELETE NO"), 102);
+}
+
+TEST_F(SyntaxTest, IntoAndAssignmentsBelongToTheStatementsOwnSelect) {
+  EXPECT_EQ(ErrorOf("SELECT a FROM (SELECT a INTO u FROM t) x"), 156);
+  EXPECT_EQ(ErrorOf("SELECT a FROM t WHERE EXISTS (SELECT a INTO u FROM t)"), 156);
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a) SELECT a INTO u FROM t"), 156);
+  EXPECT_EQ(ErrorOf("CREATE VIEW w AS SELECT a INTO u FROM t"), 156);
+  EXPECT_EQ(ErrorOf("WITH x AS (SELECT a INTO u FROM t) SELECT a FROM x"), 156);
+  EXPECT_EQ(ErrorText("SELECT a FROM t UNION SELECT a INTO u FROM t"),
+            "196 1 SELECT INTO must be the first query in a statement containing a UNION, INTERSECT or "
+            "EXCEPT operator.");
+  EXPECT_EQ(ErrorOf("DECLARE @v INT IF EXISTS (SELECT @v = a FROM t) SELECT 1"), 102);
+  EXPECT_EQ(ErrorOf("DECLARE @v INT SELECT @v = a FROM t UNION SELECT 1"), 10734);
+  EXPECT_EQ(ErrorOf("DECLARE @v INT SELECT 1 UNION ALL SELECT @v = a FROM t"), 10734);
+  Must("WITH x AS (SELECT a FROM t) SELECT a INTO u FROM x");
+  EXPECT_EQ(Rows("DECLARE @v INT = 7; WITH x AS (SELECT 5 AS a) SELECT @v = a FROM x SELECT @v"),
+            Lines({"5"}));
 }
 
 } // namespace

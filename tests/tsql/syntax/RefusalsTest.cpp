@@ -1,0 +1,176 @@
+// What the engine lacks is refused by its name; what the server does not know is the server's error.
+#include "tsql/syntax/Refusals.h"
+
+#include "tests/tsql/EngineFixture.h"
+
+#include <algorithm>
+
+namespace tsql::test {
+namespace {
+
+class RefusalsTest : public EngineTest {
+ protected:
+  RefusalsTest() {
+    Must("CREATE TABLE t (a INT NOT NULL, b VARCHAR(5) NULL, CONSTRAINT pk_t PRIMARY KEY (a)) "
+         "CREATE TABLE i (id INT IDENTITY(1,1))");
+    Must("CREATE VIEW v AS SELECT a FROM t");
+    Must("CREATE PROCEDURE p AS SELECT 1");
+  }
+
+  void ExpectRefused(const std::string& batch, const std::string& what) {
+    EXPECT_EQ(ErrorText(batch), "40510 1 " + what + " is not supported.") << batch;
+  }
+
+  // Each name of the list, in the batch that `write` makes of it.
+  template <typename Write>
+  void ExpectNamesRefused(RefusedKind kind, const std::string& prefix, Write write) {
+    ASSERT_FALSE(RefusedNames(kind).empty());
+    for (const std::string_view name : RefusedNames(kind))
+      ExpectRefused(write(std::string(name)), prefix + std::string(name));
+  }
+};
+
+TEST_F(RefusalsTest, EveryConstructIsRefusedByItsName) {
+  for (const Refusal& refusal : kRefusedConstructs)
+    ExpectRefused(std::string(refusal.example), std::string(refusal.name));
+}
+
+TEST_F(RefusalsTest, EveryConstructIsNamedOnce) {
+  for (const Refusal& refusal : kRefusedConstructs)
+    EXPECT_EQ(std::count_if(std::begin(kRefusedConstructs), std::end(kRefusedConstructs),
+                            [&](const Refusal& other) { return other.name == refusal.name; }),
+              1)
+        << refusal.name;
+}
+
+TEST_F(RefusalsTest, StatementsAreRefusedByTheirWords) {
+  ExpectNamesRefused(RefusedKind::Statement, "", [](const std::string& name) { return name + " x"; });
+  // Within blocks too.
+  ExpectRefused("IF 1 = 1 BEGIN END CONVERSATION @h END", "END CONVERSATION");
+  ExpectRefused("BEGIN TRY WAITFOR DELAY '00:00:01' END TRY BEGIN CATCH END CATCH", "WAITFOR");
+  ExpectRefused("WITH x AS (SELECT a FROM t) MERGE t USING x ON 1 = 1", "MERGE");
+  ExpectRefused("CREATE PROCEDURE q AS GOTO done", "GOTO");
+}
+
+TEST_F(RefusalsTest, ObjectsAreRefusedByTheirWords) {
+  ExpectNamesRefused(RefusedKind::Create, "CREATE ",
+                     [](const std::string& name) { return "CREATE " + name + " x"; });
+  ExpectNamesRefused(RefusedKind::Alter, "ALTER ",
+                     [](const std::string& name) { return "ALTER " + name + " x"; });
+  ExpectNamesRefused(RefusedKind::Drop, "DROP ",
+                     [](const std::string& name) { return "DROP " + name + " x"; });
+  ExpectNamesRefused(RefusedKind::AlterTable, "ALTER TABLE ",
+                     [](const std::string& name) { return "ALTER TABLE t " + name + " x"; });
+  ExpectRefused("ALTER TABLE t WITH CHECK CHECK CONSTRAINT ck", "ALTER TABLE CHECK");
+}
+
+TEST_F(RefusalsTest, FunctionsTypesAndVariablesOfTheServerAreRefused) {
+  ExpectNamesRefused(RefusedKind::Function, "The function ",
+                     [](const std::string& name) { return "SELECT " + name + "(1)"; });
+  ExpectNamesRefused(RefusedKind::Type, "The type ",
+                     [](const std::string& name) { return "DECLARE @x " + name; });
+  ExpectNamesRefused(RefusedKind::Global, "", [](const std::string& name) { return "SELECT " + name; });
+  ExpectRefused("SELECT TRY_CAST('1' AS INT)", "The function TRY_CAST");
+  ExpectRefused("SELECT PARSE('1' AS INT USING 'en-US')", "The function PARSE");
+  ExpectRefused("SELECT CURRENT_USER", "The function CURRENT_USER");
+  ExpectRefused("SELECT SYSTEM_USER + 'x'", "The function SYSTEM_USER");
+  ExpectRefused("SELECT a FROM t WHERE CONTAINS(b, 'x')", "The function CONTAINS");
+  ExpectRefused("IF UPDATE(a) PRINT 'x'", "The function UPDATE");
+  ExpectRefused("CREATE TABLE x (a DATETIME2(3))", "The type DATETIME2");
+  ExpectRefused("SELECT CAST(1 AS SQL_VARIANT)", "The type SQL_VARIANT");
+  ExpectRefused("DECLARE @s NATIONAL CHAR(5)", "A type name of several words");
+}
+
+TEST_F(RefusalsTest, OptionsAndHintsAreRefused) {
+  ExpectNamesRefused(RefusedKind::Option, "SET ", [](const std::string& name) {
+    return "SET " + name + (name.ends_with(" OFF") ? "" : " ON");
+  });
+  ExpectNamesRefused(RefusedKind::TableHint, "The table hint ",
+                     [](const std::string& name) { return "SELECT a FROM t WITH (NOLOCK, " + name + ")"; });
+  ExpectRefused("SELECT a FROM t (INDEX = pk_t)", "The table hint INDEX");
+  ExpectRefused("UPDATE t SET b = 'x' OPTION (RECOMPILE)", "The OPTION clause");
+  ExpectRefused("INSERT INTO t (a) VALUES (1) OPTION (RECOMPILE)", "The OPTION clause");
+}
+
+TEST_F(RefusalsTest, ProceduresAndViewsOfTheServerAreRefused) {
+  ExpectNamesRefused(RefusedKind::Procedure, "The procedure ",
+                     [](const std::string& name) { return "EXEC " + name + " 'x'"; });
+  ExpectNamesRefused(RefusedKind::SystemView, "The system view ",
+                     [](const std::string& name) { return "SELECT * FROM " + name; });
+  // A table of the batch may have such a name.
+  EXPECT_EQ(Rows("CREATE TABLE sysfiles (a INT) INSERT INTO sysfiles VALUES (3) SELECT a FROM sysfiles"),
+            Lines({"3"}));
+}
+
+TEST_F(RefusalsTest, VariantsOfConstructs) {
+  ExpectRefused("SELECT a FROM t ORDER BY b COLLATE Chinese_PRC_CI_AS", "COLLATE in an expression");
+  ExpectRefused("SELECT a FROM t WHERE b COLLATE Chinese_PRC_BIN = 'x'", "COLLATE in an expression");
+  ExpectRefused("SELECT {fn NOW()}", "An ODBC escape sequence");
+  ExpectRefused("{call p}", "An ODBC escape sequence");
+  ExpectRefused("SELECT a FROM {oj t x LEFT OUTER JOIN t y ON x.a = y.a}", "An ODBC escape sequence");
+  ExpectRefused("SELECT a FROM t WHERE b LIKE 'x!%' {escape '!'}", "An ODBC escape sequence");
+  ExpectRefused("SELECT a FROM @t", "A table variable");
+  ExpectRefused("INSERT INTO @t VALUES (1)", "A table variable");
+  ExpectRefused("UPDATE @t SET a = 1", "A table variable");
+  ExpectRefused("SELECT a FROM OPENROWSET('SQLNCLI', 'x', 'SELECT 1') x", "A function in place of a table");
+  ExpectRefused("SELECT a FROM t x OUTER APPLY f(x.a)", "APPLY");
+  ExpectRefused("SELECT a FROM t x UNPIVOT (v FOR n IN (a)) y", "PIVOT and UNPIVOT");
+  ExpectRefused("SELECT a FROM t GROUP BY ROLLUP (a)", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
+  ExpectRefused("SELECT a FROM t GROUP BY ()", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
+  ExpectRefused("SELECT a FROM t FOR JSON PATH", "FOR XML, JSON or BROWSE");
+  ExpectRefused("SELECT a FROM t UNION SELECT 1 ORDER BY 1 OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY",
+                "OFFSET and FETCH");
+  ExpectRefused("DECLARE @v VARCHAR(9) SELECT @v ^= 1", "Compound assignment in SELECT");
+  ExpectRefused("DECLARE c SCROLL CURSOR FOR SELECT 1", "A cursor");
+  ExpectRefused("DECLARE @c CURSOR", "A cursor");
+  ExpectRefused("EXEC ('SELECT 1') AT other", "EXEC of a text AT a server or AS a user");
+  ExpectRefused("EXEC p WITH RESULT SETS NONE", "EXEC WITH an option");
+  ExpectRefused("CREATE TABLE x (a INT ROWGUIDCOL)", "A property of a column such as SPARSE or ROWGUIDCOL");
+  ExpectRefused("CREATE TABLE x (a INT) WITH (MEMORY_OPTIMIZED = ON)", "A table or index option");
+  ExpectRefused("CREATE INDEX ix ON t (a) WITH (DROP_EXISTING = ON)", "A table or index option");
+  ExpectRefused("ALTER TABLE t ADD DEFAULT 0 FOR a", "ALTER TABLE ADD DEFAULT ... FOR");
+  ExpectRefused("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
+                "An isolation level other than READ COMMITTED");
+}
+
+TEST_F(RefusalsTest, WhatChangesNothingIsAccepted) {
+  Must("CREATE TABLE x (a INT NOT NULL PRIMARY KEY CLUSTERED WITH (PAD_INDEX = OFF, FILLFACTOR = 80, "
+       "IGNORE_DUP_KEY = OFF) ON [PRIMARY]) ON [PRIMARY] TEXTIMAGE_ON [PRIMARY]");
+  Must("CREATE INDEX ix ON x (a) WITH (SORT_IN_TEMPDB = ON, MAXDOP = 1) ON [PRIMARY]");
+  Must("SELECT a FROM t WITH (NOLOCK, ROWLOCK) WHERE a IN (SELECT a FROM t (UPDLOCK))");
+  Must("SET ANSI_NULLS ON SET TRANSACTION ISOLATION LEVEL READ UNCOMMITTED");
+  Must("DECLARE @x sys.int, @d DOUBLE PRECISION SET @x = 1");
+}
+
+TEST_F(RefusalsTest, WhatTheServerDoesNotKnowIsItsOwnError) {
+  EXPECT_EQ(ErrorText("SELECT NOTHING(1)"), "195 1 'nothing' is not a recognized built-in function name.");
+  EXPECT_EQ(ErrorOf("EXEC sp_nothing"), 2812);
+  EXPECT_EQ(ErrorOf("SELECT @@nothing"), 137);
+  EXPECT_EQ(ErrorOf("DECLARE @x nothing"), 2715);
+  EXPECT_EQ(ErrorText("DECLARE @x dbo.nothing"),
+            "2715 1 Column, parameter, or variable #1: Cannot find data type dbo.nothing.");
+  EXPECT_EQ(ErrorOf("SELECT * FROM sys.nothing"), 208);
+  EXPECT_EQ(ErrorText("SET NOTHING ON"), "195 1 'NOTHING' is not a recognized SET option.");
+  EXPECT_EQ(ErrorText("CREATE NOTHING x"),
+            "343 1 Unknown object type 'NOTHING' used in a CREATE, DROP, or ALTER statement.");
+  EXPECT_EQ(ErrorOf("DROP NOTHING x"), 343);
+  EXPECT_EQ(ErrorOf("ALTER NOTHING x"), 343);
+  EXPECT_EQ(ErrorOf("CREATE SELECT"), 156);
+  EXPECT_EQ(ErrorOf("SELECT a FROM t WITH (NOTHING)"), 321);
+  EXPECT_EQ(ErrorText("SELECT dbo.nothing(1)"),
+            "4121 1 Cannot find either column \"dbo\" or the user-defined function or aggregate "
+            "\"dbo.nothing\", or the name is ambiguous.");
+  EXPECT_EQ(ErrorOf("DECLARE @v INT += 1"), 102);
+  EXPECT_EQ(ErrorOf("SELECT a FROM t FOR NOTHING"), 156);
+  EXPECT_EQ(ErrorOf("NOTHING ELSE"), 156);
+}
+
+TEST_F(RefusalsTest, WordsOfTheServerAreReserved) {
+  for (const char* word : {"checkpoint", "double", "file", "identitycol", "lineno", "precision", "rowcount",
+                           "rule", "schema", "statistics", "varying"})
+    EXPECT_EQ(ErrorOf("CREATE TABLE x (" + std::string(word) + " INT)"), 156) << word;
+  Must("CREATE TABLE x ([file] INT, value INT, level INT, type INT)");
+}
+
+} // namespace
+} // namespace tsql::test

@@ -1,0 +1,265 @@
+#include "tsql/syntax/Refusals.h"
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+#include <algorithm>
+
+namespace tsql {
+namespace {
+
+constexpr std::string_view kStatements =
+    "ADD SENSITIVITY, ADD SIGNATURE, BACKUP, BEGIN ATOMIC, BEGIN CONVERSATION, BEGIN DIALOG, "
+    "BEGIN DISTRIBUTED, BULK INSERT, CHECKPOINT, CLOSE, CREATE OR ALTER, DBCC, DEALLOCATE, DENY, "
+    "DISABLE TRIGGER, DROP SENSITIVITY, DROP SIGNATURE, DUMP, ENABLE TRIGGER, END CONVERSATION, "
+    "EXEC AS, EXECUTE AS, FETCH, GET CONVERSATION, GOTO, GRANT, INSERT BULK, KILL, LINENO, LOAD, "
+    "MERGE, MOVE CONVERSATION, OPEN, READTEXT, RECEIVE, RECONFIGURE, RESTORE, REVERT, REVOKE, SAVE TRAN, SAVE TRANSACTION, "
+    "SEND ON, SETUSER, SHUTDOWN, UPDATE STATISTICS, UPDATETEXT, USE, WAITFOR, WRITETEXT";
+
+constexpr std::string_view kCreate =
+    "AGGREGATE, APPLICATION ROLE, ASSEMBLY, ASYMMETRIC KEY, AVAILABILITY GROUP, BROKER PRIORITY, "
+    "CERTIFICATE, CLUSTERED COLUMNSTORE INDEX, COLUMN ENCRYPTION KEY, COLUMN MASTER KEY, "
+    "COLUMNSTORE INDEX, CONTRACT, CREDENTIAL, CRYPTOGRAPHIC PROVIDER, DATABASE, DEFAULT, ENDPOINT, "
+    "EVENT NOTIFICATION, EVENT SESSION, EXTERNAL, FULLTEXT, FUNCTION, LOGIN, MASTER KEY, MESSAGE TYPE, "
+    "NONCLUSTERED COLUMNSTORE INDEX, PARTITION FUNCTION, PARTITION SCHEME, PRIMARY XML INDEX, QUEUE, "
+    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SCHEMA, SEARCH PROPERTY LIST, "
+    "SECURITY POLICY, SELECTIVE XML INDEX, SEQUENCE, SERVER AUDIT, SERVER ROLE, SERVICE, "
+    "SPATIAL INDEX, STATISTICS, SYMMETRIC KEY, SYNONYM, TRIGGER, TYPE, USER, WORKLOAD GROUP, "
+    "XML INDEX, XML SCHEMA COLLECTION";
+
+constexpr std::string_view kAlter =
+    "APPLICATION ROLE, ASSEMBLY, ASYMMETRIC KEY, AUTHORIZATION, AVAILABILITY GROUP, BROKER PRIORITY, "
+    "CERTIFICATE, COLUMN ENCRYPTION KEY, CREDENTIAL, CRYPTOGRAPHIC PROVIDER, DATABASE, ENDPOINT, "
+    "EVENT SESSION, EXTERNAL, FULLTEXT, FUNCTION, INDEX, LOGIN, MASTER KEY, MESSAGE TYPE, "
+    "PARTITION FUNCTION, PARTITION SCHEME, QUEUE, REMOTE SERVICE BINDING, RESOURCE GOVERNOR, "
+    "RESOURCE POOL, ROLE, ROUTE, SCHEMA, SEARCH PROPERTY LIST, SECURITY POLICY, SEQUENCE, "
+    "SERVER AUDIT, SERVER CONFIGURATION, SERVER ROLE, SERVICE, SYMMETRIC KEY, TRIGGER, USER, "
+    "WORKLOAD GROUP, XML SCHEMA COLLECTION";
+
+constexpr std::string_view kDrop =
+    "AGGREGATE, APPLICATION ROLE, ASSEMBLY, ASYMMETRIC KEY, AVAILABILITY GROUP, BROKER PRIORITY, "
+    "CERTIFICATE, COLUMN ENCRYPTION KEY, COLUMN MASTER KEY, CONTRACT, CREDENTIAL, "
+    "CRYPTOGRAPHIC PROVIDER, DATABASE, DEFAULT, ENDPOINT, EVENT NOTIFICATION, EVENT SESSION, EXTERNAL, "
+    "FULLTEXT, FUNCTION, LOGIN, MASTER KEY, MESSAGE TYPE, PARTITION FUNCTION, PARTITION SCHEME, QUEUE, "
+    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SCHEMA, SEARCH PROPERTY LIST, "
+    "SECURITY POLICY, SEQUENCE, SERVER AUDIT, SERVER ROLE, SERVICE, STATISTICS, SYMMETRIC KEY, "
+    "SYNONYM, TRIGGER, TYPE, USER, WORKLOAD GROUP, XML SCHEMA COLLECTION";
+
+constexpr std::string_view kAlterTable = "ALTER, CHECK, DISABLE, DROP, ENABLE, NOCHECK, REBUILD, SET, SWITCH";
+
+constexpr std::string_view kFunctions =
+    "ACOS, APPLOCK_MODE, APPLOCK_TEST, APPROX_COUNT_DISTINCT, ASIN, ASSEMBLYPROPERTY, ASYMKEYPROPERTY, "
+    "ASYMKEY_ID, ATAN, ATN2, BINARY_CHECKSUM, CERTENCODED, CERTPRIVATEKEY, CERTPROPERTY, CERT_ID, "
+    "CHECKSUM, CHECKSUM_AGG, CHOOSE, COLLATIONPROPERTY, COLUMNPROPERTY, COLUMNS_UPDATED, COL_NAME, "
+    "COMPRESS, CONCAT, CONCAT_WS, CONNECTIONPROPERTY, CONTAINS, CONTEXT_INFO, COS, COT, "
+    "CRYPT_GEN_RANDOM, CUME_DIST, CURRENT_REQUEST_ID, CURRENT_TIMEZONE, CURRENT_TIMEZONE_ID, "
+    "CURRENT_TRANSACTION_ID, CURRENT_USER, CURSOR_STATUS, DATABASEPROPERTY, DATABASEPROPERTYEX, "
+    "DATABASE_PRINCIPAL_ID, DATEDIFF_BIG, DATEFROMPARTS, DATETIME2FROMPARTS, DATETIMEFROMPARTS, "
+    "DATETIMEOFFSETFROMPARTS, DB_ID, DECOMPRESS, DECRYPTBYASYMKEY, DECRYPTBYCERT, DECRYPTBYKEY, "
+    "DECRYPTBYKEYAUTOASYMKEY, DECRYPTBYKEYAUTOCERT, DECRYPTBYPASSPHRASE, DEGREES, DENSE_RANK, "
+    "DIFFERENCE, ENCRYPTBYASYMKEY, ENCRYPTBYCERT, ENCRYPTBYKEY, ENCRYPTBYPASSPHRASE, EOMONTH, "
+    "EVENTDATA, FILEGROUPPROPERTY, FILEGROUP_ID, FILEGROUP_NAME, FILEPROPERTY, FILEPROPERTYEX, "
+    "FILETABLEROOTPATH, FILE_ID, FILE_IDEX, FILE_NAME, FIRST_VALUE, FORMAT, FORMATMESSAGE, FREETEXT, "
+    "FULLTEXTCATALOGPROPERTY, FULLTEXTSERVICEPROPERTY, GETANSINULL, GETPATHLOCATOR, GETUTCDATE, "
+    "GET_FILESTREAM_TRANSACTION_CONTEXT, GET_TRANSMISSION_STATUS, GROUPING, GROUPING_ID, HASHBYTES, "
+    "HAS_DBACCESS, HAS_PERMS_BY_NAME, HOST_ID, IDENTITY, IDENT_CURRENT, IDENT_INCR, IDENT_SEED, IIF, "
+    "INDEXKEY_PROPERTY, INDEXPROPERTY, INDEX_COL, ISJSON, IS_MEMBER, IS_OBJECTSIGNED, IS_ROLEMEMBER, "
+    "IS_SRVROLEMEMBER, JSON_MODIFY, JSON_QUERY, JSON_VALUE, KEY_GUID, KEY_ID, KEY_NAME, LAG, "
+    "LAST_VALUE, LEAD, LOGINPROPERTY, MIN_ACTIVE_ROWVERSION, NEWSEQUENTIALID, NTILE, OBJECTPROPERTY, "
+    "OBJECTPROPERTYEX, OBJECT_DEFINITION, OBJECT_SCHEMA_NAME, ORIGINAL_DB_NAME, ORIGINAL_LOGIN, PARSE, "
+    "PARSENAME, PERCENTILE_CONT, PERCENTILE_DISC, PERCENT_RANK, PERMISSIONS, PUBLISHINGSERVERNAME, "
+    "PWDCOMPARE, PWDENCRYPT, RADIANS, RAND, RANK, ROWCOUNT_BIG, ROW_NUMBER, SCHEMA_ID, SCHEMA_NAME, "
+    "SERVERPROPERTY, SESSIONPROPERTY, SESSION_CONTEXT, SESSION_USER, SIGNBYASYMKEY, SIGNBYCERT, SIN, "
+    "SMALLDATETIMEFROMPARTS, SOUNDEX, SQL_VARIANT_PROPERTY, STATS_DATE, STDEV, STDEVP, STRING_AGG, "
+    "STRING_ESCAPE, SUSER_ID, SUSER_SID, SWITCHOFFSET, SYMKEYPROPERTY, SYSDATETIMEOFFSET, SYSTEM_USER, "
+    "SYSUTCDATETIME, TAN, TERTIARY_WEIGHTS, TEXTPTR, TEXTVALID, TIMEFROMPARTS, TODATETIMEOFFSET, "
+    "TRANSLATE, TRIGGER_NESTLEVEL, TRY_CAST, TRY_CONVERT, TRY_PARSE, TYPEPROPERTY, TYPE_ID, TYPE_NAME, "
+    "UPDATE, USER, USER_ID, VAR, VARP, VERIFYSIGNEDBYASYMKEY, VERIFYSIGNEDBYCERT, XACT_STATE";
+
+constexpr std::string_view kTypes =
+    "DATETIME2, DATETIMEOFFSET, GEOGRAPHY, GEOMETRY, HIERARCHYID, ROWVERSION, SQL_VARIANT, TIME, "
+    "TIMESTAMP, XML";
+
+constexpr std::string_view kGlobals =
+    "@@CONNECTIONS, @@CPU_BUSY, @@CURSOR_ROWS, @@DATEFIRST, @@DBTS, @@FETCH_STATUS, @@IDLE, @@IO_BUSY, "
+    "@@LANGID, @@LANGUAGE, @@LOCK_TIMEOUT, @@MAX_CONNECTIONS, @@MAX_PRECISION, @@MICROSOFTVERSION, "
+    "@@OPTIONS, @@PACKET_ERRORS, @@PACK_RECEIVED, @@PACK_SENT, @@PROCID, @@REMSERVER, @@SERVERNAME, "
+    "@@SERVICENAME, @@SPID, @@TEXTSIZE, @@TIMETICKS, @@TOTAL_ERRORS, @@TOTAL_READ, @@TOTAL_WRITE, "
+    "@@VERSION";
+
+constexpr std::string_view kOptions =
+    "ANSI_DEFAULTS, ANSI_NULLS OFF, ANSI_NULL_DFLT_OFF, ANSI_NULL_DFLT_ON OFF, ANSI_PADDING OFF, "
+    "ANSI_WARNINGS OFF, ARITHABORT OFF, ARITHIGNORE, CONCAT_NULL_YIELDS_NULL OFF, CONTEXT_INFO, "
+    "CURSOR_CLOSE_ON_COMMIT, DATEFIRST, DATEFORMAT, DEADLOCK_PRIORITY, FIPS_FLAGGER, FMTONLY, "
+    "FORCEPLAN, IMPLICIT_TRANSACTIONS, LANGUAGE, NOEXEC, NUMERIC_ROUNDABORT ON, OFFSETS, PARSEONLY, "
+    "QUERY_GOVERNOR_COST_LIMIT, QUOTED_IDENTIFIER OFF, REMOTE_PROC_TRANSACTIONS, ROWCOUNT, "
+    "SHOWPLAN_ALL, SHOWPLAN_TEXT, SHOWPLAN_XML, STATISTICS, TEXTSIZE";
+
+constexpr std::string_view kTableHints =
+    "FASTFIRSTROW, FORCESCAN, FORCESEEK, IGNORE_CONSTRAINTS, IGNORE_TRIGGERS, INDEX, KEEPDEFAULTS, "
+    "KEEPIDENTITY, NOEXPAND, SNAPSHOT, SPATIAL_WINDOW_MAX_CELLS";
+
+constexpr std::string_view kProcedures =
+    "sp_add_job, sp_addextendedproperty, sp_addlinkedserver, sp_addlinkedsrvlogin, sp_addlogin, "
+    "sp_addmessage, sp_addrole, sp_addrolemember, sp_addsrvrolemember, sp_addtype, sp_adduser, "
+    "sp_altermessage, sp_approlepassword, sp_attach_db, sp_autostats, sp_bindefault, sp_bindrule, "
+    "sp_bindsession, sp_changedbowner, sp_changeobjectowner, sp_column_privileges, sp_columns, "
+    "sp_configure, sp_createstats, sp_cursor, sp_cursorclose, sp_cursorexecute, sp_cursorfetch, "
+    "sp_cursoropen, sp_cursoroption, sp_cursorprepare, sp_cursorprepexec, sp_cursorunprepare, "
+    "sp_databases, sp_datatype_info, sp_dboption, sp_defaultdb, sp_defaultlanguage, sp_delete_job, "
+    "sp_depends, sp_describe_first_result_set, sp_describe_undeclared_parameters, sp_detach_db, "
+    "sp_dropextendedproperty, sp_droplogin, sp_dropmessage, sp_droprole, sp_droprolemember, "
+    "sp_dropserver, sp_droptype, sp_dropuser, sp_estimate_data_compression_savings, sp_execute, "
+    "sp_execute_external_script, sp_executesql, sp_fkeys, sp_fulltext_catalog, sp_fulltext_database, "
+    "sp_fulltext_table, sp_getapplock, sp_getbindtoken, sp_grantdbaccess, sp_grantlogin, sp_help, "
+    "sp_helpconstraint, sp_helpdb, sp_helpfile, sp_helpfilegroup, sp_helpindex, sp_helplanguage, "
+    "sp_helplogins, sp_helprole, sp_helprolemember, sp_helprotect, sp_helpserver, sp_helpsort, "
+    "sp_helpsrvrolemember, sp_helpstats, sp_helptext, sp_helptrigger, sp_helpuser, sp_indexoption, "
+    "sp_invalidate_textptr, sp_linkedservers, sp_lock, sp_monitor, sp_oacreate, sp_oadestroy, "
+    "sp_oageterrorinfo, sp_oagetproperty, sp_oamethod, sp_oasetproperty, sp_password, sp_pkeys, "
+    "sp_prepare, sp_prepexec, sp_procoption, sp_recompile, sp_refreshsqlmodule, sp_refreshview, "
+    "sp_releaseapplock, sp_rename, sp_renamedb, sp_replicationdboption, sp_reset_connection, "
+    "sp_resetstatus, sp_server_info, sp_serveroption, sp_set_session_context, sp_setapprole, "
+    "sp_setnetname, sp_settriggerorder, sp_spaceused, sp_special_columns, sp_sproc_columns, "
+    "sp_start_job, sp_statistics, sp_stored_procedures, sp_table_privileges, sp_tableoption, "
+    "sp_tables, sp_trace_create, sp_unbindefault, sp_unbindrule, sp_unprepare, sp_unsetapprole, "
+    "sp_updateextendedproperty, sp_updatestats, sp_validatelogins, sp_who, sp_who2, "
+    "sp_xml_preparedocument, sp_xml_removedocument, xp_cmdshell, xp_dirtree, xp_enumgroups, "
+    "xp_fileexist, xp_fixeddrives, xp_grantlogin, xp_logevent, xp_loginconfig, xp_logininfo, xp_msver, "
+    "xp_readerrorlog, xp_regread, xp_regwrite, xp_revokelogin, xp_sprintf, xp_sqlmaint, xp_sscanf";
+
+constexpr std::string_view kSystemViews =
+    "information_schema.check_constraints, information_schema.column_domain_usage, "
+    "information_schema.column_privileges, information_schema.constraint_column_usage, "
+    "information_schema.constraint_table_usage, information_schema.domain_constraints, "
+    "information_schema.domains, information_schema.key_column_usage, information_schema.parameters, "
+    "information_schema.referential_constraints, information_schema.routine_columns, "
+    "information_schema.routines, information_schema.schemata, information_schema.sequences, "
+    "information_schema.table_constraints, information_schema.table_privileges, "
+    "information_schema.view_column_usage, information_schema.view_table_usage, "
+    "information_schema.views, sys.all_columns, sys.all_objects, sys.all_parameters, "
+    "sys.all_sql_modules, sys.all_views, sys.allocation_units, sys.assemblies, sys.assembly_files, "
+    "sys.assembly_modules, sys.assembly_types, sys.asymmetric_keys, sys.backup_devices, "
+    "sys.certificates, sys.change_tracking_databases, sys.change_tracking_tables, "
+    "sys.check_constraints, sys.column_type_usages, sys.column_xml_schema_collection_usages, "
+    "sys.computed_columns, sys.configurations, sys.conversation_endpoints, sys.conversation_groups, "
+    "sys.credentials, sys.data_spaces, sys.database_files, sys.database_mirroring, "
+    "sys.database_permissions, sys.database_principals, sys.database_role_members, sys.databases, "
+    "sys.default_constraints, sys.dm_db_index_physical_stats, sys.dm_db_index_usage_stats, "
+    "sys.dm_db_partition_stats, sys.dm_db_session_space_usage, sys.dm_exec_cached_plans, "
+    "sys.dm_exec_connections, sys.dm_exec_query_stats, sys.dm_exec_requests, sys.dm_exec_sessions, "
+    "sys.dm_io_virtual_file_stats, sys.dm_os_performance_counters, sys.dm_os_sys_info, "
+    "sys.dm_os_wait_stats, sys.dm_os_waiting_tasks, sys.dm_sql_referenced_entities, "
+    "sys.dm_sql_referencing_entities, sys.dm_tran_active_transactions, sys.dm_tran_locks, "
+    "sys.dm_tran_session_transactions, sys.endpoints, sys.event_notifications, sys.events, "
+    "sys.extended_procedures, sys.extended_properties, sys.filegroups, sys.foreign_key_columns, "
+    "sys.foreign_keys, sys.fulltext_catalogs, sys.fulltext_indexes, sys.identity_columns, "
+    "sys.index_columns, sys.indexes, sys.internal_tables, sys.key_constraints, sys.linked_logins, "
+    "sys.login_token, sys.master_files, sys.messages, sys.numbered_procedures, "
+    "sys.parameter_type_usages, sys.parameters, sys.partition_functions, sys.partition_parameters, "
+    "sys.partition_range_values, sys.partition_schemes, sys.partitions, sys.plan_guides, "
+    "sys.procedures, sys.routes, sys.schemas, sys.securable_classes, sys.sequences, "
+    "sys.server_permissions, sys.server_principals, sys.server_role_members, sys.servers, "
+    "sys.service_queues, sys.services, sys.spatial_indexes, sys.sql_dependencies, "
+    "sys.sql_expression_dependencies, sys.sql_logins, sys.sql_modules, sys.stats, sys.stats_columns, "
+    "sys.symmetric_keys, sys.synonyms, sys.syscharsets, sys.syscolumns, sys.syscomments, "
+    "sys.sysconfigures, sys.sysconstraints, sys.sysdatabases, sys.sysdepends, sys.sysfilegroups, "
+    "sys.sysfiles, sys.sysforeignkeys, sys.sysindexes, sys.sysindexkeys, sys.syslanguages, "
+    "sys.syslockinfo, sys.syslogins, sys.sysmembers, sys.sysmessages, sys.sysobjects, "
+    "sys.syspermissions, sys.sysprocesses, sys.sysprotects, sys.sysreferences, sys.sysservers, "
+    "sys.system_columns, sys.system_objects, sys.system_sql_modules, sys.system_views, sys.systypes, "
+    "sys.sysusers, sys.table_types, sys.time_zone_info, sys.trigger_events, sys.triggers, "
+    "sys.type_assembly_usages, sys.types, sys.user_token, sys.views, sys.xml_indexes, "
+    "sys.xml_schema_collections, syscharsets, syscomments, sysconfigures, sysconstraints, "
+    "sysdatabases, sysdepends, sysfilegroups, sysfiles, sysforeignkeys, sysindexes, sysindexkeys, "
+    "syslanguages, syslockinfo, syslogins, sysmembers, sysmessages, syspermissions, sysprocesses, "
+    "sysprotects, sysreferences, sysservers, systypes, sysusers";
+
+std::string_view ListOf(RefusedKind kind) {
+  switch (kind) {
+  case RefusedKind::Statement: return kStatements;
+  case RefusedKind::Create: return kCreate;
+  case RefusedKind::Alter: return kAlter;
+  case RefusedKind::Drop: return kDrop;
+  case RefusedKind::AlterTable: return kAlterTable;
+  case RefusedKind::Function: return kFunctions;
+  case RefusedKind::Type: return kTypes;
+  case RefusedKind::Global: return kGlobals;
+  case RefusedKind::Option: return kOptions;
+  case RefusedKind::TableHint: return kTableHints;
+  case RefusedKind::Procedure: return kProcedures;
+  case RefusedKind::SystemView: break;
+  }
+  return kSystemViews;
+}
+
+std::vector<std::string_view> Split(std::string_view list) {
+  std::vector<std::string_view> names;
+  while (!list.empty()) {
+    const size_t end = std::min(list.find(", "), list.size());
+    names.push_back(list.substr(0, end));
+    list.remove_prefix(std::min(end + 2, list.size()));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// What stands in front of the name in messages.
+std::string_view PrefixOf(RefusedKind kind) {
+  switch (kind) {
+  case RefusedKind::Create: return "CREATE ";
+  case RefusedKind::Alter: return "ALTER ";
+  case RefusedKind::Drop: return "DROP ";
+  case RefusedKind::AlterTable: return "ALTER TABLE ";
+  case RefusedKind::Function: return "The function ";
+  case RefusedKind::Type: return "The type ";
+  case RefusedKind::Option: return "SET ";
+  case RefusedKind::TableHint: return "The table hint ";
+  case RefusedKind::Procedure: return "The procedure ";
+  case RefusedKind::SystemView: return "The system view ";
+  default: return "";
+  }
+}
+
+bool IsLowerCase(RefusedKind kind) {
+  return kind == RefusedKind::Procedure || kind == RefusedKind::SystemView;
+}
+
+// The name as it is in the list, empty if it is not there.
+std::string_view FindName(RefusedKind kind, std::string_view name) {
+  const std::string wanted = IsLowerCase(kind) ? ToLower(name) : ToUpper(name);
+  const std::span<const std::string_view> names = RefusedNames(kind);
+  const auto found = std::lower_bound(names.begin(), names.end(), wanted);
+  return found != names.end() && *found == wanted ? *found : std::string_view();
+}
+
+} // namespace
+
+std::span<const std::string_view> RefusedNames(RefusedKind kind) {
+  static const std::vector<std::vector<std::string_view>> lists = [] {
+    std::vector<std::vector<std::string_view>> split;
+    for (size_t i = 0; i <= static_cast<size_t>(RefusedKind::SystemView); ++i)
+      split.push_back(Split(ListOf(static_cast<RefusedKind>(i))));
+    return split;
+  }();
+  return lists[static_cast<size_t>(kind)];
+}
+
+void Refuse(RefusedConstruct what, int line) {
+  Fail(kUnsupportedError, {what.Name()}, line);
+}
+
+bool IsRefused(RefusedKind kind, std::string_view name) {
+  return !FindName(kind, name).empty();
+}
+
+void RefuseName(RefusedKind kind, std::string_view name, int line) {
+  Fail(kUnsupportedError, {std::string(PrefixOf(kind)) + std::string(name)}, line);
+}
+
+void RefuseIfListed(RefusedKind kind, std::string_view name, int line) {
+  const std::string_view listed = FindName(kind, name);
+  if (!listed.empty()) RefuseName(kind, listed, line);
+}
+
+} // namespace tsql

@@ -1,0 +1,177 @@
+// What the dialect of SQL Server 2008 to 2019 has and the engine lacks, in one place: constructs, in the
+// table below, and names, in the lists of Refusals.cpp. All of it is refused by its name with error 40510,
+// never as a syntax error. What the server does not know either gets the server's own error. docs/dialect.md
+// lists the same, and a test holds the two together.
+#pragma once
+
+#include "tsql/tsql.h"
+
+#include <span>
+#include <string_view>
+
+namespace tsql {
+
+struct Refusal {
+  std::string_view name;    // the subject of the message
+  std::string_view example; // a batch that is refused with it
+};
+
+inline constexpr Refusal kRefusedConstructs[] = {
+    // expressions
+    {"COLLATE in an expression", "SELECT 'a' COLLATE Latin1_General_BIN"},
+    {"AT TIME ZONE", "SELECT GETDATE() AT TIME ZONE 'UTC'"},
+    {"The OVER clause", "SELECT SUM(a) OVER () FROM t"},
+    {"The WITHIN GROUP clause", "SELECT MIN(a) WITHIN GROUP (ORDER BY a) FROM t"},
+    {"NEXT VALUE FOR", "SELECT NEXT VALUE FOR s"},
+    {"A comparison with ALL, ANY or SOME", "SELECT a FROM t WHERE a > ALL (SELECT 1)"},
+    {"TRIM with FROM", "SELECT TRIM('x' FROM 'xax')"},
+    {"CHAR of a part of a character of the code page", "SELECT CHAR(200)"},
+    {"LOG with a base", "SELECT LOG(8, 2)"},
+    {"A function of the server that gives a name, with an argument", "SELECT USER_NAME(1)"},
+    {"A CONVERT style that is not an integer constant",
+     "DECLARE @i INT SET @i = 120 SELECT CONVERT(VARCHAR(30), GETDATE(), @i)"},
+    {"SUM or AVG with DISTINCT of a decimal",
+     "CREATE TABLE #d (d DECIMAL(9,2)) SELECT SUM(DISTINCT d) FROM #d"},
+    {"An ODBC escape sequence", "SELECT {d '2020-01-31'}"},
+    {"A method of a value", "DECLARE @x VARCHAR(10) SELECT @x.value('a', 'int')"},
+    {"A static method of a type", "SELECT geography::Parse('POINT(1 2)')"},
+    {"A function of the schema sys", "SELECT sys.fn_varbintohexstr(0x01)"},
+    {"IDENTITYCOL", "SELECT IDENTITYCOL FROM t"},
+    {"ROWGUIDCOL", "SELECT ROWGUIDCOL FROM t"},
+    {"A name with a dollar sign, such as $IDENTITY", "SELECT $IDENTITY FROM t"},
+    // queries
+    {"TOP PERCENT", "SELECT TOP 10 PERCENT a FROM t"},
+    {"TOP WITH TIES", "SELECT TOP 1 WITH TIES a FROM t ORDER BY a"},
+    {"A column of an outer query in TOP", "SELECT (SELECT TOP (x.a) a FROM t) FROM t x"},
+    {"Compound assignment in SELECT", "DECLARE @v INT SELECT @v += a FROM t"},
+    {"SELECT INTO of a UNION, EXCEPT or INTERSECT", "SELECT a INTO u FROM t UNION ALL SELECT 1"},
+    {"SELECT INTO a filegroup", "SELECT a INTO u ON [PRIMARY] FROM t"},
+    {"GROUP BY WITH ROLLUP or CUBE", "SELECT a FROM t GROUP BY a WITH ROLLUP"},
+    {"GROUP BY ALL", "SELECT a FROM t GROUP BY ALL a"},
+    {"GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()", "SELECT a FROM t GROUP BY GROUPING SETS (a, ())"},
+    {"OFFSET and FETCH", "SELECT a FROM t ORDER BY a OFFSET 1 ROWS"},
+    {"The COMPUTE clause", "SELECT a FROM t COMPUTE SUM(a)"},
+    {"An expression in the ORDER BY of a UNION", "SELECT a FROM t UNION SELECT 1 ORDER BY a + 1"},
+    {"FOR XML, JSON or BROWSE", "SELECT a FROM t FOR XML AUTO"},
+    {"The OPTION clause", "SELECT a FROM t OPTION (MAXDOP 1)"},
+    {"WITH XMLNAMESPACES or CHANGE_TRACKING_CONTEXT", "WITH XMLNAMESPACES ('u' AS n) SELECT 1"},
+    {"A recursive reference within a derived table",
+     "WITH n(c) AS (SELECT 1 UNION ALL SELECT c FROM (SELECT c FROM n) x) SELECT c FROM n"},
+    {"A common table expression with several recursive members",
+     "WITH n(c) AS (SELECT 1 UNION ALL SELECT c FROM n UNION ALL SELECT c FROM n) SELECT c FROM n"},
+    // sources
+    {"A name with a database part", "SELECT a FROM other.dbo.t"},
+    {"A table variable", "DECLARE @t TABLE (a INT)"},
+    {"A function in place of a table", "SELECT value FROM STRING_SPLIT('a,b', ',')"},
+    {"VALUES as a table", "SELECT a FROM (VALUES (1), (2)) v(a)"},
+    {"A changing statement in FROM", "SELECT a FROM (DELETE FROM t OUTPUT deleted.a) x"},
+    {"APPLY", "SELECT x.a FROM t x CROSS APPLY (SELECT 1 AS b) y"},
+    {"PIVOT and UNPIVOT", "SELECT a FROM t PIVOT (SUM(a) FOR b IN ([x])) p"},
+    {"TABLESAMPLE", "SELECT a FROM t TABLESAMPLE (10 PERCENT)"},
+    {"FOR SYSTEM_TIME", "SELECT a FROM t FOR SYSTEM_TIME ALL"},
+    {"A join hint", "SELECT x.a FROM t x INNER HASH JOIN t y ON x.a = y.a"},
+    // changes
+    {"The OUTPUT clause", "DELETE FROM t OUTPUT deleted.a"},
+    {"INSERT TOP", "INSERT TOP (1) INTO t (a) SELECT 1"},
+    {"INSERT ... EXEC", "INSERT INTO t (a) EXEC p"},
+    {"Assigning a variable in UPDATE", "DECLARE @v INT UPDATE t SET @v = a = 1"},
+    {"A method in the SET of an UPDATE", "UPDATE t SET b.WRITE('x', 0, 1)"},
+    {"WHERE CURRENT OF", "DELETE FROM t WHERE CURRENT OF c"},
+    {"Changing a view", "UPDATE v SET a = 1"},
+    {"Changing a view or a derived table", "UPDATE x SET a = 1 FROM (SELECT a FROM t) y, v x"},
+    {"Changing a common table expression", "WITH x AS (SELECT a FROM t) DELETE FROM x"},
+    {"A value that is there twice in an identity column without a key",
+     "SET IDENTITY_INSERT i ON INSERT INTO i (id) VALUES (1) INSERT INTO i (id) VALUES (1)"},
+    // statements
+    {"A cursor", "DECLARE c CURSOR FOR SELECT a FROM t"},
+    {"A label", "again: SELECT 1"},
+    {"SET of several options", "SET ANSI_NULLS, QUOTED_IDENTIFIER ON"},
+    {"An isolation level other than READ COMMITTED", "SET TRANSACTION ISOLATION LEVEL SERIALIZABLE"},
+    {"BEGIN TRANSACTION WITH MARK", "BEGIN TRAN x WITH MARK"},
+    {"COMMIT WITH an option", "BEGIN TRAN COMMIT TRAN WITH (DELAYED_DURABILITY = ON)"},
+    {"EXEC with the procedure's name in a variable", "DECLARE @p VARCHAR(10) EXEC @p"},
+    {"EXEC of a text AT a server or AS a user", "EXEC ('SELECT 1') AS USER = 'dbo'"},
+    {"EXEC WITH an option", "EXEC p WITH RECOMPILE"},
+    {"A procedure with a number", "EXEC p;2"},
+    {"RAISERROR with a message number", "RAISERROR (50001, 16, 1)"},
+    {"RAISERROR without parentheses", "RAISERROR 50001 'x'"},
+    {"RAISERROR WITH LOG or SETERROR", "RAISERROR ('x', 16, 1) WITH LOG"},
+    {"THROW without arguments outside a CATCH block", "THROW"},
+    // definitions
+    {"A schema other than dbo", "CREATE TABLE other.t (a INT)"},
+    {"A collation other than a CI_AS one", "CREATE TABLE x (a VARCHAR(5) COLLATE Latin1_General_BIN)"},
+    {"A type name of several words", "DECLARE @s CHAR VARYING(10)"},
+    {"A computed column", "CREATE TABLE x (a INT, b AS a + 1)"},
+    {"A property of a column such as SPARSE or ROWGUIDCOL", "CREATE TABLE x (a INT SPARSE)"},
+    {"NOT FOR REPLICATION", "CREATE TABLE x (a INT IDENTITY(1,1) NOT FOR REPLICATION)"},
+    {"An IDENTITY increment other than 1", "CREATE TABLE x (a INT IDENTITY(1,2))"},
+    {"An index within CREATE TABLE", "CREATE TABLE x (a INT, INDEX ix (a))"},
+    {"A period of SYSTEM_TIME", "CREATE TABLE x (a INT, PERIOD FOR SYSTEM_TIME (b, c))"},
+    {"A file table or a graph table", "CREATE TABLE x (a INT) AS NODE"},
+    {"A partitioned table or index", "CREATE TABLE x (a INT) ON ps (a)"},
+    {"A table or index option", "CREATE UNIQUE INDEX ix ON t (a) WITH (IGNORE_DUP_KEY = ON)"},
+    {"An index option without parentheses", "CREATE INDEX ix ON t (a) WITH FILLFACTOR = 80"},
+    {"INCLUDE or WHERE of an index", "CREATE INDEX ix ON t (a) INCLUDE (b)"},
+    {"A referential action other than NO ACTION",
+     "CREATE TABLE x (a INT REFERENCES t (a) ON DELETE CASCADE)"},
+    {"A FOREIGN KEY constraint of a temporary table", "CREATE TABLE #x (a INT REFERENCES t (a))"},
+    {"ALTER TABLE ADD DEFAULT ... FOR", "ALTER TABLE t ADD CONSTRAINT df DEFAULT 0 FOR a"},
+    {"ALTER TABLE ADD of an identity column", "ALTER TABLE t ADD n INT IDENTITY(1,1)"},
+    {"ALTER TABLE ADD of a CHECK constraint", "ALTER TABLE t ADD CHECK (a > 0)"},
+    {"A view WITH SCHEMABINDING, ENCRYPTION or VIEW_METADATA",
+     "CREATE VIEW x WITH SCHEMABINDING AS SELECT a FROM dbo.t"},
+    {"A view WITH CHECK OPTION", "CREATE VIEW x AS SELECT a FROM t WITH CHECK OPTION"},
+    {"A procedure WITH EXECUTE AS or NATIVE_COMPILATION",
+     "CREATE PROCEDURE x WITH EXECUTE AS OWNER AS SELECT 1"},
+    {"A procedure FOR REPLICATION", "CREATE PROCEDURE x FOR REPLICATION AS SELECT 1"},
+    {"A procedure with an external name", "CREATE PROCEDURE x AS EXTERNAL NAME a.b.c"},
+    {"NULL, NOT NULL or READONLY of a parameter", "CREATE PROCEDURE x @a INT NOT NULL AS SELECT 1"},
+    {"TRUNCATE TABLE WITH PARTITIONS", "TRUNCATE TABLE t WITH (PARTITIONS (1))"},
+};
+
+// The name of a construct in the table. One that is not there does not compile.
+class RefusedConstruct {
+ public:
+  template <size_t size>
+  consteval RefusedConstruct(const char (&name)[size]) // NOLINT(google-explicit-constructor)
+      : name_(Find({name, size - 1})) {}
+  std::string_view Name() const { return name_; }
+
+ private:
+  static consteval std::string_view Find(std::string_view name) {
+    for (const Refusal& refusal : kRefusedConstructs)
+      if (refusal.name == name) return refusal.name;
+    throw "not in the table of what is refused"; // NOLINT: it ends the compilation
+  }
+
+  std::string_view name_;
+};
+
+[[noreturn]] void Refuse(RefusedConstruct what, int line = 0);
+
+// Names of the server that mean nothing here, by what they are names of.
+enum class RefusedKind : uint8_t {
+  Statement, // the words it begins with
+  Create,    // the object, in words
+  Alter,
+  Drop,
+  AlterTable, // the word behind the table's name
+  Function,
+  Type,
+  Global, // @@name
+  Option, // of SET, with the value if only that is refused
+  TableHint,
+  Procedure,
+  SystemView, // with its schema if it has one
+};
+
+// In capitals, but for the names of procedures and system views; sorted.
+std::span<const std::string_view> RefusedNames(RefusedKind kind);
+
+// Whether the name is in the list, in any case.
+bool IsRefused(RefusedKind kind, std::string_view name);
+[[noreturn]] void RefuseName(RefusedKind kind, std::string_view name, int line = 0);
+// Refuses the name if it is in the list.
+void RefuseIfListed(RefusedKind kind, std::string_view name, int line = 0);
+
+} // namespace tsql
