@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tsql/shell/CharacterWidth.h"
+#include "tsql/CharacterWidth.h"
 
 namespace bomcall {
 namespace {
@@ -36,7 +36,7 @@ size_t DisplayWidth(const std::wstring& text) {
     char32_t c = text[i];
     if (c >= 0xD800 && c < 0xDC00 && i + 1 < text.size())
       c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(text[++i]) - 0xDC00);
-    width += tsql::shell::CharacterWidth(c);
+    width += tsql::CharacterWidth(c);
   }
   return width;
 }

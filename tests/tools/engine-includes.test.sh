@@ -1,6 +1,6 @@
 #!/bin/bash
 # The stages of the engine know only what comes before them: each folder of tsql/ includes only folders further down,
-# nothing else of the project, and the rest of the project sees only the two headers that are meant for it.
+# nothing else of the project, and the rest of the project sees only the headers at its top.
 . "$(dirname "${BASH_SOURCE[0]}")/../../tools/lib.sh"
 
 # check ROOT: prints each include that breaks a rule, and fails if there is one.
@@ -23,7 +23,8 @@ check() {
       isUsed = included ~ /^tsql\//
       if (!isEngine && !isUsed) next
       if (!isEngine) {
-        if (included != "tsql/tsql.h" && included != "tsql/Script.h") wrong("not a header for users of the engine")
+        isPublic = included == "tsql/tsql.h" || included == "tsql/Script.h" || included == "tsql/CharacterWidth.h"
+        if (!isPublic) wrong("not a header for users of the engine")
         next
       }
       seen++

@@ -24,6 +24,6 @@ allowed src/domain 'com/' 'src/frame/'
 for class in bom view import ecn custbom; do allowed "src/$class" 'com/' 'src/frame/' 'src/domain/'; done
 allowed src/server 'com/' 'src/(bom|view|import|ecn|custbom)/'
 allowed standin 'com/' 'tsql/tsql\.h'
-allowed cli 'com/' 'tsql/shell/CharacterWidth\.h'
+allowed cli 'com/' 'tsql/CharacterWidth\.h'
 allowed demo 'com/' 'cli/'
 exit "$bad"

@@ -1,6 +1,6 @@
 #include "tsql/shell/Output.h"
 
-#include "tsql/shell/CharacterWidth.h"
+#include "tsql/CharacterWidth.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Decimal.h"

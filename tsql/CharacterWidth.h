@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-namespace tsql::shell {
+namespace tsql {
 
 struct CharacterRange {
   char32_t first;
@@ -36,4 +36,4 @@ constexpr unsigned CharacterWidth(char32_t character) {
   return std::ranges::any_of(kWideCharacters, holds) ? 2 : 1;
 }
 
-} // namespace tsql::shell
+} // namespace tsql
