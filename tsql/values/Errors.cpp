@@ -154,6 +154,7 @@ constexpr ErrorText kErrors[] = {
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
+    {1046, 15, 1, "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
