@@ -167,6 +167,7 @@ class Parser {
   bool ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   void ParseIdentity(ColumnDefinition& column);
   void ParseDefaultClause(ColumnDefinition& column);
+  void RefuseSubqueries(size_t firstToken) const;
   ConstraintDefinition ParseConstraint(std::string name);
   std::vector<std::string> ParseKeyColumns(std::vector<bool>* descending);
   void SkipStorageOptions();

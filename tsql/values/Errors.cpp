@@ -166,6 +166,7 @@ constexpr ErrorText kErrors[] = {
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name. For "
      "other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change the alias "
      "to a valid name."},
+    {1046, 15, 1, "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},

@@ -64,6 +64,10 @@ TEST_F(SyntaxTest, Definitions) {
   EXPECT_EQ(ErrorOf("ALTER TABLE t ADD e INT NOT NULL DEFAULT NULL"), 515);
   Must("CREATE TABLE none (a INT) ALTER TABLE none ADD e DATE NOT NULL DEFAULT NULL");
   EXPECT_EQ(ErrorOf("INSERT INTO none (a) VALUES (1)"), 515);
+  EXPECT_EQ(ErrorText("CREATE TABLE u (a INT DEFAULT (SELECT 1))"),
+            "1046 1 Subqueries are not allowed in this context. Only scalar expressions are allowed.");
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT CHECK (a IN (SELECT a FROM t)))"), 1046);
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT, CHECK (EXISTS (SELECT a FROM t)))"), 1046);
   Must("CREATE TABLE empty (a INT) ALTER TABLE empty ADD e DATE NOT NULL, f INT NOT NULL");
   EXPECT_EQ(ErrorOf("INSERT INTO empty (a, e) VALUES (1, '2020-01-31')"), 515);
   EXPECT_EQ(ErrorOf("INSERT INTO empty (a, f) SELECT 1, 2"), 515);
