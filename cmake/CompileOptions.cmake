@@ -44,7 +44,7 @@ add_library(test_options INTERFACE)
 target_compile_options(test_options INTERFACE -O0)
 if(SANITIZE AND NOT WIN32)
   # The sanitizers' checks are the same, and the compiler needs half the time.
-  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -DNDEBUG")
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")
 endif()
 
 option(COVERAGE "Counts which lines and branches run" OFF)
@@ -53,8 +53,4 @@ if(COVERAGE)
   add_link_options(--coverage)
 endif()
 
-option(FUZZ "The engine's fuzz target instead of its tests; wants clang" OFF)
-if(FUZZ)
-  # Not in SQLite: what the fuzzer is to explore is the engine.
-  target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link -UNDEBUG)
-endif()
+option(FUZZ "The engine's fuzz target as well; wants clang" OFF)
