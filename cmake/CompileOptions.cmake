@@ -53,8 +53,4 @@ if(COVERAGE)
   add_link_options(--coverage)
 endif()
 
-option(FUZZ "The engine's fuzz target instead of its tests; wants clang" OFF)
-if(FUZZ)
-  # Not in SQLite: what the fuzzer is to explore is the engine.
-  target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link -UNDEBUG)
-endif()
+option(FUZZ "The engine's fuzz target as well; wants clang" OFF)

@@ -12,6 +12,10 @@ set(WINDOWS_HEADERS <windows.h> <objbase.h> <oaidl.h> <oleauto.h>)
 function(precompile target)
   if(PRECOMPILE)
     target_precompile_headers(${target} PRIVATE ${ARGN})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      # Times of files in it would keep ccache from knowing it again.
+      target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+    endif()
   endif()
 endfunction()
 

@@ -142,8 +142,10 @@ void BatchMutator::AddSubquery(Tokens& tokens) {
   if (at == tokens.size()) return;
   static constexpr std::array<std::string_view, 3> kBegin = {"EXISTS (SELECT * FROM ", "1 IN (SELECT 1 FROM ",
                                                              "1 < (SELECT COUNT(*) FROM "};
-  tokens.insert(tokens.begin() + static_cast<std::ptrdiff_t>(at) + 1,
-                std::string(Pick(kBegin)) + TableOf(tokens) + ") AND");
+  // One after the other, so that a seed means the same changes with every compiler.
+  const std::string table = TableOf(tokens);
+  const std::string_view begin = Pick(kBegin);
+  tokens.insert(tokens.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::string(begin) + table + ") AND");
 }
 
 void BatchMutator::ReplaceValue(Tokens& tokens) {
