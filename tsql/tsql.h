@@ -54,7 +54,7 @@ enum class TypeId : uint8_t {
 
 struct Type {
   TypeId id = TypeId::Int;
-  int32_t length = 0;    // characters or bytes; -1 for (max) and the text types; 0 where a type has none
+  int32_t length = 0; // bytes, of nchar and nvarchar characters; -1 for (max) and the text types; 0 for none
   uint8_t precision = 0; // decimal digits: decimal, money
   uint8_t scale = 0;
   bool operator==(const Type&) const = default;

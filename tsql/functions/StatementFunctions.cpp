@@ -1,5 +1,6 @@
 // Conversions, and what a statement asks of its batch while it runs.
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/values/CodePage.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
 
@@ -7,6 +8,15 @@
 
 namespace tsql {
 namespace {
+
+// Whether a text is already what the conversion makes of it, as most are.
+bool IsAlready(const FunctionCall& call, const Type& from, const Type& to) {
+  if (!IsText(from) || !IsText(to) || IsFixedLength(to.id)) return false;
+  const std::string_view text = call.Text(0);
+  if (to.length >= 0 && text.size() > static_cast<size_t>(to.length)) return false;
+  // A text of Unicode may have characters that the code page lacks.
+  return IsUnicode(to.id) || !IsUnicode(from.id) || IsAscii(text);
+}
 
 void Cast(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
@@ -17,18 +27,15 @@ void Cast(const FunctionCall& call) {
     const std::optional<Decimal> value = Rescale(call.DecimalAt(0, from), to.scale);
     return call.ReturnDecimal(CheckDecimal(value, to, "numeric"), to);
   }
+  if (IsAlready(call, from, to)) return call.ReturnValue(0);
   call.Return(Convert(call.Value(0), from, to, ConvertMode::Cast, static_cast<int>(call.Integer(3))));
 }
 
 void Store(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
-  const Type to = call.TypeAt(2);
-  // Most texts fit as they are.
   const Type from = call.TypeAt(1);
-  const bool isVariable = IsText(from) && IsText(to) && !IsFixedLength(to.id);
-  const bool keepsCharacters = IsUnicode(to.id) || !IsUnicode(from.id);
-  if (isVariable && keepsCharacters && call.Text(0).size() <= static_cast<size_t>(to.length))
-    return call.ReturnValue(0);
+  const Type to = call.TypeAt(2);
+  if (IsAlready(call, from, to)) return call.ReturnValue(0);
   call.Return(Convert(call.Value(0), from, to, ConvertMode::Assign));
 }
 

@@ -36,11 +36,6 @@ const std::vector<uint16_t>& PairsByCharacter() {
   return pairs;
 }
 
-bool IsAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
 // The page's bytes for a character: one, two as a number, or 0 for none.
 unsigned PageCode(char32_t character) {
   if (character < 0x80) return character;
@@ -129,6 +124,11 @@ std::string TextOfUnicode(std::string_view bytes) {
 }
 
 } // namespace
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
 
 bool IsInPage(char32_t character) {
   return character < 0x80 || PageCode(character) != 0;

@@ -9,6 +9,8 @@
 
 namespace tsql {
 
+// Such a text is the same in the page as in UTF-8.
+bool IsAscii(std::string_view text);
 bool IsInPage(char32_t character);
 
 // How many bytes the text has in the page. What the page lacks counts as the question mark that it becomes.

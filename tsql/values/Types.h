@@ -5,7 +5,9 @@
 //   money, decimal(<= 18)     INTEGER, the value times 10^scale; the scale is in the type, never in the value
 //   decimal(> 18)             BLOB of 16 bytes whose byte order is the numeric order (Decimal.h)
 //   float, real               REAL
-//   character types, guid     TEXT; character columns carry the collation
+//   character types, guid     TEXT in UTF-8; character columns carry the collation, char, varchar and text
+//   have
+//                             only characters of the code page (CodePage.h)
 //   datetime types            INTEGER, 1/300 s ticks since 1900-01-01 (DateTime.h)
 //   binary types              BLOB
 #pragma once

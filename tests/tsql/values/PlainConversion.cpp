@@ -114,7 +114,8 @@ std::u32string TextOf(const std::string& bytes, bool isUnicode) {
   std::u32string text;
   const auto byteAt = [&](size_t i) { return static_cast<char32_t>(static_cast<unsigned char>(bytes[i])); };
   if (isUnicode) {
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2) text += byteAt(i) | byteAt(i + 1) << 8U;
+    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+      text += static_cast<char32_t>(byteAt(i) | byteAt(i + 1) << 8U);
     return text;
   }
   for (size_t i = 0; i < bytes.size(); ++i) {
