@@ -1,5 +1,6 @@
 #include "tsql/bind/Binder.h"
 
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Errors.h"
 
 #include <algorithm>
@@ -21,10 +22,25 @@ Type TotalType(const Type& type, bool isAverage) {
   }
 }
 
+bool HasQuery(const BoundExpr& expr) {
+  return expr.query != nullptr || std::any_of(expr.args.begin(), expr.args.end(),
+                                              [](const BoundExprPtr& arg) { return HasQuery(*arg); });
+}
+
 } // namespace
 
+void Binder::CountColumns(const BoundExpr& expr, int& own, int& outer) const {
+  if (expr.kind == BoundExpr::Kind::Column) {
+    const bool isOwn = std::any_of(scope_->sources.begin(), scope_->sources.end(),
+                                   [&](const ScopeSource& source) { return source.id == expr.source; });
+    ++(isOwn ? own : outer);
+  }
+  for (const BoundExprPtr& arg : expr.args) CountColumns(*arg, own, outer);
+}
+
 BoundExprPtr Binder::BindAggregate(const Expr& expr, AggregateId aggregate) {
-  if (scope_ == nullptr || !scope_->aggregatesAllowed) Fail(147, {});
+  if (scope_ == nullptr || !scope_->aggregatesAllowed)
+    Fail(scope_ != nullptr && scope_->inAggregate ? 130 : 147, {});
   scope_->hasAggregate = true;
   const bool isCount = aggregate == AggregateId::Count || aggregate == AggregateId::CountBig;
   const bool isTotal = aggregate == AggregateId::Sum || aggregate == AggregateId::Average;
@@ -41,8 +57,16 @@ BoundExprPtr Binder::BindAggregate(const Expr& expr, AggregateId aggregate) {
     return node;
   }
   scope_->aggregatesAllowed = false;
+  scope_->inAggregate = true;
   BoundExprPtr arg = Bind(*expr.args[0]);
+  scope_->inAggregate = false;
   scope_->aggregatesAllowed = true;
+  if (HasQuery(*arg)) Fail(130, {});
+  int own = 0;
+  int outer = 0;
+  CountColumns(*arg, own, outer);
+  if (own > 0 && outer > 0) Fail(8124, {});
+  if (outer > 0) Refuse("An aggregate of a column of an outer query");
   const bool isNumeric = IsNumeric(arg->type) && arg->type.id != TypeId::Bit;
   if (isTotal && !isNumeric) Fail(8117, {TypeName(arg->type.id), expr.text});
   if (!isCount && (IsLob(arg->type.id) || arg->type.id == TypeId::Bit))

@@ -39,6 +39,12 @@ const char* OperatorName(CompareOp op) {
   }
 }
 
+bool HasGlobal(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Global ||
+         std::any_of(expr.args.begin(), expr.args.end(),
+                     [](const BoundExprPtr& arg) { return HasGlobal(*arg); });
+}
+
 bool IsBitwise(ArithmeticOp op) {
   return op == ArithmeticOp::BitAnd || op == ArithmeticOp::BitOr || op == ArithmeticOp::BitXor;
 }
@@ -70,6 +76,7 @@ BoundExprPtr Binder::BindCheck(const Expr& expr, const TableInfo& table) {
   scope_ = &scope;
   BoundExprPtr bound = Bind(expr);
   scope_ = nullptr;
+  if (HasGlobal(*bound)) Refuse("A value of the session in a CHECK constraint");
   return bound;
 }
 

@@ -142,7 +142,10 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   if (select.where) bound->where = Bind(*select.where);
   for (const ExprPtr& expr : select.groupBy) {
     bound->groupBy.push_back(Bind(*expr));
-    if (IsConstant(*bound->groupBy.back())) Fail(164, {});
+    int own = 0;
+    int outer = 0;
+    CountColumns(*bound->groupBy.back(), own, outer);
+    if (own == 0) Fail(164, {});
     if (IsLob(bound->groupBy.back()->type.id))
       Fail(402,
            {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});

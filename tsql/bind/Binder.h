@@ -75,6 +75,7 @@ class Binder {
     Scope* outer = nullptr;
     std::vector<ScopeSource> sources;
     bool aggregatesAllowed = false;
+    bool inAggregate = false;
     bool hasAggregate = false;
   };
   struct CommonInfo {
@@ -138,6 +139,7 @@ class Binder {
   BoundExprPtr BindConstantFunction(const Expr& expr);
   // (BindAggregates.cpp)
   BoundExprPtr BindAggregate(const Expr& expr, AggregateId aggregate);
+  void CountColumns(const BoundExpr& expr, int& own, int& outer) const;
   // (BindTextFunctions.cpp)
   std::vector<BoundExprPtr> BindTextArguments(const Expr& expr, size_t least, size_t most);
   BoundExprPtr BindTextMeasure(const Expr& expr, FunctionId function);

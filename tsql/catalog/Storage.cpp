@@ -1,6 +1,10 @@
 #include "tsql/catalog/Storage.h"
 
+#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tsql {
 namespace {
@@ -17,6 +21,15 @@ const char* PlaceName(Place place) {
 }
 
 namespace storage {
+
+bool IsOwnName(std::string_view name) {
+  constexpr std::string_view kSqlite = "sqlite_";
+  if (EqualNames(name.substr(0, kSqlite.size()), kSqlite)) return true;
+  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules};
+  return std::any_of(std::begin(kOwn), std::end(kOwn), [name](std::string_view quoted) {
+    return EqualNames(name, quoted.substr(1, quoted.size() - 2));
+  });
+}
 
 std::string IndexName(std::string_view table, std::string_view key) {
   return std::string(table) + "." + std::string(key);

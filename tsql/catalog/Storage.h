@@ -42,6 +42,9 @@ inline constexpr const char* kColumns = "\"~columns\"";
 inline constexpr const char* kKeys = "\"~keys\"";
 inline constexpr const char* kModules = "\"~modules\"";
 
+// Whether no table of the dialect can have the name: one of those, or one that SQLite keeps for itself.
+bool IsOwnName(std::string_view name);
+
 // The name of the server's collation. It must be registered with SQLite before a table is used.
 inline constexpr const char* kCollation = "tsql";
 

@@ -71,6 +71,8 @@ int64_t LargestIdentity(const Type& type) {
 
 void Definitions::CheckNew(const ObjectName& name) const {
   if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) Refuse("A schema other than dbo");
+  if (PlaceOf(name) == Place::Main && storage::IsOwnName(name.name))
+    Refuse("A table with a name that the storage has for itself");
   if (catalog_.Exists(name)) Fail(2714, {name.name});
 }
 
@@ -85,6 +87,7 @@ void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition
   if (definition.identity) {
     if (table.identityColumn >= 0) Fail(2744, {table.name});
     if (!definition.defaultText.empty()) Fail(1754, {table.name, column.name});
+    if (IsWide(column.type) && column.type.scale == 0) Refuse("An identity column of more than 18 digits");
     if (column.nullable || !IsIntegerStored(column.type) || column.type.id == TypeId::Bit)
       Fail(2749, {column.name});
     table.identityColumn = static_cast<int>(table.columns.size());

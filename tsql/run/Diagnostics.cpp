@@ -84,6 +84,10 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   }
   const int kind = failure.code & 0xFF;
   if (kind == SQLITE_BUSY || kind == SQLITE_LOCKED) return MakeError(1222, 0, {});
+  // Tables and indexes share their names in SQLite, and an index has the name of its table in front.
+  if (message.starts_with("there is already a"))
+    return MakeError(kUnsupportedError, 0,
+                     {RefusedConstruct("A table with a name that the storage has for itself").Name()});
   if (message == "integer overflow") return MakeError(8115, 0, {"expression", "int"});
   return StorageError(message);
 }

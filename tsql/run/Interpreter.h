@@ -64,6 +64,7 @@ class Interpreter {
   int64_t StepChange(Plan& plan);
   // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
   void CheckIdentity(const TableInfo& table, int64_t count) const;
+  bool IsOutOfNumbers(const TableInfo& table) const;
   int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
 
   // control flow (Interpreter.cpp)

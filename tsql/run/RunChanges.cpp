@@ -30,6 +30,15 @@ void Interpreter::CheckIdentity(const TableInfo& table, int64_t count) const {
   Fail(8115, {"IDENTITY", TypeName(type.id)});
 }
 
+// Behind the largest number that SQLite has, it takes the file for full.
+bool Interpreter::IsOutOfNumbers(const TableInfo& table) const {
+  if (table.identityColumn < 0) return false;
+  PreparedStatement last =
+      connection_.Prepare(std::string("SELECT seq FROM ") + PlaceName(table.place) +
+                          ".sqlite_sequence WHERE name = " + QuoteText(table.storageName));
+  return last.Step() && last.ColumnInteger(0) == INT64_MAX;
+}
+
 template <typename Change>
 int64_t Interpreter::MakeChange(const TableInfo& target, Change change) {
   if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return change();
@@ -105,6 +114,10 @@ void Interpreter::RunChange(const Statement& statement) {
     });
   } catch (const SqliteFailure& failure) {
     if (limits_.Ended(failure)) throw;
+    if (failure.code == SQLITE_FULL && IsOutOfNumbers(*target)) {
+      const Type& type = target->columns[static_cast<size_t>(target->identityColumn)].type;
+      Fail(8115, {"IDENTITY", TypeName(type.id)});
+    }
     // It is translated here, because the message needs the target, which is valid only during the statement.
     Error error = Translate(failure);
     target_ = nullptr;

@@ -19,7 +19,8 @@ StatementPtr Parser::ParseWith() {
   if (IsWord("insert")) {
     StatementPtr statement = ParseInsert();
     auto& insert = static_cast<InsertStatement&>(*statement);
-    if (insert.query) insert.query->commonTables = std::move(tables);
+    if (!insert.query) Refuse("A common table expression with INSERT ... VALUES", insert.line);
+    insert.query->commonTables = std::move(tables);
     return statement;
   }
   RefuseWords(RefusedKind::Statement);

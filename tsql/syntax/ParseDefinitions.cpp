@@ -196,18 +196,17 @@ void Parser::ParseIdentity(ColumnDefinition& column) {
   ExpectSymbol(")");
 }
 
-// A DEFAULT and a CHECK have none.
-void Parser::RefuseSubqueries(size_t firstToken) const {
+void Parser::RefuseSubqueries(size_t firstToken, int error) const {
   for (size_t i = firstToken; i < at_; ++i)
     if (tokens_[i].kind == TokenKind::Word && EqualNames(tokens_[i].text, "select"))
-      Fail(1046, {}, tokens_[i].line);
+      Fail(error, {}, tokens_[i].line);
 }
 
 void Parser::ParseDefaultClause(ColumnDefinition& column) {
   ExpectWord("default");
   const size_t first = at_;
   ParseExpression();
-  RefuseSubqueries(first);
+  RefuseSubqueries(first, 1046);
   column.defaultText = SourceFrom(first);
   if (TakeWord("with")) ExpectWord("values");
 }
@@ -234,7 +233,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
     const size_t first = at_;
     ExpectSymbol("(");
     ParseCondition();
-    RefuseSubqueries(first);
+    RefuseSubqueries(first, 1046);
     ExpectSymbol(")");
     constraint.checkText = SourceFrom(first);
     return constraint;

@@ -167,7 +167,8 @@ class Parser {
   bool ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   void ParseIdentity(ColumnDefinition& column);
   void ParseDefaultClause(ColumnDefinition& column);
-  void RefuseSubqueries(size_t firstToken) const;
+  // With this error, where one stands between the token and here.
+  void RefuseSubqueries(size_t firstToken, int error) const;
   ConstraintDefinition ParseConstraint(std::string name);
   std::vector<std::string> ParseKeyColumns(std::vector<bool>* descending);
   void SkipStorageOptions();

@@ -42,6 +42,8 @@ constexpr ErrorText kErrors[] = {
      "The select list for the INSERT statement contains more items than the insert list. The number of "
      "SELECT values must match the number of INSERT columns."},
     {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
+    {130, 15, 1,
+     "Cannot perform an aggregate function on an expression containing an aggregate or a subquery."},
     {131, 15, 3,
      "The size (%1) given to the type '%2' exceeds the maximum allowed for any data type (8000)."},
     {134, 15, 2,
@@ -53,6 +55,8 @@ constexpr ErrorText kErrors[] = {
     {141, 15, 1,
      "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
      "operations."},
+    {144, 15, 1,
+     "Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY clause."},
     {145, 15, 1, "ORDER BY items must appear in the select list if SELECT DISTINCT is specified."},
     {147, 15, 1,
      "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
@@ -271,6 +275,10 @@ constexpr ErrorText kErrors[] = {
     {8121, 16, 1,
      "Column '%1' is invalid in the HAVING clause because it is not contained in either an aggregate "
      "function or the GROUP BY clause."},
+    {8124, 16, 1,
+     "Multiple columns are specified in an aggregated expression containing an outer reference. If an "
+     "expression being aggregated contains an outer reference, then that outer reference must be the only "
+     "column referenced in the expression."},
     {8127, 16, 1,
      "Column \"%1\" is invalid in the ORDER BY clause because it is not contained in either an aggregate "
      "function or the GROUP BY clause."},

@@ -277,6 +277,20 @@ TEST_F(QueryTest, TrailingBlanksInLike) {
   EXPECT_EQ(Scalar("COUNT(*) FROM blank WHERE v LIKE 'ab   '"), "0");
 }
 
+TEST_F(QueryTest, ArgumentsOfAggregates) {
+  EXPECT_EQ(ErrorText("SELECT SUM(COUNT(*)) FROM g"),
+            "130 1 Cannot perform an aggregate function on an expression containing an aggregate or a "
+            "subquery.");
+  EXPECT_EQ(ErrorOf("SELECT SUM((SELECT 1)) FROM g"), 130);
+  EXPECT_EQ(ErrorOf("SELECT COUNT(CASE WHEN EXISTS (SELECT 1) THEN 1 END) FROM g"), 130);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g x WHERE id = (SELECT SUM(x.id + y.id) FROM g y)"), 8124);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g x WHERE EXISTS (SELECT 1 FROM g y HAVING SUM(x.id) > 1)"), 40510);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g WHERE SUM(id) > 1"), 147);
+  EXPECT_EQ(ErrorOf("SELECT 1 FROM g GROUP BY (SELECT 1)"), 144);
+  EXPECT_EQ(ErrorOf("SELECT id FROM g x WHERE EXISTS (SELECT 1 FROM g y GROUP BY x.id)"), 164);
+  EXPECT_EQ(ErrorOf("SELECT 1 FROM g GROUP BY GETDATE()"), 164);
+}
+
 TEST_F(QueryTest, UnsupportedIsRefusedByName) {
   EXPECT_EQ(ErrorText("MERGE g USING b ON 1 = 1"), "40510 1 MERGE is not supported.");
   EXPECT_EQ(ErrorText("SELECT ROW_NUMBER() OVER (ORDER BY id) FROM g"),

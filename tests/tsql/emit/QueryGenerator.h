@@ -136,7 +136,9 @@ class QueryGenerator : public ExpressionGenerator {
   }
 
   Expr Aggregate(Kind kind, const std::vector<Col>& cols) {
-    const Expr value = kind == Kind::Text ? Leaf(kind, cols) : MakeExpr(kind, cols, 1);
+    Expr value = kind == Kind::Text ? Leaf(kind, cols) : MakeExpr(kind, cols, 1);
+    // The argument of an aggregate has no subquery.
+    while (value.sql.find("SELECT") != std::string::npos) value = MakeExpr(kind, cols, 1);
     const int what = kind == Kind::Text ? 3 + Upto(1) : kind == Kind::Dec ? 2 + Upto(2) : Upto(6);
     // COUNT(*), COUNT, SUM, MIN, MAX, AVG, COUNT(DISTINCT)
     constexpr std::array kNames{"COUNT(*", "COUNT(", "SUM(", "MIN(", "MAX(", "AVG(", "COUNT(DISTINCT "};

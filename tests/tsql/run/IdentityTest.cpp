@@ -37,6 +37,13 @@ TEST_F(IdentityTest, ASeedOutsideTheTypeIsRefused) {
   EXPECT_EQ(ErrorOf("CREATE TABLE t (id SMALLINT IDENTITY(32768,1))"), 2751);
 }
 
+TEST_F(IdentityTest, BehindTheLargestNumberIs8115) {
+  Must("CREATE TABLE t (id BIGINT IDENTITY(9223372036854775807,1), a INT) INSERT INTO t VALUES (1)");
+  EXPECT_EQ(ErrorText("INSERT INTO t VALUES (2)"),
+            "8115 1 Arithmetic overflow error converting IDENTITY to data type bigint.");
+  EXPECT_EQ(Rows("SELECT a FROM t"), Lines({"1"}));
+}
+
 TEST_F(IdentityTest, ADuplicateWithoutAKeyIsRefusedByName) {
   Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) INSERT INTO t VALUES (1)");
   EXPECT_EQ(ErrorText("SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (1, 2)"),

@@ -30,6 +30,31 @@ TEST_F(OptionsTest, NoCountOfAProcedureEndsWithIt) {
   EXPECT_EQ(Run("SET NOCOUNT ON EXEC q INSERT INTO t VALUES (2)").counts, std::vector<int64_t>());
 }
 
+TEST_F(OptionsTest, ABatchBehindTheNumberingProcedureSendsItsCounts) {
+  Must("CREATE TABLE ICMaxNum (FTableName VARCHAR(50) NOT NULL, FMaxNum INT NULL) "
+       "CREATE TABLE t (a INT) INSERT INTO t VALUES (1), (2)");
+  Must(
+      "CREATE PROCEDURE GetICMaxNum @TableName VARCHAR(50), @FInterID INT OUTPUT AS SET NOCOUNT ON BEGIN TRAN "
+      "UPDATE ICMaxNum SET FMaxNum = ISNULL(FMaxNum, 0) + 1 WHERE FTableName = @TableName "
+      "IF @@ROWCOUNT = 0 INSERT INTO ICMaxNum VALUES (@TableName, 1) "
+      "SELECT @FInterID = FMaxNum FROM ICMaxNum WHERE FTableName = @TableName COMMIT TRAN");
+  std::vector<Parameter> parameters(2);
+  parameters[0].type = Type{TypeId::VarChar, 50, 0, 0};
+  parameters[0].value.kind = Value::Kind::Text;
+  parameters[0].value.text = "ICBOM";
+  parameters[1].type.id = TypeId::Int;
+  parameters[1].output = true;
+  Output called;
+  EXPECT_EQ(session_->Call("GetICMaxNum", parameters, called), std::optional<int32_t>(0));
+  EXPECT_EQ(called.counts, std::vector<int64_t>());
+  EXPECT_EQ(parameters[1].value.integer, 1);
+  EXPECT_EQ(Run("INSERT INTO t SELECT a FROM t;  UPDATE ICMaxNum SET FMaxNum=3004 WHERE FTableName='ICBOM';")
+                .counts,
+            std::vector<int64_t>({2, 1}));
+  EXPECT_EQ(Run("DECLARE @i INT EXEC GetICMaxNum 'ICBOM', @i OUTPUT DELETE FROM t").counts,
+            std::vector<int64_t>({4}));
+}
+
 TEST_F(OptionsTest, XactAbortOfAProcedureEndsWithIt) {
   Must("CREATE TABLE t (a INT NOT NULL PRIMARY KEY)");
   Must("CREATE PROCEDURE p AS SET XACT_ABORT ON");

@@ -133,6 +133,17 @@ TEST_F(RefusalsTest, VariantsOfConstructs) {
                 "An isolation level other than READ COMMITTED");
 }
 
+TEST_F(RefusalsTest, NamesThatSqliteHasForSomethingElse) {
+  const std::string what = "A table with a name that the storage has for itself";
+  ExpectRefused("CREATE TABLE [~keys] (a INT)", what);
+  ExpectRefused("SELECT a INTO SQLITE_sequence FROM t", what);
+  Must("CREATE INDEX ix ON t (b)");
+  ExpectRefused("CREATE TABLE [t.ix] (a INT)", what);
+  Must("CREATE TABLE [t.u] (a INT)");
+  ExpectRefused("CREATE INDEX u ON t (b)", what);
+  Must("CREATE TABLE #sqlite_x (a INT) CREATE TABLE [~other] (a INT)");
+}
+
 TEST_F(RefusalsTest, WhatChangesNothingIsAccepted) {
   Must("CREATE TABLE x (a INT NOT NULL PRIMARY KEY CLUSTERED WITH (PAD_INDEX = OFF, FILLFACTOR = 80, "
        "IGNORE_DUP_KEY = OFF) ON [PRIMARY]) ON [PRIMARY] TEXTIMAGE_ON [PRIMARY]");
