@@ -39,9 +39,6 @@ if(SANITIZE)
   endif()
 endif()
 
-# What only tests need not be quick: compiling it is what takes time.
-add_library(test_options INTERFACE)
-target_compile_options(test_options INTERFACE -O0)
 if(SANITIZE AND NOT WIN32)
   # The sanitizers' checks are the same, and the compiler needs half the time. Assertions stay.
   set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g")

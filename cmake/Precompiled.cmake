@@ -1,5 +1,6 @@
-# Headers that are parsed once for many sources: those of Windows, of the standard library and of GoogleTest, never
-# headers of ours. A target with other compiler flags than its neighbours needs precompiled headers of its own.
+# Headers that are parsed once for many sources: those of Windows, of the standard library and of GoogleTest, and of ours
+# only those that nearly every source of a target includes, for a change of one compiles all of them. A target with other
+# compiler flags than its neighbours needs precompiled headers of its own.
 # tools/lint does without them, so a source that leans on them and does not include what it uses is found there.
 option(PRECOMPILE "Precompiled headers" ON)
 

@@ -7,6 +7,8 @@ BUILD=$ROOT/build
 LOGS=$BUILD/logs
 # The build whose Windows programs are run.
 PRESET=${PRESET:-x64}
+# The test programs of x64-debug.
+DEBUG_TESTS='com_tests component_tests standin_tests'
 mkdir -p "$LOGS"
 
 die() {
