@@ -17,7 +17,7 @@ struct Substitute {
 };
 
 // One "%..." of the text of RAISERROR, as the C library's printf has it.
-struct Specification {
+struct Directive {
   std::string flags;
   int width = 0;
   int precision = -1;
@@ -32,9 +32,9 @@ bool IsDigit(char character) {
   return character >= '0' && character <= '9';
 }
 
-// At `at` is the percent sign; it is left behind the specification.
-Specification ReadSpecification(const std::string& text, size_t& at) {
-  Specification specification;
+// At `at` is the percent sign; it is left behind the directive.
+Directive ReadDirective(const std::string& text, size_t& at) {
+  Directive directive;
   const size_t start = at;
   const auto peek = [&] { return at < text.size() ? text[at] : '\0'; };
   const auto readNumber = [&] {
@@ -45,11 +45,11 @@ Specification ReadSpecification(const std::string& text, size_t& at) {
   };
   ++at;
   constexpr std::string_view kFlags = "-+0# ";
-  while (peek() != '\0' && kFlags.find(peek()) != std::string_view::npos) specification.flags += text[at++];
-  specification.width = readNumber();
+  while (peek() != '\0' && kFlags.find(peek()) != std::string_view::npos) directive.flags += text[at++];
+  directive.width = readNumber();
   if (peek() == '.') {
     ++at;
-    specification.precision = readNumber();
+    directive.precision = readNumber();
   }
   if (text.compare(at, 3, "I64") == 0) {
     at += 3;
@@ -59,44 +59,42 @@ Specification ReadSpecification(const std::string& text, size_t& at) {
   constexpr std::string_view kTypes = "diosuxX%";
   if (peek() == '\0' || kTypes.find(peek()) == std::string_view::npos)
     Fail(2787, {std::string_view(text).substr(start, at + 1 - start)});
-  specification.type = text[at++];
-  return specification;
+  directive.type = text[at++];
+  return directive;
 }
 
-std::string Pad(std::string text, const Specification& specification, size_t length) {
-  const auto width = static_cast<size_t>(specification.width);
+std::string Pad(std::string text, const Directive& directive, size_t length) {
+  const auto width = static_cast<size_t>(directive.width);
   if (length >= width) return text;
-  const bool isLeft = specification.flags.find('-') != std::string::npos;
+  const bool isLeft = directive.flags.find('-') != std::string::npos;
   text.insert(isLeft ? text.size() : 0, width - length, ' ');
   return text;
 }
 
-std::string FormatInteger(int64_t value, const Specification& specification) {
-  const bool isSigned = specification.type == 'd' || specification.type == 'i';
-  std::string format = "%" + specification.flags + "*.*ll" + specification.type;
+std::string FormatInteger(int64_t value, const Directive& directive) {
+  const bool isSigned = directive.type == 'd' || directive.type == 'i';
+  std::string format = "%" + directive.flags + "*.*ll" + directive.type;
   // A negative number of 32 bits is shown by its 32 bits.
   if (!isSigned && value >= INT32_MIN && value < 0) value = static_cast<uint32_t>(value);
-  const int size =
-      std::snprintf(nullptr, 0, format.c_str(), specification.width, specification.precision, value);
+  const int size = std::snprintf(nullptr, 0, format.c_str(), directive.width, directive.precision, value);
   std::string text(static_cast<size_t>(size) + 1, '\0');
-  std::snprintf(text.data(), text.size(), format.c_str(), specification.width, specification.precision,
-                value);
+  std::snprintf(text.data(), text.size(), format.c_str(), directive.width, directive.precision, value);
   text.pop_back();
   return text;
 }
 
-std::string FormatText(const std::string& value, const Specification& specification) {
+std::string FormatText(const std::string& value, const Directive& directive) {
   size_t end = 0;
   size_t length = 0; // in characters
   const auto isWanted = [&] {
     return end < value.size() &&
-           (specification.precision < 0 || length < static_cast<size_t>(specification.precision));
+           (directive.precision < 0 || length < static_cast<size_t>(directive.precision));
   };
   for (; isWanted(); ++length) {
     ++end;
     while (end < value.size() && (static_cast<unsigned char>(value[end]) & 0xC0) == 0x80) ++end;
   }
-  return Pad(value.substr(0, end), specification, length);
+  return Pad(value.substr(0, end), directive, length);
 }
 
 std::string FormatMessage(const std::string& text, const std::vector<Substitute>& values) {
@@ -107,20 +105,20 @@ std::string FormatMessage(const std::string& text, const std::vector<Substitute>
       result += text[at++];
       continue;
     }
-    const Specification specification = ReadSpecification(text, at);
-    if (specification.type == '%') {
+    const Directive directive = ReadDirective(text, at);
+    if (directive.type == '%') {
       result += '%';
       continue;
     }
     if (next >= values.size() || values[next].value.IsNull()) {
-      result += Pad("(null)", specification, 6);
+      result += Pad("(null)", directive, 6);
       ++next;
       continue;
     }
     const Substitute& value = values[next++];
-    if (IsText(value.type) != (specification.type == 's')) Fail(2786, {std::to_string(next)});
-    result += specification.type == 's' ? FormatText(value.value.text, specification)
-                                        : FormatInteger(value.value.integer, specification);
+    if (IsText(value.type) != (directive.type == 's')) Fail(2786, {std::to_string(next)});
+    result += directive.type == 's' ? FormatText(value.value.text, directive)
+                                    : FormatInteger(value.value.integer, directive);
   }
   return result;
 }
