@@ -63,9 +63,9 @@ refuses tsql/syntax/Lexer.cpp tsql/sqlite/Connection.h
 refuses tsql/bind/Binder.cpp tsql/functions/FunctionNames.h
 refuses tsql/functions/Functions.cpp tsql/bind/BoundTree.h
 refuses tsql/emit/Emitter.h tsql/compile/Planner.h
-refuses tsql/compile/Compiler.cpp tsql/run/Frame.h
+refuses tsql/compile/Compiler.cpp tsql/run/RunningUnit.h
 refuses tsql/run/Session.cpp com/Variant.h
-refuses tsql/run/Session.cpp Frame.h
+refuses tsql/run/Session.cpp RunningUnit.h
 refuses tsql/run/Session.cpp tsql/Script.h
 refuses tsql/Script.cpp tsql/values/Types.h
 refuses cli/Any.cpp tsql/values/Types.h

@@ -39,11 +39,11 @@ void Interpreter::BeginWork() {
 
 // ---- entry points
 
-bool Interpreter::RunBatch(CompiledUnit& unit, Frame& frame, ResultSink& sink) {
+bool Interpreter::RunBatch(CompiledUnit& unit, RunningUnit& running, ResultSink& sink) {
   sink_ = &sink;
-  frame_ = &frame;
-  frame.unit = &unit;
-  frame.variables.resize(unit.variables.size());
+  running_ = &running;
+  running.unit = &unit;
+  running.variables.resize(unit.variables.size());
   failed_ = false;
   RunList(*unit.body);
   return !failed_;
@@ -72,7 +72,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 void Interpreter::BeginStatement() {
   catalog_.Settle();
   context_.now.reset();
-  context_.variables = &frame_->variables;
+  context_.variables = &running_->variables;
   context_.error.reset();
   target_ = nullptr;
   verb_ = "";
@@ -96,7 +96,7 @@ Interpreter::Flow Interpreter::HandleError(Error error, const Statement& stateme
   const bool endsTransaction = EndsTransaction(error) || (xactAbort_ && transaction_.Count() > 0);
   transaction_.Synchronize();
   if (tryDepth_ > 0) {
-    caughtProcedure_ = frame_->procedure;
+    caughtProcedure_ = running_->procedure;
     throw Caught{error};
   }
   if (endsTransaction) transaction_.RollbackIfOpen();
@@ -139,7 +139,7 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
 
 void Interpreter::RunDeclare(const DeclareStatement& statement) {
   for (const VariableDeclaration& variable : statement.variables) {
-    const auto index = static_cast<size_t>(FindVariable(frame_->unit->variables, variable.name));
+    const auto index = static_cast<size_t>(FindVariable(running_->unit->variables, variable.name));
     // Passing the declaration again in a loop keeps the value, as on the server.
     if (!variable.initial) continue;
     Plan& plan = MakePlanner().ValuePlan(*variable.initial, &variable.type);
@@ -147,7 +147,7 @@ void Interpreter::RunDeclare(const DeclareStatement& statement) {
     const StatementUse use(plan.statement);
     plan.statement.Step();
     Datum value = plan.statement.ColumnDatum(0);
-    frame_->variables[index] = std::move(value);
+    running_->variables[index] = std::move(value);
   }
 }
 
@@ -160,7 +160,7 @@ void Interpreter::RunSet(const SetVariableStatement& statement) {
     plan.statement.Step();
     value = plan.statement.ColumnDatum(0);
   }
-  frame_->variables[static_cast<size_t>(plan.assigned.front())] = std::move(value);
+  running_->variables[static_cast<size_t>(plan.assigned.front())] = std::move(value);
   rowCount_ = 1;
 }
 
@@ -212,7 +212,7 @@ Interpreter::Flow Interpreter::RunWhile(const WhileStatement& statement) {
 }
 
 Interpreter::Flow Interpreter::RunReturn(const ReturnStatement& statement) {
-  if (statement.value) frame_->returnStatus = static_cast<int32_t>(EvaluateInteger(*statement.value));
+  if (statement.value) running_->returnStatus = static_cast<int32_t>(EvaluateInteger(*statement.value));
   rowCount_ = 0;
   return Flow::Return;
 }

@@ -6,7 +6,7 @@
 #include "tsql/compile/Compiler.h"
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Definitions.h"
-#include "tsql/run/Frame.h"
+#include "tsql/run/RunningUnit.h"
 #include "tsql/run/Limits.h"
 #include "tsql/run/Transaction.h"
 
@@ -18,12 +18,12 @@ class Interpreter {
               FunctionContext& context, Transaction& transaction);
 
   // Runs a batch; false when a statement failed.
-  bool RunBatch(CompiledUnit& unit, Frame& frame, ResultSink& sink);
-  // Runs a procedure whose frame holds its parameters.
-  bool RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sink);
+  bool RunBatch(CompiledUnit& unit, RunningUnit& running, ResultSink& sink);
+  // Runs a procedure whose state holds its parameters.
+  bool RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultSink& sink);
 
   // Gives the parameters of a procedure that were not given their defaults; 201 when one has none.
-  void FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given);
+  void FillDefaults(CompiledUnit& unit, RunningUnit& running, const std::vector<bool>& given);
   // Sends an error to the sink; the batch has failed.
   void Report(const Error& error, ResultSink& sink);
   // A failure of SQLite as the server's error.
@@ -86,9 +86,9 @@ class Interpreter {
   // procedures (RunProcedures.cpp)
   Flow RunExecute(const ExecuteStatement& statement);
   Flow RunText(const ExecuteStatement& statement);
-  Flow RunNested(CompiledUnit& unit, Frame& frame);
-  void BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, Frame& callee);
-  void TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit, const Frame& callee);
+  Flow RunNested(CompiledUnit& unit, RunningUnit& running);
+  void BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee);
+  void TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit, const RunningUnit& callee);
 
   // definitions (RunDefinitions.cpp)
   void RunDefinition(const Statement& statement);
@@ -98,7 +98,7 @@ class Interpreter {
   void MarkSchemaChange(Place place);
 
   void BeginStatement();
-  Planner MakePlanner() const { return compiler_.PlannerFor(*frame_->unit); }
+  Planner MakePlanner() const { return compiler_.PlannerFor(*running_->unit); }
 
   // parameters and values (RunValues.cpp)
   void BindParameters(Plan& plan);
@@ -116,7 +116,7 @@ class Interpreter {
   FunctionContext& context_;
   Transaction& transaction_;
   ResultSink* sink_ = nullptr;
-  Frame* frame_ = nullptr; // of the innermost procedure or the batch
+  RunningUnit* running_ = nullptr; // of the innermost procedure or the batch
 
   std::optional<Error> caught_; // of the CATCH block that runs
   std::string caughtProcedure_;

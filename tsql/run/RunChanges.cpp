@@ -128,7 +128,7 @@ void Interpreter::RunChange(const Statement& statement) {
     const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
     identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
                         ConvertMode::Cast);
-    frame_->scopeIdentity = identity_;
+    running_->scopeIdentity = identity_;
   }
   SendRowCount(count);
 }

@@ -126,7 +126,7 @@ std::string FormatMessage(const std::string& text, const std::vector<Substitute>
 } // namespace
 
 Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
-  Frame* frame = frame_;
+  RunningUnit* running = running_;
   ++tryDepth_;
   try {
     const Flow flow = RunList(statement.tryBody);
@@ -134,7 +134,7 @@ Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
     return flow;
   } catch (const Caught& caught) {
     --tryDepth_;
-    frame_ = frame;
+    running_ = running;
     const std::optional<Error> outer = std::exchange(caught_, caught.error);
     lastError_ = caught.error.number;
     const Flow flow = RunList(statement.catchBody);

@@ -10,26 +10,26 @@ namespace {
 
 constexpr int kMaxNesting = 32;
 
-// Makes another frame the current one, until the end of the block.
-class FrameSwap {
+// Makes another unit the running one, until the end of the block.
+class RunningSwap {
  public:
-  FrameSwap(Frame*& current, Frame& other) : current_(current), saved_(std::exchange(current, &other)) {}
-  FrameSwap(const FrameSwap&) = delete;
-  FrameSwap& operator=(const FrameSwap&) = delete;
-  ~FrameSwap() { current_ = saved_; }
+  RunningSwap(RunningUnit*& current, RunningUnit& other) : current_(current), saved_(std::exchange(current, &other)) {}
+  RunningSwap(const RunningSwap&) = delete;
+  RunningSwap& operator=(const RunningSwap&) = delete;
+  ~RunningSwap() { current_ = saved_; }
 
  private:
-  Frame*& current_;
-  Frame* saved_;
+  RunningUnit*& current_;
+  RunningUnit* saved_;
 };
 
 } // namespace
 
-// Holds a procedure's frame and temporary tables, and ends them when the procedure ends, by an exception too.
+// Holds a running procedure and its temporary tables, and ends them when the procedure ends, by an exception too.
 // The SET options that it changes end with it as well.
 struct Interpreter::ProcedureScope {
-  ProcedureScope(Interpreter& interpreter, Frame& frame)
-      : owner(interpreter), savedFrame(std::exchange(interpreter.frame_, &frame)), noCount(owner.noCount_),
+  ProcedureScope(Interpreter& interpreter, RunningUnit& running)
+      : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
         xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()),
         identityInsert(owner.compiler_.IdentityInsert()) {
     owner.catalog_.EnterScope();
@@ -39,7 +39,7 @@ struct Interpreter::ProcedureScope {
   ProcedureScope& operator=(const ProcedureScope&) = delete;
   ~ProcedureScope() {
     --owner.nesting_;
-    owner.frame_ = savedFrame;
+    owner.running_ = savedUnit;
     owner.noCount_ = noCount;
     owner.xactAbort_ = xactAbort;
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
@@ -52,25 +52,25 @@ struct Interpreter::ProcedureScope {
     }
   }
   Interpreter& owner;
-  Frame* savedFrame;
+  RunningUnit* savedUnit;
   bool noCount;
   bool xactAbort;
   int lockTimeout;
   std::string identityInsert;
 };
 
-bool Interpreter::RunProcedure(CompiledUnit& unit, Frame& frame, ResultSink& sink) {
+bool Interpreter::RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultSink& sink) {
   sink_ = &sink;
-  frame.unit = &unit;
+  running.unit = &unit;
   failed_ = false;
-  const ProcedureScope scope(*this, frame);
+  const ProcedureScope scope(*this, running);
   RunList(*unit.body);
   return !failed_;
 }
 
-void Interpreter::FillDefaults(CompiledUnit& unit, Frame& frame, const std::vector<bool>& given) {
-  frame.unit = &unit;
-  const FrameSwap swap(frame_, frame);
+void Interpreter::FillDefaults(CompiledUnit& unit, RunningUnit& running, const std::vector<bool>& given) {
+  running.unit = &unit;
+  const RunningSwap swap(running_, running);
   const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
   for (size_t i = 0; i < parameters.size(); ++i) {
     if (given[i]) continue;
@@ -78,24 +78,24 @@ void Interpreter::FillDefaults(CompiledUnit& unit, Frame& frame, const std::vect
     Plan& plan = MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type);
     const StatementUse use(plan.statement);
     plan.statement.Step();
-    frame.variables[i] = plan.statement.ColumnDatum(0);
+    running.variables[i] = plan.statement.ColumnDatum(0);
   }
 }
 
-Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, Frame& frame) {
+Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, RunningUnit& running) {
   if (nesting_ >= kMaxNesting) Fail(217, {});
-  frame.unit = &unit;
-  frame.variables.resize(unit.variables.size());
+  running.unit = &unit;
+  running.variables.resize(unit.variables.size());
   Flow flow = Flow::Next;
   {
-    const ProcedureScope scope(*this, frame);
+    const ProcedureScope scope(*this, running);
     flow = RunList(*unit.body);
   }
   // An error that ends a procedure does not always end its caller.
   return flow == Flow::Abort && abortsAll_ ? Flow::Abort : Flow::Next;
 }
 
-void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, Frame& callee) {
+void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee) {
   const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
   std::vector<bool> given(parameters.size(), false);
   callee.variables.resize(unit.variables.size());
@@ -112,38 +112,38 @@ void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit&
 }
 
 void Interpreter::TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit,
-                              const Frame& callee) {
+                              const RunningUnit& callee) {
   size_t position = 0;
   for (const ExecuteArgument& argument : statement.arguments) {
     const size_t index = ParameterIndex(unit, argument.name, position++);
     if (argument.outputVariable.empty()) continue;
     if (!unit.procedure->parameters[index].output) continue;
-    const auto target = static_cast<size_t>(FindVariable(frame_->unit->variables, argument.outputVariable));
-    frame_->variables[target] = Convert(callee.variables[index], unit.variables[index].type,
-                                        frame_->unit->variables[target].type, ConvertMode::Cast);
+    const auto target = static_cast<size_t>(FindVariable(running_->unit->variables, argument.outputVariable));
+    running_->variables[target] = Convert(callee.variables[index], unit.variables[index].type,
+                                        running_->unit->variables[target].type, ConvertMode::Cast);
   }
 }
 
 Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
   if (statement.text) return RunText(statement);
   const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(statement.procedure);
-  Frame callee;
+  RunningUnit callee;
   callee.procedure = unit->procedure->name.name;
   BindArguments(statement, *unit, callee);
   const Flow flow = RunNested(*unit, callee);
   if (flow == Flow::Abort) return flow;
   TakeOutputs(statement, *unit, callee);
   if (!statement.returnVariable.empty()) {
-    const auto target = static_cast<size_t>(FindVariable(frame_->unit->variables, statement.returnVariable));
-    frame_->variables[target] = Convert(Datum::OfInteger(callee.returnStatus), MakeType(TypeId::Int),
-                                        frame_->unit->variables[target].type, ConvertMode::Cast);
+    const auto target = static_cast<size_t>(FindVariable(running_->unit->variables, statement.returnVariable));
+    running_->variables[target] = Convert(Datum::OfInteger(callee.returnStatus), MakeType(TypeId::Int),
+                                        running_->unit->variables[target].type, ConvertMode::Cast);
   }
   return Flow::Next;
 }
 
 Interpreter::Flow Interpreter::RunText(const ExecuteStatement& statement) {
   const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(EvaluateText(*statement.text), {}, {});
-  Frame callee;
+  RunningUnit callee;
   return RunNested(*unit, callee);
 }
 

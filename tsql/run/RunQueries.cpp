@@ -60,7 +60,7 @@ void Interpreter::AssignRows(Plan& plan) {
   int64_t count = 0;
   while (plan.statement.Step()) {
     for (size_t i = 0; i < plan.assigned.size(); ++i)
-      frame_->variables[static_cast<size_t>(plan.assigned[i])] =
+      running_->variables[static_cast<size_t>(plan.assigned[i])] =
           plan.statement.ColumnDatum(static_cast<int>(i));
     ++count;
   }
@@ -70,7 +70,7 @@ void Interpreter::AssignRows(Plan& plan) {
 void Interpreter::RunSelectInto(const QueryStatement& statement) {
   const ObjectName& name = *statement.query->select->into;
   StatementScope scope(transaction_, PlaceOf(name));
-  BoundQueryPtr query = compiler_.BindInto(statement, *frame_->unit);
+  BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit);
   definitions_.CreateTable(name, query->columns);
   Plan plan = compiler_.PlanInto(std::move(query), catalog_.FindTable(name));
   BindParameters(plan);

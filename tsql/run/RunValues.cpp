@@ -8,7 +8,7 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   switch (value) {
   case GlobalValue::RowCount: return Datum::OfInteger(rowCount_);
   case GlobalValue::Identity: return identity_;
-  case GlobalValue::ScopeIdentity: return frame_->scopeIdentity;
+  case GlobalValue::ScopeIdentity: return running_->scopeIdentity;
   case GlobalValue::Error: return Datum::OfInteger(lastError_);
   case GlobalValue::TransactionCount: return Datum::OfInteger(transaction_.Count());
   case GlobalValue::ProcedureNesting: return Datum::OfInteger(nesting_);
@@ -27,8 +27,8 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
 
 const Datum& Interpreter::ParameterValue(const ParameterRef& ref) {
   const auto index = static_cast<size_t>(ref.index);
-  if (ref.kind == BoundExpr::Kind::Variable) return frame_->variables[index];
-  if (ref.kind == BoundExpr::Kind::Marker) return frame_->markers[index];
+  if (ref.kind == BoundExpr::Kind::Variable) return running_->variables[index];
+  if (ref.kind == BoundExpr::Kind::Marker) return running_->markers[index];
   return globals_.emplace_back(GlobalDatum(static_cast<GlobalValue>(ref.index)));
 }
 

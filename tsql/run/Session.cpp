@@ -58,8 +58,8 @@ class SessionImpl : public Session {
   void PublishSchema();
   static Arguments ReadArguments(std::span<Parameter> parameters);
   // `index` is that of the variable which the output parameter receives.
-  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame, size_t index);
-  std::vector<bool> FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit, Frame& frame) const;
+  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running, size_t index);
+  std::vector<bool> FillParameters(std::span<Parameter> parameters, const CompiledUnit& unit, RunningUnit& running) const;
   template <typename Work>
   bool Guard(ResultSink& sink, Work work);
   void Cancel(const Canceled& canceled, ResultSink& sink);
@@ -158,10 +158,10 @@ SessionImpl::Arguments SessionImpl::ReadArguments(std::span<Parameter> parameter
   return arguments;
 }
 
-void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, const Frame& frame,
+void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running,
                               size_t index) {
   const Type type = CompleteType(parameter.type);
-  const Datum value = Convert(frame.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
+  const Datum value = Convert(running.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
   parameter.storage = value.text;
   parameter.value = ValueOfDatum(value, type);
   const bool isText = parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes;
@@ -206,28 +206,28 @@ bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameter
         compiler_.CompileBatch(batch, arguments.variables, arguments.markerTypes);
     if (static_cast<size_t>(unit->batch->markers) > arguments.markers.size())
       Fail(180, {std::to_string(arguments.markers.size() + 1)});
-    Frame frame;
-    frame.variables = std::move(arguments.values);
-    frame.markers = std::move(arguments.markers);
-    const bool succeeded = interpreter_.RunBatch(*unit, frame, sink);
+    RunningUnit running;
+    running.variables = std::move(arguments.values);
+    running.markers = std::move(arguments.markers);
+    const bool succeeded = interpreter_.RunBatch(*unit, running, sink);
     for (Parameter& parameter : parameters) {
       const int variable = parameter.output ? FindVariable(unit->variables, parameter.name) : -1;
-      if (variable >= 0) WriteOutput(parameter, *unit, frame, static_cast<size_t>(variable));
+      if (variable >= 0) WriteOutput(parameter, *unit, running, static_cast<size_t>(variable));
     }
     return succeeded;
   });
 }
 
-std::vector<bool> SessionImpl::FillFrame(std::span<Parameter> parameters, const CompiledUnit& unit,
-                                         Frame& frame) const {
+std::vector<bool> SessionImpl::FillParameters(std::span<Parameter> parameters, const CompiledUnit& unit,
+                                         RunningUnit& running) const {
   const std::vector<ProcedureParameter>& declared = unit.procedure->parameters;
-  frame.variables.resize(unit.variables.size());
+  running.variables.resize(unit.variables.size());
   std::vector<bool> given(declared.size(), false);
   size_t position = 0;
   for (const Parameter& parameter : parameters) {
     const size_t index = ParameterIndex(unit, parameter.name, position++);
     const Type type = CompleteType(parameter.type);
-    frame.variables[index] =
+    running.variables[index] =
         Convert(DatumOfValue(parameter.value, type), type, declared[index].type, ConvertMode::Cast);
     given[index] = true;
   }
@@ -236,7 +236,7 @@ std::vector<bool> SessionImpl::FillFrame(std::span<Parameter> parameters, const 
 
 std::optional<int32_t> SessionImpl::Call(std::string_view procedure, std::span<Parameter> parameters,
                                          ResultSink& sink) {
-  Frame frame;
+  RunningUnit running;
   const bool succeeded = Guard(sink, [&] {
     ObjectName name;
     name.name = std::string(procedure);
@@ -246,17 +246,17 @@ std::optional<int32_t> SessionImpl::Call(std::string_view procedure, std::span<P
       name.name.erase(0, dot + 1);
     }
     const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(name);
-    frame.procedure = unit->procedure->name.name;
-    interpreter_.FillDefaults(*unit, frame, FillFrame(parameters, *unit, frame));
-    const bool ran = interpreter_.RunProcedure(*unit, frame, sink);
+    running.procedure = unit->procedure->name.name;
+    interpreter_.FillDefaults(*unit, running, FillParameters(parameters, *unit, running));
+    const bool ran = interpreter_.RunProcedure(*unit, running, sink);
     size_t position = 0;
     for (Parameter& parameter : parameters) {
       const size_t index = ParameterIndex(*unit, parameter.name, position++);
-      if (parameter.output) WriteOutput(parameter, *unit, frame, index);
+      if (parameter.output) WriteOutput(parameter, *unit, running, index);
     }
     return ran;
   });
-  return succeeded ? std::optional<int32_t>(frame.returnStatus) : std::nullopt;
+  return succeeded ? std::optional<int32_t>(running.returnStatus) : std::nullopt;
 }
 
 void SessionImpl::Commit() {

@@ -5,7 +5,7 @@
 
 namespace tsql {
 
-struct Frame {
+struct RunningUnit {
   CompiledUnit* unit = nullptr;
   std::vector<Datum> variables; // as the unit numbers them
   std::vector<Datum> markers;
