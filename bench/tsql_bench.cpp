@@ -1,9 +1,6 @@
 // The engine against the same work written by hand with SQLite's C API, on tables of the same rows, both in
 // memory. Repetitions of the two alternate and the best of each counts, because a busy machine only ever adds
 // time. tsql_bench [REPETITIONS]
-#include "tsql/Script.h"
-#include "tsql/tsql.h"
-
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -18,6 +15,9 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "tsql/Script.h"
+#include "tsql/tsql.h"
 
 namespace {
 

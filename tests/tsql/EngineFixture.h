@@ -2,9 +2,9 @@
 // reads like the result: rows as "a|b", NULL as "NULL", one string a row.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <gtest/gtest.h>
+
+#include "tsql/tsql.h"
 
 namespace tsql::test {
 

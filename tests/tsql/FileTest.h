@@ -1,11 +1,11 @@
 // A database file of a test's own, removed with the test.
 #pragma once
 
-#include "tests/tsql/EngineFixture.h"
-
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+
+#include "tests/tsql/EngineFixture.h"
 
 namespace tsql::test {
 

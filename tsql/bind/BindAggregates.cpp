@@ -1,9 +1,8 @@
-#include "tsql/bind/Binder.h"
+#include <algorithm>
 
+#include "tsql/bind/Binder.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

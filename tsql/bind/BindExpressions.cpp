@@ -1,16 +1,15 @@
-#include "tsql/bind/Binder.h"
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cstdlib>
 
+#include "tsql/bind/Binder.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
-#include <cassert>
-#include <charconv>
-#include <cstdlib>
 
 namespace tsql {
 namespace {

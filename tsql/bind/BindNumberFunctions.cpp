@@ -1,5 +1,4 @@
 #include "tsql/bind/Binder.h"
-
 #include "tsql/values/Errors.h"
 
 namespace tsql {

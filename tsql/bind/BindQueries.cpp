@@ -1,12 +1,11 @@
-#include "tsql/bind/Binder.h"
-
-#include "tsql/syntax/Refusals.h"
-#include "tsql/values/Collation.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <cassert>
 #include <utility>
+
+#include "tsql/bind/Binder.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

@@ -1,12 +1,11 @@
-#include "tsql/bind/Binder.h"
+#include <algorithm>
+#include <utility>
 
+#include "tsql/bind/Binder.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
-#include <utility>
 
 namespace tsql {
 namespace {

@@ -1,8 +1,7 @@
-#include "tsql/bind/Binder.h"
-
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
+
+#include "tsql/bind/Binder.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

@@ -1,11 +1,11 @@
 #include "tsql/bind/Binder.h"
 
+#include <algorithm>
+
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 std::string JoinParts(const std::vector<std::string>& parts) {

@@ -3,10 +3,10 @@
 // line; whoever runs the statement adds its line.
 #pragma once
 
+#include <span>
+
 #include "tsql/bind/BoundTree.h"
 #include "tsql/syntax/StatementTree.h"
-
-#include <span>
 
 namespace tsql {
 

@@ -1,8 +1,8 @@
 #include "tsql/catalog/Catalog.h"
 
-#include "tsql/values/Collation.h"
-
 #include <algorithm>
+
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 namespace {

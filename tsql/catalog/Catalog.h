@@ -4,9 +4,9 @@
 // exist in the session's memory alone.
 #pragma once
 
-#include "tsql/catalog/DefinitionStore.h"
-
 #include <map>
+
+#include "tsql/catalog/DefinitionStore.h"
 
 namespace tsql {
 

@@ -1,9 +1,9 @@
 // Reads and writes definitions in the engine's own tables of a database. Tables in Place::Temp are not kept.
 #pragma once
 
-#include "tsql/catalog/TableInfo.h"
-
 #include <map>
+
+#include "tsql/catalog/TableInfo.h"
 
 namespace tsql {
 

@@ -1,10 +1,10 @@
 #include "tsql/catalog/Storage.h"
 
-#include "tsql/values/Collation.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <iterator>
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

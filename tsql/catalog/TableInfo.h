@@ -1,10 +1,10 @@
 // Definitions in the dialect's terms: tables with their columns and keys, views and procedures.
 #pragma once
 
+#include <memory>
+
 #include "tsql/catalog/Storage.h"
 #include "tsql/syntax/QueryTree.h"
-
-#include <memory>
 
 namespace tsql {
 

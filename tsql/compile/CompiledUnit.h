@@ -1,11 +1,11 @@
 // A compiled batch or procedure: the tree, its variables, and the plans of its statements and expressions.
 #pragma once
 
-#include "tsql/bind/Binder.h"
-#include "tsql/emit/Emitter.h"
-
 #include <memory>
 #include <vector>
+
+#include "tsql/bind/Binder.h"
+#include "tsql/emit/Emitter.h"
 
 namespace tsql {
 

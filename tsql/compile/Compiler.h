@@ -3,10 +3,10 @@
 // again.
 #pragma once
 
-#include "tsql/compile/Planner.h"
-
 #include <map>
 #include <unordered_map>
+
+#include "tsql/compile/Planner.h"
 
 namespace tsql {
 

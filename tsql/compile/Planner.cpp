@@ -1,10 +1,10 @@
 #include "tsql/compile/Planner.h"
 
+#include <algorithm>
+
 #include "tsql/compile/Preparation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

@@ -1,10 +1,9 @@
-#include "tsql/emit/Emitter.h"
+#include <array>
 
+#include "tsql/emit/Emitter.h"
 #include "tsql/functions/ComputeProgram.h"
 #include "tsql/functions/FunctionNames.h"
 #include "tsql/values/PowersOfTen.h"
-
-#include <array>
 
 namespace tsql {
 namespace {

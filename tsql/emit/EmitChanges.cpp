@@ -1,9 +1,8 @@
-#include "tsql/emit/Emitter.h"
-
-#include "tsql/sqlite/Quotation.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "tsql/emit/Emitter.h"
+#include "tsql/sqlite/Quotation.h"
 
 namespace tsql {
 namespace {

@@ -1,5 +1,4 @@
 #include "tsql/emit/Emitter.h"
-
 #include "tsql/functions/FunctionNames.h"
 #include "tsql/values/PowersOfTen.h"
 

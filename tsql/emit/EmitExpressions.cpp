@@ -1,9 +1,8 @@
-#include "tsql/emit/Emitter.h"
+#include <array>
 
+#include "tsql/emit/Emitter.h"
 #include "tsql/functions/FunctionNames.h"
 #include "tsql/sqlite/Quotation.h"
-
-#include <array>
 
 namespace tsql {
 namespace {

@@ -1,9 +1,8 @@
-#include "tsql/emit/Emitter.h"
+#include <algorithm>
 
+#include "tsql/emit/Emitter.h"
 #include "tsql/emit/SystemViewSql.h"
 #include "tsql/functions/FunctionNames.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

@@ -1,12 +1,12 @@
 #include "tsql/emit/Emitter.h"
 
-#include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
-#include "tsql/values/Hexadecimal.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
+
+#include "tsql/functions/FunctionNames.h"
+#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Hexadecimal.h"
 
 namespace tsql {
 

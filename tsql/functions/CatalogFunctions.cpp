@@ -1,10 +1,10 @@
 // Functions that ask the catalog: names, numbers and sizes of what the database holds.
+#include <random>
+
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
-
-#include <random>
 
 namespace tsql {
 namespace {

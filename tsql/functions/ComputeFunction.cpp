@@ -1,16 +1,16 @@
 // t_compute runs a small program over its operands, so that an expression of several decimal operations is
 // one call: on 64-bit integers as long as they suffice, from the start again on 38 digits when they do not.
-#include "tsql/functions/ComputeProgram.h"
-#include "tsql/functions/FunctionCall.h"
-#include "tsql/values/Conversion.h"
-#include "tsql/values/PowersOfTen.h"
-
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cstring>
 #include <memory>
 #include <vector>
+
+#include "tsql/functions/ComputeProgram.h"
+#include "tsql/functions/FunctionCall.h"
+#include "tsql/values/Conversion.h"
+#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 namespace {

@@ -1,9 +1,9 @@
+#include <cmath>
+#include <limits>
+
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
-
-#include <cmath>
-#include <limits>
 
 namespace tsql {
 namespace {

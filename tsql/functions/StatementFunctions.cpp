@@ -1,10 +1,10 @@
 // Conversions, and what a statement asks of its batch while it runs.
+#include <algorithm>
+
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

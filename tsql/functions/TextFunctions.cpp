@@ -1,3 +1,8 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
@@ -6,11 +11,6 @@
 #include "tsql/values/Currency.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 
 namespace tsql {
 namespace {

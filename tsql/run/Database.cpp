@@ -1,12 +1,12 @@
 #include "tsql/run/Database.h"
 
-#include "tsql/run/Diagnostics.h"
-#include "tsql/values/Errors.h"
-#include "tsql/values/Hexadecimal.h"
-
 #include <filesystem>
 #include <map>
 #include <mutex>
+
+#include "tsql/run/Diagnostics.h"
+#include "tsql/values/Errors.h"
+#include "tsql/values/Hexadecimal.h"
 
 namespace tsql {
 namespace {

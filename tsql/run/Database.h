@@ -1,9 +1,9 @@
 // A database that is open in this process, and what its sessions share.
 #pragma once
 
-#include "tsql/catalog/Catalog.h"
-
 #include <atomic>
+
+#include "tsql/catalog/Catalog.h"
 
 namespace tsql {
 

@@ -1,5 +1,7 @@
 #include "tsql/run/Definitions.h"
 
+#include <algorithm>
+
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/syntax/Refusals.h"
@@ -8,8 +10,6 @@
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
 #include "tsql/values/PowersOfTen.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

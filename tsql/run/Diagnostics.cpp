@@ -1,10 +1,10 @@
 #include "tsql/run/Diagnostics.h"
 
+#include <utility>
+
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <utility>
 
 namespace tsql {
 namespace {

@@ -1,11 +1,11 @@
 #include "tsql/run/Interpreter.h"
 
+#include <charconv>
+#include <utility>
+
 #include "tsql/run/Diagnostics.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <charconv>
-#include <utility>
 
 namespace tsql {
 namespace {

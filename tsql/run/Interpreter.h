@@ -6,8 +6,8 @@
 #include "tsql/compile/Compiler.h"
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Definitions.h"
-#include "tsql/run/RunningUnit.h"
 #include "tsql/run/Limits.h"
+#include "tsql/run/RunningUnit.h"
 #include "tsql/run/Transaction.h"
 
 namespace tsql {

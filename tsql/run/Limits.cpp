@@ -1,9 +1,9 @@
 #include "tsql/run/Limits.h"
 
-#include "tsql/tsql.h"
-
 #include <algorithm>
 #include <limits>
+
+#include "tsql/tsql.h"
 
 namespace tsql {
 namespace {

@@ -1,11 +1,10 @@
-#include "tsql/run/Interpreter.h"
+#include <algorithm>
 
 #include "tsql/run/ForeignKeys.h"
+#include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

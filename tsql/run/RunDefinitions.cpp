@@ -1,8 +1,7 @@
-#include "tsql/run/Interpreter.h"
-
-#include "tsql/values/Errors.h"
-
 #include <cassert>
+
+#include "tsql/run/Interpreter.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 

@@ -1,11 +1,10 @@
-#include "tsql/run/Interpreter.h"
-
-#include "tsql/syntax/Refusals.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <utility>
+
+#include "tsql/run/Interpreter.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

@@ -1,9 +1,8 @@
-#include "tsql/run/Interpreter.h"
+#include <utility>
 
+#include "tsql/run/Interpreter.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
-
-#include <utility>
 
 namespace tsql {
 namespace {
@@ -13,7 +12,8 @@ constexpr int kMaxNesting = 32;
 // Makes another unit the running one, until the end of the block.
 class RunningSwap {
  public:
-  RunningSwap(RunningUnit*& current, RunningUnit& other) : current_(current), saved_(std::exchange(current, &other)) {}
+  RunningSwap(RunningUnit*& current, RunningUnit& other)
+      : current_(current), saved_(std::exchange(current, &other)) {}
   RunningSwap(const RunningSwap&) = delete;
   RunningSwap& operator=(const RunningSwap&) = delete;
   ~RunningSwap() { current_ = saved_; }
@@ -25,8 +25,8 @@ class RunningSwap {
 
 } // namespace
 
-// Holds a running procedure and its temporary tables, and ends them when the procedure ends, by an exception too.
-// The SET options that it changes end with it as well.
+// Holds a running procedure and its temporary tables, and ends them when the procedure ends, by an exception
+// too. The SET options that it changes end with it as well.
 struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, RunningUnit& running)
       : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
@@ -120,7 +120,7 @@ void Interpreter::TakeOutputs(const ExecuteStatement& statement, const CompiledU
     if (!unit.procedure->parameters[index].output) continue;
     const auto target = static_cast<size_t>(FindVariable(running_->unit->variables, argument.outputVariable));
     running_->variables[target] = Convert(callee.variables[index], unit.variables[index].type,
-                                        running_->unit->variables[target].type, ConvertMode::Cast);
+                                          running_->unit->variables[target].type, ConvertMode::Cast);
   }
 }
 
@@ -134,9 +134,10 @@ Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
   if (flow == Flow::Abort) return flow;
   TakeOutputs(statement, *unit, callee);
   if (!statement.returnVariable.empty()) {
-    const auto target = static_cast<size_t>(FindVariable(running_->unit->variables, statement.returnVariable));
+    const auto target =
+        static_cast<size_t>(FindVariable(running_->unit->variables, statement.returnVariable));
     running_->variables[target] = Convert(Datum::OfInteger(callee.returnStatus), MakeType(TypeId::Int),
-                                        running_->unit->variables[target].type, ConvertMode::Cast);
+                                          running_->unit->variables[target].type, ConvertMode::Cast);
   }
   return Flow::Next;
 }

@@ -1,9 +1,8 @@
-#include "tsql/run/Interpreter.h"
-
-#include "tsql/sqlite/Values.h"
-
 #include <algorithm>
 #include <list>
+
+#include "tsql/run/Interpreter.h"
+#include "tsql/sqlite/Values.h"
 
 namespace tsql {
 

@@ -1,5 +1,4 @@
 #include "tsql/run/Interpreter.h"
-
 #include "tsql/values/Conversion.h"
 
 namespace tsql {

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tsql/run/Database.h"
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Values.h"
@@ -5,8 +7,6 @@
 #include "tsql/values/Conversion.h"
 #include "tsql/values/DateTime.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {
@@ -58,8 +58,10 @@ class SessionImpl : public Session {
   void PublishSchema();
   static Arguments ReadArguments(std::span<Parameter> parameters);
   // `index` is that of the variable which the output parameter receives.
-  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running, size_t index);
-  std::vector<bool> FillParameters(std::span<Parameter> parameters, const CompiledUnit& unit, RunningUnit& running) const;
+  static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running,
+                          size_t index);
+  std::vector<bool> FillParameters(std::span<Parameter> parameters, const CompiledUnit& unit,
+                                   RunningUnit& running) const;
   template <typename Work>
   bool Guard(ResultSink& sink, Work work);
   void Cancel(const Canceled& canceled, ResultSink& sink);
@@ -219,7 +221,7 @@ bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameter
 }
 
 std::vector<bool> SessionImpl::FillParameters(std::span<Parameter> parameters, const CompiledUnit& unit,
-                                         RunningUnit& running) const {
+                                              RunningUnit& running) const {
   const std::vector<ProcedureParameter>& declared = unit.procedure->parameters;
   running.variables.resize(unit.variables.size());
   std::vector<bool> given(declared.size(), false);

@@ -1,8 +1,8 @@
 #include "tsql/run/Transaction.h"
 
-#include "tsql/values/Errors.h"
-
 #include <utility>
+
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 

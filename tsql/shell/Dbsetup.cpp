@@ -3,10 +3,6 @@
 // A script is UTF-8; a line that holds only GO, or GO and a number of repetitions, ends a batch. --new
 // replaces the file, otherwise it is created if it is not there. A script's first error is followed by no
 // more of its batches, and the exit code is 1.
-#include "tsql/Script.h"
-#include "tsql/shell/CommandLine.h"
-#include "tsql/tsql.h"
-
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -16,6 +12,10 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "tsql/Script.h"
+#include "tsql/shell/CommandLine.h"
+#include "tsql/tsql.h"
 
 namespace {
 

@@ -1,16 +1,16 @@
 #include "tsql/shell/Output.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <ostream>
+
 #include "tsql/CharacterWidth.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Decimal.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/Types.h"
-
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <ostream>
 
 namespace tsql::shell {
 namespace {

@@ -1,11 +1,11 @@
 // How tsqlsh shows what a batch sends: results and messages to one stream, errors to another.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <iosfwd>
 #include <string>
 #include <vector>
+
+#include "tsql/tsql.h"
 
 namespace tsql::shell {
 

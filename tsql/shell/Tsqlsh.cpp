@@ -4,10 +4,6 @@
 // A script is UTF-8; a line "GO" or "GO n" ends a batch. Results, row counts (unless NOCOUNT is on) and PRINT
 // go to standard output; errors to standard error, with the line within the batch, and the next batch
 // follows. The exit status is 1 when any batch failed, 2 when the command line is wrong.
-#include "tsql/Script.h"
-#include "tsql/shell/CommandLine.h"
-#include "tsql/shell/Output.h"
-
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -17,6 +13,10 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "tsql/Script.h"
+#include "tsql/shell/CommandLine.h"
+#include "tsql/shell/Output.h"
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>

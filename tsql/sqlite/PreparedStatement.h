@@ -2,12 +2,12 @@
 // statement translates it into the server's error, because only there the statement and its table are known.
 #pragma once
 
-#include "tsql/values/Datum.h"
-
 #include <sqlite3.h>
 
 #include <memory>
 #include <stdexcept>
+
+#include "tsql/values/Datum.h"
 
 namespace tsql {
 

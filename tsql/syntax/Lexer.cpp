@@ -1,11 +1,11 @@
 #include "tsql/syntax/Lexer.h"
 
-#include "tsql/values/Collation.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <array>
 #include <iterator>
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

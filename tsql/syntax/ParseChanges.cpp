@@ -1,5 +1,4 @@
 #include "tsql/syntax/ParserRules.h"
-
 #include "tsql/values/Errors.h"
 
 namespace tsql {

@@ -1,10 +1,9 @@
-#include "tsql/syntax/ParserRules.h"
-
-#include "tsql/values/Collation.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <array>
+
+#include "tsql/syntax/ParserRules.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 

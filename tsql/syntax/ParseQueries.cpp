@@ -1,11 +1,10 @@
-#include "tsql/syntax/ParserRules.h"
-
-#include "tsql/values/Collation.h"
-#include "tsql/values/Errors.h"
-
 #include <algorithm>
 #include <array>
 #include <utility>
+
+#include "tsql/syntax/ParserRules.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {

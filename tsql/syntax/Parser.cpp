@@ -1,10 +1,10 @@
 #include "tsql/syntax/Parser.h"
 
+#include <algorithm>
+
 #include "tsql/syntax/ParserRules.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 

@@ -1,10 +1,10 @@
 // The recursive-descent parser behind Parser.h, shared by its source files: one method a grammar rule.
 #pragma once
 
+#include <initializer_list>
+
 #include "tsql/syntax/Refusals.h"
 #include "tsql/syntax/StatementTree.h"
-
-#include <initializer_list>
 
 namespace tsql {
 

@@ -1,10 +1,10 @@
 // The syntax tree of expressions and queries: what was written, nothing resolved.
 #pragma once
 
+#include <memory>
+
 #include "tsql/syntax/Lexer.h"
 #include "tsql/values/Types.h"
-
-#include <memory>
 
 namespace tsql {
 

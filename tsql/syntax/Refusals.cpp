@@ -1,9 +1,9 @@
 #include "tsql/syntax/Refusals.h"
 
+#include <algorithm>
+
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
-
-#include <algorithm>
 
 namespace tsql {
 namespace {

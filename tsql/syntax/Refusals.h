@@ -4,10 +4,10 @@
 // lists the same, and a test holds the two together.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <span>
 #include <string_view>
+
+#include "tsql/tsql.h"
 
 namespace tsql {
 

@@ -1,9 +1,9 @@
 #include "tsql/values/BigNumber.h"
 
-#include "tsql/values/PowersOfTen.h"
-
 #include <algorithm>
 #include <bit>
+
+#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 namespace {

@@ -1,10 +1,10 @@
 #include "tsql/values/BinaryForm.h"
 
+#include <bit>
+
 #include "tsql/values/DateTime.h"
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
-
-#include <bit>
 
 namespace tsql {
 namespace {

@@ -1,11 +1,11 @@
 #include "tsql/values/CodePage.h"
 
-#include "tsql/values/Collation.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
+
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 namespace {

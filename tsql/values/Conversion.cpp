@@ -1,5 +1,12 @@
 #include "tsql/values/Conversion.h"
 
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
 #include "tsql/values/BinaryForm.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
@@ -7,13 +14,6 @@
 #include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
-
-#include <algorithm>
-#include <array>
-#include <cassert>
-#include <charconv>
-#include <cmath>
-#include <limits>
 
 namespace tsql {
 namespace {

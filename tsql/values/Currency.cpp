@@ -1,9 +1,9 @@
 #include "tsql/values/Currency.h"
 
-#include "tsql/values/Collation.h"
-
 #include <algorithm>
 #include <iterator>
+
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 

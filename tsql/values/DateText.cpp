@@ -1,10 +1,10 @@
 #include "tsql/values/DateText.h"
 
-#include "tsql/values/Collation.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
+
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 namespace {

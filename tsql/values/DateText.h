@@ -1,11 +1,11 @@
 // Moments as texts: those that the server can read, and those that CONVERT writes for each style.
 #pragma once
 
-#include "tsql/values/DateTime.h"
-
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "tsql/values/DateTime.h"
 
 namespace tsql {
 

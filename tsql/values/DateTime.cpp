@@ -1,12 +1,12 @@
 #include "tsql/values/DateTime.h"
 
-#include "tsql/values/Collation.h"
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <ctime>
 #include <mutex>
+
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 namespace {

@@ -1,10 +1,10 @@
 // A value in its storage form (Types.h says which that is for each type); its T-SQL type travels beside it.
 #pragma once
 
+#include <string>
+
 #include "tsql/values/Decimal.h"
 #include "tsql/values/Types.h"
-
-#include <string>
 
 namespace tsql {
 

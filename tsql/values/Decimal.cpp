@@ -1,12 +1,12 @@
 #include "tsql/values/Decimal.h"
 
-#include "tsql/values/BigNumber.h"
-#include "tsql/values/PowersOfTen.h"
-
 #include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
+
+#include "tsql/values/BigNumber.h"
+#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 namespace {

@@ -2,9 +2,9 @@
 // result that needs more than 38 digits is nullopt, and the caller reports the overflow.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <array>
+
+#include "tsql/tsql.h"
 
 namespace tsql {
 

@@ -2,10 +2,10 @@
 // Fail. An error without a line gets that of the statement which runs.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <initializer_list>
 #include <string_view>
+
+#include "tsql/tsql.h"
 
 namespace tsql {
 

@@ -1,10 +1,10 @@
 #include "tsql/values/Types.h"
 
-#include "tsql/values/Collation.h"
-#include "tsql/values/Decimal.h"
-
 #include <algorithm>
 #include <cassert>
+
+#include "tsql/values/Collation.h"
+#include "tsql/values/Decimal.h"
 
 namespace tsql {
 namespace {

@@ -1,4 +1,5 @@
 #include "src/import/BOMImport.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,4 +1,5 @@
 #include "src/bom/BomInfo.h"
+
 #include "src/server/Tables.h"
 
 template <>

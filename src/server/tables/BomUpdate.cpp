@@ -1,4 +1,5 @@
 #include "src/bom/BomUpdate.h"
+
 #include "src/server/Tables.h"
 
 template <>

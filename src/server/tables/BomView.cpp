@@ -1,4 +1,5 @@
 #include "src/view/BomView.h"
+
 #include "src/server/Tables.h"
 
 template <>

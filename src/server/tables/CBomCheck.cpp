@@ -1,4 +1,5 @@
 #include "src/bom/CBomCheck.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,4 +1,5 @@
 #include "src/bom/CBomFunction.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,4 +1,5 @@
 #include "src/ecn/CEcnInfo.h"
+
 #include "src/server/Tables.h"
 
 template <>

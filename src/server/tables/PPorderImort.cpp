@@ -1,4 +1,5 @@
 #include "src/import/PPorderImort.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,4 +1,5 @@
 #include "src/custbom/clsMBOMRule.h"
+
 #include "src/server/Tables.h"
 
 template <>

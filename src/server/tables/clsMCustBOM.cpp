@@ -1,4 +1,5 @@
 #include "src/custbom/clsMCustBOM.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,4 +1,5 @@
 #include "src/view/clsReadUserDefined.h"
+
 #include "src/server/Tables.h"
 
 template <>

@@ -1,9 +1,10 @@
 // Values from the engine to the client, type by type, and the cost of many rows.
 #include "standin/ado/RowSet.h"
 
+#include <gtest/gtest.h>
+
 #include "standin/ado/Types.h"
 #include "tests/standin/Support.h"
-#include <gtest/gtest.h>
 
 namespace standin::ado {
 namespace {

@@ -1,5 +1,4 @@
 #include <windows.h>
-
 #include <winver.h>
 
 #include "com/Module.h"

@@ -2,9 +2,9 @@
 // conversion written out.
 #include "tsql/bind/Binder.h"
 
-#include "tsql/syntax/Parser.h"
-
 #include <gtest/gtest.h>
+
+#include "tsql/syntax/Parser.h"
 
 namespace tsql::test {
 namespace {

@@ -1,14 +1,14 @@
 // What a database file looks like from outside, with SQLite alone: the numbers and texts here are those of
 // docs/storage.md, and a file that was once written has them.
-#include "tests/tsql/FileTest.h"
-
 #include "tsql/catalog/Storage.h"
-#include "tsql/functions/ComputeProgram.h"
-#include "tsql/values/DateTime.h"
 
 #include <sqlite3.h>
 
 #include <map>
+
+#include "tests/tsql/FileTest.h"
+#include "tsql/functions/ComputeProgram.h"
+#include "tsql/values/DateTime.h"
 
 namespace tsql::test {
 namespace {

@@ -1,15 +1,15 @@
 // Every statement that the component sends, as it sends it (statements/*.sql), on the schema and the
 // factory's data: the rows that come back, the counts of what changes, or the error. The values follow from
 // the data as factory.sql describes it. Each case runs in a transaction that is rolled back.
-#include "tests/tsql/EngineFixture.h"
-#include "tsql/Script.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <set>
+
+#include "tests/tsql/EngineFixture.h"
+#include "tsql/Script.h"
 
 namespace tsql::test {
 namespace {

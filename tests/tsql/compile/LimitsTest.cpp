@@ -1,7 +1,7 @@
 // What is too deep, too wide or too long is refused, and the session goes on.
-#include "tests/tsql/EngineFixture.h"
-
 #include <chrono>
+
+#include "tests/tsql/EngineFixture.h"
 
 namespace tsql::test {
 namespace {

@@ -1,10 +1,11 @@
 // What SQLite is asked for: its own operators and functions where they mean the same as the dialect's, and
 // those of the engine elsewhere.
 #include "tsql/emit/Emitter.h"
-#include "tsql/bind/Binder.h"
-#include "tsql/syntax/Parser.h"
 
 #include <gtest/gtest.h>
+
+#include "tsql/bind/Binder.h"
+#include "tsql/syntax/Parser.h"
 
 namespace tsql::test {
 namespace {

@@ -1,9 +1,9 @@
 // Makes random tables, and random expressions and conditions on them.
 #pragma once
 
-#include "tests/tsql/emit/PlainQuery.h"
-
 #include <random>
+
+#include "tests/tsql/emit/PlainQuery.h"
 
 namespace tsql::test::plain {
 

@@ -1,10 +1,10 @@
 // Random queries on random small tables with NULLs, each answered by the engine and by a plain evaluation.
 // TSQL_PROPERTY_COUNT sets how many queries are tried, TSQL_PROPERTY_SEED where the seeds start; a failure
 // names the seed of its query.
+#include <cstdlib>
+
 #include "tests/tsql/EngineFixture.h"
 #include "tests/tsql/emit/QueryGenerator.h"
-
-#include <cstdlib>
 
 namespace tsql::test {
 namespace {

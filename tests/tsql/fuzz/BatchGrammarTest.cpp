@@ -2,12 +2,12 @@
 // or ends the process.
 #include "tests/tsql/fuzz/BatchGrammar.h"
 
+#include <set>
+
 #include "tests/tsql/fuzz/FuzzedDatabase.h"
 #include "tsql/bind/Binder.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/values/Collation.h"
-
-#include <set>
 
 namespace tsql::test {
 namespace {

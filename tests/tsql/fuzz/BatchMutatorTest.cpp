@@ -2,12 +2,12 @@
 // complaint about a statement that the engine made (823), and none may end the process.
 #include "tests/tsql/fuzz/BatchMutator.h"
 
-#include "tests/tsql/fuzz/FuzzedDatabase.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "tests/tsql/fuzz/FuzzedDatabase.h"
 
 namespace tsql::test {
 namespace {

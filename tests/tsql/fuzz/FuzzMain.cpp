@@ -1,15 +1,15 @@
 // A libFuzzer target: any text is parsed and run as a batch on a small in-memory database. Nothing may crash,
 // leak or run for good; the engine may refuse what it likes, but never with SQLite's own complaint about a
 // statement that the engine made (823), and afterwards the session works.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
 #include "tests/tsql/fuzz/BatchGrammar.h"
 #include "tests/tsql/fuzz/BatchMutator.h"
 #include "tests/tsql/fuzz/FuzzSchema.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/tsql.h"
-
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 

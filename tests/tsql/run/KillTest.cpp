@@ -1,6 +1,6 @@
 // A process that is killed in the middle of a batch: the file opens, what was committed is there whole, what
 // was not is gone, temporary tables too, and nobody has to wait for a lock. Native only: it forks.
-#include "tests/tsql/EngineFixture.h"
+#include <unistd.h>
 
 #include <array>
 #include <chrono>
@@ -8,7 +8,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include "tests/tsql/EngineFixture.h"
 
 namespace tsql::test {
 namespace {

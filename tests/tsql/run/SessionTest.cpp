@@ -1,12 +1,12 @@
 // Databases, sessions, transactions and locks.
-#include "tests/tsql/FileTest.h"
-
 #include <sqlite3.h>
 
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <thread>
+
+#include "tests/tsql/FileTest.h"
 
 namespace tsql::test {
 namespace {

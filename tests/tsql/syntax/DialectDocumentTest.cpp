@@ -1,14 +1,14 @@
 // docs/dialect.md says what the tables of the engine say. Its lists stand between a comment with their name
 // and one with "end"; where one is stale, the failure shows the list as it ought to be.
-#include "tsql/bind/Binder.h"
-#include "tsql/syntax/Refusals.h"
-#include "tsql/values/Collation.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+
+#include "tsql/bind/Binder.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Collation.h"
 
 namespace tsql::test {
 namespace {

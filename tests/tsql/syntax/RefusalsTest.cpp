@@ -1,9 +1,9 @@
 // What the engine lacks is refused by its name; what the server does not know is the server's error.
 #include "tsql/syntax/Refusals.h"
 
-#include "tests/tsql/EngineFixture.h"
-
 #include <algorithm>
+
+#include "tests/tsql/EngineFixture.h"
 
 namespace tsql::test {
 namespace {

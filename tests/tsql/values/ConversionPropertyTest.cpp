@@ -1,10 +1,10 @@
 // Random values of every type converted to every type, implicitly, by CAST and by CONVERT, against a plain
 // evaluation. TSQL_CONVERSION_COUNT sets how many values of each type are tried, TSQL_CONVERSION_SEED where
 // the seeds start; a failure names the seed of its value.
+#include <cstdlib>
+
 #include "tests/tsql/EngineFixture.h"
 #include "tests/tsql/values/PlainConversion.h"
-
-#include <cstdlib>
 
 namespace tsql::test {
 namespace {

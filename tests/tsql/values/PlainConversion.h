@@ -2,10 +2,10 @@
 // of conversions, and its documented rules, without anything of the engine's but its types.
 #pragma once
 
-#include "tsql/tsql.h"
-
 #include <random>
 #include <variant>
+
+#include "tsql/tsql.h"
 
 namespace tsql::test::plain {
 
