@@ -554,7 +554,8 @@ Outcome CastToGuid(const Plain& value) {
   std::string bytes = std::get<Bytes>(value).bytes;
   bytes.resize(16, '\0');
   std::string hex;
-  for (const size_t place : {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15}) {
+  constexpr std::array<size_t, 16> kPlaces = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+  for (const size_t place : kPlaces) {
     std::array<char, 3> pair{};
     std::snprintf(pair.data(), pair.size(), "%02X", static_cast<unsigned char>(bytes[place]));
     hex += pair.data();
