@@ -93,7 +93,7 @@ void Definitions::AddColumn(TableInfo& table, const ColumnDefinition& definition
     table.identityColumn = static_cast<int>(table.columns.size());
     table.seed = definition.seed;
     if (table.seed > LargestIdentity(column.type) || (column.type.id == TypeId::TinyInt && table.seed < 0))
-      Fail(2751, {column.name});
+      Fail(2752, {column.name});
   }
   table.columns.push_back(std::move(column));
 }

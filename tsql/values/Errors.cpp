@@ -213,10 +213,10 @@ constexpr ErrorText kErrors[] = {
     {2749, 16, 2,
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
-    {2751, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2747, 16, 1,
      "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters."},
     {2748, 16, 1, "Cannot specify %1 data type (parameter %2) as a substitution parameter."},
+    {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2786, 16, 1,
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},

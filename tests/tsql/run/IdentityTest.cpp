@@ -33,8 +33,8 @@ TEST_F(IdentityTest, TheLimitHoldsWithinATransactionThatStaysOpen) {
 }
 
 TEST_F(IdentityTest, ASeedOutsideTheTypeIsRefused) {
-  EXPECT_EQ(ErrorOf("CREATE TABLE t (id TINYINT IDENTITY(256,1))"), 2751);
-  EXPECT_EQ(ErrorOf("CREATE TABLE t (id SMALLINT IDENTITY(32768,1))"), 2751);
+  EXPECT_EQ(ErrorOf("CREATE TABLE t (id TINYINT IDENTITY(256,1))"), 2752);
+  EXPECT_EQ(ErrorOf("CREATE TABLE t (id SMALLINT IDENTITY(32768,1))"), 2752);
 }
 
 TEST_F(IdentityTest, BehindTheLargestNumberIs8115) {
