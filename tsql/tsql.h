@@ -25,6 +25,10 @@ namespace tsql {
 
 // ---- types
 
+// The code page whose bytes char and varchar count: simplified Chinese. The build makes the table of its
+// characters from this number (CMakeLists.txt).
+inline constexpr unsigned kCodePage = 936;
+
 // The types of the dialect. Database files keep the numbers.
 enum class TypeId : uint8_t {
   TinyInt = 0,

@@ -30,6 +30,14 @@ bool NeedsSize(DataType type) {
   }
 }
 
+// What counts against a parameter's Size: bytes of the database's code page for the types that hold them,
+// else characters.
+int SizeOf(BSTR text, DataType type) {
+  const auto length = static_cast<int>(SysStringLen(text));
+  if (type != DataType::Char && type != DataType::VarChar) return length;
+  return WideCharToMultiByte(tsql::kCodePage, 0, text, length, nullptr, 0, nullptr, nullptr);
+}
+
 } // namespace
 
 void Parameter::PutType(int32_t value) {
@@ -72,7 +80,7 @@ Variant Parameter::InOwnType(const Variant& value) const {
   try {
     Variant converted = Convert(value, type_);
     const bool tooLong = NeedsSize(type_) && size_ > 0 && converted.type() == VT_BSTR &&
-                         SysStringLen(converted.raw().bstrVal) > static_cast<UINT>(size_);
+                         SizeOf(converted.raw().bstrVal, type_) > size_;
     if (tooLong) Raise(AdoError::DataConversion, kSource);
     return converted;
   } catch (const com::ComError&) {

@@ -1,6 +1,6 @@
-// The database's code page: 936, simplified Chinese, as the server's collation Chinese_PRC has it. A char or
-// varchar holds only characters of the page and counts its length in the page's bytes, one for a character of
-// ASCII and two for a Chinese one. In storage such a text is UTF-8 like any other.
+// The database's code page, kCodePage: simplified Chinese, as the server's collation Chinese_PRC has it. A
+// char or varchar holds only characters of the page and counts its length in the page's bytes, one for a
+// character of ASCII and two for a Chinese one. In storage such a text is UTF-8 like any other.
 #pragma once
 
 #include <cstddef>

@@ -151,6 +151,9 @@ TEST_F(CommandTest, RefusesAValueOfAnotherTypeOrTooLong) {
   EXPECT_EQ(raised.code, Numbered(3421));
   EXPECT_EQ(raised.description, L"Application uses a value of the wrong type for the current operation.");
   EXPECT_EQ(RaisedBy([&] { Append(L"", kVarChar, kInput, 3, L"four"); }).code, Numbered(3421));
+  // A Chinese character takes two bytes of a varchar.
+  EXPECT_EQ(RaisedBy([&] { Append(L"", kVarChar, kInput, 4, L"车架a"); }).code, Numbered(3421));
+  EXPECT_EQ(Append(L"", kVarChar, kInput, 4, L"车架").Get(L"Value"), Variant(L"车架"));
   const Object parameter = Append(L"", kInteger, kInput, 0);
   EXPECT_TRUE(parameter.Get(L"Value").IsEmpty());
   parameter.Put(L"Value", L"12");
