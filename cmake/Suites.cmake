@@ -41,7 +41,7 @@ endfunction()
 
 if(WIN32)
   # The prefix, the registered DLLs and the demo database; it builds nothing.
-  add_test(NAME wine COMMAND "${PROJECT_SOURCE_DIR}/tools/wine-prepare" --built)
+  add_test(NAME wine COMMAND "${PROJECT_SOURCE_DIR}/tools/wine-prepare" --built --register)
   set_tests_properties(wine PROPERTIES
     FIXTURES_SETUP wine ENVIRONMENT "PRESET=${PRESET}" SKIP_RETURN_CODE 77 TIMEOUT ${TEST_SECONDS})
 endif()

@@ -165,7 +165,9 @@ size_t OpenFiles() {
 
 TEST_F(SessionPoolTest, NothingGrowsOverThousandsOfCalls) {
   const Object worker = HostedWorker();
+  int calls = 0;
   const auto call = [&] {
+    ++calls;
     worker.Call(L"Run", file_.Dsn(), L"bind|UPDATE t SET FInterID = FInterID + 1|complete");
     Column(Connect(file_.Dsn()), L"SELECT FInterID FROM t");
   };
@@ -173,8 +175,8 @@ TEST_F(SessionPoolTest, NothingGrowsOverThousandsOfCalls) {
   DWORD handlesBefore = 0;
   DWORD handlesAfter = 0;
   GetProcessHandleCount(GetCurrentProcess(), &handlesBefore);
-  const size_t before = OpenFiles();
   {
+    const size_t before = OpenFiles();
     // Open files are counted. Wine itself opens and closes a few at any time.
     std::deque<DataFile> files;
     std::vector<Object> connections;
@@ -182,11 +184,18 @@ TEST_F(SessionPoolTest, NothingGrowsOverThousandsOfCalls) {
     EXPECT_GT(OpenFiles(), before + 15);
   }
   AllowUnloading();
-  for (int i = 0; i < 2500; ++i) call();
+  // What grows with the calls grows in each of the rounds; what Wine opens by itself does not.
+  constexpr int kRounds = 3;
+  int grown = 0;
+  for (int round = 0; round < kRounds && grown == round; ++round) {
+    const size_t before = OpenFiles();
+    for (int i = 0; i < 2500; ++i) call();
+    if (OpenFiles() > before + 20) ++grown;
+  }
   GetProcessHandleCount(GetCurrentProcess(), &handlesAfter);
-  EXPECT_LE(OpenFiles(), before + 25) << "one in 100 calls would show";
+  EXPECT_LT(grown, kRounds) << "one in 100 calls would show";
   EXPECT_LE(handlesAfter, handlesBefore + 2);
-  EXPECT_EQ(Column(Connect(file_.Dsn()), L"SELECT FInterID FROM t"), L"3001");
+  EXPECT_EQ(Column(Connect(file_.Dsn()), L"SELECT FInterID FROM t"), std::to_wstring(calls + 1));
 }
 
 } // namespace
