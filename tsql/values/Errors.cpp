@@ -210,12 +210,12 @@ constexpr ErrorText kErrors[] = {
     {2744, 16, 2,
      "Multiple identity columns specified for table '%1'. Only one identity column per table is "
      "allowed."},
-    {2749, 16, 2,
-     "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
-     "scale of 0, and constrained to be nonnullable."},
     {2747, 16, 1,
      "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters."},
     {2748, 16, 1, "Cannot specify %1 data type (parameter %2) as a substitution parameter."},
+    {2749, 16, 2,
+     "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
+     "scale of 0, and constrained to be nonnullable."},
     {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2786, 16, 1,
      "The data type of substitution parameter %1 does not match the expected type of the format "
@@ -295,12 +295,12 @@ constexpr ErrorText kErrors[] = {
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
     {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
+    {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
     {9809, 16, 1, "The style %1 is not supported for conversions from %2 to %3."},
     {9810, 16, 1, "The datepart %1 is not supported by date function %2 for data type %3."},
     {10734, 15, 1,
      "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
      "operator."},
-    {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
     {kUnsupportedError, 16, 1, "%1 is not supported."},
 };
 
