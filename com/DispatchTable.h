@@ -43,7 +43,7 @@ struct Member {
 template <auto Function>
 Member MakeMember(WORD kind, DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters) {
   using Shape = SignatureOf<decltype(Function)>;
-  Member member{id, name, kind, Shape::result, parameters, &Shape::template Call<Function>};
+  Member member{id, name, kind, Shape::resultType, parameters, &Shape::template Call<Function>};
   if constexpr (Shape::takesValues) member.callInPlace = &Shape::template CallInPlace<Function>;
   // A table that does not fit its class is a programming error, found when the table is first used.
   if (parameters.size() != Shape::count || Shape::count > Arguments::kMost) std::terminate();

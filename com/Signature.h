@@ -154,7 +154,7 @@ class Slot<const Variant&> {
 template <class C, class R, class... A>
 struct Signature {
   using Class = C;
-  static constexpr VARTYPE result = Result<R>::type;
+  static constexpr VARTYPE resultType = Result<R>::type;
   static constexpr size_t count = sizeof...(A);
   static constexpr std::array<VARTYPE, sizeof...(A)> types{Conversion<std::remove_cvref_t<A>>::type...};
   static constexpr std::array<bool, sizeof...(A)> inOut{isInOut<A>...};
@@ -190,7 +190,7 @@ struct Signature {
   template <auto Member, size_t... I>
   static Variant Call(C& object, [[maybe_unused]] const Arguments& arguments, std::index_sequence<I...>) {
     std::tuple<Slot<A>...> slots(Place{arguments, I}...);
-    const auto storeAll = [&slots] { (std::get<I>(slots).Store(), ...); };
+    const auto storeAll = [&] { (std::get<I>(slots).Store(), ...); };
     try {
       if constexpr (std::is_void_v<R>) {
         (object.*Member)(std::get<I>(slots).value()...);

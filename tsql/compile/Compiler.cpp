@@ -1,6 +1,7 @@
 #include "tsql/compile/Compiler.h"
 
 #include "tsql/compile/Preparation.h"
+#include "tsql/sqlite/Values.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
@@ -22,21 +23,25 @@ void AppendType(std::string& key, const Type& type) {
 } // namespace
 
 std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
-                                                     const std::vector<VariableInfo>& variables,
-                                                     const std::vector<Type>& markers) {
+                                                     std::span<const Parameter> parameters) {
   key_.assign(text);
-  for (const VariableInfo& variable : variables) {
-    key_.append(1, '\0').append(variable.name).append(1, ' ');
-    AppendType(key_, variable.type);
+  for (const Parameter& parameter : parameters) {
+    key_.append(1, '\0').append(parameter.name).append(1, ' ');
+    AppendType(key_, parameter.type);
   }
-  for (const Type& marker : markers) AppendType(key_.append(1, '\0'), marker);
   const auto found = batches_.find(key_);
   if (found != batches_.end()) return found->second;
   auto unit = std::make_shared<CompiledUnit>();
   unit->batch = ParseBatch(std::string(text));
   unit->body = &unit->batch->statements;
-  unit->variables = variables;
-  unit->markers = markers;
+  for (const Parameter& parameter : parameters) {
+    const Type type = CompleteType(parameter.type);
+    if (parameter.name.empty()) {
+      unit->markers.push_back(type);
+    } else {
+      unit->variables.push_back({parameter.name, type});
+    }
+  }
   PlannerFor(*unit).CompileAll();
   if (batches_.size() >= kMaxCachedBatches) batches_.clear();
   batches_.emplace(key_, unit);

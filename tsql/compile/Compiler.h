@@ -4,6 +4,7 @@
 #pragma once
 
 #include <map>
+#include <span>
 #include <unordered_map>
 
 #include "tsql/compile/Planner.h"
@@ -14,10 +15,9 @@ class Compiler {
  public:
   Compiler(const Connection& connection, const Catalog& catalog) : context_{connection, catalog, {}} {}
 
-  // The types of variables and markers are part of what a batch means.
-  std::shared_ptr<CompiledUnit> CompileBatch(std::string_view text,
-                                             const std::vector<VariableInfo>& variables,
-                                             const std::vector<Type>& markers);
+  // The names and types of the parameters are part of what a batch means. Those with a name are the first of
+  // the unit's variables, those without are its markers, both in their order.
+  std::shared_ptr<CompiledUnit> CompileBatch(std::string_view text, std::span<const Parameter> parameters);
   std::shared_ptr<CompiledUnit> CompileProcedure(const ObjectName& name); // 2812 when there is none
 
   // For the plans of one unit.

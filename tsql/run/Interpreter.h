@@ -124,6 +124,7 @@ class Interpreter {
   const TableInfo* target_ = nullptr; // of the change that runs
   std::string_view verb_;             // and its word, as messages have it
   Datum identity_;
+  std::vector<Value> row_; // that a result set is sent by; it keeps its memory
   int64_t rowCount_ = 0;
   Limits limits_;
   int lastError_ = 0;

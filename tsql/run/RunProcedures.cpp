@@ -143,7 +143,7 @@ Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
 }
 
 Interpreter::Flow Interpreter::RunText(const ExecuteStatement& statement) {
-  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(EvaluateText(*statement.text), {}, {});
+  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(EvaluateText(*statement.text), {});
   RunningUnit callee;
   return RunNested(*unit, callee);
 }

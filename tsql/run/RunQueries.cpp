@@ -33,12 +33,12 @@ void Interpreter::ReturnRows(Plan& plan) {
   // The first row is computed before anything is sent, so that a statement which fails there gives no result.
   bool hasRow = plan.statement.Step();
   sink_->BeginRows(plan.columns);
-  std::vector<Value> values(plan.columns.size());
+  row_.resize(plan.columns.size());
   int64_t count = 0;
   for (; hasRow; hasRow = plan.statement.Step()) {
-    for (size_t i = 0; i < values.size(); ++i)
-      values[i] = ValueOfColumn(plan.statement, static_cast<int>(i), plan.columns[i].type);
-    sink_->Row(values);
+    for (size_t i = 0; i < row_.size(); ++i)
+      ReadColumn(plan.statement, static_cast<int>(i), plan.columns[i].type, row_[i]);
+    sink_->Row(row_);
     ++count;
   }
   rowCount_ = count;

@@ -45,18 +45,12 @@ class SessionImpl : public Session {
   }
 
  private:
-  struct Arguments {
-    std::vector<VariableInfo> variables;
-    std::vector<Datum> values;
-    std::vector<Type> markerTypes;
-    std::vector<Datum> markers;
-  };
-
   void Refresh();
   void DropLocalTables();
   void DropGlobalTables();
   void PublishSchema();
-  static Arguments ReadArguments(std::span<Parameter> parameters);
+  static void ReadArguments(std::span<const Parameter> parameters, const CompiledUnit& unit,
+                            RunningUnit& running);
   // `index` is that of the variable which the output parameter receives.
   static void WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running,
                           size_t index);
@@ -144,20 +138,16 @@ void SessionImpl::PublishSchema() {
   ++DatabaseImpl::globalVersion;
 }
 
-SessionImpl::Arguments SessionImpl::ReadArguments(std::span<Parameter> parameters) {
-  Arguments arguments;
+void SessionImpl::ReadArguments(std::span<const Parameter> parameters, const CompiledUnit& unit,
+                                RunningUnit& running) {
+  running.variables.reserve(unit.variables.size());
+  running.markers.reserve(unit.markers.size());
   for (const Parameter& parameter : parameters) {
-    const Type type = CompleteType(parameter.type);
-    Datum value = DatumOfValue(parameter.value, type);
-    if (parameter.name.empty()) {
-      arguments.markerTypes.push_back(type);
-      arguments.markers.push_back(std::move(value));
-    } else {
-      arguments.variables.push_back({parameter.name, type});
-      arguments.values.push_back(std::move(value));
-    }
+    const bool isMarker = parameter.name.empty();
+    std::vector<Datum>& values = isMarker ? running.markers : running.variables;
+    const Type& type = isMarker ? unit.markers[values.size()] : unit.variables[values.size()].type;
+    values.push_back(DatumOfValue(parameter.value, type));
   }
-  return arguments;
 }
 
 void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, const RunningUnit& running,
@@ -203,14 +193,11 @@ void SessionImpl::Cancel(const Canceled& canceled, ResultSink& sink) {
 
 bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) {
   return Guard(sink, [&] {
-    Arguments arguments = ReadArguments(parameters);
-    const std::shared_ptr<CompiledUnit> unit =
-        compiler_.CompileBatch(batch, arguments.variables, arguments.markerTypes);
-    if (static_cast<size_t>(unit->batch->markers) > arguments.markers.size())
-      Fail(180, {std::to_string(arguments.markers.size() + 1)});
+    const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(batch, parameters);
     RunningUnit running;
-    running.variables = std::move(arguments.values);
-    running.markers = std::move(arguments.markers);
+    ReadArguments(parameters, *unit, running);
+    if (static_cast<size_t>(unit->batch->markers) > running.markers.size())
+      Fail(180, {std::to_string(running.markers.size() + 1)});
     const bool succeeded = interpreter_.RunBatch(*unit, running, sink);
     for (Parameter& parameter : parameters) {
       const int variable = parameter.output ? FindVariable(unit->variables, parameter.name) : -1;

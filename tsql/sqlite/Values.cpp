@@ -43,6 +43,9 @@ void SetDecimal(Value& value, const Decimal& decimal) {
 
 Datum DatumOfValue(const Value& value, const Type& type) {
   if (value.kind == Value::Kind::Null) return {};
+  if (value.kind == Value::Kind::Integer && type.id == TypeId::Int &&
+      value.integer == static_cast<int32_t>(value.integer))
+    return Datum::OfInteger(value.integer); // the usual parameter
   Type natural;
   const Datum datum = NaturalDatum(value, natural);
   return natural == type ? datum : Convert(datum, natural, type, ConvertMode::Cast);
@@ -75,11 +78,13 @@ Value ValueOfDatum(const Datum& datum, const Type& type) {
   return value;
 }
 
-Value ValueOfColumn(const PreparedStatement& statement, int index, const Type& type) {
-  Value value;
+void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value) {
   sqlite3_stmt* handle = statement.Handle();
   const int stored = sqlite3_column_type(handle, index);
-  if (stored == SQLITE_NULL) return value;
+  if (stored == SQLITE_NULL) {
+    value.kind = Value::Kind::Null;
+    return;
+  }
   switch (FamilyOf(type.id)) {
   case Family::Integer:
     value.kind = Value::Kind::Integer;
@@ -107,7 +112,6 @@ Value ValueOfColumn(const PreparedStatement& statement, int index, const Type& t
     value.text = statement.ColumnText(index);
     break;
   }
-  return value;
 }
 
 Type CompleteType(const Type& type) {

@@ -2,6 +2,7 @@
 
 #include "com/ComError.h"
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ado/Constants.h"
 
 namespace mbom {
 namespace {
@@ -10,15 +11,12 @@ using com::Object;
 using com::Variant;
 namespace ado = outside::ado;
 
-// ADO's constants.
-constexpr int32_t kUnspecified = -1;
-constexpr int32_t kUseClient = 3;
-
 } // namespace
 
 Recordset Connection::Execute(const Sql& statement) const {
   return Recordset(
-      object().Call(ado::kExecute, statement.text(), Variant::Missing(), kUnspecified).AsObject(), keeper());
+      object().Call(ado::kExecute, statement.text(), Variant::Missing(), ad::kUnspecified).AsObject(),
+      keeper());
 }
 
 void Connection::Run(const Sql& statements) const {
@@ -32,7 +30,7 @@ class ClientCursors {
  public:
   explicit ClientCursors(const Object& connection)
       : connection_(connection), before_(connection.Get(ado::kCursorLocation)) {
-    connection_.Put(ado::kCursorLocation, kUseClient);
+    connection_.Put(ado::kCursorLocation, ad::kUseClient);
   }
   ~ClientCursors() {
     try {

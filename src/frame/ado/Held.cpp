@@ -5,6 +5,7 @@
 
 #include "com/ComError.h"
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ado/Constants.h"
 
 namespace mbom {
 namespace {
@@ -13,9 +14,8 @@ using com::Object;
 
 void Leave(const Object& object, OnLeave onLeave) noexcept {
   if (!object || onLeave == OnLeave::Release) return;
-  constexpr int32_t kStateClosed = 0;
   try {
-    if (object.Get(outside::ado::kState).AsLong() != kStateClosed) object.Call(outside::ado::kClose);
+    if (object.Get(outside::ado::kState).AsLong() != ad::kStateClosed) object.Call(outside::ado::kClose);
   } catch (const com::ComError&) { // NOLINT(bugprone-empty-catch): it is let go in any case, the vote is cast
   }
 }

@@ -1,6 +1,7 @@
 #include "src/frame/ado/StoredProcedure.h"
 
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ado/Constants.h"
 
 namespace mbom {
 namespace {
@@ -9,20 +10,10 @@ using com::Object;
 using com::Variant;
 namespace ado = outside::ado;
 
-// ADO's constants.
-constexpr int32_t kUnspecified = -1;
-constexpr int32_t kStoredProcedure = 4;
-constexpr int32_t kParameterInput = 1;
-constexpr int32_t kParameterOutput = 2;
-constexpr int32_t kParameterReturnValue = 4;
-constexpr int32_t kInteger = 3;
-constexpr int32_t kVarChar = 200;
-constexpr int32_t kUseClient = 3;
-
 } // namespace
 
 StoredProcedure::StoredProcedure(const std::wstring& name) : object_(Object::Create(ado::kCommandProgId)) {
-  object_.Put(ado::kCommandType, kStoredProcedure);
+  object_.Put(ado::kCommandType, ad::kCmdStoredProc);
   object_.Put(ado::kCommandText, name);
 }
 
@@ -37,21 +28,21 @@ void StoredProcedure::Append(const Variant& parameter) const {
 
 void StoredProcedure::AppendInput(const std::wstring& parameter, const std::wstring& value,
                                   int32_t size) const {
-  Append(object_.Call(ado::kCreateParameter, parameter, kVarChar, kParameterInput, size, value));
+  Append(object_.Call(ado::kCreateParameter, parameter, ad::kVarChar, ad::kParamInput, size, value));
 }
 
 void StoredProcedure::AppendInput(const std::wstring& parameter, int32_t value) const {
-  Append(
-      object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterInput, Variant::Missing(), value));
+  Append(object_.Call(ado::kCreateParameter, parameter, ad::kInteger, ad::kParamInput, Variant::Missing(),
+                      value));
 }
 
 void StoredProcedure::AppendOutput(const std::wstring& parameter) const {
-  Append(object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterOutput, 0));
+  Append(object_.Call(ado::kCreateParameter, parameter, ad::kInteger, ad::kParamOutput, 0));
 }
 
 void StoredProcedure::AppendReturnValue(const std::wstring& parameter) const {
   constexpr int32_t kIntSize = 4;
-  Append(object_.Call(ado::kCreateParameter, parameter, kInteger, kParameterReturnValue, kIntSize));
+  Append(object_.Call(ado::kCreateParameter, parameter, ad::kInteger, ad::kParamReturnValue, kIntSize));
 }
 
 void StoredProcedure::Execute() const {
@@ -61,8 +52,9 @@ void StoredProcedure::Execute() const {
 Recordset StoredProcedure::OpenDetached(const Connection& connection) const {
   object_.Put(ado::kActiveConnection, connection.object());
   Recordset rows(Object::Create(ado::kRecordsetProgId), connection.keeper());
-  rows.object().Put(ado::kCursorLocation, kUseClient);
-  rows.object().Call(ado::kOpen, object_, Variant::Missing(), kUnspecified, kUnspecified, kUnspecified);
+  rows.object().Put(ado::kCursorLocation, ad::kUseClient);
+  rows.object().Call(ado::kOpen, object_, Variant::Missing(), ad::kUnspecified, ad::kUnspecified,
+                     ad::kUnspecified);
   // ADO lets a recordset go only when its command has let go before.
   object_.Put(ado::kActiveConnection, Object());
   rows.Detach();
