@@ -107,5 +107,16 @@ TEST_F(SharedFileTest, ReadersAndWritersLoseNoCall) {
   EXPECT_EQ(RunOn(*session, "SELECT n FROM t").results, std::vector<Lines>({{count, count}}));
 }
 
+TEST_F(SharedFileTest, ReadersNeverWaitForAWriter) {
+  if (!GivenRole().empty()) return DoWork(ReadRole());
+  // Whoever waited would wait until the lock time-out, for this one does not end meanwhile.
+  const auto writer = Session::Open(Database::Open(path_, OpenMode::Existing));
+  writer->Begin();
+  ASSERT_TRUE(RunOn(*writer, "UPDATE t SET n = n + a DELETE FROM t WHERE a = 2").errors.empty());
+  DoWork({path_, 4, 10, 0});
+  Share({Role(2, 10, 0), Role(2, 10, 0)});
+  writer->Rollback();
+}
+
 } // namespace
 } // namespace tsql::test
