@@ -38,9 +38,11 @@ std::string ReadFile(const std::wstring& name) {
 Json ParseJson(const std::wstring& name, const std::wstring& value) {
   const std::string text = value.starts_with(L'@') ? ReadFile(value.substr(1)) : com::ToUtf8(value);
   try {
-    return Json::parse(text);
-  } catch (const Json::parse_error& error) {
+    return ReadJson(text);
+  } catch (const Json::exception& error) {
     throw UsageError(com::ToUtf8(name) + " is not JSON: " + error.what());
+  } catch (const NestedTooDeep& error) {
+    throw UsageError(com::ToUtf8(name) + " has " + error.what());
   }
 }
 
@@ -56,10 +58,12 @@ Variant Convert(const ParameterInfo& parameter, const std::wstring& value) {
   switch (parameter.type) {
   case VT_BSTR: return value;
   case VT_DISPATCH: return ObjectValue(parameter, value);
-  case VT_VARIANT: {
-    const Json json = Json::parse(com::ToUtf8(value), nullptr, false);
-    return json.is_discarded() ? Variant(value) : FromJson(json);
-  }
+  case VT_VARIANT: try { return FromJson(ReadJson(com::ToUtf8(value)));
+    } catch (const Json::exception&) {
+      return value;
+    } catch (const NestedTooDeep& error) {
+      throw UsageError(com::ToUtf8(parameter.name) + " has " + error.what());
+    }
   default: break;
   }
   try {

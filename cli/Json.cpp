@@ -16,6 +16,8 @@ namespace {
 using com::Object;
 using com::Variant;
 
+constexpr int kDeepest = 500;
+
 bool FitsLong(const Json& number) {
   const auto value = number.get<int64_t>();
   return value >= std::numeric_limits<int32_t>::min() && value <= std::numeric_limits<int32_t>::max();
@@ -62,6 +64,16 @@ Json ObjectToJson(const Object& object) {
 }
 
 } // namespace
+
+NestedTooDeep::NestedTooDeep()
+    : std::runtime_error("more than " + std::to_string(kDeepest) + " objects and arrays inside each other") {}
+
+Json ReadJson(const std::string& text) {
+  return Json::parse(text, [](int depth, Json::parse_event_t /*event*/, const Json& /*parsed*/) {
+    if (depth >= kDeepest) throw NestedTooDeep();
+    return true;
+  });
+}
 
 Variant FromJson(const Json& json) {
   switch (json.type()) {

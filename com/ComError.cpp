@@ -6,11 +6,21 @@
 #include <new>
 #include <utility>
 
+#include "com/ErrorInfo.h"
 #include "com/Ptr.h"
 #include "com/Text.h"
 
 namespace com {
 namespace {
+
+bool HoldsNul(const std::wstring& text) {
+  return text.find(L'\0') != std::wstring::npos;
+}
+
+// The whole text; null when there is no memory.
+BSTR WholeBstr(const std::wstring& text) {
+  return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+}
 
 std::wstring SystemText(HRESULT hr) {
   wchar_t* text = nullptr;
@@ -67,6 +77,13 @@ ComError ComError::FromExcepInfo(EXCEPINFO& info) {
 }
 
 void ComError::SetOnThread() const noexcept {
+  if (HoldsNul(source_) || HoldsNul(description_)) {
+    try {
+      SetErrorInfo(0, MakeErrorInfo(*this).Get());
+      return;
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): what is in front of the NUL must do
+    }
+  }
   Ptr<ICreateErrorInfo> create;
   if (FAILED(CreateErrorInfo(create.Out()))) return;
   create->SetSource(const_cast<wchar_t*>(source_.c_str()));
@@ -80,9 +97,9 @@ void ComError::SetOnThread() const noexcept {
 void ComError::FillExcepInfo(EXCEPINFO& info) const noexcept {
   info = {};
   info.scode = hr_;
-  info.bstrSource = SysAllocString(source_.c_str());
-  info.bstrDescription = SysAllocString(description_.c_str());
-  if (!helpFile_.empty()) info.bstrHelpFile = SysAllocString(helpFile_.c_str());
+  info.bstrSource = WholeBstr(source_);
+  info.bstrDescription = WholeBstr(description_);
+  if (!helpFile_.empty()) info.bstrHelpFile = WholeBstr(helpFile_);
   info.dwHelpContext = helpContext_;
 }
 
@@ -127,10 +144,10 @@ void Raise(RuntimeError error, const wchar_t* source) {
 }
 
 void Raise(RuntimeError error, const wchar_t* source, const std::wstring& description) {
-  RaiseRuntimeError(static_cast<int>(error), source, description.c_str());
+  RaiseRuntimeError(static_cast<int>(error), source, description);
 }
 
-void RaiseRuntimeError(int number, const wchar_t* source, const wchar_t* description) {
+void RaiseRuntimeError(int number, const wchar_t* source, const std::wstring& description) {
   throw ComError(MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number), source, description);
 }
 

@@ -1,7 +1,8 @@
 // ComError: a failed COM call on its way through C++.
 //
 // It carries everything that a COM client can see of an error, so that what a callee raised leaves this
-// module unchanged: as the EXCEPINFO of a dispatch call and as the thread's error object.
+// module unchanged, NULs in texts included: as the EXCEPINFO of a dispatch call and as the thread's error
+// object.
 #pragma once
 
 #include <oaidl.h>
@@ -69,6 +70,6 @@ enum class RuntimeError : int {
 // Throws the error with a text that says more.
 [[noreturn]] void Raise(RuntimeError error, const wchar_t* source, const std::wstring& description);
 // The same for the numbers of a library of its own.
-[[noreturn]] void RaiseRuntimeError(int number, const wchar_t* source, const wchar_t* description);
+[[noreturn]] void RaiseRuntimeError(int number, const wchar_t* source, const std::wstring& description);
 
 } // namespace com

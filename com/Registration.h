@@ -17,11 +17,13 @@ struct RegistrationInfo {
   bool typeLibrary = false;            // the module contains one, which is registered too
 };
 
-// Registers everything or nothing. A failure is the HRESULT of the step that failed: LoadTypeLib's where the
-// type library is missing, E_ACCESSDENIED where neither the machine's nor the user's registry may be written.
+// Registers everything or nothing; what another file had registered is there again after a failure. A failure
+// is the HRESULT of the step that failed: LoadTypeLib's where the type library is missing, E_ACCESSDENIED
+// where neither the machine's nor the user's registry may be written.
 HRESULT Register(const RegistrationInfo& info) noexcept;
 
-// Removes both registrations. What is not there is no failure.
+// Removes both registrations, as far as they name this very module: what another copy, another version or the
+// other width has registered keeps working. What is not there is no failure.
 HRESULT Unregister(const RegistrationInfo& info) noexcept;
 
 } // namespace com

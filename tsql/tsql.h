@@ -204,4 +204,8 @@ class Session {
   virtual void Reset() = 0;
 };
 
+// Gives back what the engine's storage keeps for the process, before its module is unloaded. No database is
+// open then; the next one that is opened begins anew.
+void ReleaseStorage();
+
 } // namespace tsql

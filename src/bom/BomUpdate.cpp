@@ -111,7 +111,8 @@ bool BomUpdate::UpdateIcBomStatus(const std::wstring& sDsn, const std::wstring& 
 }
 
 bool BomUpdate::AddBomGroup(const std::wstring& sDsn, const Object& tDict, int32_t& NewGroupInterId) {
-  return frame_.TrapFailures(false, [&] {
+  int32_t newId = 0;
+  const bool added = frame_.TrapFailures(false, [&] {
     frame_.VoteAbort();
     frame_.OpenDataContext(sDsn);
     const Connection conn = frame_.GetConnection();
@@ -140,9 +141,12 @@ bool BomUpdate::AddBomGroup(const std::wstring& sDsn, const Object& tDict, int32
       NewGroupInterId = 0;
       return frame_.Refuse(false);
     }
-    NewGroupInterId = Variant(LeadingNumber(com::ToText(answer[L"NewInterId"]))).AsLong();
+    newId = Variant(LeadingNumber(com::ToText(answer[L"NewInterId"]))).AsLong();
     return true;
   });
+  // The caller's value stays when the vote has failed.
+  if (added) NewGroupInterId = newId;
+  return added;
 }
 
 bool BomUpdate::UpdateBomGroup(const std::wstring& sDsn, const Object& tDict, const std::wstring& sFilter) {

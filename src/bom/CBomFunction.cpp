@@ -1,5 +1,6 @@
 #include "src/bom/CBomFunction.h"
 
+#include <chrono>
 #include <limits>
 
 #include "com/ComError.h"
@@ -37,6 +38,27 @@ std::wstring FurtherColumns(const Connection& conn, const Sql& fixedColumns, con
     if (!fixed.Holds(name.c_str())) extra += L"," + name;
   return extra;
 }
+
+// A search of many commands may take as long as one of them: a prefix whose text comments the serial out
+// would make it try every serial there is.
+class SearchTime {
+ public:
+  explicit SearchTime(const Connection& conn) : conn_(conn) {}
+
+  bool IsOver() {
+    const auto taken = std::chrono::steady_clock::now() - start_;
+    if (taken < std::chrono::seconds(1)) return false;
+    if (limit_ == kNotRead) limit_ = conn_.CommandTimeout();
+    return limit_.count() > 0 && taken >= limit_;
+  }
+
+ private:
+  static constexpr std::chrono::seconds kNotRead{-1}; // most searches end before the limit matters
+
+  const Connection& conn_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  std::chrono::seconds limit_ = kNotRead;
+};
 
 bool NumberIsUsed(const Connection& conn, const std::wstring& prefix, int32_t serial) {
   return !conn.Execute(Sql() << L"select * from icbom where fbomnumber='" << prefix << serial << L"'").Eof();
@@ -78,8 +100,9 @@ int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& 
       if (rule.Eof()) return frame_.Refuse(kFailed);
       serial = rule[L"fcurno"].AsLong();
     }
+    SearchTime time(connection_);
     while (NumberIsUsed(connection_, ErrInfo, serial)) {
-      if (serial == std::numeric_limits<int32_t>::max())
+      if (serial == std::numeric_limits<int32_t>::max() || time.IsOver())
         com::Raise(com::RuntimeError::Overflow, L"QorvaneMBomBill.CBomFunction");
       ++serial;
     }

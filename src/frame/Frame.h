@@ -8,7 +8,8 @@
 // A public method runs its work inside one of three members, which say what becomes of a failure:
 //
 //   TrapFailures     votes abort, and the caller gets the method's failure value; only a vote that fails then
-//                    rises, because the host must not take the unit of work for a good one;
+//                    rises, because the host must not take the unit of work for a good one. After a refusal,
+//                    which has written nothing, that vote's failure is dropped too;
 //   NeverRaise       as TrapFailures, and drops the failure of that vote too: for methods that only read;
 //   AbortOnFailure   votes abort, and the failure rises to the caller as it is;
 //   LetFailuresRise  votes nothing, and the failure rises to the caller as it is.
@@ -55,6 +56,7 @@ class Frame {
   template <class Failed, class Work>
   auto TrapFailures(const Failed& failed, const Work& work) {
     return Trap(failed, work, [this] {
+      if (running_->refused) return AbortFailed();
       VoteAbort();
       keeper_.LetGo();
     });
@@ -86,6 +88,7 @@ class Frame {
   template <class Result>
   Result Refuse(Result result) const {
     EndVote();
+    running_->refused = true;
     VoteAbort();
     return result;
   }
@@ -117,6 +120,7 @@ class Frame {
     Running& operator=(const Running&) = delete;
 
     bool voted = false;
+    bool refused = false;
 
    private:
     Frame& frame_;

@@ -99,6 +99,7 @@ namespace ado {
 inline constexpr wchar_t kCommandProgId[] = L"ADODB.Command";
 inline constexpr wchar_t kRecordsetProgId[] = L"ADODB.Recordset";
 inline constexpr wchar_t kExecute[] = L"Execute";
+inline constexpr wchar_t kCommandTimeout[] = L"CommandTimeout";
 inline constexpr wchar_t kBof[] = L"BOF";
 inline constexpr wchar_t kEof[] = L"EOF";
 inline constexpr wchar_t kMoveFirst[] = L"MoveFirst";

@@ -8,22 +8,22 @@ namespace {
 using com::Object;
 using com::ObjectClass;
 
-thread_local const Object* t_global = nullptr;
-thread_local const Object* t_loader = nullptr;
-thread_local const Object* t_factory = nullptr;
-thread_local const Object* t_foundation = nullptr;
-thread_local const ObjectClass* t_dictionaryClass = nullptr;
-thread_local const ObjectClass* t_vectorClass = nullptr;
-thread_local ProcedureLog t_log;
+constinit thread_local Undestroyed<Object> t_global;
+constinit thread_local Undestroyed<Object> t_loader;
+constinit thread_local Undestroyed<Object> t_factory;
+constinit thread_local Undestroyed<Object> t_foundation;
+constinit thread_local Undestroyed<ObjectClass> t_dictionaryClass;
+constinit thread_local Undestroyed<ObjectClass> t_vectorClass;
+constinit thread_local ProcedureLog t_log;
 
-const Object& OnFirstUse(const Object*& slot, const wchar_t* progId) {
-  if (!slot) slot = new Object(Object::Create(progId));
-  return *slot;
+const Object& OnFirstUse(Undestroyed<Object>& slot, const wchar_t* progId) {
+  if (const Object* const object = slot.Get()) return *object;
+  return slot.Make(Object::Create(progId));
 }
 
-const ObjectClass& OnFirstUse(const ObjectClass*& slot, const wchar_t* progId) {
-  if (!slot) slot = new ObjectClass(progId);
-  return *slot;
+const ObjectClass& OnFirstUse(Undestroyed<ObjectClass>& slot, const wchar_t* progId) {
+  if (const ObjectClass* const known = slot.Get()) return *known;
+  return slot.Make(progId);
 }
 
 } // namespace

@@ -16,17 +16,17 @@ void CreateOnce(ProcedureLog& log) {
   if (log.initialised) return;
   log.initialised = true;
   try {
-    log.object = new Object(Object::Create(names::kProgId));
+    log.object.Make(Object::Create(names::kProgId));
   } catch (const com::ComError&) { // NOLINT(bugprone-empty-catch): without the component nothing is logged
   }
 }
 
-bool IsLogEnabled(ProcedureLog& log) {
-  if (!log.object) return false;
-  if (log.object->Get(names::kIsEnabled).AsBool()) return true;
-  delete log.object;
-  log.object = nullptr;
-  return false;
+// Null when nothing is logged.
+Object* EnabledLog(ProcedureLog& log) {
+  Object* const object = log.object.Get();
+  if (!object || object->Get(names::kIsEnabled).AsBool()) return object;
+  log.object.Destroy();
+  return nullptr;
 }
 
 } // namespace
@@ -36,9 +36,10 @@ int32_t LogStart(const std::wstring& procedure) {
   try {
     ProcedureLog& log = ThreadLog();
     CreateOnce(log);
-    if (!IsLogEnabled(log)) return 0;
+    Object* const object = EnabledLog(log);
+    if (!object) return 0;
     Variant name(procedure);
-    return log.object->Call(names::kLogStart, Variant::TypedReference(name)).AsLong();
+    return object->Call(names::kLogStart, Variant::TypedReference(name)).AsLong();
   } catch (const com::ComError&) {
     return 0;
   }
@@ -47,11 +48,11 @@ int32_t LogStart(const std::wstring& procedure) {
 void LogEnd(int32_t handle, int32_t value) {
   const com::PendingError pending;
   try {
-    ProcedureLog& log = ThreadLog();
-    if (!IsLogEnabled(log)) return;
+    Object* const object = EnabledLog(ThreadLog());
+    if (!object) return;
     Variant first(handle);
     Variant second(value);
-    log.object->Call(names::kLogEnd, Variant::TypedReference(first), Variant::TypedReference(second));
+    object->Call(names::kLogEnd, Variant::TypedReference(first), Variant::TypedReference(second));
   } catch (const com::ComError&) { // NOLINT(bugprone-empty-catch): logging disturbs nobody
   }
 }

@@ -43,7 +43,7 @@ void Raise(AdoError error, const wchar_t* source) {
 
 void RaiseUnsupported(const wchar_t* feature, const wchar_t* source) {
   const std::wstring text = std::wstring(feature) + L": " + TextOf(AdoError::FeatureNotAvailable);
-  com::RaiseRuntimeError(static_cast<int>(AdoError::FeatureNotAvailable), source, text.c_str());
+  com::RaiseRuntimeError(static_cast<int>(AdoError::FeatureNotAvailable), source, text);
 }
 
 } // namespace standin::ado

@@ -6,6 +6,7 @@
 #include "standin/ado/SessionPool.h"
 #include "standin/host/ThreadState.h"
 #include "standin/server/Classes.h"
+#include "tsql/tsql.h"
 
 namespace {
 
@@ -39,10 +40,14 @@ STDAPI DllUnregisterServer() {
   return com::Unregister(Registered());
 }
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* /*reserved*/) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* processEnds) {
   if (reason == DLL_THREAD_DETACH) {
     standin::ReleaseThreadState();
     standin::ado::SessionPool::ClearThread();
+  }
+  if (reason == DLL_PROCESS_DETACH && !processEnds) {
+    standin::ado::SessionPool::ClearAll();
+    if (!com::ModuleInUse()) tsql::ReleaseStorage();
   }
   return TRUE;
 }

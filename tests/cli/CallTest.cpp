@@ -110,6 +110,18 @@ TEST_F(CallTest, SaysWhatIsWrongBeforeAnythingIsCalled) {
             "cannot read Z:/no/such/file.json");
 }
 
+TEST_F(CallTest, RefusesNumbersAndNestingThatNothingCanHold) {
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=[{\"FInterID\":1e400}]"})
+                .find("SaveVect is not JSON: [json.exception.out_of_range.406]"),
+            0u);
+  for (const size_t depth : {501u, 1000000u})
+    EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=" + std::wstring(depth, L'[')}),
+              "SaveVect has more than 500 objects and arrays inside each other");
+  EXPECT_EQ(
+      Complaint({L"BomUpdate.EndSave", L"SaveVect=" + std::wstring(500, L'[') + std::wstring(500, L']')}),
+      "(none)");
+}
+
 TEST_F(CallTest, ListsTheClasses) {
   const std::wstring all = ShowClasses(catalog_, L"");
   for (const wchar_t* name :

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <oleauto.h>
 
+#include "com/Module.h"
 #include "com/Ptr.h"
 
 namespace com {
@@ -43,6 +44,32 @@ TEST(ComError, RunTimeErrorsAreNumberedAsAutomationDoes) {
     EXPECT_EQ(static_cast<unsigned>(error.code()), 0x800A01C9u);
     EXPECT_EQ(error.source(), L"Source");
   }
+}
+
+TEST(ComError, CarriesTextsWithNulsWhole) {
+  using namespace std::string_literals;
+  const ComError error(E_FAIL, L"so\0urce"s, L"\0what\0 it says\0"s, L"C:\\help.chm", 7);
+  EXCEPINFO info{};
+  error.FillExcepInfo(info);
+  error.SetOnThread();
+  for (const ComError& carried : {ComError::FromExcepInfo(info), ComError::FromThread(E_FAIL)}) {
+    EXPECT_EQ(carried.code(), E_FAIL);
+    EXPECT_EQ(carried.source(), L"so\0urce"s);
+    EXPECT_EQ(carried.description(), L"\0what\0 it says\0"s);
+    EXPECT_EQ(carried.helpFile(), L"C:\\help.chm");
+    EXPECT_EQ(carried.helpContext(), 7U);
+  }
+}
+
+TEST(ComError, IsAUseOfTheModuleOnlyWithNuls) {
+  using namespace std::string_literals;
+  ASSERT_FALSE(ModuleInUse());
+  ComError(E_FAIL, L"source", L"text").SetOnThread();
+  EXPECT_FALSE(ModuleInUse()) << "the error object is the system's";
+  ComError(E_FAIL, L"source", L"te\0xt"s).SetOnThread();
+  EXPECT_TRUE(ModuleInUse()) << "its code is in the module";
+  SetErrorInfo(0, nullptr);
+  EXPECT_FALSE(ModuleInUse());
 }
 
 } // namespace

@@ -111,6 +111,59 @@ TEST_F(RegistrationTest, RemovesBothRegistrationsAndMissesNone) {
   EXPECT_EQ(Unregister(info_), S_OK);
 }
 
+constexpr wchar_t kServer[] =
+    L"Software\\Classes\\CLSID\\{11111111-2222-3333-0102-030405060708}\\InprocServer32";
+constexpr wchar_t kProgIdClass[] = L"Software\\Classes\\Kit.Probe\\CLSID";
+
+TEST_F(RegistrationTest, RemovesNothingThatNamesAnotherFile) {
+  const RegistrationInfo other{L"C:\\kit of old\\probe.dll", kClasses, false};
+  ASSERT_EQ(Register(other), S_OK);
+  ASSERT_EQ(Register(info_), S_OK);
+  EXPECT_EQ(Unregister(other), S_OK);
+  ExpectRegistered(machine_);
+  EXPECT_EQ(Unregister(info_), S_OK);
+  EXPECT_EQ(Value(machine_, kClassKey), L"(missing)");
+  EXPECT_EQ(Value(machine_, kProgIdClass), L"(missing)");
+}
+
+TEST_F(RegistrationTest, LeavesAProgIdThatMeansAnotherClass) {
+  ASSERT_EQ(Register(info_), S_OK);
+  RegSetKeyValueW(machine_, kProgIdClass, nullptr, REG_SZ, L"{other}", sizeof L"{other}");
+  EXPECT_EQ(Unregister(info_), S_OK);
+  EXPECT_EQ(Value(machine_, kClassKey), L"(missing)");
+  EXPECT_EQ(Value(machine_, kProgIdClass), L"{other}");
+}
+
+TEST_F(RegistrationTest, KnowsItsFileByItsPathInAnyCase) {
+  ASSERT_EQ(Register(info_), S_OK);
+  EXPECT_EQ(Unregister({L"c:\\KIT\\Probe.DLL", kClasses, false}), S_OK);
+  EXPECT_EQ(Value(machine_, kClassKey), L"(missing)");
+}
+
+TEST_F(RegistrationTest, AnOlderFilesRegistrationIsBackWhenAnotherOneFails) {
+  ASSERT_EQ(Register(info_), S_OK);
+  // No key has a name of more than 255 characters.
+  const std::wstring tooLong(300, L'x');
+  const std::array classes{kClasses[0], ClassEntry{CLSID_NULL, tooLong.c_str(), L"", nullptr}};
+  EXPECT_NE(Register({L"C:\\kit\\newer.dll", classes, false}), S_OK);
+  ExpectRegistered(machine_);
+  EXPECT_EQ(Value(user_, kServer), L"(missing)");
+  EXPECT_EQ(Value(machine_, L"Software\\Classes\\CLSID\\{00000000-0000-0000-0000-000000000000}\\ProgID"),
+            L"(missing)");
+}
+
+TEST_F(RegistrationTest, TakesPathsOfAnyKind) {
+  for (const std::wstring& path : {std::wstring(L"C:\\a kit\\pro be.dll"),
+                                   std::wstring(L"C:\\\u7269\u6599\u6e05\u5355\\\u6210\u54c1.dll"),
+                                   L"C:\\" + std::wstring(200, L'k') + L"\\probe.dll"}) {
+    const RegistrationInfo info{path, kClasses, false};
+    ASSERT_EQ(Register(info), S_OK);
+    EXPECT_EQ(Value(machine_, kServer), path);
+    EXPECT_EQ(Unregister(info), S_OK);
+    EXPECT_EQ(Value(machine_, kServer), L"(missing)");
+  }
+}
+
 TEST_F(RegistrationTest, FailsWithoutTheTypeLibraryAndWritesNothing) {
   RegistrationInfo withLibrary = info_;
   withLibrary.typeLibrary = true;

@@ -66,6 +66,11 @@ std::string NormalPath(const std::string& path) {
   return normal;
 }
 
+bool IsFileThere(const std::string& path) {
+  std::error_code failure;
+  return std::filesystem::is_regular_file(std::u8string(path.begin(), path.end()), failure);
+}
+
 // The databases of the process by name: files and in-memory ones.
 struct Registry {
   std::mutex mutex;
@@ -100,9 +105,12 @@ DatabaseImpl::DatabaseImpl(std::string path, OpenMode mode) : path_(std::move(pa
 void DatabaseImpl::FailOpening(const SqliteFailure& failure) const {
   switch (failure.code & 0xFF) {
   case SQLITE_BUSY:
-  case SQLITE_LOCKED: Fail(1222, {});
-  case SQLITE_CANTOPEN:
+  case SQLITE_LOCKED:
+  case SQLITE_PROTOCOL: Fail(1222, {});
   case SQLITE_NOTADB: Fail(4060, {path_});
+  case SQLITE_CANTOPEN:
+    if (!IsFileThere(path_)) Fail(4060, {path_});
+    [[fallthrough]];
   default: throw StorageError(failure.what());
   }
 }
@@ -149,6 +157,10 @@ std::shared_ptr<Database> Database::Open(const std::string& path, OpenMode mode)
   auto database = std::make_shared<DatabaseImpl>(path, mode);
   entry = database;
   return database;
+}
+
+void ReleaseStorage() {
+  sqlite3_shutdown();
 }
 
 } // namespace tsql

@@ -83,7 +83,7 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   default: break;
   }
   const int kind = failure.code & 0xFF;
-  if (kind == SQLITE_BUSY || kind == SQLITE_LOCKED) return MakeError(1222, 0, {});
+  if (kind == SQLITE_BUSY || kind == SQLITE_LOCKED || kind == SQLITE_PROTOCOL) return MakeError(1222, 0, {});
   // Tables and indexes share their names in SQLite, and an index has the name of its table in front.
   if (message.starts_with("there is already a"))
     return MakeError(kUnsupportedError, 0,

@@ -19,6 +19,10 @@ Recordset Connection::Execute(const Sql& statement) const {
       keeper());
 }
 
+std::chrono::seconds Connection::CommandTimeout() const {
+  return std::chrono::seconds(object().Get(ado::kCommandTimeout).AsLong());
+}
+
 void Connection::Run(const Sql& statements) const {
   for (Recordset result = Execute(statements); result;) result = result.Next();
 }

@@ -1,6 +1,8 @@
 // Connection: a late-bound ADO connection. Failures of ADO throw their COM error unchanged.
 #pragma once
 
+#include <chrono>
+
 #include "com/Object.h"
 #include "src/frame/Sql.h"
 #include "src/frame/ado/Held.h"
@@ -20,6 +22,8 @@ class Connection {
   void Run(const Sql& statements) const;
   // As Execute, the rows on the client's side, so that they are counted and can be detached.
   Recordset ExecuteClientSide(const Sql& statement) const;
+  // How long one command may take; 0 for as long as it wants.
+  std::chrono::seconds CommandTimeout() const;
   const com::Object& object() const noexcept { return held_.object(); }
   Keeper* keeper() const noexcept { return held_.keeper(); }
 

@@ -1,7 +1,7 @@
 // The protocol of votes, for every method: recordsets and connections are let go before the vote to complete
-// and after a vote to abort, a failure stays what it was although a vote fails too, and what is written goes
-// over the connection of the context that then votes. The data access is played: it counts what the component
-// holds whenever it votes.
+// and after a vote to abort, a failure stays what it was although a vote fails too, a refusal is none
+// whichever vote fails, and what is written goes over the connection of the context that then votes. The data
+// access is played: it counts what the component holds whenever it votes.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -23,6 +23,8 @@ struct Played {
   std::function<Variant(const std::wstring& statement, const Variant& field)> value;
   int failAt = 0;            // the statement that fails, counted from 1; 0 for none
   std::wstring failingVotes; // "abort", "complete" or "all"
+  size_t firstFailing = 0;   // from this vote of the call on, counted from 1, votes fail; 0 for none
+  size_t lastFailing = 0;    // and up to this one
   int statements = 0;        // so far
   int recordsets = 0;        // that the component holds now
   int connections = 0;       // the same
@@ -48,7 +50,9 @@ void Vote(const wchar_t* vote) {
   g_played.votes.push_back(std::wstring(vote) + L" recordsets " + std::to_wstring(g_played.recordsets) +
                            L" connections " + std::to_wstring(g_played.connections) + L" closed " +
                            std::to_wstring(g_played.closed));
-  if (g_played.failingVotes == vote || g_played.failingVotes == L"all")
+  const bool counted = g_played.firstFailing != 0 && g_played.votes.size() >= g_played.firstFailing &&
+                       g_played.votes.size() <= g_played.lastFailing;
+  if (counted || g_played.failingVotes == vote || g_played.failingVotes == L"all")
     throw com::ComError(E_FAIL, L"played", L"the vote fails");
 }
 
@@ -379,6 +383,7 @@ void PrintTo(const PublicMethod& method, std::ostream* out) {
 }
 
 constexpr wchar_t kDsn[] = L"Language=chs;SubID=SC";
+constexpr wchar_t kFirstField[] = L"(the first)"; // for a deciding field that has no name
 
 Object Nothing() {
   return {};
@@ -527,9 +532,13 @@ struct Seen {
   Played played;       // as the call left it, with the result still held
   int returned = 0;    // recordsets in the result
   std::wstring raised; // the description of what rose
+  Variant result;      // where it is no object
 };
 
-Seen CallOnce(const PublicMethod& method, int failAt, const wchar_t* failingVotes = L"") {
+constexpr size_t kEver = 1000; // more votes than any call casts
+
+Seen CallOnce(const PublicMethod& method, int failAt, const wchar_t* failingVotes = L"",
+              size_t firstFailing = 0, size_t lastFailing = kEver) {
   Seen seen;
   InApartment([&] {
     const Replacement<CountingGlobal> global(L"QorvaneGlobal.Global");
@@ -542,7 +551,8 @@ Seen CallOnce(const PublicMethod& method, int failAt, const wchar_t* failingVote
     g_played.value = [&](const std::wstring& statement, const Variant& field) -> Variant {
       if (statement.find(L"GETDATE") != std::wstring::npos) return Variant::Date(46000.5);
       if (statement.find(L"ELSE \r\n     SELECT -1") != std::wstring::npos) return -1;
-      if (field.type() != VT_BSTR) return 5;
+      if (field.type() != VT_BSTR)
+        return std::wstring(method.decidingField) == kFirstField ? method.decidingValue : 5;
       return com::EqualsNoCase(field.AsText(), method.decidingField) ? method.decidingValue : Variant(0);
     };
     g_played.failingVotes = failingVotes;
@@ -550,6 +560,8 @@ Seen CallOnce(const PublicMethod& method, int failAt, const wchar_t* failingVote
     std::vector<Variant> arguments = method.arguments();
     const int given = g_played.recordsets;
     g_played.votes.clear();
+    g_played.firstFailing = firstFailing;
+    g_played.lastFailing = lastFailing;
     Variant result;
     try {
       result = object.CallWith(method.name, arguments);
@@ -557,6 +569,7 @@ Seen CallOnce(const PublicMethod& method, int failAt, const wchar_t* failingVote
       seen.raised = error.description();
     }
     seen.played = g_played;
+    if (!result.IsObject()) seen.result = result;
     // What the result holds is the caller's.
     const int held = g_played.recordsets;
     result = Variant();
@@ -654,6 +667,98 @@ TEST_P(VoteProtocol, SaysWhatFailedWhicheverVoteFailsToo) {
       }
     }
   }
+}
+
+TEST_P(VoteProtocol, AnyVoteThatFailsIsAFailureOfTheCall) {
+  const PublicMethod& method = GetParam();
+  const size_t votes = CallOnce(method, 0).played.votes.size();
+  for (size_t failing = 1; failing <= votes; ++failing) {
+    SCOPED_TRACE(failing);
+    const Seen seen = CallOnce(method, 0, L"", failing, failing);
+    if (method.onFailure != OnFailure::Traps) {
+      EXPECT_EQ(seen.raised, L"the vote fails");
+      continue;
+    }
+    EXPECT_EQ(seen.raised, L"");
+    EXPECT_EQ(seen.result, CallOnce(method, 1).result) << "what it answers to any failure";
+    // A call inside a call votes on its own, and then the outer one does.
+    ASSERT_GT(seen.played.votes.size(), failing);
+    for (size_t i = failing; i < seen.played.votes.size(); ++i)
+      EXPECT_TRUE(seen.played.votes[i].starts_with(L"abort")) << com::ToUtf8(seen.played.votes[i]);
+  }
+}
+
+// Methods whose checks refuse.
+std::vector<PublicMethod> EveryRefusal() {
+  using enum OnFailure;
+  std::vector<PublicMethod> refusals;
+  const auto add = [&](const wchar_t* className, const wchar_t* name, int rows, const wchar_t* field,
+                       int value) {
+    for (PublicMethod method : EveryMethod()) {
+      if (std::wstring(method.className) != className || std::wstring(method.name) != name) continue;
+      method.rows = rows;
+      method.decidingField = field;
+      method.decidingValue = value;
+      refusals.push_back(method);
+    }
+  };
+  add(L"BomUpdate", L"EndSave", 1, L"FEcnInterID", 5);
+  add(L"BomUpdate", L"AddBomGroup", 0, L"", 0);
+  add(L"CBomCheck", L"BomCheck", 1, L"FStatus", 1);
+  add(L"CBomCheck", L"BomUndoCheck", 1, L"FStatus", 0);
+  add(L"CBomFunction", L"GetBomCodeNum", 0, L"", 0);
+  add(L"CEcnInfo", L"CheckBomUsed", 1, L"", 0);
+  add(L"clsMCustBOM", L"UpdateAuditFlag", 1, L"FStatus", 1);
+  add(L"clsMCustBOM", L"UpdateDisableStatus", 1, L"", 0);
+  // The deleted lines are as many as there are.
+  refusals.push_back({L"CEcnInfo", L"EndSave", Traps,
+                      [] {
+                        return std::vector<Variant>{kDsn, Bill(), L""};
+                      },
+                      1, kFirstField, 0});
+  return refusals;
+}
+
+class Refusals : public testing::TestWithParam<PublicMethod> {};
+
+TEST_P(Refusals, AreNoErrorWhicheverVoteFails) {
+  const PublicMethod& method = GetParam();
+  const Seen refused = CallOnce(method, 0);
+  ASSERT_EQ(refused.raised, L"");
+  ASSERT_TRUE(refused.played.votes.back().starts_with(L"abort")) << "it refuses";
+  const size_t vote = refused.played.votes.size();
+  const Seen once = CallOnce(method, 0, L"", vote, vote);
+  EXPECT_EQ(once.raised, L"");
+  EXPECT_EQ(once.played.votes.size(), vote + 1) << "abort is voted again";
+  const Seen ever = CallOnce(method, 0, L"", vote);
+  EXPECT_EQ(ever.raised, L"");
+  EXPECT_EQ(ever.result, once.result);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryRefusal, Refusals, testing::ValuesIn(EveryRefusal()),
+                         [](const testing::TestParamInfo<PublicMethod>& method) {
+                           return com::ToUtf8(method.param.className) + com::ToUtf8(method.param.name);
+                         });
+
+TEST(BomUpdateGroups, ANewIdIsGivenOnlyWhereTrueIsSaid) {
+  const auto idAfter = [](int rows, size_t firstFailing) {
+    Variant id = 77;
+    bool added = false;
+    PublicMethod method{
+        L"BomUpdate", L"AddBomGroup", OnFailure::Traps, [&] {
+          return std::vector<Variant>{kDsn, MakeDictionary({{L"FParentID", 0}}), Variant::Reference(id)};
+        }};
+    method.rows = rows;
+    method.decidingField = L"NewInterId";
+    method.decidingValue = 42;
+    added = CallOnce(method, 0, L"", firstFailing, firstFailing).result == Variant(true);
+    return std::to_wstring(id.AsLong()) + (added ? L" added" : L"");
+  };
+  EXPECT_EQ(idAfter(1, 0), L"42 added");
+  EXPECT_EQ(idAfter(1, 1), L"77");
+  EXPECT_EQ(idAfter(1, 2), L"77") << "the vote to complete fails";
+  EXPECT_EQ(idAfter(0, 0), L"0");
+  EXPECT_EQ(idAfter(0, 2), L"0") << "the refusal's vote fails";
 }
 
 TEST(Frame, LetsGoOfItsContextBeforeItsCallerInfo) {

@@ -10,6 +10,7 @@
 #include "src/server/Classes.h"
 #include "src/server/Tables.h"
 #include "tests/src/server/LoadedDll.h"
+#include "tests/support/DllImage.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -172,6 +173,20 @@ TEST(Dll, SaysItsVersion) {
   ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &size));
   EXPECT_EQ(fixed->dwFileVersionMS, 0x00010000u);
   EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_DLL));
+}
+
+TEST(Dll, ProtectsItsHost) {
+  using com::test::HeadersOf;
+  using com::test::WeaknessesOf;
+  const com::test::Image image = com::test::ReadImage(BesideTheTest(L"QorvaneMBomBill.dll"));
+  EXPECT_EQ(WeaknessesOf(image), std::vector<std::string>());
+
+  com::test::Image weak = image;
+  HeadersOf(weak).OptionalHeader.DllCharacteristics = 0;
+  EXPECT_GE(WeaknessesOf(weak).size(), 2u);
+  weak = image;
+  IMAGE_FIRST_SECTION(&HeadersOf(weak))->Characteristics |= IMAGE_SCN_MEM_WRITE;
+  EXPECT_EQ(WeaknessesOf(weak), std::vector<std::string>{"writable code: .text"});
 }
 
 } // namespace

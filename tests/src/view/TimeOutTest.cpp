@@ -1,6 +1,6 @@
-// A lookup list over groups whose parents go in a circle never ends on its own: the time-out of the
-// connection's commands ends it. The data-access library is played, so that the connection has a time-out of
-// one second.
+// A lookup list over groups whose parents go in a circle never ends on its own, nor does a search for a
+// number that seems to be used whatever its serial: the time-out of the connection's commands ends them. The
+// data-access library is played, so that the connection has a time-out of one second.
 #include <gtest/gtest.h>
 
 #include "tests/support/Client.h"
@@ -55,6 +55,23 @@ TEST(TimeOut, EndsALookupListOverACircleAndTheNextCallWorks) {
         const Object rows = view.Call(L"GetBomSimplifyList", dsn).AsObject();
         EXPECT_EQ(rows.Get(L"UBound"), com::Variant(4)); // the root, two groups, the BOM
         EXPECT_EQ(PlayedDataAccess::calls.back(), L"VoteComplete");
+      });
+}
+
+// The prefix comments the serial out, so that every serial seems to be used.
+TEST(TimeOut, EndsASearchForANumberThatFindsNoEnd) {
+  const TestDatabase database;
+  database.Execute(L"INSERT INTO ICBOM (FInterID, FBOMNumber) VALUES (1, 'P')");
+  database.Execute(L"INSERT INTO ICBillNo (FBillID, FCurNo) VALUES (50, 5)");
+  const std::wstring dsn = database.Dsn();
+  InPlayedDataAccess(
+      [&] { return ConnectionWithTimeOut(dsn); },
+      [&] {
+        const Object bom = Unhosted(L"CBomFunction");
+        EXPECT_EQ(bom.Call(L"GetBomCodeNum", dsn, L"P' --"), com::Variant(-1));
+        EXPECT_EQ(PlayedDataAccess::calls, (std::vector<std::wstring>{L"VoteAbort", L"VoteAbort"}));
+        EXPECT_EQ(database.Value(L"SELECT FCurNo FROM ICBillNo"), L"5");
+        EXPECT_EQ(bom.Call(L"GetBomCodeNum", dsn, L"P"), com::Variant(5)) << "the next call works";
       });
 }
 

@@ -4,6 +4,7 @@
 #include "com/Module.h"
 #include "com/Text.h"
 #include "tests/standin/Support.h"
+#include "tests/support/DllImage.h"
 
 namespace standin::test {
 namespace {
@@ -97,6 +98,12 @@ TEST(Dll, SaysWhatItIs) {
   ASSERT_TRUE(VerQueryValueW(info.data(), L"\\StringFileInfo\\040904B0\\OriginalFilename",
                              reinterpret_cast<void**>(&name), &length));
   EXPECT_STREQ(name, L"ErpStandIn.dll");
+}
+
+TEST(Dll, ProtectsItsHost) {
+  std::wstring path(MAX_PATH, L'\0');
+  path.resize(GetModuleFileNameW(Dll(), path.data(), MAX_PATH));
+  EXPECT_EQ(com::test::WeaknessesOf(com::test::ReadImage(path)), std::vector<std::string>());
 }
 
 } // namespace

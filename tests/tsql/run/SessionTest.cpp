@@ -1,5 +1,8 @@
 // Databases, sessions, transactions and locks.
 #include <sqlite3.h>
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
 
 #include <chrono>
 #include <cstdio>
@@ -56,6 +59,26 @@ TEST_F(FileTest, AMissingFileIsNamedByItsPath) {
     EXPECT_NE(std::string(error.what()).find(path_), std::string::npos) << error.what();
   }
   EXPECT_FALSE(std::filesystem::exists(path_)) << "looking for it does not make it";
+}
+
+#ifndef _WIN32
+TEST_F(FileTest, AFileThatIsThereAndCannotBeOpenedIsNotMissing) {
+  { const auto made = Session::Open(Database::Open(path_, OpenMode::Create)); }
+  // The process may open no more files.
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  rlimit none = before;
+  none.rlim_cur = 3;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const int error = OpenError(path_, OpenMode::Existing);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(error, 823);
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
+}
+#endif
+
+TEST_F(FileTest, AFolderIsNoDatabase) {
+  EXPECT_EQ(OpenError(std::filesystem::temp_directory_path().string(), OpenMode::Existing), 4060);
 }
 
 TEST_F(FileTest, AProcessHasOneDatabaseAFile) {
