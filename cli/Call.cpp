@@ -54,16 +54,22 @@ Variant ObjectValue(const ParameterInfo& parameter, const std::wstring& value) {
   return FromJson(json);
 }
 
+// A text that is no JSON stands for itself.
+Variant JsonOrText(const ParameterInfo& parameter, const std::wstring& value) {
+  try {
+    return FromJson(ReadJson(com::ToUtf8(value)));
+  } catch (const Json::exception&) {
+    return value;
+  } catch (const NestedTooDeep& error) {
+    throw UsageError(com::ToUtf8(parameter.name) + " has " + error.what());
+  }
+}
+
 Variant Convert(const ParameterInfo& parameter, const std::wstring& value) {
   switch (parameter.type) {
   case VT_BSTR: return value;
   case VT_DISPATCH: return ObjectValue(parameter, value);
-  case VT_VARIANT: try { return FromJson(ReadJson(com::ToUtf8(value)));
-    } catch (const Json::exception&) {
-      return value;
-    } catch (const NestedTooDeep& error) {
-      throw UsageError(com::ToUtf8(parameter.name) + " has " + error.what());
-    }
+  case VT_VARIANT: return JsonOrText(parameter, value);
   default: break;
   }
   try {
