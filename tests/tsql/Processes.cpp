@@ -80,12 +80,14 @@ std::string GivenRole() {
 
 std::vector<int> RunAgain(const std::string& test, const std::vector<std::string>& roles) {
   std::vector<decltype(Start(test))> processes;
+  processes.reserve(roles.size());
   for (const std::string& role : roles) {
     SetRole(role);
     processes.push_back(Start(test));
   }
   SetRole("");
   std::vector<int> codes;
+  codes.reserve(processes.size());
   for (const auto process : processes) codes.push_back(WaitFor(process));
   return codes;
 }

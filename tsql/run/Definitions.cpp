@@ -238,12 +238,12 @@ void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>&
   table.name = name.name;
   table.place = PlaceOf(name);
   table.storageName = table.place == Place::Temp ? catalog_.TempStorageName(table.name) : table.name;
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].name.empty()) Fail(1038, {});
+  for (const Column& column : columns) {
+    if (column.name.empty()) Fail(1038, {});
     ColumnDefinition definition;
-    definition.name = columns[i].name;
-    definition.type = columns[i].type;
-    definition.nullable = columns[i].nullable;
+    definition.name = column.name;
+    definition.type = column.type;
+    definition.nullable = column.nullable;
     AddColumn(table, definition);
   }
   Build(table);

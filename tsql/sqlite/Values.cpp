@@ -79,12 +79,10 @@ Value ValueOfDatum(const Datum& datum, const Type& type) {
 }
 
 void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value) {
+  value = {};
   sqlite3_stmt* handle = statement.Handle();
   const int stored = sqlite3_column_type(handle, index);
-  if (stored == SQLITE_NULL) {
-    value.kind = Value::Kind::Null;
-    return;
-  }
+  if (stored == SQLITE_NULL) return;
   switch (FamilyOf(type.id)) {
   case Family::Integer:
     value.kind = Value::Kind::Integer;
