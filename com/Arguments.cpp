@@ -8,6 +8,19 @@
 #include "com/Object.h"
 
 namespace com {
+namespace {
+
+// Whether there is something at the end of a reference. A variant may be a reference itself, but not to
+// another variant.
+bool HasTarget(const VARIANTARG& argument) {
+  if ((argument.vt & VT_BYREF) == 0) return true;
+  if (argument.byref == nullptr) return false;
+  if (argument.vt != (VT_BYREF | VT_VARIANT)) return true;
+  const VARIANT& target = *argument.pvarVal;
+  return (target.vt & VT_BYREF) == 0 || (target.byref != nullptr && target.vt != argument.vt);
+}
+
+} // namespace
 
 HRESULT Arguments::Bind(const DISPPARAMS& params, WORD flags, UINT* badArgument) {
   const size_t most = parameters_.size();
@@ -18,6 +31,10 @@ HRESULT Arguments::Bind(const DISPPARAMS& params, WORD flags, UINT* badArgument)
     return hr;
 
   for (size_t i = 0; i < most; ++i) {
+    if (given_[i] && !HasTarget(*given_[i])) {
+      if (badArgument) *badArgument = Position(i);
+      return E_INVALIDARG;
+    }
     if (given_[i] && !IsOmitted(*given_[i])) continue;
     if (parameters_[i].optional) {
       given_[i] = nullptr;

@@ -74,7 +74,8 @@ std::wstring ClassesKey::Place() const {
 bool IsShared(HKEY root, const std::wstring& key) {
   const ClassesKey own(root, key, kOwnView);
   const ClassesKey other(root, key, kOtherView);
-  return own && other && own.Place() == other.Place();
+  // Wine shows a program a common key through its own view only.
+  return !own || !other || own.Place() == other.Place();
 }
 
 void ClassesRemoval::Tree(const std::wstring& key) {

@@ -10,8 +10,8 @@
 
 namespace com {
 
-// What programs of this width see, and what those of the other width see: classes and interfaces are separate
-// for each, type libraries are common to both, and ProgIDs are so on Windows and not under Wine.
+// What programs of this width see, and what those of the other width see: each has classes and interfaces of
+// its own, ProgIDs and type libraries are common to both.
 constexpr REGSAM kOwnView = 0;
 constexpr REGSAM kOtherView = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
 
@@ -35,7 +35,7 @@ class ClassesKey {
   HKEY handle_ = nullptr;
 };
 
-// Whether the programs of the other width see the very same key.
+// Whether the programs of the other width have no such key of their own, and so may see this one.
 bool IsShared(HKEY root, const std::wstring& key);
 
 // Removes keys of the own view and remembers the first failure; what is not there is none.

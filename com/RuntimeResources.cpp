@@ -9,10 +9,10 @@
 // which the calls below stand in place of the system's. Nothing here may use what it replaces.
 #include <windows.h>
 
-#include <cstdlib>
 #include <cstring>
 
 extern "C" {
+BOOL WINAPI DllMainCRTStartup(HINSTANCE module, DWORD reason, void* processEnds);
 extern IMAGE_DOS_HEADER __ImageBase;        // NOLINT(bugprone-reserved-identifier): the linker's names
 extern const IMAGE_TLS_DIRECTORY _tls_used; // NOLINT(bugprone-reserved-identifier)
 }
@@ -33,7 +33,6 @@ struct Taken {
 SRWLOCK g_lock = SRWLOCK_INIT;
 HANDLE g_heap = nullptr;
 Taken* g_taken = nullptr;
-bool g_processEnds = false;
 
 class Locked {
  public:
@@ -87,26 +86,24 @@ void EndThisThread() {
     (*callback)(&__ImageBase, DLL_THREAD_DETACH, nullptr);
 }
 
-// After everything else of the module.
 void GiveAllBack() {
-  if (g_processEnds) return;
   EndThisThread();
   __gnu_cxx::__freeres();
   for (const Taken* taken = g_taken; taken; taken = taken->next) GiveBack(*taken);
   if (g_heap) HeapDestroy(g_heap);
 }
 
-// What is registered first runs last, and nothing is registered before this.
-[[gnu::constructor(101)]] void RegisterFirst() {
-  std::atexit(GiveAllBack);
-}
-
-void NTAPI OnNotification(void* /*module*/, DWORD reason, void* processEnds) {
-  if (reason == DLL_PROCESS_DETACH) g_processEnds = processEnds != nullptr;
-}
-[[gnu::section(".CRT$XLY"), gnu::used]] const PIMAGE_TLS_CALLBACK kOnNotification = OnNotification;
-
 } // namespace
+
+// The DLL's entry point, around the compiler's own: that ends with the module's static objects and the tables
+// for exceptions. Nothing of the module runs after this.
+extern "C" BOOL WINAPI ModuleEntry(HINSTANCE module, DWORD reason, void* processEnds) {
+  const BOOL done = DllMainCRTStartup(module, reason, processEnds);
+  const bool unloads = reason == DLL_PROCESS_DETACH && !processEnds;
+  const bool failedToLoad = reason == DLL_PROCESS_ATTACH && !done;
+  if (unloads || failedToLoad) GiveAllBack();
+  return done;
+}
 
 // ---- memory
 

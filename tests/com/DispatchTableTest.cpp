@@ -229,6 +229,22 @@ TEST(DispatchTable, RefusesAReferenceOfAnotherTypeBeforeTheCall) {
   EXPECT_EQ(number, 5);
 }
 
+TEST(DispatchTable, RefusesReferencesToNothing) {
+  VARIANT itself = ByReference(VT_VARIANT, &itself);
+  VARIANT nothing = ByReference<LONG>(VT_I4, nullptr);
+  for (const VARIANTARG& reference :
+       {ByReference<LONG>(VT_I4, nullptr), ByReference<VARIANT>(VT_VARIANT, nullptr),
+        ByReference(VT_VARIANT, &nothing), ByReference(VT_VARIANT, &itself)}) {
+    const Variant text(L"x");
+    RawCall call;
+    EXPECT_EQ(call(L"SetThenFail", {reference}), E_INVALIDARG);
+    EXPECT_EQ(call.badArgument, 0u);
+    EXPECT_EQ(call(L"Join", {reference, text.raw(), text.raw()}), E_INVALIDARG);
+    EXPECT_EQ(call(L"Join", {text.raw(), text.raw(), reference}), E_INVALIDARG);
+    EXPECT_EQ(call.badArgument, 2u);
+  }
+}
+
 TEST(DispatchTable, LeavesUntouchedInOutArgumentsAsTheyAre) {
   Variant text; // Empty stays Empty, not an empty text
   Variant value(1.5);

@@ -77,8 +77,13 @@ TEST(Dll, RegistersAndUnregisters) {
   auto* const registerServer = Export<HRESULT STDAPICALLTYPE()>("DllRegisterServer");
   auto* const unregisterServer = Export<HRESULT STDAPICALLTYPE()>("DllUnregisterServer");
   CLSID id{};
+  CLSID dictionary{};
+  ASSERT_EQ(CLSIDFromProgID(L"ruvo10.Dictionary", &dictionary), S_OK);
+  com::Ptr<IUnknown> object;
   EXPECT_EQ(unregisterServer(), S_OK);
-  EXPECT_NE(CLSIDFromProgID(L"ruvo10.Dictionary", &id), S_OK);
+  // The ProgID stays where the other width is registered, too; the class does not.
+  EXPECT_EQ(CoCreateInstance(dictionary, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, object.OutVoid()),
+            REGDB_E_CLASSNOTREG);
   EXPECT_EQ(unregisterServer(), S_OK) << "nothing to remove is no failure";
   EXPECT_EQ(registerServer(), S_OK);
   EXPECT_EQ(CLSIDFromProgID(L"ruvo10.Dictionary", &id), S_OK);
