@@ -119,5 +119,5 @@ in_prefix() {
 
 # All C++ sources; by find and not by git, so that an unpacked archive is checked too.
 sources() {
-  (cd "$ROOT" && find com src tsql standin cli demo tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
+  (cd "$ROOT" && find com src tsql odbc standin cli demo tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
 }

@@ -51,7 +51,7 @@ class ServerSession {
 };
 
 // A session with the server that the descriptor names, an idle one of the calling thread where there is one.
-// Throws ServerFailure.
+// Throws ServerFailure; ProviderNotFound when it names another server.
 std::unique_ptr<ServerSession> OpenServerSession(const ConnectionString& descriptor);
 
 } // namespace standin::ado
