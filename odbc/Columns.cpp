@@ -1,7 +1,5 @@
 #include "odbc/Columns.h"
 
-#include <sqlext.h>
-
 #include <algorithm>
 #include <array>
 #include <optional>

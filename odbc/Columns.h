@@ -1,12 +1,10 @@
 // The columns of a statement's result, by the types of the dialect.
 #pragma once
 
-#include <sql.h>
-#include <windows.h>
-
 #include <string>
 #include <vector>
 
+#include "odbc/Api.h"
 #include "tsql/tsql.h"
 
 namespace odbc {

@@ -1,6 +1,8 @@
 // Dialect: how a server wants its literals, and what leaves a session as it was when it was new.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 

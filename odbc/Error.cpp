@@ -1,7 +1,5 @@
 #include "odbc/Error.h"
 
-#include <sqlext.h>
-
 #include <array>
 #include <utility>
 

@@ -1,12 +1,10 @@
 // Error: what an ODBC driver reports, and where reports come from.
 #pragma once
 
-#include <sql.h>
-#include <windows.h>
-
 #include <string>
 #include <vector>
 
+#include "odbc/Api.h"
 #include "tsql/tsql.h"
 
 namespace odbc {

@@ -1,10 +1,9 @@
 // Handle: a handle of the ODBC driver manager, freed with its object.
 #pragma once
 
-#include <sql.h>
-#include <windows.h>
-
 #include <utility>
+
+#include "odbc/Api.h"
 
 namespace odbc {
 

@@ -1,5 +1,6 @@
 #include "odbc/Passwords.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 

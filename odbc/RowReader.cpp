@@ -1,7 +1,5 @@
 #include "odbc/RowReader.h"
 
-#include <sqlext.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>

@@ -4,14 +4,12 @@
 // in their order, and long ones piece by piece.
 #pragma once
 
-#include <sql.h>
-#include <windows.h>
-
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "odbc/Api.h"
 #include "tsql/tsql.h"
 
 namespace odbc {

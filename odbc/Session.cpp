@@ -1,7 +1,5 @@
 #include "odbc/Session.h"
 
-#include <sqlext.h>
-
 #include <algorithm>
 #include <array>
 #include <utility>

@@ -1,7 +1,8 @@
 #include "odbc/Columns.h"
 
 #include <gtest/gtest.h>
-#include <sqlext.h>
+
+#include "odbc/Api.h"
 
 namespace odbc {
 namespace {
