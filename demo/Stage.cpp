@@ -43,10 +43,10 @@ void PrintTrace(const std::vector<std::wstring>& trace) {
 
 } // namespace
 
-Stage::Stage(const std::wstring& database, bool trace)
-    : database_(database), trace_(trace), connection_(Object::Create(L"ADODB.Connection")),
+Stage::Stage(const std::wstring& source, bool trace)
+    : source_(source), trace_(trace), connection_(Object::Create(L"ADODB.Connection")),
       classes_(bomcall::ReadClassDescriptions()) {
-  connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + database_);
+  connection_.Call(L"Open", source_);
 }
 
 void Stage::Chapter(const std::wstring& title) {
@@ -84,8 +84,7 @@ bomcall::Outcome Stage::Make(const std::wstring& method, const std::vector<Argum
   line.className = method.substr(0, dot);
   line.methodName = method.substr(dot + 1);
   line.values = arguments;
-  line.descriptor = L"Provider=Embedded;Data Source=" + database_ + L";User ID=" + std::to_wstring(user) +
-                    L";Now=2026-03-31 09:15:00";
+  line.descriptor = source_ + L";User ID=" + std::to_wstring(user) + L";Now=2026-03-31 09:15:00";
   line.language = language;
   line.trace = trace_;
 

@@ -12,9 +12,9 @@ namespace demo {
 
 class Stage {
  public:
-  // `database` is a file of the embedded engine; `trace` shows the outside calls of every call to the
-  // component.
-  Stage(const std::wstring& database, bool trace);
+  // `source` is the descriptor of a data source, without user and time; `trace` shows the outside calls of
+  // every call to the component.
+  Stage(const std::wstring& source, bool trace);
 
   // Begins a chapter; they are numbered throughout.
   void Chapter(const std::wstring& title);
@@ -48,7 +48,7 @@ class Stage {
   bomcall::Outcome Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
                         const wchar_t* language) const;
 
-  std::wstring database_;
+  std::wstring source_;
   bool trace_;
   int chapters_ = 0;
   com::Object connection_;

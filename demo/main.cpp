@@ -1,4 +1,5 @@
-// demo DATABASE [--trace]: tells the stories on a copy of the factory's database.
+// demo SOURCE [--trace]: tells the stories on a copy of the factory's database; SOURCE is the descriptor of
+// its data source.
 #include <fcntl.h>
 #include <io.h>
 #include <objbase.h>
@@ -13,7 +14,7 @@ int main(int argc, char** argv) {
   _setmode(_fileno(stdout), _O_BINARY);
   const bool trace = argc == 3 && std::string(argv[2]) == "--trace";
   if (argc != 2 && !trace) {
-    std::fputs("usage: demo DATABASE [--trace]\n", stderr);
+    std::fputs("usage: demo SOURCE [--trace]\n", stderr);
     return 2;
   }
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);

@@ -117,7 +117,19 @@ in_prefix() {
   fi
 }
 
+# server_descriptor SERVER: the stand-in's descriptor for a connection string of ODBC, or for one of its own. Everything in
+# the database is dropped for a test or a story, so its name must say that it is there for that.
+server_descriptor() {
+  local descriptor=$1 database
+  [[ $descriptor ]] || die "SERVER='DRIVER={FreeTDS};Server=...;Port=...;UID=...;PWD=...;Database=...' is missing"
+  if [[ $descriptor != Provider=* ]]; then descriptor="Provider=ODBC;Connection={$descriptor}"; fi
+  database=$(sed -n 's/.*\(Database\|Data Source\|Initial Catalog\)=\([^;}]*\).*/\2/Ip' <<<"$descriptor")
+  [[ ${database,,} == *scratch* || ${database,,} == *test* ]] ||
+    die "the name of the database must have \"scratch\" or \"test\" in it, for all that it holds is dropped"
+  echo "$descriptor"
+}
+
 # All C++ sources; by find and not by git, so that an unpacked archive is checked too.
 sources() {
-  (cd "$ROOT" && find com src tsql standin cli demo tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
+  (cd "$ROOT" && find com src tsql odbc standin cli demo tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
 }

@@ -1,6 +1,7 @@
 #include "standin/ado/Connection.h"
 
 #include "com/DispatchObject.h"
+#include "odbc/Passwords.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Errors.h"
 #include "standin/ado/Recordset.h"
@@ -41,7 +42,6 @@ void Connection::Open(const Variant& connectionString, const Variant& /*user*/, 
 void Connection::OpenOn(const ConnectionString& descriptor) {
   RequireClosed();
   connectionString_ = descriptor.text();
-  if (!descriptor.IsEmbedded()) Raise(AdoError::ProviderNotFound, kSource);
   session_ = std::make_shared<Session>(descriptor, errors_);
 }
 
@@ -94,6 +94,10 @@ void Connection::RollbackTrans() {
 
 Object Connection::GetErrors() const {
   return com::ToObject(com::Make<Errors>(errors_));
+}
+
+std::wstring Connection::ConnectionText() const {
+  return session_ ? odbc::Masked(connectionString_) : connectionString_;
 }
 
 void Connection::PutConnectionText(const std::wstring& value) {

@@ -1,4 +1,4 @@
-// Connection (ADODB.Connection) on the embedded engine.
+// Connection (ADODB.Connection) to the embedded engine, or to the server of an ODBC driver.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,8 @@ class Connection {
   void RollbackTrans();
 
   com::Object GetErrors() const;
-  std::wstring ConnectionText() const { return connectionString_; }
+  // Without its password when the connection is open.
+  std::wstring ConnectionText() const;
   void PutConnectionText(const std::wstring& value);
   std::wstring Provider() const { return provider_; }
   void PutProvider(const std::wstring& value);

@@ -13,6 +13,16 @@ std::wstring_view Trim(std::wstring_view text) {
   return text.substr(first, text.find_last_not_of(L" \t\r\n") - first + 1);
 }
 
+// The brace that closes the one at `at`; the first one when they do not match, the end when there is none.
+size_t ClosingBrace(std::wstring_view text, size_t at) {
+  int depth = 0;
+  for (size_t i = at; i < text.size(); ++i) {
+    if (text[i] == L'{') ++depth;
+    if (text[i] == L'}' && --depth == 0) return i;
+  }
+  return std::min(text.find(L'}', at), text.size());
+}
+
 } // namespace
 
 ConnectionString::ConnectionString(std::wstring_view text) : text_(text) {
@@ -27,7 +37,7 @@ ConnectionString::ConnectionString(std::wstring_view text) : text_(text) {
     const size_t valueAt = text.find_first_not_of(L" \t\r\n", equals + 1);
     std::wstring_view value;
     if (valueAt != std::wstring_view::npos && text[valueAt] == L'{') {
-      const size_t brace = std::min(text.find(L'}', valueAt), text.size());
+      const size_t brace = ClosingBrace(text, valueAt);
       value = text.substr(valueAt + 1, brace - valueAt - 1);
       end = text.find(L';', brace);
     } else {
@@ -57,9 +67,12 @@ std::wstring ConnectionString::Without(std::initializer_list<std::wstring_view> 
   return result;
 }
 
-bool ConnectionString::IsEmbedded() const {
+Server ConnectionString::server() const {
   const std::wstring provider = Get(L"Provider");
-  return provider.empty() ? !Get(L"Data Source").empty() : com::EqualsNoCase(provider, L"Embedded");
+  if (com::EqualsNoCase(provider, L"ODBC")) return Server::Odbc;
+  const bool isEmbedded =
+      provider.empty() ? !Get(L"Data Source").empty() : com::EqualsNoCase(provider, L"Embedded");
+  return isEmbedded ? Server::Embedded : Server::Unknown;
 }
 
 } // namespace standin::ado

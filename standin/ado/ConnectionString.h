@@ -1,13 +1,21 @@
 // ConnectionString: the key=value pairs of a connection descriptor, separated by ";". Keys compare without
-// case; a value that holds a ";" stands in braces.
+// case; a value that holds a ";" stands in braces, and may hold others.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace standin::ado {
+
+// What serves a descriptor's connection.
+enum class Server : uint8_t {
+  Embedded, // the engine: its provider, or a data source and no provider
+  Odbc,     // a driver of ODBC
+  Unknown,
+};
 
 class ConnectionString {
  public:
@@ -19,8 +27,7 @@ class ConnectionString {
   // The descriptor without these keys' pairs.
   std::wstring Without(std::initializer_list<std::wstring_view> keys) const;
 
-  // Whether the embedded engine serves it: its provider, or a data source and no provider.
-  bool IsEmbedded() const;
+  Server server() const;
 
  private:
   struct Pair {

@@ -33,6 +33,9 @@ enum class Refusal : uint8_t {
 
 ProviderError ErrorOf(Refusal refusal);
 ProviderError FromServer(const tsql::Error& error);
+// An error that came through a driver, which has the state and, of a server that is another one, numbers of
+// its own.
+ProviderError FromDriver(const tsql::Error& error, const std::wstring& sqlState);
 
 [[noreturn]] void Raise(const ProviderError& error);
 [[noreturn]] void Raise(Refusal refusal);

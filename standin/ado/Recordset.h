@@ -1,5 +1,5 @@
-// Recordset (ADODB.Recordset) on the embedded engine. It is for reading: its lock type is kept, updates are
-// refused.
+// Recordset (ADODB.Recordset) on the results of a session. It is for reading: its lock type is kept, updates
+// are refused.
 //
 // All rows are there when it opens. What a cursor may do still follows its kind, so that a client finds out
 // here what a server would refuse. A forward-only one on the server is not counted and does not go back, it

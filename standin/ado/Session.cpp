@@ -36,53 +36,20 @@ tsql::DateTime ParseNow(const std::wstring& value) {
 
 } // namespace
 
-// Keeps what comes out of a batch, in order.
-class Session::Collector final : public tsql::ResultSink {
- public:
-  void BeginRows(std::span<const tsql::Column> columns) override {
-    KeepRows();
-    rows_ = std::make_shared<RowSet>(columns);
-  }
-  void Row(std::span<const tsql::Value> values) override { rows_->Append(values); }
-  void EndRows(int64_t /*count*/) override { KeepRows(); }
-  void RowCount(int64_t count) override {
-    KeepRows();
-    results_.push_back({nullptr, count, {}});
-  }
-  void Message(const tsql::Error& /*info*/) override {}
-  void Failed(const tsql::Error& error) override {
-    const bool cutsRows = rows_ && rows_->rowCount() > 0;
-    if (cutsRows) KeepRows();
-    rows_ = nullptr;
-    // Errors that follow each other without a result between them belong together.
-    if (!cutsRows && (results_.empty() || results_.back().failure.empty())) results_.emplace_back();
-    results_.back().failure.push_back(FromServer(error));
-  }
-
-  std::deque<Result> Finish() {
-    KeepRows();
-    return std::move(results_);
-  }
-
- private:
-  // Rows without an end are a result too: a CATCH block took their failure.
-  void KeepRows() {
-    if (rows_) results_.push_back({std::move(rows_), -1, {}});
-    rows_ = nullptr;
-  }
-
-  std::deque<Result> results_;
-  std::shared_ptr<RowSet> rows_;
-};
-
 Session::Session(const ConnectionString& connectionString, std::shared_ptr<ErrorList> errors)
     : errors_(std::move(errors)) {
-  try {
-    session_ = SessionPool::Take(com::ToUtf8(connectionString.Get(L"Data Source")));
-  } catch (const tsql::Error& error) {
-    Fail({FromServer(error)});
-  }
+  Guarded([&] { session_ = OpenServerSession(connectionString); });
   SetClock(connectionString);
+}
+
+// Does it; a failure of the session is the connection's.
+template <class Work>
+void Session::Guarded(Work work) {
+  try {
+    work();
+  } catch (ServerFailure& failure) {
+    Fail(std::move(failure.errors));
+  }
 }
 
 void Session::SetClock(const ConnectionString& connectionString) {
@@ -93,34 +60,25 @@ void Session::SetClock(const ConnectionString& connectionString) {
 // For a statement that is about to run.
 void Session::Prepare(int32_t timeout) {
   if (inTransaction_ && readers_ > 0) Fail({ErrorOf(Refusal::ConnectionBusy)});
-  session_->SetTimeLimit(timeout > 0 ? std::optional<std::chrono::milliseconds>(std::chrono::seconds(timeout))
-                                     : std::nullopt);
+  session_->SetTimeLimit(timeout > 0 ? std::optional(std::chrono::seconds(timeout)) : std::nullopt);
 }
 
 Results Session::Execute(const std::wstring& batch, int32_t timeout, std::span<tsql::Parameter> parameters) {
   Prepare(timeout);
-  Collector collector;
-  try {
-    session_->Execute(com::ToUtf8(batch), parameters, collector);
-  } catch (const tsql::Error& error) {
-    Fail({FromServer(error)});
-  }
-  return ResultsOf(collector);
+  ResultCollector results;
+  Guarded([&] { session_->Execute(batch, parameters, results); });
+  return ResultsOf(results);
 }
 
 Results Session::Call(const std::wstring& procedure, int32_t timeout, std::span<tsql::Parameter> parameters,
                       int32_t& status) {
   Prepare(timeout);
-  Collector collector;
-  try {
-    status = session_->Call(com::ToUtf8(procedure), parameters, collector).value_or(0);
-  } catch (const tsql::Error& error) {
-    Fail({FromServer(error)});
-  }
-  return ResultsOf(collector);
+  ResultCollector results;
+  Guarded([&] { status = session_->Call(procedure, parameters, results); });
+  return ResultsOf(results);
 }
 
-Results Session::ResultsOf(Collector& collector) {
+Results Session::ResultsOf(ResultCollector& collector) {
   std::deque<Result> results = collector.Finish();
   if (!results.empty() && !results.front().rows && !results.front().failure.empty())
     Fail(std::move(results.front().failure));
@@ -129,30 +87,22 @@ Results Session::ResultsOf(Collector& collector) {
 
 void Session::Begin() {
   if (inTransaction_) Fail({ErrorOf(Refusal::TransactionExists)});
-  try {
-    session_->Begin();
-  } catch (const tsql::Error& error) {
-    Fail({FromServer(error)});
-  }
+  Guarded([&] { session_->Begin(); });
   inTransaction_ = true;
 }
 
 void Session::Commit() {
-  End(&tsql::Session::Commit);
+  End(&ServerSession::Commit);
 }
 
 void Session::Rollback() {
-  End(&tsql::Session::Rollback);
+  End(&ServerSession::Rollback);
 }
 
-void Session::End(void (tsql::Session::*end)()) {
+void Session::End(void (ServerSession::*end)()) {
   if (!inTransaction_) Fail({ErrorOf(Refusal::NoTransaction)});
   inTransaction_ = false;
-  try {
-    (session_.get()->*end)();
-  } catch (const tsql::Error& error) {
-    Fail({FromServer(error)});
-  }
+  Guarded([&] { (session_.get()->*end)(); });
 }
 
 void Session::Fail(ErrorList errors) {

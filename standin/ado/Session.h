@@ -1,4 +1,4 @@
-// Session: one open session of the embedded engine, shared by a connection and the recordsets it filled.
+// Session: one open session with a server, shared by a connection and the recordsets it filled.
 //
 // As the provider's, it is busy while a client has results to read. Inside a transaction it then refuses a
 // further statement; outside of one the provider quietly opens another connection for it, which here makes no
@@ -7,13 +7,15 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "standin/ado/ConnectionString.h"
 #include "standin/ado/ProviderError.h"
+#include "standin/ado/ResultCollector.h"
 #include "standin/ado/Results.h"
-#include "standin/ado/SessionPool.h"
+#include "standin/ado/ServerSession.h"
 #include "tsql/tsql.h"
 
 namespace standin::ado {
@@ -26,9 +28,10 @@ class Session : public std::enable_shared_from_this<Session> {
 
   bool closed() const { return !session_; }
   bool inTransaction() const { return inTransaction_; }
-  void Close() { session_ = {}; }
+  void Close() { session_ = nullptr; }
 
-  tsql::ChangeStamp GetChangeStamp() const { return session_->GetChangeStamp(); }
+  // nullopt when the server cannot tell whether its data has changed.
+  std::optional<tsql::ChangeStamp> GetChangeStamp() const { return session_->GetChangeStamp(); }
 
   // Sets the session's clock to the descriptor's "Now"; without one it runs.
   void SetClock(const ConnectionString& connectionString);
@@ -52,14 +55,14 @@ class Session : public std::enable_shared_from_this<Session> {
   [[noreturn]] void Fail(ErrorList errors);
 
  private:
-  class Collector;
-
+  template <class Work>
+  void Guarded(Work work);
   void Prepare(int32_t timeout);
-  Results ResultsOf(Collector& collector);
-  void End(void (tsql::Session::*end)());
+  Results ResultsOf(ResultCollector& collector);
+  void End(void (ServerSession::*end)());
 
   std::shared_ptr<ErrorList> errors_;
-  PooledSession session_;
+  std::unique_ptr<ServerSession> session_;
   int readers_ = 0;
   bool inTransaction_ = false;
 };

@@ -73,13 +73,13 @@ Object BillPackage::Connect(const std::wstring& dsn) {
   return DataSource(dsn).Connect();
 }
 
-// Whether the data is what it was when the loaded bill was asked for. Another provider cannot tell, so its
-// data counts as changed.
+// Whether the data is what it was when the loaded bill was asked for. A server that cannot tell has changed
+// it.
 bool BillPackage::Unchanged(const Object& connection) {
-  auto* embedded = com::Unwrap<ado::Connection>(connection.pointer());
-  const std::shared_ptr<ado::Session> session = embedded ? embedded->session() : nullptr;
-  const tsql::ChangeStamp stamp = session ? session->GetChangeStamp() : tsql::ChangeStamp();
-  const bool unchanged = session && session == session_.lock() && stamp == stamp_;
+  auto* own = com::Unwrap<ado::Connection>(connection.pointer());
+  const std::shared_ptr<ado::Session> session = own ? own->session() : nullptr;
+  const std::optional<tsql::ChangeStamp> stamp = session ? session->GetChangeStamp() : std::nullopt;
+  const bool unchanged = stamp && session == session_.lock() && stamp == stamp_;
   session_ = session;
   stamp_ = stamp;
   return unchanged;

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -66,7 +67,7 @@ class BillPackage {
   int32_t billId_ = 0;
   com::Object connection_;
   std::weak_ptr<ado::Session> session_;
-  tsql::ChangeStamp stamp_;
+  std::optional<tsql::ChangeStamp> stamp_;
   com::Object headStruct_;
   com::Object entryStruct_;
   std::unordered_map<int32_t, Bill> bills_;

@@ -18,12 +18,16 @@ std::wstring DataSource::UserId() const {
 // The same text for all descriptors of one data source: the descriptor without the keys that do not change
 // it.
 std::wstring DataSource::Identity() const {
-  if (descriptor_.IsEmbedded()) return L"Embedded;" + com::Lower(descriptor_.Get(L"Data Source"));
+  switch (descriptor_.server()) {
+  case ado::Server::Embedded: return L"Embedded;" + com::Lower(descriptor_.Get(L"Data Source"));
+  case ado::Server::Odbc: return L"ODBC;" + descriptor_.Get(L"Connection");
+  case ado::Server::Unknown: break;
+  }
   return descriptor_.Without({L"Language", L"SubID", L"Now"});
 }
 
 Object DataSource::Open() const {
-  if (!descriptor_.IsEmbedded()) {
+  if (descriptor_.server() == ado::Server::Unknown) {
     Object connection = Object::Create(L"ADODB.Connection");
     connection.Call(L"Open", Identity());
     return connection;
@@ -45,8 +49,8 @@ Object DataSource::Connect() const {
     return Open();
   });
   // The unit may have its connection from a descriptor with another clock.
-  if (auto* embedded = isNew ? nullptr : com::Unwrap<ado::Connection>(connection.pointer()))
-    embedded->session()->SetClock(descriptor_);
+  if (auto* own = isNew ? nullptr : com::Unwrap<ado::Connection>(connection.pointer()))
+    own->session()->SetClock(descriptor_);
   return connection;
 }
 

@@ -16,8 +16,8 @@ class DataSource {
   std::wstring UserId() const;
 
   // The open connection: inside a unit of work the unit's own for this data source, else a new one. The
-  // embedded engine serves "Embedded"; any other provider is real ADO's, with the descriptor less the keys
-  // that only this system reads.
+  // providers "Embedded" and "ODBC" are this library's; any other one is real ADO's, with the descriptor less
+  // the keys that only this system reads.
   com::Object Connect() const;
 
  private:

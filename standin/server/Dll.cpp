@@ -3,6 +3,7 @@
 
 #include "com/Module.h"
 #include "com/Registration.h"
+#include "odbc/SessionPool.h"
 #include "standin/ado/SessionPool.h"
 #include "standin/host/ThreadState.h"
 #include "standin/server/Classes.h"
@@ -29,6 +30,7 @@ STDAPI DllCanUnloadNow() {
   if (com::ModuleInUse()) return S_FALSE;
   // Nobody is left who could come back to an idle session.
   standin::ado::SessionPool::ClearAll();
+  odbc::SessionPool::Clear();
   return S_OK;
 }
 
@@ -44,6 +46,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE /*module*/, DWORD reason, void* process
   if (reason == DLL_THREAD_DETACH) {
     standin::ReleaseThreadState();
     standin::ado::SessionPool::ClearThread();
+    odbc::SessionPool::ReleaseThread();
   }
   if (reason == DLL_PROCESS_DETACH && !processEnds) {
     standin::ado::SessionPool::ClearAll();

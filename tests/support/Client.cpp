@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <fstream>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 
 #include "com/Text.h"
+#include "odbc/Passwords.h"
 #include "tests/support/Rows.h"
 
 namespace mbom::test {
@@ -45,12 +48,64 @@ std::wstring NextName() {
   return L":memory:test" + std::to_wstring(++next);
 }
 
+// The descriptor of the server on which all test databases are, one after another; empty when each is in
+// memory. tools/test-server sets it.
+const std::wstring& Server() {
+  static const std::wstring server = [] {
+    std::wstring value(GetEnvironmentVariableW(L"TEST_SERVER", nullptr, 0), L'\0');
+    value.resize(GetEnvironmentVariableW(L"TEST_SERVER", value.data(), static_cast<DWORD>(value.size())));
+    return value;
+  }();
+  return server;
+}
+
+// There is one database on a server.
+int g_onServer = 0;
+
+std::wstring NextSource() {
+  if (Server().empty()) return L"Provider=Embedded;Data Source=" + NextName();
+  if (g_onServer > 0) throw std::runtime_error("a server has no second database for a test");
+  return Server();
+}
+
 } // namespace
 
-TestDatabase::TestDatabase() : name_(NextName()), connection_(Object::Create(L"ADODB.Connection")) {
-  connection_.Call(L"Open", L"Provider=Embedded;Data Source=" + name_);
+TestDatabase::TestDatabase() : source_(NextSource()), connection_(Object::Create(L"ADODB.Connection")) {
+  connection_.Call(L"Open", source_);
+  if (!Server().empty()) DropAll();
   RunScript("standin/database/schema.sql");
   RunScript("standin/database/procedures.sql");
+  if (!Server().empty()) ++g_onServer;
+}
+
+TestDatabase::~TestDatabase() {
+  if (!Server().empty()) --g_onServer;
+}
+
+// What the test before has left on the server.
+void TestDatabase::DropAll() const {
+  struct Kind {
+    const wchar_t* type;
+    const wchar_t* name;
+  };
+  constexpr std::array kKinds{Kind{L"TR", L"TRIGGER"}, Kind{L"P", L"PROCEDURE"}, Kind{L"V", L"VIEW"},
+                              Kind{L"U", L"TABLE"}};
+  for (const auto& [type, name] : kKinds) {
+    const std::wstring query = L"SELECT name FROM sysobjects WHERE xtype = '" + std::wstring(type) + L"'";
+    std::vector<std::wstring> left = Rows(query);
+    while (!left.empty()) {
+      Raised refused;
+      for (const std::wstring& object : left) {
+        const Raised raised =
+            RaisedBy([&] { Execute(L"DROP " + std::wstring(name) + L" [" + object + L"]"); });
+        if (FAILED(raised.code)) refused = raised;
+      }
+      // A table that another one refers to goes when that is gone.
+      std::vector<std::wstring> still = Rows(query);
+      if (still.size() == left.size()) throw com::ComError(refused.code, refused.source, refused.description);
+      left = std::move(still);
+    }
+  }
 }
 
 void TestDatabase::RunScript(const std::string& path) const {
@@ -76,7 +131,9 @@ std::wstring TestDatabase::Dsn(const std::wstring& extra) const {
 
 std::wstring TestDatabase::DsnFor(const std::wstring& user, const std::wstring& now,
                                   const std::wstring& extra) const {
-  const std::wstring dsn = L"Provider=Embedded;Data Source=" + name_ + L";User ID=" + user + L";Now=" + now;
+  std::wstring dsn = source_ + L";User ID=" + user;
+  // The clock of a server is its own.
+  if (Server().empty()) dsn += L";Now=" + now;
   return extra.empty() ? dsn : dsn + L";" + extra;
 }
 
@@ -115,7 +172,13 @@ Trace::~Trace() {
 std::vector<std::wstring> Trace::Events() const {
   std::vector<std::wstring> events;
   const int32_t count = trace_.Get(L"Count").AsLong();
-  for (int32_t i = 1; i <= count; ++i) events.push_back(trace_.Get(L"Item", i).AsText());
+  // The trace shows no password; the tests expect the descriptor as they gave it.
+  const std::wstring masked = odbc::Masked(Server());
+  for (int32_t i = 1; i <= count; ++i) {
+    std::wstring& event = events.emplace_back(trace_.Get(L"Item", i).AsText());
+    if (masked != Server())
+      if (const size_t at = event.find(masked); at != event.npos) event.replace(at, masked.size(), Server());
+  }
   return events;
 }
 

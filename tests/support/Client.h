@@ -13,10 +13,14 @@
 
 namespace mbom::test {
 
-// An empty database with the system's tables and procedures, in memory, gone with this object.
+// An empty database with the system's tables and procedures, in memory, gone with this object. With
+// TEST_SERVER it is that server's only one, emptied of whatever it holds.
 class TestDatabase {
  public:
   TestDatabase();
+  ~TestDatabase();
+  TestDatabase(const TestDatabase&) = delete;
+  TestDatabase& operator=(const TestDatabase&) = delete;
 
   void Execute(const std::wstring& sql) const;
   // Runs the batches of a script of the project, by its path from the top folder.
@@ -26,14 +30,16 @@ class TestDatabase {
   // The only value of a query, as in Rows.
   std::wstring Value(const std::wstring& sql) const;
 
-  // A descriptor of this database for user 16394, at 2026-03-05 14:30:00 server time; `extra` ("Language=en")
-  // is appended with a ";".
+  // A descriptor of this database for user 16394, at 2026-03-05 14:30:00 server time (on a server at its
+  // own); `extra` ("Language=en") is appended with a ";".
   std::wstring Dsn(const std::wstring& extra = {}) const;
   // The same for another user at another time.
   std::wstring DsnFor(const std::wstring& user, const std::wstring& now, const std::wstring& extra) const;
 
  private:
-  std::wstring name_;
+  void DropAll() const;
+
+  std::wstring source_; // its descriptor, without user and time
   com::Object connection_;
 };
 

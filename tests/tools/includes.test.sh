@@ -23,7 +23,8 @@ allowed src/frame 'com/'
 allowed src/domain 'com/' 'src/frame/'
 for class in bom view import ecn custbom; do allowed "src/$class" 'com/' 'src/frame/' 'src/domain/'; done
 allowed src/server 'com/' 'src/(bom|view|import|ecn|custbom)/'
-allowed standin 'com/' 'tsql/tsql\.h'
+allowed odbc 'com/' 'tsql/(tsql|ShellTarget)\.h'
+allowed standin 'com/' 'odbc/' 'tsql/tsql\.h'
 allowed cli 'com/' 'tsql/CharacterWidth\.h'
 allowed demo 'com/' 'cli/'
 exit "$bad"

@@ -1,12 +1,15 @@
-// dbsetup [--new] DATABASE SCRIPT...: runs T-SQL scripts into a database file of the embedded engine.
+// dbsetup [--new] DATABASE SCRIPT...: runs T-SQL scripts into a database file of the embedded engine, or on a
+// server that a descriptor names.
 //
 // A script is UTF-8; a line that holds only GO, or GO and a number of repetitions, ends a batch. --new
-// replaces the file, otherwise it is created if it is not there. A script's first error is followed by no
-// more of its batches, and the exit code is 1.
+// replaces the file, otherwise it is created if it is not there; a server's database is never replaced. A
+// script's first error is followed by no more of its batches, and the exit code is 1.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,6 +18,7 @@
 
 #include "tsql/Script.h"
 #include "tsql/shell/CommandLine.h"
+#include "tsql/shell/EmbeddedTarget.h"
 #include "tsql/tsql.h"
 
 namespace {
@@ -36,7 +40,7 @@ class Report : public tsql::ResultSink {
     failed_ = true;
     // The line within the script says more than the one within the batch.
     std::fprintf(stderr, "Msg %d, Level %d, State %d, Line %d\n%s: %s\n", error.number, error.severity,
-                 error.state, firstLine_ + error.line - 1, script_.c_str(), error.what());
+                 error.state, firstLine_ + std::max(error.line, 1) - 1, script_.c_str(), error.what());
   }
 
  private:
@@ -45,7 +49,7 @@ class Report : public tsql::ResultSink {
   bool failed_ = false;
 };
 
-bool RunScript(tsql::Session& session, const std::string& script) {
+bool RunScript(tsql::ShellTarget& target, const std::string& script) {
   std::ifstream file(PathOf(script), std::ios::binary);
   if (!file) {
     std::fprintf(stderr, "%s: cannot be read\n", script.c_str());
@@ -55,7 +59,7 @@ bool RunScript(tsql::Session& session, const std::string& script) {
   while (const std::optional<tsql::ScriptBatch> batch = reader.Next()) {
     for (int i = 0; i < batch->count; ++i) {
       Report report(script, batch->firstLine);
-      const bool done = session.Execute(batch->text, {}, report);
+      const bool done = target.Execute(batch->text, report);
       if (!done || report.failed()) return false;
     }
   }
@@ -69,16 +73,22 @@ int Run(std::vector<std::string> arguments) {
     std::fputs("usage: dbsetup [--new] DATABASE SCRIPT...\n", stderr);
     return 2;
   }
-  const std::string database = arguments.front();
+  const std::string database = tsql::FileOf(arguments.front());
   arguments.erase(arguments.begin());
+  const bool isServer = tsql::IsServer(database);
+  if (replace && isServer) {
+    std::fputs("dbsetup: --new replaces files only\n", stderr);
+    return 2;
+  }
   if (replace) {
     // The file and what SQLite may have left beside it.
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) fs::remove(PathOf(database + suffix));
   }
   const auto mode = fs::exists(PathOf(database)) ? tsql::OpenMode::Existing : tsql::OpenMode::Create;
-  const auto session = tsql::Session::Open(tsql::Database::Open(database, mode));
+  const std::unique_ptr<tsql::ShellTarget> target =
+      isServer ? tsql::OpenServer(database) : std::make_unique<tsql::shell::EmbeddedTarget>(database, mode);
   for (const std::string& script : arguments) {
-    if (!RunScript(*session, script)) return 1;
+    if (!RunScript(*target, script)) return 1;
   }
   return 0;
 }

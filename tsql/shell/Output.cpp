@@ -99,7 +99,7 @@ void Output::Row(std::span<const Value> values) {
 void Output::EndRows(int64_t count) {
   if (form_ == Form::Table) WriteTable();
   out_ << '\n';
-  if (!session_.NoCount()) RowCount(count);
+  if (!target_.NoCount()) RowCount(count);
 }
 
 void Output::RowCount(int64_t count) {

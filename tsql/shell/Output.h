@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tsql/ShellTarget.h"
 #include "tsql/tsql.h"
 
 namespace tsql::shell {
@@ -23,9 +24,9 @@ size_t DisplayWidth(std::string_view text);
 
 class Output : public ResultSink {
  public:
-  // `session` tells whether NOCOUNT is on where a result ends.
-  Output(const Session& session, Form form, std::ostream& out, std::ostream& errors)
-      : session_(session), form_(form), out_(out), errors_(errors) {}
+  // `target` tells whether NOCOUNT is on where a result ends.
+  Output(const ShellTarget& target, Form form, std::ostream& out, std::ostream& errors)
+      : target_(target), form_(form), out_(out), errors_(errors) {}
   void BeginRows(std::span<const Column> columns) override;
   void Row(std::span<const Value> values) override;
   void EndRows(int64_t count) override;
@@ -37,7 +38,7 @@ class Output : public ResultSink {
   void WriteTable();
   void WriteTsvLine(const std::vector<std::string>& cells);
 
-  const Session& session_;
+  const ShellTarget& target_;
   Form form_;
   std::ostream& out_;
   std::ostream& errors_;

@@ -1,5 +1,6 @@
 // tsqlsh [--tsv] [--time] DATABASE [FILE...]: runs T-SQL scripts, or standard input, on a database of the
-// embedded engine: a file, which is made if it is not there, or ":memory:NAME".
+// embedded engine: a file, which is made if it is not there, or ":memory:NAME"; or on a server that a
+// descriptor names.
 //
 // A script is UTF-8; a line "GO" or "GO n" ends a batch. Results, row counts (unless NOCOUNT is on) and PRINT
 // go to standard output; errors to standard error, with the line within the batch, and the next batch
@@ -10,12 +11,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tsql/Script.h"
 #include "tsql/shell/CommandLine.h"
+#include "tsql/shell/EmbeddedTarget.h"
 #include "tsql/shell/Output.h"
 #ifdef _WIN32
 #include <fcntl.h>
@@ -32,7 +35,8 @@ using tsql::shell::PathOf;
 
 constexpr const char* kUsage =
     "usage: tsqlsh [--tsv] [--time] DATABASE [FILE...]\n"
-    "  DATABASE  a file, made if it is not there, or :memory:NAME\n"
+    "  DATABASE  a file, made if it is not there, :memory:NAME, or a server's\n"
+    "            'Provider=ODBC;Connection={...}', which the shell for Windows reaches\n"
     "  FILE      a T-SQL script in UTF-8, GO or GO n between its batches; standard input without one\n"
     "  --tsv     a line of names and tab-separated rows, with \\t \\n \\r \\\\ in texts\n"
     "  --time    how long each batch took, to standard error\n";
@@ -51,15 +55,15 @@ bool IsTerminal() {
 #endif
 }
 
-bool RunScript(tsql::Session& session, const Options& options, std::istream& in, bool isTerminal) {
+bool RunScript(tsql::ShellTarget& target, const Options& options, std::istream& in, bool isTerminal) {
   bool succeeded = true;
   const auto prompt = [](int line) { std::cout << line << "> " << std::flush; };
   tsql::ScriptReader reader(in, isTerminal ? prompt : std::function<void(int)>());
   while (const std::optional<tsql::ScriptBatch> batch = reader.Next()) {
     for (int i = 0; i < batch->count; ++i) {
-      tsql::shell::Output output(session, options.form, std::cout, std::cerr);
+      tsql::shell::Output output(target, options.form, std::cout, std::cerr);
       const auto start = std::chrono::steady_clock::now();
-      succeeded = session.Execute(batch->text, {}, output) && succeeded;
+      succeeded = target.Execute(batch->text, output) && succeeded;
       const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
       std::cout.flush();
       if (options.time) std::fprintf(stderr, "Time: %.3f ms\n", took.count());
@@ -68,18 +72,23 @@ bool RunScript(tsql::Session& session, const Options& options, std::istream& in,
   return succeeded;
 }
 
-int Run(const Options& options) {
-  const std::string& database = options.arguments.front();
+std::unique_ptr<tsql::ShellTarget> OpenTarget(const std::string& database) {
+  if (tsql::IsServer(database)) return tsql::OpenServer(database);
   const bool isFile = !database.starts_with(":memory:");
   const auto mode =
       isFile && fs::exists(PathOf(database)) ? tsql::OpenMode::Existing : tsql::OpenMode::Create;
-  const auto session = tsql::Session::Open(tsql::Database::Open(database, mode));
-  if (options.arguments.size() == 1) return RunScript(*session, options, std::cin, IsTerminal()) ? 0 : 1;
+  return std::make_unique<tsql::shell::EmbeddedTarget>(database, mode);
+}
+
+int Run(const Options& options) {
+  const std::string database = tsql::FileOf(options.arguments.front());
+  const auto target = OpenTarget(database);
+  if (options.arguments.size() == 1) return RunScript(*target, options, std::cin, IsTerminal()) ? 0 : 1;
   bool succeeded = true;
   for (size_t i = 1; i < options.arguments.size(); ++i) {
     std::ifstream file(PathOf(options.arguments[i]), std::ios::binary);
     if (file) {
-      succeeded = RunScript(*session, options, file, false) && succeeded;
+      succeeded = RunScript(*target, options, file, false) && succeeded;
     } else {
       std::fprintf(stderr, "tsqlsh: %s cannot be read\n", options.arguments[i].c_str());
       succeeded = false;

@@ -33,12 +33,23 @@ TEST(ConnectionString, LeavesKeysOutAndTheRestAsWritten) {
   EXPECT_EQ(ConnectionString(L"Now=1").Without({L"now"}), L"");
 }
 
-TEST(ConnectionString, KnowsTheEmbeddedProvider) {
-  EXPECT_TRUE(ConnectionString(L"Provider=embedded").IsEmbedded());
-  EXPECT_TRUE(ConnectionString(L"Data Source=x").IsEmbedded());
-  EXPECT_FALSE(ConnectionString(L"Provider=SQLOLEDB;Data Source=x").IsEmbedded());
-  EXPECT_FALSE(ConnectionString(L"DSN=x").IsEmbedded());
-  EXPECT_FALSE(ConnectionString(L"").IsEmbedded());
+TEST(ConnectionString, TakesBracesWithinBraces) {
+  const ConnectionString text(L"A={x={y};z={;}};B=2");
+  EXPECT_EQ(text.Get(L"A"), L"x={y};z={;}");
+  EXPECT_EQ(text.Get(L"B"), L"2");
+  const ConnectionString unclosed(L"A={x{y};B=2");
+  EXPECT_EQ(unclosed.Get(L"A"), L"x{y") << "to the first closing brace";
+  EXPECT_EQ(unclosed.Get(L"B"), L"2");
+}
+
+TEST(ConnectionString, TellsWhatServesIt) {
+  const auto serverOf = [](const wchar_t* text) { return ConnectionString(text).server(); };
+  EXPECT_EQ(serverOf(L"Provider=embedded"), Server::Embedded);
+  EXPECT_EQ(serverOf(L"Data Source=x"), Server::Embedded);
+  EXPECT_EQ(serverOf(L"Provider=odbc;Connection={DRIVER={x}}"), Server::Odbc);
+  EXPECT_EQ(serverOf(L"Provider=SQLOLEDB;Data Source=x"), Server::Unknown);
+  EXPECT_EQ(serverOf(L"DSN=x"), Server::Unknown);
+  EXPECT_EQ(serverOf(L""), Server::Unknown);
 }
 
 } // namespace

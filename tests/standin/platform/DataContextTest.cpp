@@ -89,6 +89,13 @@ TEST(DataContext, NamesTheFileThatIsNotThere) {
   EXPECT_NE(raised.description.find(L"factory.db"), std::wstring::npos);
 }
 
+TEST(DataContext, ShowsNoPasswordInTheTrace) {
+  const Trace trace;
+  EXPECT_TRUE(FAILED(
+      RaisedBy([] { Bound(L"Provider=ODBC;Connection={DRIVER={none};PWD=sesame};Language=en"); }).code));
+  EXPECT_EQ(trace.Events().back(), L"BindDsn\tProvider=ODBC;Connection={DRIVER={none};PWD=***};Language=en");
+}
+
 TEST(DataContext, PassesAnyOtherProviderToAdo) {
   // Under Wine that is this library's own, which knows one provider only.
   EXPECT_EQ(RaisedBy([] { Bound(L"Provider=SQLOLEDB;Data Source=server"); }).code, Numbered(3706));

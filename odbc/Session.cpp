@@ -1,0 +1,223 @@
+#include "odbc/Session.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+#include "com/Text.h"
+#include "odbc/Columns.h"
+#include "odbc/Passwords.h"
+#include "odbc/ProcedureCall.h"
+#include "odbc/RowReader.h"
+
+namespace odbc {
+namespace {
+
+// Also for a driver that cannot reach its server.
+constexpr std::chrono::seconds kLoginTimeout{15};
+
+SQLPOINTER Number(SQLULEN value) {
+  return reinterpret_cast<SQLPOINTER>(value);
+}
+
+// Keeps the first failure and nothing else.
+class Listener final : public tsql::ResultSink {
+ public:
+  void BeginRows(std::span<const tsql::Column> /*columns*/) override {}
+  void Row(std::span<const tsql::Value> /*values*/) override {}
+  void EndRows(int64_t /*count*/) override {}
+  void RowCount(int64_t /*count*/) override {}
+  void Message(const tsql::Error& /*info*/) override {}
+  void Failed(const tsql::Error& error) override {
+    // A session's errors are of this type.
+    if (!failure_) failure_ = static_cast<const Error&>(error);
+  }
+  const std::optional<Error>& failure() const { return failure_; }
+
+ private:
+  std::optional<Error> failure_;
+};
+
+// A driver's own records come first: they have a number. Without any error, as when the driver itself is not
+// there, the information says what is wrong.
+std::vector<Error> ReasonsOf(SQLHDBC connection) {
+  std::vector<Error> reasons = Records(SQL_HANDLE_DBC, connection);
+  std::ranges::stable_partition(reasons, [](const Error& record) { return record.number != 0; });
+  if (reasons.empty()) reasons.emplace_back(0, "08001", "The driver cannot connect and does not say why.");
+  return reasons;
+}
+
+std::wstring NameOfServer(SQLHDBC connection) {
+  std::array<wchar_t, 64> name{};
+  SQLSMALLINT bytes = 0;
+  SQLGetInfoW(connection, SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size() * sizeof(wchar_t)),
+              &bytes);
+  return name.data();
+}
+
+} // namespace
+
+Session::Session(std::wstring connectionString)
+    : connectionString_(std::move(connectionString)), environment_(nullptr), connection_(nullptr) {
+  SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0);
+  Connect();
+}
+
+Session::~Session() {
+  Disconnect();
+}
+
+void Session::Connect() {
+  connection_ = Connection(environment_.get());
+  if (!connection_.get())
+    throw Error(0, "IM003", "There is no ODBC on this machine: its driver manager cannot be loaded.");
+  SQLSetConnectAttrW(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT,
+                     Number(static_cast<SQLULEN>(kLoginTimeout.count())), 0);
+  SQLSMALLINT length = 0;
+  const SQLRETURN result = SQLDriverConnectW(connection_.get(), nullptr, connectionString_.data(),
+                                             static_cast<SQLSMALLINT>(connectionString_.size()), nullptr, 0,
+                                             &length, SQL_DRIVER_NOPROMPT);
+  if (!SQL_SUCCEEDED(result)) throw WithoutPassword(ReasonsOf(connection_.get()).front());
+  isConnected_ = true;
+  leavesTraces_ = false;
+  dialect_ = DialectOf(NameOfServer(connection_.get()));
+}
+
+void Session::Disconnect() {
+  if (isConnected_) SQLDisconnect(connection_.get());
+  isConnected_ = false;
+}
+
+Error Session::WithoutPassword(const Error& error) const {
+  const std::wstring text = WithoutPasswordsOf(connectionString_, com::FromUtf8(error.what()));
+  return {error.number, error.sqlState, com::ToUtf8(text), error.IsInformation()};
+}
+
+bool Session::Execute(std::wstring_view batch, std::span<const tsql::Parameter> parameters,
+                      tsql::ResultSink& sink) {
+  return Run(WithLiterals(batch, parameters, dialect_), sink);
+}
+
+std::optional<int32_t> Session::Call(std::wstring_view procedure, std::span<tsql::Parameter> parameters,
+                                     tsql::ResultSink& sink) {
+  OutputCatcher catcher(parameters, sink);
+  Run(CallText(procedure, parameters, dialect_), catcher);
+  return catcher.status();
+}
+
+bool Session::Run(const std::wstring& text, tsql::ResultSink& sink) {
+  if (!isConnected_) {
+    if (inTransaction_)
+      throw Error(0, "08S01",
+                  "Communication link failure. The transaction was rolled back with the connection.");
+    Connect();
+  }
+  leavesTraces_ = leavesTraces_ || LeavesTraces(text, dialect_);
+  bool succeeded = true;
+  bool isLost = false;
+  const auto report = [&](const Error& error) {
+    if (error.IsInformation()) return sink.Message(error);
+    succeeded = false;
+    isLost = isLost || error.EndsConnection();
+    sink.Failed(WithoutPassword(error));
+  };
+  {
+    const Statement statement(connection_.get());
+    const auto records = [&] { return Records(SQL_HANDLE_STMT, statement.get()); };
+    // What stands in braces is the server's, not ODBC's.
+    SQLSetStmtAttrW(statement.get(), SQL_ATTR_NOSCAN, Number(SQL_NOSCAN_ON), 0);
+    if (limit_)
+      SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(static_cast<SQLULEN>(limit_->count())),
+                      0);
+    std::wstring writable = text;
+    SQLRETURN result =
+        SQLExecDirectW(statement.get(), writable.data(), static_cast<SQLINTEGER>(writable.size()));
+    // A batch goes on behind a failure as the server does. PRINT, and what changes no rows, comes without a
+    // count; a driver says of such statements that there is no data.
+    for (bool isFirst = true; (isFirst || result != SQL_NO_DATA) && !isLost; isFirst = false) {
+      if (result != SQL_SUCCESS && result != SQL_NO_DATA) {
+        const std::vector<Error> said = records();
+        if (said.empty() && !SQL_SUCCEEDED(result)) {
+          report(Error(0, "HY000", "The driver failed and does not say why."));
+          break;
+        }
+        for (const Error& record : said) report(record);
+      }
+      if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) {
+        try {
+          if (std::vector<tsql::Column> columns = ColumnsOf(statement.get()); !columns.empty()) {
+            RowReader(statement.get(), std::move(columns)).ReadAll(sink);
+          } else {
+            SQLLEN count = -1;
+            if (SQL_SUCCEEDED(SQLRowCount(statement.get(), &count)) && count >= 0) sink.RowCount(count);
+          }
+        } catch (const Error& error) {
+          report(error);
+        }
+      }
+      if (!isLost) result = SQLMoreResults(statement.get());
+    }
+  }
+  if (isLost) Disconnect();
+  return succeeded;
+}
+
+void Session::RunAlone(std::wstring_view text) {
+  Listener listener;
+  Run(std::wstring(text), listener);
+  if (listener.failure()) throw Error(*listener.failure());
+}
+
+void Session::Begin() {
+  RunAlone(L"BEGIN TRANSACTION");
+  inTransaction_ = true;
+}
+
+void Session::Commit() {
+  End(L"COMMIT TRANSACTION");
+}
+
+void Session::Rollback() {
+  // The server has rolled back what the connection took with it.
+  if (!isConnected_) {
+    inTransaction_ = false;
+    return;
+  }
+  End(L"ROLLBACK TRANSACTION");
+}
+
+void Session::End(std::wstring_view text) {
+  try {
+    RunAlone(text);
+  } catch (...) {
+    inTransaction_ = false;
+    throw;
+  }
+  inTransaction_ = false;
+}
+
+bool Session::Reset() {
+  inTransaction_ = false;
+  limit_ = std::nullopt;
+  if (!isConnected_ || leavesTraces_) return false;
+  try {
+    RunAlone(ResetBatch(dialect_));
+  } catch (const Error&) {
+    // SQLite refuses to roll back where nothing is open.
+    if (dialect_ != Dialect::Sqlite) return false;
+  }
+  return isConnected_;
+}
+
+bool Session::Answers() {
+  if (!isConnected_) return false;
+  try {
+    RunAlone(L"SELECT 1");
+  } catch (const Error&) {
+    return false;
+  }
+  return isConnected_;
+}
+
+} // namespace odbc
