@@ -6,3 +6,12 @@
 #include <sql.h>
 #include <sqlext.h>
 // clang-format on
+
+namespace odbc {
+
+// A number as the value of an attribute.
+inline SQLPOINTER AsPointer(SQLULEN number) {
+  return reinterpret_cast<SQLPOINTER>(number); // NOLINT(performance-no-int-to-ptr): ODBC takes both so
+}
+
+} // namespace odbc

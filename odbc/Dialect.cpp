@@ -180,7 +180,8 @@ std::wstring_view ResetBatch(Dialect dialect) {
 
 bool LeavesTraces(std::wstring_view batch, Dialect dialect) {
   // Temporary tables.
-  return dialect == Dialect::Sqlite ? ContainsNoCase(batch, L"TEMP") : batch.find(L'#') != batch.npos;
+  return dialect == Dialect::Sqlite ? ContainsNoCase(batch, L"TEMP")
+                                    : batch.find(L'#') != std::wstring_view::npos;
 }
 
 std::wstring WithLiterals(std::wstring_view batch, std::span<const tsql::Parameter> parameters,

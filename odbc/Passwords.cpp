@@ -21,13 +21,13 @@ struct Range {
 size_t EndOfValue(std::wstring_view text, size_t at) {
   if (at < text.size() && text[at] == L'{') {
     // A closing brace within the value is doubled.
-    for (size_t end = text.find(L'}', at); end != text.npos; end = text.find(L'}', end + 2))
+    for (size_t end = text.find(L'}', at); end != std::wstring_view::npos; end = text.find(L'}', end + 2))
       if (end + 1 >= text.size() || text[end + 1] != L'}') return end + 1;
     return text.size();
   }
   size_t end = std::min(text.find(L';', at), text.size());
   // The last brace may be that of the descriptor around the connection string.
-  while (end > at && kBlanks.find(text[end - 1]) != kBlanks.npos) --end;
+  while (end > at && kBlanks.find(text[end - 1]) != std::wstring_view::npos) --end;
   return end > at && text[end - 1] == L'}' ? end - 1 : end;
 }
 
@@ -37,14 +37,14 @@ std::vector<Range> PasswordsIn(std::wstring_view text) {
   size_t at = 0;
   while (at < text.size()) {
     const size_t keyAt = text.find_first_not_of(L" \t\r\n;{", at);
-    if (keyAt == text.npos) break;
+    if (keyAt == std::wstring_view::npos) break;
     const size_t next = text.find_first_of(L";{=", keyAt);
-    if (next == text.npos) break;
+    if (next == std::wstring_view::npos) break;
     at = next + 1;
     if (text[next] != L'=') continue;
     const std::wstring_view key = text.substr(keyAt, text.find_last_not_of(kBlanks, next - 1) + 1 - keyAt);
     const size_t valueAt = text.find_first_not_of(kBlanks, at);
-    if (valueAt == text.npos) break;
+    if (valueAt == std::wstring_view::npos) break;
     for (const std::wstring_view password : kKeys) {
       if (!com::EqualsNoCase(key, password)) continue;
       at = EndOfValue(text, valueAt);
@@ -59,10 +59,14 @@ std::vector<Range> PasswordsIn(std::wstring_view text) {
 } // namespace
 
 std::wstring Masked(std::wstring_view connectionString) {
-  std::wstring result(connectionString);
-  const std::vector<Range> passwords = PasswordsIn(connectionString);
-  for (auto password = passwords.rbegin(); password != passwords.rend(); ++password)
-    result.replace(password->begin, password->end - password->begin, kMask);
+  std::wstring result;
+  size_t done = 0;
+  for (const Range& password : PasswordsIn(connectionString)) {
+    result += connectionString.substr(done, password.begin - done);
+    result += kMask;
+    done = password.end;
+  }
+  result += connectionString.substr(done);
   return result;
 }
 
@@ -72,7 +76,7 @@ std::wstring WithoutPasswordsOf(std::wstring_view connectionString, std::wstring
     if (password.starts_with(L'{') && password.ends_with(L'}'))
       password = password.substr(1, password.size() - 2);
     if (password.empty()) continue;
-    for (size_t at = message.find(password); at != message.npos;
+    for (size_t at = message.find(password); at != std::wstring::npos;
          at = message.find(password, at + kMask.size()))
       message.replace(at, password.size(), kMask);
   }

@@ -20,9 +20,10 @@ std::wstring CallText(std::wstring_view procedure, std::span<const tsql::Paramet
     if (parameter.output) {
       const std::wstring name = L"_" + std::to_wstring(i + 1);
       // A SET of its own would count as a statement on some servers.
-      declarations += L", @" + name + L' ' + DeclarationOf(parameter.type) + L" = " + literal;
+      declarations.append(L", @").append(name).append(L" ");
+      declarations.append(DeclarationOf(parameter.type)).append(L" = ").append(literal);
       call += L'@' + name + L" OUTPUT";
-      outputs += L", @" + name + L" AS " + name;
+      outputs.append(L", @").append(name).append(L" AS ").append(name);
     } else {
       call += literal;
     }

@@ -74,7 +74,7 @@ size_t WidthOf(const tsql::Type& type) {
 
 [[noreturn]] void Throw(SQLHSTMT statement) {
   for (const Error& record : Records(SQL_HANDLE_STMT, statement))
-    if (!record.IsInformation()) throw record;
+    if (!record.IsInformation()) throw Error(record);
   throw Error(0, "HY000", "The driver failed to read a row and does not say why.");
 }
 
@@ -281,7 +281,7 @@ int64_t RowReader::ReadBlocks(tsql::ResultSink& sink) {
   const auto set = [&](SQLINTEGER attribute, SQLPOINTER value) {
     if (!SQL_SUCCEEDED(SQLSetStmtAttrW(statement_, attribute, value, 0))) Throw(statement_);
   };
-  set(SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(size));
+  set(SQL_ATTR_ROW_ARRAY_SIZE, AsPointer(size));
   set(SQL_ATTR_ROWS_FETCHED_PTR, &fetched);
   set(SQL_ATTR_ROW_STATUS_PTR, states.data());
   for (size_t i = 0; i < buffers_.size(); ++i)
@@ -292,7 +292,7 @@ int64_t RowReader::ReadBlocks(tsql::ResultSink& sink) {
     ~Unset() {
       SQLSetStmtAttrW(statement, SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
       SQLSetStmtAttrW(statement, SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
-      SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(1), 0);
+      SQLSetStmtAttrW(statement, SQL_ATTR_ROW_ARRAY_SIZE, AsPointer(1), 0);
     }
   } const unset{statement_};
 

@@ -17,10 +17,6 @@ namespace {
 // Also for a driver that cannot reach its server.
 constexpr std::chrono::seconds kLoginTimeout{15};
 
-SQLPOINTER Number(SQLULEN value) {
-  return reinterpret_cast<SQLPOINTER>(value);
-}
-
 // Keeps the first failure and nothing else.
 class Listener final : public tsql::ResultSink {
  public:
@@ -43,7 +39,8 @@ class Listener final : public tsql::ResultSink {
 // there, the information says what is wrong.
 std::vector<Error> ReasonsOf(SQLHDBC connection) {
   std::vector<Error> reasons = Records(SQL_HANDLE_DBC, connection);
-  std::ranges::stable_partition(reasons, [](const Error& record) { return record.number != 0; });
+  std::stable_partition(reasons.begin(), reasons.end(),
+                        [](const Error& record) { return record.number != 0; });
   if (reasons.empty()) reasons.emplace_back(0, "08001", "The driver cannot connect and does not say why.");
   return reasons;
 }
@@ -60,7 +57,7 @@ std::wstring NameOfServer(SQLHDBC connection) {
 
 Session::Session(std::wstring connectionString)
     : connectionString_(std::move(connectionString)), environment_(nullptr), connection_(nullptr) {
-  SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, Number(SQL_OV_ODBC3), 0);
+  SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, AsPointer(SQL_OV_ODBC3), 0);
   Connect();
 }
 
@@ -73,7 +70,7 @@ void Session::Connect() {
   if (!connection_.get())
     throw Error(0, "IM003", "There is no ODBC on this machine: its driver manager cannot be loaded.");
   SQLSetConnectAttrW(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT,
-                     Number(static_cast<SQLULEN>(kLoginTimeout.count())), 0);
+                     AsPointer(static_cast<SQLULEN>(kLoginTimeout.count())), 0);
   SQLSMALLINT length = 0;
   const SQLRETURN result = SQLDriverConnectW(connection_.get(), nullptr, connectionString_.data(),
                                              static_cast<SQLSMALLINT>(connectionString_.size()), nullptr, 0,
@@ -126,10 +123,10 @@ bool Session::Run(const std::wstring& text, tsql::ResultSink& sink) {
     const Statement statement(connection_.get());
     const auto records = [&] { return Records(SQL_HANDLE_STMT, statement.get()); };
     // What stands in braces is the server's, not ODBC's.
-    SQLSetStmtAttrW(statement.get(), SQL_ATTR_NOSCAN, Number(SQL_NOSCAN_ON), 0);
+    SQLSetStmtAttrW(statement.get(), SQL_ATTR_NOSCAN, AsPointer(SQL_NOSCAN_ON), 0);
     if (limit_)
-      SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT, Number(static_cast<SQLULEN>(limit_->count())),
-                      0);
+      SQLSetStmtAttrW(statement.get(), SQL_ATTR_QUERY_TIMEOUT,
+                      AsPointer(static_cast<SQLULEN>(limit_->count())), 0);
     std::wstring writable = text;
     SQLRETURN result =
         SQLExecDirectW(statement.get(), writable.data(), static_cast<SQLINTEGER>(writable.size()));

@@ -29,7 +29,7 @@ std::optional<std::wstring> ConnectionOf(const std::wstring& descriptor) {
   constexpr std::wstring_view kKey = L"Connection={";
   const size_t at = descriptor.find(kKey);
   if (!com::EqualsNoCase(std::wstring_view(descriptor).substr(0, 14), L"Provider=ODBC;") ||
-      at == descriptor.npos)
+      at == std::wstring::npos)
     return std::nullopt;
   const size_t start = at + kKey.size();
   int depth = 1;

@@ -128,7 +128,7 @@ int main(int argc, char** argv) {
     Fill(session, rows);
 
     const odbc::Environment environment(nullptr);
-    SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION, odbc::AsPointer(SQL_OV_ODBC3), 0);
     const odbc::Connection connection(environment.get());
     std::wstring writable = text;
     SQLSMALLINT length = 0;

@@ -1,5 +1,6 @@
 // The server's errors as a client of the provider gets them.
 #include "com/Text.h"
+#include "standin/ado/ProviderError.h"
 #include "tests/standin/Support.h"
 
 namespace standin::test {
@@ -61,6 +62,31 @@ TEST(ProviderError, StaysInErrorsUntilTheNextOneOrClear) {
   EXPECT_EQ(RaisedBy([&] { errors.Get(L"Item", 1); }).code, Numbered(3265));
   errors.Call(L"Clear");
   EXPECT_EQ(errors.Get(L"Count"), Variant(0));
+}
+
+TEST(ProviderError, OfADriverIsKnownByItsNumberOrElseByItsState) {
+  struct DriverError {
+    int32_t number;
+    const wchar_t* state;
+    unsigned code;
+  };
+  for (const DriverError& error :
+       {DriverError{2627, L"23000", 0x80040E2F}, DriverError{208, L"HY000", 0x80040E37},
+        DriverError{1205, L"40001", 0x80004005}, DriverError{1222, L"HY000", 0x80040E31},
+        DriverError{0, L"08S01", 0x80004005}, DriverError{18456, L"28000", 0x80040E4D},
+        DriverError{0, L"IM002", 0x80004005}, DriverError{7, L"23505", 0x80040E2F},
+        DriverError{0, L"22001", 0x80040E57}, DriverError{1, L"HY000", 0x80040E14}}) {
+    const ado::ProviderError mapped = ado::FromDriver({error.number, 16, 0, 0, "said so"}, error.state);
+    EXPECT_EQ(static_cast<unsigned>(mapped.hr), error.code) << error.number;
+    EXPECT_EQ(mapped.native, error.number);
+    EXPECT_EQ(mapped.sqlState, error.state);
+    EXPECT_EQ(mapped.description, L"said so");
+  }
+  const ado::ProviderError late = ado::FromDriver({0, 16, 0, 0, "Query timeout"}, L"HYT00");
+  EXPECT_EQ(static_cast<unsigned>(late.hr), 0x80040E31);
+  EXPECT_EQ(late.native, 0);
+  EXPECT_EQ(late.sqlState, L"HYT00");
+  EXPECT_EQ(late.description, L"Timeout expired");
 }
 
 TEST(ProviderError, ComesThroughRecordsetsAndCommandsToo) {
