@@ -20,10 +20,6 @@ namespace {
 using com::Object;
 using com::Variant;
 
-UsageError Wrong(const std::wstring& text) {
-  return UsageError(com::ToUtf8(text));
-}
-
 bool IsDescriptor(const ParameterInfo& parameter) {
   return com::EqualsNoCase(parameter.name, L"sDsn") || com::EqualsNoCase(parameter.name, L"sToParse");
 }
@@ -31,7 +27,7 @@ bool IsDescriptor(const ParameterInfo& parameter) {
 std::string ReadFile(const std::wstring& name) {
   if (name == L"-") return {std::istreambuf_iterator<char>(std::cin), {}};
   std::ifstream file(std::filesystem::path(name), std::ios::binary);
-  if (!file) throw Wrong(L"cannot read " + name);
+  if (!file) throw UsageError(L"cannot read " + name);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -50,7 +46,7 @@ Variant ObjectValue(const ParameterInfo& parameter, const std::wstring& value) {
   const Json json = ParseJson(parameter.name, value);
   if (json.is_null()) return Object();
   if (!json.is_object() && !json.is_array())
-    throw Wrong(parameter.name + L" is an object: give {…}, […] or null");
+    throw UsageError(parameter.name + L" is an object: give {…}, […] or null");
   return FromJson(json);
 }
 
@@ -75,7 +71,7 @@ Variant Convert(const ParameterInfo& parameter, const std::wstring& value) {
   try {
     return Variant(value).As(parameter.type);
   } catch (const com::ComError&) {
-    throw Wrong(parameter.name + L" does not take the value \"" + value + L"\"");
+    throw UsageError(parameter.name + L" does not take the value \"" + value + L"\"");
   }
 }
 
@@ -99,21 +95,21 @@ Variant ArgumentFor(const CommandLine& line, const ParameterInfo& parameter) {
   if (parameter.inOut)
     return parameter.type == VT_DISPATCH ? Variant(Object()) : Variant().As(parameter.type);
   if (parameter.optional) return Variant::Missing();
-  throw Wrong(L"the method needs " + parameter.name);
+  throw UsageError(L"the method needs " + parameter.name);
 }
 
 const MethodInfo& FindMethod(const ClassDescriptions& classes, const CommandLine& line) {
   const ClassInfo* info = FindClass(classes, line.className);
-  if (!info) throw Wrong(L"there is no class " + line.className + L"; --list shows the classes");
+  if (!info) throw UsageError(L"there is no class " + line.className + L"; --list shows the classes");
   const MethodInfo* method = info->Find(line.methodName);
   if (!method)
-    throw Wrong(info->name + L" has no method " + line.methodName + L"; --list " + info->name +
-                L" shows them");
+    throw UsageError(info->name + L" has no method " + line.methodName + L"; --list " + info->name +
+                     L" shows them");
   for (const NamedText& given : line.values) {
     bool known = false;
     for (const ParameterInfo& parameter : method->parameters)
       known = known || com::EqualsNoCase(parameter.name, given.name);
-    if (!known) throw Wrong(L"there is no parameter " + given.name + L" in " + Describe(*method));
+    if (!known) throw UsageError(L"there is no parameter " + given.name + L" in " + Describe(*method));
   }
   return *method;
 }
@@ -277,7 +273,7 @@ std::wstring ShowAsJson(const Outcome& outcome) {
 
 std::wstring ShowClasses(const ClassDescriptions& classes, const std::wstring& className) {
   if (!className.empty() && !FindClass(classes, className))
-    throw Wrong(L"there is no class " + className + L"; --list shows the classes");
+    throw UsageError(L"there is no class " + className + L"; --list shows the classes");
   std::wstring out;
   for (const ClassInfo& info : classes) {
     if (!className.empty() && !com::EqualsNoCase(info.name, className)) continue;

@@ -29,12 +29,8 @@ namespace {
 
 using Arguments = std::vector<std::wstring>;
 
-UsageError Wrong(const std::wstring& text) {
-  return UsageError(com::ToUtf8(text));
-}
-
 const std::wstring& ValueOf(const Arguments& arguments, size_t& i) {
-  if (i + 1 >= arguments.size()) throw Wrong(arguments[i] + L" needs a value");
+  if (i + 1 >= arguments.size()) throw UsageError(arguments[i] + L" needs a value");
   return arguments[++i];
 }
 
@@ -45,7 +41,7 @@ void ParseOption(CommandLine& line, const Arguments& arguments, size_t& i) {
   } else if (option == L"--lang") {
     line.language = ValueOf(arguments, i);
     if (line.language != L"chs" && line.language != L"cht" && line.language != L"en")
-      throw Wrong(L"--lang is chs, cht or en, not " + line.language);
+      throw UsageError(L"--lang is chs, cht or en, not " + line.language);
   } else if (option == L"--json") {
     line.json = true;
   } else if (option == L"--trace") {
@@ -59,7 +55,7 @@ void ParseOption(CommandLine& line, const Arguments& arguments, size_t& i) {
   } else if (option == L"--version") {
     line.action = Action::Version;
   } else {
-    throw Wrong(L"there is no option " + option);
+    throw UsageError(L"there is no option " + option);
   }
 }
 
@@ -68,7 +64,7 @@ void ParseTarget(CommandLine& line, const std::wstring& target) {
   line.className = target.substr(0, dot);
   if (line.action == Action::List && dot == std::wstring::npos) return;
   if (dot == std::wstring::npos || dot == 0 || dot + 1 == target.size())
-    throw Wrong(L"\"" + target + L"\" is not CLASS.METHOD");
+    throw UsageError(L"\"" + target + L"\" is not CLASS.METHOD");
   line.methodName = target.substr(dot + 1);
 }
 
@@ -85,7 +81,7 @@ CommandLine ParseCommandLine(const Arguments& arguments) {
     } else {
       const size_t equals = argument.find(L'=');
       if (equals == std::wstring::npos || equals == 0)
-        throw Wrong(L"\"" + argument + L"\" is not NAME=VALUE");
+        throw UsageError(L"\"" + argument + L"\" is not NAME=VALUE");
       line.values.push_back({argument.substr(0, equals), argument.substr(equals + 1)});
     }
   }

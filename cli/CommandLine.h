@@ -6,11 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "com/Text.h"
+
 namespace bomcall {
 
 // What the user typed wrongly, in words; bomcall ends with exit status 2.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
+  explicit UsageError(const std::wstring& text) : std::runtime_error(com::ToUtf8(text)) {}
 };
 
 enum class Action { Call, List, Help, Version };

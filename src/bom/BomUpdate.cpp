@@ -18,7 +18,7 @@ using com::Variant;
 
 constexpr int16_t kNotInUse = 1073;
 constexpr int32_t kCustomerBomBill = 53;
-constexpr int16_t kRefused = 99;
+constexpr int16_t kSaveRefused = 99;
 
 void SetUseStatusByItem(const Connection& conn, int32_t itemId, int16_t status) {
   conn.Run(Sql() << L"UPDATE ICBom SET FUseStatus=" << status << L" WHERE FItemID=" << itemId);
@@ -60,7 +60,7 @@ bool BomUpdate::EndSave(const std::wstring& sDsn, Object& SaveVect, std::wstring
       if (!header) return frame_.Refuse(false);
       if (IsGreater(header[L"FEcnInterID"], 0)) {
         ReturnMsg = text(L"该BOM单为工程变更生成或已通过工程变更，不能审核和反审核!");
-        bom.Put(L"SaveRetCode", kRefused);
+        bom.Put(L"SaveRetCode", kSaveRefused);
         return frame_.Refuse(false);
       }
     }
@@ -217,15 +217,15 @@ bool BomUpdate::UpdateBOM(const std::wstring& sDsn, const Object& tVect, const s
 int32_t BomUpdate::CheckBomUsed(const std::wstring& sDsn, int32_t FInterID, std::wstring& strInfo) {
   constexpr int32_t kUsed = 1;
   constexpr int32_t kNotUsed = 0;
-  constexpr int32_t kFailed = -1;
-  return frame_.TrapFailures(kFailed, [&] {
+  constexpr int32_t kFailedCode = -1;
+  return frame_.TrapFailures(kFailedCode, [&] {
     const Texts text(sDsn);
     frame_.OpenDataContext(sDsn);
     const ClientRecordset references(frame_.GetConnection());
     references.Open(BomUsedSql(FInterID, false, text) << L"\r\n");
     if (!references.IsOpen()) {
       strInfo = text(L"检查BOM是否被引用时出现错误，请检查参数是否正确。");
-      return frame_.Refuse(kFailed);
+      return frame_.Refuse(kFailedCode);
     }
     strInfo.clear();
     if (references.RecordCount() < 1) return kNotUsed;

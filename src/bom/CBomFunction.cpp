@@ -20,7 +20,7 @@ using com::Object;
 using com::Variant;
 
 constexpr int32_t kBomBill = 50;
-constexpr int32_t kFailed = -1;
+constexpr int32_t kCallFailed = -1;
 
 constexpr wchar_t kHeaderColumns[] =
     L"FBrNo,FInterID,FBOMNumber ,FUseStatus ,FVersion,FParentID,FItemID,FQty,FYield,FCheckID,"
@@ -90,14 +90,14 @@ int32_t CBomFunction::GetMaxNum(const std::wstring& strName) {
 }
 
 int32_t CBomFunction::GetBomCodeNum(const std::wstring& sToParse, std::wstring& ErrInfo) {
-  return frame_.TrapFailures(kFailed, [&] {
+  return frame_.TrapFailures(kCallFailed, [&] {
     frame_.VoteAbort();
-    if (!Bind(sToParse)) return frame_.Refuse(kFailed);
+    if (!Bind(sToParse)) return frame_.Refuse(kCallFailed);
     int32_t serial = 0;
     { // The recordset is let go before the next statement.
       const Recordset rule = connection_.Execute(
           Sql() << L"select FPreLetter,FSufLetter,FCurNo,FFormat from icbillno where fbillid=50");
-      if (rule.Eof()) return frame_.Refuse(kFailed);
+      if (rule.Eof()) return frame_.Refuse(kCallFailed);
       serial = rule[L"fcurno"].AsLong();
     }
     SearchTime time(connection_);
@@ -152,7 +152,7 @@ int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInt
     if (!Bind(sToParse)) {
       // The text is asked for, but the caller does not get it: EffInfo stays as it came.
       static_cast<void>(text(L"更新失败，请重新输入"));
-      return frame_.Refuse(kFailed);
+      return frame_.Refuse(kCallFailed);
     }
     const std::wstring number = Trim(BomNumber);
     { // The recordset is let go before the next statement.
@@ -167,9 +167,9 @@ int32_t CBomFunction::UpdateBomNumber(const std::wstring& sToParse, int32_t FInt
 }
 
 int32_t CBomFunction::CopyBom(const std::wstring& sToParse, const Object& Bom) {
-  return frame_.TrapFailures(kFailed, [&] {
+  return frame_.TrapFailures(kCallFailed, [&] {
     frame_.VoteAbort();
-    if (!Bind(sToParse)) return frame_.Refuse(kFailed);
+    if (!Bind(sToParse)) return frame_.Refuse(kCallFailed);
     const int32_t newId = GetMaxNum(L"ICBOM");
     const Dictionary bom(Bom);
     const Variant source = bom.Require(L"FInterID");

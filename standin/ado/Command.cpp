@@ -17,12 +17,12 @@ namespace {
 using com::Object;
 using com::Variant;
 
-constexpr wchar_t kSource[] = L"ADODB.Command";
+constexpr wchar_t kCommandSource[] = L"ADODB.Command";
 
 } // namespace
 
 void Command::PutActiveConnection(const Variant& value) {
-  connection_ = ConnectionFrom(value, kSource);
+  connection_ = ConnectionFrom(value, kCommandSource);
 }
 
 void Command::PutCommandType(int32_t value) {
@@ -34,11 +34,11 @@ void Command::PutCommandType(int32_t value) {
   case CommandType::Unknown:
   case CommandType::TableDirect: type_ = static_cast<CommandType>(value); return;
   }
-  Raise(AdoError::InvalidArgument, kSource);
+  Raise(AdoError::InvalidArgument, kCommandSource);
 }
 
 void Command::PutCommandTimeout(int32_t value) {
-  if (value < 0) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0) Raise(AdoError::InvalidArgument, kCommandSource);
   timeout_ = value;
 }
 
@@ -64,7 +64,7 @@ void Command::SetValues(const Variant& values) {
     given = *std::move(elements);
   else
     given.push_back(values);
-  if (given.size() > inputs.size()) Raise(AdoError::InvalidArgument, kSource);
+  if (given.size() > inputs.size()) Raise(AdoError::InvalidArgument, kCommandSource);
   for (size_t i = 0; i < given.size(); ++i) inputs[i]->PutValue(given[i]);
 }
 
@@ -116,7 +116,7 @@ Results Command::Run(const Connection& connection) {
 
 Object Command::Execute(Variant& recordsAffected, const Variant& parameters, int32_t options) {
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
-  if (!connection) Raise(AdoError::InvalidConnection, kSource);
+  if (!connection) Raise(AdoError::InvalidConnection, kCommandSource);
   SetValues(parameters);
   return Answer(Object(com::Ptr<IDispatch>(self_)), *connection, Run(*connection), options, recordsAffected);
 }

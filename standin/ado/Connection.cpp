@@ -13,7 +13,7 @@ namespace {
 using com::Object;
 using com::Variant;
 
-constexpr wchar_t kSource[] = L"ADODB.Connection";
+constexpr wchar_t kConnectionSource[] = L"ADODB.Connection";
 
 } // namespace
 
@@ -22,11 +22,11 @@ Connection::~Connection() {
 }
 
 void Connection::RequireClosed() const {
-  if (session_) Raise(AdoError::ObjectOpen, kSource);
+  if (session_) Raise(AdoError::ObjectOpen, kConnectionSource);
 }
 
 void Connection::RequireOpen() const {
-  if (!session_) Raise(AdoError::ObjectClosed, kSource);
+  if (!session_) Raise(AdoError::ObjectClosed, kConnectionSource);
 }
 
 void Connection::Open(const Variant& connectionString, const Variant& /*user*/, const Variant& /*password*/,
@@ -47,14 +47,14 @@ void Connection::OpenOn(const ConnectionString& descriptor) {
 
 void Connection::Close() {
   RequireOpen();
-  if (session_->inTransaction()) Raise(AdoError::InTransaction, kSource);
+  if (session_->inTransaction()) Raise(AdoError::InTransaction, kConnectionSource);
   // The recordsets that are still attached see that it is closed.
   session_->Close();
   session_ = nullptr;
 }
 
 const std::shared_ptr<Session>& Connection::session() const {
-  if (!session_) Raise(AdoError::InvalidConnection, kSource);
+  if (!session_) Raise(AdoError::InvalidConnection, kConnectionSource);
   return session_;
 }
 
@@ -111,17 +111,17 @@ void Connection::PutProvider(const std::wstring& value) {
 }
 
 void Connection::PutCursorLocation(int32_t value) {
-  cursorLocation_ = CheckedCursorLocation(value, kSource);
+  cursorLocation_ = CheckedCursorLocation(value, kConnectionSource);
 }
 
 void Connection::PutCommandTimeout(int32_t value) {
-  if (value < 0) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0) Raise(AdoError::InvalidArgument, kConnectionSource);
   commandTimeout_ = value;
 }
 
 void Connection::PutConnectionTimeout(int32_t value) {
   RequireClosed();
-  if (value < 0) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0) Raise(AdoError::InvalidArgument, kConnectionSource);
   connectionTimeout_ = value;
 }
 

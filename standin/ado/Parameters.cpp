@@ -15,7 +15,7 @@ namespace {
 using com::Object;
 using com::Variant;
 
-constexpr wchar_t kSource[] = L"ADODB.Parameter";
+constexpr wchar_t kParametersSource[] = L"ADODB.Parameter";
 constexpr wchar_t kCollectionSource[] = L"ADODB.Parameters";
 
 bool NeedsSize(DataType type) {
@@ -45,7 +45,7 @@ void Parameter::PutType(int32_t value) {
   try {
     if (type != DataType::Empty) TypeOf(type, 0, 0, 0);
   } catch (const com::ComError&) {
-    Raise(AdoError::InvalidArgument, kSource);
+    Raise(AdoError::InvalidArgument, kParametersSource);
   }
   type_ = type;
 }
@@ -53,22 +53,22 @@ void Parameter::PutType(int32_t value) {
 void Parameter::PutDirection(int32_t value) {
   if (value < static_cast<int32_t>(Direction::Unknown) ||
       value > static_cast<int32_t>(Direction::ReturnValue))
-    Raise(AdoError::InvalidArgument, kSource);
+    Raise(AdoError::InvalidArgument, kParametersSource);
   direction_ = static_cast<Direction>(value);
 }
 
 void Parameter::PutSize(int32_t value) {
-  if (value < 0) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0) Raise(AdoError::InvalidArgument, kParametersSource);
   size_ = value;
 }
 
 void Parameter::PutPrecision(int16_t value) {
-  if (value < 0 || value > 38) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0 || value > 38) Raise(AdoError::InvalidArgument, kParametersSource);
   precision_ = static_cast<uint8_t>(value);
 }
 
 void Parameter::PutNumericScale(int16_t value) {
-  if (value < 0 || value > 38) Raise(AdoError::InvalidArgument, kSource);
+  if (value < 0 || value > 38) Raise(AdoError::InvalidArgument, kParametersSource);
   scale_ = static_cast<uint8_t>(value);
 }
 
@@ -81,16 +81,16 @@ Variant Parameter::InOwnType(const Variant& value) const {
     Variant converted = Convert(value, type_);
     const bool tooLong = NeedsSize(type_) && size_ > 0 && converted.type() == VT_BSTR &&
                          SizeOf(converted.raw().bstrVal, type_) > size_;
-    if (tooLong) Raise(AdoError::DataConversion, kSource);
+    if (tooLong) Raise(AdoError::DataConversion, kParametersSource);
     return converted;
   } catch (const com::ComError&) {
-    Raise(AdoError::DataConversion, kSource);
+    Raise(AdoError::DataConversion, kParametersSource);
   }
 }
 
 void Parameter::RequireDefined() const {
   if (type_ == DataType::Empty || (NeedsSize(type_) && size_ == 0))
-    Raise(AdoError::BadParameterInfo, kSource);
+    Raise(AdoError::BadParameterInfo, kParametersSource);
 }
 
 tsql::Parameter Parameter::ToEngine(std::string& storage) const {

@@ -20,7 +20,7 @@ namespace {
 using com::Object;
 using com::Variant;
 
-constexpr wchar_t kSource[] = L"ADODB.Recordset";
+constexpr wchar_t kRecordsetSource[] = L"ADODB.Recordset";
 
 // What Move and GetRows take for a row instead of a bookmark (BookmarkEnum).
 constexpr int32_t kBookmarkCurrent = 0;
@@ -30,14 +30,14 @@ constexpr int32_t kBookmarkLast = 2;
 CursorType CheckedCursorType(int32_t value) {
   if (value < static_cast<int32_t>(CursorType::Unspecified) ||
       value > static_cast<int32_t>(CursorType::Static))
-    Raise(AdoError::InvalidArgument, kSource);
+    Raise(AdoError::InvalidArgument, kRecordsetSource);
   return static_cast<CursorType>(value);
 }
 
 LockType CheckedLockType(int32_t value) {
   if (value != kUnspecified && (value < static_cast<int32_t>(LockType::ReadOnly) ||
                                 value > static_cast<int32_t>(LockType::BatchOptimistic)))
-    Raise(AdoError::InvalidArgument, kSource);
+    Raise(AdoError::InvalidArgument, kRecordsetSource);
   return static_cast<LockType>(value);
 }
 
@@ -112,18 +112,19 @@ CursorLocation Recordset::EffectiveLocation() const {
 }
 
 void Recordset::RequireOpen() const {
-  if (!cursor_->open()) Raise(AdoError::ObjectClosed, kSource);
+  if (!cursor_->open()) Raise(AdoError::ObjectClosed, kRecordsetSource);
 }
 
 void Recordset::RequireClosed() const {
-  if (cursor_->open()) Raise(AdoError::ObjectOpen, kSource);
+  if (cursor_->open()) Raise(AdoError::ObjectOpen, kRecordsetSource);
 }
 
 void Recordset::Open(const Variant& source, const Variant& activeConnection, int32_t cursorType,
                      int32_t lockType, int32_t options) {
   RequireClosed();
   if (!source.IsMissing()) PutSource(source);
-  if (Object connection = ConnectionFrom(activeConnection, kSource)) connection_ = std::move(connection);
+  if (Object connection = ConnectionFrom(activeConnection, kRecordsetSource))
+    connection_ = std::move(connection);
   if (cursorType != kUnspecified) PutCursorType(cursorType);
   if (lockType != kUnspecified) PutLockType(lockType);
   options_ = options;
@@ -131,14 +132,14 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   if (auto* command = source_.IsObject() ? com::Unwrap<Command>(source_.AsObject().pointer()) : nullptr) {
     if (Object connection = command->ActiveConnection()) connection_ = std::move(connection);
     const auto* connection = com::Unwrap<Connection>(connection_.pointer());
-    if (!connection) Raise(AdoError::InvalidConnection, kSource);
+    if (!connection) Raise(AdoError::InvalidConnection, kRecordsetSource);
     return ShowFirst(command->Run(*connection), connection->session());
   }
-  if (source_.type() != VT_BSTR) Raise(AdoError::InvalidArgument, kSource);
+  if (source_.type() != VT_BSTR) Raise(AdoError::InvalidArgument, kRecordsetSource);
   const std::wstring text = source_.AsText();
   Event(EventKind::Open, text);
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
-  if (!connection) Raise(AdoError::InvalidConnection, kSource);
+  if (!connection) Raise(AdoError::InvalidConnection, kRecordsetSource);
   ShowFirst(connection->Run(text, CommandTypeOf(options)), connection->session());
 }
 
@@ -149,7 +150,7 @@ void Recordset::Close() {
 
 void Recordset::Requery(int32_t options) {
   RequireOpen();
-  if (!connection_) Raise(AdoError::InvalidConnection, kSource);
+  if (!connection_) Raise(AdoError::InvalidConnection, kRecordsetSource);
   Close();
   Open(Variant::Missing(), Variant::Missing(), kUnspecified, kUnspecified,
        options == kUnspecified ? options_ : options);
@@ -172,20 +173,20 @@ bool Recordset::Eof() const {
 void Recordset::MoveFirst() {
   RequireOpen();
   if (ForwardOnly() && cursor_->position != 0) Raise(Refusal::RestartPosition);
-  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
+  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   cursor_->position = 0;
 }
 
 void Recordset::MoveLast() {
   RequireOpen();
   if (ForwardOnly()) Raise(Refusal::FetchBackward);
-  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kSource);
+  if (Last() < 0) Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   cursor_->position = Last();
 }
 
 void Recordset::MoveNext() {
   RequireOpen();
-  if (cursor_->eof()) Raise(AdoError::NoCurrentRecord, kSource);
+  if (cursor_->eof()) Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   ++cursor_->position;
   Arrive();
 }
@@ -193,7 +194,7 @@ void Recordset::MoveNext() {
 void Recordset::MovePrevious() {
   RequireOpen();
   if (ForwardOnly()) Raise(Refusal::FetchBackward);
-  if (cursor_->bof()) Raise(AdoError::NoCurrentRecord, kSource);
+  if (cursor_->bof()) Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   --cursor_->position;
 }
 
@@ -201,16 +202,16 @@ void Recordset::Move(int32_t count, const Variant& start) {
   RequireOpen();
   ptrdiff_t from = cursor_->position;
   if (!start.IsMissing() && start.AsLong() != kBookmarkCurrent) {
-    if (ForwardOnly()) RaiseUnsupported(L"Bookmarks", kSource);
+    if (ForwardOnly()) RaiseUnsupported(L"Bookmarks", kRecordsetSource);
     switch (start.AsLong()) {
     case kBookmarkFirst: from = 0; break;
     case kBookmarkLast: from = Last(); break;
-    default: Raise(AdoError::InvalidArgument, kSource);
+    default: Raise(AdoError::InvalidArgument, kRecordsetSource);
     }
   }
   if (ForwardOnly() && count < 0) Raise(Refusal::FetchBackward);
   if ((count > 0 && cursor_->eof()) || (count < 0 && cursor_->bof()))
-    Raise(AdoError::NoCurrentRecord, kSource);
+    Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   cursor_->position = std::clamp<ptrdiff_t>(from + count, -1, Last() + 1);
   Arrive();
 }
@@ -231,14 +232,15 @@ int32_t Recordset::AbsolutePosition() const {
 
 void Recordset::PutAbsolutePosition(int32_t value) {
   RequireOpen();
-  if (RecordCount() < 0) RaiseUnsupported(L"AbsolutePosition", kSource);
-  if (value < 1 || value > RecordCount()) Raise(AdoError::InvalidArgument, kSource);
+  if (RecordCount() < 0) RaiseUnsupported(L"AbsolutePosition", kRecordsetSource);
+  if (value < 1 || value > RecordCount()) Raise(AdoError::InvalidArgument, kRecordsetSource);
   cursor_->position = value - 1;
 }
 
 Object Recordset::NextRecordset(Variant& recordsAffected) {
   const auto* connection = com::Unwrap<Connection>(connection_.pointer());
-  if (!connection || (cursor_->session && cursor_->session->closed())) Raise(AdoError::ObjectClosed, kSource);
+  if (!connection || (cursor_->session && cursor_->session->closed()))
+    Raise(AdoError::ObjectClosed, kRecordsetSource);
   const std::shared_ptr<Session> session = cursor_->session;
   // This recordset is closed now. It keeps the results that are left, so that a client can go on after a
   // failure.
@@ -261,7 +263,7 @@ Object Recordset::NextRecordset(Variant& recordsAffected) {
 
 Object Recordset::Clone(int32_t lockType) const {
   RequireOpen();
-  if (ForwardOnly()) RaiseUnsupported(L"Clone of a forward-only recordset", kSource);
+  if (ForwardOnly()) RaiseUnsupported(L"Clone of a forward-only recordset", kRecordsetSource);
   const auto object = com::Make<Recordset>();
   Recordset& clone = object->object();
   *clone.cursor_ = {cursor_->rows, cursor_->session, 0};
@@ -277,7 +279,7 @@ Object Recordset::Clone(int32_t lockType) const {
 Variant Recordset::GetRows(int32_t rows, const Variant& start, const Variant& fields) {
   RequireOpen();
   if (!start.IsMissing()) Move(0, start);
-  if (cursor_->bof() || cursor_->eof()) Raise(AdoError::NoCurrentRecord, kSource);
+  if (cursor_->bof() || cursor_->eof()) Raise(AdoError::NoCurrentRecord, kRecordsetSource);
   const std::vector<size_t> columns = ColumnsOf(*cursor_->rows, fields);
   const auto left = static_cast<int32_t>(Last() - cursor_->position + 1);
   const int32_t count = rows < 0 ? left : std::min(rows, left);
@@ -309,17 +311,17 @@ Variant Recordset::Source() const {
 void Recordset::PutSource(const Variant& value) {
   RequireClosed();
   if (value.IsObject() ? !com::Unwrap<Command>(value.AsObject().pointer()) : value.type() != VT_BSTR)
-    Raise(AdoError::InvalidArgument, kSource);
+    Raise(AdoError::InvalidArgument, kRecordsetSource);
   source_ = value;
 }
 
 void Recordset::PutActiveConnection(const Variant& value) {
   if (!cursor_->open()) {
-    connection_ = ConnectionFrom(value, kSource);
+    connection_ = ConnectionFrom(value, kRecordsetSource);
     return;
   }
-  if (EffectiveLocation() != CursorLocation::Client) Raise(AdoError::ObjectOpen, kSource);
-  Object connection = ConnectionFrom(value, kSource);
+  if (EffectiveLocation() != CursorLocation::Client) Raise(AdoError::ObjectOpen, kRecordsetSource);
+  Object connection = ConnectionFrom(value, kRecordsetSource);
   const auto* attached = com::Unwrap<Connection>(connection.pointer());
   cursor_->session = attached ? attached->session() : nullptr;
   connection_ = std::move(connection);
@@ -328,7 +330,7 @@ void Recordset::PutActiveConnection(const Variant& value) {
 
 void Recordset::PutCursorLocation(int32_t value) {
   RequireClosed();
-  cursorLocation_ = CheckedCursorLocation(value, kSource);
+  cursorLocation_ = CheckedCursorLocation(value, kRecordsetSource);
 }
 
 void Recordset::PutCursorType(int32_t value) {
@@ -344,11 +346,11 @@ void Recordset::PutLockType(int32_t value) {
 }
 
 Variant Recordset::Filter() const {
-  RaiseUnsupported(L"Filter", kSource);
+  RaiseUnsupported(L"Filter", kRecordsetSource);
 }
 
 void Recordset::PutFilter(const Variant& /*value*/) {
-  RaiseUnsupported(L"Filter", kSource);
+  RaiseUnsupported(L"Filter", kRecordsetSource);
 }
 
 } // namespace standin::ado

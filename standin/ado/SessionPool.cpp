@@ -32,8 +32,8 @@ uint64_t FileIdOf(const std::string& fullPath) {
   const size_t slash = path.find_last_of(L'\\');
   const std::wstring name = path.substr(slash + 1);
   HANDLE folder = CreateFileW(path.substr(0, slash + 1).c_str(), FILE_LIST_DIRECTORY,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (folder == INVALID_HANDLE_VALUE) return 0;
   uint64_t id = 0;
   alignas(FILE_ID_BOTH_DIR_INFO) std::array<std::byte, 16384> buffer;

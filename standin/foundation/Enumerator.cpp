@@ -12,11 +12,11 @@ namespace standin {
 namespace {
 
 using com::Variant;
-using Elements = std::vector<Variant>;
+using Values = std::vector<Variant>;
 
 class Enumerator final : public com::RefCounted<IEnumVARIANT> {
  public:
-  Enumerator(std::shared_ptr<const Elements> elements, size_t next)
+  Enumerator(std::shared_ptr<const Values> elements, size_t next)
       : elements_(std::move(elements)), next_(next) {}
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
@@ -60,14 +60,14 @@ class Enumerator final : public com::RefCounted<IEnumVARIANT> {
   }
 
  private:
-  std::shared_ptr<const Elements> elements_;
+  std::shared_ptr<const Values> elements_;
   size_t next_;
 };
 
 } // namespace
 
-com::Ptr<IUnknown> MakeEnumerator(Elements elements) {
-  return com::Ptr<IUnknown>(new Enumerator(std::make_shared<const Elements>(std::move(elements)), 0));
+com::Ptr<IUnknown> MakeEnumerator(Values elements) {
+  return com::Ptr<IUnknown>(new Enumerator(std::make_shared<const Values>(std::move(elements)), 0));
 }
 
 } // namespace standin

@@ -347,12 +347,25 @@ TEST_F(BomUpdateTest, ARefusalWhoseVoteFailsVotesAgain) {
   EXPECT_EQ(trace.Votes(), (Texts(3, L"VoteAbort")));
 }
 
-TEST_F(BomUpdateTest, AFailingVoteOnTheFailurePathRises) {
+TEST_F(BomUpdateTest, ARefusalIsNoErrorWhenItsVotesFail) {
+  Variant save(MakeVector({Header(13, 0)}));
+  Variant message(L"");
   const Object bom = Hosted(L"BomUpdate");
   const Fault fault(L"VoteAbort", 2);
   const Fault again(L"VoteAbort", 3);
+  EXPECT_EQ(bom.Call(L"EndSave", database_.Dsn(L"Language=chs"), Variant::Reference(save),
+                     Variant::Reference(message)),
+            Variant(false));
+  EXPECT_EQ(message, Variant(kRefusal));
+  EXPECT_EQ(save.AsObject().Get(L"Item", 1).AsObject().Get(L"Value", L"SaveRetCode").AsLong(), 99);
+}
+
+TEST_F(BomUpdateTest, AFailingVoteAfterAFailureRises) {
+  const Object bom = Hosted(L"BomUpdate");
+  const Fault statement(L"Execute", 2);
+  const Fault vote(L"VoteAbort", 2);
   const Raised raised =
-      RaisedBy([&] { bom.Call(L"EndSave", database_.Dsn(), MakeVector({Header(13, 0)}), L""); });
+      RaisedBy([&] { bom.Call(L"EndSave", database_.Dsn(), MakeVector({Header(11, 0)}), L""); });
   EXPECT_EQ(raised.code, Fault::kCode);
   EXPECT_EQ(raised.description, Fault::kText);
 }

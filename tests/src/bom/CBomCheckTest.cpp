@@ -520,10 +520,16 @@ TEST_F(CBomCheckTest, ARefusalWhoseVoteFailsIsAFailure) {
             (Answer{0, L"BOM[编号：N]审核没有成功。原因为：出现意外错误。armed fault"}));
 }
 
-TEST_F(CBomCheckTest, AFailingVoteOnTheFailurePathRises) {
+TEST_F(CBomCheckTest, ARefusalIsNoErrorWhenItsVotesFail) {
   const Fault fault(L"VoteAbort");
   const Fault again(L"VoteAbort", 2);
-  EXPECT_EQ(RaisedBy([&] { Audit(Chs(), 22, kOther); }).code, Fault::kCode);
+  EXPECT_EQ(Audit(Chs(), 22, kOther).code, 0);
+}
+
+TEST_F(CBomCheckTest, AFailingVoteAfterAFailureRises) {
+  const Fault statement(L"Execute");
+  const Fault vote(L"VoteAbort");
+  EXPECT_EQ(RaisedBy([&] { Audit(Chs(), 21, kOther); }).code, Fault::kCode);
 }
 
 } // namespace
