@@ -90,14 +90,15 @@ void TestDatabase::DropAll() const {
   };
   constexpr std::array kKinds{Kind{L"TR", L"TRIGGER"}, Kind{L"P", L"PROCEDURE"}, Kind{L"V", L"VIEW"},
                               Kind{L"U", L"TABLE"}};
-  for (const auto& [type, name] : kKinds) {
-    const std::wstring query = L"SELECT name FROM sysobjects WHERE xtype = '" + std::wstring(type) + L"'";
+  for (const Kind& kind : kKinds) {
+    const std::wstring query =
+        L"SELECT name FROM sysobjects WHERE xtype = '" + std::wstring(kind.type) + L"'";
     std::vector<std::wstring> left = Rows(query);
     while (!left.empty()) {
       Raised refused;
       for (const std::wstring& object : left) {
         const Raised raised =
-            RaisedBy([&] { Execute(L"DROP " + std::wstring(name) + L" [" + object + L"]"); });
+            RaisedBy([&] { Execute(L"DROP " + std::wstring(kind.name) + L" [" + object + L"]"); });
         if (FAILED(raised.code)) refused = raised;
       }
       // A table that another one refers to goes when that is gone.
@@ -177,7 +178,8 @@ std::vector<std::wstring> Trace::Events() const {
   for (int32_t i = 1; i <= count; ++i) {
     std::wstring& event = events.emplace_back(trace_.Get(L"Item", i).AsText());
     if (masked != Server())
-      if (const size_t at = event.find(masked); at != event.npos) event.replace(at, masked.size(), Server());
+      if (const size_t at = event.find(masked); at != std::wstring::npos)
+        event.replace(at, masked.size(), Server());
   }
   return events;
 }
