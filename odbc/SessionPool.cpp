@@ -3,9 +3,12 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <exception>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace odbc {
@@ -26,10 +29,12 @@ struct Pool {
   std::vector<Idle> idle; // what was used last stands last
 };
 
-// It is never destroyed: when the process ends, the driver may have gone before it.
+// It is never destroyed: when the process ends, the driver may have gone before it. Its memory is the
+// module's own, so that nothing stays behind when the module is unloaded.
 Pool& ThePool() {
-  static auto* const pool = new Pool;
-  return *pool;
+  alignas(Pool) static std::array<std::byte, sizeof(Pool)> memory;
+  static Pool& pool = *new (memory.data()) Pool;
+  return pool;
 }
 
 // Sessions end outside of the lock: a server may let them wait.
