@@ -82,6 +82,7 @@ void GiveBack(const Taken& taken) {
 // The thread that unloads the module ends for it: the system tells only of threads that really end.
 void EndThisThread() {
   using Callbacks = PIMAGE_TLS_CALLBACK const*;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's structure holds the address as a number
   for (auto callback = reinterpret_cast<Callbacks>(_tls_used.AddressOfCallBacks); *callback; ++callback)
     (*callback)(&__ImageBase, DLL_THREAD_DETACH, nullptr);
 }
@@ -140,6 +141,7 @@ namespace {
 
 DWORD WINAPI AllocateSlot() {
   const DWORD slot = TlsAlloc();
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the number is kept where handles are
   if (slot != TLS_OUT_OF_INDEXES) Note(Kind::Slot, reinterpret_cast<void*>(static_cast<ULONG_PTR>(slot)));
   return slot;
 }
