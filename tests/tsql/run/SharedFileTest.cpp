@@ -67,6 +67,7 @@ class SharedFileTest : public FileTest {
     std::atomic<int> lost{0};
     std::vector<std::thread> threads;
     std::vector<std::string> reasons(static_cast<size_t>(work.threads));
+    threads.reserve(reasons.size());
     for (int thread = 0; thread < work.threads; ++thread)
       threads.emplace_back([&, thread] {
         for (int call = 0; call < work.calls; ++call) {
