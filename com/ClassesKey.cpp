@@ -13,7 +13,7 @@ std::wstring PathOf(const std::wstring& key) {
 // The topmost key on the way to `key` that is not there; "" when all of them are.
 std::wstring FirstMissing(HKEY root, const std::wstring& key) {
   for (size_t end = key.find(L'\\');; end = key.find(L'\\', end + 1)) {
-    const std::wstring above = key.substr(0, end);
+    std::wstring above = key.substr(0, end);
     HKEY handle = nullptr;
     const LSTATUS status = RegOpenKeyExW(root, PathOf(above).c_str(), 0, KEY_READ, &handle);
     if (status == ERROR_FILE_NOT_FOUND) return above;
