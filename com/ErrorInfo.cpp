@@ -11,6 +11,7 @@ namespace {
 
 class ErrorInfo final : public RefCounted<IErrorInfo> {
  public:
+  // NOLINTNEXTLINE(bugprone-throw-keyword-missing): the error is kept, not thrown
   explicit ErrorInfo(const ComError& error) : error_(error) {}
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
