@@ -1,31 +1,16 @@
 #include "standin/ado/OdbcSession.h"
 
 #include "com/Text.h"
+#include "standin/ado/CollectingSink.h"
 
 namespace standin::ado {
 namespace {
 
-ProviderError ErrorOf(const odbc::Error& error) {
-  return FromDriver(error, com::FromUtf8(error.sqlState));
+// The errors of a session over ODBC are the driver's, all of them.
+ProviderError ErrorOf(const tsql::Error& error) {
+  const auto& own = static_cast<const odbc::Error&>(error);
+  return FromDriver(own, com::FromUtf8(own.sqlState));
 }
-
-// What the driver sends, on its way to the collector.
-class Sink final : public tsql::ResultSink {
- public:
-  explicit Sink(ResultCollector& results) : results_(results) {}
-  void BeginRows(std::span<const tsql::Column> columns) override { results_.BeginRows(columns); }
-  void Row(std::span<const tsql::Value> values) override { results_.Row(values); }
-  void EndRows(int64_t /*count*/) override { results_.EndRows(); }
-  void RowCount(int64_t count) override { results_.RowCount(count); }
-  void Message(const tsql::Error& /*info*/) override {}
-  void Failed(const tsql::Error& error) override {
-    // A session's errors are of this type.
-    results_.Failed(ErrorOf(static_cast<const odbc::Error&>(error)));
-  }
-
- private:
-  ResultCollector& results_;
-};
 
 // Does it, and turns the driver's own failures into the seam's.
 template <class Work>
@@ -44,13 +29,13 @@ OdbcSession::OdbcSession(const ConnectionString& descriptor)
 
 void OdbcSession::Execute(const std::wstring& batch, std::span<tsql::Parameter> parameters,
                           ResultCollector& results) {
-  Sink sink(results);
+  CollectingSink sink(results, ErrorOf);
   Failing([&] { session_->Execute(batch, parameters, sink); });
 }
 
 int32_t OdbcSession::Call(const std::wstring& procedure, std::span<tsql::Parameter> parameters,
                           ResultCollector& results) {
-  Sink sink(results);
+  CollectingSink sink(results, ErrorOf);
   return Failing([&] { return session_->Call(procedure, parameters, sink).value_or(0); });
 }
 

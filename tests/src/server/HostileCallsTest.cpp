@@ -19,6 +19,7 @@
 #include "com/Text.h"
 #include "src/server/Classes.h"
 #include "tests/support/Client.h"
+#include "tests/support/HeapBlocks.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -370,20 +371,6 @@ HRESULT HostileObject::Invoke(DISPID /*id*/, REFIID /*iid*/, LCID /*locale*/, WO
   return S_OK;
 }
 
-long BlocksInUse() {
-  HANDLE heaps[64];
-  const DWORD count = GetProcessHeaps(64, heaps);
-  long blocks = 0;
-  for (DWORD i = 0; i < count && i < 64; ++i) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heaps[i]);
-    while (HeapWalk(heaps[i], &entry))
-      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) ++blocks;
-    HeapUnlock(heaps[i]);
-  }
-  return blocks;
-}
-
 TEST(HostileCalls, NeitherEndNorWearOutTheProcess) {
   const uint32_t calls = FromEnvironment("HOSTILE_CALLS", 6000);
   const uint32_t seed = FromEnvironment("HOSTILE_SEED", 20261122);
@@ -402,7 +389,7 @@ TEST(HostileCalls, NeitherEndNorWearOutTheProcess) {
     EXPECT_GT(generator.succeeded(), generator.calls() / 100);
     EXPECT_GT(generator.raised(), generator.calls() / 200);
     EXPECT_EQ(HostileObject::alive, 0) << "an argument is still held";
-    const long after = BlocksInUse();
+    const long after = HeapBlocks();
     // One block in a hundred calls would show.
     if (round > 0 && after > before + static_cast<long>(calls / kRounds / 100)) ++growing;
     std::printf("round %u: %u calls, %u succeeded, %u raised, %ld blocks\n", round, generator.calls(),

@@ -9,6 +9,7 @@
 #include "com/Ptr.h"
 #include "tests/src/server/LoadedDll.h"
 #include "tests/support/Client.h"
+#include "tests/support/HeapBlocks.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -58,21 +59,6 @@ class MallocSpy final : public IMallocSpy {
  private:
   std::atomic<long> blocks_{0};
 };
-
-// The blocks in use in all heaps of the process: what C++ allocates is among them.
-long HeapBlocks() {
-  HANDLE heaps[64];
-  const DWORD count = GetProcessHeaps(64, heaps);
-  long blocks = 0;
-  for (DWORD i = 0; i < count && i < 64; ++i) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heaps[i]);
-    while (HeapWalk(heaps[i], &entry))
-      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) ++blocks;
-    HeapUnlock(heaps[i]);
-  }
-  return blocks;
-}
 
 void Prepare(const TestDatabase& database) {
   database.Execute(
