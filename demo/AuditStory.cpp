@@ -3,10 +3,6 @@
 namespace demo {
 namespace {
 
-constexpr int32_t kEngineer = 16401; // the maker of the BOMs
-constexpr int32_t kAuditor = 16402;
-constexpr int32_t kPlanner = 16403;
-
 constexpr wchar_t kAuditState[] =
     L"SELECT FInterID, FBOMNumber, FStatus, FUseStatus, FCheckID, FCheckerID, FAudDate, FBeenChecked "
     L"FROM ICBOM WHERE FInterID IN (1002, 1003) ORDER BY FInterID";

@@ -3,9 +3,6 @@
 namespace demo {
 namespace {
 
-constexpr int32_t kEngineer = 16401;
-constexpr const wchar_t* kLanguages[] = {L"chs", L"cht", L"en"};
-
 void Tree(Stage& stage) {
   stage.Chapter(L"Browsing: the tree of BOM groups");
   stage.Say(L"Group 7 and 5 are chosen on the filter screen; their ancestors come along, parents first:");

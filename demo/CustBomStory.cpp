@@ -6,9 +6,6 @@ namespace {
 // The number that the copy of the club's bike gets, and the query for its id.
 constexpr wchar_t kIdOfTheCopy[] = L"SELECT FInterID FROM ICBOM WHERE FBOMNumber = 'KH0004'";
 
-constexpr int32_t kAuditor = 16402;
-constexpr int32_t kPlanner = 16403;
-
 // BOMs as the screen's list shows them.
 constexpr wchar_t kCustomerBoms[] =
     L"SELECT FInterID, FBOMNumber, FItemID, FCustID, FUseStatus, FStatus, FCheckerID, FForbid FROM ICBOM "

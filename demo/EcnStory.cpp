@@ -3,12 +3,6 @@
 namespace demo {
 namespace {
 
-constexpr int32_t kEngineer = 16401;
-constexpr int32_t kAuditor = 16402;
-constexpr int32_t kPlanner = 16403;
-
-constexpr wchar_t kLanguages[][4] = {L"chs", L"cht", L"en"};
-
 // The lines of notice `id`, with what EndSave has kept of the lines that they change.
 std::wstring NoticeLines(const wchar_t* id) {
   return std::wstring(

@@ -3,9 +3,6 @@
 namespace demo {
 namespace {
 
-constexpr int32_t kEngineer = 16401;
-constexpr int32_t kPlanner = 16403;
-
 std::wstring HeadersWhere(const std::wstring& condition) {
   return L"SELECT FInterID, FBOMNumber, FVersion, FBomType, FStatus, FUseStatus, FOperatorID, FEnterTime, "
          L"FCheckID, "

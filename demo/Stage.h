@@ -10,6 +10,13 @@
 
 namespace demo {
 
+// Users of the demo's data.
+inline constexpr int32_t kEngineer = 16401; // the maker of the BOMs
+inline constexpr int32_t kAuditor = 16402;
+inline constexpr int32_t kPlanner = 16403;
+
+inline constexpr const wchar_t* kLanguages[] = {L"chs", L"cht", L"en"};
+
 class Stage {
  public:
   // `source` is the descriptor of a data source, without user and time; `trace` shows the outside calls of

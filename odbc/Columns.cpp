@@ -81,11 +81,6 @@ TypeId ByNumber(SQLSMALLINT sqlType) {
   }
 }
 
-[[noreturn]] void Throw(SQLHSTMT statement) {
-  const std::vector<Error> records = Records(SQL_HANDLE_STMT, statement);
-  throw records.empty() ? Error(0, "HY000", "The driver does not describe its columns.") : records.front();
-}
-
 std::wstring TypeName(SQLHSTMT statement, SQLUSMALLINT column) {
   std::array<wchar_t, 128> name{};
   SQLSMALLINT bytes = 0;
@@ -130,7 +125,8 @@ tsql::Type TypeOf(std::wstring_view typeName, SQLSMALLINT sqlType, SQLULEN size,
 
 std::vector<tsql::Column> ColumnsOf(SQLHSTMT statement) {
   SQLSMALLINT count = 0;
-  if (!SQL_SUCCEEDED(SQLNumResultCols(statement, &count))) Throw(statement);
+  const auto fail = [&] { ThrowError(statement, "The driver does not describe its columns."); };
+  if (!SQL_SUCCEEDED(SQLNumResultCols(statement, &count))) fail();
   std::vector<tsql::Column> columns;
   std::wstring name(256, L'\0');
   for (SQLUSMALLINT i = 1; i <= count; ++i) {
@@ -142,7 +138,7 @@ std::vector<tsql::Column> ColumnsOf(SQLHSTMT statement) {
     SQLSMALLINT nullable = SQL_NULLABLE;
     if (!SQL_SUCCEEDED(SQLDescribeColW(statement, i, name.data(), static_cast<SQLSMALLINT>(name.size()),
                                        &length, &type, &size, &decimals, &nullable)))
-      Throw(statement);
+      fail();
     columns.push_back({com::ToUtf8(name.c_str()), TypeOf(TypeName(statement, i), type, size, decimals),
                        nullable != SQL_NO_NULLS});
   }

@@ -54,4 +54,10 @@ std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle) {
   }
 }
 
+void ThrowError(SQLHSTMT statement, const std::string& text) {
+  for (const Error& record : Records(SQL_HANDLE_STMT, statement))
+    if (!record.IsInformation()) throw Error(record);
+  throw Error(0, "HY000", text);
+}
+
 } // namespace odbc

@@ -26,4 +26,8 @@ struct Error : tsql::Error {
 // The records that the last call on a handle has left, in their order.
 std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle);
 
+// Throws the first error that the last call on a statement has left; of state HY000 with this text if there
+// is none.
+[[noreturn]] void ThrowError(SQLHSTMT statement, const std::string& text);
+
 } // namespace odbc

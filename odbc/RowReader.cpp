@@ -72,10 +72,8 @@ size_t WidthOf(const tsql::Type& type) {
   return CTypeOf(type) == SQL_C_WCHAR ? (length + 1) * sizeof(wchar_t) : std::max<size_t>(length, 1);
 }
 
-[[noreturn]] void Throw(SQLHSTMT statement) {
-  for (const Error& record : Records(SQL_HANDLE_STMT, statement))
-    if (!record.IsInformation()) throw Error(record);
-  throw Error(0, "HY000", "The driver failed to read a row and does not say why.");
+[[noreturn]] void FailToRead(SQLHSTMT statement) {
+  ThrowError(statement, "The driver failed to read a row and does not say why.");
 }
 
 [[noreturn]] void ThrowMalformed(const tsql::Column& column, std::string_view text) {
@@ -140,7 +138,7 @@ class RowReader::ColumnBuffer {
     Reserve(rows);
     if (!SQL_SUCCEEDED(SQLBindCol(statement, position, cType_, data_.data(), static_cast<SQLLEN>(width_),
                                   lengths_.data())))
-      Throw(statement);
+      FailToRead(statement);
   }
 
   // The value of a row of the block.
@@ -159,7 +157,7 @@ class RowReader::ColumnBuffer {
     Reserve(1);
     if (!SQL_SUCCEEDED(SQLGetData(statement, position, cType_, data_.data(), static_cast<SQLLEN>(width_),
                                   lengths_.data())))
-      Throw(statement);
+      FailToRead(statement);
     return At(0);
   }
 
@@ -181,7 +179,7 @@ class RowReader::ColumnBuffer {
       const SQLRETURN result =
           SQLGetData(statement, position, cType_, &data_[had], static_cast<SQLLEN>(kPieceBytes), &length);
       // Of an empty rest some drivers say that there is no data.
-      if (result != SQL_NO_DATA && !SQL_SUCCEEDED(result)) Throw(statement);
+      if (result != SQL_NO_DATA && !SQL_SUCCEEDED(result)) FailToRead(statement);
       if (result != SQL_NO_DATA && length == SQL_NULL_DATA) return {};
       const bool isWhole = result == SQL_NO_DATA ||
                            (length != SQL_NO_TOTAL && static_cast<size_t>(length) + end <= kPieceBytes);
@@ -279,7 +277,7 @@ int64_t RowReader::ReadBlocks(tsql::ResultSink& sink) {
   SQLULEN fetched = 0;
   std::vector<SQLUSMALLINT> states(size, SQL_ROW_NOROW);
   const auto set = [&](SQLINTEGER attribute, SQLPOINTER value) {
-    if (!SQL_SUCCEEDED(SQLSetStmtAttrW(statement_, attribute, value, 0))) Throw(statement_);
+    if (!SQL_SUCCEEDED(SQLSetStmtAttrW(statement_, attribute, value, 0))) FailToRead(statement_);
   };
   set(SQL_ATTR_ROW_ARRAY_SIZE, AsPointer(size));
   set(SQL_ATTR_ROWS_FETCHED_PTR, &fetched);
@@ -304,14 +302,14 @@ int64_t RowReader::ReadBlocks(tsql::ResultSink& sink) {
     const bool failed = !SQL_SUCCEEDED(result);
     for (SQLULEN row = 0; row < fetched && row < size; ++row) {
       if (states[row] != SQL_ROW_SUCCESS && states[row] != SQL_ROW_SUCCESS_WITH_INFO) {
-        if (states[row] == SQL_ROW_ERROR) Throw(statement_);
+        if (states[row] == SQL_ROW_ERROR) FailToRead(statement_);
         continue;
       }
       for (size_t i = 0; i < buffers_.size(); ++i) values_[i] = buffers_[i].At(row);
       sink.Row(values_);
       ++count;
     }
-    if (failed) Throw(statement_);
+    if (failed) FailToRead(statement_);
   }
 }
 
@@ -319,7 +317,7 @@ int64_t RowReader::ReadCells(tsql::ResultSink& sink) {
   for (int64_t count = 0;; ++count) {
     const SQLRETURN result = SQLFetch(statement_);
     if (result == SQL_NO_DATA) return count;
-    if (!SQL_SUCCEEDED(result)) Throw(statement_);
+    if (!SQL_SUCCEEDED(result)) FailToRead(statement_);
     for (size_t i = 0; i < buffers_.size(); ++i)
       values_[i] = buffers_[i].Get(statement_, static_cast<SQLUSMALLINT>(i + 1));
     sink.Row(values_);

@@ -1,16 +1,14 @@
 // CollectingSink: what a session sends, on its way to the collector of its results.
 #pragma once
 
+#include "standin/ado/ErrorMapping.h"
 #include "standin/ado/ResultCollector.h"
 
 namespace standin::ado {
 
 class CollectingSink final : public tsql::ResultSink {
  public:
-  // Says how clients see an error of the session.
-  using Mapping = ProviderError (*)(const tsql::Error& error);
-
-  CollectingSink(ResultCollector& results, Mapping mapping) : results_(results), mapping_(mapping) {}
+  CollectingSink(ResultCollector& results, ErrorMapping mapping) : results_(results), mapping_(mapping) {}
   void BeginRows(std::span<const tsql::Column> columns) override { results_.BeginRows(columns); }
   void Row(std::span<const tsql::Value> values) override { results_.Row(values); }
   void EndRows(int64_t /*count*/) override { results_.EndRows(); }
@@ -20,7 +18,7 @@ class CollectingSink final : public tsql::ResultSink {
 
  private:
   ResultCollector& results_;
-  Mapping mapping_;
+  ErrorMapping mapping_;
 };
 
 } // namespace standin::ado

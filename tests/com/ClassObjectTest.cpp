@@ -9,21 +9,20 @@
 namespace com::test {
 namespace {
 
-constexpr CLSID kProbeId = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
 constexpr CLSID kBrokenId = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 9}};
 
 Ptr<IDispatch> FailToCreate(REFCLSID /*classId*/) {
   throw ComError(E_ABORT, L"Broken", L"cannot be made");
 }
 
-const std::array kClasses{ClassEntry{kProbeId, L"Kit.Probe", L"probe", &CreateDispatchObject<Probe>},
-                          ClassEntry{kBrokenId, L"Kit.Broken", L"broken", &FailToCreate}};
+const std::array kServed{ClassEntry{kProbeId, L"Kit.Probe", L"probe", &CreateDispatchObject<Probe>},
+                         ClassEntry{kBrokenId, L"Kit.Broken", L"broken", &FailToCreate}};
 
 TEST(ClassObject, CreatesObjectsThatCountAsUses) {
   ASSERT_FALSE(ModuleInUse());
   {
     Ptr<IClassFactory> factory;
-    ASSERT_EQ(GetClassObject(kClasses, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
+    ASSERT_EQ(GetClassObject(kServed, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
     EXPECT_TRUE(ModuleInUse());
     Ptr<IDispatch> object;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.OutVoid()), S_OK);
@@ -36,7 +35,7 @@ TEST(ClassObject, CreatesObjectsThatCountAsUses) {
 
 TEST(ClassObject, LocksTheServer) {
   Ptr<IClassFactory> factory;
-  ASSERT_EQ(GetClassObject(kClasses, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
+  ASSERT_EQ(GetClassObject(kServed, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
   factory->LockServer(TRUE);
   Ptr<IClassFactory> second = factory;
   factory = nullptr;
@@ -47,15 +46,15 @@ TEST(ClassObject, LocksTheServer) {
 
 TEST(ClassObject, RefusesUnknownClassesAndInterfaces) {
   void* object = &object;
-  EXPECT_EQ(GetClassObject(kClasses, CLSID_NULL, IID_IClassFactory, &object), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(GetClassObject(kServed, CLSID_NULL, IID_IClassFactory, &object), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(GetClassObject(kClasses, kProbeId, IID_IDispatch, &object), E_NOINTERFACE);
-  EXPECT_EQ(GetClassObject(kClasses, kProbeId, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(GetClassObject(kServed, kProbeId, IID_IDispatch, &object), E_NOINTERFACE);
+  EXPECT_EQ(GetClassObject(kServed, kProbeId, IID_IClassFactory, nullptr), E_POINTER);
 }
 
 TEST(ClassObject, RefusesAggregation) {
   Ptr<IClassFactory> factory;
-  ASSERT_EQ(GetClassObject(kClasses, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
+  ASSERT_EQ(GetClassObject(kServed, kProbeId, IID_IClassFactory, factory.OutVoid()), S_OK);
   const Object outer = NewProbe();
   Ptr<IUnknown> object;
   EXPECT_EQ(factory->CreateInstance(outer.pointer(), IID_IUnknown, object.OutVoid()), CLASS_E_NOAGGREGATION);
@@ -64,7 +63,7 @@ TEST(ClassObject, RefusesAggregation) {
 
 TEST(ClassObject, ReportsWhatAConstructorThrows) {
   Ptr<IClassFactory> factory;
-  ASSERT_EQ(GetClassObject(kClasses, kBrokenId, IID_IClassFactory, factory.OutVoid()), S_OK);
+  ASSERT_EQ(GetClassObject(kServed, kBrokenId, IID_IClassFactory, factory.OutVoid()), S_OK);
   Ptr<IDispatch> object;
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.OutVoid()), E_ABORT);
   EXPECT_EQ(ComError::FromThread(E_ABORT).description(), L"cannot be made");

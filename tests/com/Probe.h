@@ -7,6 +7,8 @@
 
 namespace com::test {
 
+inline constexpr CLSID kProbeId = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
+
 class Probe {
  public:
   int32_t Constant() const { return 7; }

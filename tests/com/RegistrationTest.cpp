@@ -11,9 +11,8 @@
 namespace com::test {
 namespace {
 
-constexpr CLSID kProbeId = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
 constexpr wchar_t kClassKey[] = L"Software\\Classes\\CLSID\\{11111111-2222-3333-0102-030405060708}";
-const std::array kClasses{ClassEntry{kProbeId, L"Kit.Probe", L"a probe", &CreateDispatchObject<Probe>}};
+const std::array kRegistered{ClassEntry{kProbeId, L"Kit.Probe", L"a probe", &CreateDispatchObject<Probe>}};
 
 std::wstring Value(HKEY root, const std::wstring& key, const wchar_t* name = nullptr) {
   std::array<wchar_t, 512> text{};
@@ -69,7 +68,7 @@ class RegistrationTest : public testing::Test {
     LocalFree(descriptor);
   }
 
-  const RegistrationInfo info_{L"C:\\kit\\probe.dll", kClasses, false};
+  const RegistrationInfo info_{L"C:\\kit\\probe.dll", kRegistered, false};
   HKEY machine_ = nullptr;
   HKEY user_ = nullptr;
 };
@@ -116,7 +115,7 @@ constexpr wchar_t kServer[] =
 constexpr wchar_t kProgIdClass[] = L"Software\\Classes\\Kit.Probe\\CLSID";
 
 TEST_F(RegistrationTest, RemovesNothingThatNamesAnotherFile) {
-  const RegistrationInfo other{L"C:\\kit of old\\probe.dll", kClasses, false};
+  const RegistrationInfo other{L"C:\\kit of old\\probe.dll", kRegistered, false};
   ASSERT_EQ(Register(other), S_OK);
   ASSERT_EQ(Register(info_), S_OK);
   EXPECT_EQ(Unregister(other), S_OK);
@@ -136,7 +135,7 @@ TEST_F(RegistrationTest, LeavesAProgIdThatMeansAnotherClass) {
 
 TEST_F(RegistrationTest, KnowsItsFileByItsPathInAnyCase) {
   ASSERT_EQ(Register(info_), S_OK);
-  EXPECT_EQ(Unregister({L"c:\\KIT\\Probe.DLL", kClasses, false}), S_OK);
+  EXPECT_EQ(Unregister({L"c:\\KIT\\Probe.DLL", kRegistered, false}), S_OK);
   EXPECT_EQ(Value(machine_, kClassKey), L"(missing)");
 }
 
@@ -144,7 +143,7 @@ TEST_F(RegistrationTest, AnOlderFilesRegistrationIsBackWhenAnotherOneFails) {
   ASSERT_EQ(Register(info_), S_OK);
   // No key has a name of more than 255 characters.
   const std::wstring tooLong(300, L'x');
-  const std::array classes{kClasses[0], ClassEntry{CLSID_NULL, tooLong.c_str(), L"", nullptr}};
+  const std::array classes{kRegistered[0], ClassEntry{CLSID_NULL, tooLong.c_str(), L"", nullptr}};
   EXPECT_NE(Register({L"C:\\kit\\newer.dll", classes, false}), S_OK);
   ExpectRegistered(machine_);
   EXPECT_EQ(Value(user_, kServer), L"(missing)");
@@ -156,7 +155,7 @@ TEST_F(RegistrationTest, TakesPathsOfAnyKind) {
   for (const std::wstring& path : {std::wstring(L"C:\\a kit\\pro be.dll"),
                                    std::wstring(L"C:\\\u7269\u6599\u6e05\u5355\\\u6210\u54c1.dll"),
                                    L"C:\\" + std::wstring(200, L'k') + L"\\probe.dll"}) {
-    const RegistrationInfo info{path, kClasses, false};
+    const RegistrationInfo info{path, kRegistered, false};
     ASSERT_EQ(Register(info), S_OK);
     EXPECT_EQ(Value(machine_, kServer), path);
     EXPECT_EQ(Unregister(info), S_OK);

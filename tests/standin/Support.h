@@ -22,6 +22,10 @@ using com::test::Raised;
 using com::test::RaisedBy;
 using Texts = std::vector<std::wstring>;
 
+// Where a recordset's cursor is: CursorLocation of a recordset or connection.
+inline constexpr int32_t kServer = 2;
+inline constexpr int32_t kClient = 3;
+
 inline Object New(const wchar_t* progId) {
   return Object::Create(progId);
 }
@@ -45,7 +49,7 @@ class Database {
   Object Execute(const std::wstring& sql) const { return connection_.Call(L"Execute", sql).AsObject(); }
   // The first column of the query's rows as text, joined by ",". Null reads NULL.
   std::wstring Column(const std::wstring& sql) const;
-  // A recordset that is opened on the text; client-side when `location` is 3.
+  // A recordset that is opened on the text; client-side when `location` is kClient.
   Object Open(const std::wstring& sql, int32_t location) const;
 
  private:

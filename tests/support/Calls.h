@@ -32,4 +32,23 @@ inline std::vector<std::wstring> AroundSetUp(std::initializer_list<std::wstring>
   return all;
 }
 
+// The same for a method that votes to abort first.
+inline std::vector<std::wstring> AfterSetUp(const std::wstring& dsn, const std::vector<std::wstring>& after) {
+  return AroundSetUp({L"VoteAbort"}, dsn, after);
+}
+
+// The votes of a method that votes to abort first and then fails.
+inline const std::vector<std::wstring> kAbortedTwice{L"VoteAbort", L"VoteAbort"};
+
+// An outside call of a method that is to fail.
+struct FailingCall {
+  const wchar_t* method;
+  OutsideCall call;
+};
+
+inline void PrintTo(const FailingCall& failing, std::ostream* out) {
+  *out << com::ToUtf8(failing.method) << ", ";
+  PrintTo(failing.call, out);
+}
+
 } // namespace mbom::test

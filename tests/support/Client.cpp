@@ -12,6 +12,7 @@
 #include "com/Text.h"
 #include "odbc/Passwords.h"
 #include "tests/support/Rows.h"
+#include "tests/support/SourceFolder.h"
 
 namespace mbom::test {
 namespace {
@@ -28,7 +29,7 @@ const std::vector<std::wstring>& Batches(const std::string& path) {
   const auto [script, isNew] = scripts.try_emplace(path);
   std::vector<std::wstring>& batches = script->second;
   if (!isNew) return batches;
-  std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
+  std::ifstream file(SourceFolder() + "/" + path, std::ios::binary);
   if (!file) ADD_FAILURE() << "cannot read " << path;
   std::string batch;
   for (std::string line; std::getline(file, line);) {

@@ -39,7 +39,7 @@ struct Left {
     }
     left.slot = TlsAlloc();
     TlsFree(left.slot);
-    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     left.handle = reinterpret_cast<uintptr_t>(event);
     CloseHandle(event);
     return left;

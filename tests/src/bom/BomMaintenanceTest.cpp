@@ -13,12 +13,6 @@ using com::Object;
 using com::Variant;
 using Texts = std::vector<std::wstring>;
 
-const Texts kAbortedTwice{L"VoteAbort", L"VoteAbort"};
-
-Texts AfterSetUp(const std::wstring& dsn, const Texts& events) {
-  return AroundSetUp({L"VoteAbort"}, dsn, events);
-}
-
 // The server's error for a statement that is none.
 void ExpectServerError(const Raised& raised) {
   EXPECT_EQ(static_cast<unsigned>(raised.code), 0x80040E14u);
@@ -505,13 +499,12 @@ TEST_P(SetVisibleFailure, LeavesNothingBehindUnderTheHost) {
 INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, SetVisibleFailure,
                          testing::ValuesIn(std::begin(kCalls) + 1, std::end(kCalls)));
 
-using Method = std::pair<const wchar_t*, OutsideCall>;
-
-class RisingMaintenanceFailure : public BomMaintenanceTest, public testing::WithParamInterface<Method> {};
+class RisingMaintenanceFailure : public BomMaintenanceTest,
+                                 public testing::WithParamInterface<FailingCall> {};
 
 TEST_P(RisingMaintenanceFailure, ReachesTheCallerUnchangedWithTheUnitAborted) {
-  const std::wstring method = GetParam().first;
-  const OutsideCall& call = GetParam().second;
+  const std::wstring method = GetParam().method;
+  const OutsideCall& call = GetParam().call;
   const Object bom = Hosted(L"BomUpdate");
   const Trace trace;
   const Fault fault(call.kind, call.nth);
@@ -535,14 +528,14 @@ TEST_P(RisingMaintenanceFailure, ReachesTheCallerUnchangedWithTheUnitAborted) {
   EXPECT_EQ(Boms(), kBoms);
 }
 
-std::vector<Method> RisingMethods() {
-  std::vector<Method> methods;
+std::vector<FailingCall> RisingMaintenance() {
+  std::vector<FailingCall> methods;
   for (const wchar_t* name : {L"UpdateBomGroup", L"DeleteBom", L"DeleteBomGroup", L"UpdateBOM"})
-    for (const OutsideCall& call : kCalls) methods.emplace_back(name, call);
+    for (const OutsideCall& call : kCalls) methods.push_back({name, call});
   return methods;
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, RisingMaintenanceFailure, testing::ValuesIn(RisingMethods()));
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, RisingMaintenanceFailure, testing::ValuesIn(RisingMaintenance()));
 
 } // namespace
 } // namespace mbom::test

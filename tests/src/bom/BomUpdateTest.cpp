@@ -56,10 +56,6 @@ class BomUpdateTest : public testing::Test {
   const TestDatabase database_;
 };
 
-Texts AfterSetUp(const std::wstring& dsn, const Texts& events) {
-  return AroundSetUp({L"VoteAbort"}, dsn, events);
-}
-
 const Texts kUntouched{L"11|0|1072|NULL|NULL|NULL|NULL|1", L"12|0|1072|NULL|NULL|NULL|NULL|1",
                        L"13|0|1072|NULL|NULL|NULL|NULL|1", L"14|0|1072|NULL|NULL|NULL|NULL|1"};
 
@@ -370,13 +366,11 @@ TEST_F(BomUpdateTest, AFailingVoteAfterAFailureRises) {
   EXPECT_EQ(raised.description, Fault::kText);
 }
 
-using Method = std::pair<const wchar_t*, OutsideCall>;
-
-class RisingFailure : public BomUpdateTest, public testing::WithParamInterface<Method> {};
+class RisingFailure : public BomUpdateTest, public testing::WithParamInterface<FailingCall> {};
 
 TEST_P(RisingFailure, ReachesTheCallerUnchangedWithTheUnitAborted) {
-  const std::wstring method = GetParam().first;
-  const OutsideCall& call = GetParam().second;
+  const std::wstring method = GetParam().method;
+  const OutsideCall& call = GetParam().call;
   const Object bom = Hosted(L"BomUpdate");
   const Object save =
       MakeVector({Header(11, 0), MakeDictionary({{L"UseStatusChange", true}, {L"FItemID", 500}})});
@@ -404,14 +398,14 @@ constexpr OutsideCall kSetUpCalls[] = {
     {L"GetConnection", 1}, {L"Execute", 1},        {L"VoteComplete", 1},
 };
 
-std::vector<Method> RisingMethods() {
-  std::vector<Method> methods;
+std::vector<FailingCall> RisingUpdates() {
+  std::vector<FailingCall> methods;
   for (const wchar_t* name : {L"BeginSave", L"UpdateIcBomStatus"})
-    for (const OutsideCall& call : kSetUpCalls) methods.emplace_back(name, call);
+    for (const OutsideCall& call : kSetUpCalls) methods.push_back({name, call});
   return methods;
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, RisingFailure, testing::ValuesIn(RisingMethods()));
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, RisingFailure, testing::ValuesIn(RisingUpdates()));
 
 // ---- UpdateIcBomStatus
 

@@ -30,7 +30,7 @@ void PrintTo(const Answer& answer, std::ostream* out) {
   *out << answer.code << " \"" << com::ToUtf8(answer.message) << '"';
 }
 
-struct Language {
+struct DocumentNames {
   const wchar_t* key;
   const wchar_t* costObjects;
   const wchar_t* salesOrders;
@@ -38,10 +38,12 @@ struct Language {
   const wchar_t* already;
 };
 
-constexpr Language kChs{L"Language=chs", L"成本对象表", L"销售订单", L"该BOM在 ", L" 中已经被引用。\r\n"};
-constexpr Language kCht{L"Language=cht", L"成本對象表", L"銷售訂單", L"該BOM在 ", L" 中已經被引用。\r\n"};
-constexpr Language kEn{L"Language=en", L"Cost Objects", L"Sales Orders", L"This BOM is used in ",
-                       L" already.\r\n"};
+constexpr DocumentNames kChs{L"DocumentNames=chs", L"成本对象表", L"销售订单", L"该BOM在 ",
+                             L" 中已经被引用。\r\n"};
+constexpr DocumentNames kCht{L"DocumentNames=cht", L"成本對象表", L"銷售訂單", L"該BOM在 ",
+                             L" 中已經被引用。\r\n"};
+constexpr DocumentNames kEn{L"DocumentNames=en", L"Cost Objects", L"Sales Orders", L"This BOM is used in ",
+                            L" already.\r\n"};
 
 class CBomCheckTest : public testing::Test {
  protected:
@@ -110,7 +112,7 @@ class CBomCheckTest : public testing::Test {
     return {code, message.AsText()};
   }
 
-  std::wstring Dsn(const Language& language) const { return database_.Dsn(language.key); }
+  std::wstring Dsn(const DocumentNames& language) const { return database_.Dsn(language.key); }
   std::wstring Chs() const { return Dsn(kChs); }
 
   const TestDatabase database_;
@@ -212,7 +214,7 @@ std::wstring UndoQuery(const std::wstring& id) {
          L"Where FInterID = " +
          id;
 }
-std::wstring UsedQuery(const Language& language, const std::wstring& id) {
+std::wstring UsedInQuery(const DocumentNames& language, const std::wstring& id) {
   return L"Open\t select top 1 '" + std::wstring(language.costObjects) +
          L"' as FTableName, FBomID as FBomInterID From cbCostObj Where FBomID = " + id +
          L"\r\n union select top 1 '" + language.salesOrders +
@@ -236,7 +238,7 @@ TEST_F(CBomCheckTest, TakesAnAuditBack) {
       trace.Events(),
       AroundSetUp({}, Chs(),
                   {UndoQuery(L"22"), L"GetConnection", ProfileRead(L"IC", L"SameUserApprovalAndUnApproval"),
-                   L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedQuery(kChs, L"22"),
+                   L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedInQuery(kChs, L"22"),
                    L"Execute\t Update ICBOM Set FUseStatus = 1073, FStatus = 0, FCheckerID = null, "
                    L"FAudDate = null, FBeenChecked=0\r\n Where FInterID = 22",
                    L"LoadString\tBOM[编号：", L"LoadString\t]反审核成功。", L"VoteComplete"}));
@@ -315,7 +317,7 @@ TEST_F(CBomCheckTest, RefusesToUndoABomInUseButVotesComplete) {
       trace.Events(),
       AroundSetUp({}, Chs(),
                   {UndoQuery(L"23"), L"GetConnection", ProfileRead(L"IC", L"SameUserApprovalAndUnApproval"),
-                   L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedQuery(kChs, L"23"),
+                   L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedInQuery(kChs, L"23"),
                    L"LoadString\t该BOM在", L"LoadString\t中已经被引用。", L"LoadString\tBOM[编号：",
                    L"LoadString\t]反审核被拒绝。", L"LoadString\t原因：",
                    L"LoadString\t如果反审核，会影响这些单据的正确执行。", L"VoteComplete"}));
@@ -354,7 +356,7 @@ TEST_F(CBomCheckTest, AsksForConfirmationBeforeADeletion) {
   EXPECT_EQ(trace.Events(),
             AroundSetUp({}, Chs(),
                         {L"Open\tselect * from icbom where fbomtype=3 and FInterId=22",
-                         L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedQuery(kChs, L"22"),
+                         L"LoadString\t成本对象表", L"LoadString\t销售订单", UsedInQuery(kChs, L"22"),
                          L"Open\tselect * from icbom where fbomtype=3 and fparentid=22",
                          L"LoadString\t确定要删除该BOM单吗？", L"VoteComplete"}));
   EXPECT_EQ(MayDelete(Dsn(kCht), 22), (Answer{1, L"確定要刪除該BOM單嗎？"}));
@@ -405,7 +407,7 @@ TEST_F(CBomCheckTest, AllowsToModifyWhatNothingUses) {
   EXPECT_EQ(trace.Events(), AroundSetUp({}, Chs(),
                                         {L"Open\tselect FInterID from icbom where fbomtype=3 and FInterId=22",
                                          L"LoadString\t成本对象表", L"LoadString\t销售订单",
-                                         UsedQuery(kChs, L"22"), L"VoteComplete"}));
+                                         UsedInQuery(kChs, L"22"), L"VoteComplete"}));
   EXPECT_EQ(MayModify(Chs(), 25), (Answer{1, L"as it came"})); // its customer BOMs do not matter here
 }
 
@@ -429,17 +431,7 @@ TEST_F(CBomCheckTest, ForbidsToModifyABomInUse) {
 
 // ---- failure paths
 
-struct Failure {
-  const wchar_t* method;
-  OutsideCall call;
-};
-
-void PrintTo(const Failure& failure, std::ostream* out) {
-  *out << com::ToUtf8(failure.method) << ", ";
-  PrintTo(failure.call, out);
-}
-
-class CBomCheckFailure : public CBomCheckTest, public testing::WithParamInterface<Failure> {
+class CBomCheckFailure : public CBomCheckTest, public testing::WithParamInterface<FailingCall> {
  protected:
   Answer Call(const std::wstring& method) const {
     if (method == L"BomCheck") return Audit(Chs(), 21, kMaker);
@@ -467,14 +459,14 @@ TEST_P(CBomCheckFailure, GivesZeroAndSaysWhy) {
 
 // What each method calls: its set-up, so many queries and settings (each on a connection of its own), and
 // maybe an update.
-std::vector<Failure> EveryFailure() {
+std::vector<FailingCall> EveryFailureOfCBomCheck() {
   struct Method {
     const wchar_t* name;
     int32_t queries;
     int32_t settings;
     bool writes;
   };
-  std::vector<Failure> failures;
+  std::vector<FailingCall> failures;
   for (const Method& method :
        {Method{L"BomCheck", 1, 1, true}, Method{L"BomUndoCheck", 2, 2, true},
         Method{L"GetBomDelInfo", 3, 0, false}, Method{L"GetBomModifyInfo", 2, 0, false}}) {
@@ -493,10 +485,10 @@ std::vector<Failure> EveryFailure() {
   return failures;
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomCheckFailure, testing::ValuesIn(EveryFailure()));
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomCheckFailure, testing::ValuesIn(EveryFailureOfCBomCheck()));
 
 TEST_F(CBomCheckTest, SaysInTheCallersLanguageThatItFailed) {
-  const std::pair<const Language&, const wchar_t*> failures[] = {
+  const std::pair<const DocumentNames&, const wchar_t*> failures[] = {
       {kCht, L"BOM[編號：N]審核沒有成功。原因為：出現意外錯誤。armed fault"},
       {kEn, L"BOM [No. N] was not audited. Reason: An unexpected error occurred. armed fault"},
   };

@@ -15,12 +15,7 @@ using com::Object;
 using com::Variant;
 using Texts = std::vector<std::wstring>;
 
-const Texts kAbortedTwice{L"VoteAbort", L"VoteAbort"};
 constexpr wchar_t kBindsNothing[] = L"Provider=Embedded;Data Source=Z:\\no\\such\\file.db";
-
-Texts AfterSetUp(const std::wstring& dsn, const Texts& events) {
-  return AroundSetUp({L"VoteAbort"}, dsn, events);
-}
 
 class CBomFunctionTest : public testing::Test {
  protected:
@@ -610,17 +605,7 @@ TEST_F(CBomFunctionTest, UpdateBomGroupNameTrims) {
 
 // ---- failure paths
 
-struct Failure {
-  const wchar_t* method;
-  OutsideCall call;
-};
-
-void PrintTo(const Failure& failure, std::ostream* out) {
-  *out << com::ToUtf8(failure.method) << ", ";
-  PrintTo(failure.call, out);
-}
-
-class CBomFunctionFailure : public CBomFunctionTest, public testing::WithParamInterface<Failure> {
+class CBomFunctionFailure : public CBomFunctionTest, public testing::WithParamInterface<FailingCall> {
  protected:
   // The result of a call that would succeed.
   Variant Call(const std::wstring& method) const {
@@ -659,13 +644,13 @@ TEST_P(CBomFunctionFailure, GivesTheFailureValueAndLeavesNothingBehindUnderTheHo
   EXPECT_EQ(database_.Value(L"SELECT FParentID FROM ICBOM WHERE FInterID = 52"), L"3");
 }
 
-std::vector<Failure> EveryFailure() {
+std::vector<FailingCall> EveryFailureOfCBomFunction() {
   struct Method {
     const wchar_t* name;
     int32_t statements;
     bool abortsFirst;
   };
-  std::vector<Failure> failures;
+  std::vector<FailingCall> failures;
   for (const Method& method :
        {Method{L"GetBomCodeNum", 3, true}, Method{L"UpdateBomNumber", 2, true}, Method{L"CopyBom", 5, true},
         Method{L"GetRoutingData", 1, false}, Method{L"UpdateBomRouting", 2, false},
@@ -681,7 +666,8 @@ std::vector<Failure> EveryFailure() {
   return failures;
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomFunctionFailure, testing::ValuesIn(EveryFailure()));
+INSTANTIATE_TEST_SUITE_P(EveryOutsideCall, CBomFunctionFailure,
+                         testing::ValuesIn(EveryFailureOfCBomFunction()));
 
 } // namespace
 } // namespace mbom::test

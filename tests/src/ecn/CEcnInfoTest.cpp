@@ -145,9 +145,6 @@ class CEcnInfoTest : public testing::Test, protected Notices {
   }
 };
 
-Texts AfterSetUp(const std::wstring& dsn, const Texts& events) {
-  return AroundSetUp({L"VoteAbort"}, dsn, events);
-}
 Texts AfterReading(const std::wstring& dsn, const Texts& events) {
   return AroundSetUp({}, dsn, events);
 }

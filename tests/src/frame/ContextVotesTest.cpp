@@ -16,7 +16,7 @@ using com::Object;
 using com::Variant;
 using Texts = std::vector<std::wstring>;
 
-Texts& g_calls = NumberedContexts::calls;
+Texts& g_contextCalls = NumberedContexts::calls;
 
 class ContextVotes : public testing::Test {
  protected:
@@ -50,14 +50,14 @@ Texts Concat(std::initializer_list<Texts> parts) {
 TEST_F(ContextVotes, AWriterAbortsTheContextThatItHoldsAndCompletesTheFreshOne) {
   Run([] {
     const Object bom = Unhosted(L"BomUpdate");
-    EXPECT_EQ(g_calls, (Texts{L"GetDataContext 1", L"1 GetCallerInfo"}));
+    EXPECT_EQ(g_contextCalls, (Texts{L"GetDataContext 1", L"1 GetCallerInfo"}));
     for (const int32_t fresh : {2, 3}) {
-      g_calls.clear();
+      g_contextCalls.clear();
       EXPECT_EQ(bom.Call(L"BeginSave", L"D", MakeVector({}), L""), Variant(true));
       const std::wstring of = std::to_wstring(fresh);
-      EXPECT_EQ(g_calls, Concat({{std::to_wstring(fresh - 1) + L" VoteAbort"},
-                                 SetUpOf(fresh, L"D"),
-                                 {of + L" GetConnection", of + L" VoteComplete"}}));
+      EXPECT_EQ(g_contextCalls, Concat({{std::to_wstring(fresh - 1) + L" VoteAbort"},
+                                        SetUpOf(fresh, L"D"),
+                                        {of + L" GetConnection", of + L" VoteComplete"}}));
     }
   });
 }
@@ -66,10 +66,11 @@ TEST_F(ContextVotes, ARefusalAbortsTheFreshContext) {
   Run([this] {
     database_.Execute(L"INSERT INTO ICBOM (FInterID, FBOMNumber, FEcnInterID) VALUES (1, 'B1', 5)");
     const Object bom = Unhosted(L"BomUpdate");
-    g_calls.clear();
+    g_contextCalls.clear();
     const Object save = MakeVector({MakeDictionary({{L"FInterID", 1}})});
     EXPECT_EQ(bom.Call(L"EndSave", L"D", save, L""), Variant(false));
-    EXPECT_EQ(g_calls, Concat({{L"1 VoteAbort"}, SetUpOf(2, L"D"), {L"2 GetConnection", L"2 VoteAbort"}}));
+    EXPECT_EQ(g_contextCalls,
+              Concat({{L"1 VoteAbort"}, SetUpOf(2, L"D"), {L"2 GetConnection", L"2 VoteAbort"}}));
   });
 }
 
@@ -79,9 +80,9 @@ TEST_F(ContextVotes, ASetUpThatFailsLeavesTheAbortToTheContextThatIsHeldThen) {
     const Object save = MakeVector({MakeDictionary({{L"FInterID", 1}})});
     const auto endSave = [&](const wchar_t* failing) {
       NumberedContexts::failing = failing;
-      g_calls.clear();
+      g_contextCalls.clear();
       EXPECT_EQ(bom.Call(L"EndSave", L"D", save, L""), Variant(false));
-      return g_calls;
+      return g_contextCalls;
     };
     EXPECT_EQ(endSave(L"BindDsn"),
               (Texts{L"1 VoteAbort", L"GetDataContext 2", L"2 BindDsn D", L"2 VoteAbort"}));
@@ -95,7 +96,7 @@ TEST_F(ContextVotes, ASetUpThatFailsLeavesTheAbortToTheContextThatIsHeldThen) {
 TEST_F(ContextVotes, AnErrorThatRisesLeavesTheHeldContextAborted) {
   Run([] {
     const Object bom = Unhosted(L"BomUpdate");
-    g_calls.clear();
+    g_contextCalls.clear();
     EXPECT_NE(RaisedBy([&] { bom.Call(L"UpdateIcBomStatus", L"D", L"O'Neil"); }).code, S_OK);
     EXPECT_EQ(NumberedContexts::Votes(), Texts{L"1 VoteAbort"});
   });
@@ -104,10 +105,10 @@ TEST_F(ContextVotes, AnErrorThatRisesLeavesTheHeldContextAborted) {
 TEST_F(ContextVotes, TheSwitchOfTheValidityColumnsCompletesTheContextThatItHolds) {
   Run([] {
     const Object bom = Unhosted(L"BomUpdate");
-    g_calls.clear();
+    g_contextCalls.clear();
     EXPECT_EQ(bom.Call(L"SetVisibelBySysProfile", L"D", L"1"), Variant(true));
-    EXPECT_EQ(g_calls, Concat({{L"1 VoteComplete"}, SetUpOf(2, L"D"), {L"2 GetConnection"}}));
-    g_calls.clear();
+    EXPECT_EQ(g_contextCalls, Concat({{L"1 VoteComplete"}, SetUpOf(2, L"D"), {L"2 GetConnection"}}));
+    g_contextCalls.clear();
     EXPECT_EQ(bom.Call(L"SetVisibelBySysProfile", L"D", L"it's"), Variant(false));
     EXPECT_EQ(NumberedContexts::Votes(), (Texts{L"2 VoteComplete", L"3 VoteAbort"}));
   });
@@ -139,11 +140,11 @@ TEST_F(ContextVotes, AnImportCompletesTheFreshContextBeforeAndAfterItsWork) {
     for (const auto& [className, method] : imports) {
       NumberedContexts::last = 0;
       const Object import = Unhosted(className);
-      g_calls.clear();
+      g_contextCalls.clear();
       import.Call(method, L"D", record);
-      EXPECT_EQ(g_calls, Concat({{L"1 VoteAbort"},
-                                 SetUpOf(2, L"D"),
-                                 {L"2 VoteComplete", L"2 GetConnection", L"2 VoteComplete"}}))
+      EXPECT_EQ(g_contextCalls, Concat({{L"1 VoteAbort"},
+                                        SetUpOf(2, L"D"),
+                                        {L"2 VoteComplete", L"2 GetConnection", L"2 VoteComplete"}}))
           << com::ToUtf8(method);
     }
   });
@@ -155,9 +156,9 @@ TEST_F(ContextVotes, AReaderOrACheckCastsNoVoteBeforeItsSetUp) {
     const auto callsOf = [](const wchar_t* className, const wchar_t* method, std::vector<Variant> arguments) {
       NumberedContexts::last = 0;
       const Object object = Unhosted(className);
-      g_calls.clear();
+      g_contextCalls.clear();
       object.CallWith(method, arguments);
-      return g_calls;
+      return g_contextCalls;
     };
     const Texts completed = Concat({SetUpOf(2, L"D"), {L"2 GetConnection", L"2 VoteComplete"}});
     EXPECT_EQ(callsOf(L"BomUpdate", L"CheckBomUsed", {L"D", 1, L""}), completed);
@@ -175,13 +176,13 @@ TEST_F(ContextVotes, AReaderOrACheckCastsNoVoteBeforeItsSetUp) {
 TEST_F(ContextVotes, TheFirstHookOfAChangeNoticeCompletesTheContextThatItHolds) {
   Run([] {
     const Object ecn = Unhosted(L"CEcnInfo");
-    g_calls.clear();
+    g_contextCalls.clear();
     EXPECT_EQ(ecn.Call(L"BeginSave", L"D", MakeVector({}), L""), Variant(true));
-    EXPECT_EQ(g_calls, Texts{L"1 VoteComplete"});
+    EXPECT_EQ(g_contextCalls, Texts{L"1 VoteComplete"});
     ecn.Call(L"CheckECN", L"D", 1);
-    g_calls.clear();
+    g_contextCalls.clear();
     EXPECT_EQ(ecn.Call(L"BeginSave", L"D", MakeVector({}), L""), Variant(true));
-    EXPECT_EQ(g_calls, Texts{L"2 VoteComplete"});
+    EXPECT_EQ(g_contextCalls, Texts{L"2 VoteComplete"});
   });
 }
 
@@ -191,7 +192,7 @@ TEST_F(ContextVotes, ALedgersReaderOfUserDefinedValuesVotesOnAContextOfItsOwn) {
     // The ledger holds 1 and sets 2 up; its reader is made with 3 and sets 4 up.
     view.Call(L"GetBomLdgInfo", L"D");
     EXPECT_EQ(NumberedContexts::Votes(), (Texts{L"4 VoteComplete", L"2 VoteComplete"}));
-    g_calls.clear();
+    g_contextCalls.clear();
     view.Call(L"GetBomEntryLdgInfo", L"D");
     EXPECT_EQ(NumberedContexts::Votes(), (Texts{L"7 VoteComplete", L"5 VoteComplete"}));
   });
@@ -285,11 +286,11 @@ TEST_P(EveryMethodsVotes, GoToTheContextThatIsHeldThen) {
     arguments.insert(arguments.begin(), Variant(L"D"));
     std::wstring held = L"1";
     for (int call = 0; call < 2; ++call) {
-      g_calls.clear();
+      g_contextCalls.clear();
       RaisedBy([&] { object.CallWith(GetParam().method, arguments); });
       int votes = 0;
       constexpr std::wstring_view kFresh = L"GetDataContext ";
-      for (const std::wstring& event : g_calls) {
+      for (const std::wstring& event : g_contextCalls) {
         if (event.starts_with(kFresh)) held = event.substr(kFresh.size());
         const size_t vote = event.find(L" Vote");
         if (vote == std::wstring::npos) continue;

@@ -49,11 +49,11 @@ class Chance {
 };
 
 // What calls have shown about the members of a kind of object.
-struct Member {
+struct AimedMember {
   uint32_t arguments = 0; // how many it may take
   bool missing = false;
 };
-using Members = std::map<std::pair<size_t, DISPID>, Member>;
+using Members = std::map<std::pair<size_t, DISPID>, AimedMember>;
 
 class Generator;
 
@@ -265,7 +265,7 @@ class Generator {
     for (int i = 0; i < 5 && members_[{target.kind, id}].missing; ++i)
       id = static_cast<DISPID>(chance_.Below(34));
     const WORD flags = chance_.OneIn(3) ? chance_.Of(kFlags) : kAnyRead;
-    Member& member = members_[{target.kind, id}];
+    AimedMember& member = members_[{target.kind, id}];
     const uint32_t count = chance_.OneIn(60) ? 40 : chance_.OneIn(8) ? chance_.Below(7) : member.arguments;
     std::deque<VARIANT> referenced;
     std::vector<VARIANT> arguments(count);

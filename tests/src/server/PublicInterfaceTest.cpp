@@ -10,6 +10,7 @@
 #include "com/Module.h"
 #include "src/server/Tables.h"
 #include "tests/src/server/LoadedDll.h"
+#include "tests/src/server/TypeDescriptions.h"
 #include "tests/support/Client.h"
 #include "tests/support/Printing.h"
 
@@ -243,13 +244,6 @@ std::wstring MemberText(WORD kind, const std::wstring& name, const Texts& parame
 }
 
 // ---- the type library
-
-// The type behind the references of a parameter or a result.
-VARTYPE PlainType(const TYPEDESC& type, bool inOut) {
-  const TYPEDESC* inner = inOut ? type.lptdesc : &type;
-  if (inner->vt == VT_PTR) inner = inner->lptdesc;
-  return inner->vt == VT_USERDEFINED ? static_cast<VARTYPE>(VT_DISPATCH) : inner->vt;
-}
 
 std::wstring Described(ITypeInfo& info, const FUNCDESC& function) {
   constexpr UINT kMost = com::Arguments::kMost + 1;

@@ -10,6 +10,7 @@
 #include "src/server/Classes.h"
 #include "src/server/Tables.h"
 #include "tests/src/server/LoadedDll.h"
+#include "tests/src/server/TypeDescriptions.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -21,12 +22,12 @@ using com::Parameter;
 using com::Ptr;
 using com::Variant;
 
-struct PublicClass {
+struct ServedClass {
   const wchar_t* name;
   const DispatchTable& (*table)();
 };
 
-const PublicClass kClasses[] = {
+const ServedClass kClasses[] = {
     {L"BomUpdate", com::TableOf<BomUpdate>},
     {L"BomView", com::TableOf<BomView>},
     {L"BOMImport", com::TableOf<BOMImport>},
@@ -55,15 +56,6 @@ class Description {
   T* value_ = nullptr;
 };
 using TypeAttributes = Description<TYPEATTR, &ITypeInfo::GetTypeAttr, &ITypeInfo::ReleaseTypeAttr>;
-
-// The type of a parameter or a result, without the references that in/out adds.
-VARTYPE PlainType(const TYPEDESC& type, bool inOut) {
-  const TYPEDESC* inner = inOut ? type.lptdesc : &type;
-  if (inner->vt == VT_PTR) inner = inner->lptdesc;
-  // An object parameter is a pointer to the dispatch interface, which the library may keep as a reference to
-  // it.
-  return inner->vt == VT_USERDEFINED ? static_cast<VARTYPE>(VT_DISPATCH) : inner->vt;
-}
 
 void ExpectSameParameter(const Parameter& parameter, const ELEMDESC& described, const std::wstring& name) {
   SCOPED_TRACE(com::ToUtf8(name));
@@ -103,7 +95,7 @@ void ExpectSameMember(ITypeInfo& info, const FUNCDESC& described, const Dispatch
     ExpectSameParameter(member->parameters[i], described.lprgelemdescParam[i], texts[i + 1]);
 }
 
-class TypeLibraryTest : public testing::TestWithParam<PublicClass> {
+class TypeLibraryTest : public testing::TestWithParam<ServedClass> {
  protected:
   void SetUp() override {
     ASSERT_EQ(com::LoadModuleTypeLibrary(BesideTheTest(L"QorvaneMBomBill.dll"), library_), S_OK);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -82,7 +83,7 @@ TEST_F(UnloadingTest, LeavesNothingBehindInOtherThreads) {
   // A thread that lives on uses the DLL, then this one does and unloads it.
   HANDLE go = CreateEventW(nullptr, FALSE, FALSE, nullptr);
   HANDLE done = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-  bool ends = false;
+  std::atomic<bool> ends = false;
   std::thread other([&] {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     DWORD cookie = 0;

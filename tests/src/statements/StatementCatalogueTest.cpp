@@ -16,6 +16,7 @@
 #include "src/server/Tables.h"
 #include "tests/src/statements/Cases.h"
 #include "tests/support/Client.h"
+#include "tests/support/SourceFolder.h"
 
 namespace mbom::test {
 namespace {
@@ -23,7 +24,7 @@ namespace {
 using com::Object;
 using com::Variant;
 
-const std::filesystem::path kFolder = SOURCE_DIR "/statements";
+const std::filesystem::path kFolder = SourceFolder() + "/statements";
 constexpr std::string_view kShared = "Shared.";
 
 StatementCases AllCases() {

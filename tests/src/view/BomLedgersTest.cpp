@@ -229,8 +229,6 @@ TEST_F(TitlesTest, TakesAnEmptyLanguageForTraditionalChinese) {
 
 // ---- ledgers
 
-constexpr wchar_t kSettingQuery[] =
-    L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'";
 constexpr wchar_t kExtensionQuery[] =
     L"select FComponentExt from t_components where FComponent = 'QorvaneMBomBill.BomView'";
 constexpr wchar_t kHeadFieldsQuery[] =

@@ -18,8 +18,6 @@ using com::Object;
 using com::Variant;
 using Texts = std::vector<std::wstring>;
 
-constexpr wchar_t kSettingQuery[] =
-    L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'";
 constexpr wchar_t kIconOfA[] =
     L"CASE WHEN a.FBomType=0 THEN (CASE WHEN a.FUseStatus=1072 THEN 13 ELSE 3 END) ELSE (CASE WHEN "
     L"a.FBomType=1 THEN 15 ELSE (CASE WHEN a.FBomType=2 THEN 18 ELSE 17 END )END ) END";
@@ -235,7 +233,7 @@ std::wstring BomListStatement(const std::wstring& caption, const std::wstring& n
          L")t1";
 }
 
-const std::vector<const wchar_t*> kTreeColumns{L"FType",      L"FRelative", L"FKey",       L"FText",
+const std::vector<const wchar_t*> kListColumns{L"FType",      L"FRelative", L"FKey",       L"FText",
                                                L"FImgNormal", L"FImgClick", L"FTag",       L"FAdditional",
                                                L"FNumber",    L"FName",     L"FBomNumber", L"FBomType",
                                                L"FItemID",    L"FInterID",  L"FCustID"};
@@ -249,7 +247,7 @@ TEST_F(BomListsTest, ListsRootGroupsAndBoms) {
              L"GetConnectionObject", std::wstring(L"Open\t") + kSettingQuery, L"LoadString\tBOM单",
              L"Open\t" + BomListStatement(L"BOM", L"b.FNumber,") + L" ORDER BY FKey", L"VoteComplete"}));
   // A group shows its name as the number and its number as the BOM's.
-  EXPECT_EQ(RowTexts(rows, kTreeColumns),
+  EXPECT_EQ(RowTexts(rows, kListColumns),
             (Texts{L"0||ga|BOM|1|2|0|||||0|0|0|0", L"1|ga|gb1|G1(Bikes)|1|2|G1||Bikes||G1|0|0|0|0",
                    L"1|gb1|gb2|G1.1(City)|1|2|G1.1||City||G1.1|0|0|0|0",
                    L"1|gb1|gb3|G1.2(Hill)|1|2|G1.2||Hill||G1.2|0|0|0|0",
@@ -351,7 +349,7 @@ std::wstring ItemIdBatch(const std::wstring& where, const std::wstring& items) {
 
 constexpr wchar_t kNotConfigured[] = L" and t2.FErpClsID <> 5 and t1.FParentID is not  null";
 constexpr wchar_t kAllItems[] = L" and t1.FParentID is not  null";
-constexpr wchar_t kGroupColumns[] =
+constexpr wchar_t kGroupSelection[] =
     L"1 AS FImgNormal,2 AS FImgClick,FNumber AS FTag,'' AS FAdditional,FNumber,FName,'' AS FBomNumber,0 AS "
     L"FBomType,0 AS FItemID,FInterID,0 AS FCustID";
 
@@ -363,7 +361,7 @@ std::wstring SimplifyStatement(const std::wstring& root, const std::wstring& gro
 }
 
 std::wstring SimplifyListStatement(const std::wstring& where = {}) {
-  return SimplifyStatement(Root(L"BOM"), GroupsFrom(kGroupColumns),
+  return SimplifyStatement(Root(L"BOM"), GroupsFrom(kGroupSelection),
                            BomsFrom(kUnderGroupOrBom, L"b.FNumber,",
                                     L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID and a.Fstatus=1 "),
                            where);
@@ -398,7 +396,7 @@ TEST_F(SimplifyListTest, ListsMatchingBomsUnderTheirGroups) {
                          L"LoadString\tBOM单", L"Open\t" + SimplifyListStatement() + L" ORDER BY FKey",
                          L"Execute\tDROP TABLE ##BomItemID", L"VoteComplete"}));
   // 12 is not audited, but its groups are there. A customer BOM hangs under its configuration BOM.
-  EXPECT_EQ(RowTexts(rows, kTreeColumns),
+  EXPECT_EQ(RowTexts(rows, kListColumns),
             (Texts{L"0||ga|BOM|1|2|0|||||0|0|0|0", L"1|ga|gb1|G1(Bikes)|1|2|G1||G1|Bikes||0|0|1|0",
                    L"1|gb1|gb2|G1.1(City)|1|2|G1.1||G1.1|City||0|0|2|0",
                    L"1|gb1|gb3|G1.2(Hill)|1|2|G1.2||G1.2|Hill||0|0|3|0",
@@ -441,7 +439,7 @@ TEST_F(SimplifyListTest, RestrictsTheRowsToo) {
 TEST_F(SimplifyListTest, OfCustomersTakesTheSecondFilterOnlyWithTheFirst) {
   const auto statement = [](const std::wstring& where) {
     return SimplifyStatement(
-        Root(L"BOM"), GroupsFrom(kGroupColumns),
+        Root(L"BOM"), GroupsFrom(kGroupSelection),
         BomsFrom(kUnderGroup, L"b.FNumber,",
                  L" FROM ICBom a,t_ICItem b  WHERE a.FItemID=b.FItemID AND a.FBomType IN (1,3)"),
         where);
@@ -465,7 +463,7 @@ TEST_F(SimplifyListTest, ExKeepsConfiguredItemsForTheEcnLookup) {
   const auto statement = [](const std::wstring& items) {
     return SimplifyStatement(
         Root(L"BOM", L", '' AS FModel, '' AS FErpClsName"),
-        GroupsFrom(std::wstring(kGroupColumns) + L",  '' AS FModel, '' AS FErpClsName "),
+        GroupsFrom(std::wstring(kGroupSelection) + L",  '' AS FModel, '' AS FErpClsName "),
         BomsFrom(
             kUnderGroupOrBom, L"b.FNumber,",
             L", b.FModel, c.FName as FErpClsName  FROM ICBom a,t_ICItem b, t_SubMessage c  WHERE A.FSTATUS=1 "
@@ -493,7 +491,7 @@ TEST_F(SimplifyListTest, ExKeepsConfiguredItemsForTheEcnLookup) {
 }
 
 TEST_F(SimplifyListTest, ExListsGroupsAndCustomerBomsInTheShapeOfTheOthers) {
-  std::vector<const wchar_t*> columns = kTreeColumns;
+  std::vector<const wchar_t*> columns = kListColumns;
   columns.insert(columns.end(), {L"FModel", L"FErpClsName"});
   const Variant rows =
       view_.Call(L"GetBomSimplifyListEx", dsn_, L"t1.FInterID IN (11,12,15)", L"", L"FKey", L"ECNLOOKUP");

@@ -11,6 +11,10 @@
 
 namespace mbom::test {
 
+// The query for the setting that says whether items are shown by their short numbers.
+inline constexpr wchar_t kSettingQuery[] =
+    L"SELECT FValue FROM t_SystemProfile WHERE FCategory='IC' AND FKey='UseShortNumber'";
+
 inline void FillBrowserData(const TestDatabase& database) {
   database.Execute(L"INSERT INTO ICBOMGroup (FInterID, FNumber, FName, FParentID, FBootID) VALUES "
                    L"(1, 'G1', 'Bikes', 0, 1), (2, 'G1.1', 'City', 1, 1), (3, 'G1.2', 'Hill', 1, 1), "

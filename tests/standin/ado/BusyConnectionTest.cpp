@@ -27,8 +27,6 @@ class BusyConnectionTest : public testing::Test {
   Database database_;
 };
 
-constexpr int32_t kServer = 2;
-constexpr int32_t kClient = 3;
 constexpr int32_t kForwardOnly = 0;
 constexpr int32_t kStatic = 3;
 

@@ -3,8 +3,6 @@
 namespace standin::test {
 namespace {
 
-constexpr int32_t kServer = 2;
-constexpr int32_t kClient = 3;
 constexpr wchar_t kAll[] = L"SELECT FInterID, FName FROM t ORDER BY FInterID";
 
 TEST(Recordset, OfExecuteIsForwardOnlyReadOnlyAndNotCounted) {

@@ -57,7 +57,6 @@ constexpr int32_t kTimeStamp = 135;
 constexpr int32_t kVarWChar = 202;
 constexpr int32_t kVarBinary = 204;
 constexpr int32_t kDouble = 5;
-constexpr int32_t kClient = 3;
 
 class ServerSessionTest : public testing::TestWithParam<Kind> {
  protected:

@@ -156,7 +156,7 @@ TEST_F(SessionPoolTest, AHostedCallLeavesNoTransactionBehind) {
 size_t OpenFiles() {
   size_t count = 0;
   WIN32_FIND_DATAW found{};
-  const HANDLE search = FindFirstFileW(L"Z:\\proc\\self\\fd\\*", &found);
+  HANDLE search = FindFirstFileW(L"Z:\\proc\\self\\fd\\*", &found);
   if (search == INVALID_HANDLE_VALUE) return 0;
   do ++count;
   while (FindNextFileW(search, &found));
@@ -166,7 +166,7 @@ size_t OpenFiles() {
 
 // The lowest number that no handle has. Wine does not count handles.
 uintptr_t NextHandle() {
-  const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+  HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
   CloseHandle(event);
   return reinterpret_cast<uintptr_t>(event);
 }
