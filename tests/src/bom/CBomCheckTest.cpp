@@ -38,11 +38,11 @@ struct DocumentNames {
   const wchar_t* already;
 };
 
-constexpr DocumentNames kChs{L"DocumentNames=chs", L"成本对象表", L"销售订单", L"该BOM在 ",
+constexpr DocumentNames kChs{L"Language=chs", L"成本对象表", L"销售订单", L"该BOM在 ",
                              L" 中已经被引用。\r\n"};
-constexpr DocumentNames kCht{L"DocumentNames=cht", L"成本對象表", L"銷售訂單", L"該BOM在 ",
+constexpr DocumentNames kCht{L"Language=cht", L"成本對象表", L"銷售訂單", L"該BOM在 ",
                              L" 中已經被引用。\r\n"};
-constexpr DocumentNames kEn{L"DocumentNames=en", L"Cost Objects", L"Sales Orders", L"This BOM is used in ",
+constexpr DocumentNames kEn{L"Language=en", L"Cost Objects", L"Sales Orders", L"This BOM is used in ",
                             L" already.\r\n"};
 
 class CBomCheckTest : public testing::Test {
