@@ -1,6 +1,6 @@
 // What ADO is promised of every server that a connection may have, tried with each of them: the embedded
-// engine, and SQLite through its ODBC driver. What a server or its driver cannot do is skipped, with its
-// name.
+// engine, SQLite through its ODBC driver, and the engine again behind FreeTDS and a wire. What a server or
+// its driver cannot do is skipped, with its name.
 #include "standin/ado/ServerSession.h"
 
 #include <array>
@@ -11,6 +11,7 @@
 #include "com/ValueText.h"
 #include "tests/standin/DataFile.h"
 #include "tests/standin/SqliteFile.h"
+#include "tests/standin/TdsServer.h"
 #include "tests/standin/Worker.h"
 
 namespace standin::test {
@@ -29,6 +30,14 @@ class EmbeddedServer final : public TestServer {
 
  private:
   DataFile file_{0};
+};
+
+class WireServer final : public TestServer {
+ public:
+  std::wstring Dsn() const override { return server_.Dsn(); }
+
+ private:
+  TdsServer server_;
 };
 
 class SqliteServer final : public TestServer {
@@ -63,6 +72,7 @@ class ServerSessionTest : public testing::TestWithParam<Kind> {
  protected:
   void SetUp() override {
     if (GetParam().make == MakeSqlite) SKIP_WITHOUT_SQLITE_DRIVER();
+    if (GetParam().make == MakeWire) SKIP_WITHOUT_TDS_SERVER();
     server_ = GetParam().make();
     connection_ = Connect();
     Execute(L"CREATE TABLE things (FInterID int NOT NULL PRIMARY KEY, FName nvarchar(20) NULL)");
@@ -111,6 +121,7 @@ class ServerSessionTest : public testing::TestWithParam<Kind> {
 
  public:
   static std::unique_ptr<TestServer> MakeEmbedded() { return std::make_unique<EmbeddedServer>(); }
+  static std::unique_ptr<TestServer> MakeWire() { return std::make_unique<WireServer>(); }
   static std::unique_ptr<TestServer> MakeSqlite() { return std::make_unique<SqliteServer>(); }
 
  protected:
@@ -387,6 +398,9 @@ TEST_P(ServerSessionTest, EndsAStatementThatTakesTooLong) {
 
 INSTANTIATE_TEST_SUITE_P(Embedded, ServerSessionTest,
                          testing::Values(Kind{"Embedded", ServerSessionTest::MakeEmbedded, "",
+                                              static_cast<HRESULT>(0x80040E2F), 2627}));
+INSTANTIATE_TEST_SUITE_P(Tds, ServerSessionTest,
+                         testing::Values(Kind{"Tds", ServerSessionTest::MakeWire, "",
                                               static_cast<HRESULT>(0x80040E2F), 2627}));
 constexpr int32_t kSqliteConstraint = 19;
 INSTANTIATE_TEST_SUITE_P(Odbc, ServerSessionTest,

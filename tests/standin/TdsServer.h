@@ -1,0 +1,37 @@
+// TdsServer: tds_server with a database file of its own, reached through FreeTDS. It serves the engine over
+// the protocol of SQL Server, so what the stand-in does with such a server can be tried on any machine with
+// Wine.
+#pragma once
+
+#include <string>
+
+namespace standin::test {
+
+// Why there is none here; empty when there is one. The server is a program for Linux, and 32-bit processes
+// may lack the driver.
+std::wstring WhyNoTdsServer();
+
+class TdsServer {
+ public:
+  // `options` are those of tds_server.
+  explicit TdsServer(const std::wstring& options = {});
+  ~TdsServer();
+  TdsServer(const TdsServer&) = delete;
+  TdsServer& operator=(const TdsServer&) = delete;
+
+  // As an ODBC connection string and as a descriptor of the stand-in. `changed` comes first, and of two
+  // values of one key the driver takes the first.
+  std::wstring ConnectionText(const std::wstring& changed = {}) const;
+  std::wstring Dsn(const std::wstring& changed = {}) const;
+
+ private:
+  std::wstring folder_;
+  int port_ = 0;
+};
+
+} // namespace standin::test
+
+// For the first line of a test or of a SetUp.
+#define SKIP_WITHOUT_TDS_SERVER()                                                                            \
+  if (const std::wstring why = ::standin::test::WhyNoTdsServer(); !why.empty())                              \
+  GTEST_SKIP() << com::ToUtf8(why)
