@@ -82,8 +82,7 @@ TypeId ByNumber(SQLSMALLINT sqlType) {
 }
 
 [[noreturn]] void Throw(SQLHSTMT statement) {
-  const std::vector<Error> records = Records(SQL_HANDLE_STMT, statement);
-  throw records.empty() ? Error(0, "HY000", "The driver does not describe its columns.") : records.front();
+  throw FailureOf(SQL_HANDLE_STMT, statement);
 }
 
 std::wstring TypeName(SQLHSTMT statement, SQLUSMALLINT column) {

@@ -1,5 +1,6 @@
 #include "odbc/Error.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -9,6 +10,7 @@ namespace odbc {
 namespace {
 
 constexpr int kSeverityOfErrors = 16;
+constexpr char kGeneralError[] = "HY000";
 
 // "[unixODBC][FreeTDS][SQL Server]text": driver manager, driver and data source.
 std::wstring_view WithoutOrigin(std::wstring_view text) {
@@ -52,6 +54,21 @@ std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle) {
     // Not by its length, which some drivers count in bytes of UTF-8.
     records.emplace_back(number, code, com::ToUtf8(WithoutOrigin(text.c_str())), code.starts_with("01"));
   }
+}
+
+std::vector<Error> RecordsOfFailure(SQLSMALLINT handleType, SQLHANDLE handle) {
+  std::vector<Error> records = Records(handleType, handle);
+  if (records.empty()) records.emplace_back(0, kGeneralError, "The driver failed and does not say why.");
+  if (std::ranges::all_of(records, &Error::IsInformation)) {
+    Error& last = records.back();
+    last = Error(last.number, kGeneralError, last.what());
+  }
+  return records;
+}
+
+Error FailureOf(SQLSMALLINT handleType, SQLHANDLE handle) {
+  const std::vector<Error> records = RecordsOfFailure(handleType, handle);
+  return *std::ranges::find_if_not(records, &Error::IsInformation);
 }
 
 } // namespace odbc

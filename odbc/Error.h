@@ -25,5 +25,10 @@ struct Error : tsql::Error {
 
 // The records that the last call on a handle has left, in their order.
 std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle);
+// The records of a call that has failed, at least one of which is an error. Some drivers say of a failure
+// only what others have for information, or nothing.
+std::vector<Error> RecordsOfFailure(SQLSMALLINT handleType, SQLHANDLE handle);
+// The first error among them.
+Error FailureOf(SQLSMALLINT handleType, SQLHANDLE handle);
 
 } // namespace odbc

@@ -34,24 +34,23 @@ const std::wstring& Program() {
 }
 
 // Wine starts a program for Linux as it does its own, but hands out nothing to wait for it by.
-void Start(std::wstring command) {
+void Start(const std::wstring& program, std::wstring command) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessW(Program().c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &startup, &process))
-    throw std::runtime_error("tds_server does not start");
+  if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                      &process))
+    throw std::runtime_error("a program for Linux does not start");
 }
 
-int PortOf(const std::wstring& file) {
+template <typename Condition>
+void WaitFor(const char* what, Condition isTrue) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + std::chrono::seconds(20);
-  while (Clock::now() < end) {
-    int port = 0;
-    if (std::ifstream(com::ToUtf8(file)) >> port) return port;
+  while (!isTrue()) {
+    if (Clock::now() > end) throw std::runtime_error(what);
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  throw std::runtime_error("tds_server does not say where it listens");
 }
 
 } // namespace
@@ -72,18 +71,27 @@ std::wstring WhyNoTdsServer() {
   return why;
 }
 
-TdsServer::TdsServer(const std::wstring& options) {
+TdsServer::TdsServer() {
   static std::atomic<int> last{0};
   std::wstring temporary(MAX_PATH, L'\0');
   temporary.resize(GetTempPathW(MAX_PATH, temporary.data()));
   folder_ = temporary + L"tds" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++last);
   CreateDirectoryW(folder_.c_str(), nullptr);
-  const std::wstring portFile = folder_ + L"\\port";
   const std::wstring folder = UnixPath(folder_);
   // It leaves by itself when a test has ended badly.
-  Start(L"tds_server --leave 60 --port-file \"" + folder + L"/port\" " + options + L" \"" + folder +
-        L"/data.db\"");
-  port_ = PortOf(portFile);
+  Start(Program(),
+        L"tds_server --restart --leave 60 --port-file \"" + folder + L"/port\" \"" + folder + L"/data.db\"");
+  WaitFor("tds_server does not say where it listens",
+          [&] { return static_cast<bool>(std::ifstream(com::ToUtf8(folder_ + L"\\port")) >> port_); });
+}
+
+void TdsServer::Signal(const std::wstring& name) const {
+  int process = 0;
+  std::ifstream(com::ToUtf8(folder_ + L"\\port")) >> process >> process;
+  const std::wstring sent = folder_ + L"\\sent";
+  Start(L"Z:\\bin\\sh", L"sh -c \"kill -" + name + L" " + std::to_wstring(process) + L"; : >'" +
+                            UnixPath(folder_) + L"/sent'\"");
+  WaitFor("nobody sends a signal", [&] { return DeleteFileW(sent.c_str()) != 0; });
 }
 
 TdsServer::~TdsServer() {
@@ -98,13 +106,9 @@ TdsServer::~TdsServer() {
   RemoveDirectoryW(folder_.c_str());
 }
 
-std::wstring TdsServer::ConnectionText(const std::wstring& changed) const {
-  return L"DRIVER={FreeTDS};" + changed + L"Server=127.0.0.1;Port=" + std::to_wstring(port_) +
+std::wstring TdsServer::ConnectionText() const {
+  return L"DRIVER={FreeTDS};Server=127.0.0.1;Port=" + std::to_wstring(port_) +
          L";UID=tester;PWD=open sesame;Database=scratch;TDS_Version=7.4;ClientCharset=UTF-8";
-}
-
-std::wstring TdsServer::Dsn(const std::wstring& changed) const {
-  return L"Provider=ODBC;Connection={" + ConnectionText(changed) + L"}";
 }
 
 } // namespace standin::test

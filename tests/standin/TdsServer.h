@@ -13,16 +13,19 @@ std::wstring WhyNoTdsServer();
 
 class TdsServer {
  public:
-  // `options` are those of tds_server.
-  explicit TdsServer(const std::wstring& options = {});
+  // When its process is killed another one takes its place, on the same port.
+  TdsServer();
   ~TdsServer();
   TdsServer(const TdsServer&) = delete;
   TdsServer& operator=(const TdsServer&) = delete;
 
-  // As an ODBC connection string and as a descriptor of the stand-in. `changed` comes first, and of two
-  // values of one key the driver takes the first.
-  std::wstring ConnectionText(const std::wstring& changed = {}) const;
-  std::wstring Dsn(const std::wstring& changed = {}) const;
+  // Sends the process a signal by its name: STOP holds it, CONT lets it go on, KILL ends it. Returns when it
+  // has been sent.
+  void Signal(const std::wstring& name) const;
+
+  // As an ODBC connection string and as a descriptor of the stand-in.
+  std::wstring ConnectionText() const;
+  std::wstring Dsn() const { return L"Provider=ODBC;Connection={" + ConnectionText() + L"}"; }
 
  private:
   std::wstring folder_;

@@ -51,7 +51,8 @@ bool IsOwnStatement(std::string_view line) {
   unsigned hours = 0;
   unsigned minutes = 0;
   unsigned seconds = 0;
-  return line == kShutDown || std::sscanf(std::string(line).c_str(), kWait, &hours, &minutes, &seconds) == 3;
+  return line == kShutDown || line == kShutDownAtOnce ||
+         std::sscanf(std::string(line).c_str(), kWait, &hours, &minutes, &seconds) == 3;
 }
 
 std::string_view TextOf(const RemoteCall& call, size_t index) {
@@ -67,7 +68,7 @@ int32_t HandleOf(const RemoteCall& call) {
 
 void Connection::Serve() {
   if (!LogIn()) return;
-  if (!settings_.isDeaf) session_->SetStopRequest([this] { return stream_.IsInterrupted(); });
+  session_->SetStopRequest([this] { return stream_.IsInterrupted(); });
   while (std::optional<Message> message = stream_.Read()) {
     ByteReader in(message->payload);
     switch (message->type) {
@@ -170,8 +171,7 @@ void Connection::RunOwnStatement(std::string_view line) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + std::chrono::seconds((hours * 60 + minutes) * 60 + seconds);
   constexpr std::chrono::milliseconds kPause{10};
-  while (Clock::now() < end && (settings_.isDeaf || !stream_.IsInterrupted()))
-    std::this_thread::sleep_for(kPause);
+  while (Clock::now() < end && !stream_.IsInterrupted()) std::this_thread::sleep_for(kPause);
 }
 
 void Connection::RunCall(RemoteCall& call) {

@@ -24,7 +24,6 @@ struct Settings {
   std::string databaseName;
   std::string user;
   std::string password;
-  bool isDeaf = false; // an attention is not heard until what is running has ended
 };
 
 class Connection {

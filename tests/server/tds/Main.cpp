@@ -1,12 +1,11 @@
 // tds_server [OPTION…] FILE: serves a database file of the engine over TDS, as SQL Server does over its own,
 // so that drivers can be tried without one. Nothing is encrypted, and it listens on this machine alone.
 //   --port NUMBER       0, the default, takes a free one
-//   --port-file FILE    the port is written there, as soon as clients can connect
+//   --port-file FILE    the port and the process's number are written there, as soon as clients can connect
 //   --user, --password, --database NAME   what a login must say: tester, open sesame, scratch
-//   --deaf              a client's wish to cancel is not heard
 //   --restart           a new process takes the place of one that was killed, on the same port
 //   --leave SECONDS     ends when nobody has been connected for so long
-// The port is its first line of output.
+// The same two are its first line of output, where no file is named.
 #include <poll.h>
 #include <unistd.h>
 
@@ -71,8 +70,6 @@ Options ReadOptions(int argc, char** argv) {
       settings.password = value();
     else if (name == "--database")
       settings.databaseName = value();
-    else if (name == "--deaf")
-      settings.isDeaf = true;
     else if (name == "--restart")
       options.restarts = true;
     else if (name == "--leave")
@@ -114,10 +111,13 @@ int PortOf(int listener) {
 
 // Whoever waits for the file finds it whole.
 void Publish(int port, const std::string& file) {
-  std::cout << port << std::endl;
-  if (file.empty()) return;
+  const std::string line = std::to_string(port) + ' ' + std::to_string(getpid()) + '\n';
+  if (file.empty()) {
+    std::cout << line << std::flush;
+    return;
+  }
   const std::string fresh = file + ".new";
-  std::ofstream(fresh) << port << '\n';
+  std::ofstream(fresh) << line;
   if (std::rename(fresh.c_str(), file.c_str()) != 0) ThrowErrno("rename");
 }
 
@@ -174,9 +174,9 @@ int main(int argc, char** argv) {
   try {
     Options options = ReadOptions(argc, argv);
     const int listener = Listen(options.port);
-    Publish(PortOf(listener), options.portFile);
     const auto work = [&] {
       options.settings.database = tsql::Database::Open(options.file, tsql::OpenMode::Create);
+      Publish(PortOf(listener), options.portFile);
       Accept(listener, options);
       // Threads that have just ended their client may still be on their way out.
       _exit(0);

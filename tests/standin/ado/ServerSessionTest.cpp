@@ -370,6 +370,30 @@ TEST_P(ServerSessionTest, GivesSeveralResultsInTheirOrder) {
   EXPECT_EQ(ValueOf(rows.Call(L"NextRecordset").AsObject(), L"seven"), Variant(7));
 }
 
+TEST_P(ServerSessionTest, KeepsWhatComesBehindRows) {
+  SKIP_UNLESS_IT_CAN("several statements in a batch");
+  const Object rows = Execute(L"SELECT FInterID FROM things ORDER BY FInterID UPDATE things SET FName = 'x' "
+                              L"WHERE FInterID > 1 SELECT 7 AS seven");
+  EXPECT_EQ(ColumnText(rows), L"1,2,3");
+  Variant affected;
+  const Object count = rows.Call(L"NextRecordset", Variant::Reference(affected)).AsObject();
+  EXPECT_EQ(affected, Variant(2));
+  EXPECT_EQ(ColumnText(count.Call(L"NextRecordset").AsObject()), L"7");
+}
+
+TEST_P(ServerSessionTest, RaisesAFailureAmidRows) {
+  SKIP_UNLESS_IT_CAN("a failure amid rows");
+  Fill(1100);
+  // In the first block of rows, behind one, and in the last one.
+  for (const int32_t wrong : {1, 2, 512, 513, 514, 1099, 1100}) {
+    const Raised raised = RaisedBy([&] {
+      const Object rows = Execute(L"SELECT 1 / (n - " + std::to_wstring(wrong) + L") FROM many ORDER BY n");
+      while (!rows.Get(L"EOF").AsBool()) rows.Call(L"MoveNext");
+    });
+    EXPECT_EQ(raised.description, L"Divide by zero error encountered.") << wrong;
+  }
+}
+
 TEST_P(ServerSessionTest, CallsAProcedureWithItsOutputs) {
   SKIP_UNLESS_IT_CAN("procedures");
   Execute(L"CREATE PROCEDURE p @from int, @count int OUTPUT AS SELECT @count = COUNT(*) FROM things WHERE "
@@ -404,9 +428,10 @@ INSTANTIATE_TEST_SUITE_P(Tds, ServerSessionTest,
                                               static_cast<HRESULT>(0x80040E2F), 2627}));
 constexpr int32_t kSqliteConstraint = 19;
 INSTANTIATE_TEST_SUITE_P(Odbc, ServerSessionTest,
-                         testing::Values(Kind{"Sqlite", ServerSessionTest::MakeSqlite,
-                                              "several statements in a batch, procedures, time limits",
-                                              static_cast<HRESULT>(0x80040E14), kSqliteConstraint}));
+                         testing::Values(Kind{
+                             "Sqlite", ServerSessionTest::MakeSqlite,
+                             "several statements in a batch, a failure amid rows, procedures, time limits",
+                             static_cast<HRESULT>(0x80040E14), kSqliteConstraint}));
 
 } // namespace
 } // namespace standin::test
