@@ -16,6 +16,8 @@ namespace {
 
 // Also for a driver that cannot reach its server.
 constexpr std::chrono::seconds kLoginTimeout{15};
+// For what the pool asks of an idle session: a server that hangs must not hold whoever wants a connection.
+constexpr std::chrono::seconds kPoolTimeout{5};
 
 constexpr char kLinkFailureState[] = "08S01";
 constexpr char kLinkFailure[] = "Communication link failure";
@@ -210,7 +212,7 @@ void Session::End(std::wstring_view text) {
 
 bool Session::Reset() {
   inTransaction_ = false;
-  limit_ = std::nullopt;
+  limit_ = kPoolTimeout;
   if (!isConnected_ || leavesTraces_) return false;
   try {
     RunAlone(ResetBatch(dialect_));
@@ -223,11 +225,13 @@ bool Session::Reset() {
 
 bool Session::Answers() {
   if (!isConnected_) return false;
+  limit_ = kPoolTimeout;
   try {
     RunAlone(L"SELECT 1");
   } catch (const Error&) {
     return false;
   }
+  limit_ = std::nullopt;
   return isConnected_;
 }
 

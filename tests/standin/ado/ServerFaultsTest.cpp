@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "com/Text.h"
+#include "odbc/Session.h"
 #include "tests/standin/TdsServer.h"
 #include "tests/standin/Worker.h"
 
@@ -66,7 +67,7 @@ TEST_F(ServerFaultsTest, AServerThatDiesAmidRowsFailsThem) {
   Execute(L"CREATE TABLE many (n int)");
   Execute(L"INSERT INTO many VALUES (1)");
   for (int i = 0; i < 14; ++i) Execute(L"INSERT INTO many SELECT n FROM many");
-  ExpectLost(RaisedBy([&] { Execute(L"SELECT n FROM many\nSHUTDOWN WITH NOWAIT"); }));
+  ExpectLost(RaisedBy([&] { ColumnText(Execute(L"SELECT n FROM many\nSHUTDOWN WITH NOWAIT")); }));
   EXPECT_EQ(Name(), L"one");
 }
 
@@ -105,6 +106,17 @@ TEST_F(ServerFaultsTest, AServerThatHangsEndsWithTheTimeLimit) {
   EXPECT_EQ(raised.code, kTimeout) << com::ToUtf8(raised.description);
   server_->Signal(L"CONT");
   Name();
+}
+
+TEST_F(ServerFaultsTest, ThePoolDoesNotWaitForAServerThatHangs) {
+  odbc::Session session(server_->ConnectionText());
+  EXPECT_TRUE(session.Answers());
+  server_->Signal(L"STOP");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(session.Answers());
+  EXPECT_FALSE(session.Reset());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+  server_->Signal(L"CONT");
 }
 
 TEST_F(ServerFaultsTest, SaysWithTheServersNumberWhoIsNotLetIn) {
