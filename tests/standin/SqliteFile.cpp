@@ -6,20 +6,20 @@
 
 #include "com/Text.h"
 #include "odbc/Session.h"
-#include "tests/standin/UnixPath.h"
+#include "tests/support/UnixPath.h"
 
 namespace standin::test {
 namespace {
 
 // The name that the driver's package gives it: Debian's, and its author's for Windows.
 std::wstring DriverName() {
-  return IsUnderWine() ? L"SQLite3" : L"SQLite3 ODBC Driver";
+  return com::test::IsUnderWine() ? L"SQLite3" : L"SQLite3 ODBC Driver";
 }
 
 } // namespace
 
 std::wstring SqliteConnection(const std::wstring& path) {
-  return L"DRIVER={" + DriverName() + L"};Database=" + UnixPath(path);
+  return L"DRIVER={" + DriverName() + L"};Database=" + com::test::UnixPath(path);
 }
 
 std::wstring WhyNoSqliteDriver() {

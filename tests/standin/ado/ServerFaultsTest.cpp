@@ -4,8 +4,8 @@
 
 #include "com/Text.h"
 #include "odbc/Session.h"
-#include "tests/standin/TdsServer.h"
 #include "tests/standin/Worker.h"
+#include "tests/support/TdsServer.h"
 
 namespace standin::test {
 namespace {
@@ -19,7 +19,7 @@ class ServerFaultsTest : public testing::Test {
  protected:
   void SetUp() override {
     SKIP_WITHOUT_TDS_SERVER();
-    server_ = std::make_unique<TdsServer>();
+    server_ = std::make_unique<com::test::TdsServer>();
     connection_ = Connect();
     Execute(L"CREATE TABLE things (FInterID int NOT NULL PRIMARY KEY, FName nvarchar(20) NULL)");
     Execute(L"INSERT INTO things (FInterID, FName) VALUES (1, 'one')");
@@ -36,7 +36,7 @@ class ServerFaultsTest : public testing::Test {
     return connection_.Get(L"Errors").AsObject().Get(L"Item", 0).AsObject().Get(L"NativeError").AsLong();
   }
 
-  std::unique_ptr<TdsServer> server_;
+  std::unique_ptr<com::test::TdsServer> server_;
   Object connection_;
 };
 
@@ -117,6 +117,22 @@ TEST_F(ServerFaultsTest, ThePoolDoesNotWaitForAServerThatHangs) {
   EXPECT_FALSE(session.Reset());
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
   server_->Signal(L"CONT");
+}
+
+TEST_F(ServerFaultsTest, ALockIsWaitedForNoLongerThanTheStatementMay) {
+  const Object other = Connect();
+  other.Call(L"BeginTrans");
+  other.Call(L"Execute", L"UPDATE things SET FName = 'theirs'");
+  const Raised refused = RaisedBy([&] { Execute(L"SET LOCK_TIMEOUT 100 UPDATE things SET FName = 'ours'"); });
+  EXPECT_EQ(refused.code, kTimeout);
+  EXPECT_EQ(NativeError(), 1222);
+  connection_.Put(L"CommandTimeout", 1);
+  const Raised raised = RaisedBy([&] { Execute(L"SET LOCK_TIMEOUT -1 UPDATE things SET FName = 'ours'"); });
+  EXPECT_EQ(raised.code, kTimeout);
+  EXPECT_EQ(NativeError(), 0) << "the provider's own limit";
+  other.Call(L"RollbackTrans");
+  Execute(L"UPDATE things SET FName = 'ours'");
+  EXPECT_EQ(Name(), L"ours");
 }
 
 TEST_F(ServerFaultsTest, SaysWithTheServersNumberWhoIsNotLetIn) {

@@ -11,8 +11,8 @@
 #include "com/ValueText.h"
 #include "tests/standin/DataFile.h"
 #include "tests/standin/SqliteFile.h"
-#include "tests/standin/TdsServer.h"
 #include "tests/standin/Worker.h"
+#include "tests/support/TdsServer.h"
 
 namespace standin::test {
 namespace {
@@ -37,7 +37,7 @@ class WireServer final : public TestServer {
   std::wstring Dsn() const override { return server_.Dsn(); }
 
  private:
-  TdsServer server_;
+  com::test::TdsServer server_;
 };
 
 class SqliteServer final : public TestServer {

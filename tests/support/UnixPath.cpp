@@ -1,10 +1,10 @@
-#include "tests/standin/UnixPath.h"
+#include "tests/support/UnixPath.h"
 
 #include <windows.h>
 
 #include "com/Text.h"
 
-namespace standin::test {
+namespace com::test {
 namespace {
 
 using UnixNameOf = char* __cdecl(LPCWSTR);
@@ -30,4 +30,4 @@ std::wstring UnixPath(const std::wstring& path) {
   return result;
 }
 
-} // namespace standin::test
+} // namespace com::test

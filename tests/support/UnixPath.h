@@ -4,11 +4,11 @@
 
 #include <string>
 
-namespace standin::test {
+namespace com::test {
 
 bool IsUnderWine();
 
 // A path of Windows as the machine under Wine knows it; on Windows the path itself.
 std::wstring UnixPath(const std::wstring& path);
 
-} // namespace standin::test
+} // namespace com::test

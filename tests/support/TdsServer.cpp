@@ -1,4 +1,4 @@
-#include "tests/standin/TdsServer.h"
+#include "tests/support/TdsServer.h"
 
 #include <windows.h>
 
@@ -12,10 +12,9 @@
 #include "com/Module.h"
 #include "com/Text.h"
 #include "odbc/Session.h"
-#include "tests/standin/DataFile.h"
-#include "tests/standin/UnixPath.h"
+#include "tests/support/UnixPath.h"
 
-namespace standin::test {
+namespace com::test {
 namespace {
 
 // In the native build beside that of the tests; empty when there is none.
@@ -42,6 +41,16 @@ void Start(const std::wstring& program, std::wstring command) {
                       &process))
     throw std::runtime_error("a program for Linux does not start");
 }
+
+// Keeps nothing of what a batch sends.
+struct Silence : tsql::ResultSink {
+  void BeginRows(std::span<const tsql::Column> /*columns*/) override {}
+  void Row(std::span<const tsql::Value> /*values*/) override {}
+  void EndRows(int64_t /*count*/) override {}
+  void RowCount(int64_t /*count*/) override {}
+  void Message(const tsql::Error& /*info*/) override {}
+  void Failed(const tsql::Error& /*error*/) override {}
+};
 
 template <typename Condition>
 void WaitFor(const char* what, Condition isTrue) {
@@ -111,4 +120,4 @@ std::wstring TdsServer::ConnectionText() const {
          L";UID=tester;PWD=open sesame;Database=scratch;TDS_Version=7.4;ClientCharset=UTF-8";
 }
 
-} // namespace standin::test
+} // namespace com::test

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace standin::test {
+namespace com::test {
 
 // Why there is none here; empty when there is one. The server is a program for Linux, and 32-bit processes
 // may lack the driver.
@@ -32,9 +32,8 @@ class TdsServer {
   int port_ = 0;
 };
 
-} // namespace standin::test
+} // namespace com::test
 
 // For the first line of a test or of a SetUp.
 #define SKIP_WITHOUT_TDS_SERVER()                                                                            \
-  if (const std::wstring why = ::standin::test::WhyNoTdsServer(); !why.empty())                              \
-  GTEST_SKIP() << com::ToUtf8(why)
+  if (const std::wstring why = ::com::test::WhyNoTdsServer(); !why.empty()) GTEST_SKIP() << com::ToUtf8(why)
