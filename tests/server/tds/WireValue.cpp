@@ -279,8 +279,8 @@ tsql::Value TakeFineMoment(ByteReader& in, uint8_t scale, size_t size) {
 }
 
 tsql::Value TakeDecimal(ByteReader& in, uint8_t scale, size_t size) {
-  if (size != 5 && size != 9 && size != 13 && size != 17)
-    throw Malformed("a decimal has a size that none has");
+  // Servers send whole words, some drivers no more bytes than there are.
+  if (size < 2 || size > 17) throw Malformed("a decimal has a size that none has");
   tsql::Decimal number;
   number.negative = in.Take<uint8_t>() == 0;
   number.low = TakeUnsigned(in, std::min<size_t>(size - 1, 8));
