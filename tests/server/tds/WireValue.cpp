@@ -286,8 +286,11 @@ tsql::Value TakeDecimal(ByteReader& in, uint8_t scale, size_t size) {
   number.low = TakeUnsigned(in, std::min<size_t>(size - 1, 8));
   if (size > 9) number.high = TakeUnsigned(in, size - 9);
   number.scale = scale;
-  constexpr uint64_t kMostHigh = 0x4B3B4CA85A86C47A; // of 10^38
-  if (number.high >= kMostHigh) throw Malformed("a decimal has digits that none has");
+  // 10^38 - 1.
+  constexpr uint64_t kMostHigh = 0x4B3B4CA85A86C47A;
+  constexpr uint64_t kMostLow = 0x098A223FFFFFFFFF;
+  if (number.high > kMostHigh || (number.high == kMostHigh && number.low > kMostLow))
+    throw Malformed("a decimal has digits that none has");
   return Exact(number);
 }
 
