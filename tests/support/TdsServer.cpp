@@ -32,14 +32,16 @@ const std::wstring& Program() {
   return program;
 }
 
-// Wine starts a program for Linux as it does its own, but hands out nothing to wait for it by.
-void Start(const std::wstring& program, std::wstring command) {
+// Has the shell of Linux run a command. Wine starts its programs as it does its own, but hands out nothing to
+// wait for them by. They must not keep the output of the tests open.
+void RunInShell(const std::wstring& command) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+  std::wstring line = L"sh -c \"" + command + L"\"";
+  if (!CreateProcessW(L"Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                       &process))
-    throw std::runtime_error("a program for Linux does not start");
+    throw std::runtime_error("Wine does not start the shell of Linux");
 }
 
 // Keeps nothing of what a batch sends.
@@ -88,8 +90,8 @@ TdsServer::TdsServer() {
   CreateDirectoryW(folder_.c_str(), nullptr);
   const std::wstring folder = UnixPath(folder_);
   // It leaves by itself when a test has ended badly.
-  Start(Program(),
-        L"tds_server --restart --leave 60 --port-file \"" + folder + L"/port\" \"" + folder + L"/data.db\"");
+  RunInShell(L"exec '" + UnixPath(Program()) + L"' --restart --leave 60 --port-file '" + folder +
+             L"/port' '" + folder + L"/data.db' </dev/null >/dev/null 2>&1");
   WaitFor("tds_server does not say where it listens",
           [&] { return static_cast<bool>(std::ifstream(com::ToUtf8(folder_ + L"\\port")) >> port_); });
 }
@@ -98,8 +100,7 @@ void TdsServer::Signal(const std::wstring& name) const {
   int process = 0;
   std::ifstream(com::ToUtf8(folder_ + L"\\port")) >> process >> process;
   const std::wstring sent = folder_ + L"\\sent";
-  Start(L"Z:\\bin\\sh", L"sh -c \"kill -" + name + L" " + std::to_wstring(process) + L"; : >'" +
-                            UnixPath(folder_) + L"/sent'\"");
+  RunInShell(L"kill -" + name + L" " + std::to_wstring(process) + L"; : >'" + UnixPath(folder_) + L"/sent'");
   WaitFor("nobody sends a signal", [&] { return DeleteFileW(sent.c_str()) != 0; });
 }
 
