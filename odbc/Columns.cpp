@@ -125,7 +125,7 @@ tsql::Type TypeOf(std::wstring_view typeName, SQLSMALLINT sqlType, SQLULEN size,
 
 std::vector<tsql::Column> ColumnsOf(SQLHSTMT statement) {
   SQLSMALLINT count = 0;
-  const auto fail = [&] { ThrowError(statement, "The driver does not describe its columns."); };
+  const auto fail = [&] { throw FailureOf(SQL_HANDLE_STMT, statement); };
   if (!SQL_SUCCEEDED(SQLNumResultCols(statement, &count))) fail();
   std::vector<tsql::Column> columns;
   std::wstring name(256, L'\0');

@@ -1,5 +1,6 @@
 #include "odbc/Error.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -9,6 +10,7 @@ namespace odbc {
 namespace {
 
 constexpr int kSeverityOfErrors = 16;
+constexpr char kGeneralError[] = "HY000";
 
 // "[unixODBC][FreeTDS][SQL Server]text": driver manager, driver and data source.
 std::wstring_view WithoutOrigin(std::wstring_view text) {
@@ -54,10 +56,19 @@ std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle) {
   }
 }
 
-void ThrowError(SQLHSTMT statement, const std::string& text) {
-  for (const Error& record : Records(SQL_HANDLE_STMT, statement))
-    if (!record.IsInformation()) throw Error(record);
-  throw Error(0, "HY000", text);
+std::vector<Error> RecordsOfFailure(SQLSMALLINT handleType, SQLHANDLE handle) {
+  std::vector<Error> records = Records(handleType, handle);
+  if (records.empty()) records.emplace_back(0, kGeneralError, "The driver failed and does not say why.");
+  if (std::ranges::all_of(records, &Error::IsInformation)) {
+    Error& last = records.back();
+    last = Error(last.number, kGeneralError, last.what());
+  }
+  return records;
+}
+
+Error FailureOf(SQLSMALLINT handleType, SQLHANDLE handle) {
+  const std::vector<Error> records = RecordsOfFailure(handleType, handle);
+  return *std::ranges::find_if_not(records, &Error::IsInformation);
 }
 
 } // namespace odbc

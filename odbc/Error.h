@@ -25,9 +25,10 @@ struct Error : tsql::Error {
 
 // The records that the last call on a handle has left, in their order.
 std::vector<Error> Records(SQLSMALLINT handleType, SQLHANDLE handle);
-
-// Throws the first error that the last call on a statement has left; of state HY000 with this text if there
-// is none.
-[[noreturn]] void ThrowError(SQLHSTMT statement, const std::string& text);
+// The records of a call that has failed, at least one of which is an error. Some drivers say of a failure
+// only what others have for information, or nothing.
+std::vector<Error> RecordsOfFailure(SQLSMALLINT handleType, SQLHANDLE handle);
+// The first error among them.
+Error FailureOf(SQLSMALLINT handleType, SQLHANDLE handle);
 
 } // namespace odbc

@@ -73,7 +73,17 @@ size_t WidthOf(const tsql::Type& type) {
 }
 
 [[noreturn]] void FailToRead(SQLHSTMT statement) {
-  ThrowError(statement, "The driver failed to read a row and does not say why.");
+  throw FailureOf(SQL_HANDLE_STMT, statement);
+}
+
+// The failure that the last fetch has left. Where rows end in one, some drivers hand out those before it and
+// say of the fetch that it has information.
+std::optional<Error> FailureOfFetch(SQLHSTMT statement, SQLRETURN result) {
+  if (result == SQL_SUCCESS) return std::nullopt;
+  if (!SQL_SUCCEEDED(result)) return FailureOf(SQL_HANDLE_STMT, statement);
+  for (const Error& record : Records(SQL_HANDLE_STMT, statement))
+    if (!record.IsInformation()) return record;
+  return std::nullopt;
 }
 
 [[noreturn]] void ThrowMalformed(const tsql::Column& column, std::string_view text) {
@@ -299,17 +309,20 @@ int64_t RowReader::ReadBlocks(tsql::ResultSink& sink) {
     fetched = 0;
     const SQLRETURN result = SQLFetch(statement_);
     if (result == SQL_NO_DATA) return count;
-    const bool failed = !SQL_SUCCEEDED(result);
+    const std::optional<Error> failure = FailureOfFetch(statement_, result);
     for (SQLULEN row = 0; row < fetched && row < size; ++row) {
       if (states[row] != SQL_ROW_SUCCESS && states[row] != SQL_ROW_SUCCESS_WITH_INFO) {
-        if (states[row] == SQL_ROW_ERROR) FailToRead(statement_);
+        if (states[row] == SQL_ROW_ERROR) throw failure.value_or(FailureOf(SQL_HANDLE_STMT, statement_));
         continue;
       }
       for (size_t i = 0; i < buffers_.size(); ++i) values_[i] = buffers_[i].At(row);
       sink.Row(values_);
       ++count;
     }
-    if (failed) FailToRead(statement_);
+    if (failure) throw Error(*failure);
+    // A block that is not full is the last. A driver that is asked for another one may go on to the next
+    // statement's count or failure, and take it for that of the rows.
+    if (fetched < size) return count;
   }
 }
 

@@ -16,6 +16,11 @@ namespace {
 
 // Also for a driver that cannot reach its server.
 constexpr std::chrono::seconds kLoginTimeout{15};
+// For what the pool asks of an idle session: a server that hangs must not hold whoever wants a connection.
+constexpr std::chrono::seconds kPoolTimeout{5};
+
+constexpr char kLinkFailureState[] = "08S01";
+constexpr char kLinkFailure[] = "Communication link failure";
 
 // Keeps the first failure and nothing else.
 class Listener final : public tsql::ResultSink {
@@ -35,14 +40,23 @@ class Listener final : public tsql::ResultSink {
   std::optional<Error> failure_;
 };
 
-// A driver's own records come first: they have a number. Without any error, as when the driver itself is not
-// there, the information says what is wrong.
-std::vector<Error> ReasonsOf(SQLHDBC connection) {
-  std::vector<Error> reasons = Records(SQL_HANDLE_DBC, connection);
-  std::stable_partition(reasons.begin(), reasons.end(),
-                        [](const Error& record) { return record.number != 0; });
-  if (reasons.empty()) reasons.emplace_back(0, "08001", "The driver cannot connect and does not say why.");
-  return reasons;
+// Why there is no connection. A driver's own records say it better than those of the driver manager: they
+// have a number. Of them the server's refusal of the login comes last: it follows the reason, where one is
+// told.
+Error ReasonOf(SQLHDBC connection) {
+  constexpr int kLoginFailed = 18456;
+  const auto rank = [](const Error& record) {
+    return record.number == 0 ? 2 : record.number == kLoginFailed ? 1 : 0;
+  };
+  const std::vector<Error> records = RecordsOfFailure(SQL_HANDLE_DBC, connection);
+  return *std::ranges::min_element(records, {}, rank);
+}
+
+// Whether the driver knows that the server is gone.
+bool IsDead(SQLHDBC connection) {
+  SQLUINTEGER dead = SQL_CD_FALSE;
+  SQLGetConnectAttrW(connection, SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr);
+  return dead == SQL_CD_TRUE;
 }
 
 std::wstring NameOfServer(SQLHDBC connection) {
@@ -75,7 +89,7 @@ void Session::Connect() {
   const SQLRETURN result = SQLDriverConnectW(connection_.get(), nullptr, connectionString_.data(),
                                              static_cast<SQLSMALLINT>(connectionString_.size()), nullptr, 0,
                                              &length, SQL_DRIVER_NOPROMPT);
-  if (!SQL_SUCCEEDED(result)) throw WithoutPassword(ReasonsOf(connection_.get()).front());
+  if (!SQL_SUCCEEDED(result)) throw WithoutPassword(ReasonOf(connection_.get()));
   isConnected_ = true;
   leavesTraces_ = false;
   dialect_ = DialectOf(NameOfServer(connection_.get()));
@@ -106,8 +120,8 @@ std::optional<int32_t> Session::Call(std::wstring_view procedure, std::span<tsql
 bool Session::Run(const std::wstring& text, tsql::ResultSink& sink) {
   if (!isConnected_) {
     if (inTransaction_)
-      throw Error(0, "08S01",
-                  "Communication link failure. The transaction was rolled back with the connection.");
+      throw Error(0, kLinkFailureState,
+                  std::string(kLinkFailure) + ". The transaction was rolled back with the connection.");
     Connect();
   }
   leavesTraces_ = leavesTraces_ || LeavesTraces(text, dialect_);
@@ -116,12 +130,14 @@ bool Session::Run(const std::wstring& text, tsql::ResultSink& sink) {
   const auto report = [&](const Error& error) {
     if (error.IsInformation()) return sink.Message(error);
     succeeded = false;
-    isLost = isLost || error.EndsConnection();
-    sink.Failed(WithoutPassword(error));
+    // Not every driver says of what failed that its server is gone.
+    const bool isOfConnection = error.EndsConnection();
+    const bool isDead = !isOfConnection && IsDead(connection_.get());
+    isLost = isLost || isOfConnection || isDead;
+    sink.Failed(isDead ? Error(error.number, kLinkFailureState, kLinkFailure) : WithoutPassword(error));
   };
   {
     const Statement statement(connection_.get());
-    const auto records = [&] { return Records(SQL_HANDLE_STMT, statement.get()); };
     // What stands in braces is the server's, not ODBC's.
     SQLSetStmtAttrW(statement.get(), SQL_ATTR_NOSCAN, AsPointer(SQL_NOSCAN_ON), 0);
     if (limit_)
@@ -134,12 +150,12 @@ bool Session::Run(const std::wstring& text, tsql::ResultSink& sink) {
     // count; a driver says of such statements that there is no data.
     for (bool isFirst = true; (isFirst || result != SQL_NO_DATA) && !isLost; isFirst = false) {
       if (result != SQL_SUCCESS && result != SQL_NO_DATA) {
-        const std::vector<Error> said = records();
-        if (said.empty() && !SQL_SUCCEEDED(result)) {
-          report(Error(0, "HY000", "The driver failed and does not say why."));
-          break;
-        }
-        for (const Error& record : said) report(record);
+        const SQLHSTMT handle = statement.get();
+        for (const Error& record : SQL_SUCCEEDED(result) ? Records(SQL_HANDLE_STMT, handle)
+                                                         : RecordsOfFailure(SQL_HANDLE_STMT, handle))
+          report(record);
+        // It would say so of the next result, too, and of all others.
+        if (!SQL_SUCCEEDED(result) && Records(SQL_HANDLE_STMT, handle).empty()) break;
       }
       if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) {
         try {
@@ -196,7 +212,7 @@ void Session::End(std::wstring_view text) {
 
 bool Session::Reset() {
   inTransaction_ = false;
-  limit_ = std::nullopt;
+  limit_ = kPoolTimeout;
   if (!isConnected_ || leavesTraces_) return false;
   try {
     RunAlone(ResetBatch(dialect_));
@@ -209,11 +225,13 @@ bool Session::Reset() {
 
 bool Session::Answers() {
   if (!isConnected_) return false;
+  limit_ = kPoolTimeout;
   try {
     RunAlone(L"SELECT 1");
   } catch (const Error&) {
     return false;
   }
+  limit_ = std::nullopt;
   return isConnected_;
 }
 

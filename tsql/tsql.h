@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -182,6 +183,8 @@ class Session {
 
   // Whether SET NOCOUNT ON is in effect. Then nobody wants the row count of a result either.
   virtual bool NoCount() const = 0;
+  // How many procedures are running within each other, for a sink that wants to know what sends to it.
+  virtual int ProcedureNesting() const = 0;
 
   // Fixes what GETDATE() answers; nullopt goes back to the clock (local time).
   virtual void SetNow(std::optional<DateTime> now) = 0;
@@ -196,6 +199,9 @@ class Session {
   // changing statement had to be stopped on its way; SQLite then undoes all of the transaction. nullopt, the
   // default: no limit.
   virtual void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) = 0;
+  // Asks now and then, while a batch or call runs or waits for a lock, whether somebody wants it to end. Then
+  // it ends as at its time limit. An empty function, the default: nobody is asked.
+  virtual void SetStopRequest(std::function<bool()> isStopWanted) = 0;
   // How long a statement waits for another session's lock. The default is 5,000 ms.
   virtual void SetLockTimeout(int milliseconds) = 0;
 

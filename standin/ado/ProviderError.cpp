@@ -55,6 +55,7 @@ std::optional<Mapping> MappingOf(int number) {
   case 1222:
   case tsql::kTimeoutExpired: return Mapping{kTimeout, L"HYT00"};
   case 4060: return Mapping{E_FAIL, L"42000"};
+  case 18456: return Mapping{kLoginFailed, L"42000"};
   default: return std::nullopt;
   }
 }

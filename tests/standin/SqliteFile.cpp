@@ -6,34 +6,20 @@
 
 #include "com/Text.h"
 #include "odbc/Session.h"
+#include "tests/support/UnixPath.h"
 
 namespace standin::test {
 namespace {
 
 // The name that the driver's package gives it: Debian's, and its author's for Windows.
-std::wstring DriverName(bool underWine) {
-  return underWine ? L"SQLite3" : L"SQLite3 ODBC Driver";
-}
-
-using UnixNameOf = char* __cdecl(LPCWSTR);
-
-// Wine's own function, for a driver that is a Unix library has Unix paths; null on Windows.
-UnixNameOf* FindUnixNameOf() {
-  const FARPROC function = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
-  return reinterpret_cast<UnixNameOf*>(reinterpret_cast<void*>(function));
+std::wstring DriverName() {
+  return com::test::IsUnderWine() ? L"SQLite3" : L"SQLite3 ODBC Driver";
 }
 
 } // namespace
 
 std::wstring SqliteConnection(const std::wstring& path) {
-  UnixNameOf* const unixNameOf = FindUnixNameOf();
-  std::wstring name = path;
-  if (unixNameOf) {
-    char* const converted = unixNameOf(path.c_str());
-    if (converted) name = com::FromUtf8(converted);
-    HeapFree(GetProcessHeap(), 0, converted);
-  }
-  return L"DRIVER={" + DriverName(unixNameOf != nullptr) + L"};Database=" + name;
+  return L"DRIVER={" + DriverName() + L"};Database=" + com::test::UnixPath(path);
 }
 
 std::wstring WhyNoSqliteDriver() {

@@ -71,16 +71,25 @@ std::wstring NextSource() {
 
 } // namespace
 
-TestDatabase::TestDatabase() : source_(NextSource()), connection_(Object::Create(L"ADODB.Connection")) {
+TestDatabase::TestDatabase()
+    : source_(NextSource()), isOnServer_(!Server().empty()),
+      connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", source_);
-  if (!Server().empty()) DropAll();
+  if (isOnServer_) DropAll();
   RunScript("standin/database/schema.sql");
   RunScript("standin/database/procedures.sql");
-  if (!Server().empty()) ++g_onServer;
+  if (isOnServer_) ++g_onServer;
+}
+
+TestDatabase::TestDatabase(const std::wstring& descriptor)
+    : source_(descriptor), connection_(Object::Create(L"ADODB.Connection")) {
+  connection_.Call(L"Open", source_);
+  RunScript("standin/database/schema.sql");
+  RunScript("standin/database/procedures.sql");
 }
 
 TestDatabase::~TestDatabase() {
-  if (!Server().empty()) --g_onServer;
+  if (isOnServer_) --g_onServer;
 }
 
 // What the test before has left on the server.

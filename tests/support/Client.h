@@ -18,6 +18,8 @@ namespace mbom::test {
 class TestDatabase {
  public:
   TestDatabase();
+  // The database of a descriptor, which is empty, with the same tables and procedures.
+  explicit TestDatabase(const std::wstring& descriptor);
   ~TestDatabase();
   TestDatabase(const TestDatabase&) = delete;
   TestDatabase& operator=(const TestDatabase&) = delete;
@@ -39,7 +41,8 @@ class TestDatabase {
  private:
   void DropAll() const;
 
-  std::wstring source_; // its descriptor, without user and time
+  std::wstring source_;     // its descriptor, without user and time
+  bool isOnServer_ = false; // that of TEST_SERVER
   com::Object connection_;
 };
 

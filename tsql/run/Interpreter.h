@@ -34,6 +34,7 @@ class Interpreter {
   void Reset();     // options, limits, clock and what the last statements left
   void BeginWork(); // a batch or call begins, and the whole limit is left
   bool NoCount() const { return noCount_; }
+  int ProcedureNesting() const { return nesting_; }
   bool XactAbort() const { return xactAbort_; }
 
  private:

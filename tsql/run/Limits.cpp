@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
+#include <utility>
 
 #include "tsql/tsql.h"
 
@@ -30,16 +32,31 @@ void Limits::SetTimeLimit(std::optional<std::chrono::milliseconds> limit) {
   Watch();
 }
 
+void Limits::SetStopRequest(std::function<bool()> isStopWanted) {
+  isStopWanted_ = std::move(isStopWanted);
+  Watch();
+}
+
 void Limits::Reset() {
   workLimit_.reset();
   timeLimit_.reset();
+  isStopWanted_ = nullptr;
   SetLockTimeout(kDefaultLockTimeout);
 }
 
 void Limits::Watch() {
   constexpr int kInstructions = 1000;
   const auto step = [](void* self) { return static_cast<Limits*>(self)->TakeStep() ? 0 : 1; };
-  sqlite3_progress_handler(connection_.Handle(), workLimit_ || timeLimit_ ? kInstructions : 0, step, this);
+  sqlite3_progress_handler(connection_.Handle(),
+                           workLimit_ || timeLimit_ || isStopWanted_ ? kInstructions : 0, step, this);
+  if (isStopWanted_) {
+    // SQLite's own waiting asks nobody.
+    const auto wait = [](void* self, int count) {
+      return static_cast<Limits*>(self)->WaitForLock(count) ? 1 : 0;
+    };
+    sqlite3_busy_handler(connection_.Handle(), wait, this);
+    return;
+  }
   // Waiting for a lock takes time, too.
   const std::chrono::milliseconds wait = timeLimit_ ? std::min(lockTimeout_, *timeLimit_) : lockTimeout_;
   sqlite3_busy_timeout(connection_.Handle(), static_cast<int>(wait.count()));
@@ -50,6 +67,22 @@ void Limits::Begin() {
   deadline_.reset();
   if (timeLimit_) deadline_ = Clock::now() + *timeLimit_;
   canceled_ = 0;
+  isStopped_ = false;
+}
+
+void Limits::AskForStop() {
+  if (!isStopWanted_ || isStopped_ || !isStopWanted_()) return;
+  isStopped_ = true;
+  deadline_ = Clock::now();
+}
+
+bool Limits::WaitForLock(int count) {
+  constexpr std::chrono::milliseconds kPause{5};
+  if (count == 0) waitsForLockSince_ = Clock::now();
+  AskForStop();
+  if (IsPastDeadline() || Clock::now() - waitsForLockSince_ >= lockTimeout_) return false;
+  std::this_thread::sleep_for(kPause);
+  return true;
 }
 
 bool Limits::TakeLimitedStep() {
@@ -58,6 +91,7 @@ bool Limits::TakeLimitedStep() {
     canceled_ = kWorkLimitReached;
     return false;
   }
+  AskForStop();
   if (!IsPastDeadline()) return true;
   // A changing statement that is stopped takes the transaction with it. A short one is let through: the next
   // statement is then the one that does not run.

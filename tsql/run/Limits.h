@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include "tsql/run/Transaction.h"
@@ -29,13 +30,14 @@ class Limits {
   int LockTimeout() const { return static_cast<int>(lockTimeout_.count()); }
   void SetWorkLimit(std::optional<int64_t> steps);
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit);
+  void SetStopRequest(std::function<bool()> isStopWanted);
 
   // No limits but the default for locks.
   void Reset();
   // A batch or call begins, and all of the limits is left.
   void Begin();
   // Takes a step of work. False when a limit is reached.
-  bool TakeStep() { return (!workLimit_ && !deadline_) || TakeLimitedStep(); }
+  bool TakeStep() { return (!workLimit_ && !deadline_ && !isStopWanted_) || TakeLimitedStep(); }
   // Whether a failure of SQLite comes from a limit that was reached.
   bool Ended(const SqliteFailure& failure);
   Canceled CanceledAt(int line) const { return {canceled_, line}; }
@@ -45,6 +47,9 @@ class Limits {
   static constexpr int kDefaultLockTimeout = 5000; // milliseconds
 
   bool TakeLimitedStep();
+  // A stop that is wanted is a deadline that has come.
+  void AskForStop();
+  bool WaitForLock(int count);
   bool IsPastDeadline() const;
   bool IsChanging() const;
   void Watch();
@@ -55,6 +60,9 @@ class Limits {
   int64_t workLeft_ = 0;
   std::optional<std::chrono::milliseconds> timeLimit_;
   std::optional<Clock::time_point> deadline_;
+  std::function<bool()> isStopWanted_;
+  bool isStopped_ = false; // and not to be asked again
+  Clock::time_point waitsForLockSince_;
   std::chrono::milliseconds lockTimeout_{kDefaultLockTimeout};
   int canceled_ = 0; // the error of the limit that was reached
 };

@@ -35,6 +35,7 @@ class SessionImpl : public Session {
   void Rollback() override;
   int TransactionCount() const override { return transaction_.Count(); }
   bool NoCount() const override { return interpreter_.NoCount(); }
+  int ProcedureNesting() const override { return interpreter_.ProcedureNesting(); }
   void SetNow(std::optional<DateTime> now) override;
   ChangeStamp GetChangeStamp() override;
   void SetLockTimeout(int milliseconds) override { interpreter_.limits().SetLockTimeout(milliseconds); }
@@ -42,6 +43,9 @@ class SessionImpl : public Session {
   void Reset() override;
   void SetTimeLimit(std::optional<std::chrono::milliseconds> limit) override {
     interpreter_.limits().SetTimeLimit(limit);
+  }
+  void SetStopRequest(std::function<bool()> isStopWanted) override {
+    interpreter_.limits().SetStopRequest(std::move(isStopWanted));
   }
 
  private:

@@ -1,6 +1,6 @@
 // What ADO is promised of every server that a connection may have, tried with each of them: the embedded
-// engine, and SQLite through its ODBC driver. What a server or its driver cannot do is skipped, with its
-// name.
+// engine, SQLite through its ODBC driver, and the engine again behind FreeTDS and a wire. What a server or
+// its driver cannot do is skipped, with its name.
 #include "standin/ado/ServerSession.h"
 
 #include <array>
@@ -12,6 +12,7 @@
 #include "tests/standin/DataFile.h"
 #include "tests/standin/SqliteFile.h"
 #include "tests/standin/Worker.h"
+#include "tests/support/TdsServer.h"
 
 namespace standin::test {
 namespace {
@@ -29,6 +30,14 @@ class EmbeddedServer final : public TestServer {
 
  private:
   DataFile file_{0};
+};
+
+class WireServer final : public TestServer {
+ public:
+  std::wstring Dsn() const override { return server_.Dsn(); }
+
+ private:
+  com::test::TdsServer server_;
 };
 
 class SqliteServer final : public TestServer {
@@ -62,6 +71,7 @@ class ServerSessionTest : public testing::TestWithParam<Kind> {
  protected:
   void SetUp() override {
     if (GetParam().make == MakeSqlite) SKIP_WITHOUT_SQLITE_DRIVER();
+    if (GetParam().make == MakeWire) SKIP_WITHOUT_TDS_SERVER();
     server_ = GetParam().make();
     connection_ = Connect();
     Execute(L"CREATE TABLE things (FInterID int NOT NULL PRIMARY KEY, FName nvarchar(20) NULL)");
@@ -110,6 +120,7 @@ class ServerSessionTest : public testing::TestWithParam<Kind> {
 
  public:
   static std::unique_ptr<TestServer> MakeEmbedded() { return std::make_unique<EmbeddedServer>(); }
+  static std::unique_ptr<TestServer> MakeWire() { return std::make_unique<WireServer>(); }
   static std::unique_ptr<TestServer> MakeSqlite() { return std::make_unique<SqliteServer>(); }
 
  protected:
@@ -358,6 +369,30 @@ TEST_P(ServerSessionTest, GivesSeveralResultsInTheirOrder) {
   EXPECT_EQ(ValueOf(rows.Call(L"NextRecordset").AsObject(), L"seven"), Variant(7));
 }
 
+TEST_P(ServerSessionTest, KeepsWhatComesBehindRows) {
+  SKIP_UNLESS_IT_CAN("several statements in a batch");
+  const Object rows = Execute(L"SELECT FInterID FROM things ORDER BY FInterID UPDATE things SET FName = 'x' "
+                              L"WHERE FInterID > 1 SELECT 7 AS seven");
+  EXPECT_EQ(ColumnText(rows), L"1,2,3");
+  Variant affected;
+  const Object count = rows.Call(L"NextRecordset", Variant::Reference(affected)).AsObject();
+  EXPECT_EQ(affected, Variant(2));
+  EXPECT_EQ(ColumnText(count.Call(L"NextRecordset").AsObject()), L"7");
+}
+
+TEST_P(ServerSessionTest, RaisesAFailureAmidRows) {
+  SKIP_UNLESS_IT_CAN("a failure amid rows");
+  Fill(1100);
+  // In the first block of rows, behind one, and in the last one.
+  for (const int32_t wrong : {1, 2, 512, 513, 514, 1099, 1100}) {
+    const Raised raised = RaisedBy([&] {
+      const Object rows = Execute(L"SELECT 1 / (n - " + std::to_wstring(wrong) + L") FROM many ORDER BY n");
+      while (!rows.Get(L"EOF").AsBool()) rows.Call(L"MoveNext");
+    });
+    EXPECT_EQ(raised.description, L"Divide by zero error encountered.") << wrong;
+  }
+}
+
 TEST_P(ServerSessionTest, CallsAProcedureWithItsOutputs) {
   SKIP_UNLESS_IT_CAN("procedures");
   Execute(L"CREATE PROCEDURE p @from int, @count int OUTPUT AS SELECT @count = COUNT(*) FROM things WHERE "
@@ -387,11 +422,15 @@ TEST_P(ServerSessionTest, EndsAStatementThatTakesTooLong) {
 INSTANTIATE_TEST_SUITE_P(Embedded, ServerSessionTest,
                          testing::Values(Kind{"Embedded", ServerSessionTest::MakeEmbedded, "",
                                               static_cast<HRESULT>(0x80040E2F), 2627}));
+INSTANTIATE_TEST_SUITE_P(Tds, ServerSessionTest,
+                         testing::Values(Kind{"Tds", ServerSessionTest::MakeWire, "",
+                                              static_cast<HRESULT>(0x80040E2F), 2627}));
 constexpr int32_t kSqliteConstraint = 19;
 INSTANTIATE_TEST_SUITE_P(Odbc, ServerSessionTest,
-                         testing::Values(Kind{"Sqlite", ServerSessionTest::MakeSqlite,
-                                              "several statements in a batch, procedures, time limits",
-                                              static_cast<HRESULT>(0x80040E14), kSqliteConstraint}));
+                         testing::Values(Kind{
+                             "Sqlite", ServerSessionTest::MakeSqlite,
+                             "several statements in a batch, a failure amid rows, procedures, time limits",
+                             static_cast<HRESULT>(0x80040E14), kSqliteConstraint}));
 
 } // namespace
 } // namespace standin::test

@@ -1,6 +1,6 @@
-// Apartments in several processes on one file, through the host: what was completed is there exactly once,
-// what was aborted is not, readers see whole units of work, and nobody fails but by waiting too long for a
-// lock. HOST_CALLS in the environment sets how many calls each apartment makes.
+// Apartments in several processes on one file, or on one server, through the host: what was completed is
+// there exactly once, what was aborted is not, readers see whole units of work, and nobody fails but by
+// waiting too long for a lock. HOST_CALLS in the environment sets how many calls each apartment makes.
 #include "tests/tsql/Processes.h"
 
 #include <atomic>
@@ -12,6 +12,7 @@
 #include "com/Text.h"
 #include "tests/standin/DataFile.h"
 #include "tests/standin/Worker.h"
+#include "tests/support/TdsServer.h"
 
 namespace standin::test {
 namespace {
@@ -65,15 +66,12 @@ void WorkInApartments(const std::wstring& dsn) {
   connection.Call(L"Execute", L"INSERT INTO told VALUES (" + std::to_wstring(completed) + L")");
 }
 
-TEST(Processes, ShareAFile) {
-  const std::string role = tsql::test::GivenRole();
-  if (!role.empty()) return WorkInApartments(com::FromUtf8(role));
-  const DataFile file(0);
+// One process for each role, which is the descriptor.
+void ShareAmongProcesses(const char* test, const std::wstring& dsn) {
   const Object connection = New(L"ADODB.Connection");
-  connection.Call(L"Open", file.Dsn());
+  connection.Call(L"Open", dsn);
   connection.Call(L"Execute", L"CREATE TABLE done (n int NOT NULL) CREATE TABLE told (n int NOT NULL)");
-  EXPECT_EQ(tsql::test::RunAgain("Processes.ShareAFile",
-                                 std::vector<std::string>(kProcesses, com::ToUtf8(file.Dsn()))),
+  EXPECT_EQ(tsql::test::RunAgain(test, std::vector<std::string>(kProcesses, com::ToUtf8(dsn))),
             std::vector<int>(kProcesses, 0));
   const auto value = [&](const wchar_t* sql) {
     return ColumnText(connection.Call(L"Execute", sql).AsObject());
@@ -83,6 +81,24 @@ TEST(Processes, ShareAFile) {
   EXPECT_GT(std::stoi(told), 0);
   EXPECT_EQ(value(L"SELECT FInterID FROM t"), told);
   EXPECT_EQ(value(L"SELECT COUNT(*) FROM done"), told);
+}
+
+TEST(Processes, ShareAFile) {
+  const std::string role = tsql::test::GivenRole();
+  if (!role.empty()) return WorkInApartments(com::FromUtf8(role));
+  const DataFile file(0);
+  ShareAmongProcesses("Processes.ShareAFile", file.Dsn());
+}
+
+TEST(Processes, ShareAServer) {
+  const std::string role = tsql::test::GivenRole();
+  if (!role.empty()) return WorkInApartments(com::FromUtf8(role));
+  SKIP_WITHOUT_TDS_SERVER();
+  const com::test::TdsServer server;
+  const Object connection = New(L"ADODB.Connection");
+  connection.Call(L"Open", server.Dsn());
+  connection.Call(L"Execute", L"CREATE TABLE t (FInterID int NOT NULL) INSERT INTO t VALUES (0)");
+  ShareAmongProcesses("Processes.ShareAServer", server.Dsn());
 }
 
 } // namespace

@@ -173,5 +173,62 @@ TEST_F(TimeLimitTest, IsThereAgainForTheNextBatch) {
   Must("DECLARE @i INT SET @i = 0 WHILE @i < 5000 SET @i = @i + 1");
 }
 
+// Somebody else says that the batch shall end.
+class StopRequestTest : public TimeLimitTest {
+ protected:
+  void SetUp() override {
+    TimeLimitTest::SetUp();
+    session_->SetTimeLimit(std::nullopt);
+  }
+  // Wants the batch to end when it has asked so often.
+  void StopAfter(int questions) {
+    left_ = questions;
+    session_->SetStopRequest([this] { return --left_ < 0; });
+  }
+  int left_ = 0;
+};
+
+TEST_F(StopRequestTest, EndsAStatementALoopAndAProcedure) {
+  StopAfter(5);
+  EXPECT_EQ(ErrorText("PRINT 'x'\n" + Endless()), "-2 2 Timeout expired");
+  StopAfter(5);
+  EXPECT_EQ(ErrorOf("WHILE 1 = 1 SET NOCOUNT ON"), kTimeoutExpired);
+  StopAfter(50);
+  Must("CREATE PROCEDURE p AS WHILE 1 = 1 SET NOCOUNT ON");
+  EXPECT_EQ(ErrorOf("EXEC p"), kTimeoutExpired);
+  StopAfter(5);
+  EXPECT_EQ(Scalar("1"), "1") << "the next batch runs";
+}
+
+TEST_F(StopRequestTest, IsAskedNoMoreOnceItHasStopped) {
+  StopAfter(0);
+  EXPECT_EQ(ErrorOf("WHILE 1 = 1 SET NOCOUNT ON"), kTimeoutExpired);
+  EXPECT_EQ(left_, -1);
+}
+
+TEST_F(StopRequestTest, LeavesTheTransactionOpen) {
+  Must("BEGIN TRAN UPDATE t SET a = 1");
+  StopAfter(5);
+  EXPECT_EQ(ErrorOf(Endless()), kTimeoutExpired);
+  session_->SetStopRequest(nullptr);
+  EXPECT_EQ(session_->TransactionCount(), 1);
+  EXPECT_EQ(A(), "1");
+  Must("ROLLBACK");
+}
+
+TEST_F(StopRequestTest, EndsTheWaitForALock) {
+  const auto other = Session::Open(database_);
+  Must("SET LOCK_TIMEOUT -1");
+  Output output;
+  other->Execute("BEGIN TRAN UPDATE t SET a = 7", {}, output);
+  StopAfter(20);
+  EXPECT_EQ(ErrorOf("UPDATE t SET a = 8"), kTimeoutExpired);
+  session_->SetLockTimeout(10);
+  StopAfter(1000);
+  EXPECT_EQ(ErrorOf("UPDATE t SET a = 8"), 1222) << "the lock's own limit holds beside it";
+  other->Rollback();
+  Must("UPDATE t SET a = 8");
+}
+
 } // namespace
 } // namespace tsql::test
