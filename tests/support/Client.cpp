@@ -73,13 +73,23 @@ std::wstring NextSource() {
 TestDatabase::TestDatabase() : source_(NextSource()), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", source_);
   if (!Server().empty()) DropAll();
-  RunScript("standin/database/schema.sql");
-  RunScript("standin/database/procedures.sql");
+  AddTables();
   if (!Server().empty()) ++g_onServer;
+}
+
+TestDatabase::TestDatabase(const std::wstring& file)
+    : source_(L"Provider=Embedded;Data Source=" + file), connection_(Object::Create(L"ADODB.Connection")) {
+  connection_.Call(L"Open", source_);
+  AddTables();
 }
 
 TestDatabase::~TestDatabase() {
   if (!Server().empty()) --g_onServer;
+}
+
+void TestDatabase::AddTables() const {
+  RunScript("standin/database/schema.sql");
+  RunScript("standin/database/procedures.sql");
 }
 
 // What the test before has left on the server.

@@ -18,6 +18,8 @@ namespace mbom::test {
 class TestDatabase {
  public:
   TestDatabase();
+  // In that file, which is there and holds nothing yet; it stays when this object goes.
+  explicit TestDatabase(const std::wstring& file);
   ~TestDatabase();
   TestDatabase(const TestDatabase&) = delete;
   TestDatabase& operator=(const TestDatabase&) = delete;
@@ -38,6 +40,7 @@ class TestDatabase {
 
  private:
   void DropAll() const;
+  void AddTables() const;
 
   std::wstring source_; // its descriptor, without user and time
   com::Object connection_;
