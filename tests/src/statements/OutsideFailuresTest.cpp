@@ -139,6 +139,14 @@ bool IsDispensable(const std::wstring& event) {
          event.find(L"from t_components") != std::wstring::npos;
 }
 
+// An object makes its bill package once.
+Texts WithoutPackage(Texts events) {
+  std::erase_if(events, [](const std::wstring& event) {
+    return event.starts_with(L"CreateServerObject") && event.ends_with(L"clsBillPackage");
+  });
+  return events;
+}
+
 // ---- values
 
 std::wstring Described(const Variant& value);
@@ -311,6 +319,12 @@ struct Seen {
   Texts events;
 };
 
+// Some cases send what every server refuses, and not all of them raise that: these trap it.
+bool IsRefusedByTheServer(const StatementCase& example) {
+  return example.statements == std::vector<std::string>{"BomUpdate.AddBomGroup.quote"} ||
+         example.statements == std::vector<std::string>{"clsMCustBOM.CheckCustBOMIsAssisted.listAsOne"};
+}
+
 // One case of the catalogue in one language, on data that it may spoil.
 class Play {
  public:
@@ -331,8 +345,7 @@ class Play {
     good_ = RunUndisturbed(object);
     goodContents_ = data_.Read();
     clean_ = goodContents_ == before_;
-    // A statement that every server refuses, as a filter that is missing makes it, is no good run.
-    isGood_ = good_.raised.code == S_OK;
+    isGood_ = good_.raised.code == S_OK && !IsRefusedByTheServer(example_);
   }
 
   bool isGood() const { return isGood_; }
@@ -357,7 +370,7 @@ class Play {
     EXPECT_EQ(next.raised.code, S_OK) << com::ToUtf8(next.raised.description);
     EXPECT_EQ(next.result, good_.result);
     EXPECT_EQ(next.arguments, good_.arguments);
-    EXPECT_EQ(next.events, good_.events);
+    EXPECT_EQ(WithoutPackage(next.events), WithoutPackage(good_.events));
     const Contents after = data_.Read();
     EXPECT_EQ(Differences(goodContents_, after), "");
     clean_ = after == before_;
@@ -542,6 +555,10 @@ class Play {
     } else if (method_ == "BomUpdate.AddBomGroup") {
       // The new group's number is told only where there is one.
       expected = given_;
+    } else if (method_ == "CBomFunction.UpdateBomNumber") {
+      // That the number is taken is said before it is given all the same.
+      const auto said = std::ranges::find(good_.events, std::wstring(L"LoadString"), KindOf);
+      if (said - good_.events.begin() < static_cast<ptrdiff_t>(index)) expected = good_.arguments;
     } else if (method_ == "BomView.GetBomLstInfo") {
       // Whether groups are searched is known before the statement is sent.
       const auto sent = std::ranges::find(good_.events, std::wstring(L"GetConnection"), KindOf);
