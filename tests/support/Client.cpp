@@ -80,7 +80,7 @@ TestDatabase::TestDatabase() : source_(NextSource()), connection_(Object::Create
 TestDatabase::TestDatabase(const std::wstring& file)
     : source_(L"Provider=Embedded;Data Source=" + file), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", source_);
-  AddTables();
+  if (Value(L"SELECT COUNT(*) FROM sysobjects WHERE xtype = 'U'") == L"0") AddTables();
 }
 
 TestDatabase::~TestDatabase() {

@@ -18,7 +18,8 @@ namespace mbom::test {
 class TestDatabase {
  public:
   TestDatabase();
-  // In that file, which is there and holds nothing yet; it stays when this object goes.
+  // In that file, which is there; an empty one gets the tables and procedures. It stays when this object
+  // goes.
   explicit TestDatabase(const std::wstring& file);
   ~TestDatabase();
   TestDatabase(const TestDatabase&) = delete;
