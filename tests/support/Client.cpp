@@ -76,20 +76,23 @@ TestDatabase::TestDatabase()
       connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", source_);
   if (isOnServer_) DropAll();
-  RunScript("standin/database/schema.sql");
-  RunScript("standin/database/procedures.sql");
+  AddTables();
   if (isOnServer_) ++g_onServer;
 }
 
 TestDatabase::TestDatabase(const std::wstring& descriptor)
     : source_(descriptor), connection_(Object::Create(L"ADODB.Connection")) {
   connection_.Call(L"Open", source_);
-  RunScript("standin/database/schema.sql");
-  RunScript("standin/database/procedures.sql");
+  if (Value(L"SELECT COUNT(*) FROM sysobjects WHERE xtype = 'U'") == L"0") AddTables();
 }
 
 TestDatabase::~TestDatabase() {
   if (isOnServer_) --g_onServer;
+}
+
+void TestDatabase::AddTables() const {
+  RunScript("standin/database/schema.sql");
+  RunScript("standin/database/procedures.sql");
 }
 
 // What the test before has left on the server.

@@ -18,7 +18,8 @@ namespace mbom::test {
 class TestDatabase {
  public:
   TestDatabase();
-  // The database of a descriptor, which is empty, with the same tables and procedures.
+  // The database of a descriptor, which stays when this object goes; one without tables gets these and the
+  // procedures.
   explicit TestDatabase(const std::wstring& descriptor);
   ~TestDatabase();
   TestDatabase(const TestDatabase&) = delete;
@@ -40,6 +41,7 @@ class TestDatabase {
 
  private:
   void DropAll() const;
+  void AddTables() const;
 
   std::wstring source_;     // its descriptor, without user and time
   bool isOnServer_ = false; // that of TEST_SERVER

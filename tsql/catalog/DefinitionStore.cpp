@@ -1,5 +1,7 @@
 #include "tsql/catalog/DefinitionStore.h"
 
+#include <utility>
+
 namespace tsql {
 namespace {
 
@@ -14,7 +16,27 @@ std::string JoinNumbers(const std::vector<int>& numbers, const std::vector<bool>
   return text;
 }
 
+// What the engine has not written is not worked with: the file is damaged.
+void RequireIntact(bool intact) {
+  if (!intact) throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: its definitions");
+}
+
+bool IsIntact(const Type& type) {
+  constexpr int kMostPrecision = 38;
+  constexpr int32_t kMostBytes = 8000;
+  return type.id <= TypeId::UniqueIdentifier && type.precision <= kMostPrecision &&
+         type.scale <= kMostPrecision && type.length >= -1 && type.length <= kMostBytes;
+}
+
+// The entry of a table, which must be there.
+TableInfo& TableOf(std::map<std::string, TableInfo, NameLess>& tables, std::string_view name) {
+  const auto found = tables.find(std::string(name));
+  RequireIntact(found != tables.end());
+  return found->second;
+}
+
 void SplitNumbers(std::string_view text, KeyInfo& key) {
+  constexpr int kMostColumns = 10000; // far more than a table can have
   int number = 0;
   bool pending = false;
   const auto flush = [&](bool descending) {
@@ -27,6 +49,7 @@ void SplitNumbers(std::string_view text, KeyInfo& key) {
   for (const char character : text) {
     if (character >= '0' && character <= '9') {
       number = number * 10 + (character - '0');
+      RequireIntact(number <= kMostColumns);
       pending = true;
     } else {
       flush(character == 'd');
@@ -89,7 +112,10 @@ std::vector<TableInfo> DefinitionStore::ReadTables(Place place) const {
   ReadKeys(place, tables);
   std::vector<TableInfo> list;
   list.reserve(tables.size());
-  for (auto& entry : tables) list.push_back(std::move(entry.second));
+  for (auto& [name, table] : tables) {
+    RequireIntact(table.rowidColumn >= -1 && std::cmp_less(table.rowidColumn + 1, table.columns.size() + 1));
+    list.push_back(std::move(table));
+  }
   return list;
 }
 
@@ -98,10 +124,11 @@ void DefinitionStore::ReadColumns(Place place, TablesByName& tables) const {
       connection_.Prepare("SELECT table_name, name, type, nullable, identity, default_text FROM " +
                           Qualified(place, storage::kColumns) + " ORDER BY table_name, ordinal");
   while (rows.Step()) {
-    TableInfo& table = tables.at(std::string(rows.ColumnText(0)));
+    TableInfo& table = TableOf(tables, rows.ColumnText(0));
     ColumnInfo column;
     column.name = std::string(rows.ColumnText(1));
     column.type = DecodeType(rows.ColumnInteger(2));
+    RequireIntact(IsIntact(column.type));
     column.nullable = rows.ColumnInteger(3) != 0;
     column.identity = rows.ColumnInteger(4) != 0;
     column.defaultText = std::string(rows.ColumnText(5));
@@ -116,11 +143,15 @@ void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
   while (rows.Step()) {
     KeyInfo key;
     key.name = std::string(rows.ColumnText(1));
-    key.kind = static_cast<KeyKind>(rows.ColumnInteger(2));
+    const int64_t kind = rows.ColumnInteger(2);
+    RequireIntact(kind >= 0 && kind <= static_cast<int64_t>(KeyKind::ForeignKey));
+    key.kind = static_cast<KeyKind>(kind);
     SplitNumbers(rows.ColumnText(3), key);
     key.checkText = std::string(rows.ColumnText(4));
     if (key.kind == KeyKind::ForeignKey) SplitReference(key);
-    tables.at(std::string(rows.ColumnText(0))).keys.push_back(std::move(key));
+    TableInfo& table = TableOf(tables, rows.ColumnText(0));
+    for (const int column : key.columns) RequireIntact(std::cmp_less(column, table.columns.size()));
+    table.keys.push_back(std::move(key));
   }
 }
 

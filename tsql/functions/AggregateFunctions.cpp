@@ -52,15 +52,13 @@ void SumFinal(sqlite3_context* context) {
   const FunctionCall call(context, 0, nullptr);
   const Type from = DecodeType(state->from);
   const Type to = DecodeType(state->to);
-  try {
+  Protect(call, [&] {
     if (state->sum.overflow) Fail(8115, {"expression", TypeName(to.id)});
     std::optional<Decimal> sum = Decimal{state->sum.low, state->sum.high, from.scale, state->sum.negative};
     sum = IsAverage ? DivideDecimals(*sum, DecimalFromInteger(state->sum.count), to.scale)
                     : Rescale(*sum, to.scale);
     call.ReturnDecimal(CheckDecimal(sum, to, "expression"), to);
-  } catch (const Error& error) {
-    call.ReturnError(error);
-  }
+  });
 }
 
 // The value of a subquery's only row. A second row is an error.
@@ -74,10 +72,11 @@ void SingleStep(sqlite3_context* context, int count, sqlite3_value** values) {
   if (state == nullptr) return sqlite3_result_error_nomem(context);
   if (state->seen) {
     const FunctionCall call(context, count, values);
-    return call.ReturnError(MakeError(512, 0, {}));
+    return Protect(call, [] { Fail(512, {}); });
   }
   state->seen = true;
   state->value = sqlite3_value_dup(values[0]);
+  if (state->value == nullptr) sqlite3_result_error_nomem(context);
 }
 
 void SingleFinal(sqlite3_context* context) {
@@ -91,12 +90,13 @@ void SingleFinal(sqlite3_context* context) {
 
 void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context) {
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_INNOCUOUS | SQLITE_DETERMINISTIC;
-  sqlite3_create_function_v2(connection, names::kSum, 3, kFlags, &context, nullptr, TypedStep,
-                             SumFinal<false>, nullptr);
-  sqlite3_create_function_v2(connection, names::kAverage, 3, kFlags, &context, nullptr, TypedStep,
-                             SumFinal<true>, nullptr);
-  sqlite3_create_function_v2(connection, names::kSingle, 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, &context, nullptr,
-                             SingleStep, SingleFinal, nullptr);
+  const auto add = [&](const char* name, int arguments, int flags, auto step, auto final) {
+    CheckRegistered(connection, sqlite3_create_function_v2(connection, name, arguments, flags, &context,
+                                                           nullptr, step, final, nullptr));
+  };
+  add(names::kSum, 3, kFlags, TypedStep, SumFinal<false>);
+  add(names::kAverage, 3, kFlags, TypedStep, SumFinal<true>);
+  add(names::kSingle, 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, SingleStep, SingleFinal);
 }
 
 } // namespace tsql

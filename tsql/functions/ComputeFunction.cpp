@@ -58,8 +58,8 @@ void Prepare(Step& step, Program& program) {
   }
 }
 
-Program* Parse(std::string_view text) {
-  auto* program = new Program; // SQLite keeps it with the constant text and deletes it
+std::unique_ptr<Program> Parse(std::string_view text) {
+  auto program = std::make_unique<Program>();
   const char* at = text.data();
   const char* end = at + text.size();
   const auto next = [&] {
@@ -177,13 +177,13 @@ void Compute(const FunctionCall& call) {
   auto* program = static_cast<Program*>(sqlite3_get_auxdata(call.Handle(), 0));
   std::unique_ptr<Program> own;
   if (program == nullptr) {
-    program = Parse(call.Text(0));
-    sqlite3_set_auxdata(call.Handle(), 0, program,
+    // SQLite keeps it with the constant text and deletes it.
+    sqlite3_set_auxdata(call.Handle(), 0, Parse(call.Text(0)).release(),
                         [](void* pointer) { delete static_cast<Program*>(pointer); });
     program = static_cast<Program*>(sqlite3_get_auxdata(call.Handle(), 0));
     // Without memory SQLite does not keep it.
     if (program == nullptr) {
-      own.reset(Parse(call.Text(0)));
+      own = Parse(call.Text(0));
       program = own.get();
     }
   }

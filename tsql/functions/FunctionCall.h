@@ -2,8 +2,11 @@
 // exception of a function into its error.
 #pragma once
 
+#include <new>
+
 #include "tsql/functions/FunctionNames.h"
 #include "tsql/functions/Functions.h"
+#include "tsql/sqlite/PreparedStatement.h"
 
 namespace tsql {
 
@@ -58,14 +61,27 @@ class FunctionCall {
 
 using FunctionBody = void (*)(const FunctionCall&);
 
+// Runs `body`, of which no exception gets into SQLite.
+template <typename Function>
+void Protect(const FunctionCall& call, const Function& body) {
+  try {
+    body();
+  } catch (const Error& error) {
+    call.ReturnError(error);
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(call.Handle());
+  }
+}
+
 template <FunctionBody Body>
 void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
   const FunctionCall call(context, count, values);
-  try {
-    Body(call);
-  } catch (const Error& error) {
-    call.ReturnError(error);
-  }
+  Protect(call, [&] { Body(call); });
+}
+
+// Throws SqliteFailure when a function could not be registered.
+inline void CheckRegistered(sqlite3* connection, int result) {
+  if (result != SQLITE_OK) ThrowFailure(connection);
 }
 
 // The result of an operation on decimals as a value of `type`; 8134 and 8115 as the server has them.
@@ -79,8 +95,8 @@ template <FunctionBody Body>
 void Register(sqlite3* connection, FunctionContext& context, const char* name, int arguments,
               Purity purity = Purity::Pure) {
   const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS | (purity == Purity::Pure ? SQLITE_DETERMINISTIC : 0);
-  sqlite3_create_function_v2(connection, name, arguments, flags, &context, Guarded<Body>, nullptr, nullptr,
-                             nullptr);
+  CheckRegistered(connection, sqlite3_create_function_v2(connection, name, arguments, flags, &context,
+                                                         Guarded<Body>, nullptr, nullptr, nullptr));
 }
 
 void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context);

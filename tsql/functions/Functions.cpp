@@ -14,7 +14,8 @@ int Collate(void*, int leftSize, const void* left, int rightSize, const void* ri
 } // namespace
 
 void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
-  sqlite3_create_collation_v2(connection, storage::kCollation, SQLITE_UTF8, nullptr, Collate, nullptr);
+  CheckRegistered(connection, sqlite3_create_collation_v2(connection, storage::kCollation, SQLITE_UTF8,
+                                                          nullptr, Collate, nullptr));
   RegisterStatementFunctions(connection, context);
   RegisterAggregateFunctions(connection, context);
   RegisterCatalogFunctions(connection, context);

@@ -70,6 +70,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 }
 
 void Interpreter::BeginStatement() {
+  transaction_.Recover();
   catalog_.Settle();
   context_.now.reset();
   context_.variables = &running_->variables;

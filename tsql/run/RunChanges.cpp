@@ -91,6 +91,13 @@ int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableIn
 void Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
+  const struct ValidDuringTheStatement {
+    explicit ValidDuringTheStatement(const TableInfo*& pointer) : target(pointer) {}
+    ~ValidDuringTheStatement() { target = nullptr; }
+    ValidDuringTheStatement(const ValidDuringTheStatement&) = delete;
+    ValidDuringTheStatement& operator=(const ValidDuringTheStatement&) = delete;
+    const TableInfo*& target;
+  } valid(target_);
   target_ = target.get();
   verb_ = VerbOf(statement.kind);
   transaction_.BeforeWrite();
@@ -117,12 +124,8 @@ void Interpreter::RunChange(const Statement& statement) {
       const Type& type = target->columns[static_cast<size_t>(target->identityColumn)].type;
       Fail(8115, {"IDENTITY", TypeName(type.id)});
     }
-    // It is translated here, because the message needs the target, which is valid only during the statement.
-    Error error = Translate(failure);
-    target_ = nullptr;
-    throw Error(std::move(error));
+    throw Error(Translate(failure)); // here, because the message needs the target
   }
-  target_ = nullptr;
   if (statement.kind == StatementKind::Insert && count > 0 && target->identityColumn >= 0) {
     const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
     identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),

@@ -81,7 +81,7 @@ SessionImpl::~SessionImpl() {
     transaction_.RollbackIfOpen();
     DropGlobalTables();
     PublishSchema();
-  } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): closing the connection rolls back too
+  } catch (...) { // NOLINT(bugprone-empty-catch): closing the connection rolls back too
   }
 }
 

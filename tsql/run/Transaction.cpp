@@ -13,19 +13,21 @@ void Transaction::LockMain() const {
 
 void Transaction::BeforeWrite() {
   if (count_ == 0 || open_) return;
+  Catalog::SessionTables tables = catalog_.OwnTables();
   connection_.Run("BEGIN");
   try {
     LockMain();
-  } catch (const SqliteFailure&) {
-    connection_.Run("ROLLBACK");
+  } catch (...) {
+    RunOrRecoverLater("ROLLBACK");
     throw;
   }
   open_ = true;
-  tables_ = catalog_.OwnTables();
+  tables_ = std::move(tables);
   catalog_.BeginChanges();
 }
 
 void Transaction::Commit() {
+  Recover();
   if (count_ == 0) Fail(3902, {});
   if (count_ == 1 && open_) {
     connection_.Run("COMMIT");
@@ -41,12 +43,30 @@ void Transaction::Rollback() {
 }
 
 void Transaction::RollbackIfOpen() {
+  if (open_ || needsRecovery_) UndoAll();
   count_ = 0;
-  if (!open_) return;
-  open_ = false;
+}
+
+void Transaction::UndoAll() {
   if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
-  catalog_.RestoreOwnTables(std::exchange(tables_, {}));
+  needsRecovery_ = false;
+  if (std::exchange(open_, false)) catalog_.RestoreOwnTables(std::exchange(tables_, {}));
   catalog_.UndoChanges();
+}
+
+void Transaction::Recover() {
+  if (!needsRecovery_) return;
+  UndoAll();
+  if (std::exchange(count_, 0) > 0) Fail(3930, {});
+}
+
+void Transaction::RunOrRecoverLater(const char* sql) noexcept {
+  try {
+    connection_.Run(sql);
+  } catch (...) {
+    // Unless SQLite has undone all of it already.
+    needsRecovery_ = sqlite3_get_autocommit(connection_.Handle()) == 0;
+  }
 }
 
 void Transaction::Synchronize() {
@@ -65,8 +85,8 @@ StatementScope::StatementScope(Transaction& transaction, Place place)
   if (place != Place::Main) return;
   try {
     transaction_.LockMain();
-  } catch (const SqliteFailure&) {
-    transaction_.connection_.Run("RELEASE statement");
+  } catch (...) {
+    transaction_.RunOrRecoverLater("RELEASE statement");
     throw;
   }
 }
@@ -78,10 +98,7 @@ void StatementScope::Complete() {
 
 StatementScope::~StatementScope() {
   if (done_) return;
-  try {
-    transaction_.connection_.Run("ROLLBACK TO statement; RELEASE statement");
-  } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): SQLite has undone all of it already
-  }
+  transaction_.RunOrRecoverLater("ROLLBACK TO statement; RELEASE statement");
   transaction_.catalog_.RestoreOwnTables(std::move(tables_));
   transaction_.catalog_.UndoChanges();
 }

@@ -20,6 +20,9 @@ class Transaction {
   void BeforeWrite();
   // After some failures SQLite rolls the whole transaction back. Then the count becomes 0.
   void Synchronize();
+  // Undoes what is left of a statement that could not be undone at its time, for want of memory. The whole
+  // transaction goes with it: 3930 when it was a counted one.
+  void Recover();
   void MarkSchemaChange() { schemaChanged_ = true; }
   // Whether a change of the schema has been committed or undone since the last call.
   bool TakeSchemaChange();
@@ -27,12 +30,16 @@ class Transaction {
  private:
   friend class StatementScope;
   void LockMain() const;
+  void UndoAll();
+  // For what undoes: a failure of it is left to Recover.
+  void RunOrRecoverLater(const char* sql) noexcept;
 
   const Connection& connection_;
   Catalog& catalog_;
   int count_ = 0;
   bool open_ = false;
   bool schemaChanged_ = false;
+  bool needsRecovery_ = false;
   Catalog::SessionTables tables_;
 };
 

@@ -18,8 +18,8 @@ PreparedStatement Connection::Prepare(const std::string& sql) const {
   return PreparedStatement(statement);
 }
 
-void Connection::Run(const std::string& sql) const {
-  if (sqlite3_exec(Handle(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) ThrowFailure(Handle());
+void Connection::Run(const char* sql) const {
+  if (sqlite3_exec(Handle(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) ThrowFailure(Handle());
 }
 
 } // namespace tsql

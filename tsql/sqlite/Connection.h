@@ -11,7 +11,9 @@ class Connection {
   Connection(const std::string& uri, int flags);
   sqlite3* Handle() const { return handle_.get(); }
   PreparedStatement Prepare(const std::string& sql) const;
-  void Run(const std::string& sql) const; // any number of statements without parameters
+  // Any number of statements without parameters.
+  void Run(const char* sql) const;
+  void Run(const std::string& sql) const { Run(sql.c_str()); }
 
  private:
   struct Closer {

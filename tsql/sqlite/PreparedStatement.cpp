@@ -9,17 +9,19 @@ void ThrowFailure(sqlite3* connection) {
 void PreparedStatement::Bind(int index, const Datum& value) {
   sqlite3_stmt* statement = statement_.get();
   const auto size = static_cast<sqlite3_uint64>(value.text.size());
+  int result = SQLITE_OK;
   switch (value.kind) {
-  case Datum::Kind::Null: sqlite3_bind_null(statement, index); break;
-  case Datum::Kind::Integer: sqlite3_bind_int64(statement, index, value.integer); break;
-  case Datum::Kind::Real: sqlite3_bind_double(statement, index, value.real); break;
+  case Datum::Kind::Null: result = sqlite3_bind_null(statement, index); break;
+  case Datum::Kind::Integer: result = sqlite3_bind_int64(statement, index, value.integer); break;
+  case Datum::Kind::Real: result = sqlite3_bind_double(statement, index, value.real); break;
   case Datum::Kind::Text:
-    sqlite3_bind_text64(statement, index, value.text.data(), size, SQLITE_STATIC, SQLITE_UTF8);
+    result = sqlite3_bind_text64(statement, index, value.text.data(), size, SQLITE_STATIC, SQLITE_UTF8);
     break;
   case Datum::Kind::Blob:
-    sqlite3_bind_blob64(statement, index, value.text.data(), size, SQLITE_STATIC);
+    result = sqlite3_bind_blob64(statement, index, value.text.data(), size, SQLITE_STATIC);
     break;
   }
+  if (result != SQLITE_OK) ThrowFailure(sqlite3_db_handle(statement));
 }
 
 bool PreparedStatement::Step() {

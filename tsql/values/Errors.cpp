@@ -227,6 +227,9 @@ constexpr ErrorText kErrors[] = {
     {3726, 16, 1, "Could not drop object '%1' because it is referenced by a FOREIGN KEY constraint."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
+    {3930, 16, 1,
+     "The current transaction cannot be committed and cannot support operations that write to the log file. Roll "
+     "back the transaction."},
     {4060, 11, 1, "Cannot open database \"%1\" requested by the login. The login failed."},
     {4104, 16, 1, "The multi-part identifier \"%1\" could not be bound."},
     {4115, 15, 1,

@@ -43,6 +43,16 @@ StatementCases ViewCases();
 StatementCases EcnAndImportCases();
 StatementCases CustBomCases();
 
+// All of them.
+StatementCases AllCases();
+
+// "Class.Method".
+std::string MethodOf(const StatementCase& example);
+
+// `text` with the table that the lists for looking up share between their statements under its plain name:
+// each call gives it a number of its own.
+std::string WithoutTableNumber(std::string text);
+
 inline constexpr wchar_t kShortNumbers[] =
     L"UPDATE t_SystemProfile SET FValue='1' WHERE FCategory='IC' AND FKey='UseShortNumber'";
 

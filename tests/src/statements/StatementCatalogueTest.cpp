@@ -27,17 +27,6 @@ using com::Variant;
 const std::filesystem::path kFolder = SourceFolder() + "/statements";
 constexpr std::string_view kShared = "Shared.";
 
-StatementCases AllCases() {
-  StatementCases all;
-  for (const StatementCases& cases : {BomCases(), ViewCases(), EcnAndImportCases(), CustBomCases()})
-    all.insert(all.end(), cases.begin(), cases.end());
-  return all;
-}
-
-std::string MethodOf(const StatementCase& example) {
-  return com::ToUtf8(example.className) + "." + com::ToUtf8(example.method);
-}
-
 // A statement of a case without a command's parameters.
 std::string FileOf(const std::string& statement) {
   return statement.substr(0, statement.find('\t'));
@@ -68,21 +57,6 @@ std::vector<std::string> Expected(const StatementCase& example) {
                                           : file->second + statement.substr(name.size()));
   }
   return texts;
-}
-
-// The name of the table that the lists for looking up share between their statements is another one in each
-// call. Files have it without its number.
-std::string WithoutTableNumber(std::string text) {
-  const std::string table = "##BomItemID";
-  constexpr size_t kDigits = 32;
-  for (size_t at = 0; (at = text.find(table + "_", at)) != std::string::npos;) {
-    const size_t number = at + table.size() + 1;
-    const size_t end = text.find_first_not_of("0123456789ABCDEF", number);
-    EXPECT_EQ((end == std::string::npos ? text.size() : end) - number, kDigits) << text;
-    text.erase(number - 1, kDigits + 1);
-    at += table.size();
-  }
-  return text;
 }
 
 std::unique_ptr<TestDatabase> FactoryData() {
