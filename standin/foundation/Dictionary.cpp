@@ -8,6 +8,7 @@
 #include "com/Text.h"
 #include "com/ValueText.h"
 #include "standin/foundation/Enumerator.h"
+#include "tsql/Fnv1a.h"
 
 namespace standin {
 namespace {
@@ -25,9 +26,9 @@ wchar_t Upper(wchar_t c) {
 }
 
 uint32_t HashOf(std::wstring_view key) {
-  uint32_t hash = 2166136261U; // FNV-1a
-  for (const wchar_t c : key) hash = (hash ^ static_cast<uint16_t>(Upper(c))) * 16777619U;
-  return hash;
+  tsql::Fnv1a hash;
+  for (const wchar_t c : key) hash.Add(Upper(c));
+  return hash.value();
 }
 
 bool SameKey(std::wstring_view a, std::wstring_view b) {

@@ -1,17 +1,15 @@
 // A number for a name: the same for every way to write it in upper and lower case, in every session.
 #pragma once
 
+#include "tsql/Fnv1a.h"
 #include "tsql/values/Collation.h"
 
 namespace tsql {
 
-// FNV-1a of the name in lower case.
 inline uint32_t HashOfName(std::string_view name) {
-  constexpr uint32_t kOffset = 2166136261U;
-  constexpr uint32_t kPrime = 16777619U;
-  uint32_t hash = kOffset;
-  for (const char character : ToLower(name)) hash = (hash ^ static_cast<unsigned char>(character)) * kPrime;
-  return hash;
+  Fnv1a hash;
+  for (const char character : ToLower(name)) hash.Add(static_cast<unsigned char>(character));
+  return hash.value();
 }
 
 } // namespace tsql
