@@ -44,7 +44,7 @@ class OutOfMemoryTest : public testing::TestWithParam<Then> {
       std::wstring answer;
       {
         const FailingAllocations memory(nth, GetParam());
-        // Whatever is asked of the memory is within.
+        // The text of the answer takes memory, too.
         try {
           answer = AnswerOrFailure(call, fresh);
         } catch (const std::bad_alloc&) {
