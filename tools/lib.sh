@@ -8,7 +8,7 @@ LOGS=$BUILD/logs
 # The build whose Windows programs are run.
 PRESET=${PRESET:-x64}
 # The test programs of x64-debug.
-DEBUG_TESTS='com_tests component_tests standin_tests'
+DEBUG_TESTS='com_tests com_memory_tests component_tests standin_tests'
 mkdir -p "$LOGS"
 
 die() {

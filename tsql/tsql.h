@@ -8,8 +8,8 @@
 // long, the statement fails with the server's lock time-out error (1222) and changes nothing.
 //
 // Errors of a batch are the server's (number, severity, state, line, text) and go to ResultSink::Failed.
-// Failures of the engine itself, such as a file that is not there, are thrown as tsql::Error. Where memory runs
-// out, std::bad_alloc may be thrown as well; the running statement is undone, and the session goes on.
+// Failures of the engine itself, such as a file that is not there, are thrown as tsql::Error. Where memory
+// runs out, std::bad_alloc may be thrown as well; the running statement is undone, and the session goes on.
 #pragma once
 
 #include <chrono>

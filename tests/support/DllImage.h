@@ -4,11 +4,13 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace com::test {
@@ -44,6 +46,11 @@ inline std::vector<std::string> WeaknessesOf(Image image) {
     constexpr WORD kHighEntropy = 0x0020;
     demand((flags & kHighEntropy) != 0, "only low addresses are taken at random");
   }
+  // The file keeps the names of its functions: the one that ends the process when a stack was overwritten is
+  // there only where others call it.
+  constexpr std::string_view kStackCheck = "__stack_chk_fail";
+  demand(std::search(image.begin(), image.end(), kStackCheck.begin(), kStackCheck.end()) != image.end(),
+         "no stack protector");
   const IMAGE_SECTION_HEADER* const sections = IMAGE_FIRST_SECTION(&headers);
   constexpr DWORD kWritableCode = IMAGE_SCN_MEM_WRITE | IMAGE_SCN_MEM_EXECUTE;
   for (const IMAGE_SECTION_HEADER* section = sections;

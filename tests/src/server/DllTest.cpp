@@ -3,6 +3,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <algorithm>
 #include <array>
 
 #include "com/ClassesKey.h"
@@ -191,6 +192,11 @@ TEST(Dll, ProtectsItsHost) {
   weak = image;
   IMAGE_FIRST_SECTION(&HeadersOf(weak))->Characteristics |= IMAGE_SCN_MEM_WRITE;
   EXPECT_EQ(WeaknessesOf(weak), std::vector<std::string>{"writable code: .text"});
+  weak = image;
+  const std::string check = "__stack_chk_fail";
+  for (auto at = weak.begin(); (at = std::search(at, weak.end(), check.begin(), check.end())) != weak.end();)
+    *at = 'x';
+  EXPECT_EQ(WeaknessesOf(weak), std::vector<std::string>{"no stack protector"});
 }
 
 } // namespace

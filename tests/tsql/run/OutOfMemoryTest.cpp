@@ -140,7 +140,7 @@ TEST_P(OutOfMemoryTest, ANewSessionLosesNothing) {
 
 TEST_P(OutOfMemoryTest, ASessionInUseLosesNothing) {
   const auto database = Database::Open(path_, OpenMode::Create);
-  const std::shared_ptr<Session> session = Session::Open(database);
+  std::shared_ptr<Session> session = Session::Open(database);
   MakeTables(*session);
   WorkShortOfMemory([&] { return session; });
 }
