@@ -129,6 +129,7 @@ void Serve(const std::wstring& dsn) {
   std::mutex mutex;
   std::wstring told;
   std::vector<std::thread> apartments;
+  apartments.reserve(kApartments);
   for (int i = 0; i < kApartments; ++i)
     apartments.emplace_back([&, i] {
       CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
