@@ -23,6 +23,13 @@ std::string Unicode(std::string_view text) {
   return tsql::BytesOfText(text, true);
 }
 
+std::string FromHex(std::string_view digits) {
+  std::string bytes;
+  for (size_t i = 0; i + 1 < digits.size(); i += 2)
+    bytes += static_cast<char>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16));
+  return bytes;
+}
+
 class ConnectionTest : public testing::Test {
  protected:
   ConnectionTest() {
@@ -169,10 +176,10 @@ TEST_F(ConnectionTest, AnswersABatchWithRowsAndACount) {
   LogIn();
   const std::string reply = Run("SELECT 7 AS seven");
   ByteWriter expected;
-  expected.PutBytes(std::string_view("\x81\x01\x00\0\0\0\0\x00\x00\x26\x04", 11)); // one column, an int
+  expected.PutBytes(FromHex("8101000000000000002604")); // one column, an int
   expected.PutShortText("seven");
-  expected.PutBytes(std::string_view("\xD1\x04\x07\0\0\0", 6));
-  expected.PutBytes(std::string_view("\xFD\x10\0\0\0\x01\0\0\0\0\0\0\0", 13)); // done: one row was counted
+  expected.PutBytes(FromHex("D10407000000"));
+  expected.PutBytes(FromHex("FD100000000100000000000000")); // done: one row was counted
   ByteWriter nullable;
   nullable.PutBytes(expected.data());
   std::string mayBeNull = nullable.data();
@@ -185,10 +192,8 @@ TEST_F(ConnectionTest, EndsTheStatementsOfAProcedureAsSuch) {
   Run("CREATE TABLE t (n int)");
   Run("CREATE PROCEDURE p AS INSERT INTO t VALUES (1)");
   const std::string reply = Run("EXEC p INSERT INTO t VALUES (2)");
-  const auto done = [](const char* token) { return std::string_view(token, 13); };
-  EXPECT_EQ(reply, std::string(done("\xFF\x11\0\0\0\x01\0\0\0\0\0\0\0")) +
-                       std::string(done("\xFE\x01\0\0\0\0\0\0\0\0\0\0\0")) +
-                       std::string(done("\xFD\x10\0\0\0\x01\0\0\0\0\0\0\0")));
+  EXPECT_EQ(reply, FromHex("FF110000000100000000000000") + FromHex("FE010000000000000000000000") +
+                       FromHex("FD100000000100000000000000"));
 }
 
 TEST_F(ConnectionTest, CallsAProcedureAndHandsBackItsOutput) {
@@ -202,12 +207,12 @@ TEST_F(ConnectionTest, CallsAProcedureAndHandsBackItsOutput) {
   for (const bool output : {false, true}) {
     call.PutShortText("");
     call.Put(static_cast<uint8_t>(output ? 1 : 0));
-    call.PutBytes(std::string_view("\x26\x04\x04\x15\0\0\0", 7)); // int 21
+    call.PutBytes(FromHex("26040415000000")); // int 21
   }
   Send(3, call.data());
   const std::string reply = Receive();
-  EXPECT_EQ(reply.substr(0, 5), std::string("\x79\x05\0\0\0", 5)) << "the status";
-  EXPECT_NE(reply.find(std::string("\x26\x04\x04\x2A\0\0\0", 7)), std::string::npos) << "42";
+  EXPECT_EQ(reply.substr(0, 5), FromHex("7905000000")) << "the status";
+  EXPECT_NE(reply.find(FromHex("2604042A000000")), std::string::npos) << "42";
   EXPECT_EQ(static_cast<uint8_t>(reply[5]), kReturnValue);
 }
 
@@ -217,7 +222,7 @@ TEST_F(ConnectionTest, StopsABatchThatIsCanceled) {
   Send(6, "");
   EXPECT_EQ(static_cast<uint8_t>(Receive().front()), kDone);
   const std::string answer = Receive();
-  EXPECT_EQ(answer.substr(0, 3), std::string("\xFD\x20\0", 3)) << "the cancel is answered";
+  EXPECT_EQ(answer.substr(0, 3), FromHex("FD2000")) << "the cancel is answered";
   EXPECT_NE(Run("SELECT 1 AS one"), "");
 }
 
@@ -244,15 +249,15 @@ TEST_F(ConnectionTest, MalformedMessagesEndTheConnection) {
     return reply.empty() && !refusal_.empty();
   };
   EXPECT_TRUE(refusedAfterLogin(1, "")) << "no headers";
-  EXPECT_TRUE(refusedAfterLogin(1, std::string("\xFF\xFF\xFF\xFF", 4))) << "headers without an end";
+  EXPECT_TRUE(refusedAfterLogin(1, FromHex("FFFFFFFF"))) << "headers without an end";
   EXPECT_TRUE(refusedAfterLogin(3, Headers())) << "no call";
-  EXPECT_TRUE(refusedAfterLogin(3, Headers() + std::string("\xFF\xFF\x63\0\0\0", 6))) << "no such number";
-  EXPECT_TRUE(refusedAfterLogin(3, Headers() + std::string("\x40\0p\0", 4))) << "a name without its end";
-  EXPECT_TRUE(refusedAfterLogin(3, Headers() + std::string("\x01\0p\0\0\0\0\0\x99", 9))) << "no such type";
-  EXPECT_TRUE(refusedAfterLogin(14, Headers() + std::string("\x63\0", 2))) << "no such request";
+  EXPECT_TRUE(refusedAfterLogin(3, Headers() + FromHex("FFFF63000000"))) << "no such number";
+  EXPECT_TRUE(refusedAfterLogin(3, Headers() + FromHex("40007000"))) << "a name without its end";
+  EXPECT_TRUE(refusedAfterLogin(3, Headers() + FromHex("010070000000000099"))) << "no such type";
+  EXPECT_TRUE(refusedAfterLogin(14, Headers() + FromHex("6300"))) << "no such request";
   EXPECT_TRUE(refusedAfterLogin(16, login)) << "a second login";
   EXPECT_TRUE(refusedAfterLogin(99, "")) << "no such message";
-  for (const std::string& bytes : {std::string("\x10\x01\0\x04\0\0\0\0", 8), std::string(8, '\0')}) {
+  for (const std::string& bytes : {FromHex("1001000400000000"), std::string(8, '\0')}) {
     Reconnect();
     refusal_.clear();
     SendBytes(bytes);
@@ -280,8 +285,11 @@ TEST_F(ConnectionTest, LivesThroughMessagesThatAreMutated) {
     PutType(call, type);
     PutValue(call, type, value);
   }
-  call.PutBytes(std::string_view("\0\0\xE7\x28\0\x04\x08\xD0\0\0\x04\0a\0b\0", 17));
-  call.PutBytes(std::string_view("\0\0\x6A\x0D\x14\x04\x05\x01\x15\x16\0\0", 12));
+  call.PutBytes(FromHex("0000E728000408D00000040061006200"));
+  call.PutBytes(FromHex("00006A0D1404050115160000"));
+  LogIn();
+  Send(3, call.data());
+  EXPECT_TRUE(Has(Receive(), "ab")) << "unchanged it is a good call";
   struct Good {
     uint8_t type;
     std::string payload;
@@ -289,7 +297,7 @@ TEST_F(ConnectionTest, LivesThroughMessagesThatAreMutated) {
   };
   const std::array good{Good{16, LoginMessage("tester", "open sesame", "scratch"), true},
                         Good{1, Headers() + Unicode("SELECT 1 AS one"), false}, Good{3, call.data(), false},
-                        Good{14, Headers() + std::string("\x05\0\0\0", 4), false}};
+                        Good{14, Headers() + FromHex("05000000"), false}};
   constexpr int kRounds = 2000;
   for (unsigned seed = 0; seed < kRounds; ++seed) {
     std::minstd_rand random(seed);

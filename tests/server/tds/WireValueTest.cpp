@@ -6,7 +6,6 @@
 namespace tds {
 namespace {
 
-using tsql::TypeId;
 using Kind = tsql::Value::Kind;
 
 // What the engine makes of a literal.

@@ -78,13 +78,13 @@ Object ImportedBom(const std::wstring& number) {
 
 // What one apartment does. Returns the rows in which it tells of the identifiers and numbers that it was
 // given.
-std::wstring Work(const std::wstring& dsn, const std::wstring& name) {
+std::vector<std::wstring> Work(const std::wstring& dsn, const std::wstring& name) {
   const Object importer = Hosted(L"BOMImport");
   const Object function = Hosted(L"CBomFunction");
   const Object check = Hosted(L"CBomCheck");
-  std::wstring told;
+  std::vector<std::wstring> told;
   const auto tell = [&](const wchar_t* kind, int32_t number) {
-    told += (told.empty() ? L"('" : L", ('") + std::wstring(kind) + L"', " + std::to_wstring(number) + L")";
+    told.push_back(L"('" + std::wstring(kind) + L"', " + std::to_wstring(number) + L")");
   };
   for (int round = 0; round < Rounds(); ++round) {
     const std::wstring number = name + std::to_wstring(round);
@@ -127,17 +127,17 @@ std::wstring Work(const std::wstring& dsn, const std::wstring& name) {
 // A host: a process with apartments.
 void Serve(const std::wstring& dsn) {
   std::mutex mutex;
-  std::wstring told;
+  std::vector<std::wstring> told;
   std::vector<std::thread> apartments;
   apartments.reserve(kApartments);
   for (int i = 0; i < kApartments; ++i)
     apartments.emplace_back([&, i] {
       CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
       try {
-        const std::wstring rows =
+        const std::vector<std::wstring> rows =
             Work(dsn, std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(i) + L"-");
         const std::lock_guard lock(mutex);
-        told += (told.empty() ? L"" : L", ") + rows;
+        told.insert(told.end(), rows.begin(), rows.end());
       } catch (const std::exception& failure) {
         ADD_FAILURE() << failure.what();
       }
@@ -145,9 +145,10 @@ void Serve(const std::wstring& dsn) {
     });
   for (std::thread& apartment : apartments) apartment.join();
   const Object connection = Connect(dsn);
-  Repeat("the report", [&] {
-    return RaisedBy([&] { connection.Call(L"Execute", L"INSERT INTO told VALUES " + told); }).code == S_OK;
-  });
+  for (const std::wstring& row : told)
+    Repeat("the report", [&] {
+      return RaisedBy([&] { connection.Call(L"Execute", L"INSERT INTO told VALUES " + row); }).code == S_OK;
+    });
 }
 
 void Fill(const Object& connection) {

@@ -53,6 +53,7 @@ void WorkInApartments(const std::wstring& dsn) {
   std::atomic<int> completed{0};
   std::atomic<int> wrong{0};
   std::vector<std::thread> apartments;
+  apartments.reserve(kApartments);
   for (int i = 0; i < kApartments; ++i)
     apartments.emplace_back([&, i] {
       CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
