@@ -3,28 +3,18 @@
 set(TEST_OBJECTS "" CACHE STRING "The build whose objects of tests are linked; they are compiled here if it is empty")
 set(TEST_OBJECTS_DIR "${PROJECT_SOURCE_DIR}/build/${TEST_OBJECTS}")
 
-# For programs that nobody installs. What is installed is linked by the compiler's own linker.
-add_library(quick_link INTERFACE)
-if(MINGW)
-  target_link_options(quick_link INTERFACE
-    -fno-use-linker-plugin "SHELL:-wrapper ${PROJECT_SOURCE_DIR}/cmake/link-with-lld")
-else()
-  target_link_options(quick_link INTERFACE -fuse-ld=lld)
-endif()
-
 # It need not be quick: compiling it is what takes time. Lines are enough for finding a failure in a test.
 add_library(test_options INTERFACE)
 target_compile_options(test_options INTERFACE -O0 -g1)
-target_link_libraries(test_options INTERFACE quick_link)
 
-# com_test_main(SOURCE…): what all test programs that use COM share, main() first of all, and their precompiled headers.
-function(com_test_main)
+# The main() of the test programs that use COM, and their precompiled headers.
+function(com_test_main source)
   if(TEST_OBJECTS)
     add_library(com_test_main INTERFACE)
     target_link_libraries(com_test_main INTERFACE
-      "${TEST_OBJECTS_DIR}/tests/libcom_test_main.a" com "${TEST_OBJECTS_DIR}/lib/libgtest.a" quick_link)
+      "${TEST_OBJECTS_DIR}/tests/libcom_test_main.a" com "${TEST_OBJECTS_DIR}/lib/libgtest.a")
   else()
-    add_library(com_test_main STATIC ${ARGN})
+    add_library(com_test_main STATIC ${source})
     target_link_libraries(com_test_main PUBLIC com gtest test_options)
     precompile(com_test_main ${WINDOWS_HEADERS} ${STANDARD_HEADERS} <gtest/gtest.h>)
   endif()
@@ -34,8 +24,8 @@ endfunction()
 function(com_test_program name)
   if(TEST_OBJECTS)
     file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
-    unity_objects(objects ${name} ${ARGN})
-    list(TRANSFORM objects REPLACE ".+" "${TEST_OBJECTS_DIR}/${folder}/CMakeFiles/${name}.dir/\\0")
+    list(TRANSFORM ARGN REPLACE "[.][.]/" "__/" OUTPUT_VARIABLE objects)
+    list(TRANSFORM objects REPLACE ".+" "${TEST_OBJECTS_DIR}/${folder}/CMakeFiles/${name}.dir/\\0${CMAKE_CXX_OUTPUT_EXTENSION}")
     set_source_files_properties(${objects} PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
     add_executable(${name} ${objects})
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
@@ -44,6 +34,5 @@ function(com_test_program name)
     add_executable(${name} ${ARGN})
     target_link_libraries(${name} PRIVATE com_test_main)
     precompiled_by(com_test_main ${name})
-    unity(${name})
   endif()
 endfunction()

@@ -47,7 +47,7 @@ struct Interpreter::ProcedureScope {
     for (const TablePtr& table : owner.catalog_.LeaveScope()) {
       try {
         owner.definitions_.DropTable(*table);
-      } catch (const SqliteFailure&) { // NOLINT(bugprone-empty-catch): the table went with a rollback
+      } catch (...) { // NOLINT(bugprone-empty-catch): the table went with a rollback, or goes with the session
       }
     }
   }
