@@ -189,10 +189,10 @@ void Catalog::RemoveModule(const std::string& name) {
 }
 
 std::vector<TablePtr> Catalog::LeaveScope() {
+  const int left = depth_--;
   std::vector<TablePtr> ended;
   for (const TempTable& entry : own_.local)
-    if (entry.depth == depth_) ended.push_back(entry.table);
-  --depth_;
+    if (entry.depth == left) ended.push_back(entry.table);
   return ended;
 }
 

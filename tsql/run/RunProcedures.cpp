@@ -44,11 +44,16 @@ struct Interpreter::ProcedureScope {
     owner.xactAbort_ = xactAbort;
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
     owner.compiler_.SetIdentityInsert(std::move(identityInsert));
-    for (const TablePtr& table : owner.catalog_.LeaveScope()) {
-      try {
-        owner.definitions_.DropTable(*table);
-      } catch (...) { // NOLINT(bugprone-empty-catch): the table went with a rollback, or goes with the session
-      }
+    // A table that cannot be dropped went with a rollback, or goes with the session.
+    try {
+      for (const TablePtr& table : owner.catalog_.LeaveScope()) Drop(*table);
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+  }
+  void Drop(const TableInfo& table) const {
+    try {
+      owner.definitions_.DropTable(table);
+    } catch (...) { // NOLINT(bugprone-empty-catch)
     }
   }
   Interpreter& owner;
