@@ -13,6 +13,7 @@
 
 #include "com/Text.h"
 #include "tests/support/Client.h"
+#include "tests/support/ImportedBom.h"
 #include "tests/support/TdsServer.h"
 #include "tests/tsql/Processes.h"
 
@@ -49,33 +50,6 @@ bool IsLockTimeout(const Raised& raised) {
   return raised.description.find(L"Lock request time out") != std::wstring::npos;
 }
 
-Object ImportedBom(const std::wstring& number) {
-  const Object line = MakeDictionary({{L"EntryItem", 502},
-                                      {L"Qty", 3},
-                                      {L"Scrap", 0},
-                                      {L"Oper", 0},
-                                      {L"MachinePos", L""},
-                                      {L"Note", L"line"},
-                                      {L"MaterielType", 371},
-                                      {L"MarshalType", 385},
-                                      {L"Percent", 100},
-                                      {L"OffSetDay", 0},
-                                      {L"BackFlush", 1059},
-                                      {L"Stock", 0},
-                                      {L"SP", 0}});
-  return MakeDictionary({{L"BOMNumber", number.c_str()},
-                         {L"UseStatus", 1072},
-                         {L"Version", L"v1"},
-                         {L"Parent", 3},
-                         {L"Item", 501},
-                         {L"Qty", 1},
-                         {L"Yield", 100},
-                         {L"Routing", 0},
-                         {L"BOMType", 0},
-                         {L"Note", L"自行车"},
-                         {L"Entry", MakeVector({line})}});
-}
-
 // What one apartment does. Returns the rows in which it tells of the identifiers and numbers that it was
 // given.
 std::vector<std::wstring> Work(const std::wstring& dsn, const std::wstring& name) {
@@ -89,7 +63,9 @@ std::vector<std::wstring> Work(const std::wstring& dsn, const std::wstring& name
   for (int round = 0; round < Rounds(); ++round) {
     const std::wstring number = name + std::to_wstring(round);
     Repeat("an import", [&] {
-      const Raised raised = RaisedBy([&] { importer.Call(L"UpdateBOM", dsn, ImportedBom(L"I" + number)); });
+      const Raised raised = RaisedBy([&] {
+        importer.Call(L"UpdateBOM", dsn, ImportedBom(L"I" + number, 3, 501, {502, 3, 0}));
+      });
       if (raised.code != S_OK && !IsLockTimeout(raised))
         throw std::runtime_error(com::ToUtf8(raised.description));
       return raised.code == S_OK;

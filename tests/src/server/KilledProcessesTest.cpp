@@ -14,6 +14,7 @@
 #include "com/Text.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
+#include "tests/support/ImportedBom.h"
 #include "tsql/tsql.h"
 
 namespace mbom::test {
@@ -52,7 +53,7 @@ class Worker {
   [[noreturn]] void Run() const {
     for (int i = 1;; ++i) {
       const std::wstring number = round_ + L"_" + std::to_wstring(i);
-      import_.Call(L"UpdateBOM", dsn_, ImportedBom(L"IMP" + number));
+      import_.Call(L"UpdateBOM", dsn_, ImportedBom(L"IMP" + number, 5, 203, {306, 1, 802}));
       Answer("import", L"IMP" + number);
       const int32_t copy = functions_.Call(L"CopyBom", dsn_, CopyOrder(L"CPY" + number)).AsLong();
       if (copy < 0) Fail("copy");
@@ -73,32 +74,6 @@ class Worker {
   }
 
  private:
-  static Object ImportedBom(const std::wstring& number) {
-    const Object line = MakeDictionary({{L"EntryItem", 306},
-                                        {L"Qty", 1},
-                                        {L"Scrap", 0},
-                                        {L"Oper", 0},
-                                        {L"MachinePos", L""},
-                                        {L"Note", L"imported"},
-                                        {L"MaterielType", 371},
-                                        {L"MarshalType", 385},
-                                        {L"Percent", 100},
-                                        {L"OffSetDay", 0},
-                                        {L"BackFlush", 1059},
-                                        {L"Stock", 802},
-                                        {L"SP", 0}});
-    return MakeDictionary({{L"BOMNumber", number},
-                           {L"UseStatus", 1072},
-                           {L"Version", L"1"},
-                           {L"Parent", 5},
-                           {L"Item", 203},
-                           {L"Qty", 1},
-                           {L"Yield", 100},
-                           {L"Routing", 0},
-                           {L"BOMType", 0},
-                           {L"Note", L""},
-                           {L"Entry", MakeVector({line})}});
-  }
   static Object CopyOrder(const std::wstring& number) {
     return MakeDictionary({{L"FInterID", 1002},
                            {L"FBOMNumber", number},
