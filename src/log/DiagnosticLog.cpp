@@ -81,7 +81,7 @@ Json Line(const Log& log, const wchar_t* event, const ObservedCall* call) {
 }
 
 void AddText(Json& line, std::wstring_view text) {
-  line["text"] = com::ToUtf8(com::WithoutPasswords(text));
+  line["text"] = com::ToUtf8(com::Masked(text));
 }
 
 // Lines are written for their own sake: one that cannot be made is left out.
