@@ -107,7 +107,8 @@ function memberContracts(header) {
     }
     // A comment with an empty line behind it is one for the members that follow.
     if (text === '') {
-      group = open ? textOf(comment).replace(/^---- /, '') : '';
+      const text = open ? textOf(comment).replace(/^---- /, '') : '';
+      group = text.includes('.') ? text : ''; // else a mere heading
       comment = [];
     }
     open = false;
