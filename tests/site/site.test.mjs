@@ -103,8 +103,10 @@ for (const [name, viewport] of Object.entries(SCREENS)) {
 
 test('the search finds a method', async () => {
   const page = await browser.newPage({ viewport: SCREENS.wide });
-  await page.goto(`${origin}/index.html`);
+  // The index is read in the background.
+  await page.goto(`${origin}/index.html`, { waitUntil: 'networkidle' });
   await page.getByRole('link', { name: 'Search' }).click();
+  await page.locator('#mkdocs_search_modal').waitFor();
   await page.locator('#mkdocs-search-query').pressSequentially('UpdateIcBomStatus');
   const found = page.locator('#mkdocs-search-results a', { hasText: 'UpdateIcBomStatus' });
   await found.first().waitFor({ timeout: 20_000 });
