@@ -80,10 +80,8 @@ void Interpreter::FillDefaults(CompiledUnit& unit, RunningUnit& running, const s
   for (size_t i = 0; i < parameters.size(); ++i) {
     if (given[i]) continue;
     if (!parameters[i].defaultValue) Fail(201, {unit.procedure->name.name, parameters[i].name});
-    Plan& plan = MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type);
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-    running.variables[i] = plan.statement.ColumnDatum(0);
+    running.variables[i] =
+        ReadValue(MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type));
   }
 }
 
