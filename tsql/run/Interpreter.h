@@ -99,6 +99,8 @@ class Interpreter {
   void MarkSchemaChange(Place place);
 
   void BeginStatement();
+  // Drops the temporary tables of procedures that have ended.
+  void DropEndedTables();
   Planner MakePlanner() const { return compiler_.PlannerFor(*running_->unit); }
 
   // parameters and values (RunValues.cpp)
