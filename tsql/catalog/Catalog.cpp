@@ -188,12 +188,6 @@ void Catalog::RemoveModule(const std::string& name) {
   main_.procedures.erase(name);
 }
 
-TablePtr Catalog::EndedTable() const {
-  for (const TempTable& entry : own_.local)
-    if (entry.depth > depth_) return entry.table;
-  return nullptr;
-}
-
 std::string Catalog::TempStorageName(const std::string& name) const {
   return depth_ == 0 ? name : name + ":" + std::to_string(depth_);
 }

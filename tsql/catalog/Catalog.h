@@ -47,8 +47,13 @@ class Catalog {
   // The scope of a procedure: the local temporary tables made in it end with it.
   void EnterScope() { ++depth_; }
   void LeaveScope() { --depth_; }
-  // A local temporary table of a scope that was left, which is to be dropped; null when there is none.
-  TablePtr EndedTable() const;
+  // A local temporary table of a scope that was left, which is to be dropped; null when there is none. Each
+  // statement asks.
+  const TableInfo* EndedTable() const {
+    for (const TempTable& entry : own_.local)
+      if (entry.depth > depth_) return entry.table.get();
+    return nullptr;
+  }
   std::string TempStorageName(const std::string& name) const;
 
   // The global temporary tables that this session made. They end with it.

@@ -72,7 +72,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 void Interpreter::BeginStatement() {
   transaction_.Recover();
   catalog_.Settle();
-  DropEndedTables();
+  if (catalog_.EndedTable() != nullptr) DropEndedTables();
   context_.now.reset();
   context_.variables = &running_->variables;
   context_.error.reset();
