@@ -132,14 +132,17 @@ in_width() {
 installer() { in_width "$1" msiexec "${@:2}" /qn; }
 new_of() { echo "Z:$work/first/QorvaneMBomBill-$version-$1.msi"; }
 folder_of() { if [[ $1 == x64 ]]; then echo "$drive/Program Files/QorvaneMBomBill"; else echo "$drive/Program Files (x86)/QorvaneMBomBill"; fi; }
-# classes ARCH: all that COM finds in that width, one value a line, without the installer's own notes. HELPDIR is a folder,
-# with or without a backslash at its end.
+# classes: all that COM finds in both widths, one value a line, without the installer's own notes. The server writes the
+# registry when it ends. HELPDIR is a folder, with or without a backslash at its end.
 classes() {
-  rm -f "$drive/classes.reg"
-  in_width "$1" reg export 'HKLM\Software\Classes' 'C:\classes.reg' /y >/dev/null || die "reg export"
-  iconv -f UTF-16 -t UTF-8 "$drive/classes.reg" | tr -d '\r' | awk '
-    /^\[/ { key = $0; next }
-    key !~ /\\Classes\\Installer/ && NF { if (key ~ /HELPDIR\]$/) sub(/\\\\"$/, "\""); print key $0 }' | sort
+  wineserver -k
+  wineserver -w
+  awk '
+    /^\[/ { sub(/\] [0-9]+$/, "]"); key = $0; next }
+    key ~ /^\[Software\\\\Classes\\\\/ && key !~ /^\[Software\\\\Classes\\\\Installer/ && !/^#/ && NF {
+      if (key ~ /HELPDIR\]$/) sub(/\\\\"$/, "\"")
+      print key $0
+    }' "$WINEPREFIX/system.reg" | sort
 }
 # installed: what the list of installed programs says of ours, "NAME VERSION" a line.
 installed() {
@@ -149,20 +152,18 @@ installed() {
     $1 == "DisplayName" { name = $3 " " $4 }
     $1 == "DisplayVersion" && name ~ /^QorvaneMBomBill/ { print name, $3 }' | sort -u
 }
-# Of the installer's own notes, too. The server writes the registry when it ends.
+# Of the installer's own notes, too.
 must_be_clean() {
-  wineserver -k
-  wineserver -w
+  local arch left
+  left=$(classes | diff "$work/before" - || true)
   ! grep -a -i 'QorvaneMBomBill\|8B976668-DF93-4A97-B223-0C165C507E42' "$WINEPREFIX/system.reg" "$WINEPREFIX/user.reg" ||
     die "line ${BASH_LINENO[0]}: the lines above are left in the registry"
-  tools/wine-prefix
-  local arch left
+  [[ ! $left ]] || die "line ${BASH_LINENO[0]}: not as before: $left"
   for arch in x64 x86; do
     [[ ! -e $(folder_of $arch) ]] || die "line ${BASH_LINENO[0]}: the folder of $arch is left"
-    left=$(classes $arch | diff "$work/before-$arch" - || true)
-    [[ ! $left ]] || die "line ${BASH_LINENO[0]}: in the classes of $arch: $left"
   done
   [[ ! $(find "$drive/windows/Installer" -type f) ]] || die "line ${BASH_LINENO[0]}: packages are left in windows/Installer"
+  tools/wine-prefix
 }
 # Wine's cscript registers a type library of its own when it is first run.
 echo 'WScript.Echo "here"' >"$work/here.vbs"
@@ -171,7 +172,9 @@ for arch in x64 x86; do
   # Under Wine the stand-in takes the place of Wine's ADO, for good.
   for undo in '' /u; do in_width $arch regsvr32 /s $undo "Z:$BUILD/$arch/bin/ErpStandIn.dll" || die "regsvr32 $undo"; done
 done
-for arch in x64 x86; do classes $arch >"$work/before-$arch"; done
+classes >"$work/before"
+(($(wc -l <"$work/before") > 1000)) || die "there are no classes in $WINEPREFIX/system.reg"
+tools/wine-prefix
 
 for arch in x64 x86; do
   stage=$work/QorvaneMBomBill-$version-$arch
@@ -196,7 +199,8 @@ for arch in x64 x86; do
   diff -r "$stage" "$folder" || die "the files of $arch are not those of the package"
   if installer $arch /i "Z:$work/old-$arch.msi"; then die "the older release of $arch was installed over the newer one"; fi
   [[ $(installed) == "QorvaneMBomBill ($arch) $version" ]] || die "after a refused downgrade: $(installed)"
-  classes $arch | comm -13 "$work/before-$arch" - >"$work/installed-$arch"
+  classes | comm -13 "$work/before" - >"$work/installed"
+  tools/wine-prefix
 
   # Called.
   in_width $arch regsvr32 /s "$folder/standin/ErpStandIn.dll" || die "regsvr32 ErpStandIn.dll"
@@ -245,9 +249,10 @@ SELECT FBOMNumber, CASE FStatus WHEN 0 THEN 'Not audited' ELSE 'Audited' END FRO
   mkdir "$folder"
   cp "$stage/QorvaneMBomBill.dll" "$folder/"
   in_width $arch regsvr32 /s "$dll" || die "regsvr32 QorvaneMBomBill.dll"
-  classes $arch | comm -13 "$work/before-$arch" - >"$work/registered-$arch"
-  (($(grep -c '\\QorvaneMBomBill\.[^\\]*\]@=' "$work/registered-$arch") == 11)) || die "regsvr32 of $arch has not registered eleven classes"
-  diff "$work/registered-$arch" "$work/installed-$arch" || die "the installer of $arch (>) does not write what regsvr32 (<) writes"
+  classes | comm -13 "$work/before" - >"$work/registered"
+  tools/wine-prefix
+  (($(grep -c '\\QorvaneMBomBill\.[^\\]*\]@=' "$work/registered") == 11)) || die "regsvr32 of $arch has not registered eleven classes"
+  diff "$work/registered" "$work/installed" || die "the installer of $arch (>) does not write what regsvr32 (<) writes"
   in_width $arch regsvr32 /s /u "$dll" || die "regsvr32 /u QorvaneMBomBill.dll"
   rm -r "$folder"
   must_be_clean
@@ -258,19 +263,24 @@ done
 transmode() { in_width "$1" cscript //nologo "Z:$work/transmode.vbs" | tr -d '\r' | grep -x 'TransMode 3' >/dev/null; }
 echo 'WScript.Echo "TransMode " & CreateObject("QorvaneMBomBill.BomView").TransMode' >"$work/transmode.vbs"
 library() { in_width x64 reg query 'HKLM\Software\Classes\TypeLib\{8B976668-DF93-4A97-B223-0C165C507E42}\1.0' /s | grep "$1" >/dev/null; }
-installer x64 /i "$(new_of x64)" 'INSTALLDIR=C:\ERP\Bom' ADDLOCAL=Component || die "x64 in a folder of its own"
-[[ $(cd "$drive/ERP/Bom" && find . -type f | sort) == "$(printf './%s\n' LICENSE.txt QorvaneMBomBill.dll README.txt SHA256SUMS THIRD-PARTY-NOTICES.txt)" ]] ||
-  die "the component alone is: $(cd "$drive/ERP/Bom" && find . -type f)"
+for arch in x64 x86; do in_width $arch regsvr32 /s "Z:$BUILD/$arch/bin/ErpStandIn.dll" || die "regsvr32 ErpStandIn.dll"; done
+installer x64 /i "Z:$work/old-x64.msi" 'INSTALLDIR=C:\Bom' ADDLOCAL=Component || die "x64 in a folder of its own"
+[[ -f $drive/Bom/QorvaneMBomBill.dll ]] || die "INSTALLDIR has no effect"
+installer x64 /i "$(new_of x64)" ADDLOCAL=Component || die "an upgrade in a folder of its own"
+cmp "$work/QorvaneMBomBill-$version-x64/QorvaneMBomBill.dll" "$drive/Bom/QorvaneMBomBill.dll" || die "the upgrade is not where the older release was"
+[[ $(cd "$drive/Bom" && find . -type f | sort) == "$(printf './%s\n' LICENSE.txt QorvaneMBomBill.dll README.txt SHA256SUMS THIRD-PARTY-NOTICES.txt)" ]] ||
+  die "the component alone is: $(cd "$drive/Bom" && find . -type f)"
 installer x86 /i "$(new_of x86)" || die "x86 beside it"
 transmode x64 || die "x64 beside x86 does not work"
 transmode x86 || die "x86 beside x64 does not work"
 library win64 && library win32 && library 'BOM business component' || die "the type library is not that of both widths"
 installer x64 /x "$(new_of x64)" || die "removing x64"
-[[ ! -e $drive/ERP ]] || die "C:\\ERP is left"
+[[ ! -e $drive/Bom ]] || die "C:\\Bom is left"
 ! transmode x64 || die "x64 works without its files"
 transmode x86 || die "x86 does not work without x64"
 ! library win64 && library win32 && library 'BOM business component' || die "the type library is not that of x86 alone"
 installer x86 /x "$(new_of x86)" || die "removing x86"
+for arch in x64 x86; do in_width $arch regsvr32 /s /u "Z:$BUILD/$arch/bin/ErpStandIn.dll" || die "regsvr32 /u ErpStandIn.dll"; done
 must_be_clean
 
 rm -rf "$work"
