@@ -92,7 +92,7 @@ for arch in x64 x86; do
   # Every file that the READMEs name.
   for path in QorvaneMBomBill.dll bomcall.exe tsqlsh.exe dbsetup.exe standin/ErpStandIn.dll standin/database/schema.sql \
     standin/database/procedures.sql standin/database/factory.sql standin/database/ecn.sql standin/database/browsing.sql \
-    sdk/QorvaneMBomBill.{tlb,idl} sdk/QorvaneMBomBill_{h.h,i.c} docs/{deployment,security,dialect,storage,CHANGELOG}.md \
+    sdk/QorvaneMBomBill.{tlb,idl} sdk/QorvaneMBomBill_{h.h,i.c} docs/{deployment,diagnostic-log,security,dialect,storage,CHANGELOG}.md \
     examples/ListBoms.{vbs,js,cpp,bas,cs,ps1} examples/{list_boms.py,README.txt} LICENSE.txt THIRD-PARTY-NOTICES.txt; do
     [[ -s $stage/$path ]] || die "$path is missing in the zip of $arch"
   done
