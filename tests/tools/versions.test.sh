@@ -1,9 +1,10 @@
 #!/bin/bash
 # Every DLL and program of both widths says in its version resource which release it is of, what it is, and its own name;
-# no company is named.
+# no company is named. The changelog has a section of it.
 . "$(dirname "${BASH_SOURCE[0]}")/../../tools/lib.sh"
 version=$(project_version)
 [[ $version =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || die "the project's version is not major.minor.patch: $version"
+grep -q "^## $version\b" "$ROOT/CHANGELOG.md" || die "CHANGELOG.md has no section of $version"
 numbers=${version//./, }
 status=0
 complain() {
