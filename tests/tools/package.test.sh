@@ -18,6 +18,8 @@ if [[ $(cat "$passed" 2>/dev/null) == "$state" ]]; then
   echo "Nothing of it has changed since this test passed."
   exit
 fi
+PRESET=x86
+runs_here
 PRESET=package # a Wine prefix of its own
 wine_env
 # What a run that failed has left behind would be taken for what was there before.
@@ -82,7 +84,7 @@ done
 # ---- what is in it ----
 
 for arch in x64 x86; do
-  (cd "$work" && unzip -q "first/QorvaneMBomBill-$version-$arch.zip" && unzip -q "first/QorvaneMBomBill-$version-$arch-symbols.zip")
+  for name in "QorvaneMBomBill-$version-$arch"{,-symbols}; do (cd "$work" && cmake -E tar xf "first/$name.zip"); done
   stage=$work/QorvaneMBomBill-$version-$arch
   (cd "$stage" && sha256sum --quiet -c SHA256SUMS) || die "SHA256SUMS in the zip of $arch is wrong"
   [[ $(find "$stage" -type f ! -name SHA256SUMS | wc -l) == $(wc -l <"$stage/SHA256SUMS") ]] ||
