@@ -9,7 +9,7 @@ trap 'echo "line $LINENO: $BASH_COMMAND"' ERR
 work=$BUILD/demo/package
 passed=$BUILD/demo/package.passed
 inputs() {
-  cat packaging/* tools/package tools/lib.sh tests/tools/package.test.sh examples/* docs/*.md ./*.md LICENSE \
+  cat packaging/* tools/package tools/lib.sh tests/tools/package.test.sh examples/* docs/*.md docs/reference/* ./*.md LICENSE \
     src/server/QorvaneMBomBill.idl standin/database/*.sql CMakeLists.txt "$BUILD"/x{64,86}/bin/{QorvaneMBomBill,ErpStandIn}.dll \
     "$BUILD"/x{64,86}/bin/{bomcall,dbsetup,tsqlsh}.exe | sha256sum
 }
@@ -95,15 +95,16 @@ for arch in x64 x86; do
   for path in QorvaneMBomBill.dll bomcall.exe tsqlsh.exe dbsetup.exe standin/ErpStandIn.dll standin/database/schema.sql \
     standin/database/procedures.sql standin/database/factory.sql standin/database/ecn.sql standin/database/browsing.sql \
     sdk/QorvaneMBomBill.{tlb,idl} sdk/QorvaneMBomBill_{h.h,i.c} docs/{deployment,diagnostic-log,security,dialect,storage,CHANGELOG}.md \
-    examples/ListBoms.{vbs,js,cpp,bas,cs,ps1} examples/{list_boms.py,README.txt} LICENSE.txt THIRD-PARTY-NOTICES.txt; do
+    docs/reference/{README,BomUpdate,BomView,BOMImport,PPorderImort,CBomFunction,CBomCheck,CEcnInfo,BomInfo,clsMCustBOM}.md \
+    docs/reference/{clsMBOMRule,clsReadUserDefined}.md examples/ListBoms.{vbs,js,cpp,bas,cs,ps1} examples/{list_boms.py,README.txt} LICENSE.txt THIRD-PARTY-NOTICES.txt; do
     [[ -s $stage/$path ]] || die "$path is missing in the zip of $arch"
   done
   # No path of this machine.
   ! grep -rlF "$ROOT" "$stage" || die "the files above have this folder's path in them"
   # Links lead to files of the package.
   while IFS=: read -r file link; do
-    [[ -e $stage/docs/${link%%#*} ]] || die "$file links to $link, which is not in the package"
-  done < <(cd "$stage/docs" && grep -o '](\([^)]*\))' ./*.md | sed 's/](\(.*\))/\1/' | grep -v ':http\|:#' || true)
+    [[ -e ${file%/*}/${link%%#*} ]] || die "$file links to $link, which is not in the package"
+  done < <(find "$stage" -name '*.md' -exec grep -o '](\([^)]*\))' {} + | sed 's/](\(.*\))/\1/' | grep -v ':http\|:#' || true)
   # The licences of what is linked in, and not their names alone.
   for text in 'GCC Runtime Library Exception ("Exception") is an additional' 'Niels Lohmann' 'The author disclaims copyright' \
     'Copyright: 2009-2016 the mingw-w64 project'; do
