@@ -104,7 +104,7 @@ for arch in x64 x86; do
   # Links lead to files of the package.
   while IFS=: read -r file link; do
     [[ -e ${file%/*}/${link%%#*} ]] || die "$file links to $link, which is not in the package"
-  done < <(find "$stage" -name '*.md' -exec grep -o '](\([^)]*\))' {} + | sed 's/](\(.*\))/\1/' | grep -v ':http\|:#' || true)
+  done < <(find "$stage" -name '*.md' -exec grep -o '](\([^) []*\))' {} + | sed 's/](\(.*\))/\1/' | grep -v ':http\|:#' || true)
   # The licences of what is linked in, and not their names alone.
   for text in 'GCC Runtime Library Exception ("Exception") is an additional' 'Niels Lohmann' 'The author disclaims copyright' \
     'Copyright: 2009-2016 the mingw-w64 project'; do
