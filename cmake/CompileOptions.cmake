@@ -20,6 +20,8 @@ if(WIN32)
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
   # One file to install: nothing of the compiler's runtime beside it. ASLR and DEP as Windows expects of a server DLL.
   add_link_options(-static -Wl,--dynamicbase -Wl,--nxcompat)
+  # No time of day in what is linked: the same sources make the same file.
+  add_link_options(-Wl,--no-insert-timestamp)
   if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     add_link_options(-Wl,--high-entropy-va)
   endif()

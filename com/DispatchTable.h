@@ -32,7 +32,7 @@ constexpr DISPID kNextId = DISPID_UNKNOWN; // a member without an id of its own 
 struct Member {
   DISPID id;
   const wchar_t* name;
-  WORD kind; // DISPATCH_METHOD, DISPATCH_PROPERTYGET or DISPATCH_PROPERTYPUT
+  WORD kind; // DISPATCH_METHOD, DISPATCH_PROPERTYGET, both of them, or DISPATCH_PROPERTYPUT
   VARTYPE result;
   std::vector<Parameter> parameters;
   Variant (*call)(void* instance, const Arguments& arguments);
@@ -66,6 +66,13 @@ Member PropertyGet(DISPID id, const wchar_t* name, std::initializer_list<Paramet
 template <auto Function>
 Member PropertyPut(DISPID id, const wchar_t* name, std::initializer_list<Parameter> parameters) {
   return MakeMember<Function>(DISPATCH_PROPERTYPUT, id, name, parameters);
+}
+
+// What a client's loop over a collection asks for first: VBScript as for a property, Wine's JScript as for a
+// method.
+template <auto Function>
+Member Enumeration() {
+  return MakeMember<Function>(DISPATCH_PROPERTYGET | DISPATCH_METHOD, DISPID_NEWENUM, L"_NewEnum", {});
 }
 
 class DispatchTable {

@@ -129,7 +129,10 @@ server_descriptor() {
   echo "$descriptor"
 }
 
+# The version of everything that is built here.
+project_version() { sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$ROOT/CMakeLists.txt"; }
+
 # All C++ sources; by find and not by git, so that an unpacked archive is checked too.
 sources() {
-  (cd "$ROOT" && find com src tsql odbc standin cli demo tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
+  (cd "$ROOT" && find com src tsql odbc standin cli demo examples tests bench -type f \( -name '*.h' -o -name '*.cpp' \) 2>/dev/null | sort)
 }

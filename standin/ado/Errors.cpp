@@ -44,7 +44,7 @@ const com::DispatchTable& com::TableOf<standin::ado::Errors>() {
                                        PropertyGet<&Errors::Item>(DISPID_VALUE, L"Item", {L"Index"}),
                                        PropertyGet<&Errors::Count>(kNextId, L"Count"),
                                        Method<&Errors::Clear>(kNextId, L"Clear"),
-                                       PropertyGet<&Errors::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+                                       Enumeration<&Errors::NewEnum>(),
                                    });
   return table;
 }

@@ -115,7 +115,7 @@ const com::DispatchTable& com::TableOf<standin::ado::Fields>() {
                                    {
                                        PropertyGet<&Fields::Item>(DISPID_VALUE, L"Item", {L"Index"}),
                                        PropertyGet<&Fields::Count>(kNextId, L"Count"),
-                                       PropertyGet<&Fields::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+                                       Enumeration<&Fields::NewEnum>(),
                                    });
   return table;
 }

@@ -187,7 +187,7 @@ const com::DispatchTable& com::TableOf<standin::ado::Parameters>() {
                                        Method<&Parameters::Append>(kNextId, L"Append", {L"Object"}),
                                        Method<&Parameters::Delete>(kNextId, L"Delete", {L"Index"}),
                                        Method<&Parameters::Refresh>(kNextId, L"Refresh"),
-                                       PropertyGet<&Parameters::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+                                       Enumeration<&Parameters::NewEnum>(),
                                    });
   return table;
 }

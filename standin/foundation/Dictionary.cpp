@@ -159,7 +159,7 @@ const com::DispatchTable& com::TableOf<standin::Dictionary>() {
           Method<&Dictionary::Keys>(kNextId, L"Keys"),
           Method<&Dictionary::Remove>(kNextId, L"Remove", {L"Key"}),
           Method<&Dictionary::Clear>(kNextId, L"Clear"),
-          PropertyGet<&Dictionary::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+          Enumeration<&Dictionary::NewEnum>(),
       });
   return table;
 }

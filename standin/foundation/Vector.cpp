@@ -43,7 +43,7 @@ const com::DispatchTable& com::TableOf<standin::Vector>() {
                     Method<&Vector::Add>(kNextId, L"Add", {L"Value"}),
                     Method<&Vector::Remove>(kNextId, L"Remove", {L"Index"}),
                     Method<&Vector::Clear>(kNextId, L"Clear"),
-                    PropertyGet<&Vector::NewEnum>(DISPID_NEWENUM, L"_NewEnum"),
+                    Enumeration<&Vector::NewEnum>(),
                 });
   return table;
 }

@@ -44,6 +44,7 @@ TEST(Vector, RefusesAnIndexOutOfRange) {
 TEST(Vector, EnumeratesWhatItHeldThen) {
   const Object vector = VectorOf({1, L"x"});
   const Variant unknown = vector.Get(L"_NewEnum");
+  EXPECT_EQ(vector.Call(L"_NewEnum").type(), VT_UNKNOWN); // as a method, too
   com::Ptr<IEnumVARIANT> elements;
   ASSERT_EQ(unknown.raw().punkVal->QueryInterface(IID_IEnumVARIANT, elements.OutVoid()), S_OK);
   vector.Call(L"Clear");

@@ -1,0 +1,23 @@
+# version_resource(TARGET DESCRIPTION): what Windows shows of the file: the project's version, what the file is, and the
+# name that it was built under. The version stands in the project's CMakeLists.txt and nowhere else.
+function(version_resource target description)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    set(suffix .exe)
+    set(filetype VFT_APP)
+    set(values "")
+  else()
+    set(suffix .dll)
+    set(filetype VFT_DLL)
+    # Development tools look for it in a file that registers itself.
+    set(values "VALUE \"OLESelfRegister\", \"\"")
+  endif()
+  set(name ${target})
+  string(REPLACE "." ", " numbers "${PROJECT_VERSION}.0")
+  set(resource "${PROJECT_BINARY_DIR}/versions/${target}.rc")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/VersionResource.rc.in" "${resource}" @ONLY)
+  target_sources(${target} PRIVATE "${resource}")
+endfunction()
