@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "com/Passwords.h"
 #include "com/Text.h"
 #include "odbc/Columns.h"
-#include "odbc/Passwords.h"
 #include "odbc/ProcedureCall.h"
 #include "odbc/RowReader.h"
 
@@ -101,7 +101,7 @@ void Session::Disconnect() {
 }
 
 Error Session::WithoutPassword(const Error& error) const {
-  const std::wstring text = WithoutPasswordsOf(connectionString_, com::FromUtf8(error.what()));
+  const std::wstring text = com::WithoutPasswordsOf(connectionString_, com::FromUtf8(error.what()));
   return {error.number, error.sqlState, com::ToUtf8(text), error.IsInformation()};
 }
 

@@ -1,7 +1,7 @@
 #include "standin/ado/Connection.h"
 
 #include "com/DispatchObject.h"
-#include "odbc/Passwords.h"
+#include "com/Passwords.h"
 #include "standin/ado/AdoError.h"
 #include "standin/ado/Errors.h"
 #include "standin/ado/Recordset.h"
@@ -97,7 +97,7 @@ Object Connection::GetErrors() const {
 }
 
 std::wstring Connection::ConnectionText() const {
-  return session_ ? odbc::Masked(connectionString_) : connectionString_;
+  return session_ ? com::Masked(connectionString_) : connectionString_;
 }
 
 void Connection::PutConnectionText(const std::wstring& value) {

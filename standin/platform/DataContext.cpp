@@ -2,7 +2,7 @@
 
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
-#include "odbc/Passwords.h"
+#include "com/Passwords.h"
 #include "standin/host/EventLog.h"
 #include "standin/host/UnitOfWork.h"
 #include "standin/platform/CallerInfo.h"
@@ -37,7 +37,7 @@ Object DataContext::GetCallerInfo() const {
 }
 
 bool DataContext::BindDsn(const std::wstring& descriptor) {
-  Event(EventKind::BindDsn, odbc::Masked(descriptor));
+  Event(EventKind::BindDsn, com::Masked(descriptor));
   const DataSource source(descriptor);
   connection_ = source.Connect();
   userId_ = source.UserId();

@@ -9,8 +9,8 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "com/Passwords.h"
 #include "com/Text.h"
-#include "odbc/Passwords.h"
 #include "tests/support/Rows.h"
 #include "tests/support/SourceFolder.h"
 
@@ -187,7 +187,7 @@ std::vector<std::wstring> Trace::Events() const {
   std::vector<std::wstring> events;
   const int32_t count = trace_.Get(L"Count").AsLong();
   // The trace shows no password; the tests expect the descriptor as they gave it.
-  const std::wstring masked = odbc::Masked(Server());
+  const std::wstring masked = com::Masked(Server());
   for (int32_t i = 1; i <= count; ++i) {
     std::wstring& event = events.emplace_back(trace_.Get(L"Item", i).AsText());
     if (masked != Server())

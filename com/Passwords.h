@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace odbc {
+namespace com {
 
 // A connection string, or a descriptor that holds one, with "***" for the value of each PWD and Password.
 std::wstring Masked(std::wstring_view connectionString);
@@ -12,4 +12,4 @@ std::wstring Masked(std::wstring_view connectionString);
 // A message with "***" for each password of the connection string.
 std::wstring WithoutPasswordsOf(std::wstring_view connectionString, std::wstring message);
 
-} // namespace odbc
+} // namespace com

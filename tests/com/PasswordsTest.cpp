@@ -1,8 +1,8 @@
-#include "odbc/Passwords.h"
+#include "com/Passwords.h"
 
 #include <gtest/gtest.h>
 
-namespace odbc {
+namespace com {
 namespace {
 
 TEST(Passwords, AreMaskedWhereverTheyStand) {
@@ -10,6 +10,12 @@ TEST(Passwords, AreMaskedWhereverTheyStand) {
   EXPECT_EQ(Masked(L"pwd = secret"), L"pwd = ***");
   EXPECT_EQ(Masked(L"Password={a;b}}c};x=1"), L"Password=***;x=1");
   EXPECT_EQ(Masked(L"PWD=a;Password=b"), L"PWD=***;Password=***");
+}
+
+TEST(Passwords, AreMaskedWithTheirQuotes) {
+  EXPECT_EQ(Masked(L"Password=\"a;b\"\"c\";x=1"), L"Password=***;x=1");
+  EXPECT_EQ(Masked(L"Connection={PWD='a;''}b';UID=sa};y=2"), L"Connection={PWD=***;UID=sa};y=2");
+  EXPECT_EQ(Masked(L"PWD=\"a;b"), L"PWD=***");
 }
 
 TEST(Passwords, AreMaskedWithinADescriptor) {
@@ -33,4 +39,4 @@ TEST(Passwords, ArePickedOutOfAMessage) {
 }
 
 } // namespace
-} // namespace odbc
+} // namespace com

@@ -1,4 +1,4 @@
-#include "odbc/Passwords.h"
+#include "com/Passwords.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 
 #include "com/Text.h"
 
-namespace odbc {
+namespace com {
 namespace {
 
 constexpr std::wstring_view kMask = L"***";
@@ -23,6 +23,14 @@ size_t EndOfValue(std::wstring_view text, size_t at) {
     // A closing brace within the value is doubled.
     for (size_t end = text.find(L'}', at); end != std::wstring_view::npos; end = text.find(L'}', end + 2))
       if (end + 1 >= text.size() || text[end + 1] != L'}') return end + 1;
+    return text.size();
+  }
+  if (at < text.size() && (text[at] == L'"' || text[at] == L'\'')) {
+    // So is a quote within quotes. What no quote ends is a password to its last character.
+    const wchar_t quote = text[at];
+    for (size_t end = text.find(quote, at + 1); end != std::wstring_view::npos;
+         end = text.find(quote, end + 2))
+      if (end + 1 >= text.size() || text[end + 1] != quote) return end + 1;
     return text.size();
   }
   size_t end = std::min(text.find(L';', at), text.size());
@@ -73,8 +81,9 @@ std::wstring Masked(std::wstring_view connectionString) {
 std::wstring WithoutPasswordsOf(std::wstring_view connectionString, std::wstring message) {
   for (const Range& range : PasswordsIn(connectionString)) {
     std::wstring_view password = connectionString.substr(range.begin, range.end - range.begin);
-    if (password.starts_with(L'{') && password.ends_with(L'}'))
-      password = password.substr(1, password.size() - 2);
+    const bool isQuoted = password.size() >= 2 &&
+                          (password.front() == L'{' || password.front() == L'"' || password.front() == L'\'');
+    if (isQuoted) password = password.substr(1, password.size() - 2);
     if (password.empty()) continue;
     for (size_t at = message.find(password); at != std::wstring::npos;
          at = message.find(password, at + kMask.size()))
@@ -83,4 +92,4 @@ std::wstring WithoutPasswordsOf(std::wstring_view connectionString, std::wstring
   return message;
 }
 
-} // namespace odbc
+} // namespace com
