@@ -26,6 +26,23 @@ TEST(Table, KeepsARowOnOneLine) {
   EXPECT_EQ(FormatTable({L"text"}, {{L"a\r\nb\tc"}}), L"text\n-----\na b c\n");
 }
 
+TEST(Table, IsCutToTheWidthOfATerminal) {
+  EXPECT_EQ(
+      FormatTable({L"id", L"text"}, {{L"1", L"a long text that goes on"}, {L"2", L"车架车架车架车架"}}, 14),
+      L"id  text\n"
+      L"--  ----------\n"
+      L"1   a long te…\n"
+      L"2   车架车架…\n");
+  // Columns of 8 stay.
+  EXPECT_EQ(FormatTable({L"a", L"b"}, {{L"12345678", L"123456789"}}, 5), L"a         b\n"
+                                                                         L"--------  --------\n"
+                                                                         L"12345678  1234567…\n");
+}
+
+TEST(Table, HasABoldHeaderInColour) {
+  EXPECT_EQ(FormatTable({L"a"}, {{L"x"}}, 0, true), L"\x1b[1ma\x1b[0m\n-\nx\n");
+}
+
 TEST(Table, OfNoRowsIsItsHeader) {
   EXPECT_EQ(FormatTable({L"a", L"b"}, {}), L"a  b\n-  -\n");
 }

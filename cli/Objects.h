@@ -1,0 +1,28 @@
+// Objects by ProgID, and calls by name, whose errors say what failed.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "com/ComError.h"
+#include "com/Object.h"
+
+namespace bomcall {
+
+// Whether a class is registered under the ProgID.
+bool IsRegistered(const wchar_t* progId);
+
+// As com::Object::Create; the ComError names the ProgID.
+com::Object CreateObject(const std::wstring& progId);
+
+// The call of a method failed in a way that names an argument: its place, from 0.
+struct BadArgument : com::ComError {
+  BadArgument(const com::ComError& error, size_t place) : com::ComError(error), position(place) {}
+  size_t position;
+};
+
+// Calls the method or reads the property. Throws BadArgument, or any other ComError.
+com::Variant CallMember(const com::Object& object, const std::wstring& name,
+                        std::span<const com::Variant> arguments);
+
+} // namespace bomcall
