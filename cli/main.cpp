@@ -8,10 +8,12 @@
 
 #include "cli/Batch.h"
 #include "cli/Call.h"
+#include "cli/Connections.h"
 #include "cli/Console.h"
 #include "cli/Progress.h"
 #include "cli/Show.h"
 #include "cli/Usage.h"
+#include "cli/bom/Reports.h"
 #include "com/Text.h"
 
 namespace {
@@ -76,13 +78,19 @@ int Run(const CommandLine& line) {
   case Action::Help:
     if (line.helpTopic.empty())
       bomcall::Print(stdout, kUsage);
+    else if (line.helpTopic == L"bom")
+      bomcall::Print(stdout, kBomUsage);
     else
       Print(stdout, ShowHelp(ReadClassDescriptions(), line.helpTopic));
     return 0;
   case Action::Version: bomcall::Print(stdout, "bomcall 1.0.0\n"); return 0;
   case Action::List: Print(stdout, ShowClasses(ReadClassDescriptions(), line.className)); return 0;
   case Action::Batch: return RunBatchFile(line, style);
-  case Action::Bom:
+  case Action::Bom: {
+    const bom::ReportResult report = bom::MakeReport(line, DescriptorOf(line), style.width, style.coloured);
+    Print(stdout, report.text);
+    return report.clean ? 0 : kConditionHolds;
+  }
   case Action::Call: break;
   }
   return RunCall(line, style);
