@@ -5,6 +5,8 @@
 namespace bomcall::bom {
 namespace {
 
+constexpr size_t kMostNodes = 2000000;
+
 Quantity Needed(const Quantity& parents, const Bom& bom, const Line& line) {
   return parents * line.quantity / bom.quantity;
 }
@@ -47,11 +49,16 @@ std::vector<const Bom*> FromTheTop(const Graph& graph, const Bom& top, bool& cyc
 
 } // namespace
 
+TooManyNodes::TooManyNodes()
+    : std::runtime_error("the tree has more than " + std::to_string(kMostNodes) +
+                         " nodes: give --depth, or take cost-lines for the sums") {}
+
 void Explode(const Graph& graph, const Bom& bom, const Quantity& quantity, int depth,
              const std::function<void(const Node&)>& visit) {
   visit({0, nullptr, bom.item, &bom, quantity, false});
   std::vector<Open> open{{&bom, quantity, 0}};
   std::unordered_set<Id> above{bom.id};
+  size_t nodes = 1;
   while (!open.empty()) {
     Open& top = open.back();
     const std::span<const Line> lines = graph.LinesOf(*top.bom);
@@ -64,6 +71,7 @@ void Explode(const Graph& graph, const Bom& bom, const Quantity& quantity, int d
     const Line& line = lines[top.next++];
     const Bom* below = graph.BomBelow(line);
     const bool cycle = below && above.contains(below->id);
+    if (++nodes > kMostNodes) throw TooManyNodes();
     const Quantity needed = Needed(top.quantity, *top.bom, line);
     visit({level, &line, line.item, below, needed, cycle});
     if (!below || cycle) continue;

@@ -2,11 +2,18 @@
 #pragma once
 
 #include <functional>
+#include <stdexcept>
 #include <vector>
 
 #include "cli/bom/Graph.h"
 
 namespace bomcall::bom {
+
+// A tree of more than two million nodes, which nobody reads: lines that share what is below them make many
+// ways of few.
+struct TooManyNodes : std::runtime_error {
+  TooManyNodes();
+};
 
 struct Node {
   int level = 0;              // 0 for the BOM itself
@@ -19,7 +26,7 @@ struct Node {
 
 // Calls `visit` for the BOM and everything below it, each line behind what it belongs to, `depth` levels at
 // most (0: all). The quantities are those for `quantity` of the BOM's item; scrap, yield and percentages do
-// not count in them. Uses no stack of the machine: a BOM may be as deep as it likes.
+// not count in them. Throws TooManyNodes. Uses no stack of the machine: a BOM may be as deep as it likes.
 void Explode(const Graph& graph, const Bom& bom, const Quantity& quantity, int depth,
              const std::function<void(const Node&)>& visit);
 

@@ -11,6 +11,13 @@ TEST(Table, CountsWideCharactersTwice) {
   EXPECT_EQ(DisplayWidth(L"，"), 2u);
   EXPECT_EQ(DisplayWidth(L"\xD840\xDC00"), 2u); // a Chinese character outside the first plane
   EXPECT_EQ(DisplayWidth(L"e\x0301"), 1u);
+  EXPECT_EQ(DisplayWidth(L"\xD83D\xDEB2"), 2u); // U+1F6B2, a bicycle
+  EXPECT_EQ(DisplayWidth(L"\x231A"), 2u);       // a watch
+  EXPECT_EQ(DisplayWidth(L"\x20DD\x0E31\xFE0F"),
+            0u); // a ring, a Thai vowel and a variant, over what is before
+  EXPECT_EQ(DisplayWidth(L"\x1112\x1161\x11AB"), 2u); // a syllable of three Hangul letters
+  EXPECT_EQ(DisplayWidth(L"\x00AD"), 1u);
+  EXPECT_EQ(DisplayWidth(L"\x303F"), 1u); // within a wide block, but narrow
   EXPECT_EQ(DisplayWidth(L""), 0u);
 }
 

@@ -113,6 +113,7 @@ TEST(Explosion, AddsUpWithoutWalkingEveryWay) {
   const Totals totals = TotalsOf(graph, *graph.BomOf(1), Of(L"1"));
   ASSERT_EQ(totals.bought.size(), 1u);
   EXPECT_EQ(totals.bought[0].quantity.Text(), L"1099511627776");
+  EXPECT_THROW(Explode(graph, *graph.BomOf(1), Of(L"1"), 0, [](const Node& /*node*/) {}), TooManyNodes);
 }
 
 } // namespace
