@@ -46,7 +46,8 @@ endif()
 
 option(COVERAGE "Counts which lines and branches run" OFF)
 if(COVERAGE)
-  target_compile_options(project_options INTERFACE --coverage)
+  # Threads count in the same places.
+  target_compile_options(project_options INTERFACE --coverage -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()
 

@@ -2,6 +2,8 @@
 
 #include <oleauto.h>
 
+#include "com/ObservedCall.h"
+
 namespace com {
 
 const IID kImplementationId = {0x7c1f3a52, 0x0b6d, 0x4e83, {0x9a, 0x41, 0xd2, 0x5e, 0x88, 0x13, 0x6f, 0x07}};
@@ -54,7 +56,14 @@ STDMETHODIMP DispatchBase::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count
 STDMETHODIMP DispatchBase::Invoke(DISPID id, REFIID iid, LCID /*locale*/, WORD flags, DISPPARAMS* params,
                                   VARIANT* result, EXCEPINFO* info, UINT* badArgument) {
   if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
-  return table_.Invoke(instance(), id, flags, params, result, info, badArgument);
+  const CallObserver* const observer = ObserverOfCalls();
+  if (!observer || classId_ == CLSID_NULL)
+    return table_.Invoke(instance(), id, flags, params, result, info, badArgument);
+  const ObservedCall call(classId_, table_.NameOf(id, flags));
+  observer->begins(call);
+  const HRESULT answer = table_.Invoke(instance(), id, flags, params, result, info, badArgument);
+  observer->ends(call, answer, answer == DISP_E_EXCEPTION ? info : nullptr);
+  return answer;
 }
 
 STDMETHODIMP DispatchBase::InterfaceSupportsErrorInfo(REFIID iid) {

@@ -77,6 +77,11 @@ class DispatchTable {
   const std::vector<Member>& members() const noexcept { return members_; }
 
   HRESULT GetIDsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
+  // The name of the member that Invoke would call; empty when there is none.
+  const wchar_t* NameOf(DISPID id, WORD flags) const noexcept {
+    const Member* const member = Find(id, flags);
+    return member ? member->name : L"";
+  }
   // Never throws: failures come back as HRESULT, EXCEPINFO and the thread's error object.
   HRESULT Invoke(void* instance, DISPID id, WORD flags, DISPPARAMS* params, VARIANT* result, EXCEPINFO* info,
                  UINT* badArgument) const noexcept {

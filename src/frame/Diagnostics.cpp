@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "src/log/DiagnosticLog.h"
+
 namespace mbom {
 namespace {
 
@@ -15,6 +17,7 @@ DiagnosticSink SetDiagnosticSink(DiagnosticSink sink) noexcept {
 
 void ReportTrapped(const std::exception& failure) noexcept {
   if (const DiagnosticSink sink = g_sink.load()) sink(failure);
+  LogTrapped(failure);
 }
 
 } // namespace mbom

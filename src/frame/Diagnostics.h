@@ -11,7 +11,7 @@ using DiagnosticSink = void (*)(const std::exception& failure);
 // Sets the sink of the process; null, as at the start, drops everything. Returns the one that was set before.
 DiagnosticSink SetDiagnosticSink(DiagnosticSink sink) noexcept;
 
-// Hands a trapped failure to the sink.
+// Hands a trapped failure to the sink, and to the diagnostic log.
 void ReportTrapped(const std::exception& failure) noexcept;
 
 } // namespace mbom

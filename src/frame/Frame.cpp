@@ -2,6 +2,7 @@
 
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ThreadState.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 
@@ -25,6 +26,7 @@ Frame::Frame() : context_(NewDataContext()) {
 }
 
 bool Frame::OpenDataContext(const std::wstring& sDsn) {
+  const LoggedStep logged(L"set-up", sDsn);
   context_ = NewDataContext();
   context_.Call(context::kBindDsn, sDsn);
   callerInfo_ = CallerInfoOf(context_);
@@ -40,10 +42,12 @@ Connection Frame::GetConnectionObject() const {
 }
 
 void Frame::VoteAbort() const {
+  const LoggedStep logged(L"vote", L"abort");
   context_.Call(context::kVoteAbort);
 }
 
 void Frame::VoteComplete() const {
+  const LoggedStep logged(L"vote", L"complete");
   context_.Call(context::kVoteComplete);
 }
 

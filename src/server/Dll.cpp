@@ -1,6 +1,7 @@
 // The four entry points of the COM server.
 #include "com/Module.h"
 #include "com/Registration.h"
+#include "src/log/DiagnosticLog.h"
 #include "src/server/Classes.h"
 
 namespace {
@@ -12,6 +13,7 @@ com::RegistrationInfo Registered() {
 } // namespace
 
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object) {
+  mbom::StartLogOfProcess(mbom::PublicClasses());
   return com::GetClassObject(mbom::PublicClasses(), classId, iid, object);
 }
 

@@ -2,6 +2,7 @@
 
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ado/Constants.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
@@ -22,16 +23,14 @@ ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor, Lo
 
 void ClientRecordset::Open(const Sql& query) const {
   if (IsOpen()) object().Call(ado::kClose);
+  LoggedStep logged(L"statement", query.text());
   object().Call(ado::kOpen, query.text(), connection_.object(), ad::kUnspecified, ad::kUnspecified,
                 ad::kUnspecified);
+  logged.Rows([this] { return RecordCount(); });
 }
 
 bool ClientRecordset::IsOpen() const {
   return object().Get(ado::kState).AsLong() != ad::kStateClosed;
-}
-
-int32_t ClientRecordset::RecordCount() const {
-  return object().Get(ado::kRecordCount).AsLong();
 }
 
 Recordset OpenDetached(const Connection& connection, const Sql& query) {

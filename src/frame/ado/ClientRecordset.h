@@ -22,7 +22,6 @@ class ClientRecordset : public Recordset {
   void Open(const Sql& query) const;
   // Whether there is a result of rows, even an empty one. A statement that returns none leaves it closed.
   bool IsOpen() const;
-  int32_t RecordCount() const;
 
  private:
   Connection connection_;

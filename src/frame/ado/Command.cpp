@@ -2,6 +2,7 @@
 
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ado/Constants.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
@@ -13,7 +14,7 @@ namespace ado = outside::ado;
 } // namespace
 
 Command::Command(const Connection& connection, const std::wstring& text)
-    : object_(Object::Create(ado::kCommandProgId)), keeper_(connection.keeper()) {
+    : object_(Object::Create(ado::kCommandProgId)), keeper_(connection.keeper()), text_(text) {
   object_.Put(ado::kActiveConnection, connection.object());
   object_.Put(ado::kCommandType, ad::kCmdText);
   object_.Put(ado::kCommandText, text);
@@ -26,7 +27,10 @@ void Command::AppendText(const std::wstring& value, int32_t size) const {
 }
 
 Recordset Command::Execute() const {
-  return Recordset(object_.Call(ado::kExecute).AsObject(), keeper_);
+  LoggedStep logged(L"statement", text_);
+  Recordset result(object_.Call(ado::kExecute).AsObject(), keeper_);
+  logged.Rows([&] { return result.RecordCount(); });
+  return result;
 }
 
 } // namespace mbom

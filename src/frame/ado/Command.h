@@ -19,6 +19,7 @@ class Command {
  private:
   com::Object object_;
   Keeper* keeper_;
+  std::wstring text_;
 };
 
 } // namespace mbom

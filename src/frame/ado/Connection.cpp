@@ -3,6 +3,7 @@
 #include "com/ComError.h"
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ado/Constants.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
@@ -14,9 +15,12 @@ namespace ado = outside::ado;
 } // namespace
 
 Recordset Connection::Execute(const Sql& statement) const {
-  return Recordset(
+  LoggedStep logged(L"statement", statement.text());
+  Recordset result(
       object().Call(ado::kExecute, statement.text(), Variant::Missing(), ad::kUnspecified).AsObject(),
       keeper());
+  logged.Rows([&] { return result.RecordCount(); });
+  return result;
 }
 
 std::chrono::seconds Connection::CommandTimeout() const {

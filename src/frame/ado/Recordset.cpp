@@ -47,6 +47,10 @@ std::vector<std::wstring> Recordset::FieldNames() const {
   return names;
 }
 
+int32_t Recordset::RecordCount() const {
+  return object().Get(ado::kRecordCount).AsLong();
+}
+
 void Recordset::Detach() const {
   object().Put(ado::kActiveConnection, Object());
 }

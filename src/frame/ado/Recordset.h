@@ -33,6 +33,8 @@ class Recordset {
   // The current row's value of the field at `index`, counted from 0.
   com::Variant operator[](int32_t index) const;
   std::vector<std::wstring> FieldNames() const;
+  // How many rows there are; negative when the provider does not know before it has read them.
+  int32_t RecordCount() const;
   // Takes a client-side one off its connection; the rows stay.
   void Detach() const;
   // The next result of the batch, whose failure rises here; none behind the last one. This one is closed.

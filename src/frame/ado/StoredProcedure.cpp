@@ -2,6 +2,7 @@
 
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ado/Constants.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
@@ -12,7 +13,8 @@ namespace ado = outside::ado;
 
 } // namespace
 
-StoredProcedure::StoredProcedure(const std::wstring& name) : object_(Object::Create(ado::kCommandProgId)) {
+StoredProcedure::StoredProcedure(const std::wstring& name)
+    : object_(Object::Create(ado::kCommandProgId)), name_(name) {
   object_.Put(ado::kCommandType, ad::kCmdStoredProc);
   object_.Put(ado::kCommandText, name);
 }
@@ -46,6 +48,7 @@ void StoredProcedure::AppendReturnValue(const std::wstring& parameter) const {
 }
 
 void StoredProcedure::Execute() const {
+  const LoggedStep logged(L"statement", name_);
   for (Recordset result(object_.Call(ado::kExecute).AsObject()); result;) result = result.Next();
 }
 
@@ -53,8 +56,10 @@ Recordset StoredProcedure::OpenDetached(const Connection& connection) const {
   object_.Put(ado::kActiveConnection, connection.object());
   Recordset rows(Object::Create(ado::kRecordsetProgId), connection.keeper());
   rows.object().Put(ado::kCursorLocation, ad::kUseClient);
+  LoggedStep logged(L"statement", name_);
   rows.object().Call(ado::kOpen, object_, Variant::Missing(), ad::kUnspecified, ad::kUnspecified,
                      ad::kUnspecified);
+  logged.Rows([&] { return rows.RecordCount(); });
   // ADO lets a recordset go only when its command has let go before.
   object_.Put(ado::kActiveConnection, Object());
   rows.Detach();

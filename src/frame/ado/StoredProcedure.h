@@ -35,6 +35,7 @@ class StoredProcedure {
   void Append(const com::Variant& parameter) const;
 
   com::Object object_;
+  std::wstring name_;
 };
 
 } // namespace mbom

@@ -18,6 +18,7 @@
 #include "com/Elements.h"
 #include "com/Text.h"
 #include "com/ValueText.h"
+#include "src/frame/Join.h"
 #include "tests/src/statements/Cases.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
@@ -238,7 +239,7 @@ class Data {
          database.Rows(L"SELECT name FROM sysobjects WHERE xtype = 'U' ORDER BY name"))
       tables_.push_back(table);
     for (const std::wstring& table : tables_)
-      connection_.Call(L"Execute", L"SELECT * INTO kept_" + table + L" FROM " + table);
+      connection_.Call(L"Execute", Join({L"SELECT * INTO kept_", table, L" FROM ", table}));
     kept_ = Read();
   }
 
@@ -256,9 +257,8 @@ class Data {
     const Contents now = Read();
     for (const auto& [table, rows] : kept_) {
       if (now.at(table) == rows) continue;
-      std::wstring batch = L"DELETE FROM " + table;
-      batch += L" INSERT INTO " + table + L" SELECT * FROM kept_" + table;
-      connection_.Call(L"Execute", batch);
+      connection_.Call(L"Execute", Join({L"DELETE FROM ", table, L" INSERT INTO ", table,
+                                         L" SELECT * FROM kept_", table}));
     }
   }
 
@@ -277,8 +277,8 @@ std::string Differences(const Contents& expected, const Contents& actual) {
     Texts added;
     std::ranges::set_difference(rows, others, std::back_inserter(gone));
     std::ranges::set_difference(others, rows, std::back_inserter(added));
-    for (const std::wstring& row : gone) text += table + L" lacks " + row + L"\n";
-    for (const std::wstring& row : added) text += table + L" has " + row + L"\n";
+    for (const std::wstring& row : gone) text += Join({table, L" lacks ", row, L"\n"});
+    for (const std::wstring& row : added) text += Join({table, L" has ", row, L"\n"});
   }
   return com::ToUtf8(text);
 }

@@ -179,6 +179,7 @@ TEST_F(SessionPoolTest, NothingGrowsOverCallsOfManyThreads) {
   std::atomic<int> failed{0};
   const auto round = [&] {
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread)
       threads.emplace_back([&, thread] {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
@@ -235,6 +236,7 @@ TEST_F(SessionPoolTest, NothingGrowsOverThousandsOfCalls) {
     // Open files are counted. Wine itself opens and closes a few at any time.
     std::deque<DataFile> files;
     std::vector<Object> connections;
+    connections.reserve(30);
     for (int i = 0; i < 30; ++i) connections.push_back(Connect(files.emplace_back(3).Dsn()));
     EXPECT_GT(OpenFiles(), before + 15);
   }

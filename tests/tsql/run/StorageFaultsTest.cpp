@@ -184,7 +184,7 @@ TEST_F(StorageFaultsTest, DamagedFilesEndNothingButTheirCalls) {
     std::mt19937 random(seed + number);
     std::string damaged = whole;
     if (random() % 8 == 0) damaged.resize(random() % damaged.size());
-    for (unsigned changes = random() % 60 + 1; changes > 0 && !damaged.empty(); --changes)
+    for (auto changes = random() % 60 + 1; changes > 0 && !damaged.empty(); --changes)
       damaged[random() % (random() % 2 == 0 ? damaged.size() : std::min<size_t>(damaged.size(), 4096))] =
           static_cast<char>(random());
     for (const char* suffix : {"-wal", "-shm"}) std::remove((path_ + suffix).c_str());

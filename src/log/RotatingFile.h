@@ -1,0 +1,41 @@
+// RotatingFile: a text file that several processes append lines to, and that does not grow without end.
+//
+// When it is full it takes the name with ".1" at its end, in the place of the one that had it, and a new file
+// begins: at most twice the size is on the disk. What fails is lost in silence: no caller waits for a log,
+// and none fails with it. A file that cannot be opened is tried again a second later.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace mbom {
+
+class RotatingFile {
+ public:
+  // `most` bytes; a line is not cut, so a file can be longer by one.
+  RotatingFile(std::wstring path, uint64_t most);
+  ~RotatingFile();
+  RotatingFile(const RotatingFile&) = delete;
+  RotatingFile& operator=(const RotatingFile&) = delete;
+
+  // Adds a line with its end in one write, so that lines of several threads and processes stay whole.
+  void Append(std::string_view line) noexcept;
+
+ private:
+  bool Open() noexcept;
+  void Close() noexcept;
+  bool Full() const noexcept;
+  void Rotate() noexcept;
+
+  const std::wstring path_;
+  const std::wstring older_;
+  const uint64_t most_;
+  SRWLOCK lock_ = SRWLOCK_INIT;
+  HANDLE file_ = INVALID_HANDLE_VALUE;
+  uint64_t retry_ = 0; // of GetTickCount64: not opened before
+};
+
+} // namespace mbom
