@@ -19,7 +19,9 @@ constexpr wchar_t kTrace[] = L"ErpStandIn.Trace";
 // Records the outside calls while it lives.
 class TraceRecording {
  public:
-  TraceRecording() : trace_(CreateObject(kTrace)) {
+  TraceRecording() : trace_(CreateIfRegistered(kTrace)) {
+    if (!trace_)
+      throw UsageError(L"--trace needs the stand-in, but no " + std::wstring(kTrace) + L" is registered");
     trace_.Call(L"Clear");
     trace_.Call(L"Start");
   }
@@ -72,7 +74,7 @@ void CheckConditions(const MethodInfo& method, const std::vector<NamedText>& con
 } // namespace
 
 Caller::Caller(bool host, bool trace) : trace_(trace) {
-  if (host && IsRegistered(kHost)) host_ = CreateObject(kHost);
+  if (host) host_ = CreateIfRegistered(kHost);
 }
 
 const Object& Caller::ObjectOf(const std::wstring& className) {
@@ -85,11 +87,7 @@ const Object& Caller::ObjectOf(const std::wstring& className) {
 Outcome Caller::Call(const ClassInfo& info, const MethodInfo& method, std::vector<Variant> values) {
   Outcome outcome;
   std::optional<TraceRecording> trace;
-  if (trace_) {
-    if (!IsRegistered(kTrace))
-      throw UsageError(L"--trace needs the stand-in, but no " + std::wstring(kTrace) + L" is registered");
-    trace.emplace();
-  }
+  if (trace_) trace.emplace();
   const std::wstring descriptor = DescriptorAmong(method, values);
   try {
     const Object& object = ObjectOf(info.name);

@@ -58,12 +58,14 @@ NamedText SplitPair(const std::string& text) {
 
 std::vector<NamedText> SplitPairs(const std::vector<std::string>& texts) {
   std::vector<NamedText> pairs;
+  pairs.reserve(texts.size());
   for (const std::string& text : texts) pairs.push_back(SplitPair(text));
   return pairs;
 }
 
 std::vector<std::wstring> Widened(const std::vector<std::string>& texts) {
   std::vector<std::wstring> result;
+  result.reserve(texts.size());
   for (const std::string& text : texts) result.push_back(com::FromUtf8(text));
   return result;
 }

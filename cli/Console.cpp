@@ -39,19 +39,22 @@ Utf8Console::~Utf8Console() {
 
 bool IsTerminal(std::FILE* stream) {
   DWORD mode = 0;
-  return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))), &mode) != 0;
+  // The runtime numbers the handles of streams.
+  HANDLE handle =
+      reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))); // NOLINT(performance-no-int-to-ptr)
+  return GetConsoleMode(handle, &mode) != 0;
 }
 
 size_t TerminalWidth() {
   CONSOLE_SCREEN_BUFFER_INFO info{};
   if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info)) return 0;
-  return static_cast<size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+  return static_cast<size_t>(info.srWindow.Right - info.srWindow.Left) + 1;
 }
 
 bool ShowsColours() {
   const wchar_t* noColour = _wgetenv(L"NO_COLOR");
   if (noColour && *noColour != L'\0') return false;
-  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
   DWORD mode = 0;
   return GetConsoleMode(output, &mode) && SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }

@@ -112,7 +112,7 @@ Grid WithColumns(const Grid& grid, const std::vector<std::wstring>& columns) {
         grid.columns, [&](const std::wstring& name) { return com::EqualsNoCase(name, column); });
     if (found == grid.columns.end()) {
       std::wstring known;
-      for (const std::wstring& name : grid.columns) known += (known.empty() ? L"" : L", ") + name;
+      for (const std::wstring& name : grid.columns) known.append(known.empty() ? L"" : L", ").append(name);
       throw UsageError(L"there is no column " + column + L"; there are " + known);
     }
     places.push_back(static_cast<size_t>(found - grid.columns.begin()));

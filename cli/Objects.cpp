@@ -26,16 +26,21 @@ bool NamesAnArgument(HRESULT error) {
 
 } // namespace
 
-bool IsRegistered(const wchar_t* progId) {
-  CLSID classId;
-  return SUCCEEDED(CLSIDFromProgID(progId, &classId));
-}
-
 Object CreateObject(const std::wstring& progId) {
   try {
     return Object::Create(progId.c_str());
   } catch (const ComError& error) {
     throw ComError(error.code(), L"bomcall", L"cannot create " + progId + L": " + error.description());
+  }
+}
+
+Object CreateIfRegistered(const std::wstring& progId) {
+  try {
+    return CreateObject(progId);
+  } catch (const ComError& error) {
+    // The ProgID is there, but not the class, where it is registered for the other width only.
+    if (error.code() == CO_E_CLASSSTRING || error.code() == REGDB_E_CLASSNOTREG) return {};
+    throw;
   }
 }
 

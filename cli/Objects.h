@@ -9,11 +9,10 @@
 
 namespace bomcall {
 
-// Whether a class is registered under the ProgID.
-bool IsRegistered(const wchar_t* progId);
-
 // As com::Object::Create; the ComError names the ProgID.
 com::Object CreateObject(const std::wstring& progId);
+// The same, and null where no class is registered under the ProgID for programs of this one's width.
+com::Object CreateIfRegistered(const std::wstring& progId);
 
 // The call of a method failed in a way that names an argument: its place, from 0.
 struct BadArgument : com::ComError {

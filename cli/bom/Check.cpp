@@ -47,7 +47,7 @@ class Checker {
   void Cycles() {
     for (const std::vector<const Bom*>& cycle : CyclesOf(graph_)) {
       std::wstring way;
-      for (const Bom* bom : cycle) way += (way.empty() ? L"" : L" > ") + bom->number;
+      for (const Bom* bom : cycle) way.append(way.empty() ? L"" : L" > ").append(bom->number);
       Add(L"cycle", cycle.front()->number, 0, way);
     }
   }
@@ -97,7 +97,7 @@ class Checker {
 
   void SeveralInUse(Id item, const std::vector<const Bom*>& boms) {
     std::wstring numbers;
-    for (const Bom* bom : boms) numbers += (numbers.empty() ? L"" : L", ") + bom->number;
+    for (const Bom* bom : boms) numbers.append(numbers.empty() ? L"" : L", ").append(bom->number);
     Add(L"several in use", graph_.BomThatMakes(item)->number, 0,
         ItemName(graph_, item) + L" is made by " + numbers);
   }

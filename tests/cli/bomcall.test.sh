@@ -49,6 +49,20 @@ expect "a condition that holds" "$(status_of bomcall BomUpdate.EndSave SaveVect=
 expect "rows as CSV" "$(bomcall --csv BomInfo.GetInfo 'strSql=SELECT FName FROM t_MeasureUnit WHERE FItemID < 103' </dev/null | tr -d '\r')" $'FName\n件\n打'
 expect "no colour in a pipe" "$(bomcall BomInfo.GetInfo 'strSql=SELECT 1 AS n' </dev/null | head -n 2 | tail -n 1)" "n"
 
+printf '%s\n' '{"call": "CBomFunction.GetRoutingData", "arguments": {"LongNumber": true, "FInterID": 0}}' \
+  '{"call": "CBomFunction.GetMaxNum", "arguments": {"strName": "ICBOM"}, "as": "id"}' >"$database.json"
+expect "a batch" "$(bomcall --json --batch "$database.json" 2>/dev/null </dev/null | tail -n 1)" \
+  '{"line":2,"call":"CBomFunction.GetMaxNum","result":3004,"arguments":{}}'
+expect "its summary" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/null)" "bomcall: 2 calls made, 0 failed, 0 left out"
+echo '{"call": "BomUpdate.UpdateIcBomStatus", "arguments": {"lBomNumber": "a'"'"'b"}}' >>"$database.json"
+expect "a batch that fails" "$(status_of bomcall --batch "$database.json")" 1
+expect "what it kept" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/null)" \
+  "bomcall: 3 calls made, 1 failed, 0 left out; nothing was kept"
+expect "a condition in a batch" "$(status_of bomcall --batch "$database.json" --fail-if Result=3005)" 2
+expect "a check with findings" "$(status_of bomcall bom check)" 3
+expect "a report" "$(bomcall --csv bom where-used 03.001 --top --columns bom </dev/null | tr -d '\r')" $'bom\nPLN000001'
+expect "help on reports" "$(bomcall bom tree --help </dev/null | head -n 1 | cut -c 1-19)" "bomcall bom reports"
+
 # On a terminal: what the tests of the console cannot see without one, and the code page that it had before.
 on_terminal() { script -qec "$(printf '%q ' "$@")" /dev/null </dev/null; }
 on_terminal tools/wine-exec "$PRESET" "$BUILD/$PRESET/bin/bomcall_tests.exe" '--gtest_filter=Console.*' \
