@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "com/Ptr.h"
+
 namespace bomcall {
 namespace {
 
@@ -24,24 +26,34 @@ bool NamesAnArgument(HRESULT error) {
          error == DISP_E_BADVARTYPE || error == DISP_E_PARAMNOTOPTIONAL;
 }
 
+// The ProgID is there, but not the class, where it is registered for the other width only.
+bool SaysNotRegistered(HRESULT error) {
+  return error == CO_E_CLASSSTRING || error == REGDB_E_CLASSNOTREG;
+}
+
+bool IsRegistered(const std::wstring& progId) {
+  CLSID classId;
+  com::Ptr<IUnknown> factory;
+  return SUCCEEDED(CLSIDFromProgID(progId.c_str(), &classId)) &&
+         SUCCEEDED(CoGetClassObject(classId, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, nullptr,
+                                    IID_IUnknown, factory.OutVoid()));
+}
+
 } // namespace
 
 Object CreateObject(const std::wstring& progId) {
   try {
     return Object::Create(progId.c_str());
   } catch (const ComError& error) {
-    throw ComError(error.code(), L"bomcall", L"cannot create " + progId + L": " + error.description());
+    std::wstring why = error.description();
+    if (SaysNotRegistered(error.code()))
+      why = IsRegistered(progId) ? L"an object that it needs is not registered" : L"it is not registered";
+    throw ComError(error.code(), L"bomcall", L"cannot create " + progId + L": " + why);
   }
 }
 
 Object CreateIfRegistered(const std::wstring& progId) {
-  try {
-    return CreateObject(progId);
-  } catch (const ComError& error) {
-    // The ProgID is there, but not the class, where it is registered for the other width only.
-    if (error.code() == CO_E_CLASSSTRING || error.code() == REGDB_E_CLASSNOTREG) return {};
-    throw;
-  }
+  return IsRegistered(progId) ? CreateObject(progId) : Object();
 }
 
 Variant CallMember(const Object& object, const std::wstring& name, std::span<const Variant> arguments) {

@@ -58,7 +58,7 @@ echo '{"call": "BomUpdate.UpdateIcBomStatus", "arguments": {"lBomNumber": "a'"'"
 expect "a batch that fails" "$(status_of bomcall --batch "$database.json")" 1
 expect "what it kept" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/null)" \
   "bomcall: 3 calls made, 1 failed, 0 left out; nothing was kept"
-expect "a condition in a batch" "$(status_of bomcall --batch "$database.json" --fail-if Result=3005)" 2
+expect "a condition in a batch" "$(status_of bomcall --batch "$database.json" --fail-if Result=3006)" 3
 expect "a check with findings" "$(status_of bomcall bom check)" 3
 expect "a report" "$(bomcall --csv bom where-used 03.001 --top --columns bom </dev/null | tr -d '\r')" $'bom\nPLN000001'
 expect "help on reports" "$(bomcall bom tree --help </dev/null | head -n 1 | cut -c 1-19)" "bomcall bom reports"
