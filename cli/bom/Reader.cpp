@@ -29,7 +29,7 @@ void InPortions(const std::wstring& column, const std::vector<Id>& ids, const Re
   for (size_t begin = 0; begin < ids.size(); begin += kMost) {
     std::wstring list;
     for (size_t i = begin; i < std::min(begin + kMost, ids.size()); ++i)
-      list += (list.empty() ? L"" : L",") + std::to_wstring(ids[i]);
+      list.append(list.empty() ? L"" : L",").append(std::to_wstring(ids[i]));
     read(L" WHERE " + column + L" IN (" + list + L")");
   }
 }

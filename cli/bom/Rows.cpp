@@ -32,7 +32,7 @@ size_t LengthOf(SAFEARRAY* array, UINT dimension) {
   LONG last = -1;
   com::Check(SafeArrayGetLBound(array, dimension, &first));
   com::Check(SafeArrayGetUBound(array, dimension, &last));
-  return static_cast<size_t>(last - first + 1);
+  return static_cast<size_t>(last - first) + 1;
 }
 
 } // namespace
