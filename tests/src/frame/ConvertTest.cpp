@@ -74,10 +74,27 @@ TEST(Convert, ReadsTheNumberThatATextBeginsWith) {
   EXPECT_EQ(LeadingNumber(L".5"), 0.5);
   EXPECT_EQ(LeadingNumber(L"5.x"), 5);
   EXPECT_EQ(LeadingNumber(L"2e3"), 2000);
-  EXPECT_EQ(LeadingNumber(L"2e"), 2);
+  EXPECT_EQ(LeadingNumber(L"2E+3 m"), 2000);
+  EXPECT_EQ(LeadingNumber(L"25e-1"), 2.5);
+  for (const wchar_t* two : {L"2e", L"2E", L"2e-", L"2e+", L"2ex", L"2x", L"2:", L"2."})
+    EXPECT_EQ(LeadingNumber(two), 2) << com::ToUtf8(two);
   EXPECT_EQ(LeadingNumber(L"1,5"), 1);
   for (const wchar_t* none : {L"", L" ", L"-", L".", L"e5", L"abc", L"inf", L"nan", L"- 1", L"１"})
     EXPECT_EQ(LeadingNumber(none), 0) << com::ToUtf8(none);
+}
+
+TEST(Convert, NullIsNoNumber) {
+  EXPECT_EQ(NumberIn(Variant::Null()), std::nullopt);
+  EXPECT_EQ(NumberIn(L"2.5"), 2.5);
+  VARIANT unknown{};
+  unknown.vt = VT_UNKNOWN;
+  EXPECT_EQ(RaisedBy([&] { NumberIn(Variant(unknown)); }).code, DISP_E_TYPEMISMATCH);
+}
+
+TEST(Convert, StampsDatesOnly) {
+  EXPECT_EQ(TimeStamp(Variant::Date(kDay + 0.75)), L"2020/03/05 18:00:00");
+  for (const Variant& none : {Variant(L"2020-03-05"), Variant(kDay), Variant::Date(1e9), Variant()})
+    EXPECT_EQ(RaisedBy([&] { TimeStamp(none); }).code, DISP_E_TYPEMISMATCH);
 }
 
 TEST(Convert, TrimsBlanksOnly) {

@@ -125,6 +125,18 @@ TEST_P(TypeLibraryTest, AgreesWithTheTable) {
   EXPECT_EQ(described, own);
 }
 
+TEST_P(TypeLibraryTest, SaysWhatEachMemberDoes) {
+  const DispatchTable& table = GetParam().table();
+  Ptr<ITypeInfo> info;
+  ASSERT_EQ(library_->GetTypeInfoOfGuid(table.interfaceId(), info.Out()), S_OK);
+  for (const Member& member : table.members()) {
+    BSTR help = nullptr;
+    ASSERT_EQ(info->GetDocumentation(member.id, nullptr, &help, nullptr, nullptr), S_OK);
+    const std::wstring text = com::TakeBstr(help);
+    EXPECT_TRUE(text.ends_with(L".")) << com::ToUtf8(member.name) << ": " << com::ToUtf8(text);
+  }
+}
+
 TEST(TypeLibrary, SaysWhatAnOmittedCustomerBomNumberIs) {
   Ptr<ITypeLib> library;
   ASSERT_EQ(com::LoadModuleTypeLibrary(BesideTheTest(L"QorvaneMBomBill.dll"), library), S_OK);
