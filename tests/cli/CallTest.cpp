@@ -200,6 +200,9 @@ TEST_F(CallTest, MeetsConditions) {
 TEST_F(CallTest, DescribesAMethod) {
   EXPECT_EQ(ShowHelp(catalog_, L"bomupdate.endsave").substr(0, 40),
             std::wstring(L"BomUpdate.EndSave(sDsn: text, SaveVect: object").substr(0, 40));
+  const std::wstring description = FindClass(catalog_, L"BomUpdate")->Find(L"EndSave")->description;
+  ASSERT_FALSE(description.empty());
+  EXPECT_NE(ShowHelp(catalog_, L"BomUpdate.EndSave").find(L"\n\n" + description + L"\n"), std::wstring::npos);
   EXPECT_NE(ShowHelp(catalog_, L"BomUpdate.EndSave").find(L"\n  2  SaveVect: object in/out\n"),
             std::wstring::npos);
   EXPECT_THROW(ShowHelp(catalog_, L"BomUpdate.None"), UsageError);
