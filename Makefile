@@ -1,5 +1,5 @@
 # Each target is a script in tools/; they install what is missing and build what is out of date themselves.
-targets = demo test test-server soak coverage bench build package clean format lint
+targets = demo test test-server soak coverage bench build package reference site clean format lint
 .PHONY: $(targets)
 
 $(targets):

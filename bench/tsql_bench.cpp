@@ -106,6 +106,18 @@ class Hand {
     if (result != SQLITE_DONE) Die(sqlite3_errmsg(db_));
     sqlite3_reset(statement);
   }
+  // Reads one int by a single step. SQLite adds in 64 bits, so the range is compared here.
+  void StepOnce(sqlite3_stmt* statement) {
+    const int result = sqlite3_step(statement);
+    if (result == SQLITE_ROW && sqlite3_column_type(statement, 0) == SQLITE_INTEGER) {
+      const int64_t value = sqlite3_column_int64(statement, 0);
+      if (value != static_cast<int32_t>(value)) Die("overflow");
+      sum += value;
+    } else if (result != SQLITE_ROW && result != SQLITE_DONE) {
+      Die(sqlite3_errmsg(db_));
+    }
+    sqlite3_reset(statement);
+  }
   int64_t sum = 0;
 
  private:
@@ -272,13 +284,16 @@ void Loops(Engine& engine, Hand& hand, int repetitions) {
     const char* what;
     const char* engine;
     const char* hand;
+    void (Hand::*step)(sqlite3_stmt*);
     double aim;
   };
-  constexpr Work kWorks[] = {{"statement of a WHILE loop: an update", "UPDATE c SET n = @i WHERE id = 1",
-                              "UPDATE c SET n = ? WHERE id = 1", 2},
-                             {"statement of a WHILE loop: SELECT @v = ", "SELECT @n = n FROM c WHERE id = 1",
-                              "SELECT n FROM c WHERE id = 1", 2},
-                             {"statement of a WHILE loop: SET", "SET @n = @i + 1", "SELECT ? + 1", 2}};
+  constexpr Work kWorks[] = {
+      {"statement of a WHILE loop: an update", "UPDATE c SET n = @i WHERE id = 1",
+       "UPDATE c SET n = ? WHERE id = 1", &Hand::StepAll, 2},
+      {"statement of a WHILE loop: SELECT @v = ", "SELECT @n = n FROM c WHERE id = 1",
+       "SELECT n FROM c WHERE id = 1", &Hand::StepAll, 2},
+      {"statement of a WHILE loop: SET", "SET @n = @i + 1", "SELECT ? + 1", &Hand::StepOnce, 2},
+      {"statement of a WHILE loop: IF", "IF @i < 0 SET @n = 1", "SELECT 1 WHERE ? < 0", &Hand::StepOnce, 2}};
   for (const Work& work : kWorks) {
     sqlite3_stmt* statement = hand.Prepare(work.hand);
     const bool hasParameter = sqlite3_bind_parameter_count(statement) > 0;
@@ -294,7 +309,7 @@ void Loops(Engine& engine, Hand& hand, int repetitions) {
       best.hand = std::min(best.hand, Seconds([&] {
                              for (int n = 0; n < kCalls; ++n) {
                                if (hasParameter) sqlite3_bind_int64(statement, 1, n);
-                               hand.StepAll(statement);
+                               (hand.*work.step)(statement);
                              }
                            }));
     }

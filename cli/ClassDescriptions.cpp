@@ -21,7 +21,9 @@ constexpr wchar_t kAnyClass[] = L"QorvaneMBomBill.BomUpdate";
 // The identity of the type library that a registered class belongs to.
 GUID LibraryId() {
   CLSID classId;
-  com::Check(CLSIDFromProgID(kAnyClass, &classId));
+  const HRESULT found = CLSIDFromProgID(kAnyClass, &classId);
+  if (FAILED(found))
+    throw com::ComError(found, L"bomcall", std::wstring(L"no class is registered as ") + kAnyClass);
   std::array<wchar_t, 40> text{};
   StringFromGUID2(classId, text.data(), static_cast<int>(text.size()));
   const std::wstring key = L"CLSID\\" + std::wstring(text.data()) + L"\\TypeLib";
@@ -44,6 +46,9 @@ MethodInfo ReadMethod(ITypeInfo& info, const FUNCDESC& function) {
   com::Check(info.GetNames(function.memid, names.data(), static_cast<UINT>(names.size()), &count));
   MethodInfo method;
   method.name = TakeBstr(names[0]);
+  BSTR description = nullptr;
+  com::Check(info.GetDocumentation(function.memid, nullptr, &description, nullptr, nullptr));
+  method.description = TakeBstr(description);
   method.property = function.invkind == INVOKE_PROPERTYGET;
   const TYPEDESC& result = function.elemdescFunc.tdesc;
   method.result = result.vt == VT_VOID ? static_cast<VARTYPE>(VT_EMPTY) : PlainType(&result);
@@ -125,14 +130,19 @@ const ClassInfo* FindClass(const ClassDescriptions& classes, const std::wstring&
   return found == classes.end() ? nullptr : &*found;
 }
 
+std::wstring Describe(const ParameterInfo& parameter) {
+  std::wstring text = parameter.name + L": " + TypeName(parameter.type);
+  if (parameter.inOut) text += L" in/out";
+  if (parameter.optional) text += L" optional";
+  return text;
+}
+
 std::wstring Describe(const MethodInfo& method) {
   std::wstring text = method.name;
   if (!method.property) text += L"(";
   for (const ParameterInfo& parameter : method.parameters) {
     if (&parameter != method.parameters.data()) text += L", ";
-    text += parameter.name + L": " + TypeName(parameter.type);
-    if (parameter.inOut) text += L" in/out";
-    if (parameter.optional) text += L" optional";
+    text += Describe(parameter);
   }
   if (!method.property) text += L")";
   if (method.result != VT_EMPTY) text += std::wstring(L" -> ") + TypeName(method.result);

@@ -17,6 +17,7 @@ struct ParameterInfo {
 
 struct MethodInfo {
   std::wstring name;
+  std::wstring description;  // empty where the library has none
   VARTYPE result = VT_EMPTY; // VT_EMPTY: none
   bool property = false;
   std::vector<ParameterInfo> parameters;
@@ -41,5 +42,7 @@ const ClassInfo* FindClass(const ClassDescriptions& classes, const std::wstring&
 
 // "BeginSave(sDsn: text, SaveVect: object, in/out, ReturnMsg: text, in/out) -> boolean"
 std::wstring Describe(const MethodInfo& method);
+// "SaveVect: object in/out"
+std::wstring Describe(const ParameterInfo& parameter);
 
 } // namespace bomcall

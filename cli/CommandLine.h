@@ -1,11 +1,13 @@
 // The command line of bomcall.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "cli/SourceText.h"
 #include "com/Text.h"
 
 namespace bomcall {
@@ -16,11 +18,25 @@ struct UsageError : std::runtime_error {
   explicit UsageError(const std::wstring& text) : std::runtime_error(com::ToUtf8(text)) {}
 };
 
-enum class Action { Call, List, Help, Version };
+enum class Action : uint8_t { Call, List, Help, Version, Batch, Bom };
+enum class Format : uint8_t { Text, Json, Csv, Vertical };
 
 struct NamedText {
   std::wstring name;
   std::wstring value;
+};
+
+// A report about BOMs.
+struct BomRequest {
+  enum class Report : uint8_t { Tree, WhereUsed, Diff, Check, CostLines };
+  enum class Picture : uint8_t { None, Dot, Html };
+
+  Report report = Report::Tree;
+  std::vector<std::wstring> names; // BOM numbers, or of WhereUsed an item's number
+  int depth = 0;                   // of Tree: so many levels; 0 all
+  std::wstring quantity = L"1";    // of Tree and CostLines: of the BOM's item
+  bool top = false;                // of WhereUsed: only what is used nowhere itself
+  Picture picture = Picture::None; // of Tree
 };
 
 struct CommandLine {
@@ -28,9 +44,17 @@ struct CommandLine {
   std::wstring className;                 // of Call; of List: the one class to show, or empty
   std::wstring methodName;                // of Call
   std::vector<NamedText> values;          // of Call: name=value
+  std::wstring helpTopic;                 // of Help: CLASS, CLASS.METHOD or "bom"; or empty
+  std::wstring batchFile;                 // of Batch
+  bool keepGoing = false;                 // of Batch
+  BomRequest bom;                         // of Bom
   std::optional<std::wstring> descriptor; // --dsn
+  std::wstring connection;                // --connection, or empty
   std::wstring language;                  // --lang, or empty
-  bool json = false;
+  Format format = Format::Text;
+  std::vector<std::wstring> columns; // --columns, or empty
+  std::vector<NamedText> failIf;     // --fail-if NAME=VALUE
+  Encoding encoding = Encoding::Unicode;
   bool trace = false;
   bool host = true;
 };
@@ -40,7 +64,5 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments);
 
 // The descriptor that a call gets: `language` is put in front, where the component finds it first.
 std::wstring WithLanguage(const std::wstring& descriptor, const std::wstring& language);
-
-extern const char kUsage[];
 
 } // namespace bomcall

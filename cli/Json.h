@@ -1,7 +1,7 @@
 // JSON in and out: objects are the foundation's Dictionary, arrays its Vector.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -9,23 +9,33 @@
 
 namespace bomcall {
 
-using Json = nlohmann::ordered_json;
+// Why a text is refused; what() begins with the line and column.
+class JsonError : public std::runtime_error {
+ public:
+  enum class Reason : uint8_t {
+    Syntax, // it is not JSON
+    Value,  // it is, but holds a number or a depth that nothing here can hold
+  };
+  JsonError(Reason reason, const std::string& text) : std::runtime_error(text), reason_(reason) {}
+  Reason reason() const noexcept { return reason_; }
 
-// A text with more objects and arrays inside each other than a stack should be asked to hold.
-struct NestedTooDeep : std::runtime_error {
-  NestedTooDeep();
+ private:
+  Reason reason_;
 };
 
-// Throws NestedTooDeep, and Json::exception for a text that is not JSON or holds a number that no double can
-// be.
-Json ReadJson(const std::string& text);
+// A new Dictionary for an object, a new Vector for an array, Null for null. A whole number is a 32-bit
+// integer where it fits, else one of 64 bits, else a decimal; a fraction is a decimal, with an exponent a
+// double. Throws JsonError, also for numbers beyond 64 bits, fractions of more digits than a decimal holds,
+// and more than 500 objects and arrays inside each other.
+com::Variant ReadJson(const std::string& utf8);
 
-// A new Dictionary for an object, a new Vector for an array, Null for null; a whole number is a 32-bit
-// integer where it fits, else a double.
-com::Variant FromJson(const Json& json);
+// Dictionary, Vector and recordset (an array of rows) in depth; a date as yyyy-mm-dd [hh:nn:ss]; numbers with
+// all of their digits; bytes as a text 0x…. Any other object is named by its kind. UTF-8, indented by two
+// blanks a level, or on one line.
+std::string JsonText(const com::Variant& value);
+std::string JsonLine(const com::Variant& value);
 
-// Dictionary, Vector and recordset (an array of rows) in depth; a date as yyyy-mm-dd [hh:nn:ss]; exact
-// numbers as numbers. Any other object is named by its kind.
-Json ToJson(const com::Variant& value);
+class JsonWriter;
+void WriteJson(JsonWriter& writer, const com::Variant& value);
 
 } // namespace bomcall

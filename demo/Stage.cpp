@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "cli/Kinds.h"
+#include "cli/Show.h"
 #include "cli/Table.h"
 #include "com/Text.h"
 #include "com/ValueText.h"

@@ -26,6 +26,7 @@ class UnitOfWork {
   static UnitOfWork* Current();
 
   void Vote(bool complete) { complete_ = complete; }
+  bool IsAborting() const { return !complete_; }
   // The open ADO connection that the unit has for the data source, inside its transaction; `open` makes it
   // when it is the unit's first.
   com::Object Enlist(const std::wstring& dataSource, const std::function<com::Object()>& open);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/Objects.h"
+#include "cli/Show.h"
 #include "com/Text.h"
 #include "tests/support/Client.h"
 
@@ -101,25 +103,109 @@ TEST_F(CallTest, ReadsProperties) {
 TEST_F(CallTest, SaysWhatIsWrongBeforeAnythingIsCalled) {
   EXPECT_EQ(Complaint({L"NoClass.X"}), "there is no class NoClass; --list shows the classes");
   EXPECT_EQ(Complaint({L"BomUpdate.X"}), "BomUpdate has no method X; --list BomUpdate shows them");
-  EXPECT_EQ(Complaint({L"BomUpdate.UpdateIcBomStatus"}), "the method needs lBomNumber");
+  EXPECT_EQ(Complaint({L"BomUpdate.UpdateIcBomStatus"}), "the method needs argument 2, lBomNumber");
   EXPECT_EQ(Complaint({L"BomUpdate.UpdateIcBomStatus", L"number=1"}),
             "there is no parameter number in UpdateIcBomStatus(sDsn: text, lBomNumber: text) -> boolean");
-  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=5"}), "SaveVect is an object: give {…}, […] or null");
-  EXPECT_TRUE(Complaint({L"BomUpdate.EndSave", L"SaveVect=[{"}).starts_with("SaveVect is not JSON: "));
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=5"}),
+            "argument 2, SaveVect, is an object: give {…}, […] or null");
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave"}),
+            "the method needs argument 2, SaveVect, an object: give {…}, […] or null");
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=[\n{"})
+                .find("argument 2, SaveVect is not JSON: line 2, column 2: "),
+            0u);
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=[]", L"savevect=[]"}), "SaveVect is given twice");
+  EXPECT_EQ(Complaint({L"CBomFunction.GetRoutingData", L"LongNumber=True", L"FInterID=1.5"}),
+            "argument 3, FInterID, does not take the value \"1.5\", which is no whole number of its size");
+  EXPECT_EQ(Complaint({L"CBomFunction.GetRoutingData", L"LongNumber=perhaps", L"FInterID=1"}),
+            "argument 2, LongNumber, does not take the value \"perhaps\": give True or False");
+  EXPECT_EQ(Complaint({L"BomUpdate.UpdateIcBomStatus", L"lBomNumber=x", L"--fail-if", L"ReturnMsg=x"}),
+            "--fail-if: UpdateIcBomStatus gives back no ReturnMsg");
   EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=@Z:/no/such/file.json"}),
             "cannot read Z:/no/such/file.json");
 }
 
 TEST_F(CallTest, RefusesNumbersAndNestingThatNothingCanHold) {
-  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=[{\"FInterID\":1e400}]"})
-                .find("SaveVect is not JSON: [json.exception.out_of_range.406]"),
-            0u);
-  for (const size_t depth : {501u, 1000000u})
-    EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=" + std::wstring(depth, L'[')}),
-              "SaveVect has more than 500 objects and arrays inside each other");
+  EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=[{\"FInterID\":1e400}]"}),
+            "argument 2, SaveVect: line 1, column 18: the number 1e400 is too great");
+  for (const size_t depth : {501u, 100000u})
+    EXPECT_NE(Complaint({L"BomUpdate.EndSave", L"SaveVect=" + std::wstring(depth, L'[')})
+                  .find("more than 500 objects and arrays inside each other"),
+              std::string::npos);
   EXPECT_EQ(
       Complaint({L"BomUpdate.EndSave", L"SaveVect=" + std::wstring(500, L'[') + std::wstring(500, L']')}),
       "(none)");
+}
+
+// A parameter of any type takes what is no JSON as a text, but not a number that no value can be.
+TEST_F(CallTest, RefusesThemForEveryParameter) {
+  for (const ClassInfo& info : catalog_) {
+    for (const MethodInfo& method : info.methods) {
+      for (const ParameterInfo& parameter : method.parameters) {
+        if (parameter.type == VT_BSTR) continue;
+        for (const std::wstring& value :
+             {std::wstring(L"1e400"), std::wstring(L"123456789012345678901"), std::wstring(100000, L'[')}) {
+          std::vector<std::wstring> arguments{info.name + L"." + method.name, parameter.name + L"=" + value};
+          for (const ParameterInfo& other : method.parameters)
+            if (&other != &parameter)
+              arguments.push_back(other.name + (other.type == VT_DISPATCH ? L"=null" : L"=1"));
+          EXPECT_EQ(Complaint(arguments).find("argument "), 0u)
+              << com::ToUtf8(arguments[0]) << ": " << Complaint(arguments);
+        }
+      }
+    }
+  }
+}
+
+TEST_F(CallTest, NamesTheClassThatCannotBeCreated) {
+  try {
+    CreateObject(L"NoSuch.Class");
+    FAIL();
+  } catch (const com::ComError& error) {
+    EXPECT_EQ(error.code(), CO_E_CLASSSTRING);
+    EXPECT_EQ(error.description(), L"cannot create NoSuch.Class: it is not registered");
+  }
+}
+
+TEST_F(CallTest, MasksThePasswordsOfDescriptors) {
+  const std::wstring statement = L"s_SQL=SELECT 1 AS a";
+  const std::wstring dsn = database_.Dsn(L"Password=\"se;cret\";Pwd={hid;den}");
+  const Outcome outcome = Call({L"clsMCustBOM.GetRecordSet", statement, L"sDsn=" + dsn, L"--trace"});
+  const std::wstring shown = ShowAsText(outcome) + ShowAsJson(outcome);
+  EXPECT_NE(shown.find(L"Password=***;Pwd=***"), std::wstring::npos) << com::ToUtf8(shown);
+  EXPECT_EQ(shown.find(L"cret"), std::wstring::npos);
+  EXPECT_EQ(shown.find(L"hid"), std::wstring::npos);
+}
+
+TEST_F(CallTest, ShowsRowsInTheFormThatIsAskedFor) {
+  const std::wstring query = L"strSql=SELECT FBOMNumber, FQty, FBOMNumber FROM ICBOM";
+  const auto shown = [&](std::vector<std::wstring> options) {
+    options.insert(options.end(), {L"BomInfo.GetInfo", query, L"--dsn", database_.Dsn()});
+    const CommandLine line = ParseCommandLine(options);
+    return com::ToUtf8(ShowOutcome(MakeCall(catalog_, line), line, {}));
+  };
+  EXPECT_EQ(shown({L"--csv"}), "FBOMNumber,FQty,FBOMNumber_2\r\nB1,1,B1\r\n");
+  EXPECT_EQ(shown({L"--vertical", L"--columns", L"fqty,FBOMNumber_2"}),
+            "-- row 1\nFQty:         1\nFBOMNumber_2: B1\n");
+  EXPECT_EQ(shown({L"--json", L"--columns", L"FQty"}), "[\n  {\n    \"FQty\": 1\n  }\n]\n");
+  EXPECT_EQ(shown({L"--columns", L"FQty"}), "FQty\n----\n1\n");
+  EXPECT_THROW(shown({L"--columns", L"FNone"}), UsageError);
+}
+
+TEST_F(CallTest, MeetsConditions) {
+  const Outcome outcome = Call({L"BomUpdate.EndSave", L"SaveVect=[{\"FInterID\":1}]", L"--lang", L"en"});
+  EXPECT_TRUE(FirstHolding({{L"result", L"false"}}, outcome).has_value());
+  EXPECT_FALSE(FirstHolding({{L"Result", L"True"}, {L"ReturnMsg", L""}}, outcome).has_value());
+}
+
+TEST_F(CallTest, DescribesAMethod) {
+  EXPECT_EQ(ShowHelp(catalog_, L"bomupdate.endsave").substr(0, 40),
+            std::wstring(L"BomUpdate.EndSave(sDsn: text, SaveVect: object").substr(0, 40));
+  const std::wstring description = FindClass(catalog_, L"BomUpdate")->Find(L"EndSave")->description;
+  ASSERT_FALSE(description.empty());
+  EXPECT_NE(ShowHelp(catalog_, L"BomUpdate.EndSave").find(L"\n\n" + description + L"\n"), std::wstring::npos);
+  EXPECT_NE(ShowHelp(catalog_, L"BomUpdate.EndSave").find(L"\n  2  SaveVect: object in/out\n"),
+            std::wstring::npos);
+  EXPECT_THROW(ShowHelp(catalog_, L"BomUpdate.None"), UsageError);
 }
 
 TEST_F(CallTest, ListsTheClasses) {

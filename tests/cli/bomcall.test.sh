@@ -38,3 +38,49 @@ result=$(echo '[{"FInterID": 1008, "名称": "后轮"}]' | bomcall --json BomUpd
 expect "UTF-8 in" "$result" "后轮"
 expect "UTF-8 in an argument" "$(bomcall --json BomUpdate.EndSave 'SaveVect=[{"FInterID":1008}]' 'ReturnMsg=后轮' \
   --dsn 'nothing' </dev/null | sed -n 's/.*"ReturnMsg": "\(.*\)".*/\1/p')" "后轮"
+
+printf '\xff\xfe[\0]\0' >"$database.json"
+printf '[{"\xc2\xd6": 1}]' >"$database.gbk"
+trap 'rm -f "$database" "$database-wal" "$database-shm" "$database.json" "$database.gbk"' EXIT
+expect "a UTF-16 file" "$(status_of bomcall BomUpdate.EndSave "SaveVect=@$database.json")" 0
+expect "a GBK file" "$(status_of bomcall BomUpdate.EndSave "SaveVect=@$database.gbk")" 2
+expect "a GBK file that is said to be one" "$(status_of bomcall --encoding gbk BomUpdate.EndSave "SaveVect=@$database.gbk")" 0
+expect "a condition that holds" "$(status_of bomcall BomUpdate.EndSave SaveVect=[] --fail-if Result=False)" 3
+expect "rows as CSV" "$(bomcall --csv BomInfo.GetInfo 'strSql=SELECT FName FROM t_MeasureUnit WHERE FItemID < 103' </dev/null | tr -d '\r')" $'FName\n件\n打'
+expect "no colour in a pipe" "$(bomcall BomInfo.GetInfo 'strSql=SELECT 1 AS n' </dev/null | head -n 2 | tail -n 1)" "n"
+
+printf '%s\n' '{"call": "CBomFunction.GetRoutingData", "arguments": {"LongNumber": true, "FInterID": 0}}' \
+  '{"call": "CBomFunction.GetMaxNum", "arguments": {"strName": "ICBOM"}, "as": "id"}' >"$database.json"
+expect "a batch" "$(bomcall --json --batch "$database.json" 2>/dev/null </dev/null | tail -n 1)" \
+  '{"line":2,"call":"CBomFunction.GetMaxNum","result":3004,"arguments":{}}'
+expect "its summary" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/null)" "bomcall: 2 calls made, 0 failed, 0 left out"
+echo '{"call": "BomUpdate.UpdateIcBomStatus", "arguments": {"lBomNumber": "a'"'"'b"}}' >>"$database.json"
+expect "a batch that fails" "$(status_of bomcall --batch "$database.json")" 1
+expect "what it kept" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/null)" \
+  "bomcall: 3 calls made, 1 failed, 0 left out; nothing was kept"
+expect "a condition in a batch" "$(status_of bomcall --batch "$database.json" --fail-if Result=3006)" 3
+expect "a check with findings" "$(status_of bomcall bom check)" 3
+expect "a report" "$(bomcall --csv bom where-used 03.001 --top --columns bom </dev/null | tr -d '\r')" $'bom\nPLN000001'
+expect "help on reports" "$(bomcall bom tree --help </dev/null | head -n 1 | cut -c 1-19)" "bomcall bom reports"
+
+# On a terminal: what the tests of the console cannot see without one, and the code page that it had before.
+on_terminal() { script -qec "$(printf '%q ' "$@")" /dev/null </dev/null; }
+on_terminal tools/wine-exec "$PRESET" "$BUILD/$PRESET/bin/bomcall_tests.exe" '--gtest_filter=Console.*' \
+  "--gtest_output=xml:Z:$database.json" >/dev/null
+expect "the console's tests" "$(grep -c 'status="run" result="completed"' "$database.json")" 2
+program=${BUILD#"$ROOT/"}/$PRESET/bin/bomcall.exe
+expect "the code page after an error" "$(on_terminal tools/wine-exec "$PRESET" cmd /c \
+  "chcp 437 & ${program//\//\\} NoSuch.Method & chcp" | grep -c '437')" 2
+
+# Completion: what bash offers after a line that ends with the word to complete.
+. cli/completion/bomcall.bash
+offered() {
+  COMP_WORDS=(bomcall "$@")
+  COMP_CWORD=$#
+  _bomcall
+  printf '%s ' "${COMPREPLY[@]}"
+}
+expect "methods" "$(offered BomUpdate.Upd)" "BomUpdate.UpdateIcBomStatus BomUpdate.UpdateBomGroup BomUpdate.UpdateBOM "
+expect "parameters" "$(offered --lang en BomUpdate.UpdateIcBomStatus l)" "lBomNumber= "
+expect "options" "$(offered --ver)" "--version --vertical "
+expect "languages" "$(offered --lang c)" "chs cht "

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <oleauto.h>
 
+#include "com/ErrorInfo.h"
 #include "com/Module.h"
 #include "com/Ptr.h"
 
@@ -59,6 +60,22 @@ TEST(ComError, CarriesTextsWithNulsWhole) {
     EXPECT_EQ(carried.helpFile(), L"C:\\help.chm");
     EXPECT_EQ(carried.helpContext(), 7U);
   }
+}
+
+TEST(ComError, IsAnErrorObjectLikeTheSystems) {
+  const Ptr<IErrorInfo> error = MakeErrorInfo(ComError(E_FAIL, L"source", L"text"));
+  void* object = nullptr;
+  ASSERT_EQ(error->QueryInterface(IID_IErrorInfo, &object), S_OK);
+  static_cast<IErrorInfo*>(object)->Release();
+  EXPECT_EQ(error->QueryInterface(IID_IDispatch, &object), E_NOINTERFACE);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(error->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+  GUID guid = IID_IDispatch;
+  EXPECT_EQ(error->GetGUID(&guid), S_OK);
+  EXPECT_EQ(guid, GUID_NULL);
+  EXPECT_EQ(error->GetGUID(nullptr), E_POINTER);
+  EXPECT_EQ(error->GetHelpContext(nullptr), E_POINTER);
+  EXPECT_EQ(error->GetSource(nullptr), E_POINTER);
 }
 
 TEST(ComError, IsAUseOfTheModuleOnlyWithNuls) {

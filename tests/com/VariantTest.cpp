@@ -92,6 +92,24 @@ TEST(Variant, MakesArraysOfVariants) {
   EXPECT_EQ(second, Variant(L"two"));
 }
 
+TEST(Variant, IsEqualByTypeAndValue) {
+  const auto money = [](int64_t tenThousandths) {
+    VARIANT value{};
+    value.vt = VT_CY;
+    value.cyVal.int64 = tenThousandths;
+    return Variant(value);
+  };
+  EXPECT_EQ(money(10'000), money(10'000));
+  EXPECT_NE(money(10'000), money(10'001));
+  EXPECT_NE(money(10'000), Variant(1));
+  // A decimal's value counts, not its digits behind the point.
+  EXPECT_EQ(Variant(L"1.50").As(VT_DECIMAL), Variant(L"1.5").As(VT_DECIMAL));
+  EXPECT_NE(Variant(L"1.50").As(VT_DECIMAL), Variant(L"1.51").As(VT_DECIMAL));
+  const Variant one(1);
+  const Variant array = Variant::Array(&one, 1);
+  EXPECT_NE(array, array);
+}
+
 TEST(Text, ConvertsBetweenEncodings) {
   const std::wstring text = L"销售订单 \xD83D\xDE00";
   EXPECT_EQ(FromUtf8(ToUtf8(text)), text);

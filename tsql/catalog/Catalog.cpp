@@ -188,14 +188,6 @@ void Catalog::RemoveModule(const std::string& name) {
   main_.procedures.erase(name);
 }
 
-std::vector<TablePtr> Catalog::LeaveScope() {
-  const int left = depth_--;
-  std::vector<TablePtr> ended;
-  for (const TempTable& entry : own_.local)
-    if (entry.depth == left) ended.push_back(entry.table);
-  return ended;
-}
-
 std::string Catalog::TempStorageName(const std::string& name) const {
   return depth_ == 0 ? name : name + ":" + std::to_string(depth_);
 }
@@ -209,12 +201,13 @@ TablePtr Catalog::TakeSpare(const std::string& storageName) {
   return table;
 }
 
-TablePtr Catalog::AddSpare(const TableInfo& table) {
+void Catalog::MakeSpare(const TableInfo& table) {
   own_.spare.push_back(std::make_shared<const TableInfo>(table));
-  if (own_.spare.size() <= kMaxSpareTables) return nullptr;
-  TablePtr oldest = std::move(own_.spare.front());
-  own_.spare.erase(own_.spare.begin());
-  return oldest;
+  RemoveTable(table);
+}
+
+TablePtr Catalog::SuperfluousSpare() const {
+  return own_.spare.size() < kMaxSpareTables ? nullptr : own_.spare.front();
 }
 
 void Catalog::RestoreOwnTables(SessionTables tables) {

@@ -46,7 +46,14 @@ class Catalog {
 
   // The scope of a procedure: the local temporary tables made in it end with it.
   void EnterScope() { ++depth_; }
-  std::vector<TablePtr> LeaveScope(); // returns the tables to drop
+  void LeaveScope() { --depth_; }
+  // A local temporary table of a scope that was left, which is to be dropped; null when there is none. Each
+  // statement asks.
+  const TableInfo* EndedTable() const {
+    for (const TempTable& entry : own_.local)
+      if (entry.depth > depth_) return entry.table.get();
+    return nullptr;
+  }
   std::string TempStorageName(const std::string& name) const;
 
   // The global temporary tables that this session made. They end with it.
@@ -64,10 +71,12 @@ class Catalog {
   };
   const std::vector<TempTable>& TempTables() const { return own_.local; }
 
-  // A dropped local temporary table that SQLite still has, without rows. Batches make and drop the same
-  // tables with each run, and making one in SQLite takes longer than most of their statements. Adding one may
-  // return another one, for which there is no room any more; the caller drops it in SQLite.
-  TablePtr AddSpare(const TableInfo& table);
+  // Makes a local temporary table a spare one: a dropped table that SQLite still has, without rows. Batches
+  // make and drop the same tables with each run, and making one in SQLite takes longer than most of their
+  // statements.
+  void MakeSpare(const TableInfo& table);
+  // The spare table that another one would be too many for; null while there is room.
+  TablePtr SuperfluousSpare() const;
   // Takes the spare table of that name in SQLite out of the list; null when there is none.
   TablePtr TakeSpare(const std::string& storageName);
   const SessionTables& OwnTables() const { return own_; }

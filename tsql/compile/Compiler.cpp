@@ -110,7 +110,7 @@ std::string Compiler::CompileDefault(const ColumnInfo& column) const {
   const ExprPtr expr = ParseDefault(column.defaultText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
   const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), column.type);
-  PreparedStatement value = Prepare(context_.connection, Emitter().EmitValue(*bound).sql);
+  PreparedStatement value = Prepare(context_.connection, "SELECT " + Emitter().EmitExpression(*bound));
   value.Step();
   return Emitter().EmitExpression(*MakeConstant(value.ColumnDatum(0), column.type));
 }

@@ -95,16 +95,19 @@ void WriteBigEndian(char* bytes, uint64_t number) {
   std::memcpy(bytes, &number, sizeof number);
 }
 
-// Reads an operand into 64 bits; false when it needs more.
-bool ReadSmall(sqlite3_value* value, int64_t& number) {
-  if (sqlite3_value_type(value) != SQLITE_BLOB) {
-    number = sqlite3_value_int64(value);
-    return true;
+// What 64 bits made of an operand or a program.
+enum class Small : uint8_t { Done, Null, TooFew };
+
+Small ReadSmall(sqlite3_value* value, int64_t& number) {
+  switch (sqlite3_value_type(value)) {
+  case SQLITE_NULL: return Small::Null;
+  case SQLITE_BLOB: break;
+  default: number = sqlite3_value_int64(value); return Small::Done;
   }
   const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
   const uint64_t high = ReadBigEndian(bytes) ^ kSign;
   number = static_cast<int64_t>(ReadBigEndian(bytes + 8));
-  return high == (number < 0 ? ~uint64_t{0} : 0);
+  return high == (number < 0 ? ~uint64_t{0} : 0) ? Small::Done : Small::TooFew;
 }
 
 // Rounds halves away from zero.
@@ -134,20 +137,21 @@ bool StepSmall(const Step& step, int64_t* stack) {
   return step.limit == 0 || (value < step.limit && value > -step.limit);
 }
 
-bool ComputeSmall(const FunctionCall& call, const Program& program, int64_t& result) {
+Small ComputeSmall(const FunctionCall& call, const Program& program, int64_t& result) {
   std::array<int64_t, kMaxComputeOperands> stack{};
   size_t size = 0;
   int operand = 1;
   for (const Step& step : program.steps) {
     if (step.code == kComputeOperand) {
-      if (!ReadSmall(call.Raw(operand++), stack[size++])) return false;
+      const Small read = ReadSmall(call.Raw(operand++), stack[size++]);
+      if (read != Small::Done) return read;
       continue;
     }
     if (step.code != kComputeCast) --size;
-    if (!StepSmall(step, &stack[size - 1])) return false;
+    if (!StepSmall(step, &stack[size - 1])) return Small::TooFew;
   }
   result = stack[0];
-  return true;
+  return Small::Done;
 }
 
 Decimal ComputeExact(const FunctionCall& call, const Program& program) {
@@ -172,8 +176,6 @@ Decimal ComputeExact(const FunctionCall& call, const Program& program) {
 
 // t_compute(program, operands...)
 void Compute(const FunctionCall& call) {
-  for (int i = 1; i < call.Count(); ++i)
-    if (call.IsNull(i)) return call.ReturnNull();
   auto* program = static_cast<Program*>(sqlite3_get_auxdata(call.Handle(), 0));
   std::unique_ptr<Program> own;
   if (program == nullptr) {
@@ -189,8 +191,13 @@ void Compute(const FunctionCall& call) {
   }
   const Type& type = program->steps.back().result;
   int64_t small = 0;
-  if (!program->isSmall || !ComputeSmall(call, *program, small))
+  switch (program->isSmall ? ComputeSmall(call, *program, small) : Small::TooFew) {
+  case Small::Null: return call.ReturnNull();
+  case Small::TooFew:
+    if (call.AnyNull()) return call.ReturnNull();
     return call.ReturnDecimal(ComputeExact(call, *program), type);
+  case Small::Done: break;
+  }
   if (!IsWide(type)) return call.ReturnInteger(small);
   std::array<char, kWideSize> bytes{};
   WriteBigEndian(bytes.data(), (small < 0 ? ~uint64_t{0} : 0) ^ kSign);

@@ -324,13 +324,19 @@ void Definitions::DropTable(const TableInfo& table) {
     if (!EqualNames(foreignKey.child->name, table.name)) Fail(3726, {table.name});
     DropForeignKeyTriggers(connection_, *foreignKey.key);
   }
+  if (table.place == Place::Temp) return DropTempTable(table);
   catalog_.RemoveTable(table);
-  if (table.place != Place::Temp) {
-    connection_.Run("DROP TABLE " + table.SqlName());
-    return;
-  }
+  connection_.Run("DROP TABLE " + table.SqlName());
+}
+
+// Until all is done that may fail the table keeps its name, so that it can be dropped once more.
+void Definitions::DropTempTable(const TableInfo& table) {
   TruncateTable(table);
-  if (const TablePtr oldest = catalog_.AddSpare(table)) connection_.Run("DROP TABLE " + oldest->SqlName());
+  if (const TablePtr superfluous = catalog_.SuperfluousSpare()) {
+    connection_.Run("DROP TABLE " + superfluous->SqlName());
+    catalog_.TakeSpare(superfluous->storageName);
+  }
+  catalog_.MakeSpare(table);
 }
 
 void Definitions::TruncateTable(const TableInfo& table) {

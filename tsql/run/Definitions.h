@@ -25,6 +25,7 @@ class Definitions {
   void DropIndex(const ObjectName& name, bool ifExists);
 
  private:
+  void DropTempTable(const TableInfo& table);
   void AddColumn(TableInfo& table, const ColumnDefinition& definition) const;
   void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
   TablePtr FindReferenced(const TableInfo& table, const KeyInfo& key) const;

@@ -72,6 +72,7 @@ Interpreter::Flow Interpreter::RunList(const StatementList& statements) {
 void Interpreter::BeginStatement() {
   transaction_.Recover();
   catalog_.Settle();
+  if (catalog_.EndedTable() != nullptr) DropEndedTables();
   context_.now.reset();
   context_.variables = &running_->variables;
   context_.error.reset();
@@ -143,25 +144,13 @@ void Interpreter::RunDeclare(const DeclareStatement& statement) {
     const auto index = static_cast<size_t>(FindVariable(running_->unit->variables, variable.name));
     // Passing the declaration again in a loop keeps the value, as on the server.
     if (!variable.initial) continue;
-    Plan& plan = MakePlanner().ValuePlan(*variable.initial, &variable.type);
-    BindParameters(plan);
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-    Datum value = plan.statement.ColumnDatum(0);
-    running_->variables[index] = std::move(value);
+    running_->variables[index] = ReadValue(MakePlanner().ValuePlan(*variable.initial, &variable.type));
   }
 }
 
 void Interpreter::RunSet(const SetVariableStatement& statement) {
   Plan& plan = MakePlanner().AssignmentPlan(statement);
-  Datum value;
-  {
-    BindParameters(plan);
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-    value = plan.statement.ColumnDatum(0);
-  }
-  running_->variables[static_cast<size_t>(plan.assigned.front())] = std::move(value);
+  running_->variables[static_cast<size_t>(plan.assigned.front())] = ReadValue(plan);
   rowCount_ = 1;
 }
 

@@ -99,12 +99,14 @@ class Interpreter {
   void MarkSchemaChange(Place place);
 
   void BeginStatement();
+  // Drops the temporary tables of procedures that have ended.
+  void DropEndedTables();
   Planner MakePlanner() const { return compiler_.PlannerFor(*running_->unit); }
 
   // parameters and values (RunValues.cpp)
   void BindParameters(Plan& plan);
-  const Datum& ParameterValue(const ParameterRef& ref);
   Datum GlobalDatum(GlobalValue value) const;
+  Datum ReadValue(Plan& plan); // of a plan for one value
   Datum Evaluate(const Expr& value, Type& type);
   std::string EvaluateText(const Expr& value);
   int64_t EvaluateInteger(const Expr& value);
@@ -121,7 +123,6 @@ class Interpreter {
 
   std::optional<Error> caught_; // of the CATCH block that runs
   std::string caughtProcedure_;
-  std::vector<Datum> globals_;        // values bound while a statement runs
   const TableInfo* target_ = nullptr; // of the change that runs
   std::string_view verb_;             // and its word, as messages have it
   Datum identity_;

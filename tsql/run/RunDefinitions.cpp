@@ -20,6 +20,20 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   MarkSchemaChange(Place::Main);
 }
 
+// A table is left when its procedure's end had no memory for it, and there again after a rollback of that
+// end.
+void Interpreter::DropEndedTables() {
+  while (const TableInfo* const ended = catalog_.EndedTable()) {
+    const TableInfo table = *ended;
+    try {
+      definitions_.DropTable(table);
+    } catch (const SqliteFailure& failure) {
+      if ((failure.code & 0xFF) != SQLITE_ERROR) throw;
+      catalog_.RemoveTable(table); // SQLite has it no more: the transaction that made it was undone
+    }
+  }
+}
+
 void Interpreter::RunDrop(const DropStatement& statement) {
   for (const ObjectName& name : statement.names) {
     const Place place = PlaceOf(name);

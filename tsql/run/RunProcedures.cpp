@@ -44,16 +44,10 @@ struct Interpreter::ProcedureScope {
     owner.xactAbort_ = xactAbort;
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
     owner.compiler_.SetIdentityInsert(std::move(identityInsert));
-    // A table that cannot be dropped went with a rollback, or goes with the session.
+    owner.catalog_.LeaveScope();
     try {
-      for (const TablePtr& table : owner.catalog_.LeaveScope()) Drop(*table);
-    } catch (...) { // NOLINT(bugprone-empty-catch)
-    }
-  }
-  void Drop(const TableInfo& table) const {
-    try {
-      owner.definitions_.DropTable(table);
-    } catch (...) { // NOLINT(bugprone-empty-catch)
+      owner.DropEndedTables();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the next statement drops what is left
     }
   }
   Interpreter& owner;
@@ -66,8 +60,10 @@ struct Interpreter::ProcedureScope {
 
 bool Interpreter::RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultSink& sink) {
   sink_ = &sink;
+  running_ = &running;
   running.unit = &unit;
   failed_ = false;
+  BeginStatement();
   const ProcedureScope scope(*this, running);
   RunList(*unit.body);
   return !failed_;
@@ -80,10 +76,8 @@ void Interpreter::FillDefaults(CompiledUnit& unit, RunningUnit& running, const s
   for (size_t i = 0; i < parameters.size(); ++i) {
     if (given[i]) continue;
     if (!parameters[i].defaultValue) Fail(201, {unit.procedure->name.name, parameters[i].name});
-    Plan& plan = MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type);
-    const StatementUse use(plan.statement);
-    plan.statement.Step();
-    running.variables[i] = plan.statement.ColumnDatum(0);
+    running.variables[i] =
+        ReadValue(MakePlanner().ValuePlan(*parameters[i].defaultValue, &parameters[i].type));
   }
 }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <list>
 
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Values.h"
@@ -49,12 +48,11 @@ void Interpreter::AssignRows(Plan& plan) {
   const StatementUse use(plan.statement);
   // The statement reads the values that the variables had before it. Texts among them must live until it has
   // ended, though their variables take other values.
-  std::list<Datum> former;
-  int index = 1;
+  int number = 1;
   for (const ParameterRef& ref : plan.parameters) {
     if (ref.kind == BoundExpr::Kind::Variable && std::ranges::count(plan.assigned, ref.index) > 0)
-      plan.statement.Bind(index, former.emplace_back(ParameterValue(ref)));
-    ++index;
+      plan.statement.BindCopy(number, running_->variables[static_cast<size_t>(ref.index)]);
+    ++number;
   }
   int64_t count = 0;
   while (plan.statement.Step()) {

@@ -24,28 +24,32 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   }
 }
 
-const Datum& Interpreter::ParameterValue(const ParameterRef& ref) {
-  const auto index = static_cast<size_t>(ref.index);
-  if (ref.kind == BoundExpr::Kind::Variable) return running_->variables[index];
-  if (ref.kind == BoundExpr::Kind::Marker) return running_->markers[index];
-  return globals_.emplace_back(GlobalDatum(static_cast<GlobalValue>(ref.index)));
+void Interpreter::BindParameters(Plan& plan) {
+  int number = 1;
+  for (const ParameterRef& ref : plan.parameters) {
+    const auto index = static_cast<size_t>(ref.index);
+    switch (ref.kind) {
+    case BoundExpr::Kind::Variable: plan.statement.Bind(number, running_->variables[index]); break;
+    case BoundExpr::Kind::Marker: plan.statement.Bind(number, running_->markers[index]); break;
+    default: plan.statement.BindCopy(number, GlobalDatum(static_cast<GlobalValue>(ref.index)));
+    }
+    ++number;
+  }
 }
 
-void Interpreter::BindParameters(Plan& plan) {
-  globals_.clear();
-  // The bound values must not move while the statement runs.
-  globals_.reserve(plan.parameters.size());
-  int index = 1;
-  for (const ParameterRef& ref : plan.parameters) plan.statement.Bind(index++, ParameterValue(ref));
+Datum Interpreter::ReadValue(Plan& plan) {
+  BindParameters(plan);
+  const StatementUse use(plan.statement);
+  plan.statement.Step();
+  Datum value = plan.statement.ColumnDatum(0);
+  if (value.kind == Datum::Kind::Integer) CheckInteger(value.integer, plan.columns[0].type.id);
+  return value;
 }
 
 Datum Interpreter::Evaluate(const Expr& value, Type& type) {
   Plan& plan = MakePlanner().ValuePlan(value, nullptr);
   type = plan.columns[0].type;
-  BindParameters(plan);
-  const StatementUse use(plan.statement);
-  plan.statement.Step();
-  return plan.statement.ColumnDatum(0);
+  return ReadValue(plan);
 }
 
 std::string Interpreter::EvaluateText(const Expr& value) {

@@ -5,6 +5,18 @@
 #include "tsql/values/Errors.h"
 
 namespace tsql {
+namespace {
+
+void RunOnce(PreparedStatement& statement) {
+  const StatementUse use(statement);
+  statement.Step();
+}
+
+} // namespace
+
+Transaction::Transaction(const Connection& connection, Catalog& catalog)
+    : connection_(connection), catalog_(catalog), savepoint_(connection.Prepare("SAVEPOINT statement")),
+      release_(connection.Prepare("RELEASE statement")) {}
 
 void Transaction::LockMain() const {
   // A write that changes no row takes the lock. It waits as long as the session waits for locks.
@@ -81,7 +93,7 @@ StatementScope::StatementScope(Transaction& transaction, Place place)
     : transaction_(transaction), tables_(transaction.catalog_.OwnTables()) {
   transaction_.BeforeWrite();
   if (!transaction_.open_) transaction_.catalog_.BeginChanges();
-  transaction_.connection_.Run("SAVEPOINT statement");
+  RunOnce(transaction_.savepoint_);
   if (place != Place::Main) return;
   try {
     transaction_.LockMain();
@@ -92,7 +104,7 @@ StatementScope::StatementScope(Transaction& transaction, Place place)
 }
 
 void StatementScope::Complete() {
-  transaction_.connection_.Run("RELEASE statement");
+  RunOnce(transaction_.release_);
   done_ = true;
 }
 

@@ -9,7 +9,7 @@ namespace tsql {
 
 class Transaction {
  public:
-  Transaction(const Connection& connection, Catalog& catalog) : connection_(connection), catalog_(catalog) {}
+  Transaction(const Connection& connection, Catalog& catalog);
 
   int Count() const { return count_; }
   void Begin() { ++count_; }
@@ -36,6 +36,9 @@ class Transaction {
 
   const Connection& connection_;
   Catalog& catalog_;
+  // Prepared once, because each definition runs them.
+  PreparedStatement savepoint_;
+  PreparedStatement release_;
   int count_ = 0;
   bool open_ = false;
   bool schemaChanged_ = false;

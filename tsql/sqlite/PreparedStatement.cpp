@@ -7,6 +7,10 @@ void ThrowFailure(sqlite3* connection) {
 }
 
 void PreparedStatement::Bind(int index, const Datum& value) {
+  Bind(index, value, SQLITE_STATIC);
+}
+
+void PreparedStatement::Bind(int index, const Datum& value, sqlite3_destructor_type lifetime) {
   sqlite3_stmt* statement = statement_.get();
   const auto size = static_cast<sqlite3_uint64>(value.text.size());
   int result = SQLITE_OK;
@@ -15,10 +19,10 @@ void PreparedStatement::Bind(int index, const Datum& value) {
   case Datum::Kind::Integer: result = sqlite3_bind_int64(statement, index, value.integer); break;
   case Datum::Kind::Real: result = sqlite3_bind_double(statement, index, value.real); break;
   case Datum::Kind::Text:
-    result = sqlite3_bind_text64(statement, index, value.text.data(), size, SQLITE_STATIC, SQLITE_UTF8);
+    result = sqlite3_bind_text64(statement, index, value.text.data(), size, lifetime, SQLITE_UTF8);
     break;
   case Datum::Kind::Blob:
-    result = sqlite3_bind_blob64(statement, index, value.text.data(), size, SQLITE_STATIC);
+    result = sqlite3_bind_blob64(statement, index, value.text.data(), size, lifetime);
     break;
   }
   if (result != SQLITE_OK) ThrowFailure(sqlite3_db_handle(statement));

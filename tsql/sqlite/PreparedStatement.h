@@ -25,7 +25,8 @@ class PreparedStatement {
   explicit operator bool() const { return statement_ != nullptr; }
 
   void Bind(int index, const Datum& value); // from 1; the caller keeps the text until Reset
-  bool Step();                              // true on a row
+  void BindCopy(int index, const Datum& value) { Bind(index, value, SQLITE_TRANSIENT); }
+  bool Step(); // true on a row
   void Reset() { sqlite3_reset(statement_.get()); }
   Datum ColumnDatum(int index) const;
   int64_t ColumnInteger(int index) const { return sqlite3_column_int64(statement_.get(), index); }
@@ -33,6 +34,8 @@ class PreparedStatement {
   sqlite3_stmt* Handle() const { return statement_.get(); }
 
  private:
+  void Bind(int index, const Datum& value, sqlite3_destructor_type lifetime);
+
   struct Finalizer {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
   };

@@ -181,7 +181,7 @@ int CompareText(std::string_view left, std::string_view right) {
 }
 
 bool EqualNames(std::string_view left, std::string_view right) {
-  return CompareText(left, right) == 0;
+  return left == right || CompareText(left, right) == 0; // most are written alike
 }
 
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks) {

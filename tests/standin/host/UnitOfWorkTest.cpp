@@ -153,5 +153,48 @@ TEST_F(UnitOfWorkTest, AHostedObjectHasTheInterfacesOfTheOneBehindIt) {
   EXPECT_EQ(object->QueryInterface(IID_IClassFactory, none.OutVoid()), E_NOINTERFACE);
 }
 
+// A unit that the client has begun holds all calls until it is ended.
+class BegunUnitTest : public UnitOfWorkTest {
+ protected:
+  Object host_ = New(L"ErpStandIn.Host");
+};
+
+TEST_F(BegunUnitTest, CommitsSeveralCallsAtItsEnd) {
+  host_.Call(L"BeginUnit");
+  Run(Steps({L"bind", kInsert, L"complete"}));
+  EXPECT_FALSE(host_.Get(L"IsAborting").AsBool());
+  Run(Steps({L"bind", L"DELETE FROM t WHERE FInterID = 1"}));
+  host_.Call(L"EndUnit", true);
+  EXPECT_EQ(Ids(), L"2,3,10");
+}
+
+TEST_F(BegunUnitTest, RollsBackAfterAnAbortVoteAndWhenItIsTold) {
+  host_.Call(L"BeginUnit");
+  Run(Steps({L"bind", kInsert, L"abort"}));
+  EXPECT_TRUE(host_.Get(L"IsAborting").AsBool());
+  host_.Call(L"EndUnit", true);
+  EXPECT_EQ(Ids(), L"1,2,3");
+  host_.Call(L"BeginUnit");
+  Run(Steps({L"bind", kInsert, L"complete"}));
+  host_.Call(L"EndUnit", false);
+  EXPECT_EQ(Ids(), L"1,2,3");
+}
+
+TEST_F(BegunUnitTest, RollsBackWithItsHost) {
+  host_.Call(L"BeginUnit");
+  Run(Steps({L"bind", kInsert, L"complete"}));
+  host_ = Object();
+  EXPECT_EQ(Ids(), L"1,2,3");
+}
+
+TEST_F(BegunUnitTest, IsTheOnlyOne) {
+  const HRESULT invalid = Numbered(static_cast<int>(com::RuntimeError::InvalidCall));
+  EXPECT_EQ(RaisedBy([&] { host_.Call(L"EndUnit", true); }).code, invalid);
+  EXPECT_EQ(RaisedBy([&] { host_.Get(L"IsAborting"); }).code, invalid);
+  host_.Call(L"BeginUnit");
+  EXPECT_EQ(RaisedBy([&] { host_.Call(L"BeginUnit"); }).code, invalid);
+  host_.Call(L"EndUnit", true);
+}
+
 } // namespace
 } // namespace standin::test

@@ -140,17 +140,6 @@ TEST_F(TimeLimitTest, UndoesTheStatementThatWasRunning) {
   EXPECT_EQ(Rows("SELECT a FROM t"), Lines({"0"}));
 }
 
-// SQLite undoes the transaction of a change that is stopped on its way; the session knows of it.
-TEST_F(TimeLimitTest, AStoppedChangeTakesItsTransactionWithIt) {
-  session_->Begin();
-  Must("UPDATE t SET a = 1");
-  EXPECT_EQ(ErrorOf("INSERT INTO t " + Endless()), kTimeoutExpired);
-  EXPECT_EQ(session_->TransactionCount(), 0);
-  EXPECT_EQ(Rows("SELECT a FROM t"), Lines({"0"}));
-  Must("BEGIN TRAN UPDATE t SET a = 2 COMMIT");
-  EXPECT_EQ(A(), "2");
-}
-
 TEST_F(TimeLimitTest, CountsTheWaitForALock) {
   const auto other = Session::Open(database_);
   Must("SET LOCK_TIMEOUT -1");
@@ -214,6 +203,30 @@ TEST_F(StopRequestTest, LeavesTheTransactionOpen) {
   EXPECT_EQ(session_->TransactionCount(), 1);
   EXPECT_EQ(A(), "1");
   Must("ROLLBACK");
+}
+
+// SQLite undoes the transaction of a change that is stopped on its way; the session knows of it. A limit of
+// time could be over while the change is still compiled, and then the transaction stays.
+TEST_F(StopRequestTest, AStoppedChangeTakesItsTransactionWithIt) {
+  session_->Begin();
+  Must("UPDATE t SET a = 1");
+  StopAfter(1000); // far more than compiling asks
+  EXPECT_EQ(ErrorOf("INSERT INTO t " + Endless()), kTimeoutExpired);
+  session_->SetStopRequest(nullptr);
+  EXPECT_EQ(session_->TransactionCount(), 0);
+  EXPECT_EQ(Rows("SELECT a FROM t"), Lines({"0"}));
+  Must("BEGIN TRAN UPDATE t SET a = 2 COMMIT");
+  EXPECT_EQ(A(), "2");
+}
+
+TEST_F(StopRequestTest, AChangeThatHasNotBegunLeavesItsTransaction) {
+  session_->Begin();
+  Must("UPDATE t SET a = 1");
+  StopAfter(0);
+  EXPECT_EQ(ErrorOf("INSERT INTO t " + Endless()), kTimeoutExpired);
+  session_->SetStopRequest(nullptr);
+  EXPECT_EQ(session_->TransactionCount(), 1);
+  EXPECT_EQ(A(), "1");
 }
 
 TEST_F(StopRequestTest, EndsTheWaitForALock) {

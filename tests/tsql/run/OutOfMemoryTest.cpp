@@ -26,7 +26,9 @@ constexpr char kTables[] =
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
     " INSERT INTO account VALUES (1, 0), (2, 0)";
 constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @lines INT OUTPUT AS"
-                              " SELECT @lines = COUNT(*) FROM journal WHERE text LIKE '%' + @text";
+                              " CREATE TABLE #found (n INT NOT NULL)"
+                              " INSERT INTO #found SELECT n FROM journal WHERE text LIKE '%' + @text"
+                              " SELECT @lines = COUNT(*) FROM #found";
 constexpr char kWork[] =
     "DECLARE @before INT SELECT @before = COUNT(*) FROM journal"
     " CREATE TABLE #t (a INT NOT NULL, b NVARCHAR(40) NULL)"

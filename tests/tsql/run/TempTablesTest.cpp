@@ -98,5 +98,20 @@ TEST_F(TempTablesTest, SelectIntoMakesItAgain) {
             Lines({"4"}));
 }
 
+// The table ended with the procedure, before the rollback that undid its end.
+TEST_F(TempTablesTest, ARollbackBringsNoTableOfAProcedureBack) {
+  Must("CREATE PROCEDURE p AS CREATE TABLE #t (a INT) BEGIN TRAN INSERT INTO #t VALUES (1)");
+  Must("EXEC p ROLLBACK");
+  EXPECT_EQ(ErrorOf("SELECT a FROM #t"), 208);
+  Must("EXEC p ROLLBACK");
+  Output output;
+  EXPECT_TRUE(session_->Call("p", {}, output).has_value());
+  session_->Rollback();
+  EXPECT_TRUE(session_->Call("p", {}, output).has_value());
+  EXPECT_TRUE(output.errors.empty());
+  session_->Rollback();
+  EXPECT_EQ(Rows("CREATE TABLE #t (b INT) SELECT b FROM #t"), Lines({}));
+}
+
 } // namespace
 } // namespace tsql::test

@@ -34,6 +34,25 @@ TEST_F(TypesTest, IntegerArithmetic) {
   EXPECT_EQ(Scalar("-2147483648"), "-2147483648");
 }
 
+// A single value is checked where it is read.
+TEST_F(TypesTest, OverflowOfASingleValue) {
+  const std::string head = "DECLARE @m INT = 2147483647, @i INT = 5, @b BIGINT = 5 ";
+  for (const char* statement :
+       {"SET @i = @m + 1", "SET @i = -2 - @m", "SET @i = @m * @m", "SET @i += @m", "SET @b = @m + 1",
+        "DECLARE @d INT = @m + 1", "PRINT @m + 1", "EXEC('SELECT 1 WHERE 1 = 2147483647 + 1')"}) {
+    SCOPED_TRACE(statement);
+    const Output output = Run(head + statement + " SELECT @i, @b");
+    ASSERT_EQ(output.errors.size(), 1U);
+    EXPECT_EQ(output.errors[0].number, 8115);
+    EXPECT_EQ(output.results.back(), Lines({"5|5"})) << "the variables keep their values";
+  }
+  EXPECT_EQ(ErrorOf("CREATE PROCEDURE next @n INT AS RETURN @n + 1"), 0);
+  EXPECT_EQ(ErrorOf("EXEC next 2147483647"), 8115);
+  EXPECT_EQ(
+      Rows("DECLARE @m INT = 2147483646, @n INT, @z INT = 7 SET @m = @m + 1 SET @z = @n + 1 SELECT @m, @z"),
+      Lines({"2147483647|NULL"}));
+}
+
 TEST_F(TypesTest, DecimalArithmetic) {
   EXPECT_EQ(Scalar("1.5 + 2.25"), "3.75");
   EXPECT_EQ(TypeOf("1.5 + 2.25"), DecimalType(4, 2));
@@ -57,6 +76,15 @@ TEST_F(TypesTest, DecimalArithmetic) {
       "12345678901234567890123456789.12346");
   EXPECT_EQ(Scalar("CONVERT(VARCHAR(50), CAST('-99999999999999999999' AS DECIMAL(38,0)) * 2)"),
             "-199999999999999999998");
+}
+
+TEST_F(TypesTest, NullWithinDecimalArithmetic) {
+  const std::string head =
+      "DECLARE @n DECIMAL(18,4), @d DECIMAL(38,0) = '99999999999999999999999999999999999999' ";
+  EXPECT_EQ(Rows(head + "SELECT 2.5 * 2 * @n, @n * 2.5 * 2, 1.0 / @n"), Lines({"NULL|NULL|NULL"}));
+  // Null in front of an overflow and behind it, as each operation on null is null.
+  EXPECT_EQ(Rows(head + "SELECT @n * @d * @d"), Lines({"NULL"}));
+  EXPECT_EQ(Rows(head + "SELECT @d * (@d * @n)"), Lines({"NULL"}));
 }
 
 TEST_F(TypesTest, WideDecimalsCompareAndSort) {

@@ -1,0 +1,40 @@
+// A quantity that stays exact, however often it is multiplied and divided.
+#pragma once
+
+#include <boost/multiprecision/cpp_int.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace bomcall::bom {
+
+class Quantity {
+ public:
+  Quantity() = default;
+  // A decimal number without an exponent, "2.5" or "-3". Nothing for any other text.
+  static std::optional<Quantity> Parse(std::wstring_view text);
+  static Quantity One() { return Quantity(Number(1)); }
+
+  Quantity operator*(const Quantity& other) const { return Quantity(Number(number_ * other.number_)); }
+  // By anything but zero.
+  Quantity operator/(const Quantity& other) const { return Quantity(Number(number_ / other.number_)); }
+  Quantity operator+(const Quantity& other) const { return Quantity(Number(number_ + other.number_)); }
+  Quantity& operator+=(const Quantity& other) {
+    number_ += other.number_;
+    return *this;
+  }
+  bool operator==(const Quantity& other) const { return number_ == other.number_; }
+  bool IsZero() const { return number_ == 0; }
+
+  // As a decimal number: with all digits if they are 20 behind the point at most, else rounded to 20, halves
+  // away from zero.
+  std::wstring Text() const;
+
+ private:
+  using Number = boost::multiprecision::cpp_rational;
+  explicit Quantity(Number number) : number_(std::move(number)) {}
+
+  Number number_;
+};
+
+} // namespace bomcall::bom

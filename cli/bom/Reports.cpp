@@ -1,0 +1,197 @@
+#include "cli/bom/Reports.h"
+
+#include <algorithm>
+
+#include "cli/Show.h"
+#include "cli/bom/Check.h"
+#include "cli/bom/Difference.h"
+#include "cli/bom/Explosion.h"
+#include "cli/bom/Pictures.h"
+#include "cli/bom/Reader.h"
+#include "cli/bom/WhereUsed.h"
+
+namespace bomcall::bom {
+namespace {
+
+// The level itself has a column: deeper ones only would make the table wide.
+constexpr int kDeepestIndent = 40;
+
+std::wstring NumberOf(const Graph& graph, Id item) {
+  const Item* known = graph.ItemOf(item);
+  return known ? known->number : L"item " + std::to_wstring(item);
+}
+
+std::wstring NameOf(const Graph& graph, Id item) {
+  const Item* known = graph.ItemOf(item);
+  return known ? known->name : std::wstring();
+}
+
+// The unit in which the item is counted.
+std::wstring BaseUnitOf(const Graph& graph, Id item) {
+  const Item* known = graph.ItemOf(item);
+  const Unit* unit = known ? graph.UnitOf(known->unit) : nullptr;
+  return unit ? unit->name : std::wstring();
+}
+
+std::wstring UnitOf(const Graph& graph, Id unit) {
+  const Unit* known = graph.UnitOf(unit);
+  return known ? known->name : std::to_wstring(unit);
+}
+
+Cell Count(int64_t number) {
+  return Cell::Number(std::to_wstring(number));
+}
+
+Cell Count(const Quantity& quantity) {
+  return Cell::Number(quantity.Text());
+}
+
+const wchar_t* StateOf(const Bom* bom) {
+  if (!bom) return L"missing";
+  if (bom->cancelled) return L"cancelled";
+  return bom->inUse ? L"in use" : L"not in use";
+}
+
+Quantity QuantityFrom(const BomRequest& request) {
+  const auto quantity = Quantity::Parse(request.quantity);
+  if (!quantity || quantity->IsZero())
+    throw UsageError(L"--qty is a number above or below 0, not " + request.quantity);
+  return *quantity;
+}
+
+} // namespace
+
+Grid TreeGrid(const Graph& graph, const Bom& bom, const Quantity& quantity, int depth, bool indented) {
+  Grid grid{{L"level", L"item", L"name", L"quantity", L"unit", L"bom", L"remark"}, {}};
+  Explode(graph, bom, quantity, depth, [&](const Node& node) {
+    const std::wstring indent(indented ? static_cast<size_t>(std::min(node.level, kDeepestIndent)) * 2 : 0,
+                              L' ');
+    grid.rows.push_back({Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
+                         Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
+                         Cell::Text(BaseUnitOf(graph, node.item)),
+                         Cell::Text(node.bom ? node.bom->number : std::wstring()),
+                         Cell::Text(node.cycle ? L"cycle: it is above already" : L"")});
+  });
+  return grid;
+}
+
+Grid WhereUsedGrid(const Graph& graph, const Item& item, bool top) {
+  Grid grid{
+      {L"level", L"bom", L"version", L"state", L"item", L"name", L"line", L"uses", L"quantity", L"unit"}, {}};
+  const std::vector<Use> uses = UsesOf(graph, item.id);
+  for (const Use& use : top ? TopsOf(graph, uses) : uses) {
+    const Bom* bom = use.bom;
+    grid.rows.push_back({Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
+                         Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
+                         Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
+                         Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()), Count(use.line->entry),
+                         Cell::Text(NumberOf(graph, use.line->item)), Count(use.line->quantityInUnit),
+                         Cell::Text(UnitOf(graph, use.line->unit))});
+  }
+  return grid;
+}
+
+Grid DifferenceGrid(const Graph& graph, const Bom& before, const Bom& after) {
+  Grid grid{{L"change", L"item", L"name", L"line", L"quantity", L"unit", L"what"}, {}};
+  for (const Difference& difference : DifferencesOf(graph, before, after)) {
+    const Line& line = difference.after ? *difference.after : *difference.before;
+    const wchar_t* change = !difference.before ? L"added" : !difference.after ? L"removed" : L"changed";
+    grid.rows.push_back({Cell::Text(change), Cell::Text(NumberOf(graph, line.item)),
+                         Cell::Text(NameOf(graph, line.item)), Count(line.entry), Count(line.quantityInUnit),
+                         Cell::Text(UnitOf(graph, line.unit)), Cell::Text(difference.what)});
+  }
+  return grid;
+}
+
+Grid CheckGrid(const Graph& graph) {
+  Grid grid{{L"finding", L"bom", L"line", L"what"}, {}};
+  for (const Finding& finding : Check(graph))
+    grid.rows.push_back({Cell::Text(finding.kind), Cell::Text(finding.bom),
+                         finding.entry == 0 ? Cell::Text({}) : Count(finding.entry),
+                         Cell::Text(finding.what)});
+  return grid;
+}
+
+Grid BoughtGrid(const Graph& graph, const Bom& bom, const Quantity& quantity) {
+  Grid grid{{L"bom", L"item", L"name", L"quantity", L"unit", L"remark"}, {}};
+  const Totals totals = TotalsOf(graph, bom, quantity);
+  for (const Total& total : totals.bought)
+    grid.rows.push_back({Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
+                         Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
+                         Cell::Text(BaseUnitOf(graph, total.item)),
+                         Cell::Text(totals.cycle ? L"without what a cycle would add" : L"")});
+  return grid;
+}
+
+Grid CostLinesGrid(const Graph& graph) {
+  Grid grid{
+      {L"bom", L"version", L"product", L"line", L"item", L"name", L"quantity", L"unit", L"scrap", L"made"},
+      {}};
+  for (const Bom& bom : graph.boms()) {
+    if (!bom.inUse) continue;
+    for (const Line& line : graph.LinesOf(bom))
+      grid.rows.push_back({Cell::Text(bom.number),
+                           Cell::Text(bom.version),
+                           Cell::Text(NumberOf(graph, bom.item)),
+                           Count(line.entry),
+                           Cell::Text(NumberOf(graph, line.item)),
+                           Cell::Text(NameOf(graph, line.item)),
+                           Count(line.quantity / bom.quantity),
+                           Cell::Text(BaseUnitOf(graph, line.item)),
+                           Cell::Number(line.scrap),
+                           {Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"}});
+  }
+  return grid;
+}
+
+ReportResult MakeReport(const CommandLine& line, const std::wstring& descriptor, size_t width,
+                        bool coloured) {
+  const BomRequest& request = line.bom;
+  const Quantity quantity = QuantityFrom(request);
+  Reader reader(descriptor);
+  ReportResult result;
+  const auto show = [&](const Grid& grid) {
+    result.text = ShowGrid(line.columns.empty() ? grid : WithColumns(grid, line.columns), line.format,
+                           {width, coloured});
+  };
+  switch (request.report) {
+  case BomRequest::Report::Tree: {
+    const Graph graph = reader.ReadBelow(request.names, request.depth);
+    const Bom& bom = *graph.BomNumbered(request.names[0]);
+    if (request.picture == BomRequest::Picture::Dot)
+      result.text = DotOf(graph, bom, request.depth);
+    else if (request.picture == BomRequest::Picture::Html)
+      result.text = HtmlOf(graph, bom, quantity, request.depth);
+    else
+      show(TreeGrid(graph, bom, quantity, request.depth, line.format == Format::Text));
+    break;
+  }
+  case BomRequest::Report::WhereUsed: {
+    const Graph graph = reader.ReadAbove(request.names[0]);
+    show(WhereUsedGrid(graph, *graph.ItemNumbered(request.names[0]), request.top));
+    break;
+  }
+  case BomRequest::Report::Diff: {
+    const Graph graph = reader.ReadBelow(request.names, 1);
+    show(DifferenceGrid(graph, *graph.BomNumbered(request.names[0]), *graph.BomNumbered(request.names[1])));
+    break;
+  }
+  case BomRequest::Report::Check: {
+    const Grid grid = CheckGrid(reader.ReadAll());
+    result.clean = grid.rows.empty();
+    show(grid);
+    break;
+  }
+  case BomRequest::Report::CostLines:
+    if (request.names.empty()) {
+      show(CostLinesGrid(reader.ReadAll()));
+    } else {
+      const Graph graph = reader.ReadBelow(request.names, 0);
+      show(BoughtGrid(graph, *graph.BomNumbered(request.names[0]), quantity));
+    }
+    break;
+  }
+  return result;
+}
+
+} // namespace bomcall::bom
