@@ -19,10 +19,11 @@ allowed() {
 }
 
 allowed com 'com/'
-allowed src/frame 'com/'
+allowed src/log 'com/'
+allowed src/frame 'com/' 'src/log/'
 allowed src/domain 'com/' 'src/frame/'
 for class in bom view import ecn custbom; do allowed "src/$class" 'com/' 'src/frame/' 'src/domain/'; done
-allowed src/server 'com/' 'src/(bom|view|import|ecn|custbom)/'
+allowed src/server 'com/' 'src/(bom|view|import|ecn|custbom|log)/'
 allowed odbc 'com/' 'tsql/(tsql|ShellTarget)\.h'
 allowed standin 'com/' 'odbc/' 'tsql/(tsql|Fnv1a)\.h'
 allowed cli 'com/' 'tsql/CharacterWidth\.h'

@@ -106,7 +106,8 @@ for arch in x64 x86; do
     [[ -e ${file%/*}/${link%%#*} ]] || die "$file links to $link, which is not in the package"
   done < <(find "$stage" -name '*.md' -exec grep -o '](\([^) []*\))' {} + | sed 's/](\(.*\))/\1/' | grep -v ':http\|:#' || true)
   # The licences of what is linked in, and not their names alone.
-  for text in 'GCC Runtime Library Exception ("Exception") is an additional' 'Niels Lohmann' 'The author disclaims copyright' \
+  for text in 'GCC Runtime Library Exception ("Exception") is an additional' 'Niels Lohmann' 'University of Cincinnati' \
+    'Boost Software License - Version 1.0' 'The author disclaims copyright' \
     'Copyright: 2009-2016 the mingw-w64 project'; do
     grep -qF "$text" "$stage/THIRD-PARTY-NOTICES.txt" || die "THIRD-PARTY-NOTICES.txt does not have: $text"
   done
