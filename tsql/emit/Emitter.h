@@ -23,8 +23,8 @@ struct EmittedSql {
 class Emitter {
  public:
   EmittedSql EmitStatement(const BoundQuery& query);
-  // One value. Whether the result of a lone integer operation is in its type's range is for the reader to check
-  // (CheckInteger), which costs far less than a check here.
+  // One value. Whether the result of a lone integer operation is in its type's range is for the reader to
+  // check (CheckInteger), which costs far less than a check here.
   EmittedSql EmitValue(const BoundExpr& expr);
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
