@@ -72,6 +72,12 @@ void AppendCsvField(std::wstring& out, const std::wstring& text) {
   out += L'"';
 }
 
+[[noreturn]] void RaiseNoColumn(const Grid& grid, const std::wstring& column) {
+  std::wstring known;
+  for (const std::wstring& name : grid.columns) known.append(known.empty() ? L"" : L", ").append(name);
+  throw UsageError(L"there is no column " + column + L"; there are " + known);
+}
+
 } // namespace
 
 std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names) {
@@ -110,11 +116,7 @@ Grid WithColumns(const Grid& grid, const std::vector<std::wstring>& columns) {
   for (const std::wstring& column : columns) {
     const auto found = std::ranges::find_if(
         grid.columns, [&](const std::wstring& name) { return com::EqualsNoCase(name, column); });
-    if (found == grid.columns.end()) {
-      std::wstring known;
-      for (const std::wstring& name : grid.columns) known.append(known.empty() ? L"" : L", ").append(name);
-      throw UsageError(L"there is no column " + column + L"; there are " + known);
-    }
+    if (found == grid.columns.end()) RaiseNoColumn(grid, column);
     places.push_back(static_cast<size_t>(found - grid.columns.begin()));
     result.columns.push_back(*found);
   }

@@ -3,9 +3,8 @@
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <array>
 #include <vector>
-
-#include "com/Ptr.h"
 
 namespace bomcall {
 namespace {
@@ -26,17 +25,29 @@ bool NamesAnArgument(HRESULT error) {
          error == DISP_E_BADVARTYPE || error == DISP_E_PARAMNOTOPTIONAL;
 }
 
-// The ProgID is there, but not the class, where it is registered for the other width only.
-bool SaysNotRegistered(HRESULT error) {
-  return error == CO_E_CLASSSTRING || error == REGDB_E_CLASSNOTREG;
+bool HasKey(const std::wstring& path) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+  RegCloseKey(key);
+  return true;
 }
 
+// Where a class is registered for the other width only, its ProgID is there all the same. The system is not
+// asked: it may look for a server elsewhere, and take half a minute for it.
 bool IsRegistered(const std::wstring& progId) {
   CLSID classId;
-  com::Ptr<IUnknown> factory;
-  return SUCCEEDED(CLSIDFromProgID(progId.c_str(), &classId)) &&
-         SUCCEEDED(CoGetClassObject(classId, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, nullptr,
-                                    IID_IUnknown, factory.OutVoid()));
+  if (FAILED(CLSIDFromProgID(progId.c_str(), &classId))) return false;
+  std::array<wchar_t, 40> text{};
+  StringFromGUID2(classId, text.data(), static_cast<int>(text.size()));
+  const std::wstring key = L"CLSID\\" + std::wstring(text.data());
+  return HasKey(key + L"\\InprocServer32") || HasKey(key + L"\\LocalServer32");
+}
+
+std::wstring ReasonOf(const std::wstring& progId, const ComError& error) {
+  if (!IsRegistered(progId)) return L"it is not registered";
+  return error.code() == CO_E_CLASSSTRING || error.code() == REGDB_E_CLASSNOTREG
+             ? L"an object that it needs is not registered"
+             : error.description();
 }
 
 } // namespace
@@ -45,10 +56,7 @@ Object CreateObject(const std::wstring& progId) {
   try {
     return Object::Create(progId.c_str());
   } catch (const ComError& error) {
-    std::wstring why = error.description();
-    if (SaysNotRegistered(error.code()))
-      why = IsRegistered(progId) ? L"an object that it needs is not registered" : L"it is not registered";
-    throw ComError(error.code(), L"bomcall", L"cannot create " + progId + L": " + why);
+    throw ComError(error.code(), L"bomcall", L"cannot create " + progId + L": " + ReasonOf(progId, error));
   }
 }
 

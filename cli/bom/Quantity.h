@@ -1,6 +1,9 @@
 // A quantity that stays exact, however often it is multiplied and divided.
 #pragma once
 
+// The library misses thread-local variables in MinGW's compiler, though it has no use for them here, and says
+// so at length each time.
+#define BOOST_MP_DISABLE_DEPRECATE_03_WARNING
 #include <boost/multiprecision/cpp_int.hpp>
 #include <optional>
 #include <string>

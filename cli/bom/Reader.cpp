@@ -26,11 +26,13 @@ std::wstring Quoted(const std::wstring& text) {
 template <class Read>
 void InPortions(const std::wstring& column, const std::vector<Id>& ids, const Read& read) {
   constexpr size_t kMost = 500;
+  const std::wstring head = L" WHERE " + column + L" IN (";
   for (size_t begin = 0; begin < ids.size(); begin += kMost) {
-    std::wstring list;
+    std::wstring condition = head;
     for (size_t i = begin; i < std::min(begin + kMost, ids.size()); ++i)
-      list.append(list.empty() ? L"" : L",").append(std::to_wstring(ids[i]));
-    read(L" WHERE " + column + L" IN (" + list + L")");
+      condition.append(i == begin ? L"" : L",").append(std::to_wstring(ids[i]));
+    condition += L')';
+    read(condition);
   }
 }
 
