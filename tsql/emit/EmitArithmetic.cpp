@@ -65,13 +65,33 @@ void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const
 
 } // namespace
 
-void Emitter::EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right) {
+void Emitter::EmitStaysInRange(const BoundExpr& expr) {
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  const bool isAdditive = expr.arithmetic == ArithmeticOp::Add || expr.arithmetic == ArithmeticOp::Subtract;
+  if (isAdditive && right.kind == BoundExpr::Kind::Constant && right.constant.integer >= 0) {
+    // There is one end of the range to go over, and the other side tells how far it is.
+    const bool isSum = expr.arithmetic == ArithmeticOp::Add;
+    Emit(left);
+    Text(isSum ? " <= " : " >= ");
+    Number(isSum ? INT32_MAX - right.constant.integer : INT32_MIN + right.constant.integer);
+    return;
+  }
+  EmitBinary(left, ArithmeticSymbol(expr.arithmetic), right);
+  Text(" BETWEEN -2147483648 AND 2147483647");
+}
+
+void Emitter::EmitExpressioned(const BoundExpr& expr) {
+  const TypeId type = expr.type.id;
+  const BoundExpr& left = *expr.args[0];
+  const BoundExpr& right = *expr.args[1];
+  const char* op = ArithmeticSymbol(expr.arithmetic);
   const bool isInline = type == TypeId::Int && IsLeaf(left) && IsLeaf(right);
   if (isInline) {
     // To compute it twice is cheaper than to call a function that checks the range.
     Text("iif(");
-    EmitBinary(left, op, right);
-    Text(" BETWEEN -2147483648 AND 2147483647, ");
+    EmitStaysInRange(expr);
+    Text(", ");
     EmitBinary(left, op, right);
     Text(", ");
   }
@@ -166,9 +186,7 @@ void Emitter::EmitIntegerArithmetic(const BoundExpr& expr) {
   switch (expr.arithmetic) {
   case ArithmeticOp::Add:
   case ArithmeticOp::Subtract:
-  case ArithmeticOp::Multiply:
-    EmitExpressioned(expr.type.id, left, ArithmeticSymbol(expr.arithmetic), right);
-    break;
+  case ArithmeticOp::Multiply: EmitExpressioned(expr); break;
   case ArithmeticOp::Divide:
   case ArithmeticOp::Modulo:
     if (IsNonZeroConstant(right)) {
@@ -241,7 +259,7 @@ void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
   const BoundExpr& right = *expr.args[1];
   const bool additive = expr.arithmetic == ArithmeticOp::Add || expr.arithmetic == ArithmeticOp::Subtract;
   if (additive && IsMoney(expr.type.id)) {
-    EmitExpressioned(expr.type.id, left, ArithmeticSymbol(expr.arithmetic), right);
+    EmitExpressioned(expr);
     return;
   }
   if (additive && !IsWide(expr.type)) {

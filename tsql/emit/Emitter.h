@@ -82,7 +82,10 @@ class Emitter {
   void EmitFloatArithmetic(const BoundExpr& expr);
   void EmitDoubleArithmetic(const BoundExpr& expr);
   void EmitBitwise(const BoundExpr& expr);
-  void EmitExpressioned(TypeId type, const BoundExpr& left, const char* op, const BoundExpr& right);
+  // An operation whose result is checked for its type's range.
+  void EmitExpressioned(const BoundExpr& expr);
+  // The condition under which an operation on two ints needs no check.
+  void EmitStaysInRange(const BoundExpr& expr);
   // As one program for all decimal operations of the expression; false where it is none.
   bool EmitComputed(const BoundExpr& expr);
 

@@ -46,6 +46,11 @@ TEST_F(EmitterTest, TypeNumbersFollowTheArgument) {
 
 TEST_F(EmitterTest, IntegerResultsAreChecked) {
   EXPECT_EQ(Sql("-@i"), "t_range(-?1, 2)");
+  EXPECT_EQ(Sql("@i * @i"),
+            "iif((?1 * ?1) BETWEEN -2147483648 AND 2147483647, (?1 * ?1), t_range((?1 * ?1), 2))");
+  // With a constant the other side tells: one end of the range is 2^31 - 1, the other -2^31.
+  EXPECT_EQ(Sql("@i + 7"), "iif(?1 <= 2147483640, (?1 + 7), t_range((?1 + 7), 2))");
+  EXPECT_EQ(Sql("@i - 8"), "iif(?1 >= -2147483640, (?1 - 8), t_range((?1 - 8), 2))");
   EXPECT_EQ(Sql("@i / 2"), "(?1 / 2)");
   EXPECT_EQ(Sql("@i / @i"), "t_range(t_divide(?1, ?1), 2)");
 }

@@ -78,6 +78,17 @@ TEST_F(TypesTest, DecimalArithmetic) {
             "-199999999999999999998");
 }
 
+TEST_F(TypesTest, TheLastIntBeforeTheRangeEnds) {
+  Must("CREATE TABLE e (n INT NULL) INSERT INTO e VALUES (2147483640), (-2147483640), (NULL)");
+  EXPECT_EQ(Rows("SELECT n + 7 FROM e"), Lines({"2147483647", "-2147483633", "NULL"}));
+  EXPECT_EQ(Rows("SELECT n - 8 FROM e"), Lines({"2147483632", "-2147483648", "NULL"}));
+  EXPECT_EQ(Rows("SELECT n + 0, n - 0 FROM e WHERE n > 0"), Lines({"2147483640|2147483640"}));
+  EXPECT_EQ(Rows("SELECT n + 2147483647 FROM e WHERE n < 0"), Lines({"7"}));
+  EXPECT_EQ(ErrorOf("SELECT n + 8 FROM e"), 8115);
+  EXPECT_EQ(ErrorOf("SELECT n - 9 FROM e"), 8115);
+  EXPECT_EQ(ErrorOf("SELECT n - 2147483647 FROM e WHERE n < 0"), 8115);
+}
+
 TEST_F(TypesTest, NullWithinDecimalArithmetic) {
   const std::string head =
       "DECLARE @n DECIMAL(18,4), @d DECIMAL(38,0) = '99999999999999999999999999999999999999' ";
