@@ -55,7 +55,8 @@ long long Now() noexcept {
 double MillisecondsSince(long long start) noexcept {
   LARGE_INTEGER frequency;
   QueryPerformanceFrequency(&frequency);
-  return static_cast<double>((Now() - start) * 1'000'000 / frequency.QuadPart) / 1000;
+  const long long microseconds = (Now() - start) * 1'000'000 / frequency.QuadPart;
+  return static_cast<double>(microseconds) / 1000;
 }
 
 std::string ClassName(const Log& log, REFCLSID classId) {

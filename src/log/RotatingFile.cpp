@@ -3,24 +3,21 @@
 namespace mbom {
 namespace {
 
-// One process at a time renames files. Without it (no memory, no rights) each still writes its lines.
-class BetweenProcesses {
+// One process at a time writes and renames: where the system does not append in one step, two would write to
+// the same place. Without the mutex (no memory, no rights) each still writes its lines.
+class Turn {
  public:
-  BetweenProcesses() noexcept : mutex_(CreateMutexW(nullptr, FALSE, L"QorvaneMBomBill.log")) {
+  explicit Turn(HANDLE mutex) noexcept : mutex_(mutex) {
     constexpr DWORD kMostMilliseconds = 1000;
-    if (mutex_) {
-      const DWORD answer = WaitForSingleObject(mutex_, kMostMilliseconds);
-      owned_ = answer == WAIT_OBJECT_0 || answer == WAIT_ABANDONED;
-    }
+    if (!mutex_) return;
+    const DWORD answer = WaitForSingleObject(mutex_, kMostMilliseconds);
+    owned_ = answer == WAIT_OBJECT_0 || answer == WAIT_ABANDONED;
   }
-  ~BetweenProcesses() {
+  ~Turn() {
     if (owned_) ReleaseMutex(mutex_);
-    if (mutex_) CloseHandle(mutex_);
   }
-  BetweenProcesses(const BetweenProcesses&) = delete;
-  BetweenProcesses& operator=(const BetweenProcesses&) = delete;
-
-  bool owned() const noexcept { return owned_; }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
 
  private:
   HANDLE mutex_;
@@ -41,14 +38,17 @@ class Exclusive {
 } // namespace
 
 RotatingFile::RotatingFile(std::wstring path, uint64_t most)
-    : path_(std::move(path)), older_(path_ + L".1"), most_(most) {}
+    : path_(std::move(path)), older_(path_ + L".1"), most_(most),
+      mutex_(CreateMutexW(nullptr, FALSE, L"QorvaneMBomBill.log")) {}
 
 RotatingFile::~RotatingFile() {
   Close();
+  if (mutex_) CloseHandle(mutex_);
 }
 
 void RotatingFile::Append(std::string_view line) noexcept {
   const Exclusive alone(lock_);
+  const Turn turn(mutex_);
   if (!Open()) return;
   if (Full()) Rotate();
   if (!Open()) return;
@@ -79,8 +79,6 @@ bool RotatingFile::Full() const noexcept {
 }
 
 void RotatingFile::Rotate() noexcept {
-  const BetweenProcesses turn;
-  if (!turn.owned()) return;
   // Another process may have renamed the file meanwhile: then the one with its name is another, and not full.
   Close();
   if (!Open() || !Full()) return;

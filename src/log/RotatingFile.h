@@ -21,7 +21,7 @@ class RotatingFile {
   RotatingFile(const RotatingFile&) = delete;
   RotatingFile& operator=(const RotatingFile&) = delete;
 
-  // Adds a line with its end in one write, so that lines of several threads and processes stay whole.
+  // Adds a line with its end. Lines of several threads and processes stay whole.
   void Append(std::string_view line) noexcept;
 
  private:
@@ -34,6 +34,7 @@ class RotatingFile {
   const std::wstring older_;
   const uint64_t most_;
   SRWLOCK lock_ = SRWLOCK_INIT;
+  HANDLE mutex_; // of all processes; null where it cannot be had
   HANDLE file_ = INVALID_HANDLE_VALUE;
   uint64_t retry_ = 0; // of GetTickCount64: not opened before
 };
