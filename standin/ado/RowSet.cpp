@@ -61,8 +61,9 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type) {
     break;
   }
   case Kind::Bytes: {
+    // Of no bytes there may be no address, which memcpy may not have.
     void* place = arena_.Allocate(value.text.size());
-    std::memcpy(place, value.text.data(), value.text.size());
+    std::ranges::copy(value.text, static_cast<char*>(place));
     cell.data = place;
     cell.size = static_cast<uint32_t>(value.text.size());
     break;
