@@ -8,6 +8,7 @@
 // before it is made.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -390,8 +391,10 @@ TEST(HostileCalls, NeitherEndNorWearOutTheProcess) {
     EXPECT_GT(generator.raised(), generator.calls() / 200);
     EXPECT_EQ(HostileObject::alive, 0) << "an argument is still held";
     const long after = HeapBlocks();
-    // One block in a hundred calls would show.
-    if (round > 0 && after > before + static_cast<long>(calls / kRounds / 100)) ++growing;
+    // One block in a hundred calls would show, but for the tens that first calls of something leave for later
+    // ones while there were few.
+    constexpr long kKeptByFirstCalls = 64;
+    if (round > 0 && after > before + std::max<long>(calls / kRounds / 100, kKeptByFirstCalls)) ++growing;
     std::printf("round %u: %u calls, %u succeeded, %u raised, %ld blocks\n", round, generator.calls(),
                 generator.succeeded(), generator.raised(), after);
     before = after;
