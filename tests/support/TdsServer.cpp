@@ -100,7 +100,12 @@ void TdsServer::Signal(const std::wstring& name) const {
   int process = 0;
   std::ifstream(com::ToUtf8(folder_ + L"\\port")) >> process >> process;
   const std::wstring sent = folder_ + L"\\sent";
-  RunInShell(L"kill -" + name + L" " + std::to_wstring(process) + L"; : >'" + UnixPath(folder_) + L"/sent'");
+  std::wstring command = L"kill -" + name + L" " + std::to_wstring(process);
+  // A thread may go on for a moment until the signal reaches it.
+  if (name == L"STOP")
+    command += L"; while grep -h ^State: /proc/" + std::to_wstring(process) +
+               L"/task/*/status | grep -qv T; do sleep 0.01; done";
+  RunInShell(command + L"; : >'" + UnixPath(folder_) + L"/sent'");
   WaitFor("nobody sends a signal", [&] { return DeleteFileW(sent.c_str()) != 0; });
 }
 

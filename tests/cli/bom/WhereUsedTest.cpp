@@ -9,6 +9,7 @@ namespace {
 
 std::vector<std::wstring> Shown(const std::vector<Use>& uses) {
   std::vector<std::wstring> result;
+  result.reserve(uses.size());
   for (const Use& use : uses)
     result.push_back(std::to_wstring(use.level) + L" " + (use.bom ? use.bom->number : L"none"));
   return result;
