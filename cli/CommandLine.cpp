@@ -30,6 +30,7 @@ struct Parsed {
   bool vertical = false;
   bool noHost = false;
   bool version = false;
+  bool check = false;
   bool dot = false;
   bool html = false;
 };
@@ -75,6 +76,7 @@ void AddOptions(CLI::App& app, Parsed& parsed, CommandLine& line) {
   app.allow_windows_style_options(false);
   app.add_option("-h,--help", parsed.help)->expected(0, 1);
   app.add_option("--list", parsed.list)->expected(0, 1);
+  app.add_flag("--check", parsed.check);
   app.add_flag("--version", parsed.version);
   CLI::Option* dsn = app.add_option("--dsn", parsed.dsn);
   app.add_option("-c,--connection", parsed.connection)->excludes(dsn);
@@ -173,6 +175,8 @@ CommandLine ParseCommandLine(const std::vector<std::wstring>& arguments) {
     line.helpTopic = bom->parsed() ? L"bom" : com::FromUtf8(parsed.help);
   } else if (parsed.version) {
     line.action = Action::Version;
+  } else if (parsed.check) {
+    line.action = Action::Check;
   } else if (app.count("--list") > 0) {
     line.action = Action::List;
     line.className = com::FromUtf8(parsed.list.empty() ? parsed.target : parsed.list);

@@ -18,7 +18,7 @@ struct UsageError : std::runtime_error {
   explicit UsageError(const std::wstring& text) : std::runtime_error(com::ToUtf8(text)) {}
 };
 
-enum class Action : uint8_t { Call, List, Help, Version, Batch, Bom };
+enum class Action : uint8_t { Call, List, Check, Help, Version, Batch, Bom };
 enum class Format : uint8_t { Text, Json, Csv, Vertical };
 
 struct NamedText {

@@ -6,6 +6,8 @@ const char kUsage[] =
     R"(bomcall calls a method of QorvaneMBomBill by name.
 
   bomcall --list [CLASS]                          the classes, their methods and parameters
+  bomcall --check                                 makes an object of each outside class and of each
+                                                  of the component's: which one is missing?
   bomcall --help CLASS.METHOD                     one method and its parameters
   bomcall [OPTION…] CLASS.METHOD [NAME=VALUE…]    calls the method and shows the result
   bomcall [OPTION…] --batch FILE.jsonl            calls from a file, on one object a class
@@ -39,8 +41,8 @@ whoever can read the file: keep any there at your own risk.
 
 On a terminal lines are cut to its width and headers are bold; NO_COLOR=1 leaves them plain.
 
-Exit status: 0 the call was made, 1 it raised an error, 2 the command line is wrong, 3 a condition
-of --fail-if holds.
+Exit status: 0 the call was made, 1 it raised an error or --check found something missing, 2 the
+command line is wrong, 3 a condition of --fail-if holds.
 )";
 
 const char kBomUsage[] =

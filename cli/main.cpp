@@ -10,6 +10,7 @@
 #include "cli/Call.h"
 #include "cli/Connections.h"
 #include "cli/Console.h"
+#include "cli/Machine.h"
 #include "cli/Progress.h"
 #include "cli/Show.h"
 #include "cli/Usage.h"
@@ -83,8 +84,13 @@ int Run(const CommandLine& line) {
     else
       Print(stdout, ShowHelp(ReadClassDescriptions(), line.helpTopic));
     return 0;
-  case Action::Version: bomcall::Print(stdout, "bomcall 1.0.0\n"); return 0;
+  case Action::Version: bomcall::Print(stdout, "bomcall " BOMCALL_VERSION "\n"); return 0;
   case Action::List: Print(stdout, ShowClasses(ReadClassDescriptions(), line.className)); return 0;
+  case Action::Check: {
+    const std::vector<TriedClass> classes = TryClasses();
+    Print(stdout, ShowGrid(GridOf(classes), line.format, style));
+    return AllThere(classes) ? 0 : kRaised;
+  }
   case Action::Batch: return RunBatchFile(line, style);
   case Action::Bom: {
     const bom::ReportResult report = bom::MakeReport(line, DescriptorOf(line), style.width, style.coloured);

@@ -18,7 +18,7 @@ _bomcall_parameters() {
 
 _bomcall() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} target= i
-  local options='--list --help --version --batch --keep-going --dsn --connection --lang --encoding --json --csv
+  local options='--list --check --help --version --batch --keep-going --dsn --connection --lang --encoding --json --csv
     --vertical --columns --fail-if --trace --no-host'
   COMPREPLY=()
   case $before in

@@ -19,7 +19,7 @@ Register-ArgumentCompleter -Native -CommandName bomcall, bomcall.exe -ScriptBloc
   $before = @($commandAst.CommandElements | Select-Object -Skip 1 | ForEach-Object { "$_" } |
       Where-Object { $_ -ne $word })
   $target = $before | Where-Object { $_ -match '^[A-Za-z]\w*\.\w+$' -or $_ -eq 'bom' } | Select-Object -Last 1
-  $options = '--list', '--help', '--version', '--batch', '--keep-going', '--dsn', '--connection', '--lang', '--encoding',
+  $options = '--list', '--check', '--help', '--version', '--batch', '--keep-going', '--dsn', '--connection', '--lang', '--encoding',
     '--json', '--csv', '--vertical', '--columns', '--fail-if', '--trace', '--no-host'
   $offered = if ($before.Count -gt 0 -and $before[-1] -eq '--lang') { 'chs', 'cht', 'en' }
   elseif ($before.Count -gt 0 -and $before[-1] -eq '--encoding') { 'utf-8', 'gbk' }

@@ -26,6 +26,7 @@ TEST(CommandLine, ReadsACall) {
 TEST(CommandLine, ReadsTheOtherActions) {
   EXPECT_EQ(ParseCommandLine({L"--list"}).action, Action::List);
   EXPECT_EQ(ParseCommandLine({L"--list", L"BomView"}).className, L"BomView");
+  EXPECT_EQ(ParseCommandLine({L"--check"}).action, Action::Check);
   EXPECT_EQ(ParseCommandLine({L"--help"}).action, Action::Help);
   EXPECT_EQ(ParseCommandLine({L"--version"}).action, Action::Version);
 }

@@ -27,6 +27,8 @@ expect "a COM error" "$(status_of bomcall BomUpdate.UpdateIcBomStatus "lBomNumbe
 expect "a wrong command line" "$(status_of bomcall BomUpdate)" 2
 expect "an unknown method" "$(status_of bomcall BomUpdate.Nothing)" 2
 expect "the hint" "$(bomcall BomUpdate 2>&1 >/dev/null </dev/null | tail -n 1)" "bomcall --help tells how it is used."
+expect "--check" "$(status_of bomcall --check)" 0
+expect "--version" "$(bomcall --version </dev/null)" "bomcall $(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
 expect "--list" "$(bomcall --list </dev/null | grep -c '^[A-Za-z]')" 11
 
 message=$(bomcall --lang chs --json BomUpdate.EndSave 'SaveVect=[{"FInterID": 1008}]' </dev/null |
