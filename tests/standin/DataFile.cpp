@@ -16,6 +16,8 @@ DataFile::DataFile(int number) {
   std::wstring temporary(MAX_PATH, L'\0');
   temporary.resize(GetTempPathW(MAX_PATH, temporary.data()));
   folder_ = temporary + L"standin" + std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(++last);
+  // An earlier process of this number may have left a file that was open at its end.
+  Remove();
   CreateDirectoryW(folder_.c_str(), nullptr);
   Silence sink;
   tsql::Session::Open(tsql::Database::Open(com::ToUtf8(path()), tsql::OpenMode::Create))
@@ -25,6 +27,10 @@ DataFile::DataFile(int number) {
 }
 
 DataFile::~DataFile() {
+  Remove();
+}
+
+void DataFile::Remove() const {
   for (const wchar_t* suffix : {L"", L"-wal", L"-shm"}) DeleteFileW((path() + suffix).c_str());
   RemoveDirectoryW(folder_.c_str());
 }

@@ -34,6 +34,8 @@ class DataFile {
   bool IsOpen() const;
 
  private:
+  void Remove() const;
+
   std::wstring folder_;
 };
 
