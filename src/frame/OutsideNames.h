@@ -125,10 +125,10 @@ inline constexpr wchar_t kCreateParameter[] = L"CreateParameter";
 inline constexpr wchar_t kAppend[] = L"Append";
 } // namespace ado
 
-// All of them by ProgID: what a machine has to have. The procedure log may be missing.
+// What a machine has to have, by ProgID. The procedure log is not among them: without it nothing is logged.
 inline constexpr const wchar_t* kProgIds[] = {
-    global::kProgId,  dictionary::kProgId, vector::kProgId,      foundation::kProgId, loader::kProgId,
-    factory::kProgId, security::kProgId,   profile::kProgId,     codeRule::kProgId,   billPackage::kProgId,
-    log::kProgId,     ado::kCommandProgId, ado::kRecordsetProgId};
+    global::kProgId,   dictionary::kProgId,  vector::kProgId,     foundation::kProgId,
+    loader::kProgId,   factory::kProgId,     security::kProgId,   profile::kProgId,
+    codeRule::kProgId, billPackage::kProgId, ado::kCommandProgId, ado::kRecordsetProgId};
 
 } // namespace mbom::outside

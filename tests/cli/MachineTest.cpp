@@ -31,15 +31,16 @@ TEST(Machine, SaysWhichObjectIsMissing) {
   auto* const registerAgain = reinterpret_cast<HRESULT STDAPICALLTYPE (*)()>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ErpStandIn.dll"), "DllRegisterServer")));
   ASSERT_NE(registerAgain, nullptr);
-  ASSERT_EQ(RegDeleteTreeW(HKEY_CLASSES_ROOT, L"VexoLogMsg.Log"), ERROR_SUCCESS);
+  ASSERT_EQ(RegDeleteTreeW(HKEY_CLASSES_ROOT, L"QorvaneBillDataAccess.clsBillPackage"), ERROR_SUCCESS);
   const std::vector<TriedClass> classes = TryClasses();
   ASSERT_EQ(registerAgain(), S_OK);
   EXPECT_FALSE(AllThere(classes));
   for (const TriedClass& tried : classes)
-    EXPECT_EQ(tried.error.empty(), tried.progId != L"VexoLogMsg.Log") << com::ToUtf8(tried.progId);
-  const TriedClass* const log = Find(classes, L"VexoLogMsg.Log");
-  ASSERT_NE(log, nullptr);
-  EXPECT_EQ(log->error, L"cannot create VexoLogMsg.Log: it is not registered");
+    EXPECT_EQ(tried.error.empty(), tried.progId != L"QorvaneBillDataAccess.clsBillPackage")
+        << com::ToUtf8(tried.progId);
+  const TriedClass* const package = Find(classes, L"QorvaneBillDataAccess.clsBillPackage");
+  ASSERT_NE(package, nullptr);
+  EXPECT_EQ(package->error, L"cannot create QorvaneBillDataAccess.clsBillPackage: it is not registered");
   EXPECT_NE(TableOf(GridOf(classes), 0, false).find(L"it is not registered"), std::wstring::npos);
 }
 
