@@ -63,10 +63,7 @@ detached() (
 ) </dev/null >/dev/null 2>&1
 
 wine_env() {
-  # The loader itself: Debian's wrapper complains about the 32-bit one, which nothing here needs.
-  for WINE in /usr/lib/wine/wine64 "$(command -v wine64 || true)" "$(command -v wine || true)" ''; do
-    if [[ -x $WINE ]]; then break; fi
-  done
+  WINE=$(loader "$PRESET")
   [[ $WINE ]] || die "Wine is missing: run tools/setup"
   # The prefix in which the build's DLLs are registered. The two releases share one, as they would a Windows: each
   # width has its own view of the registry there.
@@ -85,6 +82,20 @@ wine_env() {
 
 # Wine runs 32-bit programs if the package wine32 is there.
 have_wine32() { [[ -x /usr/lib/wine/wine ]]; }
+
+# loader ARCH: Wine's loader for programs of that width, and not Debian's wrapper, which complains about the 32-bit one.
+# Either starts programs of the other width too, but by way of a third program: that takes half a second more, and once
+# in a few hundred times it ends with 1 and has started nothing.
+loader() {
+  local file
+  if [[ $1 == x86 ]] && have_wine32; then
+    echo /usr/lib/wine/wine
+    return
+  fi
+  for file in /usr/lib/wine/wine64 "$(command -v wine64 || true)" "$(command -v wine || true)"; do
+    if [[ -x $file ]]; then echo "$file" && return; fi
+  done
+}
 
 # Ends with exit code 77, which test runners know as "skipped", if this machine cannot run the build's programs.
 runs_here() {

@@ -130,7 +130,7 @@ done
 in_width() {
   local folder=system32
   if [[ $1 == x86 ]]; then folder=syswow64; fi
-  "$WINE" "C:\\windows\\$folder\\$2.exe" "${@:3}" </dev/null 2>/dev/null
+  "$(loader "$1")" "C:\\windows\\$folder\\$2.exe" "${@:3}" </dev/null 2>/dev/null
 }
 # installer ARCH ARG…: on Windows either width's program installs both; Wine's writes ProgIDs of the other width elsewhere.
 installer() { in_width "$1" msiexec "${@:2}" /qn; }
@@ -210,9 +210,9 @@ for arch in x64 x86; do
   in_width $arch regsvr32 /s "$folder/standin/ErpStandIn.dll" || die "regsvr32 ErpStandIn.dll"
   database=$work/factory-$arch.db
   (cd "$folder/standin/database" &&
-    "$WINE" ../../dbsetup.exe --new "Z:$database" schema.sql procedures.sql factory.sql ecn.sql browsing.sql) </dev/null >/dev/null || die "dbsetup"
+    "$(loader $arch)" ../../dbsetup.exe --new "Z:$database" schema.sql procedures.sql factory.sql ecn.sql browsing.sql) </dev/null >/dev/null || die "dbsetup"
   descriptor="Provider=Embedded;Data Source=Z:$database;User ID=16401;Language=en"
-  boms=$("$WINE" "$folder/tsqlsh.exe" --tsv "Z:$database" 2>/dev/null <<<"SET NOCOUNT ON
+  boms=$("$(loader $arch)" "$folder/tsqlsh.exe" --tsv "Z:$database" 2>/dev/null <<<"SET NOCOUNT ON
 SELECT FBOMNumber, CASE FStatus WHEN 0 THEN 'Not audited' ELSE 'Audited' END FROM ICBOM ORDER BY FInterID" | tr -d '\r' | tail -n +2 | grep . | tr '\t' ' ' | sort)
   (($(wc -l <<<"$boms") > 10)) || die "the database has no BOMs: $boms"
   # The error's source cannot be seen from JScript.
@@ -226,7 +226,7 @@ SELECT FBOMNumber, CASE FStatus WHEN 0 THEN 'Not audited' ELSE 'Audited' END FRO
     in_width $arch cscript //nologo "Z:$folder/examples/ListBoms.vbs" "$descriptor" >"$work/vbs" || die "ListBoms.vbs of $arch"
     in_width $arch cscript //nologo "Z:$folder/examples/ListBoms.js" "$descriptor" | sed "s/^Error: [^\r]*/&$from/" >"$work/js" ||
       die "ListBoms.js of $arch"
-    "$WINE" "$work/ListBoms-$arch.exe" "$descriptor" </dev/null >"$work/cpp" 2>/dev/null || die "ListBoms.exe of $arch"
+    "$(loader $arch)" "$work/ListBoms-$arch.exe" "$descriptor" </dev/null >"$work/cpp" 2>/dev/null || die "ListBoms.exe of $arch"
     for language in vbs js cpp; do
       tr -d '\r' <"$work/$language" >"$work/said"
       [[ $(head -n -2 "$work/said" | sort) == "$boms" && $(tail -n 2 "$work/said") == "$said$from" ]] ||
@@ -234,7 +234,7 @@ SELECT FBOMNumber, CASE FStatus WHEN 0 THEN 'Not audited' ELSE 'Audited' END FRO
     done
   }
   examples
-  "$WINE" "$folder/bomcall.exe" --list BomUpdate </dev/null 2>/dev/null | grep '^  EndSave(' >/dev/null || die "bomcall of $arch"
+  "$(loader $arch)" "$folder/bomcall.exe" --list BomUpdate </dev/null 2>/dev/null | grep '^  EndSave(' >/dev/null || die "bomcall of $arch"
 
   # Repaired: a file that was deleted, one that was spoiled, and what COM has lost.
   rm "$dll" "$folder/examples/ListBoms.vbs"

@@ -25,7 +25,7 @@ copy() {
 in_width() {
   local folder=system32
   if [[ $1 == x86 ]]; then folder=syswow64; fi
-  "$WINE" "C:\\windows\\$folder\\$2.exe" "${@:3}" </dev/null 2>/dev/null
+  "$(loader "$1")" "C:\\windows\\$folder\\$2.exe" "${@:3}" </dev/null 2>/dev/null
 }
 register() { in_width "$1" regsvr32 /s "$2" || die "regsvr32 $2"; }
 remove() { in_width "$1" regsvr32 /s /u "$2" || die "regsvr32 /u $2"; }
