@@ -130,10 +130,10 @@ class Generator {
     case 5: return chance_.OneIn(3) ? Variant(INT32_MIN) : Variant(static_cast<int32_t>(chance_.Below(8)));
     case 6: return chance_.OneIn(3) ? 1e300 : -0.5;
     case 7: return Variant::Date(chance_.OneIn(2) ? 1e15 : 46000.25);
-    case 8: return MakeVector({1, L"two", Variant::Null()});
+    case 8: return NewVector({1, L"two", Variant::Null()});
     case 9:
-      return MakeVector({MakeDictionary({{L"FInterID", 1}}), MakeDictionary({{L"UseStatusChange", true}})});
-    case 10: return MakeDictionary({{L"FInterID", AnyText()}, {L"FItemID", 3}, {L"Entry", MakeVector({})}});
+      return NewVector({NewDictionary({{L"FInterID", 1}}), NewDictionary({{L"UseStatusChange", true}})});
+    case 10: return NewDictionary({{L"FInterID", AnyText()}, {L"FItemID", 3}, {L"Entry", NewVector({})}});
     case 11: return com::Object(com::Ptr<IDispatch>(new HostileObject(*this)));
     case 12: return AnyArray();
     case 13:
@@ -142,8 +142,8 @@ class Generator {
     case 14: return Variant::FromUnknown(nullptr);
     case 15: return Object();
     case 16:
-      return MakeDictionary(
-          {{L"FInterID", 1}, {L"BOMNumber", L"B9"}, {L"Entry", MakeVector({MakeDictionary({})})}});
+      return NewDictionary(
+          {{L"FInterID", 1}, {L"BOMNumber", L"B9"}, {L"Entry", NewVector({NewDictionary({})})}});
     case 17: return static_cast<int32_t>(chance_.Below(5));
     default: return AnyText();
     }
@@ -201,14 +201,35 @@ class Generator {
     return Variant::Attach(array);
   }
 
+  // The classes are looked up once: in the registry that takes longer than most calls.
+  Object New(const wchar_t* progId) {
+    auto known = classes_.find(progId);
+    if (known == classes_.end()) known = classes_.emplace(progId, com::ObjectClass(progId)).first;
+    return known->second.Create();
+  }
+
+  Object NewDictionary(std::initializer_list<std::pair<const wchar_t*, Variant>> items) {
+    Object dictionary = New(L"ruvo10.Dictionary");
+    for (const auto& [key, value] : items) dictionary.Put(L"Value", key, value);
+    return dictionary;
+  }
+
+  Object NewVector(std::initializer_list<Variant> items) {
+    Object vector = New(L"ruvo10.Vector");
+    for (const Variant& item : items) vector.Call(L"Add", item);
+    return vector;
+  }
+
   // New objects of all classes in place of the ones so far.
   void Renew() {
     if (depth_ > 0) return;
     targets_.clear();
     if (gathered_.size() > 20) gathered_.clear();
     for (const com::ClassEntry& entry : PublicClasses()) {
-      const std::wstring name = std::wstring(entry.progId).substr(std::wstring(entry.progId).find(L'.') + 1);
-      targets_.push_back({chance_.OneIn(2) ? Hosted(name.c_str()) : Unhosted(name.c_str()), targets_.size()});
+      const Object object = chance_.OneIn(2)
+                                ? New(L"ErpStandIn.Host").Call(L"CreateObject", entry.progId).AsObject()
+                                : New(entry.progId);
+      targets_.push_back({object, targets_.size()});
     }
     for (const wchar_t* progId :
          {L"ruvo10.Dictionary", L"ruvo10.Vector", L"ruvo10.Global", L"TarnelResLoader.Loader",
@@ -216,8 +237,8 @@ class Generator {
           L"QorvaneWoskBase.SystemProfile", L"VexoLogMsg.Log", L"QorvaneMBillCodeRule.clsBillCodeRule",
           L"QorvaneBillDataAccess.clsBillPackage", L"ErpStandIn.Host", L"ErpStandIn.Trace",
           L"ADODB.Connection", L"ADODB.Recordset", L"ADODB.Command", L"ADODB.Parameter"})
-      targets_.push_back({Object::Create(progId), targets_.size()});
-    const Object connection = Object::Create(L"ADODB.Connection");
+      targets_.push_back({New(progId), targets_.size()});
+    const Object connection = New(L"ADODB.Connection");
     connection.Call(L"Open", dsn_);
     connection.Put(L"CommandTimeout", 1);
     const Variant rows = connection.Call(L"Execute", L"SELECT 1 AS a, 'x' AS b UNION SELECT 2, NULL");
@@ -323,6 +344,7 @@ class Generator {
   Chance chance_;
   std::wstring dsn_;
   bool trace_;
+  std::map<std::wstring, com::ObjectClass> classes_;
   uint32_t calls_ = 0;
   uint32_t succeeded_ = 0;
   uint32_t raised_ = 0; // by the object, not by its dispatcher
