@@ -1,11 +1,9 @@
-// The engine against the same work written by hand with SQLite's C API, on tables of the same rows, both in
-// memory. Repetitions of the two alternate and the best of each counts, because a busy machine only ever adds
-// time. tsql_bench [REPETITIONS]
+// The engine beside the same work written by hand with SQLite's C API, on tables of the same rows, both in
+// memory. tsql_bench [TURNS]
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/SideBySide.h"
 #include "tsql/Script.h"
 #include "tsql/tsql.h"
 
@@ -31,9 +30,10 @@ constexpr int64_t kScale = 10000; // decimal(18,4), by hand an integer
 }
 
 double Seconds(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  return bench::SecondsOf([&] {
+    work();
+    return 0;
+  });
 }
 
 // ---- the two sides
@@ -182,54 +182,37 @@ void Fill(Engine& engine, Hand& hand) {
 
 // ---- measuring
 
-struct Pair {
-  double engine = 1e9;
-  double hand = 1e9;
-};
-
-void Show(const char* what, const Pair& best, double perUnit, const char* unit, double aim) {
-  const double ratio = best.engine / best.hand;
-  std::printf("%-44s %9.2f %-4s %9.2f %-4s %6.2fx", what, best.engine * perUnit, unit, best.hand * perUnit,
-              unit, ratio);
-  if (aim > 0) std::printf("   aim %.1fx %s", aim, ratio <= aim ? "met" : "MISSED");
-  std::printf("\n");
+bench::RowName Named(const char* what, double aim) {
+  return {what, "SQLite by hand", {.ratio = aim}};
 }
 
-Pair Alternate(int repetitions, const std::function<void()>& before, const std::function<void()>& engine,
-               const std::function<void()>& hand) {
-  Pair best;
-  for (int i = 0; i < repetitions; ++i) {
-    before();
-    best.engine = std::min(best.engine, Seconds(engine));
-    best.hand = std::min(best.hand, Seconds(hand));
-  }
-  return best;
-}
-
-void PointSelects(Engine& engine, Hand& hand, int repetitions) {
+void PointSelects(Engine& engine, Hand& hand, int turns) {
   std::vector<tsql::Parameter> parameters(1);
   parameters[0].name = "@id";
   parameters[0].type.id = tsql::TypeId::Int;
   parameters[0].value.kind = tsql::Value::Kind::Integer;
   sqlite3_stmt* select = hand.Prepare("SELECT name, qty, item FROM t WHERE id = ?");
-  const Pair best = Alternate(
-      repetitions, [] {},
+  bench::SideBySide(
+      Named("point select, plan reused", 2), turns, kCalls,
       [&] {
-        for (int i = 0; i < kCalls; ++i) {
-          parameters[0].value.integer = i * 37 % kRows + 1;
-          engine.Run("SELECT name, qty, item FROM t WHERE id = @id", parameters);
-        }
+        return Seconds([&] {
+          for (int i = 0; i < kCalls; ++i) {
+            parameters[0].value.integer = i * 37 % kRows + 1;
+            engine.Run("SELECT name, qty, item FROM t WHERE id = @id", parameters);
+          }
+        });
       },
       [&] {
-        for (int i = 0; i < kCalls; ++i) {
-          sqlite3_bind_int64(select, 1, i * 37 % kRows + 1);
-          hand.StepAll(select);
-        }
+        return Seconds([&] {
+          for (int i = 0; i < kCalls; ++i) {
+            sqlite3_bind_int64(select, 1, i * 37 % kRows + 1);
+            hand.StepAll(select);
+          }
+        });
       });
-  Show("point select, plan reused", best, 1e6 / kCalls, "us", 2);
 }
 
-void Bulk(Engine& engine, Hand& hand, int repetitions) {
+void Bulk(Engine& engine, Hand& hand, int turns) {
   struct Work {
     const char* what;
     const char* before; // on both
@@ -238,41 +221,44 @@ void Bulk(Engine& engine, Hand& hand, int repetitions) {
     double aim;
   };
   constexpr Work kWorks[] = {
-      {"INSERT ... SELECT of 100,000 rows", "DELETE FROM u",
+      {"INSERT ... SELECT of 100000 rows", "DELETE FROM u",
        "INSERT INTO u (id, item, qty, name) SELECT id, item, qty, name FROM t",
        "INSERT INTO u (id, item, qty, name) SELECT id, item, qty, name FROM t", 1.5},
-      {"  ... computing a decimal(18,4)", "DELETE FROM u",
+      {"INSERT ... SELECT computing a decimal(18,4)", "DELETE FROM u",
        "INSERT INTO u (id, item, qty, name) SELECT id, item + 1, qty * 2 + 1, name FROM t",
        "INSERT INTO u (id, item, qty, name) SELECT id, item + 1, qty * 2 + 10000, name FROM t", 1.5},
-      {"  ... computing a decimal(28,10)", "DELETE FROM w", "INSERT INTO w SELECT id, wide * 2 + 1 FROM t",
-       "INSERT INTO w SELECT id, double_and_one(wide) FROM t", 1.5},
-      {"UPDATE ... FROM a join of 100,000 rows",
+      {"INSERT ... SELECT computing a decimal(28,10)", "DELETE FROM w",
+       "INSERT INTO w SELECT id, wide * 2 + 1 FROM t", "INSERT INTO w SELECT id, double_and_one(wide) FROM t",
+       1.5},
+      {"UPDATE ... FROM a join of 100000 rows",
        "DELETE FROM u; INSERT INTO u (id, item, qty, name) SELECT id, item, 0, name FROM t",
        "UPDATE a SET a.qty = b.qty FROM u a INNER JOIN t b ON a.id = b.id",
        "UPDATE u SET qty = t.qty FROM t WHERE t.id = u.id", 1.5},
-      {"grouped select over 100,000 rows", "",
+      {"grouped select over 100000 rows", "",
        "SELECT item, COUNT(*), SUM(qty), MAX(id) FROM t GROUP BY item ORDER BY item",
        "SELECT item, COUNT(*), SUM(qty), MAX(id) FROM t GROUP BY item ORDER BY item", 1.5},
-      {"  ... by text, with MAX of text", "",
+      {"grouped select by text, with MAX of text", "",
        "SELECT SUBSTRING(name, 1, 14), COUNT(*), MAX(name) FROM t GROUP BY SUBSTRING(name, 1, 14) ORDER BY 1",
        "SELECT substr(name, 1, 14), COUNT(*), MAX(name) FROM t GROUP BY substr(name, 1, 14) COLLATE NOCASE "
        "ORDER BY 1",
        0}};
   for (const Work& work : kWorks) {
     sqlite3_stmt* statement = hand.Prepare(work.hand);
-    const Pair best = Alternate(
-        repetitions,
+    bench::SideBySide(
+        Named(work.what, work.aim), turns, 1,
         [&] {
           engine.Run(work.before);
-          hand.Run(work.before);
+          return Seconds([&] { engine.Run(work.engine); });
         },
-        [&] { engine.Run(work.engine); }, [&] { hand.StepAll(statement); });
-    Show(work.what, best, 1e3, "ms", work.aim);
+        [&] {
+          hand.Run(work.before);
+          return Seconds([&] { hand.StepAll(statement); });
+        });
   }
 }
 
-void Loops(Engine& engine, Hand& hand, int repetitions) {
-  constexpr int kCopies = 10; // of the statement, so that it outweighs the loop
+void Loops(Engine& engine, Hand& hand, int turns) {
+  constexpr int kCopies = 100; // of the statement, so that it outweighs the loop
   constexpr int kPasses = kCalls / kCopies;
   const std::string head = "DECLARE @i INT SET @i = 0 WHILE @i < " + std::to_string(kPasses) + " BEGIN ";
   const std::string tail = " SET @i = @i + 1 END";
@@ -297,24 +283,23 @@ void Loops(Engine& engine, Hand& hand, int repetitions) {
   for (const Work& work : kWorks) {
     sqlite3_stmt* statement = hand.Prepare(work.hand);
     const bool hasParameter = sqlite3_bind_parameter_count(statement) > 0;
-    Pair best;
     std::string copies = "DECLARE @n INT";
     for (int i = 0; i < kCopies; ++i) copies += std::string(" ") + work.engine;
-    double empty = 1e9;
-    double full = 1e9;
-    for (int i = 0; i < repetitions; ++i) {
-      // The loop alone is taken off: what remains is the statement.
-      empty = std::min(empty, timeOf("DECLARE @n INT"));
-      full = std::min(full, timeOf(copies));
-      best.hand = std::min(best.hand, Seconds([&] {
-                             for (int n = 0; n < kCalls; ++n) {
-                               if (hasParameter) sqlite3_bind_int64(statement, 1, n);
-                               (hand.*work.step)(statement);
-                             }
-                           }));
-    }
-    best.engine = full - empty;
-    Show(work.what, best, 1e6 / kCalls, "us", work.aim);
+    bench::SideBySide(
+        Named(work.what, work.aim), turns, kCalls,
+        [&] {
+          // The loop alone is taken off: what remains is the statement.
+          const double empty = timeOf("DECLARE @n INT");
+          return timeOf(copies) - empty;
+        },
+        [&] {
+          return Seconds([&] {
+            for (int n = 0; n < kCalls; ++n) {
+              if (hasParameter) sqlite3_bind_int64(statement, 1, n);
+              (hand.*work.step)(statement);
+            }
+          });
+        });
   }
 }
 
@@ -325,7 +310,7 @@ std::string ReadText(const std::string& path) {
 }
 
 // A text that was never seen is compiled; the difference to the same text again is the compilation.
-void Compiling(int repetitions) {
+void Compiling(int turns) {
   const std::string root = TSQL_SOURCE_DIR;
   const auto session = tsql::Session::Open(tsql::Database::Open(":memory:compile", tsql::OpenMode::Create));
   Reader reader;
@@ -343,18 +328,19 @@ void Compiling(int repetitions) {
       {"an update from a join", "CEcnInfo.EndSave.snapshot"},
       {"the line ledger: 13 joins", "BomView.GetBomEntryLdgInfo"},
       {"the group tree: a batch of 17 statements", "BomView.GetBomGroupList.all"}};
-  std::printf("\ncompiling                                           first time       again\n");
   int unique = 0;
   for (const Statement& statement : kStatements) {
     const std::string text = ReadText(root + "/statements/" + statement.file + ".sql");
-    double first = 1e9;
-    double again = 1e9;
-    for (int i = 0; i < repetitions * 3; ++i) {
-      const std::string fresh = "--" + std::to_string(++unique) + "\n" + text;
-      first = std::min(first, Seconds([&] { session->Execute(fresh, {}, reader); }));
-      again = std::min(again, Seconds([&] { session->Execute(fresh, {}, reader); }));
+    std::string fresh;
+    const auto run = [&] { return Seconds([&] { session->Execute(fresh, {}, reader); }); };
+    std::vector<double> first;
+    std::vector<double> again;
+    for (int i = 0; i < turns * 3; ++i) {
+      fresh = "--" + std::to_string(++unique) + "\n" + text;
+      first.push_back(run());
+      again.push_back(run());
     }
-    std::printf("%-50s %8.0f us %8.0f us\n", statement.what, first * 1e6, again * 1e6);
+    bench::PrintRow({std::string("compiled and run: ") + statement.what, "run again", {}}, first, again);
   }
 }
 
@@ -362,14 +348,13 @@ void Compiling(int repetitions) {
 
 int main(int argc, char** argv) {
   constexpr int kRepetitions = 9;
-  const int repetitions = argc > 1 ? std::max(std::atoi(argv[1]), 1) : kRepetitions;
+  const int turns = argc > 1 ? std::max(std::atoi(argv[1]), 1) : kRepetitions;
   Engine engine;
   Hand hand;
   Fill(engine, hand);
-  std::printf("%-44s %14s %14s %7s\n", "", "engine", "by hand", "ratio");
-  PointSelects(engine, hand, repetitions);
-  Bulk(engine, hand, repetitions);
-  Loops(engine, hand, repetitions);
-  Compiling(repetitions);
+  PointSelects(engine, hand, turns);
+  Bulk(engine, hand, turns);
+  Loops(engine, hand, turns);
+  Compiling(turns);
   return 0;
 }

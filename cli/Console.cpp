@@ -27,9 +27,11 @@ BOOL WINAPI OnInterrupt(DWORD /*event*/) {
 
 Utf8Console::Utf8Console() {
   const UINT before = GetConsoleOutputCP();
-  if (before == 0 || before == CP_UTF8 || !SetConsoleOutputCP(CP_UTF8)) return;
+  if (before == 0 || before == CP_UTF8) return;
+  // The handler first: an interruption may come as soon as the code page is another one.
   g_before = before;
   SetConsoleCtrlHandler(OnInterrupt, TRUE);
+  if (!SetConsoleOutputCP(CP_UTF8)) g_before = 0;
 }
 
 Utf8Console::~Utf8Console() {

@@ -1,13 +1,18 @@
 #include "demo/Stage.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
+#include "cli/CommandLine.h"
+#include "cli/Console.h"
 #include "cli/Kinds.h"
 #include "cli/Show.h"
 #include "cli/Table.h"
 #include "com/Text.h"
 #include "com/ValueText.h"
+#include "demo/Paragraph.h"
 
 namespace demo {
 namespace {
@@ -15,17 +20,26 @@ namespace {
 using com::Object;
 using com::Variant;
 
+constexpr wchar_t kIndent[] = L"    ";
+constexpr size_t kIndentWidth = std::size(kIndent) - 1;
+
 void Print(const std::wstring& text) {
-  const std::string utf8 = com::ToUtf8(text);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+  bomcall::Print(stdout, com::ToUtf8(text));
 }
 
-std::wstring Indented(const std::wstring& text) {
+// What every terminal has; more where the terminal, or COLUMNS, has more.
+size_t LineWidth() {
+  constexpr size_t kLeast = 100;
+  const wchar_t* given = _wgetenv(L"COLUMNS");
+  const size_t columns = given ? std::wcstoul(given, nullptr, 10) : 0;
+  return std::max({kLeast, columns, bomcall::TerminalWidth()});
+}
+
+std::wstring Indented(const std::wstring& text, size_t width) {
   std::wstring out;
   for (size_t start = 0; start < text.size();) {
-    const size_t end = text.find(L'\n', start);
-    out += L"    " + text.substr(start, end - start) + L"\n";
-    if (end == std::wstring::npos) break;
+    const size_t end = std::min(text.find(L'\n', start), text.size());
+    out += Paragraph(text.substr(start, end - start), width, kIndent, std::wstring(kIndent) + L"    ");
     start = end + 1;
   }
   return out;
@@ -45,21 +59,24 @@ void PrintTrace(const std::vector<std::wstring>& trace) {
 } // namespace
 
 Stage::Stage(const std::wstring& source, bool trace)
-    : source_(source), trace_(trace), connection_(Object::Create(L"ADODB.Connection")),
+    : source_(source), trace_(trace), width_(LineWidth()), connection_(Object::Create(L"ADODB.Connection")),
       classes_(bomcall::ReadClassDescriptions()) {
   connection_.Call(L"Open", source_);
 }
 
-void Stage::Chapter(const std::wstring& title) {
+void Stage::Chapter(const std::wstring& title, const std::vector<const wchar_t*>& codes) {
   const std::wstring heading = std::to_wstring(++chapters_) + L". " + title;
   Print(L"\n" + heading + L"\n" + std::wstring(bomcall::DisplayWidth(heading), L'=') + L"\n");
+  if (!codes.empty()) Print(L"\n");
+  for (const wchar_t* code : codes) Print(Paragraph(code, width_, L"  | ", L"  |     "));
 }
 
 void Stage::Say(const std::wstring& text) const {
-  Print(L"\n" + text + L"\n");
+  Print(L"\n" + Paragraph(text, width_, L"", L""));
 }
 
 void Stage::Execute(const std::wstring& sql) const {
+  Print(L"\n" + Command({L"demo/sql", sql}, width_));
   connection_.Call(L"Execute", sql);
 }
 
@@ -71,67 +88,56 @@ void Stage::Show(const std::wstring& caption, const std::wstring& sql) const {
     for (size_t i = 0; i < reader.names().size(); ++i) row.push_back(Cell(reader.Value(i)));
     rows.push_back(std::move(row));
   }
-  Print(L"\n  " + caption + L"\n" + Indented(bomcall::FormatTable(reader.names(), rows)));
+  Print(L"\n" + Paragraph(caption, width_, L"  ", L"  ") +
+        Indented(bomcall::FormatTable(reader.names(), rows, width_ - kIndentWidth), width_));
 }
 
 std::wstring Stage::Value(const std::wstring& sql) const {
   return Cell(bomcall::RecordsetReader(connection_.Call(L"Execute", sql).AsObject()).Value(0));
 }
 
-bomcall::Outcome Stage::Make(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
-                             const wchar_t* language) const {
-  const size_t dot = method.find(L'.');
-  bomcall::CommandLine line;
-  line.className = method.substr(0, dot);
-  line.methodName = method.substr(dot + 1);
-  line.values = arguments;
-  line.descriptor = source_ + L";User ID=" + std::to_wstring(user) + L";Now=2026-03-31 09:15:00";
-  line.language = language;
+std::vector<std::wstring> Stage::Words(const std::wstring& method, const std::vector<Argument>& arguments,
+                                       const User& user, const wchar_t* language,
+                                       const std::vector<std::wstring>& options) {
+  std::vector<std::wstring> words{L"-c", user.name, L"--lang", language};
+  words.insert(words.end(), options.begin(), options.end());
+  words.push_back(method);
+  for (const Argument& argument : arguments) words.push_back(argument.name + L"=" + argument.value);
+  return words;
+}
+
+void Stage::Make(const std::vector<std::wstring>& words, const User& user, Part part) const {
+  bomcall::CommandLine line = bomcall::ParseCommandLine(words);
+  line.descriptor = source_ + L";User ID=" + std::to_wstring(user.id) + L";Now=2026-03-31 09:15:00";
   line.trace = trace_;
-
-  std::wstring call = L"\n  > " + method;
-  for (const Argument& argument : arguments) call += L"  " + argument.name + L"=" + argument.value;
-  Print(call + L"  user " + std::to_wstring(user) + L", " + language + L"\n");
-  return bomcall::MakeCall(classes_, line);
+  bomcall::Outcome outcome = bomcall::MakeCall(classes_, line);
+  const std::vector<std::wstring> trace = std::exchange(outcome.trace, {});
+  if (part == Part::Result) outcome.changed.clear();
+  Print(Indented(ShowOutcome(outcome, line, {.width = width_ - kIndentWidth}), width_));
+  if (part == Part::Result) Print(std::wstring(kIndent) + L"…\n");
+  PrintTrace(trace);
 }
 
-void Stage::Call(const std::wstring& method, const std::vector<Argument>& arguments, int32_t user,
+void Stage::Call(const std::wstring& method, const std::vector<Argument>& arguments, const User& user,
+                 const wchar_t* language, const std::vector<std::wstring>& options, Part part) const {
+  const std::vector<std::wstring> words = Words(method, arguments, user, language, options);
+  std::vector<std::wstring> command{L"demo/bomcall"};
+  command.insert(command.end(), words.begin(), words.end());
+  Print(L"\n" + Command(command, width_));
+  Make(words, user, part);
+}
+
+void Stage::Failing(const std::wstring& method, const std::vector<Argument>& arguments, const User& user,
+                    const wchar_t* language) const {
+  std::wstring call = L"> " + method;
+  for (const Argument& argument : arguments) call += L" " + argument.name + L"=" + argument.value;
+  Print(L"\n" + Paragraph(call, width_, L"  ", kIndent));
+  Make(Words(method, arguments, user, language, {}), user, Part::All);
+}
+
+void Stage::Save(const std::wstring& hook, const wchar_t* save, const User& user,
                  const wchar_t* language) const {
-  bomcall::Outcome outcome = Make(method, arguments, user, language);
-  const std::vector<std::wstring> trace = std::exchange(outcome.trace, {});
-  Print(Indented(ShowAsText(outcome)));
-  PrintTrace(trace);
-}
-
-void Stage::List(const std::wstring& method, const std::vector<Argument>& arguments,
-                 const std::vector<std::wstring>& columns, int32_t user, const wchar_t* language) const {
-  const bomcall::Outcome outcome = Make(method, arguments, user, language);
-  if (outcome.error) {
-    Print(Indented(ShowAsText(outcome)));
-  } else {
-    const Object vector = outcome.result.AsObject();
-    std::vector<bomcall::Row> rows;
-    for (int32_t i = 1; i <= vector.Get(L"UBound").AsLong(); ++i) {
-      const Object item = vector.Get(L"Item", i).AsObject();
-      bomcall::Row& row = rows.emplace_back();
-      for (const std::wstring& column : columns) row.push_back(Cell(item.Get(L"Value", column)));
-    }
-    Print(Indented(bomcall::FormatTable(columns, rows)));
-  }
-  PrintTrace(outcome.trace);
-}
-
-void Stage::Save(const std::wstring& hook, const wchar_t* save, int32_t user, const wchar_t* language) const {
-  bomcall::Outcome outcome = Make(hook, {{L"SaveVect", save}}, user, language);
-  const Object header = outcome.changed[0].value.AsObject().Get(L"Item", 1).AsObject();
-  const Variant message = outcome.changed[1].value;
-  outcome.changed.clear();
-  if (!message.AsText().empty()) outcome.changed.push_back({L"ReturnMsg", message});
-  if (header.Call(L"Exists", L"SaveRetCode").AsBool())
-    outcome.changed.push_back({L"SaveRetCode", header.Get(L"Value", L"SaveRetCode")});
-  const std::vector<std::wstring> trace = std::exchange(outcome.trace, {});
-  Print(Indented(ShowAsText(outcome)));
-  PrintTrace(trace);
+  Call(hook, {{L"SaveVect", save}}, user, language);
 }
 
 } // namespace demo

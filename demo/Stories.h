@@ -23,4 +23,7 @@ void TellEcnStory(Stage& stage);
 // Browsing BOMs: the tree of groups, lists, column titles and ledgers with user-defined fields.
 void TellBrowseStory(Stage& stage);
 
+// Importing a group, a BOM and a production order from the files in demo/import.
+void TellImportStory(Stage& stage);
+
 } // namespace demo

@@ -17,8 +17,8 @@
 namespace {
 
 using Story = void (*)(demo::Stage&);
-constexpr Story kStories[] = {demo::TellSaveStory, demo::TellAuditStory, demo::TellEcnStory,
-                              demo::TellCustBomStory, demo::TellBrowseStory};
+constexpr Story kStories[] = {demo::TellSaveStory,    demo::TellAuditStory,  demo::TellEcnStory,
+                              demo::TellCustBomStory, demo::TellBrowseStory, demo::TellImportStory};
 
 struct Options {
   bool trace = false;
@@ -43,6 +43,24 @@ std::optional<Options> OptionsIn(int argc, char** argv) {
   return options;
 }
 
+void Introduce(const demo::Stage& stage, const Options& options) {
+  stage.Say(
+      L"A bicycle factory works with the component. What stands behind $ is a command: demo/bomcall is the "
+      L"console client on the database of these stories, in which it is always the morning of 2026-03-31. -c "
+      L"names the user: engineer (16401 in the tables), auditor (16402) or planner (16403); --lang is the "
+      L"language of texts: chs and cht for simplified and traditional Chinese, en for English. Behind it "
+      L"stands what the command prints. demo/sql is what the ERP's other programs do, such as a bill's form.");
+  stage.Say(
+      L"To follow a story by hand, run demo/fresh, which loads its database anew, and paste the commands "
+      L"in a shell in the project's folder, in their order.");
+  if (options.trace)
+    stage.Say(
+        L"Below each call stands its trace: what it asked of the outside, in order. VoteAbort and "
+        L"VoteComplete are votes on the unit of work: after the call the host commits if the last vote "
+        L"was to complete and rolls back if it was to abort. Most calls that write vote to abort first, so "
+        L"that a failure at any place leaves that as the last word.");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -56,6 +74,7 @@ int main(int argc, char** argv) {
   int status = 0;
   try {
     demo::Stage stage(com::FromUtf8(argv[1]), options->trace);
+    Introduce(stage, *options);
     for (size_t i = 0; i < std::size(kStories); ++i)
       if (options->story == 0 || options->story == i + 1) kStories[i](stage);
   } catch (const com::ComError& error) {

@@ -8,13 +8,13 @@
 #include <psapi.h> // wants the other one in front of it
 // clang-format on
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <stdexcept>
 
+#include "bench/SideBySide.h"
 #include "com/Text.h"
 #include "odbc/Api.h"
 #include "odbc/Error.h"
@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr int kRuns = 5;
+constexpr int kTurns = 5;
 constexpr wchar_t kQuery[] = L"SELECT n, FName, FQty FROM bench_rows";
 
 // Counts what comes, and adds up the first column.
@@ -92,19 +92,12 @@ size_t PeakMemory() {
   return counters.PeakWorkingSetSize;
 }
 
-// The best of some runs, in milliseconds.
-double Best(const std::function<int64_t()>& read, int64_t rows) {
-  double best = 1e9;
-  for (int i = 0; i < kRuns; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    if (read() != rows) {
-      std::fputs("not all of the rows were read\n", stderr);
-      std::exit(1);
-    }
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    best = std::min(best, took.count());
-  }
-  return best;
+// How long reading takes, in seconds.
+double SecondsOf(const std::function<int64_t()>& read, int64_t rows) {
+  return bench::SecondsOf([&] {
+    if (read() != rows) throw std::runtime_error("not all of the rows were read");
+    return 0;
+  });
 }
 
 // A file of the Linux machine's, for its driver reads it.
@@ -136,18 +129,22 @@ int main(int argc, char** argv) {
                       SQL_DRIVER_NOPROMPT);
 
     const size_t before = PeakMemory();
-    const double blocks = Best([&] { return ReadInBlocks(session); }, rows);
-    const size_t after = PeakMemory();
-    const double plain = Best([&] { return ReadPlainly(connection.get()); }, rows);
-    std::printf("reading %d rows of 3 columns, the best of %d runs\n", rows, kRuns);
-    std::printf("  in blocks, by the session      %8.1f ms\n", blocks);
-    std::printf("  a plain loop of SQLGetData     %8.1f ms\n", plain);
-    std::printf("  memory that the blocks added   %8.1f MB at its peak\n",
-                static_cast<double>(after - before) / (1024 * 1024));
+    ReadInBlocks(session);
+    const size_t added = PeakMemory() - before;
+    const std::string what = "ODBC: " + std::to_string(rows) + " rows in blocks";
+    bench::SideBySide(
+        {what, "a loop of SQLGetData"}, kTurns, 1,
+        [&] { return SecondsOf([&] { return ReadInBlocks(session); }, rows); },
+        [&] { return SecondsOf([&] { return ReadPlainly(connection.get()); }, rows); });
+    bench::PrintValue({what + ": memory added at its peak", "a megabyte"}, static_cast<double>(added),
+                      1024 * 1024);
     SQLDisconnect(connection.get());
     Run(session, L"DROP TABLE bench_rows");
   } catch (const odbc::Error& error) {
     std::fprintf(stderr, "%s %d: %s\n", error.sqlState.c_str(), error.number, error.what());
+    return 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "odbc_bench: %s\n", error.what());
     return 1;
   }
   return 0;

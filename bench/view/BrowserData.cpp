@@ -120,6 +120,7 @@ void Build(const std::wstring& file, const Size& size) {
   for (const wchar_t* suffix : {L"", L"-wal", L"-shm"}) DeleteFileW((file + suffix).c_str());
   Writer writer(file);
   writer.RunScript(SOURCE_DIR "/standin/database/schema.sql");
+  writer.RunScript(SOURCE_DIR "/standin/database/procedures.sql");
   writer.Run(L"BEGIN TRAN");
   BaseData(writer, size.groups);
   if (size.boms > 0) Boms(writer, size);

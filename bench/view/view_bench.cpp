@@ -1,15 +1,15 @@
-// Benchmarks of BOM browsing: how long the calls take, and how their conversion of rows into collections
-// stands between a floor (the same rows put into the same collections by direct calls) and a plain late-bound
-// loop by names. Everything in one run, and the best of several rounds, so that the ratios can be compared.
+// Benchmarks of BOM browsing: the conversion of rows into collections beside a floor (the same rows put into
+// the same collections by direct calls) and a plain late-bound loop by names; calls beside their queries, at
+// two sizes, with user-defined fields and without, among few BOMs and many.
 //
 // view_bench [FOLDER]: the databases are made there, by default in build/bench.
 #include <objbase.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <vector>
 
+#include "bench/SideBySide.h"
 #include "bench/view/BrowserData.h"
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
@@ -26,38 +26,8 @@ namespace {
 using com::Object;
 using com::Variant;
 
-constexpr int kRounds = 3;
-constexpr int kTurns = 15;
-
-double Milliseconds() {
-  LARGE_INTEGER now;
-  LARGE_INTEGER frequency;
-  QueryPerformanceCounter(&now);
-  QueryPerformanceFrequency(&frequency);
-  return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-// The shortest of several runs; `prepare` is not timed.
-template <class Prepare, class Work>
-double Best(const Prepare& prepare, const Work& work, int rounds = kRounds) {
-  double best = 0;
-  for (int i = 0; i < rounds; ++i) {
-    auto input = prepare();
-    const double start = Milliseconds();
-    {
-      // What the work returns is held while the clock runs, its release is not timed.
-      const auto result = work(input);
-      const double time = Milliseconds() - start;
-      if (i == 0 || time < best) best = time;
-    }
-  }
-  return best;
-}
-
-template <class Work>
-double Best(const Work& work) {
-  return Best([] { return 0; }, [&work](int /*none*/) { return work(); });
-}
+constexpr int kTurns = 11;
+constexpr int kFewTurns = 3; // of what takes long
 
 // The bytes in use in all heaps of the process.
 double MegabytesInUse() {
@@ -74,33 +44,18 @@ double MegabytesInUse() {
   return bytes / (1024.0 * 1024.0);
 }
 
-struct Limit {
-  const char* what;
-  double value;
-  double limit;
-  bool atLeast;
-};
-
-void Judge(const Limit& limit) {
-  const bool holds = limit.atLeast ? limit.value >= limit.limit : limit.value <= limit.limit;
-  std::printf("    %-46s %7.2f  (%s %.2f) %s\n", limit.what, limit.value,
-              limit.atLeast ? "at least" : "at most", limit.limit, holds ? "ok" : "MISSED");
-}
-
 // A call of the component under the host.
 struct Reading {
   const char* name;
   const wchar_t* method;
-  std::vector<Variant> arguments;  // after sDsn
-  const char* notLinear = nullptr; // why doubled work may take more than twice the time
+  std::vector<Variant> arguments; // after sDsn
+  bool isLinear = true;           // whether doubled work should take twice the time
 };
 
 class Database {
  public:
   Database(const std::wstring& folder, const wchar_t* name, const Size& size) : file_(folder + L"\\" + name) {
-    const double start = Milliseconds();
     Build(file_, size);
-    std::printf("%-34s built in %.1f s\n", com::ToUtf8(name).c_str(), (Milliseconds() - start) / 1000);
   }
 
   std::wstring Dsn() const { return L"Provider=Embedded;Data Source=" + file_ + L";Language=en;SubID=SC"; }
@@ -111,7 +66,7 @@ class Database {
     return view_.CallWith(reading.method, arguments).AsObject();
   }
   double TimeOf(const Reading& reading) const {
-    return Best([&] { return Read(reading); });
+    return SecondsOf([&] { return Read(reading); });
   }
   // The statement whose rows the call returns.
   std::wstring StatementOf(const Reading& reading) const {
@@ -184,30 +139,24 @@ Object PutByName(const Object& recordset) {
   return vector;
 }
 
-// One call at two sizes, and its conversion at the larger one.
-void Compare(const Reading& reading, const Database& half, const Database& whole) {
-  const double halfTime = half.TimeOf(reading);
-  const double time = whole.TimeOf(reading);
+// One call at two sizes, and its query and its conversion at the larger one.
+void Compare(const Reading& reading, const Database& half, double halfSize, const Database& whole) {
+  const std::string name = reading.name;
   const std::wstring statement = whole.StatementOf(reading);
-  const double query = Best([&] { return whole.Open(statement); });
   const auto convert = [](const Object& rows) { return mbom::RecordsetToVector(mbom::Recordset(rows)); };
   Object recordset = whole.Open(statement);
-  const auto fromFirst = [&recordset] {
+  const auto ofAll = [&recordset](const auto& work) {
     recordset.Call(L"MoveFirst");
-    return recordset;
+    return SecondsOf([&] { return work(recordset); });
   };
   const auto rows = whole.Rows(statement);
-  // In turns: what slows the machine down for a while slows both.
-  double conversion = 0;
-  double floor = 0;
-  for (int i = 0; i < kTurns; ++i) {
-    const double converted = Best(fromFirst, convert, 1);
-    const double put = Best([] { return 0; }, [&rows](int /*none*/) { return PutDirectly(*rows); }, 1);
-    conversion = i == 0 ? converted : std::min(conversion, converted);
-    floor = i == 0 ? put : std::min(floor, put);
-  }
-  // It takes so long that once is enough.
-  const double plain = Best(fromFirst, PutByName, 1);
+  const std::string what = name + ", " + std::to_string(rows->rowCount()) + " rows to collections";
+  SideBySide(
+      {what, "put in by direct calls", {.ratio = 1.08}}, kTurns, 1, [&] { return ofAll(convert); },
+      [&] { return SecondsOf([&] { return PutDirectly(*rows); }); });
+  SideBySide(
+      {what + ", plainly by names", "the component's way", {.ratio = 10, .isLeast = true}}, 1, 1,
+      [&] { return ofAll(PutByName); }, [&] { return ofAll(convert); });
   recordset = Object();
 
   // What is held at the most: the rows and the collections, just before the rows are released.
@@ -217,19 +166,29 @@ void Compare(const Reading& reading, const Database& half, const Database& whole
   const double peak = MegabytesInUse() - before;
   recordset = Object();
   const double held = MegabytesInUse() - before;
+  PrintValue({name + ", memory at its peak", "what is returned", {.ratio = 1.15}}, peak, held);
 
-  std::printf("\n%s: %zu rows, %zu columns\n", reading.name, rows->rowCount(), rows->columns().size());
-  std::printf(
-      "    call %.0f ms (half the size %.0f ms), query %.0f ms, conversion %.1f ms, floor %.1f ms, plain "
-      "loop %.0f ms, memory %.1f of %.1f MB\n",
-      time, halfTime, query, conversion, floor, plain, held, peak);
-  Judge({"conversion to floor", conversion / floor, 1.25, false});
-  Judge({"plain loop to conversion", plain / conversion, 8, true});
-  if (reading.notLinear)
-    std::printf("    %-46s %7.2f  (%s)\n", "doubled work", time / halfTime, reading.notLinear);
-  else
-    Judge({"doubled work", time / halfTime, 2.2, false});
-  Judge({"peak memory to the collections", peak / held, 1.5, false});
+  std::vector<double> halfTimes;
+  std::vector<double> times;
+  for (int turn = 0; turn < kFewTurns; ++turn) {
+    halfTimes.push_back(half.TimeOf(reading));
+    times.push_back(whole.TimeOf(reading));
+  }
+  PrintRow({name + ", twice the size", "half of it", {.ratio = reading.isLinear ? 2.2 : 0}}, times,
+           halfTimes);
+  PrintPoint(name, halfSize, Median(halfTimes));
+  PrintPoint(name, 2 * halfSize, Median(times));
+}
+
+// The tree's call beside its batch.
+void CompareTree(const Reading& reading, const Database& database, int32_t groups) {
+  const std::wstring statement = database.StatementOf(reading);
+  SideBySide(
+      {std::string(reading.name) + ", " + std::to_string(groups) + " groups",
+       "its batch on the engine",
+       {.ratio = 1.1}},
+      kFewTurns, 1, [&] { return database.TimeOf(reading); },
+      [&] { return SecondsOf([&] { return database.Open(statement); }); });
 }
 
 void RunAll(const std::wstring& folder) {
@@ -238,36 +197,27 @@ void RunAll(const std::wstring& folder) {
   {
     const Database half(folder, L"boms10000.db", {.boms = 10000});
     const Database whole(folder, L"boms20000.db", {.boms = 20000});
-    Compare({"GetBomLdgInfo", L"GetBomLdgInfo", {}}, half, whole);
-    Compare({"GetBomLstInfo", L"GetBomLstInfo", {noGroups, none, true}}, half, whole);
+    Compare({"GetBomLdgInfo", L"GetBomLdgInfo", {}}, half, 10000, whole);
+    Compare({"GetBomLstInfo", L"GetBomLstInfo", {noGroups, none, true}}, half, 10000, whole);
   }
   {
     const Database half(folder, L"lines5000.db", {.boms = 100, .linesPerBom = 50, .lineFields = 6});
     const Database whole(folder, L"lines10000.db", {.boms = 200, .linesPerBom = 50, .lineFields = 6});
-    Compare({"GetBomEntryLdgInfo, 6 user-defined fields", L"GetBomEntryLdgInfo", {}}, half, whole);
+    const Reading ledger{"GetBomEntryLdgInfo", L"GetBomEntryLdgInfo", {}};
+    Compare(ledger, half, 5000, whole);
+    const Database without(folder, L"plain10000.db", {.boms = 200, .linesPerBom = 50});
+    SideBySide(
+        {"GetBomEntryLdgInfo, 10000 lines with 6 user-defined fields", "without them", {.ratio = 2}},
+        kFewTurns, 1, [&] { return whole.TimeOf(ledger); }, [&] { return without.TimeOf(ledger); });
   }
   {
     const Database half(folder, L"groups1000.db", {.groups = 1000});
     const Database whole(folder, L"groups2000.db", {.groups = 2000});
-    Compare({"GetBomGroupList",
-             L"GetBomGroupList",
-             {noGroups, none, true, true},
-             "its batch goes through all groups once for each group"},
-            half, whole);
-  }
-  {
-    constexpr int32_t kLines = 1800;
-    const Database few(folder, L"few.db", {.boms = 1000, .largeBom = kLines});
-    const Database many(folder, L"many.db", {.boms = 470000, .largeBom = kLines});
-    const auto ledgerOf = [](const wchar_t* bom) {
-      return Reading{"", L"GetBomEntryLdgInfo", {0, L"a.FInterID=" + std::wstring(bom), L"a.FEntryID"}};
-    };
-    const double fewTime = few.TimeOf(ledgerOf(L"1001"));
-    const double manyTime = many.TimeOf(ledgerOf(L"470001"));
-    std::printf(
-        "\nGetBomEntryLdgInfo of one BOM of %d lines\n    among 1,000 BOMs %.1f ms, among 470,000 %.1f ms\n",
-        kLines, fewTime, manyTime);
-    Judge({"470,000 BOMs to 1,000", manyTime / fewTime, 1.5, false});
+    // Its batch goes through all groups once for each group.
+    const Reading tree{"GetBomGroupList", L"GetBomGroupList", {noGroups, none, true, true}, false};
+    Compare(tree, half, 1000, whole);
+    CompareTree(tree, half, 1000);
+    CompareTree(tree, whole, 2000);
   }
 }
 

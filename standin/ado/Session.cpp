@@ -60,6 +60,7 @@ void Session::SetClock(const ConnectionString& connectionString) {
 // For a statement that is about to run.
 void Session::Prepare(int32_t timeout) {
   if (inTransaction_ && readers_ > 0) Fail({ErrorOf(Refusal::ConnectionBusy)});
+  ++uses_;
   session_->SetTimeLimit(timeout > 0 ? std::optional(std::chrono::seconds(timeout)) : std::nullopt);
 }
 
@@ -87,6 +88,7 @@ Results Session::ResultsOf(ResultCollector& collector) {
 
 void Session::Begin() {
   if (inTransaction_) Fail({ErrorOf(Refusal::TransactionExists)});
+  ++uses_;
   Guarded([&] { session_->Begin(); });
   inTransaction_ = true;
 }
@@ -102,6 +104,7 @@ void Session::Rollback() {
 void Session::End(void (ServerSession::*end)()) {
   if (!inTransaction_) Fail({ErrorOf(Refusal::NoTransaction)});
   inTransaction_ = false;
+  ++uses_;
   Guarded([&] { (session_.get()->*end)(); });
 }
 

@@ -30,6 +30,9 @@ class Session : public std::enable_shared_from_this<Session> {
   bool inTransaction() const { return inTransaction_; }
   void Close() { session_ = nullptr; }
 
+  // How often it has been used: by statements, and to begin and end transactions.
+  uint64_t uses() const { return uses_; }
+
   // nullopt when the server cannot tell whether its data has changed.
   std::optional<tsql::ChangeStamp> GetChangeStamp() const { return session_->GetChangeStamp(); }
 
@@ -64,6 +67,7 @@ class Session : public std::enable_shared_from_this<Session> {
   std::shared_ptr<ErrorList> errors_;
   std::unique_ptr<ServerSession> session_;
   int readers_ = 0;
+  uint64_t uses_ = 0;
   bool inTransaction_ = false;
 };
 

@@ -1,5 +1,8 @@
 #include "standin/ado/SessionPool.h"
 
+#include <windows.h>
+#include <winternl.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -25,31 +28,43 @@ std::string FullPath(const std::string& path) {
   return com::ToUtf8(com::Lower(full));
 }
 
+// NtQueryDirectoryFile, which Windows documents but has in no header of its SDK: unlike the functions of
+// kernel32 it gives the number of one file by its name, without reading the whole folder.
+using QueryDirectory = LONG(NTAPI*)(HANDLE folder, HANDLE event, void* routine, void* context,
+                                    IO_STATUS_BLOCK* status, void* buffer, ULONG size, ULONG informationClass,
+                                    BOOLEAN onlyOne, UNICODE_STRING* name, BOOLEAN restart);
+constexpr ULONG kFileIdBothDirectoryInformation = 37;
+
+QueryDirectory FindQueryDirectory() {
+  return reinterpret_cast<QueryDirectory>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryDirectoryFile")));
+}
+
 // The number that the file system has for the file of this name; 0 when there is none. It is read out of the
 // folder: under Wine, whoever opens and closes a file that others keep locked leaves a descriptor behind.
 uint64_t FileIdOf(const std::string& fullPath) {
+  static const QueryDirectory query = FindQueryDirectory();
   const std::wstring path = com::FromUtf8(fullPath);
   const size_t slash = path.find_last_of(L'\\');
-  const std::wstring name = path.substr(slash + 1);
-  HANDLE folder = CreateFileW(path.substr(0, slash + 1).c_str(), FILE_LIST_DIRECTORY,
+  std::wstring name = path.substr(slash + 1);
+  HANDLE folder = CreateFileW(path.substr(0, slash + 1).c_str(), FILE_LIST_DIRECTORY | SYNCHRONIZE,
                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                               FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (folder == INVALID_HANDLE_VALUE) return 0;
-  uint64_t id = 0;
-  alignas(FILE_ID_BOTH_DIR_INFO) std::array<std::byte, 16384> buffer;
-  while (id == 0 &&
-         GetFileInformationByHandleEx(folder, FileIdBothDirectoryInfo, buffer.data(), buffer.size())) {
-    const std::byte* at = buffer.data();
-    for (;;) {
-      const auto& entry = *reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(at);
-      if (com::EqualsNoCase({entry.FileName, entry.FileNameLength / sizeof(wchar_t)}, name))
-        id = static_cast<uint64_t>(entry.FileId.QuadPart);
-      if (entry.NextEntryOffset == 0) break;
-      at += entry.NextEntryOffset;
-    }
-  }
+  UNICODE_STRING mask{};
+  mask.Buffer = name.data();
+  mask.Length = mask.MaximumLength = static_cast<USHORT>(name.size() * sizeof(wchar_t));
+  IO_STATUS_BLOCK status{};
+  // Room for one entry with the longest name, and its short one.
+  alignas(FILE_ID_BOTH_DIR_INFO)
+      std::array<std::byte, sizeof(FILE_ID_BOTH_DIR_INFO) + MAX_PATH * sizeof(wchar_t)>
+          buffer;
+  const LONG result = query(folder, nullptr, nullptr, nullptr, &status, buffer.data(), buffer.size(),
+                            kFileIdBothDirectoryInformation, TRUE, &mask, TRUE);
   CloseHandle(folder);
-  return id;
+  if (result < 0) return 0;
+  return static_cast<uint64_t>(
+      reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(buffer.data())->FileId.QuadPart);
 }
 
 // One list for all threads and not thread-local storage: what is left ends with the DLL, whichever thread

@@ -74,14 +74,17 @@ Object BillPackage::Connect(const std::wstring& dsn) {
 }
 
 // Whether the data is what it was when the loaded bill was asked for. A server that cannot tell has changed
-// it.
+// it. Asking costs as much as a small query, and a client that goes through the lines of a bill asks for it
+// at each: within a unit of work nobody asks again until the connection is used.
 bool BillPackage::Unchanged(const Object& connection) {
   auto* own = com::Unwrap<ado::Connection>(connection.pointer());
   const std::shared_ptr<ado::Session> session = own ? own->session() : nullptr;
+  if (session && session == session_.lock() && UnitOfWork::Current() && session->uses() == uses_) return true;
   const std::optional<tsql::ChangeStamp> stamp = session ? session->GetChangeStamp() : std::nullopt;
   const bool unchanged = stamp && session == session_.lock() && stamp == stamp_;
   session_ = session;
   stamp_ = stamp;
+  uses_ = session ? session->uses() : 0;
   return unchanged;
 }
 

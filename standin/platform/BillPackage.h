@@ -5,7 +5,8 @@
 // ICUserDefinedValue, one row for each value, FEntryID 0 for the header. A bill that does not exist has no
 // header values and no lines; a transaction type without bills is run-time error 5. Everything is read when
 // it is first asked for, and again when data has changed since; meanwhile bills are kept, so that a client
-// may go back and forth between them.
+// may go back and forth between them. Within a unit of work a change by somebody else may be seen only after
+// the next statement on the unit's connection.
 #pragma once
 
 #include <cstdint>
@@ -68,6 +69,7 @@ class BillPackage {
   com::Object connection_;
   std::weak_ptr<ado::Session> session_;
   std::optional<tsql::ChangeStamp> stamp_;
+  uint64_t uses_ = 0; // of the session, when the stamp was taken
   com::Object headStruct_;
   com::Object entryStruct_;
   std::unordered_map<int32_t, Bill> bills_;

@@ -3,8 +3,51 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <string>
+
 namespace bomcall {
 namespace {
+
+BOOL WINAPI GoOn(DWORD event) {
+  return event == CTRL_C_EVENT;
+}
+
+// bomcall, which waits for the JSON of an argument that it reads from a pipe.
+class WaitingBomcall {
+ public:
+  WaitingBomcall() {
+    HANDLE input = nullptr;
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    CreatePipe(&input, &writeEnd_, &inherited, 0);
+    SetHandleInformation(writeEnd_, HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input;
+    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    wchar_t self[MAX_PATH];
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const std::wstring own = self;
+    std::wstring line =
+        L"\"" + own.substr(0, own.rfind(L'\\')) + L"\\bomcall.exe\" --dsn none BomUpdate.EndSave SaveVect=@-";
+    CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process_);
+    CloseHandle(input);
+  }
+  WaitingBomcall(const WaitingBomcall&) = delete;
+  WaitingBomcall& operator=(const WaitingBomcall&) = delete;
+  ~WaitingBomcall() {
+    TerminateProcess(process_.hProcess, 1);
+    for (HANDLE handle : {process_.hProcess, process_.hThread, writeEnd_}) CloseHandle(handle);
+  }
+  bool HasEnded(DWORD milliseconds) const {
+    return WaitForSingleObject(process_.hProcess, milliseconds) == WAIT_OBJECT_0;
+  }
+
+ private:
+  HANDLE writeEnd_ = nullptr;
+  PROCESS_INFORMATION process_{};
+};
 
 TEST(Console, HasItsOwnCodePageAgainAtTheEnd) {
   AllocConsole(); // fails where the program has one already
@@ -15,6 +58,25 @@ TEST(Console, HasItsOwnCodePageAgainAtTheEnd) {
     EXPECT_EQ(GetConsoleOutputCP(), static_cast<UINT>(CP_UTF8));
   }
   EXPECT_EQ(GetConsoleOutputCP(), 437u);
+  SetConsoleOutputCP(before);
+}
+
+TEST(Console, HasItsOwnCodePageAgainWhenBomcallIsInterrupted) {
+  constexpr DWORD kLong = 60000;
+  AllocConsole();
+  const UINT before = GetConsoleOutputCP();
+  if (!SetConsoleOutputCP(437)) GTEST_SKIP() << "there is no console here";
+  SetConsoleCtrlHandler(GoOn, TRUE);
+  {
+    const WaitingBomcall bomcall;
+    for (DWORD waited = 0; waited < kLong && GetConsoleOutputCP() != CP_UTF8; waited += 10) Sleep(10);
+    EXPECT_EQ(GetConsoleOutputCP(), static_cast<UINT>(CP_UTF8));
+    EXPECT_FALSE(bomcall.HasEnded(0));
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
+    EXPECT_TRUE(bomcall.HasEnded(kLong));
+    EXPECT_EQ(GetConsoleOutputCP(), 437u);
+  }
+  SetConsoleCtrlHandler(GoOn, FALSE);
   SetConsoleOutputCP(before);
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <initializer_list>
 
 #include "cli/Batch.h"
 #include "cli/Call.h"
@@ -25,11 +26,13 @@ class WithoutStandIn : public testing::Test {
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ErpStandIn.dll"), name)));
     return function ? function() : E_NOINTERFACE;
   }
-  // As with the ERP: what the component calls is there, but no host and no trace of the stand-in.
-  static void LeaveTheRest() {
-    for (const wchar_t* progId : {L"ErpStandIn.Host", L"ErpStandIn.Trace"})
-      ASSERT_EQ(RegDeleteTreeW(HKEY_CLASSES_ROOT, progId), ERROR_SUCCESS);
+  // Only the names are taken away: for a class whose name is left, but not its server in the width of this
+  // program, Wine looks for a server of its own process, which takes it ten seconds.
+  static void Remove(std::initializer_list<const wchar_t*> progIds) {
+    for (const wchar_t* progId : progIds) ASSERT_EQ(RegDeleteTreeW(HKEY_CLASSES_ROOT, progId), ERROR_SUCCESS);
   }
+  // As with the ERP: what the component calls is there, but no host and no trace of the stand-in.
+  static void LeaveTheRest() { Remove({L"ErpStandIn.Host", L"ErpStandIn.Trace"}); }
   Outcome Call(std::vector<std::wstring> arguments) const {
     arguments.insert(arguments.end(), {L"--dsn", database_.Dsn()});
     return MakeCall(catalog_, ParseCommandLine(arguments));
@@ -63,7 +66,7 @@ TEST_F(WithoutStandIn, HasNoTraceAndNoUnitOfWork) {
 }
 
 TEST_F(WithoutStandIn, SaysWhichClassIsMissing) {
-  ASSERT_EQ(Export("DllUnregisterServer"), S_OK);
+  Remove({L"ErpStandIn.Host", L"ruvo10.Vector", L"QorvaneGlobal.Global"});
   const auto message = [](const std::function<void()>& action) {
     try {
       action();

@@ -69,10 +69,32 @@ expect "help on reports" "$(bomcall bom tree --help </dev/null | head -n 1 | cut
 on_terminal() { script -qec "$(printf '%q ' "$@")" /dev/null </dev/null; }
 on_terminal tools/wine-exec "$PRESET" "$BUILD/$PRESET/bin/bomcall_tests.exe" '--gtest_filter=Console.*' \
   "--gtest_output=xml:Z:$database.json" >/dev/null
-expect "the console's tests" "$(grep -c 'status="run" result="completed"' "$database.json")" 2
+expect "the console's tests" "$(grep -c 'status="run" result="completed"' "$database.json")" 3
 program=${BUILD#"$ROOT/"}/$PRESET/bin/bomcall.exe
 expect "the code page after an error" "$(on_terminal tools/wine-exec "$PRESET" cmd /c \
   "chcp 437 & ${program//\//\\} NoSuch.Method & chcp" | grep -c '437')" 2
+
+# Ctrl+C amid a batch that is one unit of work: nothing of it is kept.
+for ((i = 0; i < 1000; ++i)); do
+  echo '{"call": "BOMImport.UpdateBomGroup", "arguments": {"tDict": {"Number": "I'$i'", "Name": "n", "Parent": 0}}}'
+done >"$database.json"
+mkfifo "$database.keys"
+trap 'rm -f "$database" "$database-wal" "$database-shm" "$database."{json,gbk,keys,out}' EXIT
+exec {keys}<>"$database.keys"
+command=$(printf '%q ' tools/wine-exec "$PRESET" "$BUILD/$PRESET/bin/bomcall.exe" --json --batch "$database.json")
+script -qec "$command >$(printf %q "$database.out")" /dev/null <&"$keys" >/dev/null &
+terminal=$!
+for ((i = 0; i < 600; ++i)); do
+  if grep -qs '"line":20,' "$database.out"; then break; fi
+  sleep 0.1
+done
+printf '\x03' >&"$keys"
+wait "$terminal" || true
+exec {keys}>&-
+expect "calls made before Ctrl+C" "$(grep -c '"line":20,' "$database.out")" 1
+expect "calls made after Ctrl+C" "$(grep -c '"line":1000,' "$database.out" || true)" 0
+expect "groups after Ctrl+C" "$(bomcall --csv BomInfo.GetInfo "strSql=SELECT COUNT(*) AS n FROM ICBOMGroup WHERE FNumber LIKE 'I%'" </dev/null |
+  tr -d '\r')" $'n\n0'
 
 # Completion: what bash offers after a line that ends with the word to complete.
 . cli/completion/bomcall.bash

@@ -103,6 +103,18 @@ TEST_F(BillPackageTest, ReadsAgainWhatHasChanged) {
   EXPECT_EQ(value(), Variant(L"3"));
 }
 
+TEST_F(BillPackageTest, ReadsAgainWhatHasChangedBetweenUnitsOfWork) {
+  const Object package =
+      New(L"ErpStandIn.Host").Call(L"CreateObject", L"QorvaneBillDataAccess.clsBillPackage").AsObject();
+  const auto value = [&] {
+    package.Call(L"GetBillPackage", database_.Dsn(), 50, 1, 7);
+    return In(package.Get(L"BillDataHeadValue").AsObject(), L"P0_FTwo", L"FID");
+  };
+  EXPECT_EQ(value(), Variant(L"2"));
+  database_.Execute(L"UPDATE ICUserDefinedValue SET FID = '3' WHERE FTranType = 50");
+  EXPECT_EQ(value(), Variant(L"3"));
+}
+
 TEST_F(BillPackageTest, IsNotTraced) {
   const Trace trace;
   Load(7);
