@@ -66,7 +66,7 @@ std::wstring Command(const std::vector<std::wstring>& words, size_t width) {
   for (const std::wstring& word : words) {
     std::wstring quoted = Quoted(word);
     if (line.size() > indent.size()) {
-      if (DisplayWidth(line + L" " + quoted + continued) > width) {
+      if (DisplayWidth(line) + 1 + DisplayWidth(quoted) + continued.size() > width) {
         out += line + continued + L"\n";
         line = indent;
       } else {
