@@ -84,8 +84,8 @@ wine_env() {
 have_wine32() { [[ -x /usr/lib/wine/wine ]]; }
 
 # loader ARCH: Wine's loader for programs of that width, and not Debian's wrapper, which complains about the 32-bit one.
-# Either starts programs of the other width too, but by way of a third program: that takes half a second more, and once
-# in a few hundred times it ends with 1 and has started nothing.
+# Either starts programs of the other width too, but by way of a third program: that takes half a second more, and now
+# and then it ends with 1 and has started nothing.
 loader() {
   local file
   if [[ $1 == x86 ]] && have_wine32; then
