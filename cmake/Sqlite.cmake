@@ -22,11 +22,12 @@ elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
 else()
   set(SQLITE_OBJECT native)
 endif()
-# The native builds that only test are the ones whose speed nobody asks for.
-if(SQLITE_OBJECT STREQUAL "native")
-  list(APPEND SQLITE_OPTIONS -O1)
-else()
+# The engine's speed is measured in native-release. Elsewhere it works for demo and tests, which wait for this compilation:
+# it takes half the time like this.
+if(SQLITE_OBJECT STREQUAL "native-release")
   list(APPEND SQLITE_OPTIONS -O2)
+else()
+  list(APPEND SQLITE_OPTIONS -O1)
 endif()
 set(SQLITE_OBJECT "${PROJECT_SOURCE_DIR}/build/shared/sqlite3-${SQLITE_OBJECT}.o")
 # GCC and clang make the same of C, so whichever comes first compiles it.
