@@ -31,13 +31,27 @@ ClientRecordset NewRecordset(const Connection& conn) {
                          OnLeave::CloseAndRelease);
 }
 
+// Whether the user who has made a document may audit it. The audit takes the setting as a text that begins
+// with a number.
+bool OneUserMayAudit(const Frame& frame) {
+  return LeadingNumber(com::ToText(ReadSystemProfile(frame, L"SingleMan", L"General"))) == 1;
+}
+
+// Whether the same user may take the audit back, who needs the setting to be a number.
+bool OneUserMayUndo(const Frame& frame) {
+  return ReadSystemProfile(frame, L"SingleMan", L"General").AsLong() == 1;
+}
+
+bool OnlyTheCheckerMayUndo(const Frame& frame) {
+  return ReadSystemProfile(frame, L"SameUserApprovalAndUnApproval", L"IC").AsLong() == 1;
+}
+
 // The first reason against the audit, as a source text; null when there is none.
 const wchar_t* ReasonAgainstAudit(const Frame& frame, const ClientRecordset& bom, int32_t lEmpID) {
   if (!bom.IsOpen()) return kNoBomData;
   if (bom.Eof()) return kNoSuchBom;
   if (IsGreater(bom[L"FStatus"], 0)) return L"该BOM已经被审核过了。";
-  if (Equals(bom[L"FCheckID"], lEmpID) &&
-      LeadingNumber(com::ToText(ReadSystemProfile(frame, L"SingleMan", L"General"))) != 1)
+  if (Equals(bom[L"FCheckID"], lEmpID) && !OneUserMayAudit(frame))
     return L"你不能审核该单据,因为你与制单人是同一个人。如果要获得本项操作的权限,请修改相应的系统参数。";
   return nullptr;
 }
@@ -48,10 +62,9 @@ const wchar_t* ReasonAgainstUndo(const Frame& frame, const ClientRecordset& bom,
   if (!bom.IsOpen()) return kNoBomData;
   if (bom.Eof()) return kNoSuchBom;
   if (Equals(bom[L"FStatus"], 0)) return L"该BOM还没有审核过，不能执行反审核操作。";
-  if (ReadSystemProfile(frame, L"SameUserApprovalAndUnApproval", L"IC").AsLong() == 1 &&
-      !Equals(bom[L"FCheckerID"], lEmpID))
+  if (OnlyTheCheckerMayUndo(frame) && !Equals(bom[L"FCheckerID"], lEmpID))
     return L"你不能反审核该单据,因为你与审核人不是同一个人。";
-  if (Equals(bom[L"FCheckID"], lEmpID) && ReadSystemProfile(frame, L"SingleMan", L"General").AsLong() != 1)
+  if (Equals(bom[L"FCheckID"], lEmpID) && !OneUserMayUndo(frame))
     return L"你不能反审核该单据,因为你与制单人是同一个人。如果要获得本项操作的权限,请修改相应的系统参数。";
   return nullptr;
 }

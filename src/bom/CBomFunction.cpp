@@ -68,16 +68,13 @@ bool NumberIsUsed(const Connection& conn, const std::wstring& prefix, int32_t se
 
 bool CBomFunction::Bind(const std::wstring& sToParse) {
   connection_ = Connection(Object());
-  try {
+  return Frame::Succeeds([&] {
     frame_.OpenDataContext(sToParse);
     const Connection connection = frame_.GetConnection();
     if (!connection.object()) return false;
     connection_ = connection;
     return true;
-  } catch (const std::exception& failure) {
-    ReportTrapped(failure);
-    return false;
-  }
+  });
 }
 
 int32_t CBomFunction::GetMaxNum(const std::wstring& strName) {

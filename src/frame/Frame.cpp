@@ -2,7 +2,6 @@
 
 #include "src/frame/OutsideNames.h"
 #include "src/frame/ThreadState.h"
-#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 
@@ -55,7 +54,7 @@ void Frame::AbortFailed() noexcept {
   try {
     VoteAbort();
   } catch (const std::exception& failure) {
-    ReportTrapped(failure);
+    LogTrapped(failure);
   }
   keeper_.LetGo();
 }

@@ -27,9 +27,9 @@
 #include <type_traits>
 
 #include "com/Object.h"
-#include "src/frame/Diagnostics.h"
 #include "src/frame/ado/Connection.h"
 #include "src/frame/ado/Held.h"
+#include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 
@@ -52,7 +52,7 @@ class Frame {
   void VoteComplete() const;
 
   // `failed` is the failure value, or a function that takes the failure (const std::exception&) and gives
-  // the failure value; it is called before the vote. The failure goes to the diagnostic sink.
+  // the failure value; it is called before the vote. The failure goes to the diagnostic log.
   template <class Failed, class Work>
   auto TrapFailures(const Failed& failed, const Work& work) {
     return Trap(failed, work, [this] {
@@ -82,6 +82,18 @@ class Frame {
   auto LetFailuresRise(const Work& work) {
     const Running running(*this);
     return Finish(work);
+  }
+
+  // What `work` answers, True or False; False if it fails, and the failure goes to the diagnostic log. No
+  // vote.
+  template <class Work>
+  static bool Succeeds(const Work& work) {
+    try {
+      return work();
+    } catch (const std::exception& failure) {
+      LogTrapped(failure);
+      return false;
+    }
   }
 
   // Inside a work, in its return statement. Each hands the result on.
@@ -141,7 +153,7 @@ class Frame {
     try {
       return Finish(work);
     } catch (const std::exception& failure) {
-      ReportTrapped(failure);
+      LogTrapped(failure);
       decltype(work()) result = FailureValue(failed, failure);
       end();
       return result;
@@ -159,7 +171,7 @@ class Frame {
   // The work has voted, or wants no vote: its return is the end.
   void EndVote() const noexcept { running_->voted = true; }
   // Votes abort after a failure and lets go of what that left behind. A vote that fails is reported to the
-  // diagnostic sink and dropped: what counts is the failure that it follows.
+  // diagnostic log and dropped: what counts is the failure that it follows.
   void AbortFailed() noexcept;
 
   // In this order: the context is released before the caller info.

@@ -68,7 +68,7 @@ std::string ClassName(const Log& log, REFCLSID classId) {
   return {};
 }
 
-Json Line(const Log& log, const wchar_t* event, const ObservedCall* call) {
+Json Begun(const Log& log, const wchar_t* event, const ObservedCall* call) {
   Json line;
   line["time"] = TimeText();
   line["process"] = GetCurrentProcessId();
@@ -85,30 +85,30 @@ void AddText(Json& line, std::wstring_view text) {
   line["text"] = com::ToUtf8(com::Masked(text));
 }
 
-// Lines are written for their own sake: one that cannot be made is left out.
-template <class Write>
-void WriteLine(const Write& write) noexcept {
+// Writes a line, to which `add` adds what only this event has. Lines are written for their own sake: one that
+// cannot be made is left out.
+template <class Add>
+void WriteLine(const wchar_t* event, const ObservedCall* call, const Add& add) noexcept {
   Log* const log = g_log.load(std::memory_order_acquire);
   if (!log) return;
   try {
-    const Json line = write(*log);
+    Json line = Begun(*log, event, call);
+    add(line);
     log->file.Append(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
   } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): a call does not fail with its log
   }
 }
 
 void WriteBegin(const ObservedCall& call) noexcept {
-  WriteLine([&](const Log& log) { return Line(log, L"begin", &call); });
+  WriteLine(L"begin", &call, [](Json&) {});
 }
 
 void WriteEnd(const ObservedCall& call, HRESULT answer, const EXCEPINFO* error) noexcept {
-  WriteLine([&](const Log& log) {
-    Json line = Line(log, L"end", &call);
+  WriteLine(L"end", &call, [&](Json& line) {
     if (error && error->bstrDescription)
       AddText(line, {error->bstrDescription, SysStringLen(error->bstrDescription)});
     line["ms"] = MillisecondsSince(call.start());
     if (answer != S_OK) line["code"] = CodeText(error && error->scode != 0 ? error->scode : answer);
-    return line;
   });
 }
 
@@ -123,15 +123,13 @@ std::wstring Environment(const wchar_t* name) {
 constexpr wchar_t kKey[] = L"SOFTWARE\\QorvaneMBomBill";
 
 std::wstring RegistryText(const wchar_t* name) {
-  DWORD bytes = 0;
-  if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, name, RRF_RT_REG_SZ, nullptr, nullptr, &bytes) != ERROR_SUCCESS)
-    return {};
-  std::wstring text(bytes / sizeof(wchar_t), L'\0');
-  if (RegGetValueW(HKEY_LOCAL_MACHINE, kKey, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes) !=
-      ERROR_SUCCESS)
-    return {};
-  text.resize(text.find(L'\0') == std::wstring::npos ? text.size() : text.find(L'\0'));
-  return text;
+  constexpr size_t kLongestPath = 32767;
+  std::wstring text(kLongestPath + 1, L'\0');
+  auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  const LSTATUS status =
+      RegGetValueW(HKEY_LOCAL_MACHINE, kKey, name, RRF_RT_REG_SZ, nullptr, text.data(), &bytes);
+  // What is read ends with a NUL, which is added where the registry has none.
+  return status == ERROR_SUCCESS ? text.substr(0, text.find(L'\0')) : std::wstring();
 }
 
 uint64_t RegistryNumber(const wchar_t* name) {
@@ -183,11 +181,8 @@ bool LogIsOn() noexcept {
 }
 
 void LogTrapped(const std::exception& failure) noexcept {
-  WriteLine([&](const Log& log) {
-    Json line = Line(log, L"trapped", ObservedCall::Current());
-    AddText(line, com::FromUtf8(failure.what()));
-    return line;
-  });
+  WriteLine(L"trapped", ObservedCall::Current(),
+            [&](Json& line) { AddText(line, com::FromUtf8(failure.what())); });
 }
 
 LoggedStep::LoggedStep(const wchar_t* event, std::wstring_view text) noexcept
@@ -197,13 +192,11 @@ LoggedStep::LoggedStep(const wchar_t* event, std::wstring_view text) noexcept
 
 LoggedStep::~LoggedStep() {
   if (!on_) return;
-  WriteLine([&](const Log& log) {
-    Json line = Line(log, event_, ObservedCall::Current());
+  WriteLine(event_, ObservedCall::Current(), [&](Json& line) {
     AddText(line, text_);
     line["ms"] = MillisecondsSince(start_);
     if (rows_ >= 0) line["rows"] = rows_;
     if (std::uncaught_exceptions() > failures_) line["failed"] = true;
-    return line;
   });
 }
 

@@ -125,6 +125,26 @@ TEST_F(DiagnosticLogTest, SaysWhatIsRaised) {
   EXPECT_EQ(last["text"], com::ToUtf8(Fault::kText));
 }
 
+TEST_F(DiagnosticLogTest, SaysTheCodeOfACallThatCouldNotBegin) {
+  const com::Object bom = New(L"QorvaneMBomBill.BomUpdate");
+  Start();
+  EXPECT_EQ(RaisedBy([&] { bom.Call(L"UpdateIcBomStatus"); }).code, DISP_E_BADPARAMCOUNT);
+  StopLog();
+  const json last = Lines().back();
+  EXPECT_EQ(last["event"], "end");
+  EXPECT_EQ(last["code"], "0x8002000E");
+  EXPECT_FALSE(last.contains("text")) << last;
+}
+
+TEST_F(DiagnosticLogTest, AClassThatItDoesNotKnowHasNoName) {
+  const com::Object bom = New(L"QorvaneMBomBill.BomUpdate");
+  StartLog({path_.wstring(), 1 << 20}, {});
+  bom.Call(L"UpdateIcBomStatus", database_.Dsn(), L"B1");
+  StopLog();
+  EXPECT_EQ(Lines().back()["class"], "");
+  EXPECT_EQ(Lines().back()["method"], "UpdateIcBomStatus");
+}
+
 TEST_F(DiagnosticLogTest, MasksPasswords) {
   const com::Object bom = New(L"QorvaneMBomBill.BomUpdate");
   Start();

@@ -31,6 +31,7 @@ TEST(LoadResText, PadsEnglishTextsOnly) {
   EXPECT_EQ(LoadResText(L"销售订单", L"en", Spacing::None), L"Sales Orders");
   EXPECT_EQ(LoadResText(L"销售订单", L"en", static_cast<Spacing>(7)), L"Sales Orders");
   EXPECT_EQ(LoadResText(L"  销售订单", L"en", Spacing::Both), L"  Sales Orders ");
+  EXPECT_EQ(LoadResText(L"销售订单  ", L"en", Spacing::Both), L" Sales Orders  ");
   EXPECT_EQ(LoadResText(L"销售订单", L"chs", Spacing::Both), L"销售订单");
   EXPECT_EQ(LoadResText(L"销售订单", L"cht", Spacing::Both), L"銷售訂單");
 }
