@@ -1,5 +1,7 @@
 #include "src/log/RotatingFile.h"
 
+#include <algorithm>
+
 namespace mbom {
 namespace {
 
@@ -39,7 +41,16 @@ class Exclusive {
 
 RotatingFile::RotatingFile(std::wstring path, uint64_t most)
     : path_(std::move(path)), older_(path_ + L".1"), most_(most),
-      mutex_(CreateMutexW(nullptr, FALSE, L"QorvaneMBomBill.log")) {}
+      mutex_(CreateMutexW(nullptr, FALSE, MutexName(path_).c_str())) {}
+
+std::wstring RotatingFile::MutexName(const std::wstring& path) {
+  // A name has no backslash, and less than MAX_PATH characters: a path's last ones tell files apart.
+  constexpr size_t kMostOfPath = 200;
+  std::wstring name = path.substr(path.size() - std::min(path.size(), kMostOfPath));
+  std::replace(name.begin(), name.end(), L'\\', L'/');
+  CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
+  return L"QorvaneMBomBill.log." + name;
+}
 
 RotatingFile::~RotatingFile() {
   Close();

@@ -21,6 +21,10 @@ class RotatingFile {
   RotatingFile(const RotatingFile&) = delete;
   RotatingFile& operator=(const RotatingFile&) = delete;
 
+  // The name of the mutex by which processes that write to `path` take turns. Those that spell the path in
+  // different ways (a relative one, a short name) do not wait for each other.
+  static std::wstring MutexName(const std::wstring& path);
+
   // Adds a line with its end. Lines of several threads and processes stay whole.
   void Append(std::string_view line) noexcept;
 

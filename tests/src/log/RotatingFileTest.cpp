@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <semaphore>
 #include <set>
 #include <string>
 #include <thread>
@@ -83,6 +84,66 @@ TEST_F(RotatingFileTest, ABadPathIsTriedAgain) {
   Sleep(1100);
   file.Append("kept\n");
   EXPECT_EQ(Lines(folder / L"a.log"), FileLines{"kept"});
+}
+
+TEST_F(RotatingFileTest, EachFileHasItsOwnMutex) {
+  EXPECT_EQ(RotatingFile::MutexName(L"C:\\Logs\\A.log"), L"QorvaneMBomBill.log.c:/logs/a.log");
+  const std::wstring longest = L"C:\\" + std::wstring(5, L'x') + std::wstring(196, L'y') + L".log";
+  EXPECT_EQ(RotatingFile::MutexName(longest), L"QorvaneMBomBill.log." + std::wstring(196, L'y') + L".log");
+  EXPECT_EQ(RotatingFile::MutexName(L""), L"QorvaneMBomBill.log.");
+}
+
+// The mutex by which the processes that write to `path` take turns, held by a thread that runs `work`
+// meanwhile.
+template <class Work>
+void WhileAnotherHoldsTheMutex(const std::wstring& path, const Work& work) {
+  HANDLE const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(path).c_str());
+  ASSERT_NE(mutex, nullptr);
+  std::binary_semaphore held{0};
+  std::binary_semaphore over{0};
+  std::thread other([&] {
+    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
+    held.release();
+    over.acquire();
+    ReleaseMutex(mutex);
+  });
+  held.acquire();
+  work();
+  over.release();
+  other.join();
+  CloseHandle(mutex);
+}
+
+TEST_F(RotatingFileTest, AProcessThatKeepsItsTurnStopsNobody) {
+  RotatingFile file(Path(), 100);
+  WhileAnotherHoldsTheMutex(Path(), [&] { file.Append("meanwhile\n"); });
+  file.Append("later\n");
+  EXPECT_EQ(Lines(Path()), (FileLines{"meanwhile", "later"}));
+}
+
+TEST_F(RotatingFileTest, AThreadThatEndsInItsTurnStopsNobody) {
+  RotatingFile file(Path(), 100);
+  HANDLE const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(Path()).c_str());
+  ASSERT_NE(mutex, nullptr);
+  std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0); }).join();
+  file.Append("one\n");
+  // The turn was given back: another thread has it at once.
+  std::thread([&] {
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+    ReleaseMutex(mutex);
+  }).join();
+  CloseHandle(mutex);
+  EXPECT_EQ(Lines(Path()), FileLines{"one"});
+}
+
+TEST_F(RotatingFileTest, WritesWithoutTheMutexToo) {
+  // The name stands for something else, so no mutex can have it.
+  HANDLE const event = CreateEventW(nullptr, FALSE, FALSE, RotatingFile::MutexName(Path()).c_str());
+  ASSERT_NE(event, nullptr);
+  ASSERT_NE(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  RotatingFile(Path(), 100).Append("one\n");
+  CloseHandle(event);
+  EXPECT_EQ(Lines(Path()), FileLines{"one"});
 }
 
 } // namespace
