@@ -165,6 +165,8 @@ std::wstring DeclarationOf(const tsql::Type& type) {
   case TypeId::DateTime: return L"datetime";
   case TypeId::SmallDateTime: return L"smalldatetime";
   case TypeId::Date: return L"date";
+  case TypeId::Time: return L"time(" + std::to_wstring(type.scale) + L')';
+  case TypeId::DateTime2: return L"datetime2(" + std::to_wstring(type.scale) + L')';
   case TypeId::Binary: return sized(L"binary");
   case TypeId::VarBinary: return sized(L"varbinary");
   case TypeId::UniqueIdentifier: return L"uniqueidentifier";

@@ -45,6 +45,8 @@ SQLSMALLINT CTypeOf(const tsql::Type& type) {
   case TypeId::Char:
   case TypeId::VarChar:
   case TypeId::Text:
+  case TypeId::Time:
+  case TypeId::DateTime2:
   case TypeId::NChar:
   case TypeId::NVarChar:
   case TypeId::NText: break;

@@ -56,13 +56,15 @@ enum class TypeId : uint8_t {
   VarBinary = 20,
   Image = 21,
   UniqueIdentifier = 22,
+  Time = 23,
+  DateTime2 = 24,
 };
 
 struct Type {
   TypeId id = TypeId::Int;
   int32_t length = 0; // bytes, of nchar and nvarchar characters; -1 for (max) and the text types; 0 for none
   uint8_t precision = 0; // decimal digits: decimal, money
-  uint8_t scale = 0;
+  uint8_t scale = 0;     // decimal places: decimal, money; digits of a second's fraction: time, datetime2
   bool operator==(const Type&) const = default;
 };
 
@@ -86,11 +88,13 @@ struct DateTime {
 struct Value {
   enum class Kind : uint8_t { Null, Integer, Float, Decimal, Text, Bytes, DateTime };
   Kind kind = Kind::Null;
-  int64_t integer = 0;   // all integer types, and Bit as 0 or 1
-  double real = 0;       // Float, Real
-  Decimal decimal;       // Decimal, Money (scale 4)
-  DateTime datetime;     // DateTime, SmallDateTime, Date
-  std::string_view text; // character types, UniqueIdentifier (36 characters); binary types as bytes
+  int64_t integer = 0; // all integer types, and Bit as 0 or 1
+  double real = 0;     // Float, Real
+  Decimal decimal;     // Decimal, Money (scale 4)
+  DateTime datetime;   // DateTime, SmallDateTime, Date
+  // Character types, UniqueIdentifier (36 characters); Time and DateTime2 as hh:mm:ss.fffffff and
+  // yyyy-mm-dd hh:mm:ss.fffffff, with as many digits as the type has; binary types as bytes.
+  std::string_view text;
 };
 
 // ---- errors

@@ -41,6 +41,13 @@ RowSet::RowSet(std::span<const tsql::Column> columns) {
 }
 
 RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type) {
+  if (value.kind == Kind::DateTime && IsMomentText(type.id)) {
+    const std::string text = ToDateText(value.datetime);
+    tsql::Value shown;
+    shown.kind = Kind::Text;
+    shown.text = text;
+    return Store(shown, type);
+  }
   Cell cell{};
   cell.kind = value.kind;
   switch (value.kind) {
@@ -114,7 +121,7 @@ int32_t RowSet::ActualSize(size_t row, size_t column) const {
   case Kind::Bytes: return size;
   case Kind::Text:
     if (type == TypeId::UniqueIdentifier) break;
-    return IsWideText(type) ? size * static_cast<int32_t>(sizeof(wchar_t)) : size;
+    return IsWideText(type) || IsMomentText(type) ? size * static_cast<int32_t>(sizeof(wchar_t)) : size;
   default: break;
   }
   return FieldTypeOf(columns_[column].type).definedSize;

@@ -2,7 +2,10 @@
 
 #include <oleauto.h>
 
+#include <array>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -32,6 +35,15 @@ constexpr int32_t kTicksPerDay = 300 * 86400;
 // From Automation's first day, 1899-12-30, to the server's, 1900-01-01.
 constexpr int32_t kDaysBetweenEpochs = 2;
 
+// The provider is older than date, time and datetime2, and gives texts for them.
+FieldType MomentText(int32_t size) {
+  return {DataType::VarWChar, size, kNone, kNone, 0};
+}
+
+int32_t FractionSize(const tsql::Type& type) {
+  return type.scale == 0 ? 0 : 1 + type.scale;
+}
+
 FieldType Variable(const tsql::Type& type, DataType shortType, DataType longType, int32_t longest) {
   if (type.length < 0) return {longType, longest, kNone, kNone, kLong | kMayDefer};
   return {shortType, type.length, kNone, kNone, 0};
@@ -53,7 +65,9 @@ FieldType FieldTypeOf(const tsql::Type& type) {
   case TypeId::Real: return {DataType::Single, 4, 7, kNone, kFixed};
   case TypeId::DateTime: return {DataType::DBTimeStamp, 16, 23, 3, kFixed};
   case TypeId::SmallDateTime: return {DataType::DBTimeStamp, 16, 16, 0, kFixed};
-  case TypeId::Date: return {DataType::DBDate, 6, 10, 0, kFixed};
+  case TypeId::Date: return MomentText(10);
+  case TypeId::Time: return MomentText(8 + FractionSize(type));
+  case TypeId::DateTime2: return MomentText(19 + FractionSize(type));
   case TypeId::UniqueIdentifier: return {DataType::Guid, 16, kNone, kNone, kFixed};
   case TypeId::Char: return {DataType::Char, type.length, kNone, kNone, kFixed};
   case TypeId::NChar: return {DataType::WChar, type.length, kNone, kNone, kFixed};
@@ -84,6 +98,19 @@ bool IsWideText(TypeId type) {
 
 bool IsBinary(TypeId type) {
   return type == TypeId::Binary || type == TypeId::VarBinary || type == TypeId::Image;
+}
+
+bool IsMomentText(TypeId type) {
+  return type == TypeId::Date || type == TypeId::Time || type == TypeId::DateTime2;
+}
+
+std::string ToDateText(tsql::DateTime moment) {
+  using namespace std::chrono;
+  const year_month_day date = sys_days(year(1900) / 1 / 1) + days(moment.days);
+  std::array<char, 16> text{};
+  const int size = std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", static_cast<int>(date.year()),
+                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  return {text.data(), static_cast<size_t>(size)};
 }
 
 double ToDate(tsql::DateTime moment) {

@@ -25,6 +25,9 @@ FieldType FieldTypeOf(const tsql::Type& type);
 bool IsText(tsql::TypeId type);
 bool IsWideText(tsql::TypeId type);
 bool IsBinary(tsql::TypeId type);
+// date, time and datetime2, which the client gets as texts.
+bool IsMomentText(tsql::TypeId type);
+std::string ToDateText(tsql::DateTime moment); // yyyy-mm-dd
 
 double ToDate(tsql::DateTime moment);
 tsql::DateTime ToDateTime(double date);

@@ -41,6 +41,10 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return test::FailingAllocations::Allow() ? std::malloc(size > 0 ? size : 1) : nullptr;
+}
+
 void operator delete(void* memory) noexcept {
   std::free(memory);
 }

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #endif
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace tsql::test {
@@ -30,8 +31,10 @@ HANDLE Start(const std::string& test) {
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
   if (!CreateProcessA(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                      &process))
+                      &process)) {
+    std::fprintf(stderr, "%s was not started: error %lu\n", program.c_str(), GetLastError());
     return nullptr;
+  }
   CloseHandle(process.hThread);
   return process.hProcess;
 }

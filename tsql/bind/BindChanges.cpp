@@ -35,7 +35,19 @@ bool Binder::IsPending(const ObjectName& name) const {
   return pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame);
 }
 
-TablePtr Binder::FindTable(const ObjectName& name) const {
+TablePtr Binder::FindTableVariable(const ObjectName& name) {
+  const auto isSame = [&](const TablePtr& table) { return EqualNames(table->name, name.name); };
+  if (tableVariables_ == nullptr) Fail(1087, {name.name});
+  const auto found = std::find_if(tableVariables_->begin(), tableVariables_->end(), isSame);
+  if (found == tableVariables_->end()) Fail(1087, {name.name});
+  if (variablesAre_ == Variables::InCatalog) return catalog_.FindTable(name);
+  if (variablesAre_ == Variables::Declared) isAhead_ = true;
+  return *found;
+}
+
+TablePtr Binder::FindTable(const ObjectName& name) {
+  if (name.variable) return FindTableVariable(name);
+  if (inFunction_ && PlaceOf(name) != Place::Main) Fail(2772, {});
   return IsPending(name) ? nullptr : catalog_.FindTable(name);
 }
 
@@ -73,20 +85,23 @@ BoundExprPtr Binder::BindDefault(const TableInfo& table, int column) {
 
 // ---- INSERT
 
-std::vector<int> Binder::InsertColumns(const InsertStatement& statement, const TableInfo& table,
-                                       bool identityInsert) const {
+std::vector<int> Binder::InsertColumns(const std::vector<std::string>& names, const TableInfo& table,
+                                       bool identityInsert) {
   std::vector<int> columns;
-  if (statement.columns.empty()) {
+  if (names.empty()) {
     for (size_t i = 0; i < table.columns.size(); ++i)
-      if (!table.columns[i].identity) columns.push_back(static_cast<int>(i));
+      if (!table.columns[i].identity && !table.columns[i].IsComputed())
+        columns.push_back(static_cast<int>(i));
     if (identityInsert) Fail(8101, {table.name});
     return columns;
   }
-  for (const std::string& name : statement.columns) {
+  for (const std::string& name : names) {
     const int column = table.FindColumn(name);
     if (column < 0) Fail(207, {name});
     if (std::find(columns.begin(), columns.end(), column) != columns.end()) Fail(264, {name});
-    if (table.columns[static_cast<size_t>(column)].identity && !identityInsert) Fail(544, {table.name});
+    const ColumnInfo& info = table.columns[static_cast<size_t>(column)];
+    if (info.IsComputed()) Fail(271, {info.name});
+    if (info.identity && !identityInsert) Fail(544, {table.name});
     columns.push_back(column);
   }
   const bool lacksIdentity = std::find(columns.begin(), columns.end(), table.identityColumn) == columns.end();
@@ -97,12 +112,30 @@ std::vector<int> Binder::InsertColumns(const InsertStatement& statement, const T
 BoundInsert Binder::BindInsert(const InsertStatement& statement, bool identityInsert) {
   BoundInsert bound;
   bound.table = RequireTable(statement.table);
-  if (!statement.defaultValues) bound.columns = InsertColumns(statement, *bound.table, identityInsert);
+  if (!statement.defaultValues)
+    bound.columns = InsertColumns(statement.columns, *bound.table, identityInsert);
   if (statement.query) {
     BindInsertQuery(statement, bound);
   } else {
     BindInsertRows(statement, bound);
   }
+  AddDefaults(bound);
+  bound.output = BindOutput(statement.output.get(), statement.kind, bound.table, -1, Scope());
+  return bound;
+}
+
+BoundInsert Binder::BindInsertMarkers(const InsertExecuteStatement& statement, bool identityInsert) {
+  BoundInsert bound;
+  bound.table = RequireTable(statement.table);
+  bound.columns = InsertColumns(statement.columns, *bound.table, identityInsert);
+  if (bound.columns.size() != markers_.size()) Fail(213, {});
+  std::vector<BoundExprPtr> values;
+  for (size_t i = 0; i < markers_.size(); ++i) {
+    BoundExprPtr marker = MakeNode(BoundExpr::Kind::Marker, markers_[i]);
+    marker->index = static_cast<int>(i);
+    values.push_back(AssignColumn(std::move(marker), *bound.table, bound.columns[i]));
+  }
+  bound.rows.push_back(std::move(values));
   AddDefaults(bound);
   return bound;
 }
@@ -113,6 +146,7 @@ void Binder::BindInsertRows(const InsertStatement& statement, BoundInsert& bound
     return;
   }
   for (const std::vector<ExprPtr>& row : statement.rows) {
+    if (row.size() != statement.rows.front().size()) Fail(10709, {});
     if (row.size() != bound.columns.size()) {
       if (statement.columns.empty()) Fail(213, {});
       Fail(row.size() < bound.columns.size() ? 109 : 110, {});
@@ -129,13 +163,15 @@ void Binder::BindInsertRows(const InsertStatement& statement, BoundInsert& bound
 }
 
 void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& bound) {
+  maxRecursion_ = statement.query->maxRecursion;
   bound.query = BindQuery(*statement.query, false);
   const size_t given = bound.query->columns.size();
   if (given != bound.columns.size()) {
     if (statement.columns.empty()) Fail(213, {});
     Fail(given < bound.columns.size() ? 120 : 121, {});
   }
-  if (!IsOrderSensitive(*bound.query)) {
+  if (isLimited_) bound.limit = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
+  if (!isLimited_ && !IsOrderSensitive(*bound.query)) {
     for (size_t i = 0; i < given; ++i) {
       BoundExprPtr& expr = bound.query->select->items[i].expr;
       expr = AssignColumn(std::move(expr), *bound.table, bound.columns[i]);
@@ -159,7 +195,7 @@ void Binder::AddDefaults(BoundInsert& bound) {
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const int column = static_cast<int>(i);
     const bool given = std::find(bound.columns.begin(), bound.columns.end(), column) != bound.columns.end();
-    if (given || table.columns[i].identity) continue;
+    if (given || table.columns[i].identity || table.columns[i].IsComputed()) continue;
     // For a column that must have a value SQLite might know one of its own.
     if (table.columns[i].defaultText.empty() && table.columns[i].nullable) continue;
     bound.columns.push_back(column);
@@ -211,16 +247,75 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
   Fail(208, {name.name});
 }
 
+// The lower one of TOP and SET ROWCOUNT; null without both.
+BoundExprPtr Binder::BindChangeTop(const ExprPtr& top) {
+  if (!isLimited_) return top ? BindTop(*top) : nullptr;
+  BoundExprPtr limit = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
+  if (!top) return limit;
+  const Type type = MakeType(TypeId::BigInt);
+  BoundExprPtr compare = MakeNode(BoundExpr::Kind::Compare, {});
+  compare->compare = CompareOp::Less;
+  compare->args.push_back(BindTop(*top));
+  compare->args.push_back(MakeGlobal(GlobalValue::RowLimit, type));
+  BoundExprPtr lower = MakeNode(BoundExpr::Kind::Case, type);
+  lower->hasElse = true;
+  lower->args.push_back(std::move(compare));
+  lower->args.push_back(BindTop(*top));
+  lower->args.push_back(std::move(limit));
+  return lower;
+}
+
+BoundExprPtr Binder::RowNumberOf(int source) {
+  BoundExprPtr number = MakeNode(BoundExpr::Kind::Column, MakeType(TypeId::BigInt));
+  number->source = source;
+  number->name = "_rowid_";
+  return number;
+}
+
+BoundExprPtr Binder::BindCurrentOf(int target) {
+  BoundExprPtr compare = MakeNode(BoundExpr::Kind::Compare, {});
+  compare->args.push_back(RowNumberOf(target));
+  compare->args.push_back(MakeGlobal(GlobalValue::CurrentRow, MakeType(TypeId::BigInt)));
+  return compare;
+}
+
+BoundQueryPtr Binder::BindCursorQuery(const Query& query, std::vector<TablePtr>& tables) {
+  BoundQueryPtr bound = BindStatementQuery(query);
+  if (bound->op != SetOp::None) return bound;
+  BoundSelect& select = *bound->select;
+  if (select.distinct || select.grouped || select.top || !select.from) return bound;
+  std::vector<const BoundSource*> left{select.from.get()};
+  while (!left.empty()) {
+    const BoundSource& source = *left.back();
+    left.pop_back();
+    if (source.kind == BoundSource::Kind::Join) {
+      left.push_back(source.left.get());
+      left.push_back(source.right.get());
+    } else if (source.kind == BoundSource::Kind::Table) {
+      tables.push_back(source.table);
+      BoundItem item;
+      item.expr = RowNumberOf(source.id);
+      select.items.push_back(std::move(item));
+    }
+  }
+  return bound;
+}
+
 BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   BoundUpdate bound;
+  maxRecursion_ = statement.maxRecursion;
   BindCommonTables(statement.commonTables, bound.commons);
   Scope scope;
   bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
   scope_ = &scope;
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
-  if (statement.top) bound.top = BindTop(*statement.top);
+  if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
+  bound.top = BindChangeTop(statement.top);
   scope_ = nullptr;
+  if (statement.output && std::ranges::any_of(bound.table->columns, &ColumnInfo::IsComputed))
+    Refuse("OUTPUT of an UPDATE of a table with computed columns");
+  bound.output = BindOutput(statement.output.get(), statement.kind, bound.table, bound.target, scope);
   return bound;
 }
 
@@ -237,6 +332,7 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
     }
     if (column < 0) Fail(207, {name});
     const ColumnInfo& info = bound.table->columns[static_cast<size_t>(column)];
+    if (info.IsComputed()) Fail(271, {info.name});
     if (info.identity) Fail(8102, {info.name});
     for (const auto& other : bound.assignments)
       if (other.first == column) Fail(264, {info.name});
@@ -248,13 +344,16 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
 
 BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   BoundDelete bound;
+  maxRecursion_ = statement.maxRecursion;
   BindCommonTables(statement.commonTables, bound.commons);
   Scope scope;
   bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
-  if (statement.top) bound.top = BindTop(*statement.top);
+  if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
+  bound.top = BindChangeTop(statement.top);
   scope_ = nullptr;
+  bound.output = BindOutput(statement.output.get(), statement.kind, bound.table, bound.target, scope);
   return bound;
 }
 

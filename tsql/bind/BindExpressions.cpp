@@ -9,6 +9,7 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
+#include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -38,10 +39,57 @@ const char* OperatorName(CompareOp op) {
   }
 }
 
+// Whether it asks the session, which answers differently each time.
 bool HasGlobal(const BoundExpr& expr) {
-  return expr.kind == BoundExpr::Kind::Global ||
+  const bool isVolatile = expr.kind == BoundExpr::Kind::Function &&
+                          (expr.function == FunctionId::Random || expr.function == FunctionId::NewId);
+  return isVolatile || expr.kind == BoundExpr::Kind::Global ||
          std::any_of(expr.args.begin(), expr.args.end(),
                      [](const BoundExprPtr& arg) { return HasGlobal(*arg); });
+}
+
+bool AsksCatalog(const BoundExpr& expr) {
+  constexpr FunctionId kFunctions[] = {FunctionId::ObjectId, FunctionId::ObjectName, FunctionId::ColLength,
+                                       FunctionId::CursorStatus};
+  const bool asks = expr.kind == BoundExpr::Kind::Function &&
+                    std::ranges::find(kFunctions, expr.function) != std::end(kFunctions);
+  return asks || std::ranges::any_of(expr.args, [](const BoundExprPtr& arg) { return AsksCatalog(*arg); });
+}
+
+void CheckNotComputed(const BoundExpr& expr, const TableInfo& table) {
+  for (const BoundExprPtr& arg : expr.args) CheckNotComputed(*arg, table);
+  if (expr.kind != BoundExpr::Kind::Column) return;
+  const ColumnInfo& column = table.columns[static_cast<size_t>(table.FindColumn(expr.name))];
+  if (column.IsComputed()) Fail(1759, {column.name, table.name});
+}
+
+std::vector<BoundExpr*> Pointers(const std::vector<BoundExprPtr>& exprs) {
+  std::vector<BoundExpr*> pointers;
+  pointers.reserve(exprs.size());
+  for (const BoundExprPtr& expr : exprs) pointers.push_back(expr.get());
+  return pointers;
+}
+
+bool HasCollation(const BoundExpr& expr) {
+  return expr.collation != CollationId::Default ||
+         std::any_of(expr.args.begin(), expr.args.end(),
+                     [](const BoundExprPtr& arg) { return HasCollation(*arg); });
+}
+
+bool IsLaterMoment(TypeId id) {
+  return id == TypeId::Date || IsFine(id);
+}
+
+// Only with datetime and smalldatetime can be computed.
+void RefuseLaterMoments(ArithmeticOp op, const Type& left, const Type& right) {
+  if (!IsLaterMoment(left.id) && !IsLaterMoment(right.id)) return;
+  if (left.id == right.id) Fail(8117, {TypeName(left.id), OperatorName(op)});
+  const auto isTextOrMoment = [](const Type& type) {
+    return IsText(type) || FamilyOf(type.id) == Family::DateTime;
+  };
+  if (isTextOrMoment(left) && isTextOrMoment(right))
+    Fail(402, {TypeName(left.id), TypeName(right.id), OperatorName(op)});
+  Fail(206, {TypeName(left.id), TypeName(right.id)});
 }
 
 bool IsBitwise(ArithmeticOp op) {
@@ -65,6 +113,18 @@ BoundExprPtr Binder::BindValueFor(const Expr& expr, const Type& type) {
 }
 
 BoundExprPtr Binder::BindCheck(const Expr& expr, const TableInfo& table) {
+  return BindOverTable(expr, table);
+}
+
+BoundExprPtr Binder::BindComputed(const Expr& expr, const TableInfo& table) {
+  BoundExprPtr bound = BindOverTable(expr, table);
+  CheckNotComputed(*bound, table);
+  // SQLite must be able to compute it from the row alone.
+  if (AsksCatalog(*bound)) Refuse("A value of the session in a CHECK constraint or computed column");
+  return bound;
+}
+
+BoundExprPtr Binder::BindOverTable(const Expr& expr, const TableInfo& table) {
   Scope scope;
   ScopeSource source;
   source.id = -1;
@@ -73,18 +133,84 @@ BoundExprPtr Binder::BindCheck(const Expr& expr, const TableInfo& table) {
   source.columns = ColumnsOf(table);
   scope.sources.push_back(std::move(source));
   scope_ = &scope;
+  inCheck_ = true;
   BoundExprPtr bound = Bind(expr);
+  inCheck_ = false;
   scope_ = nullptr;
-  if (HasGlobal(*bound)) Refuse("A value of the session in a CHECK constraint");
+  if (HasGlobal(*bound)) Refuse("A value of the session in a CHECK constraint or computed column");
+  if (HasCollation(*bound))
+    Refuse("A collation that tells cases apart in a CHECK constraint or computed column");
   return bound;
 }
 
+namespace {
+
+// The functions that compare texts by themselves.
+bool IsSearching(const BoundExpr& expr) {
+  if (expr.kind != BoundExpr::Kind::Function) return false;
+  switch (expr.function) {
+  case FunctionId::NullIf:
+  case FunctionId::PatIndex:
+  case FunctionId::CharIndex:
+  case FunctionId::Replace:
+  case FunctionId::TrimCharacters:
+  case FunctionId::Translate: return true;
+  default: return false;
+  }
+}
+
+} // namespace
+
 BoundExprPtr Binder::Bind(const Expr& expr) {
+  BoundExprPtr node = BindKind(expr);
+  InheritCollation(*node);
+  return node;
+}
+
+void Binder::InheritCollation(BoundExpr& expr) {
+  if (expr.collated) return;
+  const bool isSearching = IsSearching(expr);
+  for (const BoundExprPtr& arg : expr.args) {
+    if (!arg->collated) continue;
+    if (isSearching && arg->collation != CollationId::Default)
+      Refuse("A collation that tells cases apart in a function that searches texts");
+    if (!IsText(expr.type)) continue;
+    if (expr.collated && expr.collation != arg->collation)
+      Fail(468, {expr.collationName, arg->collationName, "concat"});
+    TakeCollation(expr, *arg);
+  }
+}
+
+void Binder::UnifyCollations(const std::vector<BoundExpr*>& operands, const char* operation) {
+  const BoundExpr* named = nullptr;
+  for (const BoundExpr* operand : operands) {
+    if (!operand->collated) continue;
+    if (named != nullptr && named->collation != operand->collation)
+      Fail(468, {named->collationName, operand->collationName, operation});
+    named = operand;
+  }
+  if (named != nullptr && named != operands.front()) TakeCollation(*operands.front(), *named);
+}
+
+BoundExprPtr Binder::BindCollate(const Expr& expr) {
+  BoundExprPtr operand = Bind(*expr.args[0]);
+  if (IsNullConstant(*operand)) operand->type = MakeType(TypeId::VarChar, 1);
+  if (!IsText(operand->type)) Fail(447, {TypeName(operand->type.id)});
+  BoundExpr named;
+  named.collated = true;
+  named.collation = expr.collation;
+  named.collationName = expr.text;
+  TakeCollation(*operand, named);
+  return operand;
+}
+
+BoundExprPtr Binder::BindKind(const Expr& expr) {
   switch (expr.kind) {
   case ExprKind::Null: return MakeConstant({}, MakeType(TypeId::Int));
   case ExprKind::Default: Fail(156, {"DEFAULT"}, expr.line);
   case ExprKind::Literal: return BindLiteral(expr);
   case ExprKind::Column: return BindColumn(expr);
+  case ExprKind::UserCall: return BindUserCall(expr);
   case ExprKind::Variable: return BindVariable(expr);
   case ExprKind::Marker: return BindMarker(expr);
   case ExprKind::Negate:
@@ -102,9 +228,10 @@ BoundExprPtr Binder::Bind(const Expr& expr) {
   case ExprKind::Exists:
   case ExprKind::Subquery: return BindSubquery(expr);
   case ExprKind::Case: return BindCase(expr);
-  case ExprKind::Call: return BindCall(expr);
+  case ExprKind::Call: return expr.over ? BindWindow(expr) : BindCall(expr);
   case ExprKind::Cast:
   case ExprKind::Convert: return BindCast(expr);
+  case ExprKind::Collate: return BindCollate(expr);
   }
   return nullptr;
 }
@@ -156,7 +283,7 @@ BoundExprPtr Binder::BindColumn(const Expr& expr) {
   return MakeColumn(*found.source, *found.column);
 }
 
-BoundExprPtr Binder::BindVariable(const Expr& expr) const {
+BoundExprPtr Binder::BindVariable(const Expr& expr) {
   struct Entry {
     const char* name;
     GlobalValue value;
@@ -166,11 +293,14 @@ BoundExprPtr Binder::BindVariable(const Expr& expr) const {
                                    {"@@identity", GlobalValue::Identity, MakeDecimal(38, 0)},
                                    {"@@error", GlobalValue::Error, MakeType(TypeId::Int)},
                                    {"@@trancount", GlobalValue::TransactionCount, MakeType(TypeId::Int)},
-                                   {"@@nestlevel", GlobalValue::ProcedureNesting, MakeType(TypeId::Int)}};
+                                   {"@@nestlevel", GlobalValue::ProcedureNesting, MakeType(TypeId::Int)},
+                                   {"@@fetch_status", GlobalValue::FetchStatus, MakeType(TypeId::Int)},
+                                   {"@@cursor_rows", GlobalValue::CursorRows, MakeType(TypeId::Int)}};
   for (const Entry& entry : kGlobals) {
     if (EqualNames(entry.name, expr.text)) return MakeGlobal(entry.value, entry.type);
   }
   RefuseIfListed(RefusedKind::Global, expr.text);
+  if (inlined_ != nullptr) return BindInlinedParameter(expr);
   const int index = FindVariable(variables_, expr.text);
   if (index < 0) Fail(137, {expr.text});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Variable, variables_[static_cast<size_t>(index)].type);
@@ -207,9 +337,8 @@ BoundExprPtr Binder::BindNegation(const Expr& expr) {
 }
 
 BoundExprPtr Binder::BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const {
-  const bool isDate = left->type.id == TypeId::Date || right->type.id == TypeId::Date;
+  RefuseLaterMoments(op, left->type, right->type);
   const bool isAdditive = op == ArithmeticOp::Add || op == ArithmeticOp::Subtract;
-  if (isDate) Fail(206, {TypeName(left->type.id), TypeName(right->type.id)});
   const bool leftIsDate = FamilyOf(left->type.id) == Family::DateTime;
   const Type common = CommonType(left->type, right->type);
   if (!isAdditive || (op == ArithmeticOp::Subtract && !leftIsDate && !IsText(left->type) &&
@@ -263,7 +392,10 @@ BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
 }
 
 void Binder::CheckComparable(const BoundExpr& expr, const BoundExpr& other, const char* op) const {
-  if (IsLob(expr.type.id) || IsLob(other.type.id))
+  const auto isDay = [](TypeId id) { return FamilyOf(id) == Family::DateTime && id != TypeId::Time; };
+  const bool isTimeOfDay = (expr.type.id == TypeId::Time && isDay(other.type.id)) ||
+                           (other.type.id == TypeId::Time && isDay(expr.type.id));
+  if (isTimeOfDay || IsLob(expr.type.id) || IsLob(other.type.id))
     Fail(402, {TypeName(expr.type.id), TypeName(other.type.id), op});
 }
 
@@ -278,6 +410,7 @@ BoundExprPtr Binder::BindComparison(const Expr& expr) {
   const bool isText = IsText(common) && IsText(left->type) && IsText(right->type);
   node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
   node->args.push_back(isText ? std::move(right) : Convert(std::move(right), common));
+  UnifyCollations({node->args[0].get(), node->args[1].get()}, OperatorName(expr.compare));
   return node;
 }
 
@@ -292,6 +425,7 @@ BoundExprPtr Binder::BindLike(const Expr& expr) {
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Like, MakeType(TypeId::Bit));
   node->negated = expr.negated;
   for (const ExprPtr& arg : expr.args) node->args.push_back(ConvertText(Bind(*arg)));
+  UnifyCollations({node->args[0].get(), node->args[1].get()}, "like");
   return node;
 }
 
@@ -308,6 +442,7 @@ BoundExprPtr Binder::BindBetween(const Expr& expr) {
   const bool isText = IsText(common);
   for (BoundExprPtr& arg : node->args)
     if (!isText || !IsText(arg->type)) arg = Convert(std::move(arg), common);
+  UnifyCollations(Pointers(node->args), "between");
   return node;
 }
 
@@ -324,6 +459,7 @@ BoundExprPtr Binder::BindInList(const Expr& expr) {
   const bool isText = IsText(common);
   for (BoundExprPtr& arg : node->args)
     if (!isText || !IsText(arg->type)) arg = Convert(std::move(arg), common);
+  UnifyCollations(Pointers(node->args), "equal to");
   return node;
 }
 
@@ -378,7 +514,13 @@ BoundExprPtr Binder::BindCase(const Expr& expr) {
     for (const size_t i : indexes) node->args[i] = Convert(std::move(node->args[i]), common);
     return common;
   };
-  if (expr.hasOperand) unify(tested);
+  if (expr.hasOperand) {
+    unify(tested);
+    std::vector<BoundExpr*> operands;
+    operands.reserve(tested.size());
+    for (const size_t i : tested) operands.push_back(node->args[i].get());
+    UnifyCollations(operands, "equal to");
+  }
   const auto isNull = [&](size_t i) { return IsNullConstant(*node->args[i]); };
   if (std::all_of(results.begin(), results.end(), isNull)) Fail(8133, {});
   node->type = unify(results);
@@ -395,13 +537,18 @@ BoundExprPtr Binder::BindCast(const Expr& expr) {
     if (styleExpr->kind != BoundExpr::Kind::Constant || FamilyOf(styleExpr->type.id) != Family::Integer)
       Refuse("A CONVERT style that is not an integer constant");
     style = static_cast<int>(styleExpr->constant.integer);
+    const bool isOfMoment =
+        FamilyOf(operand->type.id) == Family::DateTime || FamilyOf(expr.type.id) == Family::DateTime;
+    if (isOfMoment && IsHijriStyle(style)) Refuse("A CONVERT style of the Hijri calendar");
+    // Style 0 is style 100, but no style is another one for the types that came later.
+    if (isOfMoment && style == 0) style = 100;
   }
   const bool isImpossible = FindConversion(operand->type.id, expr.type.id) == Conversion::Impossible;
   if (!IsNullConstant(*operand) && isImpossible)
     Fail(529, {TypeName(operand->type.id), TypeName(expr.type.id)});
-  BoundExprPtr node = MakeNode(BoundExpr::Kind::Cast, expr.type);
+  BoundExprPtr node = MakeNode(expr.attempt ? BoundExpr::Kind::TryCast : BoundExpr::Kind::Cast, expr.type);
   node->style = style;
-  node->nullable = operand->nullable;
+  node->nullable = operand->nullable || expr.attempt;
   node->args.push_back(std::move(operand));
   return node;
 }

@@ -11,11 +11,16 @@ namespace tsql {
 namespace {
 
 constexpr int32_t kNameLength = 128;
+constexpr size_t kMostChoices = 254;
 
 constexpr std::pair<std::string_view, AggregateId> kAggregates[] = {
-    {"count", AggregateId::Count}, {"count_big", AggregateId::CountBig},
-    {"sum", AggregateId::Sum},     {"avg", AggregateId::Average},
-    {"min", AggregateId::Min},     {"max", AggregateId::Max}};
+    {"count", AggregateId::Count},
+    {"count_big", AggregateId::CountBig},
+    {"sum", AggregateId::Sum},
+    {"avg", AggregateId::Average},
+    {"min", AggregateId::Min},
+    {"max", AggregateId::Max},
+    {"string_agg", AggregateId::StringAggregate}};
 
 // Functions that read what the session knows.
 struct GlobalFunction {
@@ -27,6 +32,8 @@ struct GlobalFunction {
 std::span<const GlobalFunction> GlobalFunctions() {
   static const GlobalFunction kFunctions[] = {
       {"scope_identity", GlobalValue::ScopeIdentity, MakeDecimal(38, 0)},
+      {"rowcount_big", GlobalValue::RowCount, MakeType(TypeId::BigInt)},
+      {"xact_state", GlobalValue::TransactionState, MakeType(TypeId::SmallInt)},
       {"error_number", GlobalValue::ErrorNumber, MakeType(TypeId::Int)},
       {"error_message", GlobalValue::ErrorMessage, MakeType(TypeId::NVarChar, 2048)},
       {"error_severity", GlobalValue::ErrorSeverity, MakeType(TypeId::Int)},
@@ -44,13 +51,13 @@ constexpr std::pair<std::string_view, std::string_view> kNameFunctions[] = {
 
 constexpr std::string_view kPi = "pi";
 
-std::optional<AggregateId> FindAggregate(std::string_view name) {
+} // namespace
+
+std::optional<AggregateId> Binder::FindAggregate(std::string_view name) {
   for (const auto& [text, id] : kAggregates)
     if (text == name) return id;
   return std::nullopt;
 }
-
-} // namespace
 
 // The table of all functions: its name, what it is in the bound tree, and the rule for its arguments and
 // type.
@@ -59,6 +66,9 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"isnull", FunctionId::IsNull, &Binder::BindIsNull},
       {"coalesce", FunctionId::Coalesce, &Binder::BindCoalesce},
       {"nullif", FunctionId::NullIf, &Binder::BindNullIf},
+      {"choose", FunctionId::NullIf, &Binder::BindChoose},
+      {"concat", FunctionId::Concat, &Binder::BindConcat},
+      {"concat_ws", FunctionId::ConcatWithSeparator, &Binder::BindConcat},
       {"len", FunctionId::Len, &Binder::BindTextMeasure},
       {"ascii", FunctionId::Ascii, &Binder::BindTextMeasure},
       {"unicode", FunctionId::Unicode, &Binder::BindTextMeasure},
@@ -68,7 +78,9 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"quotename", FunctionId::QuoteName, &Binder::BindQuoteName},
       {"ltrim", FunctionId::LTrim, &Binder::BindTextMap},
       {"rtrim", FunctionId::RTrim, &Binder::BindTextMap},
-      {"trim", FunctionId::Trim, &Binder::BindTextMap},
+      {"trim", FunctionId::Trim, &Binder::BindTrim},
+      {"translate", FunctionId::Translate, &Binder::BindTranslate},
+      {"parsename", FunctionId::ParseName, &Binder::BindParseName},
       {"upper", FunctionId::Upper, &Binder::BindTextMap},
       {"lower", FunctionId::Lower, &Binder::BindTextMap},
       {"reverse", FunctionId::Reverse, &Binder::BindTextMap},
@@ -85,12 +97,21 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"isnumeric", FunctionId::IsNumeric, &Binder::BindTextTest},
       {"isdate", FunctionId::IsDate, &Binder::BindTextTest},
       {"getdate", FunctionId::GetDate, &Binder::BindGetDate},
-      {"sysdatetime", FunctionId::GetDate, &Binder::BindGetDate},
+      {"sysdatetime", FunctionId::SysDateTime, &Binder::BindGetDate},
+      {"getutcdate", FunctionId::GetUtcDate, &Binder::BindGetDate},
+      {"sysutcdatetime", FunctionId::SysUtcDateTime, &Binder::BindGetDate},
       {"year", FunctionId::DatePart, &Binder::BindCalendarPart},
       {"month", FunctionId::DatePart, &Binder::BindCalendarPart},
       {"day", FunctionId::DatePart, &Binder::BindCalendarPart},
       {"dateadd", FunctionId::DateAdd, &Binder::BindDateAdd},
       {"datediff", FunctionId::DateDiff, &Binder::BindDateDiff},
+      {"datediff_big", FunctionId::DateDiffBig, &Binder::BindDateDiff},
+      {"datefromparts", FunctionId::DateFromParts, &Binder::BindDateFromParts},
+      {"datetimefromparts", FunctionId::DateFromParts, &Binder::BindDateFromParts},
+      {"smalldatetimefromparts", FunctionId::DateFromParts, &Binder::BindDateFromParts},
+      {"datetime2fromparts", FunctionId::DateFromParts, &Binder::BindDateFromParts},
+      {"timefromparts", FunctionId::DateFromParts, &Binder::BindDateFromParts},
+      {"eomonth", FunctionId::EndOfMonth, &Binder::BindEndOfMonth},
       {"datepart", FunctionId::DatePart, &Binder::BindDatePart},
       {"datename", FunctionId::DateName, &Binder::BindDatePart},
       {"sqrt", FunctionId::Sqrt, &Binder::BindFloatFunction},
@@ -99,6 +120,17 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"exp", FunctionId::Exp, &Binder::BindFloatFunction},
       {"log", FunctionId::Log, &Binder::BindFloatFunction},
       {"log10", FunctionId::Log10, &Binder::BindFloatFunction},
+      {"acos", FunctionId::Acos, &Binder::BindFloatFunction},
+      {"asin", FunctionId::Asin, &Binder::BindFloatFunction},
+      {"atan", FunctionId::Atan, &Binder::BindFloatFunction},
+      {"atn2", FunctionId::Atan2, &Binder::BindFloatFunction},
+      {"cos", FunctionId::Cos, &Binder::BindFloatFunction},
+      {"cot", FunctionId::Cot, &Binder::BindFloatFunction},
+      {"sin", FunctionId::Sin, &Binder::BindFloatFunction},
+      {"tan", FunctionId::Tan, &Binder::BindFloatFunction},
+      {"degrees", FunctionId::Degrees, &Binder::BindAngle},
+      {"radians", FunctionId::Radians, &Binder::BindAngle},
+      {"rand", FunctionId::Random, &Binder::BindRandom},
       {"abs", FunctionId::Abs, &Binder::BindRounding},
       {"sign", FunctionId::Sign, &Binder::BindRounding},
       {"floor", FunctionId::Floor, &Binder::BindRounding},
@@ -106,6 +138,7 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"round", FunctionId::Round, &Binder::BindRounding},
       {"newid", FunctionId::NewId, &Binder::BindNewId},
       {"object_id", FunctionId::ObjectId, &Binder::BindObjectSize},
+      {"cursor_status", FunctionId::CursorStatus, &Binder::BindCursorStatus},
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
       {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
   };
@@ -116,17 +149,21 @@ std::vector<std::string_view> Binder::FunctionNames() {
   std::vector<std::string_view> names{kPi};
   for (const auto& [name, aggregate] : kAggregates) names.push_back(name);
   for (const FunctionEntry& entry : FunctionTable()) names.push_back(entry.name);
+  for (const WindowEntry& entry : WindowTable()) names.push_back(entry.name);
   for (const GlobalFunction& function : GlobalFunctions()) names.push_back(function.name);
   for (const auto& [name, value] : kNameFunctions) names.push_back(name);
   return names;
 }
 
 BoundExprPtr Binder::BindCall(const Expr& expr) {
-  if (const std::optional<AggregateId> aggregate = FindAggregate(expr.text))
-    return BindAggregate(expr, *aggregate);
+  const std::optional<AggregateId> aggregate = FindAggregate(expr.text);
+  if (aggregate == AggregateId::StringAggregate) return BindStringAggregate(expr);
+  if (!expr.within.empty()) Fail(10757, {expr.text});
+  if (aggregate) return BindAggregate(expr, *aggregate);
   for (const FunctionEntry& entry : FunctionTable())
     if (entry.name == expr.text) return (this->*entry.rule)(expr, entry.function);
   if (BoundExprPtr bound = BindConstantFunction(expr)) return bound;
+  if (FindWindowFunction(expr.text) != nullptr) Fail(10753, {expr.text});
   Fail(195, {expr.text});
 }
 
@@ -187,9 +224,26 @@ BoundExprPtr Binder::BindNullIf(const Expr& expr, FunctionId function) {
   return node;
 }
 
+// CHOOSE(number, a, b, ...): CASE number WHEN 1 THEN a WHEN 2 THEN b ... END.
+BoundExprPtr Binder::BindChoose(const Expr& expr, FunctionId /*function*/) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, kMostChoices);
+  std::vector<const BoundExpr*> choices;
+  for (size_t i = 1; i < args.size(); ++i) choices.push_back(args[i].get());
+  const Type type = CommonTypeOf(choices);
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Case, type);
+  node->hasOperand = true;
+  node->args.push_back(Convert(std::move(args[0]), MakeType(TypeId::Int)));
+  for (size_t i = 1; i < args.size(); ++i) {
+    node->args.push_back(MakeConstant(Datum::OfInteger(static_cast<int64_t>(i)), MakeType(TypeId::Int)));
+    node->args.push_back(Convert(std::move(args[i]), type));
+  }
+  return node;
+}
+
 // ---- the catalog and the session
 
 BoundExprPtr Binder::BindNewId(const Expr& /*expr*/, FunctionId function) {
+  if (inFunction_) Fail(443, {"newid"});
   return MakeFunction(function, MakeType(TypeId::UniqueIdentifier), {});
 }
 
@@ -210,6 +264,12 @@ BoundExprPtr Binder::BindObjectSize(const Expr& expr, FunctionId function) {
   Binder arguments(catalog_, variables_, markers_);
   for (const ExprPtr& arg : expr.args) args.push_back(ConvertText(arguments.BindScalar(*arg)));
   return MakeFunction(function, MakeType(isObjectId ? TypeId::Int : TypeId::SmallInt), std::move(args));
+}
+
+BoundExprPtr Binder::BindCursorStatus(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, 2);
+  for (BoundExprPtr& arg : args) arg = ConvertText(std::move(arg));
+  return MakeFunction(function, MakeType(TypeId::SmallInt), std::move(args));
 }
 
 // Functions whose value is known before the statement runs; null when it is none of them.

@@ -18,17 +18,39 @@ Type PowerType(const Type& type) {
   }
 }
 
+// DEGREES and RADIANS do the same, but a decimal gets 18 places.
+Type AngleType(const Type& type) {
+  constexpr int kPlaces = 18;
+  return type.id == TypeId::Decimal ? MakeDecimal(kMaxPrecision, kPlaces) : PowerType(type);
+}
+
 } // namespace
 
-// SQRT, SQUARE, POWER, EXP, LOG, LOG10
+// SQRT, SQUARE, POWER, EXP, LOG, LOG10, and those of trigonometry
 BoundExprPtr Binder::BindFloatFunction(const Expr& expr, FunctionId function) {
   const bool isPower = function == FunctionId::Power;
-  const size_t count = isPower ? 2 : 1;
-  std::vector<BoundExprPtr> args = BindArguments(expr, count, count);
+  const size_t least = isPower || function == FunctionId::Atan2 ? 2 : 1;
+  const size_t most = function == FunctionId::Log ? 2 : least; // LOG may have a base
+  std::vector<BoundExprPtr> args = BindArguments(expr, least, most);
   const Type result = isPower ? PowerType(args[0]->type) : MakeType(TypeId::Float);
   for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), MakeType(TypeId::Float));
   BoundExprPtr node = MakeFunction(function, MakeType(TypeId::Float), std::move(args));
   return Convert(std::move(node), result);
+}
+
+BoundExprPtr Binder::BindAngle(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  const Type result = AngleType(args[0]->type);
+  args[0] = Convert(std::move(args[0]), MakeType(TypeId::Float));
+  return Convert(MakeFunction(function, MakeType(TypeId::Float), std::move(args)), result);
+}
+
+// RAND has one value for each place in the statement where it stands, whatever the number of rows.
+BoundExprPtr Binder::BindRandom(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 0, 1);
+  if (!args.empty()) args[0] = Convert(std::move(args[0]), MakeType(TypeId::Int));
+  args.insert(args.begin(), MakeConstant(Datum::OfInteger(expr.number), MakeType(TypeId::BigInt)));
+  return MakeFunction(function, MakeType(TypeId::Float), std::move(args));
 }
 
 // ABS, SIGN, FLOOR, CEILING, ROUND

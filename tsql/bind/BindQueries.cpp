@@ -32,6 +32,13 @@ bool HasVariable(const BoundExpr& expr) {
                      [](const BoundExprPtr& arg) { return HasVariable(*arg); });
 }
 
+// What uses the columns of an inner query knows nothing of their collations.
+void RefuseCollations(const BoundSelect& select) {
+  for (const BoundItem& item : select.items)
+    if (item.expr->collation != CollationId::Default)
+      Refuse("A collation that tells cases apart in a column of an inner query");
+}
+
 bool IsUpdateLockWanted(const TableSource& source) {
   if (source.kind != TableSource::Kind::Join) return source.updateLock;
   return IsUpdateLockWanted(*source.left) || IsUpdateLockWanted(*source.right);
@@ -40,6 +47,7 @@ bool IsUpdateLockWanted(const TableSource& source) {
 } // namespace
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
+  maxRecursion_ = query.maxRecursion;
   return BindQuery(query, false);
 }
 
@@ -64,16 +72,20 @@ BoundQueryPtr Binder::BindQuery(const Query& query, bool isInner) {
   std::vector<BoundCommon> commons;
   BindCommonTables(query.commonTables, commons);
   const bool hasTop = query.select && query.select->top;
-  if (isInner && !query.orderBy.empty() && !hasTop) Fail(1033, {});
+  if (isInner && !query.orderBy.empty() && !hasTop && !query.offset) Fail(1033, {});
+  if (hasTop && query.offset) Fail(10741, {});
   BoundQueryPtr bound;
   if (query.op == SetOp::None) {
     bound = std::make_unique<BoundQuery>();
     bound->select = BindSelect(*query.select, query.orderBy, bound->orderBy);
+    if (isInner || query.select->into) RefuseCollations(*bound->select);
     RefreshColumns(*bound);
   } else {
     bound = BindSetOperation(query);
     BindCompoundOrder(query.orderBy, *bound);
   }
+  if (query.offset) bound->offset = BindRowCount(*query.offset, 0, 10742, 10743);
+  if (query.fetch) bound->fetch = BindRowCount(*query.fetch, 1, 10744, 10745);
   bound->commons = std::move(commons);
   commons_.resize(outerCommons);
   return bound;
@@ -84,8 +96,11 @@ BoundQueryPtr Binder::BindSetOperation(const Query& query) {
   bound->op = query.op;
   bound->left = BindQuery(*query.left, false);
   bound->right = BindQuery(*query.right, false);
-  for (const BoundQuery* branch : {bound->left.get(), bound->right.get()})
-    if (branch->op == SetOp::None && branch->select->items.front().variable >= 0) Fail(10734, {});
+  for (const BoundQuery* branch : {bound->left.get(), bound->right.get()}) {
+    if (branch->op != SetOp::None) continue;
+    if (branch->select->items.front().variable >= 0) Fail(10734, {});
+    RefuseCollations(*branch->select);
+  }
   const std::vector<Column>& left = bound->left->columns;
   const std::vector<Column>& right = bound->right->columns;
   if (left.size() != right.size()) Fail(205, {});
@@ -137,7 +152,16 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   }
   Scope* saved = std::exchange(scope_, &scope);
   bound->distinct = select.distinct;
-  if (select.top) bound->top = BindTop(*select.top);
+  if (select.topPercent) {
+    bound->top = BindTopPercent(*select.top);
+  } else if (select.into) {
+    bound->top = BindChangeTop(select.top);
+  } else if (select.top) {
+    bound->top = BindTop(*select.top);
+  }
+  bound->topPercent = select.topPercent;
+  bound->topTies = select.topTies;
+  if (select.topTies && orderBy.empty()) Fail(1062, {});
   if (select.where) bound->where = Bind(*select.where);
   for (const ExprPtr& expr : select.groupBy) {
     bound->groupBy.push_back(Bind(*expr));
@@ -150,9 +174,13 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
            {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});
   }
   scope.aggregatesAllowed = true;
+  scope.windowsAllowed = true;
   BindItems(select, *bound);
+  scope.windowsAllowed = false;
   if (select.having) bound->having = Bind(*select.having);
+  scope.windowsAllowed = true;
   BindOrder(orderBy, *bound, order);
+  bound->windowed = scope.hasWindow;
   bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
   if (bound->grouped) CheckGrouping(*bound, order);
   scope_ = saved;
@@ -161,15 +189,38 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
 
 // SQLite evaluates the limit before there is a row, so that it may name no column, not even one of an outer
 // query, which the server allows.
-BoundExprPtr Binder::BindTop(const Expr& expr) {
-  if (expr.kind == ExprKind::Column) {
+BoundExprPtr Binder::BindWithoutRows(const Expr& expr) {
+  if (expr.kind == ExprKind::Column && scope_ != nullptr) {
     bool prefixFound = false;
     if (ResolveIn(*scope_, expr.parts, prefixFound).column != nullptr) Fail(4115, {expr.parts.back()});
-    Refuse("A column of an outer query in TOP");
+    Refuse("A column of an outer query in TOP, OFFSET or FETCH");
   }
   Scope* saved = std::exchange(scope_, nullptr);
-  BoundExprPtr top = Bind(expr);
+  BoundExprPtr bound = Bind(expr);
   scope_ = saved;
+  return bound;
+}
+
+// The share of TOP ... PERCENT.
+BoundExprPtr Binder::BindTopPercent(const Expr& expr) {
+  constexpr double kAll = 100;
+  BoundExprPtr share = BindWithoutRows(expr);
+  if (IsNullConstant(*share)) Fail(1060, {});
+  share = Convert(std::move(share), MakeType(TypeId::Float));
+  const bool isConstant = share->kind == BoundExpr::Kind::Constant;
+  if (isConstant && (share->constant.real < 0 || share->constant.real > kAll)) Fail(1031, {});
+  return share;
+}
+
+// The numbers of OFFSET and FETCH.
+BoundExprPtr Binder::BindRowCount(const Expr& expr, int64_t least, int error, int typeError) {
+  BoundExprPtr count = BindWithoutRows(expr);
+  if (FamilyOf(count->type.id) != Family::Integer) Fail(typeError, {});
+  return AtLeast(Convert(std::move(count), MakeType(TypeId::BigInt)), least, error, typeError);
+}
+
+BoundExprPtr Binder::BindTop(const Expr& expr) {
+  BoundExprPtr top = BindWithoutRows(expr);
   if (IsNullConstant(*top)) Fail(1060, {});
   const Type type = MakeType(TypeId::BigInt);
   top = Convert(std::move(top), type);
@@ -293,7 +344,7 @@ void Binder::BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery
 // ---- grouping
 
 void Binder::CheckGrouped(const BoundExpr& expr, const BoundSelect& select, int error) const {
-  if (expr.kind == BoundExpr::Kind::Aggregate) return;
+  if (expr.kind == BoundExpr::Kind::Aggregate && !expr.over) return;
   for (const BoundExprPtr& group : select.groupBy)
     if (SameExpr(*group, expr)) return;
   if (expr.kind == BoundExpr::Kind::Column) {

@@ -11,6 +11,7 @@ namespace tsql {
 namespace {
 
 constexpr int kMaxViewDepth = 32;
+constexpr size_t kMostAppliedColumns = 256; // that t_rows has
 constexpr char kSeveralMembers[] = "A common table expression with several recursive members";
 
 // How the FROM of a recursive member uses the common table expression itself.
@@ -48,6 +49,11 @@ void CountOwnUses(const BoundSource& source, int common, bool isDerived, OwnUses
     break;
   default: break;
   }
+}
+
+bool HasApplied(const BoundSource& source) {
+  if (source.kind != BoundSource::Kind::Join) return source.applied;
+  return HasApplied(*source.left) || HasApplied(*source.right);
 }
 
 } // namespace
@@ -88,7 +94,9 @@ void Binder::AddSource(Scope& scope, ScopeSource source) const {
 BoundSourcePtr Binder::BindSource(const TableSource& source, Scope& scope) {
   switch (source.kind) {
   case TableSource::Kind::Join: return BindJoin(source, scope);
-  case TableSource::Kind::Derived: return BindDerived(source, scope);
+  case TableSource::Kind::Derived: return BindDerived(source, scope, scope.outer);
+  case TableSource::Kind::Values: return BindValues(source, scope, scope.outer);
+  case TableSource::Kind::Function: return BindFunctionSource(source, scope, scope.outer);
   case TableSource::Kind::Named: break;
   }
   return BindNamed(source, scope);
@@ -97,11 +105,14 @@ BoundSourcePtr Binder::BindSource(const TableSource& source, Scope& scope) {
 BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Join;
-  node->join = source.join;
+  const bool isApply = source.join == JoinKind::CrossApply || source.join == JoinKind::OuterApply;
+  node->join = source.join == JoinKind::CrossApply   ? JoinKind::Cross
+               : source.join == JoinKind::OuterApply ? JoinKind::Left
+                                                     : source.join;
   const size_t leftBegin = scope.sources.size();
   node->left = BindSource(*source.left, scope);
   const size_t rightBegin = scope.sources.size();
-  node->right = BindSource(*source.right, scope);
+  node->right = isApply ? BindApplied(*source.right, scope, leftBegin) : BindSource(*source.right, scope);
   if (source.on) {
     // ON sees the tables of its own join only.
     Scope inner;
@@ -116,15 +127,30 @@ BoundSourcePtr Binder::BindJoin(const TableSource& source, Scope& scope) {
     for (size_t i = begin; i < end; ++i)
       for (ScopeColumn& column : scope.sources[i].columns) column.nullable = true;
   };
-  const bool leftOuter = source.join == JoinKind::Right || source.join == JoinKind::Full;
-  const bool rightOuter = source.join == JoinKind::Left || source.join == JoinKind::Full;
+  const bool leftOuter = node->join == JoinKind::Right || node->join == JoinKind::Full;
+  const bool rightOuter = node->join == JoinKind::Left || node->join == JoinKind::Full;
+  if (leftOuter && (HasApplied(*node->left) || HasApplied(*node->right)))
+    Refuse("APPLY beside a RIGHT or FULL JOIN");
   if (leftOuter) makeNullable(leftBegin, rightBegin);
   if (rightOuter) makeNullable(rightBegin, scope.sources.size());
   return node;
 }
 
+// The right side of an APPLY sees the sources of the left side.
+BoundSourcePtr Binder::BindApplied(const TableSource& source, Scope& scope, size_t leftBegin) {
+  Scope left;
+  left.outer = scope.outer;
+  left.sources.assign(scope.sources.begin() + static_cast<std::ptrdiff_t>(leftBegin), scope.sources.end());
+  switch (source.kind) {
+  case TableSource::Kind::Derived: return BindDerived(source, scope, &left);
+  case TableSource::Kind::Values: return BindValues(source, scope, &left);
+  case TableSource::Kind::Function: return BindFunctionSource(source, scope, &left);
+  default: return BindSource(source, scope);
+  }
+}
+
 const Binder::CommonInfo* Binder::FindCommon(const ObjectName& name) const {
-  if (!name.schema.empty()) return nullptr;
+  if (!name.schema.empty() || name.variable) return nullptr;
   const auto found = std::find_if(commons_.rbegin(), commons_.rend(), [&](const CommonInfo& common) {
     return EqualNames(common.name, name.name);
   });
@@ -174,15 +200,21 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   return node;
 }
 
-BoundSourcePtr Binder::BindDerived(const TableSource& source, Scope& scope) {
+void Binder::MarkApplied(BoundSource& source, size_t columns, const Scope& scope, const Scope* visible) {
+  source.applied = visible != scope.outer && visible->isUsed;
+  if (source.applied && columns > kMostAppliedColumns) Refuse("APPLY of more than 256 columns");
+}
+
+// A derived table does not see the other tables of its FROM, only what the whole query sees, unless it is
+// applied to some of them.
+BoundSourcePtr Binder::BindDerived(const TableSource& source, Scope& scope, Scope* visible) {
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
-  // A derived table does not see the other tables of its FROM, only what the whole query sees.
-  Scope* saved = scope_;
-  scope_ = scope.outer;
+  Scope* saved = std::exchange(scope_, visible);
   node->query = BindQuery(*source.query, true);
   scope_ = saved;
   node->id = nextSource_++;
+  MarkApplied(*node, node->query->columns.size(), scope, visible);
   ScopeSource entry;
   entry.id = node->id;
   entry.exposed = source.alias;
@@ -190,6 +222,58 @@ BoundSourcePtr Binder::BindDerived(const TableSource& source, Scope& scope) {
   entry.columns = ColumnsOf(*node->query, source.columnAliases, source.alias, true);
   AddSource(scope, std::move(entry));
   return node;
+}
+
+BoundSourcePtr Binder::BindValues(const TableSource& source, Scope& scope, Scope* visible) {
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Values;
+  Scope own; // in which there are no aggregates
+  own.outer = visible;
+  Scope* saved = std::exchange(scope_, &own);
+  const size_t count = source.rows.front().size();
+  for (const std::vector<ExprPtr>& row : source.rows) {
+    if (row.size() != count) Fail(10709, {});
+    node->rows.emplace_back();
+    for (const ExprPtr& value : row) node->rows.back().push_back(Bind(*value));
+  }
+  scope_ = saved;
+  node->id = nextSource_++;
+  MarkApplied(*node, count, scope, visible);
+  const std::vector<std::string>& names = source.columnAliases;
+  if (names.empty()) Fail(8155, {"1", source.alias});
+  if (names.size() != count) Fail(names.size() < count ? 8158 : 8159, {source.alias});
+  ScopeSource entry;
+  entry.id = node->id;
+  entry.exposed = source.alias;
+  entry.isAlias = true;
+  for (size_t i = 0; i < count; ++i) {
+    for (const ScopeColumn& other : entry.columns)
+      if (EqualNames(other.name, names[i])) Fail(8156, {names[i], source.alias});
+    entry.columns.push_back(UnifyValues(node->rows, i));
+    entry.columns.back().name = names[i];
+  }
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+// Gives a column of VALUES one type, as UNION ALL of its rows would.
+Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& rows, size_t column) const {
+  std::vector<const BoundExpr*> values;
+  values.reserve(rows.size());
+  for (const std::vector<BoundExprPtr>& row : rows) values.push_back(row[column].get());
+  const Type type = CommonTypeOf(values);
+  ScopeColumn result;
+  result.sqlName = ResultColumnName(column);
+  result.type = type;
+  result.nullable = false;
+  for (std::vector<BoundExprPtr>& row : rows) {
+    BoundExprPtr& value = row[column];
+    result.nullable = result.nullable || value->nullable;
+    // Texts of different lengths need no conversion.
+    const bool isAlike = IsText(value->type) && IsText(type) && !IsFixedLength(type.id);
+    if (!isAlike) value = Convert(std::move(value), type);
+  }
+  return result;
 }
 
 BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
@@ -228,6 +312,7 @@ void Binder::BindCommonTables(const std::vector<CommonTable>& tables, std::vecto
 BoundCommon Binder::BindCommonTable(const CommonTable& table) {
   BoundCommon bound;
   bound.id = nextCommon_++;
+  bound.maxRecursion = maxRecursion_;
   Scope* saved = std::exchange(scope_, nullptr);
   if (!BindRecursive(table, bound)) {
     // Within its own query the name means the expression itself, never a table of that name.
@@ -253,6 +338,8 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
     commons_.pop_back();
     return false;
   }
+  if (query.offset) Fail(461, {table.name});
+  if (!query.orderBy.empty()) Fail(1033, {});
   CheckRecursive(*member, commons_.back(), bound);
   if (member->columns.size() != anchor->columns.size()) Fail(205, {});
   // The types of the columns are those of the first query.
@@ -274,6 +361,7 @@ void Binder::CheckRecursive(const BoundQuery& member, const CommonInfo& common, 
   if (member.select->distinct) Fail(460, {common.name});
   if (member.select->top) Fail(461, {common.name});
   if (member.select->grouped) Fail(467, {common.name});
+  if (member.select->windowed) Refuse("A window function in a recursive member");
   OwnUses uses;
   CountOwnUses(member, common.id, false, uses);
   if (uses.outerJoin) Fail(462, {common.name});

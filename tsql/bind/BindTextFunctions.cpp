@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/values/ConversionRules.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -87,6 +88,74 @@ BoundExprPtr Binder::BindQuoteName(const Expr& expr, FunctionId function) {
   return MakeFunction(function, MakeType(TypeId::NVarChar, kMaxQuoted), std::move(args));
 }
 
+// CONCAT, CONCAT_WS: every value becomes a text, as CONVERT makes it, and nulls are empty.
+BoundExprPtr Binder::BindConcat(const Expr& expr, FunctionId function) {
+  constexpr size_t kMost = 254;
+  constexpr int32_t kLongestNumber = 50;
+  std::vector<BoundExprPtr> args = BindArguments(expr, function == FunctionId::Concat ? 2 : 3, kMost);
+  int64_t length = 0;
+  bool isUnicode = false;
+  bool isMax = false;
+  for (BoundExprPtr& arg : args) {
+    if (!IsText(arg->type)) {
+      if (IsNullConstant(*arg)) arg->type = MakeType(TypeId::VarChar, 1);
+      const bool isBinary = FamilyOf(arg->type.id) == Family::Binary;
+      const Type text = MakeType(TypeId::VarChar, isBinary ? arg->type.length : kLongestNumber);
+      if (FindConversion(arg->type.id, text.id) == Conversion::Impossible)
+        Fail(206, {TypeName(arg->type.id), TypeName(text.id)});
+      if (!IsText(arg->type)) {
+        BoundExprPtr cast = MakeNode(BoundExpr::Kind::Cast, text);
+        cast->nullable = arg->nullable;
+        cast->args.push_back(std::move(arg));
+        arg = std::move(cast);
+      }
+    }
+    isUnicode = isUnicode || IsUnicode(arg->type.id);
+    isMax = isMax || arg->type.length < 0;
+    length += arg->type.length;
+  }
+  // Between each two of the other texts stands the first one.
+  if (function == FunctionId::ConcatWithSeparator)
+    length += args[0]->type.length * static_cast<int64_t>(args.size() - 3);
+  const auto limit = isUnicode ? kMaxVarChar / 2 : kMaxVarChar;
+  const auto bounded = static_cast<int32_t>(std::clamp<int64_t>(length, 1, limit));
+  const Type type = MakeType(isUnicode ? TypeId::NVarChar : TypeId::VarChar, isMax ? -1 : bounded);
+  BoundExprPtr node = MakeFunction(function, type, std::move(args));
+  node->nullable = false;
+  return node;
+}
+
+// TRIM(text), TRIM(characters FROM text)
+BoundExprPtr Binder::BindTrim(const Expr& expr, FunctionId function) {
+  if (expr.args.size() < 2) return BindTextMap(expr, function);
+  std::vector<BoundExprPtr> args = BindTextArguments(expr, 2, 2);
+  args[1] = ConvertText(std::move(args[1]));
+  const Type type = TextLike(args[0]->type, args[0]->type.length);
+  return MakeFunction(FunctionId::TrimCharacters, type, std::move(args));
+}
+
+BoundExprPtr Binder::BindTranslate(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 3, 3);
+  bool isUnicode = false;
+  for (BoundExprPtr& arg : args) {
+    arg = ConvertText(std::move(arg));
+    isUnicode = isUnicode || IsUnicode(arg->type.id);
+  }
+  // A character of one byte may become one of two.
+  const int32_t limit = isUnicode ? kMaxVarChar / 2 : kMaxVarChar;
+  const int32_t given = args[0]->type.length;
+  const int32_t length = given < 0 ? -1 : std::min(isUnicode ? given : 2 * given, limit);
+  const Type type = MakeType(isUnicode ? TypeId::NVarChar : TypeId::VarChar, length);
+  return MakeFunction(function, type, std::move(args));
+}
+
+BoundExprPtr Binder::BindParseName(const Expr& expr, FunctionId function) {
+  constexpr int32_t kNameLength = 128;
+  std::vector<BoundExprPtr> args = BindTextArguments(expr, 2, 2);
+  args[1] = Convert(std::move(args[1]), IntType());
+  return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
+}
+
 // LTRIM, RTRIM, TRIM, UPPER, LOWER, REVERSE
 BoundExprPtr Binder::BindTextMap(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindTextArguments(expr, 1, 1);
@@ -165,6 +234,10 @@ BoundExprPtr Binder::BindTextTest(const Expr& expr, FunctionId function) {
   // Money is a number, but becomes no text by itself.
   if (function == FunctionId::IsNumeric && IsMoney(args[0]->type.id))
     args[0] = Convert(std::move(args[0]), MakeType(TypeId::Float));
+  // The types that came with later versions of the server are no arguments of ISDATE.
+  const TypeId given = args[0]->type.id;
+  if (function == FunctionId::IsDate && (given == TypeId::Date || IsFine(given)))
+    FailArgument(TypeName(given), 1, expr);
   args[0] = ConvertText(std::move(args[0]));
   return MakeFunction(function, IntType(), std::move(args));
 }

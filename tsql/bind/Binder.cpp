@@ -36,12 +36,16 @@ BoundExprPtr Binder::Convert(BoundExprPtr expr, const Type& to) const {
   if (expr->kind == BoundExpr::Kind::Constant) {
     // A constant is converted here, once. One that cannot be converted is an error only if it is evaluated.
     try {
-      return MakeConstant(tsql::Convert(expr->constant, expr->type, to, ConvertMode::Cast), to);
+      BoundExprPtr constant =
+          MakeConstant(tsql::Convert(expr->constant, expr->type, to, ConvertMode::Cast), to);
+      TakeCollation(*constant, *expr);
+      return constant;
     } catch (const Error&) { // NOLINT(bugprone-empty-catch)
     }
   }
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Cast, to);
   node->nullable = expr->nullable;
+  if (IsText(to)) TakeCollation(*node, *expr);
   node->args.push_back(std::move(expr));
   return node;
 }
@@ -73,6 +77,13 @@ BoundExprPtr Binder::Assign(BoundExprPtr expr, const Type& to) const {
   return node;
 }
 
+BoundExprPtr Binder::BindConversion(const ColumnInfo& column, const Type& to) const {
+  BoundExprPtr value = MakeNode(BoundExpr::Kind::Column, column.type);
+  value->name = column.name;
+  value->nullable = column.nullable;
+  return Assign(std::move(value), to);
+}
+
 Type Binder::CommonTypeOf(const std::vector<const BoundExpr*>& exprs) {
   std::optional<Type> common;
   for (const BoundExpr* expr : exprs) {
@@ -100,6 +111,8 @@ Binder::Resolved Binder::ResolveIn(const Scope& scope, const std::vector<std::st
     if (parts.size() > 1) {
       if (!MatchesSource(source, parts)) continue;
       prefixFound = true;
+    } else if (source.needsPrefix) {
+      continue;
     }
     for (const ScopeColumn& column : source.columns) {
       if (!EqualNames(column.name, parts.back())) continue;
@@ -111,10 +124,13 @@ Binder::Resolved Binder::ResolveIn(const Scope& scope, const std::vector<std::st
 }
 
 Binder::Resolved Binder::Resolve(const std::vector<std::string>& parts) const {
-  for (const Scope* scope = scope_; scope != nullptr; scope = scope->outer) {
+  for (Scope* scope = scope_; scope != nullptr; scope = scope->outer) {
     bool prefixFound = false;
     const Resolved found = ResolveIn(*scope, parts, prefixFound);
-    if (found.column != nullptr) return found;
+    if (found.column != nullptr) {
+      scope->isUsed = true;
+      return found;
+    }
     if (prefixFound) Fail(207, {parts.back()});
   }
   if (parts.size() > 1) Fail(4104, {JoinParts(parts)});

@@ -25,6 +25,7 @@ struct Dependency {
   ObjectName name;
   TablePtr table;
   ModulePtr view;
+  ModulePtr function = nullptr;
 };
 
 // Binds one statement or expression.
@@ -39,11 +40,21 @@ class Binder {
   // The value converted as for a variable of the type.
   BoundExprPtr BindValueFor(const Expr& expr, const Type& type);
   BoundExprPtr BindCondition(const Expr& expr);
-  // A CHECK condition, which names only columns of the table.
+  // A CHECK condition and the expression of a computed column, which name only columns of the table.
   BoundExprPtr BindCheck(const Expr& expr, const TableInfo& table);
+  BoundExprPtr BindComputed(const Expr& expr, const TableInfo& table);
+  // The value of a column as it goes into a column of the type.
+  BoundExprPtr BindConversion(const ColumnInfo& column, const Type& to) const;
   BoundInsert BindInsert(const InsertStatement& statement, bool identityInsert);
   BoundUpdate BindUpdate(const UpdateStatement& statement);
   BoundDelete BindDelete(const DeleteStatement& statement);
+  // The query of a cursor. Behind its columns it has the number in SQLite of the row of each of `tables`,
+  // which can be changed through the cursor.
+  BoundQueryPtr BindCursorQuery(const Query& query, std::vector<TablePtr>& tables);
+  // 208 or 1087 when there is no such table to be changed.
+  void CheckTarget(const ObjectName& name) { RequireTable(name); }
+  // The insert of one row of markers, which have the types of the binder's.
+  BoundInsert BindInsertMarkers(const InsertExecuteStatement& statement, bool identityInsert);
   BoundExprPtr Assign(BoundExprPtr expr, const Type& to) const;
 
   // The names of all functions, in lower case.
@@ -52,6 +63,22 @@ class Binder {
   // Names of tables that the batch itself will create: what has such a name now is not what the statement
   // will find, so they count as missing.
   void SetPending(const std::vector<std::string>& tables) { pending_ = &tables; }
+
+  // The table variables that the unit declares. Before a unit runs they have a definition and no table. Those
+  // of a batch or procedure are in the catalog while it runs; a function's unit has its own tables.
+  enum class Variables : uint8_t { Declared, InCatalog, OfUnit };
+  void SetTableVariables(const std::vector<TablePtr>& declared, Variables state) {
+    tableVariables_ = &declared;
+    variablesAre_ = state;
+  }
+  // What is bound belongs to a function, in which nothing outside may be changed.
+  void SetInFunction(bool inFunction) { inFunction_ = inFunction; }
+  // The query of an inline function.
+  BoundQueryPtr BindFunctionQuery(const CreateFunctionStatement& function);
+  // Changes are limited to the rows of SET ROWCOUNT.
+  void SetLimited(bool isLimited) { isLimited_ = isLimited; }
+  // Whether something was bound to a table variable that is not there yet.
+  bool IsAhead() const { return isAhead_; }
 
   const std::vector<Dependency>& Dependencies() const { return dependencies_; }
   bool WantsUpdateLock() const { return wantsUpdateLock_; }
@@ -68,6 +95,7 @@ class Binder {
     std::string exposed;
     bool isAlias = false;
     bool isTable = false;
+    bool needsPrefix = false; // as the columns of inserted and deleted do
     TablePtr table;
     std::vector<ScopeColumn> columns;
   };
@@ -77,6 +105,11 @@ class Binder {
     bool aggregatesAllowed = false;
     bool inAggregate = false;
     bool hasAggregate = false;
+    bool windowsAllowed = false;
+    bool inWindow = false;
+    bool hasWindow = false;
+    bool inOutput = false;
+    bool isUsed = false; // a column of its sources is used
   };
   struct CommonInfo {
     std::string name;
@@ -102,9 +135,15 @@ class Binder {
 
   // expressions (BindExpressions.cpp)
   BoundExprPtr Bind(const Expr& expr);
+  BoundExprPtr BindKind(const Expr& expr);
+  BoundExprPtr BindOverTable(const Expr& expr, const TableInfo& table);
+  BoundExprPtr BindCollate(const Expr& expr);
+  // The collation that the operands are compared under goes to the first of them; 468 where two are named.
+  static void UnifyCollations(const std::vector<BoundExpr*>& operands, const char* operation);
+  static void InheritCollation(BoundExpr& expr);
   BoundExprPtr BindLiteral(const Expr& expr) const;
   BoundExprPtr BindColumn(const Expr& expr);
-  BoundExprPtr BindVariable(const Expr& expr) const;
+  BoundExprPtr BindVariable(const Expr& expr);
   BoundExprPtr BindMarker(const Expr& expr) const;
   BoundExprPtr BindArithmetic(const Expr& expr);
   BoundExprPtr BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const;
@@ -128,18 +167,39 @@ class Binder {
     BoundExprPtr (Binder::*rule)(const Expr&, FunctionId);
   };
   static std::span<const FunctionEntry> FunctionTable();
+  static std::optional<AggregateId> FindAggregate(std::string_view name);
+  struct WindowEntry {
+    std::string_view name;
+    WindowId window;
+    size_t least; // number of arguments
+    size_t most;
+    bool framed; // whether it may have a frame
+  };
+  static std::span<const WindowEntry> WindowTable();
+  static const WindowEntry* FindWindowFunction(std::string_view name);
   BoundExprPtr BindCall(const Expr& expr);
   std::vector<BoundExprPtr> BindArguments(const Expr& expr, size_t least, size_t most);
   BoundExprPtr BindIsNull(const Expr& expr, FunctionId function);
   BoundExprPtr BindCoalesce(const Expr& expr, FunctionId function);
   BoundExprPtr BindNullIf(const Expr& expr, FunctionId function);
+  BoundExprPtr BindChoose(const Expr& expr, FunctionId function);
   BoundExprPtr BindNewId(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
+  BoundExprPtr BindCursorStatus(const Expr& expr, FunctionId function);
   BoundExprPtr BindConstantFunction(const Expr& expr);
   // (BindAggregates.cpp)
   BoundExprPtr BindAggregate(const Expr& expr, AggregateId aggregate);
+  BoundExprPtr BindAggregated(const Expr& argument);
+  void EnterAggregate();
+  BoundExprPtr BindStringAggregate(const Expr& expr);
   void CountColumns(const BoundExpr& expr, int& own, int& outer) const;
+  BoundExprPtr MakeAggregate(const Expr& expr, AggregateId aggregate, BoundExprPtr arg) const;
+  // (BindWindows.cpp)
+  BoundExprPtr BindWindow(const Expr& expr);
+  BoundExprPtr BindWindowFunction(const Expr& expr);
+  void BindOver(const Expr& expr, BoundExpr& node);
+  BoundExprPtr AtLeast(BoundExprPtr count, int64_t least, int error, int nullError) const;
   // (BindTextFunctions.cpp)
   std::vector<BoundExprPtr> BindTextArguments(const Expr& expr, size_t least, size_t most);
   BoundExprPtr BindTextMeasure(const Expr& expr, FunctionId function);
@@ -147,7 +207,11 @@ class Binder {
   BoundExprPtr BindPatIndex(const Expr& expr, FunctionId function);
   BoundExprPtr BindCharIndex(const Expr& expr, FunctionId function);
   BoundExprPtr BindQuoteName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindConcat(const Expr& expr, FunctionId function);
   BoundExprPtr BindTextMap(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTrim(const Expr& expr, FunctionId function);
+  BoundExprPtr BindTranslate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindParseName(const Expr& expr, FunctionId function);
   BoundExprPtr BindTextEnd(const Expr& expr, FunctionId function);
   BoundExprPtr BindSubstring(const Expr& expr, FunctionId function);
   BoundExprPtr BindReplace(const Expr& expr, FunctionId function);
@@ -158,10 +222,14 @@ class Binder {
   BoundExprPtr BindTextTest(const Expr& expr, FunctionId function);
   // (BindNumberFunctions.cpp)
   BoundExprPtr BindFloatFunction(const Expr& expr, FunctionId function);
+  BoundExprPtr BindAngle(const Expr& expr, FunctionId function);
+  BoundExprPtr BindRandom(const Expr& expr, FunctionId function);
   BoundExprPtr BindRounding(const Expr& expr, FunctionId function);
   // (BindDateFunctions.cpp)
   BoundExprPtr BindGetDate(const Expr& expr, FunctionId function);
   BoundExprPtr BindCalendarPart(const Expr& expr, FunctionId function);
+  BoundExprPtr BindDateFromParts(const Expr& expr, FunctionId function);
+  BoundExprPtr BindEndOfMonth(const Expr& expr, FunctionId function);
   BoundExprPtr BindDateAdd(const Expr& expr, FunctionId function);
   BoundExprPtr BindDateDiff(const Expr& expr, FunctionId function);
   BoundExprPtr BindDatePart(const Expr& expr, FunctionId function);
@@ -172,6 +240,9 @@ class Binder {
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
                                           std::vector<BoundOrder>& order);
   BoundExprPtr BindTop(const Expr& expr);
+  BoundExprPtr BindTopPercent(const Expr& expr);
+  BoundExprPtr BindRowCount(const Expr& expr, int64_t least, int error, int typeError);
+  BoundExprPtr BindWithoutRows(const Expr& expr);
   void BindItems(const Select& select, BoundSelect& bound);
   void ExpandStar(const SelectItem& item, BoundSelect& bound);
   void BindAssignmentItem(const SelectItem& item, BoundSelect& bound);
@@ -185,11 +256,28 @@ class Binder {
   void ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const;
   static void RefreshColumns(BoundQuery& query);
 
+  // functions of users (BindUserFunctions.cpp)
+  struct Inlined;
+  const CreateFunctionStatement& ParsedFunction(const ModulePtr& module, const ObjectName& name);
+  static void CheckArgumentCount(const CreateFunctionStatement& function, size_t count);
+  std::vector<BoundExprPtr> BindFunctionArguments(const CreateFunctionStatement& function,
+                                                  const std::vector<ExprPtr>& args);
+  BoundExprPtr BindUserCall(const Expr& expr);
+  // Whether the source has used what an APPLY makes visible.
+  static void MarkApplied(BoundSource& source, size_t columns, const Scope& scope, const Scope* visible);
+  BoundSourcePtr BindFunctionSource(const TableSource& source, Scope& scope, Scope* visible);
+  BoundSourcePtr BindSplit(const TableSource& source, Scope& scope, Scope* visible);
+  BoundQueryPtr BindInlined(const CreateFunctionStatement& function, const TableSource& source, Scope* outer);
+  BoundExprPtr BindInlinedParameter(const Expr& expr);
+
   // sources and common table expressions (BindSources.cpp)
   BoundSourcePtr BindSource(const TableSource& source, Scope& scope);
   BoundSourcePtr BindJoin(const TableSource& source, Scope& scope);
   BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
-  BoundSourcePtr BindDerived(const TableSource& source, Scope& scope);
+  BoundSourcePtr BindDerived(const TableSource& source, Scope& scope, Scope* visible);
+  BoundSourcePtr BindValues(const TableSource& source, Scope& scope, Scope* visible);
+  ScopeColumn UnifyValues(std::vector<std::vector<BoundExprPtr>>& rows, size_t column) const;
+  BoundSourcePtr BindApplied(const TableSource& source, Scope& scope, size_t leftBegin);
   BoundSourcePtr BindView(const ModuleInfo& view, const TableSource& source, Scope& scope);
   void AddSource(Scope& scope, ScopeSource source) const;
   static std::vector<ScopeColumn> ColumnsOf(const BoundQuery& query, const std::vector<std::string>& aliases,
@@ -204,10 +292,11 @@ class Binder {
 
   // changes (BindChanges.cpp)
   bool IsPending(const ObjectName& name) const;
-  TablePtr FindTable(const ObjectName& name) const;
+  TablePtr FindTable(const ObjectName& name);
+  TablePtr FindTableVariable(const ObjectName& name);
   TablePtr RequireTable(const ObjectName& name);
-  std::vector<int> InsertColumns(const InsertStatement& statement, const TableInfo& table,
-                                 bool identityInsert) const;
+  static std::vector<int> InsertColumns(const std::vector<std::string>& names, const TableInfo& table,
+                                        bool identityInsert);
   void BindInsertRows(const InsertStatement& statement, BoundInsert& bound);
   void BindInsertQuery(const InsertStatement& statement, BoundInsert& bound);
   void AddDefaults(BoundInsert& bound);
@@ -215,7 +304,17 @@ class Binder {
   BoundExprPtr AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const;
   TablePtr BindTarget(const ObjectName& name, const TableSource* from, Scope& scope, BoundSourcePtr& source,
                       int& target);
+  BoundExprPtr BindChangeTop(const ExprPtr& top);
+  static BoundExprPtr RowNumberOf(int source);
+  static BoundExprPtr BindCurrentOf(int target);
   void BindAssignments(const UpdateStatement& statement, BoundUpdate& bound);
+  // (BindOutput.cpp)
+  // `from` are the sources of the change, with the target in it.
+  std::unique_ptr<BoundOutput> BindOutput(const OutputClause* clause, StatementKind kind,
+                                          const TablePtr& table, int target, const Scope& from);
+  void BindOutputInto(const OutputClause& clause, BoundOutput& output);
+  static void StageOthers(BoundExpr& expr, int staging, const TableInfo& table,
+                          std::vector<BoundExprPtr>& others);
 
   const Catalog& catalog_;
   const std::vector<VariableInfo>& variables_;
@@ -227,7 +326,16 @@ class Binder {
   int nextSource_ = 0;
   int nextCommon_ = 0;
   int viewDepth_ = 0;
+  int maxRecursion_ = kMaxRecursion; // of the statement
   bool wantsUpdateLock_ = false;
+  const std::vector<TablePtr>* tableVariables_ = nullptr;
+  Variables variablesAre_ = Variables::Declared;
+  bool isAhead_ = false;
+  bool isLimited_ = false;
+  bool inFunction_ = false;
+  bool inCheck_ = false;
+  const Inlined* inlined_ = nullptr;              // the inline function whose query is bound
+  std::vector<std::unique_ptr<Batch>> functions_; // the trees of those that were met
 };
 
 } // namespace tsql

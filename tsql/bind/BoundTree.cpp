@@ -1,5 +1,7 @@
 #include "tsql/bind/BoundTree.h"
 
+#include <algorithm>
+
 namespace tsql {
 
 BoundExprPtr MakeNode(BoundExpr::Kind kind, const Type& type) {
@@ -33,12 +35,34 @@ bool IsNullConstant(const BoundExpr& expr) {
   return expr.kind == BoundExpr::Kind::Constant && expr.constant.IsNull();
 }
 
+bool HasFineType(const BoundExpr& expr) {
+  return IsFine(expr.type.id) || std::any_of(expr.args.begin(), expr.args.end(),
+                                             [](const BoundExprPtr& arg) { return HasFineType(*arg); });
+}
+
+void TakeCollation(BoundExpr& expr, const BoundExpr& from) {
+  if (!from.collated) return;
+  expr.collated = true;
+  expr.collation = from.collation;
+  expr.collationName = from.collationName;
+  // For another collation an index of the column does not serve.
+  if (expr.collation != CollationId::Default) expr.baseColumn = false;
+}
+
+bool AsksClock(const BoundExpr& expr) {
+  const bool isClock = expr.kind == BoundExpr::Kind::Function &&
+                       (expr.function == FunctionId::GetDate || expr.function == FunctionId::GetUtcDate);
+  return isClock || std::ranges::any_of(expr.args, [](const BoundExprPtr& arg) { return AsksClock(*arg); });
+}
+
 bool SameExpr(const BoundExpr& left, const BoundExpr& right) {
   if (left.kind != right.kind || left.query || right.query || left.type != right.type ||
-      left.source != right.source || left.index != right.index || left.name != right.name ||
-      left.negated != right.negated || left.distinct != right.distinct || left.compare != right.compare ||
-      left.arithmetic != right.arithmetic || left.function != right.function ||
-      left.aggregate != right.aggregate || left.style != right.style || left.constant != right.constant ||
+      left.collation != right.collation || left.source != right.source || left.index != right.index ||
+      left.name != right.name || left.negated != right.negated || left.distinct != right.distinct ||
+      left.compare != right.compare || left.arithmetic != right.arithmetic ||
+      left.function != right.function || left.aggregate != right.aggregate || left.style != right.style ||
+      left.constant != right.constant || left.window != right.window || left.descending != right.descending ||
+      (left.over == nullptr) != (right.over == nullptr) || (left.over && *left.over != *right.over) ||
       left.hasElse != right.hasElse || left.hasOperand != right.hasOperand ||
       left.args.size() != right.args.size())
     return false;
@@ -47,8 +71,28 @@ bool SameExpr(const BoundExpr& left, const BoundExpr& right) {
   return true;
 }
 
+size_t OwnArguments(const BoundExpr& expr) {
+  return expr.args.size() - (expr.over ? expr.over->partitions + expr.over->descending.size() : 0);
+}
+
 std::string ResultColumnName(size_t index) {
   return "c" + std::to_string(index);
+}
+
+std::string StagedRowName() {
+  return ResultColumnName(0);
+}
+
+std::string StagedNewName(size_t column) {
+  return ResultColumnName(1 + 2 * column);
+}
+
+std::string StagedOldName(size_t column) {
+  return ResultColumnName(2 + 2 * column);
+}
+
+std::string StagedOtherName(const TableInfo& table, size_t index) {
+  return ResultColumnName(1 + 2 * table.columns.size() + index);
 }
 
 } // namespace tsql

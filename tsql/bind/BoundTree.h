@@ -25,15 +25,36 @@ enum class GlobalValue : uint8_t {
   ErrorLine,
   ErrorProcedure,
   ProcedureNesting,
+  TransactionState,
+  RowLimit, // of SET ROWCOUNT
+  FetchStatus,
+  CursorRows,
+  CurrentRow, // the number in SQLite of the row of WHERE CURRENT OF
 };
 
-enum class AggregateId : uint8_t { Count, CountBig, Sum, Average, Min, Max };
+enum class AggregateId : uint8_t { Count, CountBig, Sum, Average, Min, Max, StringAggregate };
+
+// The functions that look at other rows of the result; they stand only with OVER.
+enum class WindowId : uint8_t {
+  RowNumber,
+  Rank,
+  DenseRank,
+  NTile,
+  CumulativeDistribution,
+  PercentRank,
+  Lag,
+  Lead,
+  FirstValue,
+  LastValue,
+};
 
 // The functions that are computed row by row.
 enum class FunctionId : uint8_t {
   IsNull,
   Coalesce,
   NullIf,
+  Concat,
+  ConcatWithSeparator,
   Len,
   DataLength,
   Ascii,
@@ -44,6 +65,9 @@ enum class FunctionId : uint8_t {
   LTrim,
   RTrim,
   Trim,
+  TrimCharacters,
+  Translate,
+  ParseName,
   Upper,
   Lower,
   Reverse,
@@ -60,10 +84,27 @@ enum class FunctionId : uint8_t {
   IsNumeric,
   IsDate,
   GetDate,
+  GetUtcDate,
+  SysDateTime,
+  SysUtcDateTime,
   DateAdd,
   DateDiff,
+  DateDiffBig,
   DatePart,
   DateName,
+  DateFromParts,
+  EndOfMonth,
+  Random,
+  Acos,
+  Asin,
+  Atan,
+  Atan2,
+  Cos,
+  Cot,
+  Sin,
+  Tan,
+  Degrees,
+  Radians,
   Sqrt,
   Square,
   Power,
@@ -79,11 +120,24 @@ enum class FunctionId : uint8_t {
   ObjectId,
   ObjectName,
   ColLength,
+  CursorStatus,
   // The value, unless it is null, which is an error: for a column whose name is the second argument.
   NotNull,
   RowLimit, // the argument of TOP, unless it is null or negative
+  // The first argument, unless it is less than the second, which is the error that the third is the number
+  // of, or null, which is the error of the fourth.
+  AtLeast,
 };
-constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::RowLimit) + 1;
+constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::AtLeast) + 1;
+
+// OVER (...) of an aggregate or a window function. What it partitions and orders by are the last arguments of
+// the function's node.
+struct BoundWindow {
+  size_t partitions = 0;
+  std::vector<bool> descending; // an item for each expression of ORDER BY
+  Frame frame;
+  bool operator==(const BoundWindow&) const = default;
+};
 
 struct BoundExpr {
   enum class Kind : uint8_t {
@@ -93,7 +147,8 @@ struct BoundExpr {
     Marker,
     Global,
     Cast,
-    Store, // a cast that refuses text that is too long
+    TryCast, // a cast that gives null for what cannot be converted
+    Store,   // a cast that refuses text that is too long
     Negate,
     BitNot,
     Arithmetic,
@@ -110,7 +165,9 @@ struct BoundExpr {
     Subquery,
     Case,
     Function,
+    UserFunction, // of a user, by name
     Aggregate,
+    Window,
   };
   Kind kind = Kind::Constant;
   Type type;
@@ -119,19 +176,27 @@ struct BoundExpr {
   bool distinct = false;
   bool hasOperand = false;
   bool hasElse = false;
+  bool collated = false; // COLLATE is in it
+  CollationId collation = CollationId::Default;
   bool baseColumn = false; // a column of a table, for which SQLite knows the collation
   ArithmeticOp arithmetic = ArithmeticOp::Add;
   CompareOp compare = CompareOp::Equal;
   FunctionId function = FunctionId::IsNull;
   AggregateId aggregate = AggregateId::Count;
+  WindowId window = WindowId::RowNumber;
   int source = -1;
   int index = 0; // of a variable, marker or global value
   int style = 0; // of a cast
   Datum constant;
   std::string name;    // of a column within its source
   std::string display; // the column as messages name it
+  std::string collationName;
   std::vector<std::unique_ptr<BoundExpr>> args;
   std::unique_ptr<BoundQuery> query;
+  std::unique_ptr<BoundWindow> over;
+  // The directions of the order in which an aggregate takes its rows; what it orders by are its last
+  // arguments.
+  std::vector<bool> descending;
 };
 using BoundExprPtr = std::unique_ptr<BoundExpr>;
 
@@ -139,7 +204,15 @@ BoundExprPtr MakeNode(BoundExpr::Kind kind, const Type& type);
 BoundExprPtr MakeConstant(Datum value, const Type& type);
 BoundExprPtr MakeFunction(FunctionId function, const Type& type, std::vector<BoundExprPtr> args);
 BoundExprPtr MakeGlobal(GlobalValue value, const Type& type);
+// Whether a time or datetime2 is in it, which only newer files may keep.
+bool HasFineType(const BoundExpr& expr);
 bool IsNullConstant(const BoundExpr& expr);
+// Gives a text the collation that COLLATE gave to the other.
+void TakeCollation(BoundExpr& expr, const BoundExpr& from);
+// Whether its value depends on when it is computed.
+bool AsksClock(const BoundExpr& expr);
+// How many of its arguments are those of the function itself.
+size_t OwnArguments(const BoundExpr& expr);
 // Whether both are the same expression. Subqueries always count as different.
 bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 
@@ -147,14 +220,20 @@ bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 std::string ResultColumnName(size_t index);
 
 struct BoundSource {
-  enum class Kind : uint8_t { Table, Query, Common, System, Join };
+  enum class Kind : uint8_t { Table, Query, Function, Split, Common, System, Values, Staged, Join };
   Kind kind = Kind::Table;
   int id = 0;
   const SystemView* system = nullptr;
   TablePtr table;
   int common = 0; // the number of a common table expression
+  std::string function;
+  std::vector<BoundExprPtr> args; // of the function, or of STRING_SPLIT
+  std::vector<Column> columns;    // that it gives
   std::unique_ptr<BoundQuery> query;
-  JoinKind join = JoinKind::Inner;
+  std::vector<std::vector<BoundExprPtr>> rows; // of VALUES
+  // Of the right side of an APPLY: the rows depend on those of the left side, and are found for each of them.
+  bool applied = false;
+  JoinKind join = JoinKind::Inner; // APPLY is a cross join or a left join
   std::unique_ptr<BoundSource> left;
   std::unique_ptr<BoundSource> right;
   BoundExprPtr on;
@@ -176,7 +255,10 @@ struct BoundOrder {
 struct BoundSelect {
   bool distinct = false;
   bool grouped = false;
+  bool windowed = false; // has a function with OVER
   BoundExprPtr top;
+  bool topPercent = false;
+  bool topTies = false;
   std::vector<BoundItem> items;
   BoundSourcePtr from;
   BoundExprPtr where;
@@ -188,6 +270,7 @@ struct BoundSelect {
 struct BoundCommon {
   int id = 0;
   bool recursive = false;
+  int maxRecursion = kMaxRecursion;
   int own = -1; // of a recursive one: the source in its right query that gives the rows made before
   std::unique_ptr<BoundQuery> query;
 };
@@ -199,9 +282,13 @@ struct BoundQuery {
   std::unique_ptr<BoundQuery> left;
   std::unique_ptr<BoundQuery> right;
   std::vector<BoundOrder> orderBy;
+  BoundExprPtr offset;
+  BoundExprPtr fetch;
   std::vector<Column> columns;
 };
 using BoundQueryPtr = std::unique_ptr<BoundQuery>;
+
+struct BoundOutput;
 
 struct BoundInsert {
   TablePtr table;
@@ -214,7 +301,22 @@ struct BoundInsert {
   // Conversions of the query's columns when they cannot be made inside it: over source `wrapper`.
   std::vector<BoundExprPtr> conversions;
   int wrapper = -1;
+  BoundExprPtr limit; // of the query's rows, over the wrapper; null for none
+  std::unique_ptr<BoundOutput> output;
 };
+
+// What OUTPUT gives: a query of the rows that the change has staged. Each has its number in SQLite, for each
+// column of the table the new value and the old one, and what the output uses of other sources.
+struct BoundOutput {
+  BoundQueryPtr query;
+  std::vector<BoundExprPtr> others; // of other sources
+  std::optional<BoundInsert> into;  // the query then is its query
+};
+// The names of their columns.
+std::string StagedRowName();
+std::string StagedNewName(size_t column);
+std::string StagedOldName(size_t column);
+std::string StagedOtherName(const TableInfo& table, size_t index);
 
 struct BoundUpdate {
   std::vector<BoundCommon> commons;
@@ -224,6 +326,7 @@ struct BoundUpdate {
   BoundSourcePtr from; // with the target in it; null without FROM
   BoundExprPtr where;
   BoundExprPtr top;
+  std::unique_ptr<BoundOutput> output;
 };
 
 struct BoundDelete {
@@ -233,6 +336,7 @@ struct BoundDelete {
   BoundSourcePtr from;
   BoundExprPtr where;
   BoundExprPtr top;
+  std::unique_ptr<BoundOutput> output;
 };
 
 } // namespace tsql

@@ -48,9 +48,9 @@ Catalog::Contents Catalog::Load(Place place) const {
   }
   FindForeignKeys(contents);
   for (DefinitionStore::Module& module : store_.ReadModules(place)) {
-    auto& modules = module.kind == ModuleKind::View ? contents.views : contents.procedures;
     std::string name = module.info.name;
-    modules.emplace(std::move(name), std::make_shared<const ModuleInfo>(std::move(module.info)));
+    contents.ModulesOf(module.kind)
+        .emplace(std::move(name), std::make_shared<const ModuleInfo>(std::move(module.info)));
   }
   return contents;
 }
@@ -68,9 +68,9 @@ void Catalog::FindForeignKeys(Contents& contents) {
 TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
-    // A procedure's own table hides those of its callers.
+    // A procedure's own table hides those of its callers. Their table variables it does not see.
     const auto found = std::find_if(own_.local.rbegin(), own_.local.rend(), [&](const TempTable& entry) {
-      return EqualNames(entry.table->name, name.name);
+      return EqualNames(entry.table->name, name.name) && (!name.variable || entry.depth == depth_);
     });
     return found != own_.local.rend() ? found->table : nullptr;
   }
@@ -92,12 +92,26 @@ ModulePtr Catalog::FindProcedure(const ObjectName& name) const {
   return found != main_.procedures.end() ? found->second : nullptr;
 }
 
+ModulePtr Catalog::FindFunction(const ObjectName& name) const {
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const auto found = main_.functions.find(name.name);
+  return found != main_.functions.end() ? found->second : nullptr;
+}
+
+std::map<std::string, ModulePtr, NameLess>& Catalog::Contents::ModulesOf(ModuleKind kind) {
+  switch (kind) {
+  case ModuleKind::View: return views;
+  case ModuleKind::Procedure: return procedures;
+  default: return functions;
+  }
+}
+
 bool Catalog::Exists(const ObjectName& name) const {
   if (PlaceOf(name) == Place::Temp)
     return std::any_of(own_.local.begin(), own_.local.end(), [&](const TempTable& entry) {
       return entry.depth == depth_ && EqualNames(entry.table->name, name.name);
     });
-  return FindTable(name) || FindView(name) || FindProcedure(name);
+  return FindTable(name) || FindView(name) || FindProcedure(name) || FindFunction(name);
 }
 
 std::vector<std::string> Catalog::ObjectNames() const {
@@ -105,16 +119,15 @@ std::vector<std::string> Catalog::ObjectNames() const {
   for (const auto& entry : main_.tables) names.push_back(entry.second->name);
   for (const auto& entry : main_.views) names.push_back(entry.second->name);
   for (const auto& entry : main_.procedures) names.push_back(entry.second->name);
+  for (const auto& entry : main_.functions) names.push_back(entry.second->name);
   return names;
 }
 
 bool Catalog::ConstraintExists(const std::string& name) const {
   return std::any_of(main_.tables.begin(), main_.tables.end(), [&](const auto& entry) {
     const std::vector<KeyInfo>& keys = entry.second->keys;
-    return std::any_of(keys.begin(), keys.end(), [&](const KeyInfo& key) {
-      const bool isConstraint = key.kind != KeyKind::Index && key.kind != KeyKind::UniqueIndex;
-      return isConstraint && EqualNames(key.name, name);
-    });
+    return std::any_of(keys.begin(), keys.end(),
+                       [&](const KeyInfo& key) { return !key.IsIndexOnly() && EqualNames(key.name, name); });
   });
 }
 
@@ -141,6 +154,7 @@ void Catalog::ReplaceTable(const TableInfo& table) {
     return;
   }
   changed_ = true;
+  if (table.place == Place::Main) TouchSchema();
   store_.EraseTable(table);
   store_.WriteTable(table);
   ContentsOf(table.place).tables[table.name] = std::move(shared);
@@ -162,7 +176,7 @@ void Catalog::RemoveTable(const TableInfo& table) {
 }
 
 void Catalog::TouchSchema() const {
-  // To SQLite views and procedures are only rows, but other sessions watch its count of schema changes.
+  // To SQLite definitions are only rows, but other sessions watch its count of schema changes.
   PreparedStatement read = connection_.Prepare("PRAGMA main.schema_version");
   read.Step();
   const int64_t next = read.ColumnInteger(0) + 1;
@@ -175,8 +189,9 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
   changed_ = true;
   TouchSchema();
   store_.WriteModule(kind, module);
-  auto& modules = kind == ModuleKind::View ? main_.views : main_.procedures;
-  modules[module.name] = std::make_shared<const ModuleInfo>(module);
+  auto kept = std::make_shared<ModuleInfo>(module);
+  kept->kind = kind;
+  main_.ModulesOf(kind)[module.name] = std::move(kept);
 }
 
 void Catalog::RemoveModule(const std::string& name) {
@@ -186,6 +201,7 @@ void Catalog::RemoveModule(const std::string& name) {
   store_.EraseModule(name);
   main_.views.erase(name);
   main_.procedures.erase(name);
+  main_.functions.erase(name);
 }
 
 std::string Catalog::TempStorageName(const std::string& name) const {
@@ -213,6 +229,19 @@ TablePtr Catalog::SuperfluousSpare() const {
 void Catalog::RestoreOwnTables(SessionTables tables) {
   ++version_;
   own_ = std::move(tables);
+}
+
+std::vector<Catalog::TempTable> Catalog::TableVariables() const {
+  std::vector<TempTable> variables;
+  std::ranges::copy_if(own_.local, std::back_inserter(variables),
+                       [](const TempTable& entry) { return entry.table->IsVariable(); });
+  return variables;
+}
+
+void Catalog::SetTableVariables(const std::vector<TempTable>& variables) {
+  ++version_;
+  std::erase_if(own_.local, [](const TempTable& entry) { return entry.table->IsVariable(); });
+  own_.local.insert(own_.local.end(), variables.begin(), variables.end());
 }
 
 } // namespace tsql

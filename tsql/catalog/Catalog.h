@@ -32,6 +32,7 @@ class Catalog {
   TablePtr FindTable(const ObjectName& name) const;
   ModulePtr FindView(const ObjectName& name) const;
   ModulePtr FindProcedure(const ObjectName& name) const;
+  ModulePtr FindFunction(const ObjectName& name) const; // of a user
   bool Exists(const ObjectName& name) const;
   // Tables, views and procedures of the database, by name.
   std::vector<std::string> ObjectNames() const;
@@ -68,8 +69,17 @@ class Catalog {
     std::vector<TempTable> local;
     std::vector<TablePtr> spare;
     std::vector<std::string> ownGlobal;
+    std::vector<TablePtr> ofFunctions;
   };
   const std::vector<TempTable>& TempTables() const { return own_.local; }
+  int Depth() const { return depth_; }
+  // The table variables of the units that run. A rollback leaves them.
+  std::vector<TempTable> TableVariables() const;
+  void SetTableVariables(const std::vector<TempTable>& variables);
+  // The tables that SQLite has for the table variables of functions. No name finds them.
+  const std::vector<TablePtr>& FunctionTables() const { return own_.ofFunctions; }
+  void AddFunctionTable(const TablePtr& table) { own_.ofFunctions.push_back(table); }
+  void RemoveFunctionTable(const TablePtr& table) { std::erase(own_.ofFunctions, table); }
 
   // Makes a local temporary table a spare one: a dropped table that SQLite still has, without rows. Batches
   // make and drop the same tables with each run, and making one in SQLite takes longer than most of their
@@ -87,6 +97,8 @@ class Catalog {
     std::map<std::string, TablePtr, NameLess> tables;
     std::map<std::string, ModulePtr, NameLess> views;
     std::map<std::string, ModulePtr, NameLess> procedures;
+    std::map<std::string, ModulePtr, NameLess> functions;
+    std::map<std::string, ModulePtr, NameLess>& ModulesOf(ModuleKind kind);
     std::vector<TablePtr> withForeignKeys;
     uint64_t version = 0; // 0 when it must be read
   };

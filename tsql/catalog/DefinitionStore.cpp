@@ -1,5 +1,6 @@
 #include "tsql/catalog/DefinitionStore.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tsql {
@@ -24,8 +25,8 @@ void RequireIntact(bool intact) {
 bool IsIntact(const Type& type) {
   constexpr int kMostPrecision = 38;
   constexpr int32_t kMostBytes = 8000;
-  return type.id <= TypeId::UniqueIdentifier && type.precision <= kMostPrecision &&
-         type.scale <= kMostPrecision && type.length >= -1 && type.length <= kMostBytes;
+  return type.id <= TypeId::DateTime2 && type.precision <= kMostPrecision && type.scale <= kMostPrecision &&
+         type.length >= -1 && type.length <= kMostBytes;
 }
 
 // The entry of a table, which must be there.
@@ -63,6 +64,19 @@ void RunWith(const Connection& connection, const std::string& sql, const std::ve
   int index = 1;
   for (const Datum& value : values) statement.Bind(index++, value);
   statement.Step();
+}
+
+// Whether there is something in the table that came with version 3.
+bool HasThirdVersion(const TableInfo& table) {
+  const auto isNew = [](const KeyInfo& key) { return key.kind == KeyKind::Default || key.disabled; };
+  return std::ranges::any_of(table.keys, isNew) ||
+         std::ranges::any_of(table.columns, &ColumnInfo::IsComputed);
+}
+
+storage::ColumnValue ValueOf(const ColumnInfo& column) {
+  using storage::ColumnValue;
+  if (column.IsComputed()) return column.isPersisted ? ColumnValue::Persisted : ColumnValue::Computed;
+  return column.identity ? ColumnValue::Identity : ColumnValue::Given;
 }
 
 // What a foreign key refers to: the table and its columns, a line each.
@@ -130,8 +144,13 @@ void DefinitionStore::ReadColumns(Place place, TablesByName& tables) const {
     column.type = DecodeType(rows.ColumnInteger(2));
     RequireIntact(IsIntact(column.type));
     column.nullable = rows.ColumnInteger(3) != 0;
-    column.identity = rows.ColumnInteger(4) != 0;
-    column.defaultText = std::string(rows.ColumnText(5));
+    const auto value = static_cast<storage::ColumnValue>(rows.ColumnInteger(4));
+    RequireIntact(value >= storage::ColumnValue::Given && value <= storage::ColumnValue::Persisted);
+    column.identity = value == storage::ColumnValue::Identity;
+    column.isPersisted = value == storage::ColumnValue::Persisted;
+    const bool isComputed = value >= storage::ColumnValue::Computed;
+    (isComputed ? column.computedText : column.defaultText) = std::string(rows.ColumnText(5));
+    RequireIntact(isComputed == column.IsComputed());
     if (column.identity) table.identityColumn = static_cast<int>(table.columns.size());
     table.columns.push_back(std::move(column));
   }
@@ -144,13 +163,16 @@ void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
     KeyInfo key;
     key.name = std::string(rows.ColumnText(1));
     const int64_t kind = rows.ColumnInteger(2);
-    RequireIntact(kind >= 0 && kind <= static_cast<int64_t>(KeyKind::ForeignKey));
-    key.kind = static_cast<KeyKind>(kind);
+    RequireIntact(kind >= 0 && kind < 2 * storage::kDisabled);
+    key.kind = static_cast<KeyKind>(kind % storage::kDisabled);
+    key.disabled = kind >= storage::kDisabled;
+    RequireIntact(key.kind <= KeyKind::Default);
     SplitNumbers(rows.ColumnText(3), key);
     key.checkText = std::string(rows.ColumnText(4));
     if (key.kind == KeyKind::ForeignKey) SplitReference(key);
     TableInfo& table = TableOf(tables, rows.ColumnText(0));
     for (const int column : key.columns) RequireIntact(std::cmp_less(column, table.columns.size()));
+    RequireIntact(key.kind != KeyKind::Default || key.columns.size() == 1);
     table.keys.push_back(std::move(key));
   }
 }
@@ -162,6 +184,8 @@ std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) c
   while (rows.Step()) {
     Module module;
     module.kind = static_cast<ModuleKind>(rows.ColumnInteger(1));
+    RequireIntact(module.kind >= ModuleKind::View && module.kind <= ModuleKind::TableFunction);
+    module.info.kind = module.kind;
     module.info.name = std::string(rows.ColumnText(0));
     module.info.text = std::string(rows.ColumnText(2));
     modules.push_back(std::move(module));
@@ -170,6 +194,11 @@ std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) c
 }
 
 void DefinitionStore::WriteTable(const TableInfo& table) const {
+  const auto isFine = [](const ColumnInfo& column) { return IsFine(column.type.id); };
+  if (table.place == Place::Main && std::ranges::any_of(table.columns, isFine))
+    storage::RequireVersion(connection_, storage::kFineVersion);
+  if (table.place == Place::Main && HasThirdVersion(table))
+    storage::RequireVersion(connection_, storage::kConstraintVersion);
   const auto insert = [&](const char* into, const char* values) {
     return "INSERT INTO " + Qualified(table.place, into) + " VALUES " + values;
   };
@@ -180,10 +209,12 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
     RunWith(connection_, insert(storage::kColumns, "(?, ?, ?, ?, ?, ?, ?)"),
             {Text(table.name), Datum::OfInteger(ordinal++), Text(column.name),
              Datum::OfInteger(EncodeType(column.type)), Datum::OfInteger(column.nullable ? 1 : 0),
-             Datum::OfInteger(column.identity ? 1 : 0), Text(column.defaultText)});
+             Datum::OfInteger(static_cast<int64_t>(ValueOf(column))),
+             Text(column.IsComputed() ? column.computedText : column.defaultText)});
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
-            {Text(table.name), Text(key.name), Datum::OfInteger(static_cast<int64_t>(key.kind)),
+            {Text(table.name), Text(key.name),
+             Datum::OfInteger(static_cast<int64_t>(key.kind) + (key.disabled ? storage::kDisabled : 0)),
              Text(JoinNumbers(key.columns, key.descending)),
              Text(key.kind == KeyKind::ForeignKey ? JoinReference(key) : key.checkText)});
 }
@@ -199,6 +230,7 @@ void DefinitionStore::EraseTable(const TableInfo& table) const {
 }
 
 void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) const {
+  if (kind > ModuleKind::Procedure) storage::RequireVersion(connection_, storage::kFunctionVersion);
   RunWith(connection_,
           "INSERT OR REPLACE INTO " + Qualified(Place::Main, storage::kModules) + " VALUES (?, ?, ?)",
           {Text(module.name), Datum::OfInteger(static_cast<int64_t>(kind)), Text(module.text)});

@@ -24,7 +24,7 @@ namespace storage {
 
 bool IsOwnName(std::string_view name) {
   constexpr std::string_view kSqlite = "sqlite_";
-  if (EqualNames(name.substr(0, kSqlite.size()), kSqlite)) return true;
+  if (EqualNames(name.substr(0, kSqlite.size()), kSqlite) || EqualNames(name, kRebuilt)) return true;
   constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules};
   return std::any_of(std::begin(kOwn), std::end(kOwn), [name](std::string_view quoted) {
     return EqualNames(name, quoted.substr(1, quoted.size() - 2));
@@ -59,7 +59,12 @@ bool CheckVersion(const Connection& connection, const std::string& databaseName)
 }
 
 void MarkVersion(const Connection& connection) {
-  connection.Run("PRAGMA main.user_version = " + std::to_string(kVersion));
+  connection.Run("PRAGMA main.user_version = " + std::to_string(kFirstVersion));
+}
+
+void RequireVersion(const Connection& connection, int64_t version) {
+  if (ReadPragma(connection, "user_version") >= version) return;
+  connection.Run("PRAGMA main.user_version = " + std::to_string(version));
 }
 
 void CreateTables(const Connection& connection, Place place) {

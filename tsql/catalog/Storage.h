@@ -20,12 +20,16 @@ enum class KeyKind : uint8_t {
   Index = 3,
   Check = 4,
   ForeignKey = 5,
+  Default = 6, // since version 3: the name of a column's DEFAULT
 };
 
 // What is kept as its text. Files keep the numbers.
 enum class ModuleKind : uint8_t {
   View = 1,
   Procedure = 2,
+  ScalarFunction = 3, // since version 2
+  InlineFunction = 4,
+  TableFunction = 5,
 };
 
 namespace storage {
@@ -33,20 +37,42 @@ namespace storage {
 // SQLite's application_id of a database of this engine: the letters "tSQL".
 constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
-// same as version 1.
-constexpr int64_t kVersion = 1;
+// same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
+// what they can.
+constexpr int64_t kVersion = 3;
+constexpr int64_t kFirstVersion = 1;
+constexpr int64_t kFunctionVersion = 2; // functions of users
+constexpr int64_t kFineVersion = 2;     // the types time and datetime2
+// Names of defaults, constraints that are switched off, and computed columns.
+constexpr int64_t kConstraintVersion = 3;
+
+// What the value of a column is. Files keep the numbers.
+enum class ColumnValue : int64_t {
+  Given = 0,
+  Identity = 1,
+  Computed = 2, // since version 3
+  Persisted = 3,
+};
+
+// Added to the kind of a constraint that is switched off. Since version 3.
+constexpr int64_t kDisabled = 16;
 
 // The engine's own tables, quoted.
 inline constexpr const char* kTables = "\"~tables\"";
 inline constexpr const char* kColumns = "\"~columns\"";
 inline constexpr const char* kKeys = "\"~keys\"";
 inline constexpr const char* kModules = "\"~modules\"";
+// What a table is called while it is rebuilt, unquoted. Outside a transaction there is none of the name.
+inline constexpr const char* kRebuilt = "~rebuilt";
 
 // Whether no table of the dialect can have the name: one of those, or one that SQLite keeps for itself.
 bool IsOwnName(std::string_view name);
 
 // The name of the server's collation. It must be registered with SQLite before a table is used.
 inline constexpr const char* kCollation = "tsql";
+// Those that only expressions ask for. No file has them.
+inline constexpr const char* kCasedCollation = "tsql_cased";
+inline constexpr const char* kBinaryCollation = "tsql_binary";
 
 // The index of a key, and the second one that refuses duplicates where the key's columns may be null.
 std::string IndexName(std::string_view table, std::string_view key);
@@ -67,8 +93,10 @@ bool IsMarked(const Connection& connection);
 void Mark(const Connection& connection);
 // Refuses a file of a newer version with 948. False for one from before versions were written.
 bool CheckVersion(const Connection& connection, const std::string& databaseName);
-// Writes the present version.
+// Writes the first version.
 void MarkVersion(const Connection& connection);
+// Something is going to be kept that the version has and those before have not.
+void RequireVersion(const Connection& connection, int64_t version);
 // Makes the engine's own tables where they are missing.
 void CreateTables(const Connection& connection, Place place);
 

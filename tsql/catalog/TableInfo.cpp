@@ -2,10 +2,13 @@
 
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/Hexadecimal.h"
+#include "tsql/values/NameHash.h"
 
 namespace tsql {
 
 Place PlaceOf(const ObjectName& name) {
+  if (name.variable) return Place::Temp;
   if (name.name.starts_with("##")) return Place::Global;
   return name.name.starts_with("#") ? Place::Temp : Place::Main;
 }
@@ -18,6 +21,29 @@ int TableInfo::FindColumn(std::string_view columnName) const {
   for (size_t i = 0; i < columns.size(); ++i)
     if (EqualNames(columns[i].name, columnName)) return static_cast<int>(i);
   return -1;
+}
+
+std::string TableInfo::DefaultName(size_t column) const {
+  for (const KeyInfo& key : keys)
+    if (key.kind == KeyKind::Default && key.columns[0] == static_cast<int>(column)) return key.name;
+  constexpr size_t kTablePart = 9;
+  constexpr size_t kColumnPart = 5;
+  const std::string& columnName = columns[column].name;
+  const uint32_t hash = HashOfName(storageName + "." + columnName);
+  std::string made = "DF__" + name.substr(0, kTablePart) + "__" + columnName.substr(0, kColumnPart) + "__";
+  for (unsigned shift = 32; shift > 0; shift -= 8) AppendHex(made, static_cast<char>(hash >> (shift - 8)));
+  return made;
+}
+
+std::string TableInfo::StoredColumns() const {
+  std::string list;
+  for (const ColumnInfo& column : columns)
+    if (!column.IsComputed()) list += (list.empty() ? "" : ", ") + QuoteName(column.name);
+  return list;
+}
+
+std::string TableInfo::FullName(std::string_view databaseName) const {
+  return std::string(place == Place::Main ? databaseName : "tempdb") + ".dbo." + name;
 }
 
 std::string TableInfo::SqlName() const {

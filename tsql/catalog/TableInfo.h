@@ -8,7 +8,7 @@
 
 namespace tsql {
 
-// The place that a name belongs to: "##name" and "#name" are temporary tables.
+// The place that a name belongs to: "##name" and "#name" are temporary tables, and so are table variables.
 Place PlaceOf(const ObjectName& name);
 
 struct ColumnInfo {
@@ -16,7 +16,10 @@ struct ColumnInfo {
   Type type;
   bool nullable = true;
   bool identity = false;
-  std::string defaultText; // the source of the DEFAULT expression; empty for none
+  std::string defaultText;  // the source of the DEFAULT expression; empty for none
+  std::string computedText; // the source of a computed column's expression; empty for others
+  bool isPersisted = false; // the computed values are kept
+  bool IsComputed() const { return !computedText.empty(); }
   bool operator==(const ColumnInfo&) const = default;
 };
 
@@ -28,6 +31,9 @@ struct KeyInfo {
   std::string checkText;       // the source of a CHECK condition
   std::string referencedTable; // of a foreign key
   std::vector<std::string> referencedColumns;
+  bool disabled = false; // a CHECK or foreign key that is not looked at
+  bool IsIndexOnly() const { return kind == KeyKind::Index || kind == KeyKind::UniqueIndex; }
+  bool HasIndex() const { return IsIndexOnly() || kind == KeyKind::PrimaryKey || kind == KeyKind::Unique; }
   bool operator==(const KeyInfo&) const = default;
 };
 
@@ -44,15 +50,21 @@ struct TableInfo {
   int identityColumn = -1; // -1 for none
 
   int FindColumn(std::string_view columnName) const; // -1 when absent
-  std::string SqlName() const;                       // quoted, with its schema
+  // The name of the column's DEFAULT: the given one, or one that the server could have made.
+  std::string DefaultName(size_t column) const;
+  bool IsVariable() const { return place == Place::Temp && name.starts_with('@'); }
+  std::string SqlName() const;       // quoted, with its schema
+  std::string StoredColumns() const; // quoted: all but the computed ones, which nobody can write
+  std::string FullName(std::string_view databaseName) const; // as messages have it
   bool operator==(const TableInfo&) const = default;
 };
 using TablePtr = std::shared_ptr<const TableInfo>;
 
-// A view or a procedure.
+// A view, a procedure or a function.
 struct ModuleInfo {
   std::string name;
   std::string text;
+  ModuleKind kind = ModuleKind::View;
 };
 using ModulePtr = std::shared_ptr<const ModuleInfo>;
 

@@ -4,6 +4,10 @@
 
 namespace tsql {
 
+bool IsCall(const Dependency& dependency) {
+  return dependency.function && dependency.function->kind != ModuleKind::InlineFunction;
+}
+
 size_t ParameterIndex(const CompiledUnit& procedure, const std::string& name, size_t position) {
   const size_t count = procedure.procedure->parameters.size();
   const std::string& procedureName = procedure.procedure->name.name;

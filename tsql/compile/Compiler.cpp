@@ -1,5 +1,9 @@
 #include "tsql/compile/Compiler.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include "tsql/compile/FunctionRules.h"
 #include "tsql/compile/Preparation.h"
 #include "tsql/sqlite/Values.h"
 #include "tsql/syntax/Parser.h"
@@ -18,6 +22,13 @@ const std::vector<Type> kNoMarkers;
 void AppendType(std::string& key, const Type& type) {
   const auto code = EncodeType(type);
   key.append(reinterpret_cast<const char*>(&code), sizeof code);
+}
+
+void CollectColumns(const BoundExpr& expr, const TableInfo& table, std::vector<int>& columns) {
+  for (const BoundExprPtr& arg : expr.args) CollectColumns(*arg, table, columns);
+  if (expr.kind != BoundExpr::Kind::Column) return;
+  const int column = table.FindColumn(expr.name);
+  if (std::ranges::find(columns, column) == columns.end()) columns.push_back(column);
 }
 
 } // namespace
@@ -68,17 +79,138 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   return unit;
 }
 
-BoundQueryPtr Compiler::BindInto(const QueryStatement& statement, const CompiledUnit& unit) const {
-  return Binder(context_.catalog, unit.variables, unit.markers).BindStatementQuery(*statement.query);
+std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, uint32_t number) const {
+  auto unit = std::make_shared<CompiledUnit>();
+  unit->number = number;
+  unit->batch = ParseBatch(text);
+  unit->function = static_cast<const CreateFunctionStatement*>(unit->batch->statements.front().get());
+  unit->procedure = unit->function;
+  unit->body = &unit->function->body;
+  for (const ProcedureParameter& parameter : unit->function->parameters)
+    unit->variables.push_back({parameter.name, parameter.type});
+  PlannerFor(*unit).CompileAll();
+  return unit;
 }
 
-Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table) const {
+Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view name) {
+  auto found = functions_.find(name);
+  if (found == functions_.end()) found = functions_.emplace(std::string(name), FunctionUnits()).first;
+  FunctionUnits& units = found->second;
+  if (units.version == context_.catalog.Version()) return units;
+  ObjectName object;
+  object.name = found->first;
+  const ModulePtr module = context_.catalog.FindFunction(object);
+  if (!module) Fail(4121, {"dbo", "dbo." + object.name});
+  const bool isSame = units.module && units.module->text == module->text &&
+                      (units.idle.empty() || PlannerFor(*units.idle.back()).IsCurrent());
+  if (!isSame) {
+    units = FunctionUnits();
+    units.module = module;
+  }
+  units.version = context_.catalog.Version();
+  return units;
+}
+
+void Compiler::MakeUnit(FunctionUnits& units) {
+  const std::shared_ptr<CompiledUnit> unit = MakeFunction(units.module->text, ++lastUnit_);
+  unit->module = units.module;
+  if (units.made == 0) {
+    for (const std::unique_ptr<Plan>& plan : unit->plans)
+      if (plan) std::ranges::copy_if(plan->dependencies, std::back_inserter(units.calls), IsCall);
+  }
+  units.idle.reserve(++units.made); // so that a unit can be given back without memory
+  units.idle.push_back(unit);
+}
+
+std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view name) {
+  FunctionUnits& units = UnitsOf(name);
+  if (units.idle.empty()) MakeUnit(units);
+  std::shared_ptr<CompiledUnit> unit = std::move(units.idle.back());
+  units.idle.pop_back();
+  return unit;
+}
+
+void Compiler::GiveBack(std::shared_ptr<CompiledUnit> function) {
+  const auto found = functions_.find(std::string_view(function->module->name));
+  if (found != functions_.end() && found->second.module == function->module)
+    found->second.idle.push_back(std::move(function));
+}
+
+void Compiler::CollectCalls(const std::vector<Dependency>& dependencies, std::vector<FunctionUnits*>& found) {
+  for (const Dependency& dependency : dependencies) {
+    if (!IsCall(dependency)) continue;
+    try {
+      FunctionUnits& units = UnitsOf(dependency.function->name);
+      if (std::ranges::count(found, &units) > 0) continue;
+      if (units.idle.empty()) MakeUnit(units);
+      found.push_back(&units);
+      CollectCalls(units.calls, found);
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch): whoever calls the function fails in the same way
+    }
+  }
+}
+
+std::vector<TablePtr> Compiler::MakeFunctionsReady(const std::vector<Dependency>& dependencies) {
+  std::vector<FunctionUnits*> found;
+  CollectCalls(dependencies, found);
+  std::vector<TablePtr> tables;
+  for (FunctionUnits* const units : found) {
+    if (units->idle.front()->tables.empty()) continue;
+    // A function that does not come back to itself is open once, whoever calls it.
+    std::vector<FunctionUnits*> callees;
+    CollectCalls(units->calls, callees);
+    const bool isRecursive = std::ranges::count(callees, units) > 0;
+    while (isRecursive && units->idle.size() < kMaxNesting) MakeUnit(*units);
+    for (const std::shared_ptr<CompiledUnit>& unit : units->idle)
+      tables.insert(tables.end(), unit->tables.begin(), unit->tables.end());
+  }
+  return tables;
+}
+
+bool Compiler::IsFunctionTable(const TablePtr& table) const {
+  return std::ranges::any_of(functions_, [&](const auto& entry) {
+    return std::ranges::any_of(entry.second.idle, [&](const std::shared_ptr<CompiledUnit>& unit) {
+      return std::ranges::count(unit->tables, table) > 0;
+    });
+  });
+}
+
+void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
+  if (statement.function != FunctionKind::Inline) {
+    CheckFunctionBody(statement.body);
+    MakeFunction(statement.text, 0);
+    return;
+  }
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.SetInFunction(true);
+  const std::vector<Column> columns = binder.BindFunctionQuery(statement)->columns;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i].name.empty()) Fail(4514, {std::to_string(i + 1)});
+    for (size_t j = 0; j < i; ++j)
+      if (EqualNames(columns[i].name, columns[j].name)) Fail(4506, {columns[i].name, statement.name.name});
+  }
+}
+
+BoundQueryPtr Compiler::BindInto(const QueryStatement& statement, const CompiledUnit& unit,
+                                 std::vector<Dependency>& dependencies) const {
+  Binder binder(context_.catalog, unit.variables, unit.markers);
+  binder.SetTableVariables(unit.tables, Binder::Variables::InCatalog);
+  binder.SetLimited(context_.limitsChanges);
+  BoundQueryPtr query = binder.BindStatementQuery(*statement.query);
+  dependencies = binder.Dependencies();
+  return query;
+}
+
+Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table,
+                        std::vector<Dependency> dependencies) const {
   BoundInsert insert;
   insert.query = std::move(query);
   insert.table = table;
   for (size_t i = 0; i < insert.query->columns.size(); ++i) insert.columns.push_back(static_cast<int>(i));
   EmittedSql emitted = Emitter().EmitInsert(insert);
   Plan plan;
+  plan.callsFunctions = std::ranges::any_of(dependencies, IsCall);
+  plan.dependencies = std::move(dependencies);
   plan.statement = Prepare(context_.connection, emitted.sql);
   plan.parameters = std::move(emitted.parameters);
   return plan;
@@ -103,16 +235,56 @@ void Compiler::CheckView(const CreateViewStatement& statement) const {
 std::string Compiler::CompileCheck(const TableInfo& table, const std::string& text) const {
   const ExprPtr expr = ParseCheck(text);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
-  return Emitter().EmitExpression(*binder.BindCheck(*expr, table));
+  const BoundExprPtr check = binder.BindCheck(*expr, table);
+  if (table.place == Place::Main && HasFineType(*check))
+    storage::RequireVersion(context_.connection, storage::kFineVersion);
+  return Emitter().EmitExpression(*check);
+}
+
+std::vector<int> Compiler::ColumnsOfCheck(const TableInfo& table, const std::string& text) const {
+  const ExprPtr expr = ParseCheck(text);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  std::vector<int> columns;
+  CollectColumns(*binder.BindCheck(*expr, table), table, columns);
+  return columns;
+}
+
+std::string Compiler::CompileComputed(const TableInfo& table, const ColumnInfo& column) const {
+  const ExprPtr expr = ParseDefault(column.computedText);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  return Emitter().EmitExpression(*binder.BindComputed(*expr, table));
+}
+
+std::vector<int> Compiler::ColumnsOfComputed(const TableInfo& table, const ColumnInfo& column) const {
+  const ExprPtr expr = ParseDefault(column.computedText);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  std::vector<int> columns;
+  CollectColumns(*binder.BindComputed(*expr, table), table, columns);
+  return columns;
+}
+
+std::vector<Dependency> Compiler::DefaultDependencies(const std::string& text) const {
+  const ExprPtr expr = ParseDefault(text);
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.BindScalar(*expr);
+  return binder.Dependencies();
 }
 
 std::string Compiler::CompileDefault(const ColumnInfo& column) const {
   const ExprPtr expr = ParseDefault(column.defaultText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
-  const BoundExprPtr bound = binder.Assign(binder.BindScalar(*expr), column.type);
-  PreparedStatement value = Prepare(context_.connection, "SELECT " + Emitter().EmitExpression(*bound));
+  return Emitter().EmitExpression(*binder.Assign(binder.BindScalar(*expr), column.type));
+}
+
+std::string Compiler::EvaluateDefault(const ColumnInfo& column) const {
+  PreparedStatement value = Prepare(context_.connection, "SELECT " + CompileDefault(column));
   value.Step();
   return Emitter().EmitExpression(*MakeConstant(value.ColumnDatum(0), column.type));
+}
+
+std::string Compiler::CompileConversion(const ColumnInfo& column, const Type& to) const {
+  const Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  return Emitter().EmitExpression(*binder.BindConversion(column, to));
 }
 
 } // namespace tsql

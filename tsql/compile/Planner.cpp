@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tsql/compile/Preparation.h"
+#include "tsql/compile/TableShape.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -13,9 +14,10 @@ bool IsSame(const TablePtr& left, const TablePtr& right) {
   return left == right || (left && right && *left == *right);
 }
 
-// Errors that depend on what runs before the statement: a missing object, IDENTITY_INSERT.
+// Errors that depend on what runs before the statement: a missing object or function, IDENTITY_INSERT.
 bool IsDeferred(const Error& error) {
-  return error.number == 208 || error.number == 544 || error.number == 545 || error.number == 8101;
+  return error.number == 208 || error.number == 4121 || error.number == 544 || error.number == 545 ||
+         error.number == 8101;
 }
 
 const ObjectName& TargetOf(const Statement& statement) {
@@ -35,25 +37,36 @@ Plan& Planner::PlanAt(uint32_t number) {
   return *plans[number];
 }
 
+bool Planner::AreCurrent(const std::vector<Dependency>& dependencies) const {
+  return std::all_of(dependencies.begin(), dependencies.end(), [&](const Dependency& entry) {
+    if (entry.function) {
+      const ModulePtr function = context_.catalog.FindFunction(entry.name);
+      return function && function->text == entry.function->text;
+    }
+    if (entry.view) {
+      const ModulePtr view = context_.catalog.FindView(entry.name);
+      return !context_.catalog.FindTable(entry.name) && view && view->text == entry.view->text;
+    }
+    // A function's table variables are always there.
+    if (entry.name.variable && unit_.function != nullptr) return true;
+    return IsSame(context_.catalog.FindTable(entry.name), entry.table);
+  });
+}
+
 bool Planner::IsCurrent(Plan& plan) const {
   if (plan.version == 0) return false;
   if (plan.version == context_.catalog.Version()) return true;
-  const bool same =
-      std::all_of(plan.dependencies.begin(), plan.dependencies.end(), [&](const Dependency& entry) {
-        if (entry.view) {
-          const ModulePtr view = context_.catalog.FindView(entry.name);
-          return !context_.catalog.FindTable(entry.name) && view && view->text == entry.view->text;
-        }
-        return IsSame(context_.catalog.FindTable(entry.name), entry.table);
-      });
+  const bool same = AreCurrent(plan.dependencies);
   if (same) plan.version = context_.catalog.Version();
   return same;
 }
 
 void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const {
+  plan.dependencies = binder.Dependencies();
+  plan.callsFunctions = std::ranges::any_of(plan.dependencies, IsCall);
+  if (binder.IsAhead()) return; // it is right; it is prepared when its table is there
   plan.statement = Prepare(context_.connection, emitted.sql);
   plan.parameters = std::move(emitted.parameters);
-  plan.dependencies = binder.Dependencies();
   plan.wantsLock = binder.WantsUpdateLock();
   plan.version = context_.catalog.Version();
 }
@@ -61,6 +74,11 @@ void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const
 Binder Planner::MakeBinder() const {
   Binder binder(context_.catalog, unit_.variables, unit_.markers);
   binder.SetPending(pending_);
+  const bool inFunction = unit_.function != nullptr;
+  binder.SetTableVariables(unit_.tables, isAhead_     ? Binder::Variables::Declared
+                                         : inFunction ? Binder::Variables::OfUnit
+                                                      : Binder::Variables::InCatalog);
+  binder.SetInFunction(inFunction);
   return binder;
 }
 
@@ -82,16 +100,20 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
 Plan& Planner::ChangePlan(const Statement& statement) {
   Plan& plan = PlanAt(statement.number);
   const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
-  if (plan.identityInsert == identityInsert && IsCurrent(plan)) return plan;
+  const bool isSame = plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges;
+  if (isSame && IsCurrent(plan)) return plan;
   plan = Plan();
   plan.identityInsert = identityInsert;
+  plan.limited = context_.limitsChanges;
   Binder binder = MakeBinder();
+  binder.SetLimited(plan.limited);
   switch (statement.kind) {
   case StatementKind::Insert: {
     const BoundInsert insert =
         binder.BindInsert(static_cast<const InsertStatement&>(statement), identityInsert);
     plan.target = insert.table;
-    Finish(plan, binder, Emitter().EmitInsert(insert));
+    Finish(plan, binder,
+           insert.output ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
     break;
   }
   case StatementKind::Update: {
@@ -109,12 +131,74 @@ Plan& Planner::ChangePlan(const Statement& statement) {
   return plan;
 }
 
-Plan Planner::UpdatedRowsPlan(const UpdateStatement& statement, std::string_view into,
-                              std::string_view number) {
-  Plan plan;
+StagedPlan Planner::PlanStaged(const Statement& statement) {
   Binder binder = MakeBinder();
-  const BoundUpdate update = binder.BindUpdate(statement);
-  Finish(plan, binder, Emitter().EmitUpdatedRows(update, into, number));
+  binder.SetLimited(context_.limitsChanges);
+  StagedPlan plan;
+  const auto take = [&plan](const std::unique_ptr<BoundOutput>& output) {
+    if (!output) return;
+    plan.outputSql = Emitter().EmitOutputRows(*output);
+    if (output->into) {
+      plan.into = output->into->table;
+    } else {
+      plan.columns = output->query->columns;
+    }
+  };
+  switch (statement.kind) {
+  case StatementKind::Insert: {
+    const auto& insert = static_cast<const InsertStatement&>(statement);
+    take(binder.BindInsert(insert, EqualNames(insert.table.name, context_.identityInsertTable)).output);
+    break;
+  }
+  case StatementKind::Update: {
+    const BoundUpdate update = binder.BindUpdate(static_cast<const UpdateStatement&>(statement));
+    plan.sql = Emitter::EmitStaged(update);
+    take(update.output);
+    break;
+  }
+  default: {
+    const BoundDelete bound = binder.BindDelete(static_cast<const DeleteStatement&>(statement));
+    plan.sql = Emitter::EmitStaged(bound);
+    take(bound.output);
+  }
+  }
+  return plan;
+}
+
+Plan Planner::PlanOnce(EmittedSql emitted) const {
+  Plan plan;
+  plan.statement = Prepare(context_.connection, emitted.sql);
+  plan.parameters = std::move(emitted.parameters);
+  return plan;
+}
+
+Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types) const {
+  Plan plan;
+  Binder binder(context_.catalog, unit_.variables, types);
+  binder.SetTableVariables(unit_.tables, Binder::Variables::InCatalog);
+  const BoundInsert insert =
+      binder.BindInsertMarkers(statement, EqualNames(statement.table.name, context_.identityInsertTable));
+  plan.target = insert.table;
+  Finish(plan, binder, Emitter().EmitInsert(insert));
+  return plan;
+}
+
+Plan& Planner::CursorPlan(const DeclareCursorStatement& statement) {
+  Plan& plan = PlanAt(statement.number);
+  if (IsCurrent(plan)) return plan;
+  plan = Plan();
+  Binder binder = MakeBinder();
+  const BoundQueryPtr query = binder.BindCursorQuery(*statement.query, plan.changeable);
+  plan.columns = query->columns;
+  Finish(plan, binder, Emitter().EmitStatement(*query));
+  return plan;
+}
+
+Plan& Planner::FetchPlan(const FetchStatement& statement) {
+  Plan& plan = PlanAt(statement.number);
+  if (plan.assigned.size() == statement.into.size()) return plan;
+  plan.assigned.clear();
+  for (const std::string& name : statement.into) plan.assigned.push_back(RequireVariable(name));
   return plan;
 }
 
@@ -152,6 +236,12 @@ Plan& Planner::AssignmentPlan(const SetVariableStatement& statement) {
 
 // ---- ahead of execution
 
+bool Planner::IsCurrent() const {
+  return !unit_.isDeferred && std::ranges::all_of(unit_.plans, [this](const std::unique_ptr<Plan>& plan) {
+    return !plan || AreCurrent(plan->dependencies);
+  });
+}
+
 int Planner::RequireVariable(const std::string& name) const {
   const int found = FindVariable(unit_.variables, name);
   if (found < 0) Fail(137, {name});
@@ -160,12 +250,30 @@ int Planner::RequireVariable(const std::string& name) const {
 
 void Planner::Declare(const DeclareStatement& statement) {
   for (const VariableDeclaration& variable : statement.variables) {
-    if (FindVariable(unit_.variables, variable.name) >= 0) Fail(134, {variable.name});
+    const bool isTable = std::ranges::any_of(
+        unit_.tables, [&](const TablePtr& table) { return EqualNames(table->name, variable.name); });
+    if (isTable || FindVariable(unit_.variables, variable.name) >= 0) Fail(134, {variable.name});
     unit_.variables.push_back({variable.name, variable.type});
   }
+  for (const TableVariable& variable : statement.tables) DeclareTable(variable);
+  for (const std::string& cursor : statement.cursors) unit_.cursors.push_back(cursor);
+}
+
+void Planner::DeclareTable(const TableVariable& variable) {
+  const std::string& name = variable.name.name;
+  const bool isTaken =
+      std::ranges::any_of(unit_.tables, [&](const TablePtr& table) { return EqualNames(table->name, name); });
+  if (isTaken || FindVariable(unit_.variables, name) >= 0) Fail(134, {name}, variable.line);
+  const TableShape shape(context_.catalog);
+  TableInfo table = shape.MakeTable(variable.name, variable.columns, variable.constraints);
+  if (unit_.function != nullptr) table.storageName += "~" + std::to_string(unit_.number);
+  unit_.tables.push_back(std::make_shared<const TableInfo>(std::move(table)));
 }
 
 void Planner::CompileAll() {
+  isAhead_ = true;
+  if (unit_.function != nullptr && unit_.function->function == FunctionKind::Table)
+    DeclareTable(unit_.function->result);
   CompileList(*unit_.body);
 }
 
@@ -177,7 +285,10 @@ void Planner::Compile(const Statement& statement) {
   try {
     CompileBody(statement);
   } catch (const Error& error) {
-    if (IsDeferred(error)) return;
+    if (IsDeferred(error)) {
+      unit_.isDeferred = true;
+      return;
+    }
     throw Error(error.number, error.severity, error.state, error.line > 0 ? error.line : statement.line,
                 error.what());
   }
@@ -194,6 +305,7 @@ void Planner::CompileCondition(const Expr& condition) {
     ConditionPlan(condition);
   } catch (const Error& error) {
     if (!IsDeferred(error)) throw;
+    unit_.isDeferred = true;
   }
 }
 
@@ -242,8 +354,28 @@ void Planner::CompileBody(const Statement& statement) {
     CompileList(tryCatch.catchBody);
     break;
   }
+  case StatementKind::DeclareCursor: {
+    const auto& declare = static_cast<const DeclareCursorStatement&>(statement);
+    const std::string& name = declare.cursor.name;
+    const auto isSame = [&](const std::string& cursor) { return EqualNames(cursor, name); };
+    if (name.starts_with('@') && std::ranges::none_of(unit_.cursors, isSame)) Fail(137, {name});
+    CursorPlan(declare);
+    break;
+  }
+  case StatementKind::Fetch: FetchPlan(static_cast<const FetchStatement&>(statement)); break;
+  case StatementKind::Return: {
+    const auto& end = static_cast<const ReturnStatement&>(statement);
+    if (unit_.function != nullptr && end.value) ValuePlan(*end.value, &unit_.function->returns);
+    break;
+  }
   case StatementKind::Print: ValuePlan(*static_cast<const PrintStatement&>(statement).value, nullptr); break;
   case StatementKind::Execute: CompileExecute(static_cast<const ExecuteStatement&>(statement)); break;
+  case StatementKind::InsertExecute: {
+    const auto& insert = static_cast<const InsertExecuteStatement&>(statement);
+    MakeBinder().CheckTarget(insert.table);
+    CompileExecute(*insert.execute);
+    break;
+  }
   default: break;
   }
 }

@@ -11,6 +11,7 @@ struct CompileContext {
   const Connection& connection;
   const Catalog& catalog;
   std::string identityInsertTable; // of SET IDENTITY_INSERT; empty for none
+  bool limitsChanges = false;      // SET ROWCOUNT is on
 };
 
 class Planner {
@@ -20,11 +21,20 @@ class Planner {
   // Declares the variables and binds what can be bound before anything runs. A statement on a table that does
   // not exist yet waits until it runs.
   void CompileAll();
+  // Whether what was bound of the unit is what would be bound now.
+  bool IsCurrent() const;
 
   Plan& QueryPlan(const QueryStatement& statement);
   Plan& ChangePlan(const Statement& statement);
-  // Puts the rows that an update would make into the table `into`, under their numbers in SQLite.
-  Plan UpdatedRowsPlan(const UpdateStatement& statement, std::string_view into, std::string_view number);
+  // Of a changing statement with OUTPUT, or of an update.
+  StagedPlan PlanStaged(const Statement& statement);
+  // A statement that serves once.
+  Plan PlanOnce(EmittedSql emitted) const;
+  // Inserts one row of values of the types, which are its markers.
+  Plan InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types) const;
+  Plan& CursorPlan(const DeclareCursorStatement& statement);
+  // The variables that a FETCH assigns.
+  Plan& FetchPlan(const FetchStatement& statement);
   Plan& ConditionPlan(const Expr& condition);
   // The value of an expression as it is, or converted for a variable of the type.
   Plan& ValuePlan(const Expr& value, const Type* type);
@@ -39,6 +49,7 @@ class Planner {
   void Declare(const DeclareStatement& statement);
   void CompileExecute(const ExecuteStatement& statement);
   int RequireVariable(const std::string& name) const;
+  bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   Binder MakeBinder() const;
@@ -46,6 +57,8 @@ class Planner {
 
   const CompileContext& context_;
   CompiledUnit& unit_;
+  void DeclareTable(const TableVariable& variable);
+  bool isAhead_ = false;             // of execution
   std::vector<std::string> pending_; // tables that the unit creates, while compiling ahead
 };
 

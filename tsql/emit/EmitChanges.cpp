@@ -37,10 +37,15 @@ std::string Emitter::EmitExtras(const std::vector<BoundExprPtr>& extras) {
 }
 
 EmittedSql Emitter::EmitInsert(const BoundInsert& insert) {
+  EmitInsertion(insert);
+  return Finish();
+}
+
+void Emitter::EmitInsertion(const BoundInsert& insert) {
   Text("INSERT INTO " + insert.table->SqlName());
   if (insert.columns.empty()) {
     Text(" DEFAULT VALUES");
-    return Finish();
+    return;
   }
   Text("(");
   for (size_t i = 0; i < insert.columns.size(); ++i) {
@@ -52,7 +57,7 @@ EmittedSql Emitter::EmitInsert(const BoundInsert& insert) {
     const std::string extras = EmitExtras(insert.extras);
     if (insert.wrapper < 0) {
       EmitQuery(*insert.query, extras);
-      return Finish();
+      return;
     }
     Text("SELECT ");
     for (size_t i = 0; i < insert.conversions.size(); ++i) {
@@ -63,7 +68,11 @@ EmittedSql Emitter::EmitInsert(const BoundInsert& insert) {
     EmitQuery(*insert.query);
     Text(") AS ");
     EmitAlias(insert.wrapper);
-    return Finish();
+    if (insert.limit) {
+      Text(" LIMIT ");
+      Emit(*insert.limit);
+    }
+    return;
   }
   Text("VALUES ");
   for (size_t row = 0; row < insert.rows.size(); ++row) {
@@ -74,7 +83,6 @@ EmittedSql Emitter::EmitInsert(const BoundInsert& insert) {
     }
     Text(")");
   }
-  return Finish();
 }
 
 void Emitter::EmitAssignments(const BoundUpdate& update) {
@@ -170,50 +178,6 @@ void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
 EmittedSql Emitter::EmitUpdate(const BoundUpdate& update) {
   EmitCommons(update.commons);
   if (!EmitUpdateDirect(update)) EmitUpdateFromTree(update);
-  return Finish();
-}
-
-EmittedSql Emitter::EmitUpdatedRows(const BoundUpdate& update, std::string_view into,
-                                    std::string_view number) {
-  EmitCommons(update.commons);
-  Text("INSERT INTO ");
-  Text(into);
-  Text(" SELECT ");
-  EmitAlias(update.target);
-  Text("._rowid_ AS ");
-  Text(number);
-  for (size_t column = 0; column < update.table->columns.size(); ++column) {
-    const auto assigned =
-        std::find_if(update.assignments.begin(), update.assignments.end(),
-                     [&](const auto& entry) { return entry.first == static_cast<int>(column); });
-    Text(", ");
-    if (assigned != update.assignments.end()) {
-      Emit(*assigned->second);
-      Text(" AS ");
-    } else {
-      EmitAlias(update.target);
-      Text(".");
-    }
-    Text(QuoteName(update.table->columns[column].name));
-  }
-  Text(" FROM ");
-  if (update.from) {
-    EmitSource(*update.from);
-  } else {
-    Text(update.table->SqlName() + " AS ");
-    EmitAlias(update.target);
-  }
-  if (update.where) {
-    Text(" WHERE ");
-    Emit(*update.where);
-  }
-  // A row that a join finds several times is changed once, and TOP counts it once.
-  Text(" GROUP BY ");
-  Text(number);
-  if (update.top) {
-    Text(" LIMIT ");
-    Emit(*update.top);
-  }
   return Finish();
 }
 

@@ -8,7 +8,9 @@ bool Emitter::EmitNativeCast(const BoundExpr& operand, const Type& to) {
   const Type& from = operand.type;
   const Family source = FamilyOf(from.id);
   const Family target = FamilyOf(to.id);
-  if (from.id == to.id && source != Family::Decimal && source != Family::Text && source != Family::Binary) {
+  const bool losesDigits = IsFine(to.id) && to.scale < from.scale;
+  if (from.id == to.id && !losesDigits && source != Family::Decimal && source != Family::Text &&
+      source != Family::Binary) {
     Emit(operand);
     return true;
   }
@@ -57,7 +59,9 @@ bool Emitter::EmitNativeCast(const BoundExpr& operand, const Type& to) {
     Emit(operand);
     return true;
   }
-  if (from.id == TypeId::SmallDateTime && to.id == TypeId::DateTime) {
+  const bool isSameMoment = (from.id == TypeId::SmallDateTime && to.id == TypeId::DateTime) ||
+                            (from.id == TypeId::Time && to.id == TypeId::DateTime2 && !losesDigits);
+  if (isSameMoment) {
     Emit(operand);
     return true;
   }
@@ -68,7 +72,17 @@ void Emitter::EmitCast(const BoundExpr& expr) {
   const BoundExpr& operand = *expr.args[0];
   if (EmitNativeCast(operand, expr.type)) return;
   if (EmitComputed(expr)) return;
-  Open(names::kCast);
+  EmitCastCall(names::kCast, expr);
+}
+
+void Emitter::EmitTryCast(const BoundExpr& expr) {
+  // What SQLite does by itself cannot fail.
+  if (!EmitNativeCast(*expr.args[0], expr.type)) EmitCastCall(names::kTryCast, expr);
+}
+
+void Emitter::EmitCastCall(const char* function, const BoundExpr& expr) {
+  const BoundExpr& operand = *expr.args[0];
+  Open(function);
   Emit(operand);
   Text(", ");
   TypeCode(operand.type);

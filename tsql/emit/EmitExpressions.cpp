@@ -12,6 +12,7 @@ bool IsSingleRow(const BoundQuery& query) {
   if (query.op != SetOp::None) return false;
   const BoundSelect& select = *query.select;
   if (!select.from || (select.grouped && select.groupBy.empty())) return true;
+  if (select.topPercent || select.topTies) return false;
   return select.top && select.top->kind == BoundExpr::Kind::Constant && select.top->constant.integer <= 1;
 }
 
@@ -30,6 +31,7 @@ void Emitter::Emit(const BoundExpr& expr) {
   case BoundExpr::Kind::Marker:
   case BoundExpr::Kind::Global: EmitParameter(expr); break;
   case BoundExpr::Kind::Cast: EmitCast(expr); break;
+  case BoundExpr::Kind::TryCast: EmitTryCast(expr); break;
   case BoundExpr::Kind::Store: EmitStore(expr); break;
   case BoundExpr::Kind::Negate:
   case BoundExpr::Kind::BitNot: EmitNegation(expr); break;
@@ -68,7 +70,9 @@ void Emitter::Emit(const BoundExpr& expr) {
   case BoundExpr::Kind::Subquery: EmitSubquery(expr); break;
   case BoundExpr::Kind::Case: EmitCase(expr); break;
   case BoundExpr::Kind::Function: EmitFunction(expr); break;
+  case BoundExpr::Kind::UserFunction: EmitUserCall(names::kCallFunction, expr.name, expr.args); break;
   case BoundExpr::Kind::Aggregate: EmitAggregate(expr); break;
+  case BoundExpr::Kind::Window: EmitWindowFunction(expr); break;
   }
 }
 
@@ -83,7 +87,9 @@ void Emitter::EmitComparison(const BoundExpr& expr) {
   const BoundExpr& right = *expr.args[1];
   Text("(");
   EmitComparable(left);
-  if (IsText(left.type) && !left.baseColumn && !right.baseColumn) EmitCollation();
+  const bool isNamed = left.collation != CollationId::Default;
+  if (IsText(left.type) && (isNamed || (!left.baseColumn && !right.baseColumn)))
+    EmitCollation(left.collation);
   Text(CompareSymbol(expr.compare));
   EmitComparable(right);
   Text(")");
@@ -105,7 +111,14 @@ void Emitter::EmitLike(const BoundExpr& expr) {
   if (expr.negated) Text("(NOT ");
   // Trailing blanks of the text do not count unless it or the pattern is Unicode.
   const bool isUnicode = IsUnicode(expr.args[0]->type.id) || IsUnicode(expr.args[1]->type.id);
-  Open(isUnicode ? names::kLike : names::kLikePadded);
+  const CollationId collation = expr.args[0]->collation;
+  if (collation == CollationId::Default) {
+    Open(isUnicode ? names::kLike : names::kLikePadded);
+  } else {
+    Open(names::kLikeCollated);
+    Number(static_cast<int64_t>(collation));
+    Text(isUnicode ? ", 0, " : ", 1, ");
+  }
   for (size_t i = 0; i < expr.args.size(); ++i) {
     if (i > 0) Text(", ");
     Emit(*expr.args[i]);
@@ -143,6 +156,16 @@ void Emitter::EmitSubquery(const BoundExpr& expr) {
   Text(ResultColumnName(0) + ") FROM (");
   EmitQuery(*expr.query);
   Text("))");
+}
+
+void Emitter::EmitUserCall(const char* call, const std::string& name, const std::vector<BoundExprPtr>& args) {
+  Open(call);
+  Text(QuoteText(name));
+  for (const BoundExprPtr& arg : args) {
+    Text(", ");
+    Emit(*arg);
+  }
+  Text(")");
 }
 
 void Emitter::EmitCase(const BoundExpr& expr) {

@@ -28,6 +28,8 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::IsNull, "ifnull"},
     {FunctionId::Coalesce, "coalesce"},
     {FunctionId::NullIf, "nullif"},
+    {FunctionId::Concat, names::kConcat, TypeCodes::Result},
+    {FunctionId::ConcatWithSeparator, names::kConcatWithSeparator, TypeCodes::Result},
     {FunctionId::Len, names::kLen},
     {FunctionId::DataLength, names::kDataLength, TypeCodes::Argument},
     {FunctionId::Ascii, names::kAscii},
@@ -39,6 +41,9 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::LTrim, "ltrim"},
     {FunctionId::RTrim, "rtrim"},
     {FunctionId::Trim, "trim"},
+    {FunctionId::TrimCharacters, names::kTrimCharacters},
+    {FunctionId::Translate, names::kTranslate},
+    {FunctionId::ParseName, names::kParseName},
     {FunctionId::Upper, names::kUpper, TypeCodes::Argument},
     {FunctionId::Lower, names::kLower, TypeCodes::Argument},
     {FunctionId::Reverse, names::kReverse},
@@ -55,10 +60,27 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::IsNumeric, names::kIsNumeric},
     {FunctionId::IsDate, names::kIsDate},
     {FunctionId::GetDate, names::kGetDate},
+    {FunctionId::GetUtcDate, names::kGetUtcDate},
+    {FunctionId::SysDateTime, names::kSysDateTime},
+    {FunctionId::SysUtcDateTime, names::kSysUtcDateTime},
     {FunctionId::DateAdd, names::kDateAdd, TypeCodes::Result},
     {FunctionId::DateDiff, names::kDateDiff},
+    {FunctionId::DateDiffBig, names::kDateDiffBig},
     {FunctionId::DatePart, names::kDatePart},
     {FunctionId::DateName, names::kDateName},
+    {FunctionId::DateFromParts, names::kDateFromParts, TypeCodes::Result},
+    {FunctionId::EndOfMonth, names::kEndOfMonth},
+    {FunctionId::Random, names::kRandom},
+    {FunctionId::Acos, names::kAcos},
+    {FunctionId::Asin, names::kAsin},
+    {FunctionId::Atan, names::kAtan},
+    {FunctionId::Atan2, names::kAtan2},
+    {FunctionId::Cos, names::kCos},
+    {FunctionId::Cot, names::kCot},
+    {FunctionId::Sin, names::kSin},
+    {FunctionId::Tan, names::kTan},
+    {FunctionId::Degrees, names::kDegrees},
+    {FunctionId::Radians, names::kRadians},
     {FunctionId::Sqrt, names::kSqrt},
     {FunctionId::Square, names::kSquare},
     {FunctionId::Power, names::kPower},
@@ -74,8 +96,10 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::ObjectId, names::kObjectId},
     {FunctionId::ObjectName, names::kObjectName},
     {FunctionId::ColLength, names::kColLength},
+    {FunctionId::CursorStatus, names::kCursorStatus},
     {FunctionId::NotNull, names::kNotNull},
     {FunctionId::RowLimit, names::kRowLimit},
+    {FunctionId::AtLeast, names::kAtLeast},
 }};
 
 constexpr bool IsInOrder() {
@@ -137,11 +161,81 @@ void Emitter::EmitNativeAggregate(std::string_view name, const BoundExpr& expr) 
   if (expr.distinct) Text("DISTINCT ");
   EmitCollated(*expr.args[0]);
   Text(")");
+  EmitOver(expr);
+}
+
+void Emitter::EmitStringAggregate(const BoundExpr& expr) {
+  Open(names::kStringAggregate);
+  Emit(*expr.args[0]);
+  Text(", ");
+  Emit(*expr.args[1]);
+  Text(", ");
+  TypeCode(expr.type);
+  const size_t first = expr.args.size() - expr.descending.size();
+  for (size_t i = 0; i < expr.descending.size(); ++i) {
+    Text(i == 0 ? " ORDER BY " : ", ");
+    EmitCollated(*expr.args[first + i]);
+    if (expr.descending[i]) Text(" DESC");
+  }
+  Text(")");
+}
+
+void Emitter::EmitWindowFunction(const BoundExpr& expr) {
+  // In the order of WindowId.
+  constexpr std::array<const char*, 10> kNames = {"row_number",  "rank",         "dense_rank", "ntile",
+                                                  "cume_dist",   "percent_rank", "lag",        "lead",
+                                                  "first_value", "last_value"};
+  Open(kNames[static_cast<size_t>(expr.window)]);
+  for (size_t i = 0; i < OwnArguments(expr); ++i) {
+    if (i > 0) Text(", ");
+    Emit(*expr.args[i]);
+  }
+  Text(")");
+  EmitOver(expr);
+}
+
+namespace {
+
+std::string EdgeSql(FrameEdge edge, int64_t rows) {
+  switch (edge) {
+  case FrameEdge::UnboundedPreceding: return "UNBOUNDED PRECEDING";
+  case FrameEdge::Preceding: return std::to_string(rows) + " PRECEDING";
+  case FrameEdge::CurrentRow: return "CURRENT ROW";
+  case FrameEdge::Following: return std::to_string(rows) + " FOLLOWING";
+  case FrameEdge::UnboundedFollowing: break;
+  }
+  return "UNBOUNDED FOLLOWING";
+}
+
+} // namespace
+
+// The window of an aggregate or a window function; nothing behind an aggregate of a group.
+void Emitter::EmitOver(const BoundExpr& expr) {
+  if (!expr.over) return;
+  const BoundWindow& window = *expr.over;
+  Text(" OVER (");
+  const size_t first = OwnArguments(expr);
+  for (size_t i = 0; i < window.partitions; ++i) {
+    Text(i == 0 ? "PARTITION BY " : ", ");
+    EmitCollated(*expr.args[first + i]);
+  }
+  for (size_t i = 0; i < window.descending.size(); ++i) {
+    Text(i == 0 ? " ORDER BY " : ", ");
+    EmitCollated(*expr.args[first + window.partitions + i]);
+    if (window.descending[i]) Text(" DESC");
+  }
+  if (window.frame.unit != FrameUnit::None) {
+    Text(window.frame.unit == FrameUnit::Rows ? " ROWS BETWEEN " : " RANGE BETWEEN ");
+    Text(EdgeSql(window.frame.start, window.frame.startRows) + " AND " +
+         EdgeSql(window.frame.end, window.frame.endRows));
+  }
+  Text(")");
 }
 
 void Emitter::EmitAggregate(const BoundExpr& expr) {
-  if (expr.args.empty()) {
+  if (OwnArguments(expr) == 0) {
     Text("count(*)");
+    EmitOver(expr);
     return;
   }
   switch (expr.aggregate) {
@@ -149,6 +243,7 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
   case AggregateId::CountBig: return EmitNativeAggregate("count", expr);
   case AggregateId::Min: return EmitNativeAggregate("min", expr);
   case AggregateId::Max: return EmitNativeAggregate("max", expr);
+  case AggregateId::StringAggregate: return EmitStringAggregate(expr);
   case AggregateId::Sum:
   case AggregateId::Average: break;
   }
@@ -182,6 +277,7 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
     Text(", ");
     TypeCode(expr.type);
     Text(")");
+    EmitOver(expr);
   }
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "tsql/emit/Emitter.h"
 #include "tsql/emit/SystemViewSql.h"
@@ -7,7 +8,8 @@
 namespace tsql {
 namespace {
 
-// The column beside those of a recursive query that counts how deep it is: the server stops at 100.
+// The column beside those of a recursive query that counts how deep it is: the server stops at 100, or where
+// the statement says.
 constexpr const char* kDepth = "depth";
 
 // Whether the parentheses in "a CROSS JOIN (b LEFT JOIN c)" can be left out. Then SQLite may put the tables
@@ -19,7 +21,7 @@ bool IsSpliceable(const BoundSource& source) {
 }
 
 bool HasAggregate(const BoundExpr& expr) {
-  return expr.kind == BoundExpr::Kind::Aggregate ||
+  return (expr.kind == BoundExpr::Kind::Aggregate && !expr.over) ||
          std::any_of(expr.args.begin(), expr.args.end(),
                      [](const BoundExprPtr& arg) { return HasAggregate(*arg); });
 }
@@ -40,17 +42,73 @@ void Emitter::EmitCommonName(int common) {
 }
 
 void Emitter::EmitLeaf(const BoundSource& source) {
+  // SQLite has no joins of which one side sees the other, but arguments of functions in FROM do.
+  if (source.applied) EmitPacked(source);
   switch (source.kind) {
   case BoundSource::Kind::Table: Text(source.table->SqlName()); break;
   case BoundSource::Kind::System: Text("(" + SystemViewSql(*source.system) + ")"); break;
   case BoundSource::Kind::Common: EmitCommonName(source.common); break;
+  case BoundSource::Kind::Values: EmitValues(source.rows); break;
+  case BoundSource::Kind::Staged: Text(kStagedRows); break;
+  case BoundSource::Kind::Function:
+    // With a LIMIT the query stays one by itself, so that the function is called once and not for each row of
+    // a join.
+    Text("(SELECT ");
+    for (size_t i = 0; i < source.columns.size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
+    Text(" FROM temp."); // where no table of a user has such a name
+    EmitUserCall(names::kFunctionRows, source.function, source.args);
+    Text(" LIMIT -1)");
+    break;
+  case BoundSource::Kind::Split:
+    Text("(SELECT " + ResultColumnName(0) + " FROM temp.");
+    Open(names::kRows);
+    EmitCall(names::kSplit, *source.args[0], *source.args[1]);
+    Text("))");
+    break;
   default:
     Text("(");
     EmitQuery(*source.query);
     Text(")");
   }
+  if (source.applied) Text("))");
   Text(" AS ");
   EmitAlias(source.id);
+}
+
+// As far as to the table whose rows are packed into one value and unpacked again.
+void Emitter::EmitPacked(const BoundSource& source) {
+  size_t count = 0;
+  switch (source.kind) {
+  case BoundSource::Kind::Values: count = source.rows.front().size(); break;
+  case BoundSource::Kind::Function:
+  case BoundSource::Kind::Split: count = source.columns.size(); break;
+  default: count = source.query->columns.size();
+  }
+  Text("temp.");
+  Open(names::kRows);
+  Text("(SELECT ");
+  Open(names::kPack);
+  for (size_t i = 0; i < count; ++i) {
+    if (i > 0) Text(", ");
+    Text(ResultColumnName(i));
+  }
+  Text(") FROM ");
+}
+
+void Emitter::EmitValues(const std::vector<std::vector<BoundExprPtr>>& rows) {
+  // SQLite names the columns of VALUES by itself, but not always in the same way.
+  Text("(WITH v(");
+  for (size_t i = 0; i < rows.front().size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
+  Text(") AS (VALUES ");
+  for (size_t row = 0; row < rows.size(); ++row) {
+    Text(row > 0 ? ", (" : "(");
+    for (size_t i = 0; i < rows[row].size(); ++i) {
+      if (i > 0) Text(", ");
+      Emit(*rows[row][i]);
+    }
+    Text(")");
+  }
+  Text(") SELECT * FROM v)");
 }
 
 void Emitter::EmitSource(const BoundSource& source) {
@@ -78,6 +136,48 @@ void Emitter::EmitSource(const BoundSource& source) {
 
 void Emitter::EmitSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
                          const std::string& extra) {
+  if (select.topPercent || select.topTies) return EmitPlacedSelect(select, order, extra);
+  EmitRows(select, extra);
+  EmitOrder(order);
+  if (!select.top) return;
+  Text(" LIMIT ");
+  Emit(*select.top);
+}
+
+// TOP PERCENT must know the number of rows first, and WITH TIES which of them are equal to the last one. So
+// each row gets its place in the order, and then those are taken whose place is not beyond the limit.
+void Emitter::EmitPlacedSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
+                               const std::string& extra) {
+  constexpr const char* kPlace = "place";
+  const std::string saved = std::exchange(sql_, {});
+  std::string keys;
+  for (size_t i = 0; i < order.size(); ++i) {
+    keys += (i == 0 ? "ORDER BY " : ", ") +
+            (order[i].ordinal >= 0 ? ResultColumnName(static_cast<size_t>(order[i].ordinal))
+                                   : "k" + std::to_string(i)) +
+            (order[i].descending ? " DESC" : "");
+    if (order[i].ordinal >= 0) continue;
+    Text(", ");
+    EmitCollated(*order[i].expr);
+    Text(" AS k" + std::to_string(i));
+  }
+  const std::string keyItems = std::exchange(sql_, saved);
+  for (size_t i = 0; i < select.items.size(); ++i) Text((i == 0 ? "SELECT " : ", ") + ResultColumnName(i));
+  Text(extra + " FROM (SELECT *, " + (select.topTies ? "rank" : "row_number") + "() OVER (" + keys + ") AS " +
+       kPlace + ", count(*) OVER () AS total FROM (");
+  EmitRows(select, keyItems);
+  Text(std::string(")) WHERE ") + kPlace + " <= ");
+  if (select.topPercent) {
+    Open(names::kPercentOf);
+    Emit(*select.top);
+    Text(", total)");
+  } else {
+    Emit(*select.top);
+  }
+  Text(std::string(" ORDER BY ") + kPlace);
+}
+
+void Emitter::EmitRows(const BoundSelect& select, const std::string& extra) {
   Text(select.distinct ? "SELECT DISTINCT " : "SELECT ");
   const bool lacksAggregate = LacksAggregate(select);
   for (size_t i = 0; i < select.items.size(); ++i) {
@@ -104,11 +204,6 @@ void Emitter::EmitSelect(const BoundSelect& select, const std::vector<BoundOrder
   if (select.having) {
     Text(" HAVING ");
     Emit(*select.having);
-  }
-  EmitOrder(order);
-  if (select.top) {
-    Text(" LIMIT ");
-    Emit(*select.top);
   }
 }
 
@@ -147,8 +242,8 @@ void Emitter::EmitRecursive(const BoundCommon& common) {
   Text(std::string(kDepth) + ") AS (");
   EmitBranch(*common.query->left, ", 0", false);
   Text(" UNION ALL ");
-  EmitBody(member,
-           std::string(", ") + names::kRecursion + "(" + AliasOf(common.own) + "." + kDepth + " + 1)");
+  EmitBody(member, std::string(", ") + names::kRecursion + "(" + AliasOf(common.own) + "." + kDepth +
+                       " + 1, " + std::to_string(common.maxRecursion) + ")");
   Text(")");
 }
 
@@ -163,6 +258,7 @@ void Emitter::EmitBranch(const BoundQuery& query, const std::string& extra, bool
 void Emitter::EmitBody(const BoundQuery& query, const std::string& extra) {
   if (query.op == SetOp::None) {
     EmitSelect(*query.select, query.orderBy, extra);
+    EmitOffset(query);
     return;
   }
   EmitBranch(*query.left, extra, false);
@@ -174,6 +270,19 @@ void Emitter::EmitBody(const BoundQuery& query, const std::string& extra) {
   }
   EmitBranch(*query.right, extra, true);
   EmitOrder(query.orderBy);
+  EmitOffset(query);
+}
+
+void Emitter::EmitOffset(const BoundQuery& query) {
+  if (!query.offset) return;
+  Text(" LIMIT ");
+  if (query.fetch) {
+    Emit(*query.fetch);
+  } else {
+    Text("-1"); // all of them
+  }
+  Text(" OFFSET ");
+  Emit(*query.offset);
 }
 
 void Emitter::EmitQuery(const BoundQuery& query, const std::string& extra) {

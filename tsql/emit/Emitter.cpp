@@ -67,9 +67,11 @@ std::string Emitter::AliasOf(int source) {
   return "s" + std::to_string(source);
 }
 
-void Emitter::EmitCollation() {
+void Emitter::EmitCollation(CollationId collation) {
+  constexpr std::array<const char*, 3> kNames = {storage::kCollation, storage::kCasedCollation,
+                                                 storage::kBinaryCollation};
   Text(" COLLATE ");
-  Text(storage::kCollation);
+  Text(kNames[static_cast<size_t>(collation)]);
 }
 
 void Emitter::EmitParameter(const BoundExpr& expr) {
@@ -135,7 +137,7 @@ void Emitter::EmitCollated(const BoundExpr& expr) {
 
 void Emitter::EmitCollationOf(const BoundExpr& expr) {
   // For a column of a table SQLite knows the collation, and it would not use an index if it were named here.
-  if (IsText(expr.type) && !expr.baseColumn) EmitCollation();
+  if (IsText(expr.type) && !expr.baseColumn) EmitCollation(expr.collation);
 }
 
 } // namespace tsql

@@ -19,6 +19,16 @@ struct EmittedSql {
   std::vector<ParameterRef> parameters;
 };
 
+// The table of the rows that a change has staged. In this schema no table of a user has such a name.
+inline constexpr const char* kStagedRows = "temp.t_staged_rows";
+
+// An UPDATE or DELETE in two steps: the query gives the rows to be staged, the statements change those.
+struct EmittedChange {
+  EmittedSql rows;
+  std::string change;
+  std::vector<std::string> replacements; // in place of it, where keys move from row to row
+};
+
 // Emits one statement.
 class Emitter {
  public:
@@ -29,9 +39,13 @@ class Emitter {
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
-  // Puts the rows that the update would make into a table: the row's number in SQLite, then all columns.
-  EmittedSql EmitUpdatedRows(const BoundUpdate& update, std::string_view into, std::string_view number);
   EmittedSql EmitDelete(const BoundDelete& statement);
+  // An INSERT that returns what is staged of its rows.
+  EmittedSql EmitReturningInsert(const BoundInsert& insert);
+  static EmittedChange EmitStaged(const BoundUpdate& update);
+  static EmittedChange EmitStaged(const BoundDelete& statement);
+  // What the clause gives, as a result or put into a table.
+  EmittedSql EmitOutputRows(const BoundOutput& output);
   // An expression without parameters, as a part of a definition; a CHECK condition names bare columns.
   std::string EmitExpression(const BoundExpr& expr);
 
@@ -48,7 +62,7 @@ class Emitter {
 
   void EmitCollated(const BoundExpr& expr);
   void EmitCollationOf(const BoundExpr& expr);
-  void EmitCollation();
+  void EmitCollation(CollationId collation);
   void EmitConstant(const Datum& value);
   void EmitParameter(const BoundExpr& expr);
   void EmitAlias(int source);
@@ -69,6 +83,8 @@ class Emitter {
 
   // conversions (EmitConversions.cpp); false where SQLite cannot do it by itself
   void EmitCast(const BoundExpr& expr);
+  void EmitTryCast(const BoundExpr& expr);
+  void EmitCastCall(const char* function, const BoundExpr& expr);
   void EmitStore(const BoundExpr& expr);
   bool EmitNativeCast(const BoundExpr& operand, const Type& to);
 
@@ -91,20 +107,30 @@ class Emitter {
 
   // functions (EmitFunctions.cpp)
   void EmitFunction(const BoundExpr& expr);
+  void EmitUserCall(const char* call, const std::string& name, const std::vector<BoundExprPtr>& args);
   bool EmitSubstring(const BoundExpr& expr);
   void EmitAggregate(const BoundExpr& expr);
   void EmitNativeAggregate(std::string_view name, const BoundExpr& expr);
+  void EmitStringAggregate(const BoundExpr& expr);
+  void EmitWindowFunction(const BoundExpr& expr);
+  void EmitOver(const BoundExpr& expr);
 
   // queries (EmitQueries.cpp); `extra` are items to append to each branch
   void EmitQuery(const BoundQuery& query, const std::string& extra = {});
   void EmitBody(const BoundQuery& query, const std::string& extra);
   void EmitBranch(const BoundQuery& query, const std::string& extra, bool isRight);
   void EmitSelect(const BoundSelect& select, const std::vector<BoundOrder>& order, const std::string& extra);
+  void EmitPlacedSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
+                        const std::string& extra);
+  void EmitRows(const BoundSelect& select, const std::string& extra);
   void EmitOrder(const std::vector<BoundOrder>& order);
+  void EmitOffset(const BoundQuery& query);
   void EmitCommons(const std::vector<BoundCommon>& commons);
   void EmitRecursive(const BoundCommon& common);
   void EmitSource(const BoundSource& source);
   void EmitLeaf(const BoundSource& source);
+  void EmitPacked(const BoundSource& source);
+  void EmitValues(const std::vector<std::vector<BoundExprPtr>>& rows);
   void EmitCommonName(int common);
 
   // changes (EmitChanges.cpp)
@@ -114,6 +140,9 @@ class Emitter {
   void EmitTargetRows(int target, const BoundSource* from, const TableInfo& table, const BoundExpr* where,
                       const BoundExpr* top);
   void EmitAssignments(const BoundUpdate& update);
+  void EmitInsertion(const BoundInsert& insert);
+  template <typename Change>
+  EmittedSql EmitRowsOf(const Change& change, const BoundUpdate* update);
 
   std::string sql_;
   std::vector<ParameterRef> parameters_;

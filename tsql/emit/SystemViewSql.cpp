@@ -14,12 +14,28 @@ std::string Call(const char* function, const char* arguments) {
   return std::string(function) + "(" + arguments + ")";
 }
 
-// Tables, views and procedures, with the kinds by which the system's views know them.
+// Tables, views, procedures and functions, with the kinds by which the system's views know them.
 std::string Objects() {
-  const std::string isView = "kind = " + std::to_string(static_cast<int>(ModuleKind::View));
+  struct Kind {
+    ModuleKind kind;
+    const char* type;
+    const char* description;
+  };
+  constexpr Kind kKinds[] = {{ModuleKind::View, "V ", "VIEW"},
+                             {ModuleKind::Procedure, "P ", "SQL_STORED_PROCEDURE"},
+                             {ModuleKind::ScalarFunction, "FN", "SQL_SCALAR_FUNCTION"},
+                             {ModuleKind::InlineFunction, "IF", "SQL_INLINE_TABLE_VALUED_FUNCTION"},
+                             {ModuleKind::TableFunction, "TF", "SQL_TABLE_VALUED_FUNCTION"}};
+  std::string type = "CASE kind";
+  std::string description = type;
+  for (const Kind& kind : kKinds) {
+    const std::string when = " WHEN " + std::to_string(static_cast<int>(kind.kind)) + " THEN '";
+    type += when + kind.type + "'";
+    description += when + kind.description + "'";
+  }
   return "(SELECT name, 'U ' AS xtype, 'USER_TABLE' AS description FROM " + Main(storage::kTables) +
-         " UNION ALL SELECT name, iif(" + isView + ", 'V ', 'P '), iif(" + isView +
-         ", 'VIEW', 'SQL_STORED_PROCEDURE') FROM " + Main(storage::kModules) + ")";
+         " UNION ALL SELECT name, " + type + " END, " + description + " END FROM " + Main(storage::kModules) +
+         ")";
 }
 
 } // namespace
@@ -33,21 +49,23 @@ std::string SystemViewSql(const SystemView& view) {
   case Id::SysObjects: return "SELECT name, " + id + " AS id, xtype, xtype AS type FROM " + Objects();
   case Id::SysColumns:
     return "SELECT name, " + tableId + " AS id, ordinal + 1 AS colid, " + length +
-           " AS length, nullable AS isnullable FROM " + Main(storage::kColumns);
+           " AS length, nullable AS isnullable, identity > 1 AS iscomputed FROM " + Main(storage::kColumns);
   case Id::Objects:
     return "SELECT name, " + id + " AS object_id, xtype AS type, description AS type_desc FROM " + Objects();
   case Id::Tables: return "SELECT name, " + id + " AS object_id FROM " + Main(storage::kTables);
   case Id::Columns:
     return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " + length +
-           " AS max_length, nullable AS is_nullable, identity AS is_identity FROM " + Main(storage::kColumns);
+           " AS max_length, nullable AS is_nullable, identity = 1 AS is_identity, identity > 1 AS is_computed "
+           "FROM " +
+           Main(storage::kColumns);
   case Id::SchemaTables:
     return "SELECT 'dbo' AS TABLE_SCHEMA, name AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS "
            "TABLE_TYPE FROM " +
-           Objects() + " WHERE xtype <> 'P '";
+           Objects() + " WHERE xtype IN ('U ', 'V ')";
   case Id::SchemaColumns: break;
   }
   return "SELECT 'dbo' AS TABLE_SCHEMA, table_name AS TABLE_NAME, name AS COLUMN_NAME, ordinal + 1 AS "
-         "ORDINAL_POSITION, nullif(default_text, '') AS COLUMN_DEFAULT, iif(nullable, 'YES', 'NO') AS "
+         "ORDINAL_POSITION, iif(identity > 1, NULL, nullif(default_text, '')) AS COLUMN_DEFAULT, iif(nullable, 'YES', 'NO') AS "
          "IS_NULLABLE, " +
          Call(names::kTypeName, "type") + " AS DATA_TYPE, " + Call(names::kCharLength, "type") +
          " AS CHARACTER_MAXIMUM_LENGTH FROM " + Main(storage::kColumns);

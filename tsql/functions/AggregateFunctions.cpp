@@ -1,5 +1,10 @@
 // Aggregates that SQLite lacks: exact sums and averages, and the only value of a subquery.
+#include <memory>
+#include <utility>
+
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/values/CodePage.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
 
@@ -45,6 +50,23 @@ void TypedStep(sqlite3_context* context, int count, sqlite3_value** values) {
   SumStep(context, count, values);
 }
 
+// A row leaves the window.
+void InverseStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, sizeof(TypedSum)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  const FunctionCall call(context, count, values);
+  if (call.IsNull(0)) return;
+  const Type type = call.TypeAt(1);
+  const Decimal sum{state->sum.low, state->sum.high, type.scale, state->sum.negative};
+  const std::optional<Decimal> next = SubtractDecimals(sum, call.DecimalAt(0, type), type.scale);
+  --state->sum.count;
+  state->sum.overflow = state->sum.overflow || !next;
+  if (!next) return;
+  state->sum.low = next->low;
+  state->sum.high = next->high;
+  state->sum.negative = next->negative;
+}
+
 template <bool IsAverage>
 void SumFinal(sqlite3_context* context) {
   const auto* state = static_cast<TypedSum*>(sqlite3_aggregate_context(context, 0));
@@ -86,6 +108,41 @@ void SingleFinal(sqlite3_context* context) {
   sqlite3_value_free(state->value);
 }
 
+// t_string_agg(text, separator, type): the texts that are not null, one behind the other as they come.
+struct JoinedTexts {
+  std::string* text;
+  int64_t type;
+};
+
+void JoinStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  auto* state = static_cast<JoinedTexts*>(sqlite3_aggregate_context(context, sizeof(JoinedTexts)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  const FunctionCall call(context, count, values);
+  if (call.IsNull(0)) return;
+  Protect(call, [&] {
+    if (state->text == nullptr) {
+      state->text = new std::string();
+      state->type = call.Integer(2);
+    } else if (!call.IsNull(1)) {
+      state->text->append(call.Text(1));
+    }
+    state->text->append(call.Text(0));
+  });
+}
+
+void JoinFinal(sqlite3_context* context) {
+  auto* state = static_cast<JoinedTexts*>(sqlite3_aggregate_context(context, 0));
+  if (state == nullptr || state->text == nullptr) return sqlite3_result_null(context);
+  const std::unique_ptr<std::string> text(std::exchange(state->text, nullptr));
+  const FunctionCall call(context, 0, nullptr);
+  Protect(call, [&] {
+    const Type type = DecodeType(state->type);
+    const size_t length = IsUnicode(type.id) ? CharCount(*text) : PageSize(*text);
+    if (type.length >= 0 && length > static_cast<size_t>(type.length)) Fail(9829, {});
+    call.ReturnText(*text);
+  });
+}
+
 } // namespace
 
 void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context) {
@@ -94,8 +151,13 @@ void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context) {
     CheckRegistered(connection, sqlite3_create_function_v2(connection, name, arguments, flags, &context,
                                                            nullptr, step, final, nullptr));
   };
-  add(names::kSum, 3, kFlags, TypedStep, SumFinal<false>);
-  add(names::kAverage, 3, kFlags, TypedStep, SumFinal<true>);
+  const auto addWindow = [&](const char* name, int arguments, auto step, auto final, auto inverse) {
+    CheckRegistered(connection, sqlite3_create_window_function(connection, name, arguments, kFlags, &context,
+                                                               step, final, final, inverse, nullptr));
+  };
+  addWindow(names::kSum, 3, TypedStep, SumFinal<false>, InverseStep);
+  addWindow(names::kAverage, 3, TypedStep, SumFinal<true>, InverseStep);
+  add(names::kStringAggregate, 3, kFlags, JoinStep, JoinFinal);
   add(names::kSingle, 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, SingleStep, SingleFinal);
 }
 

@@ -56,7 +56,11 @@ void ObjectId(const FunctionCall& call) {
   const ObjectName name = LastPart(call.Text(0));
   const std::string_view kind = call.Count() > 1 ? TrimTrailingBlanks(call.Text(1)) : std::string_view();
   const auto isWanted = [kind](std::string_view own) { return kind.empty() || EqualNames(kind, own); };
-  const bool found = (isWanted("U") && catalog.FindTable(name)) ||
+  const ModulePtr function = catalog.FindFunction(name);
+  const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
+                                       (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
+                                       (isWanted("TF") && function->kind == ModuleKind::TableFunction));
+  const bool found = isFunction || (isWanted("U") && catalog.FindTable(name)) ||
                      (isWanted("V") && catalog.FindView(name)) ||
                      (isWanted("P") && catalog.FindProcedure(name));
   if (!found) return call.ReturnNull();
@@ -72,6 +76,11 @@ void ColLength(const FunctionCall& call) {
   const bool hasLength = TakesLength(type.id) && !IsLob(type.id);
   if (!hasLength) return call.ReturnInteger(StorageBytes(type));
   call.ReturnInteger(IsUnicode(type.id) && type.length > 0 ? type.length * 2 : type.length);
+}
+
+void CursorStatusOf(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnInteger(-3);
+  call.ReturnInteger(call.Context().userFunctions->CursorStatus(call.Text(0), call.Text(1)));
 }
 
 void TypeNameOf(const FunctionCall& call) {
@@ -97,6 +106,7 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<NewId>(connection, context, names::kNewId, 0, Purity::Volatile);
   Register<ObjectId>(connection, context, names::kObjectId, -1, Purity::Volatile);
   Register<ObjectNameOf>(connection, context, names::kObjectName, 1, Purity::Volatile);
+  Register<CursorStatusOf>(connection, context, names::kCursorStatus, 2, Purity::Volatile);
   Register<TypeNameOf>(connection, context, names::kTypeName, 1);
   Register<CharLengthOf>(connection, context, names::kCharLength, 1);
   Register<ColLength>(connection, context, names::kColLength, 2, Purity::Volatile);

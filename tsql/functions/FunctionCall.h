@@ -79,6 +79,20 @@ void Guarded(sqlite3_context* context, int count, sqlite3_value** values) {
   Protect(call, [&] { Body(call); });
 }
 
+// Declares the columns c0, c1 ... of a virtual table, and behind them a hidden name and so many hidden
+// arguments; -1 for neither. No exception gets into SQLite.
+inline int DeclareColumns(sqlite3* connection, int columns, int hiddenArguments = -1) {
+  try {
+    std::string definition = "CREATE TABLE x(c0";
+    for (int i = 1; i < columns; ++i) definition += ", c" + std::to_string(i);
+    if (hiddenArguments >= 0) definition += ", name HIDDEN";
+    for (int i = 0; i < hiddenArguments; ++i) definition += ", a" + std::to_string(i) + " HIDDEN";
+    return sqlite3_declare_vtab(connection, (definition + ")").c_str());
+  } catch (const std::bad_alloc&) {
+    return SQLITE_NOMEM;
+  }
+}
+
 // Throws SqliteFailure when a function could not be registered.
 inline void CheckRegistered(sqlite3* connection, int result) {
   if (result != SQLITE_OK) ThrowFailure(connection);
@@ -104,8 +118,11 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterComputeFunction(sqlite3* connection, FunctionContext& context);
 void RegisterDecimalFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterPackedRows(sqlite3* connection, FunctionContext& context);
+void RegisterStagedRows(sqlite3* connection, FunctionContext& context);
 void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context);
+void RegisterUserFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterDateFunctions(sqlite3* connection, FunctionContext& context);
 
 } // namespace tsql

@@ -7,10 +7,22 @@ namespace tsql::names {
 
 // Conversions and what a statement needs while it runs.
 inline constexpr const char* kCast = "t_cast";
+inline constexpr const char* kTryCast = "t_try_cast";
 inline constexpr const char* kStore = "t_store";
 inline constexpr const char* kNotNull = "t_not_null";
 inline constexpr const char* kRowLimit = "t_row_limit";
+inline constexpr const char* kAtLeast = "t_at_least";
+inline constexpr const char* kPercentOf = "t_percent_of";
+inline constexpr const char* kPack = "t_pack";
+inline constexpr const char* kRows = "t_rows";
+inline constexpr const char* kSplit = "t_split";
+inline constexpr const char* kStringAggregate = "t_string_agg";
 inline constexpr const char* kVariable = "t_variable";
+inline constexpr const char* kCallFunction =
+    "t_call"; // a user's function; its name in front of its arguments
+inline constexpr const char* kFunctionRows =
+    "t_function_rows";                                      // the same as a table, with columns c0, c1 ...
+inline constexpr const char* kStagedRows = "t_staged_rows"; // a table with columns c0, c1 ...
 inline constexpr const char* kSuspect = "t_suspect";
 inline constexpr const char* kRecursion = "t_recursion";
 inline constexpr const char* kSingle = "t_single";
@@ -35,8 +47,14 @@ inline constexpr const char* kBinaryKey = "t_binary_key";
 // Texts.
 inline constexpr const char* kLike = "t_like";
 inline constexpr const char* kLikePadded = "t_like_padded";
+inline constexpr const char* kLikeCollated = "t_like_collated";
 inline constexpr const char* kLen = "t_len";
 inline constexpr const char* kDataLength = "t_datalength";
+inline constexpr const char* kConcat = "t_concat";
+inline constexpr const char* kConcatWithSeparator = "t_concat_ws";
+inline constexpr const char* kTrimCharacters = "t_trim";
+inline constexpr const char* kTranslate = "t_translate";
+inline constexpr const char* kParseName = "t_parsename";
 inline constexpr const char* kUpper = "t_upper";
 inline constexpr const char* kLower = "t_lower";
 inline constexpr const char* kReverse = "t_reverse";
@@ -59,6 +77,12 @@ inline constexpr const char* kIsDate = "t_isdate";
 
 // Dates.
 inline constexpr const char* kGetDate = "t_getdate";
+inline constexpr const char* kGetUtcDate = "t_getutcdate";
+inline constexpr const char* kSysDateTime = "t_sysdatetime";
+inline constexpr const char* kSysUtcDateTime = "t_sysutcdatetime";
+inline constexpr const char* kDateDiffBig = "t_datediff_big";
+inline constexpr const char* kDateFromParts = "t_datefromparts";
+inline constexpr const char* kEndOfMonth = "t_eomonth";
 inline constexpr const char* kDateAdd = "t_dateadd";
 inline constexpr const char* kDateDiff = "t_datediff";
 inline constexpr const char* kDatePart = "t_datepart";
@@ -70,6 +94,17 @@ inline constexpr const char* kSign = "t_sign";
 inline constexpr const char* kFloor = "t_floor";
 inline constexpr const char* kCeiling = "t_ceiling";
 inline constexpr const char* kRound = "t_round";
+inline constexpr const char* kRandom = "t_rand";
+inline constexpr const char* kAcos = "t_acos";
+inline constexpr const char* kAsin = "t_asin";
+inline constexpr const char* kAtan = "t_atan";
+inline constexpr const char* kAtan2 = "t_atn2";
+inline constexpr const char* kCos = "t_cos";
+inline constexpr const char* kCot = "t_cot";
+inline constexpr const char* kSin = "t_sin";
+inline constexpr const char* kTan = "t_tan";
+inline constexpr const char* kDegrees = "t_degrees";
+inline constexpr const char* kRadians = "t_radians";
 inline constexpr const char* kSqrt = "t_sqrt";
 inline constexpr const char* kPower = "t_power";
 inline constexpr const char* kExp = "t_exp";
@@ -80,6 +115,7 @@ inline constexpr const char* kSquare = "t_square";
 // The catalog.
 inline constexpr const char* kNewId = "t_newid";
 inline constexpr const char* kObjectId = "t_object_id";
+inline constexpr const char* kCursorStatus = "t_cursor_status";
 inline constexpr const char* kObjectName = "t_object_name";
 inline constexpr const char* kColLength = "t_col_length";
 inline constexpr const char* kTypeName = "t_type_name";

@@ -3,18 +3,59 @@
 // fails leaves the server's error in the context, because SQLite's own error says only that it failed.
 #pragma once
 
+#include <map>
+#include <utility>
+
 #include "tsql/catalog/Catalog.h"
+#include "tsql/functions/RandomNumbers.h"
 
 namespace tsql {
+
+// What whoever runs statements answers to them: cursors, and the functions of users, which are batches like
+// any other: whoever runs statements runs them too. A failure is thrown as the server's error.
+class UserFunctions {
+ public:
+  using Rows = std::vector<std::vector<Datum>>;
+
+  UserFunctions() = default;
+  UserFunctions(const UserFunctions&) = delete;
+  UserFunctions& operator=(const UserFunctions&) = delete;
+  virtual ~UserFunctions() = default;
+  virtual Datum CallScalar(std::string_view name, std::vector<Datum> arguments) = 0;
+  virtual int CursorStatus(std::string_view kind, std::string_view name) const = 0;
+  virtual Rows CallTable(std::string_view name, std::vector<Datum> arguments) = 0;
+};
+
+// The rows that a change has staged: of each its number in SQLite, the new and the old values, others.
+using StagedRows = std::vector<std::vector<Datum>>;
 
 // What the functions of a connection and whoever runs its statements tell each other.
 struct FunctionContext {
   std::optional<Error> error;                    // of the function that failed last
   std::optional<int64_t> fixedNow;               // what GETDATE() answers instead of the clock
-  std::optional<int64_t> now;                    // what GETDATE() answered first within the statement
+  std::optional<int64_t> now;                    // what the clock said first within the statement, in 100 ns
+  RandomNumbers random;                          // of the session
+  std::map<int64_t, double> randomValues;        // what RAND() answered within the statement, by its place
   const std::vector<Datum>* variables = nullptr; // of the batch or procedure that runs
   const Catalog* catalog = nullptr;
-  std::vector<std::string> suspects; // names of foreign keys that the statement may have broken
+  UserFunctions* userFunctions = nullptr;
+  const StagedRows* staged = nullptr; // of the change that runs
+  std::vector<std::string> suspects;  // names of foreign keys that the statement may have broken
+};
+
+// Makes the rows those of the change that runs, as long as the object lives. Within it another change may
+// run.
+class StagedUse {
+ public:
+  StagedUse(FunctionContext& context, const StagedRows& rows)
+      : context_(context), outer_(std::exchange(context.staged, &rows)) {}
+  StagedUse(const StagedUse&) = delete;
+  StagedUse& operator=(const StagedUse&) = delete;
+  ~StagedUse() { context_.staged = outer_; }
+
+ private:
+  FunctionContext& context_;
+  const StagedRows* outer_;
 };
 
 // Registers the functions and the collation "tsql"; the context outlives the connection.

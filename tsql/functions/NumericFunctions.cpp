@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/Conversion.h"
@@ -172,9 +173,49 @@ void Exp(const FunctionCall& call) {
   ReturnFinite(call, std::exp(call.Real(0)));
 }
 
+// t_log(number[, base])
 void Log(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  if (call.Count() == 1) return ReturnFinite(call, std::log(call.Real(0)));
+  if (call.Real(0) <= 0 || call.Real(1) <= 0 || call.Real(1) == 1) Fail(3623, {});
+  ReturnFinite(call, std::log(call.Real(0)) / std::log(call.Real(1)));
+}
+
+template <double (*Function)(double)>
+void OfFloat(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
-  ReturnFinite(call, std::log(call.Real(0)));
+  ReturnFinite(call, Function(call.Real(0)));
+}
+
+double Cotangent(double angle) {
+  return angle == 0 ? std::nan("") : 1 / std::tan(angle);
+}
+
+double DegreesOf(double radians) {
+  return radians * (180 / std::numbers::pi);
+}
+
+double RadiansOf(double degrees) {
+  return degrees * (std::numbers::pi / 180);
+}
+
+void Arctangent(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  ReturnFinite(call, std::atan2(call.Real(0), call.Real(1)));
+}
+
+// t_rand(place[, seed]). Without a seed each place in a statement keeps the value that it had first.
+void Random(const FunctionCall& call) {
+  RandomNumbers& numbers = call.Context().random;
+  if (call.Count() > 1) {
+    if (call.IsNull(1)) return call.ReturnNull();
+    numbers.Seed(call.Integer(1));
+    return call.ReturnReal(numbers.Next());
+  }
+  std::map<int64_t, double>& values = call.Context().randomValues;
+  const auto found = values.find(call.Integer(0));
+  if (found != values.end()) return call.ReturnReal(found->second);
+  call.ReturnReal(values.emplace(call.Integer(0), numbers.Next()).first->second);
 }
 
 void Log10(const FunctionCall& call) {
@@ -210,6 +251,18 @@ void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Power>(connection, context, names::kPower, 2);
   Register<Exp>(connection, context, names::kExp, 1);
   Register<Log>(connection, context, names::kLog, 1);
+  Register<Log>(connection, context, names::kLog, 2);
+  Register<OfFloat<std::acos>>(connection, context, names::kAcos, 1);
+  Register<OfFloat<std::asin>>(connection, context, names::kAsin, 1);
+  Register<OfFloat<std::atan>>(connection, context, names::kAtan, 1);
+  Register<Arctangent>(connection, context, names::kAtan2, 2);
+  Register<OfFloat<std::cos>>(connection, context, names::kCos, 1);
+  Register<OfFloat<Cotangent>>(connection, context, names::kCot, 1);
+  Register<OfFloat<std::sin>>(connection, context, names::kSin, 1);
+  Register<OfFloat<std::tan>>(connection, context, names::kTan, 1);
+  Register<OfFloat<DegreesOf>>(connection, context, names::kDegrees, 1);
+  Register<OfFloat<RadiansOf>>(connection, context, names::kRadians, 1);
+  Register<Random>(connection, context, names::kRandom, -1, Purity::Volatile);
   Register<Log10>(connection, context, names::kLog10, 1);
   Register<Square>(connection, context, names::kSquare, 1);
   Register<Finite>(connection, context, names::kFinite, 1);

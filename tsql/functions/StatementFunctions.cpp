@@ -1,5 +1,6 @@
 // Conversions, and what a statement asks of its batch while it runs.
 #include <algorithm>
+#include <cmath>
 
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/CodePage.h"
@@ -31,6 +32,18 @@ void Cast(const FunctionCall& call) {
   call.Return(Convert(call.Value(0), from, to, ConvertMode::Cast, static_cast<int>(call.Integer(3))));
 }
 
+// A style that does not exist is an error all the same.
+void TryCast(const FunctionCall& call) {
+  constexpr int kUnknownStyle = 281;
+  constexpr int kUnknownBinaryStyle = 9809;
+  try {
+    Cast(call);
+  } catch (const Error& error) {
+    if (error.number == kUnknownStyle || error.number == kUnknownBinaryStyle) throw;
+    call.ReturnNull();
+  }
+}
+
 void Store(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
   const Type from = call.TypeAt(1);
@@ -51,6 +64,22 @@ void RowLimit(const FunctionCall& call) {
   call.ReturnValue(0);
 }
 
+// t_at_least(value, least, error, error of null)
+void AtLeast(const FunctionCall& call) {
+  if (call.IsNull(0)) Fail(static_cast<int>(call.Integer(3)), {});
+  if (call.Integer(0) < call.Integer(1)) Fail(static_cast<int>(call.Integer(2)), {});
+  call.ReturnValue(0);
+}
+
+// t_percent_of(share, total): how many of the rows that is; a part of a row is a whole one.
+void PercentOf(const FunctionCall& call) {
+  constexpr double kAll = 100;
+  if (call.IsNull(0)) Fail(1060, {});
+  const double share = call.Real(0);
+  if (share < 0 || share > kAll) Fail(1031, {});
+  call.ReturnInteger(static_cast<int64_t>(std::ceil(share * call.Real(1) / kAll)));
+}
+
 void Variable(const FunctionCall& call) {
   const FunctionContext& context = call.Context();
   call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
@@ -62,9 +91,10 @@ void Suspect(const FunctionCall& call) {
   if (std::find(suspects.begin(), suspects.end(), name) == suspects.end()) suspects.emplace_back(name);
 }
 
+// t_recursion(depth, most)
 void Recursion(const FunctionCall& call) {
-  constexpr int64_t kMaxRecursion = 100;
-  if (call.Integer(0) > kMaxRecursion) Fail(530, {});
+  const int64_t most = call.Integer(1);
+  if (most > 0 && call.Integer(0) > most) Fail(530, {std::to_string(most)});
   call.ReturnValue(0);
 }
 
@@ -72,12 +102,15 @@ void Recursion(const FunctionCall& call) {
 
 void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Cast>(connection, context, names::kCast, 4);
+  Register<TryCast>(connection, context, names::kTryCast, 4);
   Register<Store>(connection, context, names::kStore, 3);
   Register<NotNull>(connection, context, names::kNotNull, 2);
   Register<RowLimit>(connection, context, names::kRowLimit, 1);
   Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
   Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
-  Register<Recursion>(connection, context, names::kRecursion, 1);
+  Register<Recursion>(connection, context, names::kRecursion, 2);
+  Register<AtLeast>(connection, context, names::kAtLeast, 4);
+  Register<PercentOf>(connection, context, names::kPercentOf, 2);
 }
 
 } // namespace tsql

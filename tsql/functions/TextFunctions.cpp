@@ -17,16 +17,28 @@ namespace {
 
 constexpr int64_t kMaxText = 8000;
 
+// The character of ESCAPE, which may be the argument number `at`; 0 without it.
+char32_t EscapeAt(const FunctionCall& call, int at) {
+  if (call.Count() <= at) return 0;
+  if (CharCount(call.Text(at)) != 1) Fail(506, {call.Text(at)});
+  size_t start = 0;
+  return NextChar(call.Text(at), start);
+}
+
 template <TrailingBlanks Blanks>
 void Like(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  char32_t escape = 0;
-  if (call.Count() > 2) {
-    if (CharCount(call.Text(2)) != 1) Fail(506, {call.Text(2)});
-    size_t at = 0;
-    escape = NextChar(call.Text(2), at);
-  }
+  const char32_t escape = EscapeAt(call, 2);
   call.ReturnInteger(MatchLike(call.Text(0), call.Text(1), escape, Blanks) ? 1 : 0);
+}
+
+// t_like_collated(collation, whether trailing blanks are ignored, text, pattern[, escape])
+void LikeCollated(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  const auto collation = static_cast<CollationId>(call.Integer(0));
+  const TrailingBlanks blanks = call.Integer(1) != 0 ? TrailingBlanks::Ignored : TrailingBlanks::Kept;
+  const char32_t escape = EscapeAt(call, 4);
+  call.ReturnInteger(MatchLike(call.Text(2), call.Text(3), escape, blanks, collation) ? 1 : 0);
 }
 
 void Len(const FunctionCall& call) {
@@ -110,6 +122,116 @@ void Substring(const FunctionCall& call) {
   const std::string_view text = call.Text(0);
   const std::string_view rest = text.substr(CharOffset(text, static_cast<size_t>(begin - 1)));
   call.ReturnText(rest.substr(0, CharOffset(rest, static_cast<size_t>(end - begin))));
+}
+
+// What does not fit into the type of the result, which is the last argument, is cut off.
+void ReturnFitting(const FunctionCall& call, std::string text) {
+  const Type type = call.TypeAt(call.Count() - 1);
+  constexpr size_t kLimit = kMaxText;
+  if (type.length >= 0 && text.size() > kLimit / 2)
+    text.resize(IsUnicode(type.id) ? CharOffset(text, kLimit / 2) : PageOffset(text, kLimit));
+  call.ReturnText(text);
+}
+
+// t_concat(text, text, ..., type)
+void Concat(const FunctionCall& call) {
+  std::string result;
+  for (int i = 0; i + 1 < call.Count(); ++i)
+    if (!call.IsNull(i)) result += call.Text(i);
+  ReturnFitting(call, std::move(result));
+}
+
+// t_concat_ws(separator, text, text, ..., type): a null leaves no place between two separators.
+void ConcatWithSeparator(const FunctionCall& call) {
+  std::string result;
+  bool isFirst = true;
+  for (int i = 1; i + 1 < call.Count(); ++i) {
+    if (call.IsNull(i)) continue;
+    if (!isFirst && !call.IsNull(0)) result += call.Text(0);
+    result += call.Text(i);
+    isFirst = false;
+  }
+  ReturnFitting(call, std::move(result));
+}
+
+std::vector<char32_t> CharactersOf(std::string_view text) {
+  std::vector<char32_t> characters;
+  for (size_t at = 0; at < text.size();) characters.push_back(NextChar(text, at));
+  return characters;
+}
+
+// t_trim(text, characters): without these at either end, in any case.
+void TrimCharacters(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  std::vector<char32_t> cut = CharactersOf(call.Text(1));
+  std::transform(cut.begin(), cut.end(), cut.begin(), FoldChar);
+  const std::vector<char32_t> text = CharactersOf(call.Text(0));
+  const auto stays = [&cut](char32_t each) {
+    return std::find(cut.begin(), cut.end(), FoldChar(each)) == cut.end();
+  };
+  const auto begin = std::find_if(text.begin(), text.end(), stays);
+  const auto end = std::find_if(text.rbegin(), std::make_reverse_iterator(begin), stays).base();
+  std::string result;
+  std::for_each(begin, end, [&result](char32_t each) { AppendChar(result, each); });
+  call.ReturnText(result);
+}
+
+// t_translate(text, from, to): each character of the second text becomes the one at its place in the third.
+void Translate(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  std::vector<char32_t> from = CharactersOf(call.Text(1));
+  const std::vector<char32_t> to = CharactersOf(call.Text(2));
+  if (from.size() != to.size()) Fail(9828, {});
+  std::transform(from.begin(), from.end(), from.begin(), FoldChar);
+  std::string result;
+  for (const char32_t character : CharactersOf(call.Text(0))) {
+    const auto found = std::find(from.begin(), from.end(), FoldChar(character));
+    AppendChar(result, found == from.end() ? character : to[static_cast<size_t>(found - from.begin())]);
+  }
+  call.ReturnText(result);
+}
+
+// The parts of a name with points between them; nothing where it is no such name. A part may stand in
+// brackets or quotation marks, of which the closing one within it is doubled.
+std::optional<std::vector<std::string>> NameParts(std::string_view name) {
+  std::vector<std::string> parts(1);
+  for (size_t at = 0; at < name.size(); ++at) {
+    if (name[at] == '.') {
+      parts.emplace_back();
+      continue;
+    }
+    if (name[at] != '[' && name[at] != '"') {
+      parts.back() += name[at];
+      continue;
+    }
+    const char close = name[at] == '[' ? ']' : '"';
+    if (!parts.back().empty()) return std::nullopt;
+    for (++at;; ++at) {
+      if (at >= name.size()) return std::nullopt;
+      if (name[at] != close) {
+        parts.back() += name[at];
+      } else if (at + 1 < name.size() && name[at + 1] == close) {
+        parts.back() += name[at++];
+      } else {
+        break;
+      }
+    }
+    if (at + 1 < name.size() && name[at + 1] != '.') return std::nullopt;
+  }
+  return parts;
+}
+
+// t_parsename(name, number): the parts are counted from the right.
+void ParseNamePart(const FunctionCall& call) {
+  constexpr size_t kMostParts = 4;
+  if (call.AnyNull()) return call.ReturnNull();
+  const std::optional<std::vector<std::string>> parts = NameParts(call.Text(0));
+  const int64_t number = call.Integer(1);
+  if (!parts || parts->size() > kMostParts || number < 1 || number > static_cast<int64_t>(parts->size()))
+    return call.ReturnNull();
+  const std::string& part = (*parts)[parts->size() - static_cast<size_t>(number)];
+  if (part.empty()) return call.ReturnNull();
+  call.ReturnText(part);
 }
 
 void Replace(const FunctionCall& call) {
@@ -292,7 +414,7 @@ void IsNumericText(const FunctionCall& call) {
 void IsDateText(const FunctionCall& call) {
   int64_t ticks = 0;
   const bool isDate = !call.IsNull(0) &&
-                      ParseDateTime(call.Text(0), TypeId::DateTime, ticks) == DateParse::Ok &&
+                      ParseDateTime(call.Text(0), TypeId::DateTime, 0, ticks) == DateParse::Ok &&
                       IsInRange(TypeId::DateTime, ticks) && !TrimTrailingBlanks(call.Text(0)).empty();
   call.ReturnInteger(isDate ? 1 : 0);
 }
@@ -302,6 +424,7 @@ void IsDateText(const FunctionCall& call) {
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Like<TrailingBlanks::Kept>>(connection, context, names::kLike, -1);
   Register<Like<TrailingBlanks::Ignored>>(connection, context, names::kLikePadded, -1);
+  Register<LikeCollated>(connection, context, names::kLikeCollated, -1);
   Register<Len>(connection, context, names::kLen, 1);
   Register<DataLength>(connection, context, names::kDataLength, 2);
   Register<MapCase<UpperChar>>(connection, context, names::kUpper, -1);
@@ -310,6 +433,11 @@ void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Left>(connection, context, names::kLeft, 2);
   Register<Right>(connection, context, names::kRight, 2);
   Register<Substring>(connection, context, names::kSubstring, 3);
+  Register<Concat>(connection, context, names::kConcat, -1);
+  Register<ConcatWithSeparator>(connection, context, names::kConcatWithSeparator, -1);
+  Register<TrimCharacters>(connection, context, names::kTrimCharacters, 2);
+  Register<Translate>(connection, context, names::kTranslate, 3);
+  Register<ParseNamePart>(connection, context, names::kParseName, 2);
   Register<Replace>(connection, context, names::kReplace, 3);
   Register<CharIndex>(connection, context, names::kCharIndex, -1);
   Register<Replicate>(connection, context, names::kReplicate, -1);

@@ -9,14 +9,9 @@
 namespace tsql {
 namespace {
 
-std::string QualifiedName(const TableInfo& table, const Catalog& catalog) {
-  const std::string database = table.place == Place::Main ? catalog.DatabaseName() : "tempdb";
-  return database + ".dbo." + table.name;
-}
-
 Error NullError(std::string_view column, const TableInfo* table, const Catalog& catalog,
                 std::string_view verb) {
-  const std::string name = table != nullptr ? QualifiedName(*table, catalog) : std::string();
+  const std::string name = table != nullptr ? table->FullName(catalog.DatabaseName()) : std::string();
   return MakeError(515, 0, {column, name, verb});
 }
 
@@ -34,7 +29,7 @@ const KeyInfo* FindKeyByIndex(const TableInfo& table, std::string_view message) 
 
 const KeyInfo* FindKeyByColumns(const TableInfo& table, std::string_view message) {
   for (const KeyInfo& key : table.keys) {
-    if (key.kind == KeyKind::Index || key.kind == KeyKind::Check || key.kind == KeyKind::ForeignKey) continue;
+    if (!key.HasIndex() || key.kind == KeyKind::Index) continue;
     std::string columns;
     for (const int column : key.columns)
       columns += (columns.empty() ? "" : ", ") + table.storageName + "." +

@@ -3,16 +3,21 @@
 // the server.
 #pragma once
 
+#include <functional>
+
 #include "tsql/compile/Compiler.h"
 #include "tsql/functions/Functions.h"
+#include "tsql/run/Cursor.h"
 #include "tsql/run/Definitions.h"
 #include "tsql/run/Limits.h"
 #include "tsql/run/RunningUnit.h"
+#include "tsql/run/TableVariables.h"
 #include "tsql/run/Transaction.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 
-class Interpreter {
+class Interpreter : public UserFunctions {
  public:
   Interpreter(const Connection& connection, Catalog& catalog, Compiler& compiler, Definitions& definitions,
               FunctionContext& context, Transaction& transaction);
@@ -24,6 +29,13 @@ class Interpreter {
 
   // Gives the parameters of a procedure that were not given their defaults; 201 when one has none.
   void FillDefaults(CompiledUnit& unit, RunningUnit& running, const std::vector<bool>& given);
+  // Rolls back what a batch has left of a transaction that can only be rolled back; false when it had to.
+  bool EndWork(ResultSink& sink);
+  // Functions of users, called by the statement that runs.
+  Datum CallScalar(std::string_view name, std::vector<Datum> arguments) override;
+  Rows CallTable(std::string_view name, std::vector<Datum> arguments) override;
+  int CursorStatus(std::string_view kind, std::string_view name) const override;
+
   // Sends an error to the sink; the batch has failed.
   void Report(const Error& error, ResultSink& sink);
   // A failure of SQLite as the server's error.
@@ -38,16 +50,24 @@ class Interpreter {
   bool XactAbort() const { return xactAbort_; }
 
  private:
-  enum class Flow : uint8_t { Next, Break, Continue, Return, Abort };
+  enum class Flow : uint8_t { Next, Break, Continue, Return, Goto, Abort };
   // An error on its way to its CATCH block.
   struct Caught {
     Error error;
   };
   struct ProcedureScope;
+  struct BatchScope;
+  class FunctionUse;
+  // Before a statement runs: the functions that it calls have all that they need.
+  void MakeFunctionsReady(Plan& plan);
+  void ClearTables(CompiledUnit& unit) const; // of a function
+  template <typename Work>
+  auto WithinStatement(Work work);
 
   Flow RunList(const StatementList& statements);
   Flow Run(const Statement& statement);
   Flow HandleError(Error error, const Statement& statement);
+  Flow HandleErrors(const ErrorSequence& errors, const Statement& statement);
   Flow Dispatch(const Statement& statement);
 
   // queries (RunQueries.cpp)
@@ -61,12 +81,25 @@ class Interpreter {
   void RunChange(const Statement& statement);
   // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
-  int64_t MakeChange(const TableInfo& target, Change change);
+  int64_t MakeChange(const TableInfo& target, Change change) {
+    return MakeCheckedChange(target, std::ref(change));
+  }
+  int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t StepChange(Plan& plan);
+  int64_t RunStaged(const Statement& statement, Plan& plan, bool isOfCursor);
   // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
   void CheckIdentity(const TableInfo& table, int64_t count) const;
   bool IsOutOfNumbers(const TableInfo& table) const;
-  int64_t ReplaceRows(const UpdateStatement& statement, const TableInfo& table);
+  void TakeIdentity(const TableInfo& table);
+  Flow RunInsertExecute(const InsertExecuteStatement& statement);
+  static bool IsDuplicate(const SqliteFailure& failure);
+  // changes whose rows are staged (RunOutput.cpp)
+  void StageChange(const Statement& statement, Plan& plan, const StagedPlan& staged, StagedRows& rows);
+  // Makes several statements of SQLite one.
+  void BeginScope(std::optional<StatementScope>& scope, const TableInfo& target, const TableInfo* into);
+  static void ReadRows(Plan& plan, StagedRows& rows);
+  void GiveOutput(StagedPlan& staged, int64_t count);
+  int64_t ReplaceRows(const Statement& statement, const TableInfo& table);
 
   // control flow (Interpreter.cpp)
   void RunDeclare(const DeclareStatement& statement);
@@ -76,8 +109,22 @@ class Interpreter {
   Flow RunIf(const IfStatement& statement);
   Flow RunWhile(const WhileStatement& statement);
   Flow RunReturn(const ReturnStatement& statement);
+  void SetRowLimit(const SetOptionStatement& statement);
+  void LimitRows(int64_t limit);
   void RunPrint(const PrintStatement& statement);
   void RunTransaction(const TransactionStatement& statement);
+  void RunWaitFor(const WaitForStatement& statement);
+
+  // cursors (RunCursors.cpp)
+  std::shared_ptr<Cursor> FindCursorOf(const CursorName& name) const; // null when there is none
+  std::shared_ptr<Cursor> RequireCursor(const CursorName& name) const;
+  void RunDeclareCursor(const DeclareCursorStatement& statement);
+  void OpenCursor(Cursor& cursor);
+  void RunCursor(const CursorStatement& statement);
+  void RunFetch(const FetchStatement& statement);
+  void SendFetched(const Cursor& cursor);
+  // Of a change WHERE CURRENT OF the cursor.
+  void TakeCurrentRow(const CursorName& name, const TableInfo& target);
 
   // errors on purpose (RunErrors.cpp)
   Flow RunTryCatch(const TryCatchStatement& statement);
@@ -87,6 +134,11 @@ class Interpreter {
   // procedures (RunProcedures.cpp)
   Flow RunExecute(const ExecuteStatement& statement);
   Flow RunText(const ExecuteStatement& statement);
+  // sp_executesql (RunDynamic.cpp)
+  Flow RunDynamic(const ExecuteStatement& statement);
+  std::string EvaluateDynamicText(const ExecuteArgument& argument, const char* parameter);
+  void BindDynamic(const ExecuteStatement& statement, const std::vector<ProcedureParameter>& parameters,
+                   RunningUnit& callee, std::vector<size_t>& positions);
   Flow RunNested(CompiledUnit& unit, RunningUnit& running);
   void BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee);
   void TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit, const RunningUnit& callee);
@@ -94,6 +146,8 @@ class Interpreter {
   // definitions (RunDefinitions.cpp)
   void RunDefinition(const Statement& statement);
   void RunDrop(const DropStatement& statement);
+  void RunCreateFunction(const CreateFunctionStatement& statement);
+  ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;
   void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter);
   void RunTruncate(const TruncateStatement& statement);
   void MarkSchemaChange(Place place);
@@ -126,15 +180,25 @@ class Interpreter {
   const TableInfo* target_ = nullptr; // of the change that runs
   std::string_view verb_;             // and its word, as messages have it
   Datum identity_;
-  std::vector<Value> row_; // that a result set is sent by; it keeps its memory
+  std::vector<Value> row_;         // that a result set is sent by; it keeps its memory
+  std::vector<std::string> texts_; // of its values, where they are made for it
   int64_t rowCount_ = 0;
   Limits limits_;
+  TableVariables tableVariables_;
+  const LabelStatement* jump_ = nullptr; // the label that a GOTO looks for
+  int64_t rowLimit_ = 0;                 // of SET ROWCOUNT; 0 for none
   int lastError_ = 0;
-  int tryDepth_ = 0; // open TRY blocks, the callers' included
-  int nesting_ = 0;  // procedures within procedures
+  int tryDepth_ = 0;  // open TRY blocks, the callers' included
+  int nesting_ = 0;   // procedures within procedures
+  int functions_ = 0; // that are being called
   bool noCount_ = false;
   bool xactAbort_ = false;
   bool failed_ = false;
+  std::vector<std::shared_ptr<Cursor>> cursors_; // the global ones
+  Datum currentRow_;                             // of WHERE CURRENT OF
+  int64_t cursorRows_ = 0;
+  int fetchStatus_ = 0;
+  bool takesRows_ = false; // an INSERT ... EXEC runs
   bool abortsAll_ = false; // what ended a procedure ends its callers too
 };
 

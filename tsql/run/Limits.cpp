@@ -102,6 +102,17 @@ bool Limits::TakeLimitedStep() {
   return false;
 }
 
+bool Limits::Wait(std::chrono::milliseconds time) {
+  constexpr std::chrono::milliseconds kPause{5};
+  const Clock::time_point end = Clock::now() + time;
+  while (true) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    if (left.count() <= 0) return true;
+    if (!TakeStep()) return false;
+    std::this_thread::sleep_for(std::min(left, kPause));
+  }
+}
+
 bool Limits::IsPastDeadline() const {
   return deadline_ && Clock::now() >= *deadline_;
 }

@@ -38,6 +38,8 @@ class Limits {
   void Begin();
   // Takes a step of work. False when a limit is reached.
   bool TakeStep() { return (!workLimit_ && !deadline_ && !isStopWanted_) || TakeLimitedStep(); }
+  // Waits so long; false when a limit is reached before.
+  bool Wait(std::chrono::milliseconds time);
   // Whether a failure of SQLite comes from a limit that was reached.
   bool Ended(const SqliteFailure& failure);
   Canceled CanceledAt(int line) const { return {canceled_, line}; }

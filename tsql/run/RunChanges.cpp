@@ -1,13 +1,72 @@
 #include <algorithm>
+#include <optional>
 
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Quotation.h"
+#include "tsql/sqlite/Values.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {
+
+bool HasOutput(const Statement& statement) {
+  switch (statement.kind) {
+  case StatementKind::Insert: return static_cast<const InsertStatement&>(statement).output != nullptr;
+  case StatementKind::Update: return static_cast<const UpdateStatement&>(statement).output != nullptr;
+  default: return static_cast<const DeleteStatement&>(statement).output != nullptr;
+  }
+}
+
+// Keeps the rows of a procedure for the INSERT that asked for them. Everything else goes on to the caller.
+struct KeptRows : ResultSink {
+  struct Result {
+    std::vector<Type> types;
+    std::vector<std::vector<Datum>> rows;
+  };
+
+  explicit KeptRows(ResultSink& outerSink) : outer(outerSink) {}
+
+  void BeginRows(std::span<const Column> columns) override {
+    Result& result = results.emplace_back();
+    for (const Column& column : columns) result.types.push_back(column.type);
+  }
+  void Row(std::span<const Value> values) override {
+    Result& result = results.back();
+    std::vector<Datum>& row = result.rows.emplace_back();
+    for (size_t i = 0; i < values.size(); ++i) row.push_back(DatumOfValue(values[i], result.types[i]));
+  }
+  void EndRows(int64_t /*count*/) override {}
+  void RowCount(int64_t /*count*/) override {}
+  void Message(const Error& info) override { outer.Message(info); }
+  void Failed(const Error& error) override { outer.Failed(error); }
+
+  ResultSink& outer;
+  std::vector<Result> results;
+};
+
+// The target of the change that runs, while it runs.
+class TargetUse {
+ public:
+  TargetUse(const TableInfo*& target, const TableInfo* table) : target_(target) { target = table; }
+  TargetUse(const TargetUse&) = delete;
+  TargetUse& operator=(const TargetUse&) = delete;
+  ~TargetUse() { target_ = nullptr; }
+
+ private:
+  const TableInfo*& target_;
+};
+
+// Of WHERE CURRENT OF; null without it.
+const CursorName* CursorOf(const Statement& statement) {
+  const CursorName* name = nullptr;
+  if (statement.kind == StatementKind::Update)
+    name = &static_cast<const UpdateStatement&>(statement).currentOf;
+  if (statement.kind == StatementKind::Delete)
+    name = &static_cast<const DeleteStatement&>(statement).currentOf;
+  return name == nullptr || name->name.empty() ? nullptr : name;
+}
 
 const char* VerbOf(StatementKind kind) {
   switch (kind) {
@@ -38,8 +97,7 @@ bool Interpreter::IsOutOfNumbers(const TableInfo& table) const {
   return last.Step() && last.ColumnInteger(0) == INT64_MAX;
 }
 
-template <typename Change>
-int64_t Interpreter::MakeChange(const TableInfo& target, Change change) {
+int64_t Interpreter::MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change) {
   if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return change();
   const std::vector<ForeignKey> foreignKeys = ForeignKeysOf(target, catalog_);
   if (foreignKeys.empty()) return change();
@@ -62,60 +120,44 @@ int64_t Interpreter::StepChange(Plan& plan) {
   return sqlite3_changes64(connection_.Handle());
 }
 
-// SQLite looks for duplicates after each row, the server when all rows are changed. So an update that moves
-// keys is made by deleting its rows and inserting the new ones.
-int64_t Interpreter::ReplaceRows(const UpdateStatement& statement, const TableInfo& table) {
-  constexpr const char* kRows = "temp.\"~updated\"";
-  constexpr const char* kNumber = "\"~row\"";
-  std::string columns;
-  for (const ColumnInfo& column : table.columns)
-    columns += (columns.empty() ? "" : ", ") + QuoteName(column.name);
-  const std::string all = std::string(kNumber) + ", " + columns;
-  StatementScope scope(transaction_, table.place);
-  connection_.Run(std::string("CREATE TABLE ") + kRows + "(" + all + ")");
-  Plan rows = MakePlanner().UpdatedRowsPlan(statement, kRows, kNumber);
-  BindParameters(rows);
-  StepChange(rows);
-  connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ IN (SELECT " + kNumber + " FROM " +
-                  kRows + ")");
-  // Where no column is the rowid, the rows keep the rowid that they had.
-  const bool hasOwn = table.rowidColumn >= 0;
-  connection_.Run("INSERT INTO " + table.SqlName() + "(" + (hasOwn ? "" : "_rowid_, ") + columns +
-                  ") SELECT " + (hasOwn ? columns : all) + " FROM " + kRows);
-  const int64_t count = sqlite3_changes64(connection_.Handle());
-  connection_.Run(std::string("DROP TABLE ") + kRows);
-  scope.Complete();
+int64_t Interpreter::RunStaged(const Statement& statement, Plan& plan, bool isOfCursor) {
+  StagedPlan staged = MakePlanner().PlanStaged(statement);
+  std::optional<StatementScope> scope;
+  BeginScope(scope, *plan.target, staged.into.get());
+  StagedRows rows;
+  const StagedUse use(context_, rows);
+  const int64_t count = MakeChange(*plan.target, [&] {
+    StageChange(statement, plan, staged, rows);
+    return static_cast<int64_t>(rows.size());
+  });
+  if (isOfCursor && count == 0) Fail(16947, {});
+  if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*plan.target);
+  GiveOutput(staged, count);
+  if (scope) scope->Complete();
   return count;
 }
 
 void Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
-  const struct ValidDuringTheStatement {
-    explicit ValidDuringTheStatement(const TableInfo*& pointer) : target(pointer) {}
-    ~ValidDuringTheStatement() { target = nullptr; }
-    ValidDuringTheStatement(const ValidDuringTheStatement&) = delete;
-    ValidDuringTheStatement& operator=(const ValidDuringTheStatement&) = delete;
-    const TableInfo*& target;
-  } valid(target_);
-  target_ = target.get();
+  const TargetUse use(target_, target.get());
   verb_ = VerbOf(statement.kind);
-  transaction_.BeforeWrite();
+  const CursorName* const cursor = CursorOf(statement);
+  if (cursor != nullptr) TakeCurrentRow(*cursor, *target);
+  if (!target->IsVariable()) transaction_.BeforeWrite(); // a rollback leaves those
   BindParameters(plan);
+  const bool hasOutput = HasOutput(statement);
   int64_t count = 0;
   try {
-    count = MakeChange(*target, [&] {
+    count = hasOutput ? RunStaged(statement, plan, cursor != nullptr) : MakeChange(*target, [&] {
       try {
         const int64_t changed = StepChange(plan);
         if (statement.kind == StatementKind::Insert && target->identityColumn >= 0)
           CheckIdentity(*target, changed);
         return changed;
       } catch (const SqliteFailure& failure) {
-        const bool isDuplicate = failure.code == SQLITE_CONSTRAINT_UNIQUE ||
-                                 failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||
-                                 failure.code == SQLITE_CONSTRAINT_ROWID;
-        if (statement.kind != StatementKind::Update || !isDuplicate) throw;
-        return ReplaceRows(static_cast<const UpdateStatement&>(statement), *target);
+        if (statement.kind != StatementKind::Update || !IsDuplicate(failure)) throw;
+        return ReplaceRows(statement, *target);
       }
     });
   } catch (const SqliteFailure& failure) {
@@ -126,13 +168,83 @@ void Interpreter::RunChange(const Statement& statement) {
     }
     throw Error(Translate(failure)); // here, because the message needs the target
   }
-  if (statement.kind == StatementKind::Insert && count > 0 && target->identityColumn >= 0) {
-    const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
-    identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
-                        ConvertMode::Cast);
-    running_->scopeIdentity = identity_;
-  }
+  if (hasOutput) return;
+  if (cursor != nullptr && count == 0) Fail(16947, {});
+  if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
   SendRowCount(count);
+}
+
+bool Interpreter::IsDuplicate(const SqliteFailure& failure) {
+  return failure.code == SQLITE_CONSTRAINT_UNIQUE || failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||
+         failure.code == SQLITE_CONSTRAINT_ROWID;
+}
+
+// The identity value of the row that was inserted last.
+void Interpreter::TakeIdentity(const TableInfo& table) {
+  if (table.identityColumn < 0) return;
+  const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
+  identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
+                      ConvertMode::Cast);
+  running_->scopeIdentity = identity_;
+}
+
+// ---- INSERT ... EXEC
+
+Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& statement) {
+  if (takesRows_) Fail(8164, {});
+  KeptRows kept(*sink_);
+  Flow flow = Flow::Next;
+  {
+    struct Redirection {
+      Redirection(Interpreter& interpreter, ResultSink& sink) : owner(interpreter), outer(interpreter.sink_) {
+        owner.sink_ = &sink;
+        owner.takesRows_ = true;
+      }
+      Redirection(const Redirection&) = delete;
+      Redirection& operator=(const Redirection&) = delete;
+      ~Redirection() {
+        owner.sink_ = outer;
+        owner.takesRows_ = false;
+      }
+      Interpreter& owner;
+      ResultSink* outer;
+    } const redirection(*this, kept);
+    flow = RunExecute(*statement.execute);
+  }
+  if (flow != Flow::Next) return flow;
+  BeginStatement();
+  verb_ = "INSERT";
+  int64_t count = 0;
+  StatementScope scope(transaction_, PlaceOf(statement.table));
+  for (const KeptRows::Result& result : kept.results) {
+    Plan plan = MakePlanner().InsertedRowPlan(statement, result.types);
+    const TablePtr target = plan.target;
+    const TargetUse use(target_, target.get());
+    if (plan.callsFunctions) MakeFunctionsReady(plan);
+    const auto insertRows = [&] {
+      for (const std::vector<Datum>& row : result.rows) {
+        int number = 1;
+        for (const ParameterRef& ref : plan.parameters) {
+          const bool isMarker = ref.kind == BoundExpr::Kind::Marker;
+          plan.statement.BindCopy(number++, isMarker ? row[static_cast<size_t>(ref.index)]
+                                                     : GlobalDatum(static_cast<GlobalValue>(ref.index)));
+        }
+        StepChange(plan);
+        TakeIdentity(*target);
+      }
+      return static_cast<int64_t>(result.rows.size());
+    };
+    try {
+      count += MakeChange(*target, insertRows);
+    } catch (const SqliteFailure& failure) {
+      if (limits_.Ended(failure)) throw;
+      throw Error(Translate(failure)); // here, because the message needs the target
+    }
+  }
+  scope.Complete();
+  SendRowCount(count);
+  lastError_ = 0;
+  return Flow::Next;
 }
 
 } // namespace tsql

@@ -9,12 +9,28 @@ void Interpreter::MarkSchemaChange(Place place) {
   if (place != Place::Temp) transaction_.MarkSchemaChange();
 }
 
+ModulePtr Interpreter::FindModule(const ObjectName& name, ModuleKind kind) const {
+  switch (kind) {
+  case ModuleKind::View: return catalog_.FindView(name);
+  case ModuleKind::Procedure: return catalog_.FindProcedure(name);
+  default: return catalog_.FindFunction(name);
+  }
+}
+
+void Interpreter::RunCreateFunction(const CreateFunctionStatement& statement) {
+  constexpr ModuleKind kKinds[] = {ModuleKind::ScalarFunction, ModuleKind::InlineFunction,
+                                   ModuleKind::TableFunction};
+  compiler_.CheckFunction(statement);
+  RunModule(statement.name, kKinds[static_cast<size_t>(statement.function)], statement.text, statement.alter);
+}
+
 void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter) {
   StatementScope scope(transaction_, Place::Main);
-  const bool isView = kind == ModuleKind::View;
-  const ModulePtr existing = isView ? catalog_.FindView(name) : catalog_.FindProcedure(name);
+  const ModulePtr existing = FindModule(name, kind);
   if (!alter && catalog_.Exists(name)) Fail(2714, {name.name});
   if (alter && !existing) Fail(208, {name.name});
+  // A function stays what it is.
+  if (alter && existing->kind != kind) Fail(2010, {name.name});
   catalog_.AddModule(kind, {existing ? existing->name : name.name, text});
   scope.Complete();
   MarkSchemaChange(Place::Main);
@@ -47,9 +63,12 @@ void Interpreter::RunDrop(const DropStatement& statement) {
     }
     case ObjectKind::Index: definitions_.DropIndex(name, statement.ifExists); break;
     default: {
-      const bool isView = statement.object == ObjectKind::View;
-      const ModulePtr module = isView ? catalog_.FindView(name) : catalog_.FindProcedure(name);
-      if (!module && !statement.ifExists) Fail(3701, {isView ? "view" : "procedure", name.name});
+      const ModuleKind kind = statement.object == ObjectKind::View        ? ModuleKind::View
+                              : statement.object == ObjectKind::Procedure ? ModuleKind::Procedure
+                                                                          : ModuleKind::ScalarFunction;
+      constexpr const char* kNames[] = {"view", "procedure", "function"};
+      const ModulePtr module = FindModule(name, kind);
+      if (!module && !statement.ifExists) Fail(3701, {kNames[static_cast<size_t>(kind) - 1], name.name});
       if (module) catalog_.RemoveModule(std::string(module->name));
     }
     }
@@ -87,6 +106,14 @@ void Interpreter::RunDefinition(const Statement& statement) {
   case StatementKind::AlterTable: {
     const auto& alter = static_cast<const AlterTableStatement&>(statement);
     StatementScope scope(transaction_, PlaceOf(alter.table));
+    if (catalog_.FindTable(alter.table)) {
+      for (const ColumnDefinition& column : alter.columns) {
+        if (column.nullable.value_or(true) || column.defaultText.empty()) continue;
+        Plan plan; // the rows that are there get the value
+        plan.dependencies = compiler_.DefaultDependencies(column.defaultText);
+        MakeFunctionsReady(plan);
+      }
+    }
     definitions_.AlterTable(alter);
     scope.Complete();
     MarkSchemaChange(PlaceOf(alter.table));
@@ -101,6 +128,9 @@ void Interpreter::RunDefinition(const Statement& statement) {
     RunModule(view.name, ModuleKind::View, view.text, view.alter);
     break;
   }
+  case StatementKind::CreateFunction:
+    RunCreateFunction(static_cast<const CreateFunctionStatement&>(statement));
+    break;
   default: {
     assert(statement.kind == StatementKind::CreateProcedure);
     const auto& procedure = static_cast<const CreateProcedureStatement&>(statement);

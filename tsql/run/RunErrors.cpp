@@ -177,7 +177,10 @@ Interpreter::Flow Interpreter::RunThrow(const ThrowStatement& statement) {
                   EvaluateText(*statement.arguments[1]));
   }
   if (!error) Refuse("THROW without arguments outside a CATCH block");
-  if (tryDepth_ > 0) throw Caught{*error};
+  if (tryDepth_ > 0) {
+    if (xactAbort_) transaction_.Doom();
+    throw Caught{*error};
+  }
   Report(*error, *sink_);
   abortsAll_ = true;
   return Flow::Abort;

@@ -7,8 +7,6 @@
 namespace tsql {
 namespace {
 
-constexpr int kMaxNesting = 32;
-
 // Makes another unit the running one, until the end of the block.
 class RunningSwap {
  public:
@@ -30,7 +28,7 @@ class RunningSwap {
 struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, RunningUnit& running)
       : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
-        xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()),
+        xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()), rowLimit(owner.rowLimit_),
         identityInsert(owner.compiler_.IdentityInsert()) {
     owner.catalog_.EnterScope();
     ++owner.nesting_;
@@ -42,6 +40,7 @@ struct Interpreter::ProcedureScope {
     owner.running_ = savedUnit;
     owner.noCount_ = noCount;
     owner.xactAbort_ = xactAbort;
+    owner.LimitRows(rowLimit);
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
     owner.compiler_.SetIdentityInsert(std::move(identityInsert));
     owner.catalog_.LeaveScope();
@@ -55,6 +54,7 @@ struct Interpreter::ProcedureScope {
   bool noCount;
   bool xactAbort;
   int lockTimeout;
+  int64_t rowLimit;
   std::string identityInsert;
 };
 
@@ -65,6 +65,7 @@ bool Interpreter::RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultS
   failed_ = false;
   BeginStatement();
   const ProcedureScope scope(*this, running);
+  if (!unit.tables.empty()) tableVariables_.Make(unit.tables);
   RunList(*unit.body);
   return !failed_;
 }
@@ -88,6 +89,7 @@ Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, RunningUnit& runnin
   Flow flow = Flow::Next;
   {
     const ProcedureScope scope(*this, running);
+    if (!unit.tables.empty()) tableVariables_.Make(unit.tables);
     flow = RunList(*unit.body);
   }
   // An error that ends a procedure does not always end its caller.
@@ -124,7 +126,9 @@ void Interpreter::TakeOutputs(const ExecuteStatement& statement, const CompiledU
 }
 
 Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
+  if (functions_ > 0) Fail(557, {});
   if (statement.text) return RunText(statement);
+  if (statement.isDynamic) return RunDynamic(statement);
   const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(statement.procedure);
   RunningUnit callee;
   callee.procedure = unit->procedure->name.name;

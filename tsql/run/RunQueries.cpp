@@ -10,7 +10,7 @@ Interpreter::Flow Interpreter::RunQuery(const QueryStatement& statement) {
     RunSelectInto(statement);
   } else {
     Plan& plan = MakePlanner().QueryPlan(statement);
-    if (plan.wantsLock) transaction_.BeforeWrite();
+    if (plan.wantsLock) transaction_.TakeLock();
     BindParameters(plan);
     if (plan.assigned.empty()) {
       ReturnRows(plan);
@@ -33,12 +33,13 @@ void Interpreter::ReturnRows(Plan& plan) {
   bool hasRow = plan.statement.Step();
   sink_->BeginRows(plan.columns);
   row_.resize(plan.columns.size());
+  texts_.resize(row_.size());
   int64_t count = 0;
   for (; hasRow; hasRow = plan.statement.Step()) {
     for (size_t i = 0; i < row_.size(); ++i)
-      ReadColumn(plan.statement, static_cast<int>(i), plan.columns[i].type, row_[i]);
+      ReadColumn(plan.statement, static_cast<int>(i), plan.columns[i].type, row_[i], texts_[i]);
     sink_->Row(row_);
-    ++count;
+    if (++count == rowLimit_) break;
   }
   rowCount_ = count;
   sink_->EndRows(count);
@@ -59,7 +60,7 @@ void Interpreter::AssignRows(Plan& plan) {
     for (size_t i = 0; i < plan.assigned.size(); ++i)
       running_->variables[static_cast<size_t>(plan.assigned[i])] =
           plan.statement.ColumnDatum(static_cast<int>(i));
-    ++count;
+    if (++count == rowLimit_) break;
   }
   rowCount_ = count;
 }
@@ -67,9 +68,10 @@ void Interpreter::AssignRows(Plan& plan) {
 void Interpreter::RunSelectInto(const QueryStatement& statement) {
   const ObjectName& name = *statement.query->select->into;
   StatementScope scope(transaction_, PlaceOf(name));
-  BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit);
+  std::vector<Dependency> dependencies;
+  BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit, dependencies);
   definitions_.CreateTable(name, query->columns);
-  Plan plan = compiler_.PlanInto(std::move(query), catalog_.FindTable(name));
+  Plan plan = compiler_.PlanInto(std::move(query), catalog_.FindTable(name), std::move(dependencies));
   BindParameters(plan);
   plan.statement.Step();
   scope.Complete();

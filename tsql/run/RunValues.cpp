@@ -11,6 +11,11 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   case GlobalValue::Error: return Datum::OfInteger(lastError_);
   case GlobalValue::TransactionCount: return Datum::OfInteger(transaction_.Count());
   case GlobalValue::ProcedureNesting: return Datum::OfInteger(nesting_);
+  case GlobalValue::TransactionState: return Datum::OfInteger(transaction_.State());
+  case GlobalValue::FetchStatus: return Datum::OfInteger(fetchStatus_);
+  case GlobalValue::CursorRows: return Datum::OfInteger(cursorRows_);
+  case GlobalValue::CurrentRow: return currentRow_;
+  case GlobalValue::RowLimit: return Datum::OfInteger(rowLimit_);
   default: break;
   }
   if (!caught_) return {};
@@ -25,6 +30,7 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
 }
 
 void Interpreter::BindParameters(Plan& plan) {
+  if (plan.callsFunctions) MakeFunctionsReady(plan);
   int number = 1;
   for (const ParameterRef& ref : plan.parameters) {
     const auto index = static_cast<size_t>(ref.index);
@@ -68,7 +74,7 @@ int64_t Interpreter::EvaluateInteger(const Expr& value) {
 
 bool Interpreter::Test(const Expr& condition) {
   Plan& plan = MakePlanner().ConditionPlan(condition);
-  if (plan.wantsLock) transaction_.BeforeWrite();
+  if (plan.wantsLock) transaction_.TakeLock();
   BindParameters(plan);
   const StatementUse use(plan.statement);
   return plan.statement.Step();

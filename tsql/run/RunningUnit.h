@@ -5,6 +5,8 @@
 
 namespace tsql {
 
+struct Cursor;
+
 struct RunningUnit {
   CompiledUnit* unit = nullptr;
   std::vector<Datum> variables; // as the unit numbers them
@@ -12,6 +14,8 @@ struct RunningUnit {
   Datum scopeIdentity;
   std::string procedure; // its name; empty for a batch
   int32_t returnStatus = 0;
+  Datum result;                                 // of a scalar function
+  std::vector<std::shared_ptr<Cursor>> cursors; // the local ones, which end with the unit
 };
 
 } // namespace tsql

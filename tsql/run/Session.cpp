@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cctype>
 
 #include "tsql/run/Database.h"
 #include "tsql/run/Interpreter.h"
@@ -11,6 +12,13 @@
 namespace tsql {
 namespace {
 
+bool IsVariableName(std::string_view name) {
+  return name.starts_with('@') && std::ranges::all_of(name.substr(1), [](unsigned char byte) {
+           return byte >= 0x80 || std::isalnum(byte) != 0 || byte == '_' || byte == '@' || byte == '#' ||
+                  byte == '$';
+         });
+}
+
 class SessionImpl : public Session {
  public:
   explicit SessionImpl(std::shared_ptr<DatabaseImpl> database)
@@ -19,6 +27,7 @@ class SessionImpl : public Session {
         definitions_(connection_, catalog_, compiler_), transaction_(connection_, catalog_),
         interpreter_(connection_, catalog_, compiler_, definitions_, context_, transaction_) {
     context_.catalog = &catalog_;
+    context_.userFunctions = &interpreter_;
     RegisterFunctions(connection_.Handle(), context_);
     dataVersion_ = connection_.Prepare("PRAGMA main.data_version");
     if (database_->IsFile()) schemaVersion_ = connection_.Prepare("PRAGMA main.schema_version");
@@ -49,6 +58,8 @@ class SessionImpl : public Session {
   }
 
  private:
+  // sp_executesql, which is no procedure that is kept but a form of EXECUTE.
+  std::optional<int32_t> CallDynamic(std::span<Parameter> parameters, ResultSink& sink);
   void Refresh();
   void DropLocalTables();
   void DropGlobalTables();
@@ -158,8 +169,9 @@ void SessionImpl::WriteOutput(Parameter& parameter, const CompiledUnit& unit, co
                               size_t index) {
   const Type type = CompleteType(parameter.type);
   const Datum value = Convert(running.variables[index], unit.variables[index].type, type, ConvertMode::Cast);
-  parameter.storage = value.text;
-  parameter.value = ValueOfDatum(value, type);
+  std::string made;
+  parameter.value = ValueOfDatum(value, type, made);
+  parameter.storage = IsFine(type.id) ? made : value.text;
   const bool isText = parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes;
   if (isText) parameter.value.text = parameter.storage;
 }
@@ -171,6 +183,7 @@ bool SessionImpl::Guard(ResultSink& sink, Work work) {
     interpreter_.BeginWork();
     Refresh();
     succeeded = work();
+    if (!interpreter_.EndWork(sink)) succeeded = false;
   } catch (const Canceled& canceled) {
     Cancel(canceled, sink);
   } catch (const SqliteFailure& failure) {
@@ -227,17 +240,52 @@ std::vector<bool> SessionImpl::FillParameters(std::span<Parameter> parameters, c
   return given;
 }
 
+std::optional<int32_t> SessionImpl::CallDynamic(std::span<Parameter> parameters, ResultSink& sink) {
+  std::vector<Parameter> values(parameters.begin(), parameters.end());
+  std::string batch = "EXEC @status = sp_executesql";
+  for (size_t i = 0; i < values.size(); ++i) {
+    values[i].name = "@value" + std::to_string(i);
+    batch += i == 0 ? " " : ", ";
+    // The text and the declarations are the first two under whatever names.
+    const std::string& name = parameters[i].name;
+    if (i >= 2 && !name.empty()) {
+      if (!IsVariableName(name)) {
+        interpreter_.Report(MakeError(8145, 0, {name, "sp_executesql"}), sink);
+        return std::nullopt;
+      }
+      batch += name + " = ";
+    }
+    batch += values[i].name;
+    if (values[i].output) batch += " OUTPUT";
+  }
+  Parameter& status = values.emplace_back();
+  status.name = "@status";
+  status.type = MakeType(TypeId::Int);
+  status.output = true;
+  if (!Execute(batch, values, sink)) return std::nullopt;
+  for (size_t i = 0; i < parameters.size(); ++i) {
+    if (!parameters[i].output) continue;
+    Parameter& parameter = parameters[i];
+    parameter.storage = values[i].storage;
+    parameter.value = values[i].value;
+    if (parameter.value.kind == Value::Kind::Text || parameter.value.kind == Value::Kind::Bytes)
+      parameter.value.text = parameter.storage;
+  }
+  return static_cast<int32_t>(values.back().value.integer);
+}
+
 std::optional<int32_t> SessionImpl::Call(std::string_view procedure, std::span<Parameter> parameters,
                                          ResultSink& sink) {
+  ObjectName name;
+  name.name = std::string(procedure);
+  const size_t dot = name.name.rfind('.');
+  if (dot != std::string::npos) {
+    name.schema = name.name.substr(0, dot);
+    name.name.erase(0, dot + 1);
+  }
+  if (EqualNames(name.name, kDynamicProcedure)) return CallDynamic(parameters, sink);
   RunningUnit running;
   const bool succeeded = Guard(sink, [&] {
-    ObjectName name;
-    name.name = std::string(procedure);
-    const size_t dot = name.name.rfind('.');
-    if (dot != std::string::npos) {
-      name.schema = name.name.substr(0, dot);
-      name.name.erase(0, dot + 1);
-    }
     const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(name);
     running.procedure = unit->procedure->name.name;
     interpreter_.FillDefaults(*unit, running, FillParameters(parameters, *unit, running));

@@ -1,5 +1,6 @@
 #include "tsql/run/Transaction.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "tsql/values/Errors.h"
@@ -23,7 +24,11 @@ void Transaction::LockMain() const {
   connection_.Run(std::string("UPDATE main.") + storage::kTables + " SET seed = seed WHERE 0");
 }
 
-void Transaction::BeforeWrite() {
+void Transaction::FailDoomed() {
+  Fail(3930, {});
+}
+
+void Transaction::TakeLock() {
   if (count_ == 0 || open_) return;
   Catalog::SessionTables tables = catalog_.OwnTables();
   connection_.Run("BEGIN");
@@ -41,12 +46,20 @@ void Transaction::BeforeWrite() {
 void Transaction::Commit() {
   Recover();
   if (count_ == 0) Fail(3902, {});
+  if (isDoomed_) FailDoomed();
   if (count_ == 1 && open_) {
     connection_.Run("COMMIT");
     open_ = false;
     tables_ = {};
   }
-  --count_;
+  if (--count_ == 0) Forget();
+}
+
+void Transaction::Forget() {
+  count_ = 0;
+  isDoomed_ = false;
+  name_.clear();
+  savepoints_.clear();
 }
 
 void Transaction::Rollback() {
@@ -56,20 +69,53 @@ void Transaction::Rollback() {
 
 void Transaction::RollbackIfOpen() {
   if (open_ || needsRecovery_) UndoAll();
-  count_ = 0;
+  Forget();
+}
+
+void Transaction::Save(const std::string& name) {
+  if (count_ == 0) Fail(628, {});
+  if (isDoomed_) Fail(3931, {});
+  BeforeWrite();
+  Savepoint savepoint{name, catalog_.OwnTables()};
+  savepoints_.reserve(savepoints_.size() + 1);
+  connection_.Run("SAVEPOINT \"save " + std::to_string(savepoints_.size()) + "\"");
+  savepoints_.push_back(std::move(savepoint));
+}
+
+void Transaction::RollbackTo(const std::string& name) {
+  if (count_ == 0) Fail(3903, {});
+  const auto found = std::find_if(savepoints_.rbegin(), savepoints_.rend(),
+                                  [&](const Savepoint& savepoint) { return savepoint.name == name; });
+  if (found == savepoints_.rend()) {
+    if (name_ != name) Fail(6401, {name});
+    return Rollback();
+  }
+  if (isDoomed_) Fail(3931, {});
+  if (survivors_ != nullptr) survivors_->Keep();
+  const auto index = static_cast<size_t>(savepoints_.rend() - found) - 1;
+  connection_.Run("ROLLBACK TO \"save " + std::to_string(index) + "\"");
+  savepoints_.resize(index + 1);
+  catalog_.RestoreOwnTables(savepoints_.back().tables);
+  catalog_.UndoChanges();
+  if (survivors_ != nullptr) survivors_->Restore();
 }
 
 void Transaction::UndoAll() {
+  const bool wasOpen = open_;
+  if (wasOpen && survivors_ != nullptr) survivors_->Keep();
   if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
   needsRecovery_ = false;
   if (std::exchange(open_, false)) catalog_.RestoreOwnTables(std::exchange(tables_, {}));
   catalog_.UndoChanges();
+  if (wasOpen && survivors_ != nullptr) survivors_->Restore();
 }
 
 void Transaction::Recover() {
   if (!needsRecovery_) return;
   UndoAll();
-  if (std::exchange(count_, 0) > 0) Fail(3930, {});
+  const bool wasCounted = count_ > 0;
+  Forget();
+  if (wasCounted) Fail(3930, {});
 }
 
 void Transaction::RunOrRecoverLater(const char* sql) noexcept {
@@ -101,6 +147,11 @@ StatementScope::StatementScope(Transaction& transaction, Place place)
     transaction_.RunOrRecoverLater("RELEASE statement");
     throw;
   }
+}
+
+StatementScope::StatementScope(Transaction& transaction)
+    : transaction_(transaction), tables_(transaction.catalog_.OwnTables()) {
+  RunOnce(transaction_.savepoint_);
 }
 
 void StatementScope::Complete() {

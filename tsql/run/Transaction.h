@@ -7,17 +7,43 @@
 
 namespace tsql {
 
+// What a rollback leaves as it is.
+class RollbackSurvivors {
+ public:
+  RollbackSurvivors() = default;
+  RollbackSurvivors(const RollbackSurvivors&) = delete;
+  RollbackSurvivors& operator=(const RollbackSurvivors&) = delete;
+  virtual ~RollbackSurvivors() = default;
+  virtual void Keep() = 0;    // before SQLite rolls back
+  virtual void Restore() = 0; // afterwards
+};
+
 class Transaction {
  public:
   Transaction(const Connection& connection, Catalog& catalog);
 
+  void SetSurvivors(RollbackSurvivors& survivors) { survivors_ = &survivors; }
   int Count() const { return count_; }
-  void Begin() { ++count_; }
-  void Commit();   // 3902 without a transaction
-  void Rollback(); // all levels; 3903 without a transaction
+  void Begin(const std::string& name = {}) {
+    if (++count_ == 1) name_ = name;
+  }
+  // 1 while there is a transaction, -1 when it can only be rolled back, otherwise 0: as XACT_STATE says.
+  int State() const { return count_ == 0 ? 0 : isDoomed_ ? -1 : 1; }
+  // An error was caught that ends transactions: this one can only be rolled back.
+  void Doom() { isDoomed_ = count_ > 0; }
+  void Commit();                      // 3902 without a transaction
+  void Rollback();                    // all levels; 3903 without a transaction
+  void Save(const std::string& name); // sets a savepoint; 628 without a transaction
+  // To the last savepoint of the name, or all when it is the transaction's own name; 6401 when it is neither.
+  void RollbackTo(const std::string& name);
   void RollbackIfOpen();
   // Takes the write lock when a counted transaction does not hold it yet.
-  void BeforeWrite();
+  void TakeLock();
+  // The same for what is going to write: 3930 when the transaction can only be rolled back.
+  void BeforeWrite() {
+    if (isDoomed_) FailDoomed();
+    TakeLock();
+  }
   // After some failures SQLite rolls the whole transaction back. Then the count becomes 0.
   void Synchronize();
   // Undoes what is left of a statement that could not be undone at its time, for want of memory. The whole
@@ -29,8 +55,15 @@ class Transaction {
 
  private:
   friend class StatementScope;
+  struct Savepoint {
+    std::string name;
+    Catalog::SessionTables tables;
+  };
+
+  [[noreturn]] static void FailDoomed();
   void LockMain() const;
   void UndoAll();
+  void Forget();
   // For what undoes: a failure of it is left to Recover.
   void RunOrRecoverLater(const char* sql) noexcept;
 
@@ -43,13 +76,19 @@ class Transaction {
   bool open_ = false;
   bool schemaChanged_ = false;
   bool needsRecovery_ = false;
+  bool isDoomed_ = false;
+  std::string name_; // of the outermost BEGIN TRANSACTION
+  std::vector<Savepoint> savepoints_;
   Catalog::SessionTables tables_;
+  RollbackSurvivors* survivors_ = nullptr;
 };
 
 // Makes several SQLite statements one: all of them are undone unless Complete is called.
 class StatementScope {
  public:
   StatementScope(Transaction& transaction, Place place);
+  // For what a rollback of the transaction leaves: it does not make the transaction begin.
+  explicit StatementScope(Transaction& transaction);
   StatementScope(const StatementScope&) = delete;
   StatementScope& operator=(const StatementScope&) = delete;
   ~StatementScope();

@@ -30,7 +30,8 @@ std::string BytesText(std::string_view bytes) {
 std::string MomentText(const DateTime& moment, TypeId type) {
   constexpr int kOdbcStyle = 121; // yyyy-mm-dd hh:mm:ss.mmm
   constexpr size_t kToSeconds = 19;
-  std::string text = FormatDateTime(moment.days * kTicksPerDay + moment.ticks, type, kOdbcStyle).value_or("");
+  std::string text =
+      FormatDateTime(moment.days * kTicksPerDay + moment.ticks, MakeType(type), kOdbcStyle).value_or("");
   if (type == TypeId::SmallDateTime && text.size() > kToSeconds) text.resize(kToSeconds);
   return text;
 }

@@ -1,7 +1,7 @@
 #include "tsql/sqlite/Values.h"
 
 #include "tsql/values/Conversion.h"
-#include "tsql/values/DateTime.h"
+#include "tsql/values/DateText.h"
 
 namespace tsql {
 namespace {
@@ -27,11 +27,18 @@ Datum NaturalDatum(const Value& value, Type& type) {
   return {};
 }
 
-void SetMoment(Value& value, int64_t ticks) {
+void SetMoment(Value& value, int64_t moment, const Type& type, std::string& storage) {
+  constexpr int kOdbcStyle = 121;
+  if (IsFine(type.id)) {
+    storage = *FormatDateTime(moment, type, kOdbcStyle);
+    value.kind = Value::Kind::Text;
+    value.text = storage;
+    return;
+  }
   value.kind = Value::Kind::DateTime;
-  const int64_t days = FloorDays(ticks);
+  const int64_t days = FloorDays(moment);
   value.datetime.days = static_cast<int32_t>(days);
-  value.datetime.ticks = static_cast<int32_t>(ticks - days * kTicksPerDay);
+  value.datetime.ticks = static_cast<int32_t>(moment - days * kTicksPerDay);
 }
 
 void SetDecimal(Value& value, const Decimal& decimal) {
@@ -51,7 +58,7 @@ Datum DatumOfValue(const Value& value, const Type& type) {
   return natural == type ? datum : Convert(datum, natural, type, ConvertMode::Cast);
 }
 
-Value ValueOfDatum(const Datum& datum, const Type& type) {
+Value ValueOfDatum(const Datum& datum, const Type& type, std::string& storage) {
   Value value;
   if (datum.IsNull()) return value;
   switch (FamilyOf(type.id)) {
@@ -64,7 +71,7 @@ Value ValueOfDatum(const Datum& datum, const Type& type) {
     value.kind = Value::Kind::Float;
     value.real = datum.real;
     break;
-  case Family::DateTime: SetMoment(value, datum.integer); break;
+  case Family::DateTime: SetMoment(value, datum.integer, type, storage); break;
   case Family::Binary:
     value.kind = Value::Kind::Bytes;
     value.text = datum.text;
@@ -78,7 +85,8 @@ Value ValueOfDatum(const Datum& datum, const Type& type) {
   return value;
 }
 
-void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value) {
+void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value,
+                std::string& storage) {
   value = {};
   sqlite3_stmt* handle = statement.Handle();
   const int stored = sqlite3_column_type(handle, index);
@@ -99,7 +107,7 @@ void ReadColumn(const PreparedStatement& statement, int index, const Type& type,
     value.kind = Value::Kind::Float;
     value.real = sqlite3_column_double(handle, index);
     break;
-  case Family::DateTime: SetMoment(value, sqlite3_column_int64(handle, index)); break;
+  case Family::DateTime: SetMoment(value, sqlite3_column_int64(handle, index), type, storage); break;
   case Family::Binary:
     value.kind = Value::Kind::Bytes;
     value.text = statement.ColumnText(index);
@@ -116,6 +124,7 @@ Type CompleteType(const Type& type) {
   Type complete = MakeType(type.id, type.length);
   if (type.id == TypeId::Decimal)
     complete = MakeDecimal(type.precision == 0 ? kMaxPrecision : type.precision, type.scale);
+  if (IsFine(type.id)) complete = MakeFine(type.id, type.scale);
   if (TakesLength(type.id) && type.length == 0) {
     // Without a length nothing can be padded or cut, so the type becomes one of varying length.
     const TypeId varying = FamilyOf(type.id) == Family::Binary ? TypeId::VarBinary

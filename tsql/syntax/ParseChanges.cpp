@@ -17,6 +17,7 @@ StatementPtr Parser::ParseWith() {
   }
   if (IsWord("insert")) {
     StatementPtr statement = ParseInsert();
+    if (statement->kind == StatementKind::InsertExecute) SyntaxErrorAt(start);
     auto& insert = static_cast<InsertStatement&>(*statement);
     if (!insert.query) Refuse("A common table expression with INSERT ... VALUES", insert.line);
     insert.query->commonTables = std::move(tables);
@@ -28,6 +29,22 @@ StatementPtr Parser::ParseWith() {
   statement->query = ParseQuery();
   statement->query->commonTables = std::move(tables);
   return statement;
+}
+
+// Null where no OUTPUT stands.
+OutputPtr Parser::ParseOutput() {
+  if (!IsWord("output")) return nullptr;
+  auto output = std::make_unique<OutputClause>();
+  output->select.line = Current().line;
+  TakeWord("output");
+  do output->select.items.push_back(ParseSelectItem());
+  while (TakeSymbol(","));
+  if (TakeWord("into")) {
+    output->into = ParseTarget();
+    if (IsSymbol("(") && !StartsQuery()) output->columns = ParseNameList();
+  }
+  if (IsWord("output")) RefuseHere("A second OUTPUT clause");
+  return output;
 }
 
 StatementPtr Parser::ParseInsert() {
@@ -48,8 +65,11 @@ StatementPtr Parser::ParseInsert() {
     } while (TakeSymbol(","));
     ExpectSymbol(")");
   }
-  if (IsWord("output")) RefuseHere("The OUTPUT clause");
-  if (IsWord("exec") || IsWord("execute")) RefuseHere("INSERT ... EXEC");
+  statement->output = ParseOutput();
+  if (IsWord("exec") || IsWord("execute")) {
+    if (statement->output) Fail(483, {}, Current().line);
+    return ParseInsertExecute(std::move(statement));
+  }
   if (TakeWord("default")) {
     ExpectWord("values");
     statement->defaultValues = true;
@@ -58,23 +78,26 @@ StatementPtr Parser::ParseInsert() {
   if (!TakeWord("values")) {
     if (!StartsQuery() && !IsWord("with")) SyntaxError();
     statement->query = ParseQuery();
+    ParseQueryHints(statement->query->maxRecursion);
     return statement;
   }
-  do {
-    ExpectSymbol("(");
-    std::vector<ExprPtr> row;
-    do {
-      if (IsWord("default")) {
-        row.push_back(MakeExpr(ExprKind::Default));
-        ++at_;
-      } else {
-        row.push_back(ParseExpression());
-      }
-    } while (TakeSymbol(","));
-    ExpectSymbol(")");
-    statement->rows.push_back(std::move(row));
-  } while (TakeSymbol(","));
+  const size_t first = at_;
+  statement->rows = ParseRows();
+  constexpr size_t kMostRows = 1000;
+  if (statement->rows.size() > kMostRows) Fail(10738, {}, tokens_[first].line);
   RefuseAfterQuery();
+  int maxRecursion = kMaxRecursion;
+  ParseQueryHints(maxRecursion);
+  return statement;
+}
+
+StatementPtr Parser::ParseInsertExecute(std::unique_ptr<InsertStatement> insert) {
+  auto statement = std::make_unique<InsertExecuteStatement>();
+  statement->line = insert->line;
+  statement->number = insert->number;
+  statement->table = std::move(insert->table);
+  statement->columns = std::move(insert->columns);
+  statement->execute.reset(static_cast<ExecuteStatement*>(ParseExecute().release()));
   return statement;
 }
 
@@ -121,40 +144,45 @@ Assignment Parser::ParseAssignment() {
 StatementPtr Parser::ParseUpdate() {
   auto statement = MakeStatement<UpdateStatement>(at_);
   ExpectWord("update");
-  if (IsWord("top")) statement->top = ParseTop();
+  statement->top = ParseChangeTop();
   statement->target = ParseTarget();
   TableSource hints;
   ParseTableHints(hints);
   ExpectWord("set");
   do statement->assignments.push_back(ParseAssignment());
   while (TakeSymbol(","));
-  if (IsWord("output")) RefuseHere("The OUTPUT clause");
+  statement->output = ParseOutput();
   if (TakeWord("from")) statement->from = ParseFrom();
-  statement->where = ParseChangeCondition();
+  statement->where = ParseChangeCondition(statement->currentOf, statement->maxRecursion);
   return statement;
 }
 
-ExprPtr Parser::ParseChangeCondition() {
+ExprPtr Parser::ParseChangeCondition(CursorName& currentOf, int& maxRecursion) {
   ExprPtr condition;
   if (TakeWord("where")) {
-    if (AreWordsAt(0, "CURRENT OF")) RefuseHere("WHERE CURRENT OF");
-    condition = ParseCondition();
+    if (AreWordsAt(0, "CURRENT OF")) {
+      at_ += 2;
+      currentOf = ParseCursorName();
+    } else {
+      condition = ParseCondition();
+    }
   }
   RefuseAfterQuery();
+  ParseQueryHints(maxRecursion);
   return condition;
 }
 
 StatementPtr Parser::ParseDelete() {
   auto statement = MakeStatement<DeleteStatement>(at_);
   ExpectWord("delete");
-  if (IsWord("top")) statement->top = ParseTop();
+  statement->top = ParseChangeTop();
   TakeWord("from");
   statement->target = ParseTarget();
   TableSource hints;
   ParseTableHints(hints);
-  if (IsWord("output")) RefuseHere("The OUTPUT clause");
+  statement->output = ParseOutput();
   if (TakeWord("from")) statement->from = ParseFrom();
-  statement->where = ParseChangeCondition();
+  statement->where = ParseChangeCondition(statement->currentOf, statement->maxRecursion);
   return statement;
 }
 

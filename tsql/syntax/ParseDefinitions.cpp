@@ -15,6 +15,7 @@ StatementPtr Parser::ParseCreate() {
   if (TakeWord("table")) return ParseCreateTable(start);
   if (TakeWord("view")) return ParseCreateView(start, false);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, false);
+  if (TakeWord("function")) return ParseCreateFunction(start, false);
   if (IsWord("unique") || IsWord("clustered") || IsWord("nonclustered") || IsWord("index"))
     return ParseCreateIndex(start);
   UnknownObject();
@@ -99,6 +100,7 @@ void Parser::ParseTableElement(std::vector<ColumnDefinition>& columns,
   std::string name;
   if (IsWord("index")) RefuseHere("An index within CREATE TABLE");
   if (AreWordsAt(0, "PERIOD FOR")) RefuseHere("A period of SYSTEM_TIME");
+  if (inTableVariable_ && (IsWord("constraint") || IsWord("foreign"))) SyntaxError();
   if (TakeWord("constraint")) name = TakeName();
   const bool isConstraint =
       !name.empty() || IsWord("primary") || IsWord("unique") || IsWord("check") || IsWord("foreign");
@@ -113,7 +115,10 @@ ColumnDefinition Parser::ParseColumn(std::vector<ConstraintDefinition>& constrai
   ColumnDefinition column;
   column.line = Current().line;
   column.name = TakeName();
-  if (IsWord("as")) RefuseHere("A computed column");
+  if (IsWord("as")) {
+    ParseComputedColumn(column, constraints);
+    return column;
+  }
   // A sysname is not null unless it is said to be.
   if (IsWord("sysname")) column.nullable = false;
   column.type = ParseType(1);
@@ -122,12 +127,40 @@ ColumnDefinition Parser::ParseColumn(std::vector<ConstraintDefinition>& constrai
   return column;
 }
 
-void Parser::ParseCollation() {
+// name AS expression [PERSISTED [NOT NULL]] and a key or, where its values are kept, another constraint.
+void Parser::ParseComputedColumn(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints) {
+  ExpectWord("as");
+  const size_t first = at_;
+  ParseExpression();
+  RefuseSubqueries(first, 1046);
+  column.computedText = SourceFrom(first);
+  column.isPersisted = TakeWord("persisted");
+  while (true) {
+    if (IsWord("constraint") || IsWord("primary") || IsWord("unique") || IsWord("check") ||
+        IsWord("foreign") || IsWord("references") || AreWordsAt(0, "NOT NULL")) {
+      const size_t word = IsWord("constraint") ? 2 : 0;
+      const bool isKey = IsWordAt(word, "primary") || IsWordAt(word, "unique");
+      if (!isKey && !column.isPersisted) Fail(8183, {}, Current().line);
+      if (IsWordAt(word, "default")) SyntaxErrorAt(at_ + word);
+      ParseColumnProperty(column, constraints);
+      continue;
+    }
+    return;
+  }
+}
+
+// Whether a collation tells widths and kinds of kana apart makes no difference here.
+CollationId Parser::ParseCollation(std::string& written) {
   ExpectWord("collate");
   const int line = Current().line;
-  const std::string name = ToLower(TakeName());
-  if (name != "database_default" && name.find("_ci_as") == std::string::npos)
-    Refuse("A collation other than a CI_AS one", line);
+  written = TakeName();
+  const std::string name = ToLower(written);
+  const auto has = [&name](std::string_view part) { return name.find(part) != std::string::npos; };
+  if (name == "database_default" || has("_ci_as")) return CollationId::Default;
+  if (has("_cs_as")) return CollationId::CaseSensitive;
+  if (name.ends_with("_bin") || name.ends_with("_bin2")) return CollationId::Binary;
+  if (has("_ci_ai") || has("_cs_ai")) Refuse("A collation that ignores accents", line);
+  Fail(448, {written}, line);
 }
 
 void Parser::RefuseColumnProperty() const {
@@ -143,7 +176,10 @@ void Parser::RefuseColumnProperty() const {
 bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints) {
   RefuseColumnProperty();
   if (IsWord("collate")) {
-    ParseCollation();
+    const int line = Current().line;
+    std::string name;
+    if (ParseCollation(name) != CollationId::Default)
+      Refuse("A column with a collation that tells cases apart", line);
     return true;
   }
   if (TakeWord("null")) {
@@ -159,10 +195,12 @@ bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<Constrain
     ParseIdentity(column);
     return true;
   }
+  if (inTableVariable_ && (IsWord("constraint") || IsWord("foreign") || IsWord("references"))) SyntaxError();
   std::string name;
   if (TakeWord("constraint")) name = TakeName();
   if (IsWord("default")) {
     ParseDefaultClause(column);
+    column.defaultName = std::move(name);
     return true;
   }
   if (IsWord("primary") || IsWord("unique") || IsWord("check") || IsWord("foreign") || IsWord("references")) {
@@ -207,7 +245,9 @@ void Parser::ParseDefaultClause(ColumnDefinition& column) {
   ParseExpression();
   RefuseSubqueries(first, 1046);
   column.defaultText = SourceFrom(first);
-  if (TakeWord("with")) ExpectWord("values");
+  if (!TakeWord("with")) return;
+  ExpectWord("values");
+  column.withValues = true;
 }
 
 std::vector<std::string> Parser::ParseKeyColumns(std::vector<bool>* descending) {
@@ -312,6 +352,15 @@ ProcedureParameter Parser::ParseProcedureParameter() {
   return parameter;
 }
 
+std::vector<ProcedureParameter> Parser::ParseParameterList() {
+  std::vector<ProcedureParameter> parameters;
+  if (IsAtEnd()) return parameters;
+  do parameters.push_back(ParseProcedureParameter());
+  while (TakeSymbol(","));
+  if (!IsAtEnd()) SyntaxError();
+  return parameters;
+}
+
 StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   auto statement = MakeStatement<CreateProcedureStatement>(start);
   statement->alter = alter;
@@ -347,27 +396,81 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   return statement;
 }
 
+StatementPtr Parser::ParseCreateFunction(size_t start, bool alter) {
+  auto statement = MakeStatement<CreateFunctionStatement>(start);
+  statement->alter = alter;
+  if (start != 0) SyntaxErrorAt(start + 1);
+  statement->name = ParseObjectName();
+  ExpectSymbol("(");
+  if (!IsSymbol(")")) {
+    do {
+      statement->parameters.push_back(ParseProcedureParameter());
+      if (statement->parameters.back().output) SyntaxErrorAt(at_ - 1);
+    } while (TakeSymbol(","));
+  }
+  ExpectSymbol(")");
+  ExpectWord("returns");
+  if (Current().kind == TokenKind::Variable) {
+    const int line = Current().line;
+    statement->function = FunctionKind::Table;
+    std::string name = TakeVariable();
+    statement->result = ParseTableVariable(std::move(name), line);
+  } else if (TakeWord("table")) {
+    statement->function = FunctionKind::Inline;
+  } else {
+    statement->returns = ParseType(1);
+  }
+  if (TakeWord("with")) ParseFunctionOptions(*statement);
+  TakeWord("as");
+  if (AreWordsAt(0, "EXTERNAL NAME")) RefuseHere("A function with an external name");
+  ParseFunctionBody(*statement);
+  TakeSymbol(";");
+  if (!IsAtEnd()) SyntaxError();
+  statement->text = std::string(text_);
+  return statement;
+}
+
+void Parser::ParseFunctionOptions(CreateFunctionStatement& function) {
+  do {
+    if (IsWord("execute") || IsWord("exec") || IsWord("inline") || IsWord("native_compilation"))
+      RefuseHere("A function WITH EXECUTE AS or INLINE");
+    if (AreWordsAt(0, "RETURNS NULL ON NULL INPUT") || AreWordsAt(0, "CALLED ON NULL INPUT")) {
+      function.isNullOfNull = IsWord("returns");
+      at_ += function.isNullOfNull ? 5 : 4;
+      continue;
+    }
+    if (!TakeWord("schemabinding")) ExpectWord("encryption");
+  } while (TakeSymbol(","));
+}
+
+void Parser::ParseFunctionBody(CreateFunctionStatement& function) {
+  if (function.function == FunctionKind::Inline) {
+    ExpectWord("return");
+    const bool isEnclosed = IsSymbol("(") && IsWordAt(1, "with");
+    if (isEnclosed) TakeSymbol("(");
+    function.query = ParseQuery();
+    if (isEnclosed) ExpectSymbol(")");
+    return;
+  }
+  ExpectWord("begin");
+  function_ = function.function;
+  function.body = ParseStatementsUntilEnd();
+  function_.reset();
+  const int line = Current().line;
+  ExpectWord("end");
+  const bool endsWithReturn = !function.body.empty() && function.body.back()->kind == StatementKind::Return;
+  if (!endsWithReturn) Fail(455, {}, line);
+}
+
 StatementPtr Parser::ParseAlter() {
   const size_t start = at_;
   ExpectWord("alter");
   if (TakeWord("view")) return ParseCreateView(start, true);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, true);
+  if (TakeWord("function")) return ParseCreateFunction(start, true);
   RefuseWords(RefusedKind::Alter);
-  if (!TakeWord("table")) UnknownObject();
-  auto statement = MakeStatement<AlterTableStatement>(start);
-  statement->table = ParseObjectName();
-  if (IsWord("with") && (IsWordAt(1, "check") || IsWordAt(1, "nocheck"))) {
-    statement->checksRows = IsWordAt(1, "check");
-    at_ += 2;
-  }
-  RefuseWords(RefusedKind::AlterTable);
-  ExpectWord("add");
-  do {
-    const bool isNamed = IsWord("constraint") && IsNameAt(1);
-    if (IsWordAt(isNamed ? 2 : 0, "default")) RefuseHere("ALTER TABLE ADD DEFAULT ... FOR");
-    ParseTableElement(statement->columns, statement->constraints);
-  } while (TakeSymbol(","));
-  return statement;
+  if (TakeWord("table")) return ParseAlterTable(start);
+  UnknownObject();
 }
 
 StatementPtr Parser::ParseDrop() {
@@ -380,6 +483,8 @@ StatementPtr Parser::ParseDrop() {
     statement->object = ObjectKind::View;
   } else if (TakeWord("procedure") || TakeWord("proc")) {
     statement->object = ObjectKind::Procedure;
+  } else if (TakeWord("function")) {
+    statement->object = ObjectKind::Function;
   } else if (TakeWord("index")) {
     statement->object = ObjectKind::Index;
   } else {

@@ -231,13 +231,18 @@ QueryPtr Parser::ParseSubquery(Expr& owner) {
 
 // What the server allows behind an operand and the engine lacks.
 void Parser::RefuseAfterOperand() const {
-  if (IsWord("collate")) RefuseHere("COLLATE in an expression");
   if (AreWordsAt(0, "AT TIME ZONE")) RefuseHere("AT TIME ZONE");
   if (IsSymbol(".") && IsNameAt(1)) RefuseHere("A method of a value");
 }
 
 ExprPtr Parser::ParsePrimary() {
   ExprPtr operand = ParseOperand();
+  if (IsWord("collate")) {
+    ExprPtr node = MakeExpr(ExprKind::Collate);
+    node->collation = ParseCollation(node->text);
+    node->args.push_back(RequireScalar(std::move(operand)));
+    operand = Measured(std::move(node));
+  }
   RefuseAfterOperand();
   return operand;
 }
@@ -279,8 +284,11 @@ ExprPtr Parser::ParseOperand() {
     return node;
   }
   if (IsWord("case")) return ParseCase();
-  if (IsWord("cast") && IsSymbolAt(1, "(")) return ParseCast();
-  if (IsWord("convert") && IsSymbolAt(1, "(")) return ParseConvert();
+  if (IsSymbolAt(1, "(")) {
+    if (IsWord("iif")) return ParseIif();
+    if (IsWord("cast") || IsWord("try_cast")) return ParseCast();
+    if (IsWord("convert") || IsWord("try_convert")) return ParseConvert();
+  }
   if (IsWord("current_timestamp")) {
     ExprPtr node = MakeExpr(ExprKind::Call);
     node->text = "getdate";
@@ -343,11 +351,27 @@ ExprPtr Parser::ParseCase() {
   return node;
 }
 
+// IIF(condition, a, b) is CASE WHEN condition THEN a ELSE b END.
+ExprPtr Parser::ParseIif() {
+  ExprPtr node = MakeExpr(ExprKind::Case);
+  ExpectWord("iif");
+  ExpectSymbol("(");
+  node->args.push_back(ParseCondition());
+  ExpectSymbol(",");
+  node->args.push_back(ParseExpression());
+  ExpectSymbol(",");
+  node->args.push_back(ParseExpression());
+  node->hasElse = true;
+  ExpectSymbol(")");
+  return node;
+}
+
 constexpr int32_t kCastLength = 30;
 
 ExprPtr Parser::ParseCast() {
   ExprPtr node = MakeExpr(ExprKind::Cast);
-  ExpectWord("cast");
+  node->attempt = TakeWord("try_cast");
+  if (!node->attempt) ExpectWord("cast");
   ExpectSymbol("(");
   node->args.push_back(ParseExpression());
   ExpectWord("as");
@@ -358,7 +382,8 @@ ExprPtr Parser::ParseCast() {
 
 ExprPtr Parser::ParseConvert() {
   ExprPtr node = MakeExpr(ExprKind::Convert);
-  ExpectWord("convert");
+  node->attempt = TakeWord("try_convert");
+  if (!node->attempt) ExpectWord("convert");
   ExpectSymbol("(");
   node->type = ParseType(kCastLength);
   ExpectSymbol(",");
@@ -382,14 +407,72 @@ ExprPtr Parser::ParseCall() {
       if (!node->distinct) TakeWord("all");
       do node->args.push_back(ParseExpression());
       while (TakeSymbol(","));
-      if (node->text == "trim" && IsWord("from")) RefuseHere("TRIM with FROM");
-      if (node->text == "log" && node->args.size() == 2) RefuseHere("LOG with a base");
+      if (node->text == "trim") {
+        // TRIM(characters FROM text) has the text first in the tree, as all functions of texts have.
+        if (node->args.size() > 1) Fail(174, {node->text, "1"}, node->line);
+        if (TakeWord("from")) node->args.insert(node->args.begin(), ParseExpression());
+      }
     }
     ExpectSymbol(")");
   }
-  if (IsWord("over")) RefuseHere("The OVER clause");
-  if (AreWordsAt(0, "WITHIN GROUP")) RefuseHere("The WITHIN GROUP clause");
+  if (AreWordsAt(0, "WITHIN GROUP")) node->within = ParseWithinGroup();
+  if (IsWord("over")) node->over = ParseOver();
   return node;
+}
+
+std::vector<OrderItem> Parser::ParseWithinGroup() {
+  ExpectWord("within");
+  ExpectWord("group");
+  ExpectSymbol("(");
+  if (!IsWord("order")) SyntaxError();
+  std::vector<OrderItem> items = ParseOrderBy();
+  ExpectSymbol(")");
+  return items;
+}
+
+std::unique_ptr<Window> Parser::ParseOver() {
+  auto window = std::make_unique<Window>();
+  ExpectWord("over");
+  ExpectSymbol("(");
+  if (TakeWord("partition")) {
+    ExpectWord("by");
+    do window->partitionBy.push_back(ParseExpression());
+    while (TakeSymbol(","));
+  }
+  if (IsWord("order")) window->orderBy = ParseOrderBy();
+  if (IsWord("rows") || IsWord("range")) window->frame = ParseFrame();
+  ExpectSymbol(")");
+  return window;
+}
+
+Frame Parser::ParseFrame() {
+  Frame frame;
+  frame.unit = TakeWord("rows") ? FrameUnit::Rows : FrameUnit::Range;
+  if (frame.unit == FrameUnit::Range) ExpectWord("range");
+  if (!TakeWord("between")) {
+    frame.start = ParseFrameEdge(frame.startRows);
+    return frame;
+  }
+  frame.start = ParseFrameEdge(frame.startRows);
+  ExpectWord("and");
+  frame.end = ParseFrameEdge(frame.endRows);
+  return frame;
+}
+
+FrameEdge Parser::ParseFrameEdge(int64_t& rows) {
+  if (TakeWord("current")) {
+    ExpectWord("row");
+    return FrameEdge::CurrentRow;
+  }
+  const bool isUnbounded = TakeWord("unbounded");
+  if (!isUnbounded) {
+    constexpr size_t kMostDigits = 9;
+    if (Current().kind != TokenKind::Integer || Current().text.size() > kMostDigits) SyntaxError();
+    rows = std::stoi(tokens_[at_++].text);
+  }
+  if (TakeWord("preceding")) return isUnbounded ? FrameEdge::UnboundedPreceding : FrameEdge::Preceding;
+  ExpectWord("following");
+  return isUnbounded ? FrameEdge::UnboundedFollowing : FrameEdge::Following;
 }
 
 ExprPtr Parser::ParseColumn() {
@@ -402,10 +485,31 @@ ExprPtr Parser::ParseColumn() {
   if (IsSymbol("::")) RefuseHere("A static method of a type");
   if (!IsSymbol("(") || node->parts.size() == 1) return node;
   if (EqualNames(node->parts[0], "sys")) RefuseHere("A function of the schema sys");
-  // There are no functions of users.
-  std::string function = node->parts[0];
-  for (size_t i = 1; i < node->parts.size(); ++i) function += "." + node->parts[i];
-  Fail(4121, {node->parts[0], function}, node->line);
+  if (node->parts.size() > 2) {
+    // What looks like a database, a schema and a function may be a method of a column.
+    std::string function = node->parts[0];
+    for (size_t i = 1; i < node->parts.size(); ++i) function += "." + node->parts[i];
+    Fail(4121, {node->parts[0], function}, node->line);
+  }
+  node->kind = ExprKind::UserCall;
+  node->args = ParseFunctionArguments();
+  return node;
+}
+
+std::vector<ExprPtr> Parser::ParseFunctionArguments() {
+  std::vector<ExprPtr> args;
+  ExpectSymbol("(");
+  if (TakeSymbol(")")) return args;
+  do {
+    if (IsWord("default")) {
+      args.push_back(MakeExpr(ExprKind::Default));
+      ++at_;
+    } else {
+      args.push_back(ParseExpression());
+    }
+  } while (TakeSymbol(","));
+  ExpectSymbol(")");
+  return args;
 }
 
 std::pair<int, int> Parser::ParseTypeArguments(bool& given) {
@@ -438,8 +542,7 @@ void CheckLength(TypeId id, int length, int line) {
 
 Type Parser::ParseType(int32_t defaultLength) {
   const Token& token = Current();
-  if (IsWord("cursor")) RefuseHere("A cursor");
-  if (IsWord("table")) RefuseHere("A table variable");
+  if (IsWord("cursor")) RefuseHere("A parameter or result that is a cursor");
   if (IsWord("national")) RefuseHere("A type name of several words");
   const bool isDouble = IsWord("double") && IsWordAt(1, "precision");
   std::string name = isDouble ? tokens_[at_++].text : TakeName();
@@ -463,6 +566,11 @@ Type Parser::ParseType(int32_t defaultLength) {
     return MakeDecimal(precision, second);
   }
   if (*id == TypeId::Float) return MakeType(given && first <= 24 ? TypeId::Real : TypeId::Float);
+  if (IsFine(*id)) {
+    if (given && (first < 0 || first > kMaxFraction))
+      Fail(1002, {std::to_string(token.line), std::to_string(first)}, token.line);
+    return given ? MakeFine(*id, first) : MakeType(*id);
+  }
   if (!TakesLength(*id)) {
     if (given) Fail(2716, {"1", TypeName(*id)}, token.line);
     return MakeType(*id);

@@ -11,10 +11,11 @@ namespace {
 
 // Hints that say how to lock or to read; those that matter here ask for a lock of the writer.
 bool IsTableHint(std::string_view word) {
-  constexpr std::array<std::string_view, 15> kHints = {
+  constexpr std::array<std::string_view, 20> kHints = {
       "nolock",   "updlock",      "holdlock",        "rowlock",        "tablock",
       "tablockx", "xlock",        "paglock",         "readpast",       "readcommitted",
-      "nowait",   "serializable", "readuncommitted", "repeatableread", "readcommittedlock"};
+      "nowait",   "serializable", "readuncommitted", "repeatableread", "readcommittedlock",
+      "index",    "forceseek",    "forcescan",       "fastfirstrow",   "noexpand"};
   return std::any_of(kHints.begin(), kHints.end(),
                      [word](std::string_view hint) { return EqualNames(hint, word); });
 }
@@ -36,6 +37,13 @@ bool IsRowsetFunction(std::string_view word) {
                                                           "semantickeyphrasetable",
                                                           "semanticsimilaritydetailstable",
                                                           "semanticsimilaritytable"};
+  return std::any_of(kFunctions.begin(), kFunctions.end(),
+                     [word](std::string_view name) { return EqualNames(name, word); });
+}
+
+// Functions of the server that are called like those of users.
+bool IsBuiltInTableFunction(std::string_view word) {
+  constexpr std::array<std::string_view, 3> kFunctions = {"changetable", "generate_series", "openjson"};
   return std::any_of(kFunctions.begin(), kFunctions.end(),
                      [word](std::string_view name) { return EqualNames(name, word); });
 }
@@ -84,23 +92,101 @@ bool Parser::StartsQuery(bool endsHere) const {
 
 QueryPtr Parser::ParseQuery() {
   std::vector<CommonTable> commonTables;
-  const bool outer = std::exchange(isQueryStatement_, std::exchange(startsQueryStatement_, false));
+  const bool isStatement = std::exchange(startsQueryStatement_, false);
+  const bool outer = std::exchange(isQueryStatement_, isStatement);
   if (IsWord("with")) commonTables = ParseCommonTables();
   const int line = Current().line;
   QueryPtr query = ParseSetOperations();
   isQueryStatement_ = outer;
   if (query->op != SetOp::None) CheckInto(*query, true, line);
   query->commonTables = std::move(commonTables);
-  if (IsWord("order")) query->orderBy = ParseOrderBy();
+  if (IsWord("order")) {
+    query->orderBy = ParseOrderBy();
+    if (IsWord("offset")) ParseOffset(*query);
+  }
   RefuseAfterQuery();
+  if (isStatement) ParseQueryHints(query->maxRecursion);
   return query;
+}
+
+// OFFSET n ROWS [FETCH NEXT m ROWS ONLY]
+void Parser::ParseOffset(Query& query) {
+  const auto expectRows = [this] {
+    if (!TakeWord("row")) ExpectWord("rows");
+  };
+  ExpectWord("offset");
+  query.offset = ParseExpression();
+  expectRows();
+  if (!IsWord("fetch") || (!IsWordAt(1, "next") && !IsWordAt(1, "first"))) return;
+  TakeWord("fetch");
+  if (!TakeWord("next")) TakeWord("first");
+  query.fetch = ParseExpression();
+  expectRows();
+  ExpectWord("only");
+}
+
+// OPTION (...) at the end of a statement.
+void Parser::ParseQueryHints(int& maxRecursion) {
+  if (!IsWord("option") || !IsSymbolAt(1, "(")) return;
+  TakeWord("option");
+  TakeSymbol("(");
+  do ParseQueryHint(maxRecursion);
+  while (TakeSymbol(","));
+  ExpectSymbol(")");
+}
+
+// All of them say how to find the rows, and not which, but for the limit of recursion.
+void Parser::ParseQueryHint(int& maxRecursion) {
+  constexpr std::array<std::string_view, 18> kWords = {"HASH GROUP",
+                                                       "ORDER GROUP",
+                                                       "CONCAT UNION",
+                                                       "HASH UNION",
+                                                       "MERGE UNION",
+                                                       "LOOP JOIN",
+                                                       "MERGE JOIN",
+                                                       "HASH JOIN",
+                                                       "EXPAND VIEWS",
+                                                       "FORCE ORDER",
+                                                       "KEEP PLAN",
+                                                       "KEEPFIXED PLAN",
+                                                       "ROBUST PLAN",
+                                                       "RECOMPILE",
+                                                       "OPTIMIZE FOR UNKNOWN",
+                                                       "PARAMETERIZATION SIMPLE",
+                                                       "PARAMETERIZATION FORCED",
+                                                       "IGNORE_NONCLUSTERED_COLUMNSTORE_INDEX"};
+  constexpr std::array<std::string_view, 4> kWithNumber = {"FAST", "MAXDOP", "MAXRECURSION", "QUERYTRACEON"};
+  constexpr std::array<std::string_view, 2> kWithList = {"OPTIMIZE FOR", "USE HINT"};
+  for (const std::string_view words : kWords) {
+    if (!AreWordsAt(0, words)) continue;
+    at_ += 1 + static_cast<size_t>(std::count(words.begin(), words.end(), ' '));
+    return;
+  }
+  for (const std::string_view word : kWithNumber) {
+    if (!AreWordsAt(0, word)) continue;
+    constexpr int kMost = 32767;
+    const Token& number = Next();
+    if (number.kind != TokenKind::Integer) SyntaxErrorAt(at_ + 1);
+    const int value = number.text.size() > 6 ? kMost + 1 : std::stoi(number.text);
+    if (word == "MAXRECURSION") {
+      if (value > kMost) Fail(310, {number.text}, number.line);
+      maxRecursion = value;
+    }
+    at_ += 2;
+    return;
+  }
+  for (const std::string_view words : kWithList) {
+    if (!AreWordsAt(0, words) || !IsSymbolAt(2, "(")) continue;
+    at_ += AfterParenthesis(2);
+    return;
+  }
+  SyntaxError();
 }
 
 void Parser::RefuseAfterQuery() const {
   if (IsWord("compute")) RefuseHere("The COMPUTE clause");
   if (IsWord("for") && (IsWordAt(1, "xml") || IsWordAt(1, "json") || IsWordAt(1, "browse")))
     RefuseHere("FOR XML, JSON or BROWSE");
-  if (IsWord("option")) RefuseHere("The OPTION clause");
 }
 
 std::vector<CommonTable> Parser::ParseCommonTables() {
@@ -170,7 +256,7 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   ExpectWord("select");
   select->distinct = TakeWord("distinct");
   if (!select->distinct) TakeWord("all");
-  if (IsWord("top")) select->top = ParseTop();
+  if (IsWord("top")) ParseTop(*select);
   do select->items.push_back(ParseSelectItem());
   while (TakeSymbol(","));
   if (isQueryStatement_ && TakeWord("into")) {
@@ -197,7 +283,7 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   return select;
 }
 
-ExprPtr Parser::ParseTop() {
+ExprPtr Parser::ParseTopCount() {
   ExpectWord("top");
   ExprPtr count;
   if (TakeSymbol("(")) {
@@ -208,8 +294,21 @@ ExprPtr Parser::ParseTop() {
   } else {
     SyntaxError();
   }
-  if (IsWord("percent")) RefuseHere("TOP PERCENT");
-  if (AreWordsAt(0, "WITH TIES")) RefuseHere("TOP WITH TIES");
+  return count;
+}
+
+void Parser::ParseTop(Select& select) {
+  select.top = ParseTopCount();
+  select.topPercent = TakeWord("percent");
+  if (!AreWordsAt(0, "WITH TIES")) return;
+  at_ += 2;
+  select.topTies = true;
+}
+
+ExprPtr Parser::ParseChangeTop() {
+  if (!IsWord("top")) return nullptr;
+  ExprPtr count = ParseTopCount();
+  if (IsWord("percent")) RefuseHere("TOP PERCENT of a changing statement");
   return count;
 }
 
@@ -260,7 +359,6 @@ std::vector<OrderItem> Parser::ParseOrderBy() {
     if (!item.descending) TakeWord("asc");
     items.push_back(std::move(item));
   } while (TakeSymbol(","));
-  if (IsWord("offset")) RefuseHere("OFFSET and FETCH");
   return items;
 }
 
@@ -290,13 +388,16 @@ std::optional<JoinKind> Parser::TakeJoin() {
                               {"full", JoinKind::Full},
                               {"cross", JoinKind::Cross}};
   if (TakeWord("join")) return JoinKind::Inner;
-  if (AreWordsAt(0, "OUTER APPLY")) RefuseHere("APPLY");
+  if (AreWordsAt(0, "OUTER APPLY")) {
+    at_ += 2;
+    return JoinKind::OuterApply;
+  }
   for (const Entry& entry : kJoins) {
     if (!TakeWord(entry.word)) continue;
-    if (IsWord("apply")) RefuseHere("APPLY");
+    if (entry.kind == JoinKind::Cross && TakeWord("apply")) return JoinKind::CrossApply;
     if (entry.kind != JoinKind::Inner && entry.kind != JoinKind::Cross) TakeWord("outer");
     const bool isHint = IsWord("loop") || IsWord("hash") || IsWord("merge") || IsWord("remote");
-    if (isHint && IsWordAt(1, "join")) RefuseHere("A join hint");
+    if (isHint && entry.kind != JoinKind::Cross && IsWordAt(1, "join")) ++at_; // how, and not what
     ExpectWord("join");
     return entry.kind;
   }
@@ -316,8 +417,10 @@ TableSourcePtr Parser::ParseJoins() {
     node->join = *kind;
     node->left = std::move(left);
     // In "a JOIN b JOIN c ON ... ON ..." the first ON belongs to the second join.
-    node->right = *kind == JoinKind::Cross ? ParseTablePrimary() : ParseJoins();
-    if (*kind != JoinKind::Cross) {
+    const bool hasCondition =
+        *kind != JoinKind::Cross && *kind != JoinKind::CrossApply && *kind != JoinKind::OuterApply;
+    node->right = hasCondition ? ParseJoins() : ParseTablePrimary();
+    if (hasCondition) {
       ExpectWord("on");
       node->on = ParseCondition();
     }
@@ -329,6 +432,7 @@ TableSourcePtr Parser::ParseTablePrimary() {
   CountSources();
   auto source = std::make_unique<TableSource>();
   source->line = Current().line;
+  if (IsSymbol("(") && IsWordAt(1, "values")) return ParseValuesSource();
   if (IsSymbol("(")) {
     if (!StartsQuery()) return ParseParenthesizedSource();
     TakeSymbol("(");
@@ -343,7 +447,16 @@ TableSourcePtr Parser::ParseTablePrimary() {
   }
   source->name = ParseTarget();
   ParseTableHints(*source);
-  if (IsSymbol("(")) RefuseHere("A function in place of a table");
+  if (IsSymbol("(") && !source->name.variable) {
+    if (source->name.schema.empty() && IsBuiltInTableFunction(source->name.name))
+      RefuseHere("A function in place of a table");
+    source->kind = TableSource::Kind::Function;
+    source->args = ParseFunctionArguments();
+    ParseTableAlias(*source);
+    if (IsSymbol("(")) source->columnAliases = ParseNameList();
+    RefuseAfterSource();
+    return source;
+  }
   RefuseAfterSource();
   ParseTableAlias(*source);
   ParseTableHints(*source);
@@ -351,9 +464,43 @@ TableSourcePtr Parser::ParseTablePrimary() {
   return source;
 }
 
+// (VALUES (...), (...)) AS alias (names)
+TableSourcePtr Parser::ParseValuesSource() {
+  auto source = std::make_unique<TableSource>();
+  source->line = Current().line;
+  source->kind = TableSource::Kind::Values;
+  ExpectSymbol("(");
+  ExpectWord("values");
+  source->rows = ParseRows();
+  ExpectSymbol(")");
+  ParseTableAlias(*source);
+  if (source->alias.empty()) SyntaxError();
+  if (IsSymbol("(")) source->columnAliases = ParseNameList();
+  RefuseAfterSource();
+  return source;
+}
+
+std::vector<std::vector<ExprPtr>> Parser::ParseRows() {
+  std::vector<std::vector<ExprPtr>> rows;
+  do {
+    ExpectSymbol("(");
+    std::vector<ExprPtr> row;
+    do {
+      if (IsWord("default")) {
+        row.push_back(MakeExpr(ExprKind::Default));
+        ++at_;
+      } else {
+        row.push_back(ParseExpression());
+      }
+    } while (TakeSymbol(","));
+    ExpectSymbol(")");
+    rows.push_back(std::move(row));
+  } while (TakeSymbol(","));
+  return rows;
+}
+
 TableSourcePtr Parser::ParseParenthesizedSource() {
   ExpectSymbol("(");
-  if (IsWord("values")) RefuseHere("VALUES as a table");
   if (IsWord("insert") || IsWord("update") || IsWord("delete") || IsWord("merge"))
     RefuseHere("A changing statement in FROM");
   TableSourcePtr inner = ParseFrom();
@@ -390,12 +537,32 @@ void Parser::ParseTableHint(TableSource& source) {
   RefuseIfListed(RefusedKind::TableHint, token.text, token.line);
   if (!IsTableHint(token.text)) Fail(321, {token.text}, token.line);
   source.updateLock = source.updateLock || IsWord("updlock") || IsWord("xlock") || IsWord("tablockx");
+  const bool isIndex = IsWord("index");
+  const bool mayHaveList = isIndex || IsWord("forceseek");
   ++at_;
+  // INDEX (a, b), INDEX = a, FORCESEEK (a (b)): which index to use does not matter here.
+  if (mayHaveList && IsSymbol("(")) {
+    at_ += AfterParenthesis(0);
+  } else if (isIndex) {
+    ExpectSymbol("=");
+    if (IsSymbol("(")) {
+      at_ += AfterParenthesis(0);
+    } else if (Current().kind == TokenKind::Integer) {
+      ++at_;
+    } else {
+      TakeName();
+    }
+  }
 }
 
 // The table that a statement reads or changes.
 ObjectName Parser::ParseTarget() {
-  if (Current().kind == TokenKind::Variable) RefuseHere("A table variable");
+  if (Current().kind == TokenKind::Variable) {
+    ObjectName name;
+    name.name = TakeVariable();
+    name.variable = true;
+    return name;
+  }
   if (Current().kind == TokenKind::Word && IsRowsetFunction(Current().text))
     RefuseHere("A function in place of a table");
   if (IsSymbol("::")) RefuseHere("A function in place of a table");

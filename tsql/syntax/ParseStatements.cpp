@@ -21,7 +21,7 @@ StatementPtr Parser::ParseUnterminated() {
     std::string_view word;
     Rule rule;
   };
-  constexpr std::array<Entry, 24> kRules = {{{"select", &Parser::ParseQueryStatement},
+  constexpr std::array<Entry, 31> kRules = {{{"select", &Parser::ParseQueryStatement},
                                              {"with", &Parser::ParseWith},
                                              {"insert", &Parser::ParseInsert},
                                              {"update", &Parser::ParseUpdate},
@@ -44,7 +44,14 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"create", &Parser::ParseCreate},
                                              {"alter", &Parser::ParseAlter},
                                              {"drop", &Parser::ParseDrop},
-                                             {"truncate", &Parser::ParseTruncate}}};
+                                             {"truncate", &Parser::ParseTruncate},
+                                             {"save", &Parser::ParseTransaction},
+                                             {"goto", &Parser::ParseGoto},
+                                             {"waitfor", &Parser::ParseWaitFor},
+                                             {"open", &Parser::ParseCursor},
+                                             {"close", &Parser::ParseCursor},
+                                             {"deallocate", &Parser::ParseCursor},
+                                             {"fetch", &Parser::ParseFetch}}};
   if (IsSymbol("(") && StartsQuery()) return ParseQueryStatement();
   if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
   if (Current().kind == TokenKind::Word) {
@@ -52,7 +59,7 @@ StatementPtr Parser::ParseUnterminated() {
     for (const Entry& entry : kRules)
       if (IsWord(entry.word)) return (this->*entry.rule)();
   }
-  if (IsName() && IsSymbolAt(1, ":")) RefuseHere("A label");
+  if (IsName() && IsSymbolAt(1, ":")) return ParseLabel();
   // The first statement of a batch may be a procedure's name alone.
   if (at_ == 0 && IsName() && !IsSymbolAt(1, "=")) return ParseExecute();
   SyntaxError();
@@ -76,15 +83,26 @@ StatementPtr Parser::ParseQueryStatement() {
 }
 
 StatementPtr Parser::ParseDeclare() {
-  auto statement = MakeStatement<DeclareStatement>(at_);
+  const size_t start = at_;
+  if (IsNameAt(1) && (IsWordAt(2, "cursor") || IsWordAt(2, "insensitive") || IsWordAt(2, "scroll"))) {
+    ++at_;
+    return ParseDeclareCursor(start, ParseCursorName());
+  }
+  auto statement = MakeStatement<DeclareStatement>(start);
   ExpectWord("declare");
-  if (IsName() && (IsWordAt(1, "cursor") || IsWordAt(1, "insensitive") || IsWordAt(1, "scroll")))
-    RefuseHere("A cursor");
   do {
     VariableDeclaration variable;
     variable.name = TakeVariable();
-    TakeWord("as");
     const int line = Current().line;
+    TakeWord("as");
+    if (IsWord("table")) {
+      statement->tables.push_back(ParseTableVariable(std::move(variable.name), line));
+      continue;
+    }
+    if (TakeWord("cursor")) {
+      statement->cursors.push_back(std::move(variable.name));
+      continue;
+    }
     variable.type = ParseType(1);
     if (IsLob(variable.type.id)) Fail(2739, {}, line);
     if (TakeSymbol("=")) variable.initial = ParseExpression();
@@ -93,14 +111,39 @@ StatementPtr Parser::ParseDeclare() {
   return statement;
 }
 
+// Its constraints have no names, and none is a foreign key.
+TableVariable Parser::ParseTableVariable(std::string name, int line) {
+  TableVariable table;
+  table.name.name = std::move(name);
+  table.name.variable = true;
+  table.line = line;
+  ExpectWord("table");
+  ExpectSymbol("(");
+  inTableVariable_ = true;
+  do {
+    if (IsSymbol(")") && !table.columns.empty()) break; // a trailing comma is allowed
+    ParseTableElement(table.columns, table.constraints);
+  } while (TakeSymbol(","));
+  inTableVariable_ = false;
+  ExpectSymbol(")");
+  return table;
+}
+
 StatementPtr Parser::ParseSet() {
   if (Next().kind != TokenKind::Variable) return ParseSetOption();
-  auto statement = MakeStatement<SetVariableStatement>(at_);
+  const size_t start = at_;
+  if (IsSymbolAt(2, "=") && IsWordAt(3, "cursor")) {
+    ++at_;
+    CursorName cursor;
+    cursor.name = TakeVariable();
+    ExpectSymbol("=");
+    return ParseDeclareCursor(start, std::move(cursor));
+  }
+  auto statement = MakeStatement<SetVariableStatement>(start);
   ExpectWord("set");
   ExprPtr target = MakeExpr(ExprKind::Variable);
   target->text = TakeVariable();
   if (IsSymbol(".")) RefuseHere("A method of a value");
-  if (IsSymbol("=") && IsWordAt(1, "cursor")) RefuseHere("A cursor");
   statement->name = target->text;
   statement->value = CompoundValue(std::move(target));
   return statement;
@@ -117,12 +160,13 @@ void Parser::ParseIsolationLevel() {
 
 StatementPtr Parser::ParseSetOption() {
   // Those of SQL's standard have one value here, which is theirs already.
-  constexpr std::array<std::string_view, 12> kOptions = {"nocount",           "xact_abort",
+  constexpr std::array<std::string_view, 13> kOptions = {"nocount",           "xact_abort",
                                                          "identity_insert",   "lock_timeout",
                                                          "ansi_nulls",        "quoted_identifier",
                                                          "ansi_padding",      "ansi_warnings",
                                                          "ansi_null_dflt_on", "concat_null_yields_null",
-                                                         "arithabort",        "numeric_roundabort"};
+                                                         "arithabort",        "numeric_roundabort",
+                                                         "rowcount"};
   auto statement = MakeStatement<SetOptionStatement>(at_);
   ExpectWord("set");
   if (TakeWord("transaction")) {
@@ -141,6 +185,8 @@ StatementPtr Parser::ParseSetOption() {
   if (statement->option == "lock_timeout") {
     if (TakeSymbol("-")) statement->value = "-";
     if (Current().kind != TokenKind::Integer) SyntaxError();
+  } else if (statement->option == "rowcount") {
+    if (Current().kind != TokenKind::Integer && Current().kind != TokenKind::Variable) SyntaxError();
   } else if (!IsWord("on") && !IsWord("off")) {
     SyntaxError();
   }
@@ -195,13 +241,16 @@ StatementPtr Parser::ParseTryCatch() {
   auto statement = MakeStatement<TryCatchStatement>(at_);
   ExpectWord("begin");
   ExpectWord("try");
+  tryBlocks_.push_back(++lastTryBlock_);
   statement->tryBody = ParseStatementsUntilEnd();
+  tryBlocks_.back() = ++lastTryBlock_;
   ExpectWord("end");
   ExpectWord("try");
   TakeSymbol(";");
   ExpectWord("begin");
   ExpectWord("catch");
   statement->catchBody = ParseStatementsUntilEnd();
+  tryBlocks_.pop_back();
   ExpectWord("end");
   ExpectWord("catch");
   return statement;
@@ -211,25 +260,85 @@ StatementPtr Parser::ParseTransaction() {
   auto statement = MakeStatement<TransactionStatement>(at_);
   statement->action = IsWord("begin")    ? TransactionAction::Begin
                       : IsWord("commit") ? TransactionAction::Commit
+                      : IsWord("save")   ? TransactionAction::Save
                                          : TransactionAction::Rollback;
   ++at_;
   const bool full = TakeWord("tran") || TakeWord("transaction");
   if (!full) TakeWord("work");
-  if (full && (IsName() || Current().kind == TokenKind::Variable)) ++at_;
+  if (full && Current().kind == TokenKind::Variable) {
+    statement->nameValue = MakeExpr(ExprKind::Variable);
+    statement->nameValue->text = TakeVariable();
+  } else if (full && IsName() && !IsSymbolAt(1, ":")) {
+    statement->name = TakeName();
+  }
+  const bool isNamed = statement->nameValue || !statement->name.empty();
+  if (statement->action == TransactionAction::Save && !isNamed) SyntaxError();
   if (AreWordsAt(0, "WITH MARK")) RefuseHere("BEGIN TRANSACTION WITH MARK");
   if (IsWord("with") && IsSymbolAt(1, "(")) RefuseHere("COMMIT WITH an option");
+  return statement;
+}
+
+// ---- jumps
+
+StatementPtr Parser::ParseLabel() {
+  auto statement = MakeStatement<LabelStatement>(at_);
+  const Place place{tryBlocks_, Current().line};
+  statement->name = TakeName();
+  ExpectSymbol(":");
+  for (const auto& entry : labels_)
+    if (EqualNames(entry.first->name, statement->name)) Fail(132, {statement->name}, place.line);
+  labels_.emplace_back(statement.get(), place);
+  return statement;
+}
+
+StatementPtr Parser::ParseGoto() {
+  auto statement = MakeStatement<GotoStatement>(at_);
+  const Place place{tryBlocks_, Current().line};
+  ExpectWord("goto");
+  statement->label = TakeName();
+  gotos_.emplace_back(statement.get(), place);
+  return statement;
+}
+
+void Parser::ResolveLabels() {
+  for (const auto& [jump, from] : gotos_) {
+    const std::string& label = jump->label;
+    const auto found = std::ranges::find_if(
+        labels_, [&](const auto& entry) { return EqualNames(entry.first->name, label); });
+    if (found == labels_.end()) Fail(133, {label}, from.line);
+    // One may jump out of a TRY or CATCH block, and not into one.
+    const std::vector<int>& into = found->second.blocks;
+    const bool isOutwards =
+        into.size() <= from.blocks.size() && std::equal(into.begin(), into.end(), from.blocks.begin());
+    if (!isOutwards) Fail(1026, {}, from.line);
+    jump->target = found->first;
+  }
+  labels_.clear();
+  gotos_.clear();
+}
+
+StatementPtr Parser::ParseWaitFor() {
+  auto statement = MakeStatement<WaitForStatement>(at_);
+  ExpectWord("waitfor");
+  if (IsSymbol("(")) RefuseHere("WAITFOR of a statement");
+  statement->untilTime = TakeWord("time");
+  if (!statement->untilTime) ExpectWord("delay");
+  const TokenKind kind = Current().kind;
+  if (kind != TokenKind::Text && kind != TokenKind::UnicodeText && kind != TokenKind::Variable) SyntaxError();
+  statement->time = ParseExpression();
   return statement;
 }
 
 StatementPtr Parser::ParseReturn() {
   auto statement = MakeStatement<ReturnStatement>(at_);
   ExpectWord("return");
-  const bool hasValue =
-      Current().kind != TokenKind::End && !IsSymbol(";") &&
-      (Current().kind != TokenKind::Word || IsWord("case") || IsWord("cast") || IsWord("null") ||
-       IsWord("convert") || IsWord("coalesce") || IsWord("nullif") || (IsName() && IsSymbolAt(1, "(")));
-  if (!hasValue) return statement;
-  if (!inProcedure_) Fail(178, {}, Current().line);
+  const bool hasValue = Current().kind != TokenKind::End && !IsSymbol(";") &&
+                        (Current().kind != TokenKind::Word || IsWord("case") || IsWord("cast") ||
+                         IsWord("null") || IsWord("convert") || IsWord("coalesce") || IsWord("nullif") ||
+                         (IsName() && (IsSymbolAt(1, "(") || IsSymbolAt(1, "."))));
+  const bool isScalar = function_ == FunctionKind::Scalar;
+  if (!hasValue && !isScalar) return statement;
+  if (!inProcedure_ && !isScalar) Fail(178, {}, Current().line);
   statement->value = ParseExpression();
   return statement;
 }
@@ -317,6 +426,7 @@ StatementPtr Parser::ParseExecute() {
     if (Current().kind == TokenKind::Variable) RefuseHere("EXEC with the procedure's name in a variable");
   }
   statement->procedure = ParseObjectName();
+  statement->isDynamic = EqualNames(statement->procedure.name, kDynamicProcedure);
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
   RefuseExecuteOption();
   const bool hasArguments =

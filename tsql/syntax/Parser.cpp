@@ -139,6 +139,7 @@ void Parser::ParseAll(Batch& batch) {
     batch.statements.push_back(ParseStatement());
   }
   if (lexicalError_) throw Error(*lexicalError_);
+  ResolveLabels();
   batch.markers = markers_;
 }
 
@@ -155,6 +156,10 @@ ExprPtr ParseDefault(const std::string& text) {
 
 ExprPtr ParseCheck(const std::string& text) {
   return Parser(text).ParseCondition();
+}
+
+std::vector<ProcedureParameter> ParseParameters(const std::string& text) {
+  return Parser(text).ParseParameterList();
 }
 
 QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns) {

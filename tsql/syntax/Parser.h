@@ -10,6 +10,8 @@ std::unique_ptr<Batch> ParseBatch(std::string text);
 // The source of a DEFAULT, a CHECK and a view, as the catalog keeps it.
 ExprPtr ParseDefault(const std::string& text);
 ExprPtr ParseCheck(const std::string& text);
+// The declarations of the parameters of sp_executesql.
+std::vector<ProcedureParameter> ParseParameters(const std::string& text);
 QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns);
 
 } // namespace tsql

@@ -13,6 +13,7 @@ class Parser {
   explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
   void ParseAll(Batch& batch);
+  std::vector<ProcedureParameter> ParseParameterList();
   ExprPtr ParseExpression();
   ExprPtr ParseCondition();
   StatementPtr ParseStatement();
@@ -79,10 +80,16 @@ class Parser {
   ExprPtr ParseParenthesis();
   ExprPtr ParseLiteral();
   ExprPtr ParseCase();
+  ExprPtr ParseIif();
   ExprPtr ParseCast();
   ExprPtr ParseConvert();
   ExprPtr ParseCall();
+  std::unique_ptr<Window> ParseOver();
+  std::vector<OrderItem> ParseWithinGroup();
+  Frame ParseFrame();
+  FrameEdge ParseFrameEdge(int64_t& rows);
   ExprPtr ParseColumn();
+  std::vector<ExprPtr> ParseFunctionArguments();
   ExprPtr RequirePredicate(ExprPtr expr);
   ExprPtr RequireScalar(ExprPtr expr);
   std::optional<CompareOp> TakeCompareOp();
@@ -96,7 +103,10 @@ class Parser {
   QueryPtr ParseIntersections();
   QueryPtr ParseQueryTerm();
   std::unique_ptr<Select> ParseSelect();
-  ExprPtr ParseTop();
+  ExprPtr ParseTopCount();
+  ExprPtr ParseChangeTop();
+  void ParseTop(Select& select);
+  void ParseOffset(Query& query);
   SelectItem ParseSelectItem();
   std::optional<SelectItem> ParseStar();
   std::vector<OrderItem> ParseOrderBy();
@@ -104,8 +114,12 @@ class Parser {
   TableSourcePtr ParseJoins();
   TableSourcePtr ParseTablePrimary();
   TableSourcePtr ParseParenthesizedSource();
+  TableSourcePtr ParseValuesSource();
+  std::vector<std::vector<ExprPtr>> ParseRows();
   void RefuseAfterSource() const;
   void RefuseAfterQuery() const;
+  void ParseQueryHints(int& maxRecursion);
+  void ParseQueryHint(int& maxRecursion);
   std::optional<JoinKind> TakeJoin();
   void ParseTableHints(TableSource& source);
   void ParseTableHint(TableSource& source);
@@ -121,9 +135,11 @@ class Parser {
   // changes (ParseChanges.cpp)
   StatementPtr ParseWith();
   StatementPtr ParseInsert();
+  StatementPtr ParseInsertExecute(std::unique_ptr<InsertStatement> insert);
   StatementPtr ParseUpdate();
   StatementPtr ParseDelete();
-  ExprPtr ParseChangeCondition();
+  ExprPtr ParseChangeCondition(CursorName& currentOf, int& maxRecursion);
+  OutputPtr ParseOutput();
   Assignment ParseAssignment();
   ExprPtr CompoundValue(ExprPtr target);
 
@@ -145,6 +161,18 @@ class Parser {
   StatementPtr ParseRaiserror();
   StatementPtr ParseThrow();
   StatementPtr ParseExecute();
+  TableVariable ParseTableVariable(std::string name, int line);
+  // cursors (ParseCursors.cpp)
+  CursorName ParseCursorName();
+  StatementPtr ParseDeclareCursor(size_t start, CursorName cursor);
+  void ParseCursorOptions(DeclareCursorStatement& cursor);
+  StatementPtr ParseCursor();
+  StatementPtr ParseFetch();
+  StatementPtr ParseLabel();
+  StatementPtr ParseGoto();
+  StatementPtr ParseWaitFor();
+  // Finds the labels of the GOTO statements of the batch or procedure that ends here: 133, 1026.
+  void ResolveLabels();
   ExecuteArgument ParseExecuteArgument();
   void RefuseExecuteOption() const;
   StatementList ParseStatementsUntilEnd();
@@ -158,12 +186,23 @@ class Parser {
   StatementPtr ParseCreateView(size_t start, bool alter);
   StatementPtr ParseCreateProcedure(size_t start, bool alter);
   ProcedureParameter ParseProcedureParameter();
+  StatementPtr ParseCreateFunction(size_t start, bool alter);
+  void ParseFunctionOptions(CreateFunctionStatement& function);
+  void ParseFunctionBody(CreateFunctionStatement& function);
   StatementPtr ParseAlter();
+  // ALTER TABLE (ParseAlterTable.cpp)
+  StatementPtr ParseAlterTable(size_t start);
+  void ParseAlterAdd(AlterTableStatement& statement);
+  void ParseDefaultFor(AlterTableStatement& statement);
+  void ParseAlterColumn(AlterTableStatement& statement);
+  void ParseAlterDrop(AlterTableStatement& statement);
+  void ParseConstraintSwitch(AlterTableStatement& statement);
   StatementPtr ParseDrop();
   StatementPtr ParseTruncate();
   void ParseTableElement(std::vector<ColumnDefinition>& columns,
                          std::vector<ConstraintDefinition>& constraints);
   ColumnDefinition ParseColumn(std::vector<ConstraintDefinition>& constraints);
+  void ParseComputedColumn(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   bool ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   void ParseIdentity(ColumnDefinition& column);
   void ParseDefaultClause(ColumnDefinition& column);
@@ -176,7 +215,7 @@ class Parser {
   void SkipOption();
   [[noreturn]] void UnknownObject() const;
   void RefuseColumnProperty() const;
-  void ParseCollation();
+  CollationId ParseCollation(std::string& name);
 
   std::string_view text_;
   std::optional<Error> lexicalError_; // behind the last token
@@ -191,6 +230,17 @@ class Parser {
   bool startsQueryStatement_ = false; // the next query is a statement
   bool isQueryStatement_ = false;     // the query that is parsed is a statement
   bool inProcedure_ = false;
+  bool inTableVariable_ = false;
+  std::optional<FunctionKind> function_; // that is parsed
+  // Labels and the jumps to them, each with the TRY and CATCH blocks that it stands in.
+  struct Place {
+    std::vector<int> blocks;
+    int line = 1;
+  };
+  std::vector<std::pair<const LabelStatement*, Place>> labels_;
+  std::vector<std::pair<GotoStatement*, Place>> gotos_;
+  std::vector<int> tryBlocks_; // open ones, by number
+  int lastTryBlock_ = 0;
 };
 
 template <typename Node>

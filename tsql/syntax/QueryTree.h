@@ -4,17 +4,20 @@
 #include <memory>
 
 #include "tsql/syntax/Lexer.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Types.h"
 
 namespace tsql {
 
 struct Query;
+struct Window;
 
 // ---- expressions
 
 struct ObjectName {
   std::string schema; // empty where none was written
   std::string name;
+  bool variable = false; // a table variable's, with its @
 };
 
 enum class ExprKind : uint8_t {
@@ -40,11 +43,21 @@ enum class ExprKind : uint8_t {
   Subquery,
   Case,
   Call,
+  UserCall, // of a function of a user, whose name is in parts
   Cast,
   Convert,
+  Collate,
 };
 
 enum class CompareOp : uint8_t { Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual };
+
+struct Expr;
+using ExprPtr = std::unique_ptr<Expr>;
+
+struct OrderItem {
+  ExprPtr expr;
+  bool descending = false;
+};
 
 struct Expr {
   ExprKind kind = ExprKind::Null;
@@ -56,34 +69,39 @@ struct Expr {
   bool negated = false;  // IS NOT NULL, NOT LIKE, NOT BETWEEN, NOT IN
   bool distinct = false; // COUNT(DISTINCT x)
   bool star = false;     // COUNT(*)
+  bool attempt = false;  // TRY_CAST and TRY_CONVERT: what cannot be converted is null
   bool hasOperand = false;
   bool hasElse = false;
-  int marker = 0;                 // 0-based
-  int depth = 1;                  // of the tree below, subqueries included
-  std::string text;               // a literal's text, a function's or variable's name
-  std::vector<std::string> parts; // a column's name with its qualifiers
-  Type type;                      // CAST and CONVERT
+  CollationId collation = CollationId::Default; // of Collate, whose name is the text
+  int marker = 0;                               // 0-based
+  int depth = 1;                                // of the tree below, subqueries included
+  std::string text;                             // a literal's text, a function's or variable's name
+  std::vector<std::string> parts;               // a column's name with its qualifiers
+  Type type;                                    // CAST and CONVERT
   // Case: [operand] (when, then)* [else]; InList: the tested value first.
   std::vector<std::unique_ptr<Expr>> args;
   std::unique_ptr<Query> query;
+  std::unique_ptr<Window> over;  // of a call
+  std::vector<OrderItem> within; // WITHIN GROUP (ORDER BY ...) of a call
 };
-using ExprPtr = std::unique_ptr<Expr>;
 
 bool IsPredicate(const Expr& expr);
 
 // ---- queries
 
-enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross };
+enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross, CrossApply, OuterApply };
 
 struct TableSource {
-  enum class Kind : uint8_t { Named, Derived, Join };
+  enum class Kind : uint8_t { Named, Derived, Values, Function, Join };
   Kind kind = Kind::Named;
   int line = 1;
   ObjectName name;
   std::string alias;
   std::vector<std::string> columnAliases;
   bool updateLock = false;
+  std::vector<ExprPtr> args; // of a function
   std::unique_ptr<Query> query;
+  std::vector<std::vector<ExprPtr>> rows;
   JoinKind join = JoinKind::Inner;
   std::unique_ptr<TableSource> left;
   std::unique_ptr<TableSource> right;
@@ -98,15 +116,31 @@ struct SelectItem {
   std::vector<std::string> starPrefix;
 };
 
-struct OrderItem {
-  ExprPtr expr;
-  bool descending = false;
+// Which rows around the current one a window function sees.
+enum class FrameUnit : uint8_t { None, Rows, Range };
+enum class FrameEdge : uint8_t { UnboundedPreceding, Preceding, CurrentRow, Following, UnboundedFollowing };
+struct Frame {
+  FrameUnit unit = FrameUnit::None;
+  FrameEdge start = FrameEdge::UnboundedPreceding;
+  FrameEdge end = FrameEdge::CurrentRow;
+  int64_t startRows = 0; // with Preceding and Following
+  int64_t endRows = 0;
+  bool operator==(const Frame&) const = default;
+};
+
+// OVER (...)
+struct Window {
+  std::vector<ExprPtr> partitionBy;
+  std::vector<OrderItem> orderBy;
+  Frame frame;
 };
 
 struct Select {
   int line = 1;
   bool distinct = false;
   ExprPtr top;
+  bool topPercent = false;
+  bool topTies = false; // WITH TIES
   std::vector<SelectItem> items;
   std::optional<ObjectName> into;
   TableSourcePtr from;
@@ -123,6 +157,9 @@ struct CommonTable {
 
 enum class SetOp : uint8_t { None, Union, UnionAll, Except, Intersect };
 
+// How deep a recursive common table expression may go unless the statement says otherwise; 0 is no limit.
+inline constexpr int kMaxRecursion = 100;
+
 // Either one SELECT (op None) or two queries combined.
 struct Query {
   std::vector<CommonTable> commonTables;
@@ -131,6 +168,9 @@ struct Query {
   std::unique_ptr<Query> left;
   std::unique_ptr<Query> right;
   std::vector<OrderItem> orderBy;
+  ExprPtr offset;
+  ExprPtr fetch; // null where no FETCH follows the OFFSET
+  int maxRecursion = kMaxRecursion;
 };
 using QueryPtr = std::unique_ptr<Query>;
 

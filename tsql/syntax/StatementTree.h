@@ -9,6 +9,7 @@ namespace tsql {
 enum class StatementKind : uint8_t {
   Query,
   Insert,
+  InsertExecute,
   Update,
   Delete,
   CreateTable,
@@ -18,6 +19,7 @@ enum class StatementKind : uint8_t {
   Truncate,
   CreateView,
   CreateProcedure,
+  CreateFunction,
   Declare,
   SetVariable,
   SetOption,
@@ -29,7 +31,13 @@ enum class StatementKind : uint8_t {
   Return,
   Print,
   Transaction,
+  Label,
+  Goto,
+  WaitFor,
   TryCatch,
+  DeclareCursor,
+  Cursor,
+  Fetch,
   Raiserror,
   Throw,
   Execute,
@@ -52,6 +60,14 @@ struct QueryStatement : Statement {
   QueryPtr query;
 };
 
+// OUTPUT items [INTO table (columns)] of a changing statement. Of `select` there are the items alone.
+struct OutputClause {
+  Select select;
+  std::optional<ObjectName> into;
+  std::vector<std::string> columns;
+};
+using OutputPtr = std::unique_ptr<OutputClause>;
+
 struct InsertStatement : Statement {
   InsertStatement() : Statement(StatementKind::Insert) {}
   ObjectName table;
@@ -59,6 +75,7 @@ struct InsertStatement : Statement {
   std::vector<std::vector<ExprPtr>> rows;
   QueryPtr query;
   bool defaultValues = false;
+  OutputPtr output;
 };
 
 struct Assignment {
@@ -66,23 +83,35 @@ struct Assignment {
   ExprPtr value;
 };
 
+// A cursor as statements name it.
+struct CursorName {
+  std::string name; // with its @ for a cursor variable; empty for none
+  bool isGlobal = false;
+};
+
 struct UpdateStatement : Statement {
   UpdateStatement() : Statement(StatementKind::Update) {}
+  CursorName currentOf;
   std::vector<CommonTable> commonTables;
   ObjectName target;
   ExprPtr top;
   std::vector<Assignment> assignments;
   TableSourcePtr from;
   ExprPtr where;
+  int maxRecursion = kMaxRecursion;
+  OutputPtr output;
 };
 
 struct DeleteStatement : Statement {
   DeleteStatement() : Statement(StatementKind::Delete) {}
+  CursorName currentOf;
   std::vector<CommonTable> commonTables;
   ObjectName target;
   ExprPtr top;
   TableSourcePtr from;
   ExprPtr where;
+  int maxRecursion = kMaxRecursion;
+  OutputPtr output;
 };
 
 struct ColumnDefinition {
@@ -91,16 +120,20 @@ struct ColumnDefinition {
   std::optional<bool> nullable;
   bool identity = false;
   int64_t seed = 1;
-  std::string defaultText; // source of the DEFAULT expression
+  std::string defaultText;  // source of the DEFAULT expression
+  std::string defaultName;  // of its constraint; empty where none was given
+  std::string computedText; // source of a computed column's expression
+  bool isPersisted = false;
+  bool withValues = false; // rows that are there get the default
   int line = 1;
 };
 
 struct ConstraintDefinition {
-  enum class Kind : uint8_t { PrimaryKey, Unique, Check, ForeignKey };
+  enum class Kind : uint8_t { PrimaryKey, Unique, Check, ForeignKey, Default };
   Kind kind = Kind::PrimaryKey;
   std::string name;
   std::vector<std::string> columns;
-  std::string checkText;
+  std::string checkText; // source of the condition, or of the DEFAULT expression
   ObjectName referenced;
   std::vector<std::string> referencedColumns;
 };
@@ -112,12 +145,25 @@ struct CreateTableStatement : Statement {
   std::vector<ConstraintDefinition> constraints;
 };
 
+enum class AlterAction : uint8_t { Add, AlterColumn, Drop, SwitchConstraints };
+
+// What ALTER TABLE ... DROP names.
+struct DroppedElement {
+  std::string name;
+  bool isColumn = false;
+  bool ifExists = false;
+};
+
 struct AlterTableStatement : Statement {
   AlterTableStatement() : Statement(StatementKind::AlterTable) {}
   ObjectName table;
-  bool checksRows = true; // whether existing rows must satisfy new constraints
-  std::vector<ColumnDefinition> columns;
+  AlterAction action = AlterAction::Add;
+  bool checksRows = true;                // whether existing rows must satisfy the constraints
+  std::vector<ColumnDefinition> columns; // the new ones, or the altered one
   std::vector<ConstraintDefinition> constraints;
+  std::vector<DroppedElement> dropped;
+  bool enables = false;              // the constraints, or switches them off
+  std::vector<std::string> switched; // the names of those; none for ALL
 };
 
 struct CreateIndexStatement : Statement {
@@ -129,7 +175,7 @@ struct CreateIndexStatement : Statement {
   bool unique = false;
 };
 
-enum class ObjectKind : uint8_t { Table, View, Procedure, Index };
+enum class ObjectKind : uint8_t { Table, View, Procedure, Function, Index };
 
 struct DropStatement : Statement {
   DropStatement() : Statement(StatementKind::Drop) {}
@@ -160,7 +206,8 @@ struct ProcedureParameter {
 };
 
 struct CreateProcedureStatement : Statement {
-  CreateProcedureStatement() : Statement(StatementKind::CreateProcedure) {}
+  CreateProcedureStatement() : CreateProcedureStatement(StatementKind::CreateProcedure) {}
+  explicit CreateProcedureStatement(StatementKind statementKind) : Statement(statementKind) {}
   ObjectName name;
   std::vector<ProcedureParameter> parameters;
   StatementList body;
@@ -174,9 +221,29 @@ struct VariableDeclaration {
   ExprPtr initial;
 };
 
+struct TableVariable {
+  ObjectName name;
+  std::vector<ColumnDefinition> columns;
+  std::vector<ConstraintDefinition> constraints;
+  int line = 1;
+};
+
+enum class FunctionKind : uint8_t { Scalar, Inline, Table };
+
+struct CreateFunctionStatement : CreateProcedureStatement {
+  CreateFunctionStatement() : CreateProcedureStatement(StatementKind::CreateFunction) {}
+  FunctionKind function = FunctionKind::Scalar;
+  Type returns;              // of a scalar function
+  bool isNullOfNull = false; // RETURNS NULL ON NULL INPUT
+  QueryPtr query;            // of an inline function
+  TableVariable result;      // of a function that fills a table
+};
+
 struct DeclareStatement : Statement {
   DeclareStatement() : Statement(StatementKind::Declare) {}
   std::vector<VariableDeclaration> variables;
+  std::vector<TableVariable> tables;
+  std::vector<std::string> cursors; // cursor variables
 };
 
 struct SetVariableStatement : Statement {
@@ -188,7 +255,7 @@ struct SetVariableStatement : Statement {
 struct SetOptionStatement : Statement {
   SetOptionStatement() : Statement(StatementKind::SetOption) {}
   std::string option; // lower case
-  std::string value;  // ON, OFF or what was written
+  std::string value;  // ON, OFF or what was written; a variable's name
   ObjectName table;   // of IDENTITY_INSERT
 };
 
@@ -224,11 +291,59 @@ struct PrintStatement : Statement {
   ExprPtr value;
 };
 
-enum class TransactionAction : uint8_t { Begin, Commit, Rollback };
+enum class TransactionAction : uint8_t { Begin, Commit, Rollback, Save };
 
 struct TransactionStatement : Statement {
   TransactionStatement() : Statement(StatementKind::Transaction) {}
   TransactionAction action = TransactionAction::Begin;
+  std::string name;  // of the transaction or savepoint; empty where none was written
+  ExprPtr nameValue; // a variable that holds the name
+};
+
+struct DeclareCursorStatement : Statement {
+  DeclareCursorStatement() : Statement(StatementKind::DeclareCursor) {}
+  CursorName cursor;
+  bool isLocal = false;
+  bool scrolls = false;
+  bool isReadOnly = false;
+  bool isCounted = false; // its rows are known when it is opened: STATIC, KEYSET, INSENSITIVE
+  bool isDynamic = false; // DYNAMIC was written
+  QueryPtr query;
+};
+
+enum class CursorAction : uint8_t { Open, Close, Deallocate };
+
+struct CursorStatement : Statement {
+  CursorStatement() : Statement(StatementKind::Cursor) {}
+  CursorAction action = CursorAction::Open;
+  CursorName cursor;
+};
+
+enum class FetchKind : uint8_t { Next, Prior, First, Last, Absolute, Relative };
+
+struct FetchStatement : Statement {
+  FetchStatement() : Statement(StatementKind::Fetch) {}
+  FetchKind fetch = FetchKind::Next;
+  ExprPtr row; // of ABSOLUTE and RELATIVE
+  CursorName cursor;
+  std::vector<std::string> into;
+};
+
+struct LabelStatement : Statement {
+  LabelStatement() : Statement(StatementKind::Label) {}
+  std::string name;
+};
+
+struct GotoStatement : Statement {
+  GotoStatement() : Statement(StatementKind::Goto) {}
+  std::string label;
+  const LabelStatement* target = nullptr;
+};
+
+struct WaitForStatement : Statement {
+  WaitForStatement() : Statement(StatementKind::WaitFor) {}
+  bool untilTime = false; // TIME, not DELAY
+  ExprPtr time;
 };
 
 struct TryCatchStatement : Statement {
@@ -254,12 +369,23 @@ struct ExecuteArgument {
   bool useDefault = false;
 };
 
+// A procedure that executes a text with parameters.
+inline constexpr std::string_view kDynamicProcedure = "sp_executesql";
+
 struct ExecuteStatement : Statement {
   ExecuteStatement() : Statement(StatementKind::Execute) {}
   std::string returnVariable;
   ObjectName procedure;
-  ExprPtr text; // EXEC(text)
+  bool isDynamic = false; // kDynamicProcedure, whose first argument is the text
+  ExprPtr text;           // EXEC(text)
   std::vector<ExecuteArgument> arguments;
+};
+
+struct InsertExecuteStatement : Statement {
+  InsertExecuteStatement() : Statement(StatementKind::InsertExecute) {}
+  ObjectName table;
+  std::vector<std::string> columns;
+  std::unique_ptr<ExecuteStatement> execute;
 };
 
 // A parsed batch or procedure body. It owns its text, which tokens and messages refer to.

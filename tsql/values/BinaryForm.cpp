@@ -5,6 +5,7 @@
 #include "tsql/values/DateTime.h"
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
+#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 namespace {
@@ -69,6 +70,46 @@ std::optional<Decimal> DecimalOfBytes(std::string_view bytes) {
 }
 
 // ---- moments
+
+// A time is the number of its digits and, from the low byte on, how often the unit of the last of them fits
+// into it; behind that a datetime2 has its day.
+constexpr size_t kDaySize = 3;
+
+size_t TimeSize(int digits) {
+  return static_cast<size_t>(StorageBytes(MakeFine(TypeId::Time, digits)));
+}
+
+int64_t UnitOfDigits(int digits) {
+  return kFinePerSecond / PowerOfTen(digits);
+}
+
+std::string BytesOfFine(int64_t moment, const Type& type) {
+  int64_t days = moment / kFinePerDay;
+  if (days * kFinePerDay > moment) --days;
+  std::string bytes = {static_cast<char>(type.scale)};
+  AppendLittleEndian(bytes, static_cast<uint64_t>((moment - days * kFinePerDay) / UnitOfDigits(type.scale)),
+                     TimeSize(type.scale));
+  if (type.id == TypeId::DateTime2)
+    AppendLittleEndian(bytes, static_cast<uint64_t>(days - DaysFromCivil(1, 1, 1)), kDaySize);
+  return bytes;
+}
+
+std::optional<int64_t> FineOfBytes(std::string_view bytes, const Type& type) {
+  const int digits = bytes.empty() ? kMaxFraction + 1 : static_cast<unsigned char>(bytes[0]);
+  if (digits > kMaxFraction) return std::nullopt;
+  const size_t timeSize = TimeSize(digits);
+  const bool hasDay = type.id == TypeId::DateTime2;
+  if (bytes.size() != 1 + timeSize + (hasDay ? kDaySize : 0)) return std::nullopt;
+  const uint64_t units = ReadLittleEndian(bytes.substr(1, timeSize));
+  const auto most = static_cast<uint64_t>(kFinePerDay / UnitOfDigits(digits));
+  if (units >= most) return std::nullopt;
+  const int64_t ofDay = static_cast<int64_t>(units) * UnitOfDigits(digits);
+  if (!hasDay) return RoundMoment(type, ofDay);
+  const auto days =
+      static_cast<int64_t>(ReadLittleEndian(bytes.substr(1 + timeSize))) + DaysFromCivil(1, 1, 1);
+  const int64_t moment = days * kFinePerDay + ofDay;
+  return IsInRange(type.id, moment) ? std::optional(RoundMoment(type, moment)) : std::nullopt;
+}
 
 std::string BytesOfMoment(int64_t ticks, TypeId type) {
   const int64_t days = FloorDays(ticks);
@@ -151,6 +192,8 @@ std::string BytesOfValue(const Datum& value, const Type& type) {
   case TypeId::DateTime:
   case TypeId::SmallDateTime:
   case TypeId::Date: return BytesOfMoment(value.integer, type.id);
+  case TypeId::Time:
+  case TypeId::DateTime2: return BytesOfFine(value.integer, type);
   case TypeId::UniqueIdentifier: return BytesOfGuid(value.text);
   default: return BigEndian(static_cast<uint64_t>(value.integer), StorageBytes(type));
   }
@@ -178,6 +221,12 @@ Datum ValueOfBytes(std::string_view bytes, const Type& from, const Type& to) {
     const std::optional<int64_t> ticks = MomentOfBytes(bytes, to.id);
     if (!ticks || !IsInRange(to.id, *ticks)) Fail(8115, {"expression", TypeName(to.id)});
     return Datum::OfInteger(*ticks);
+  }
+  case TypeId::Time:
+  case TypeId::DateTime2: {
+    const std::optional<int64_t> moment = FineOfBytes(bytes, to);
+    if (!moment) Fail(8115, {"expression", TypeName(to.id)});
+    return Datum::OfInteger(*moment);
   }
   case TypeId::UniqueIdentifier: return Datum::OfText(GuidOfBytes(bytes));
   default: break;

@@ -32,16 +32,33 @@ std::string MapText(std::string_view text) {
   return result;
 }
 
+// The place of a character in the order of the collation.
+char32_t OrderFolded(char32_t character) {
+  return FoldChar(character);
+}
+
+char32_t OrderCased(char32_t character) {
+  const char32_t folded = FoldChar(character);
+  return folded * 2 + (folded != character ? 1 : 0);
+}
+
+char32_t OrderByPoint(char32_t character) {
+  return character;
+}
+
+using CharacterOrder = char32_t (*)(char32_t);
+
 // Whether `character` is in the set that starts behind "[". Moves `at` behind the bracket that closes it,
 // which is the first one that is not escaped. A set without one matches nothing.
+template <CharacterOrder Order>
 bool MatchSet(std::string_view pattern, size_t& at, char32_t character, char32_t escape) {
   const bool negated = at < pattern.size() && pattern[at] == '^';
   if (negated) ++at;
   const auto takeMember = [&] {
     const char32_t member = NextChar(pattern, at);
-    return FoldChar(escape != 0 && member == escape && at < pattern.size() ? NextChar(pattern, at) : member);
+    return Order(escape != 0 && member == escape && at < pattern.size() ? NextChar(pattern, at) : member);
   };
-  const char32_t folded = FoldChar(character);
+  const char32_t place = Order(character);
   bool found = false;
   while (at < pattern.size() && pattern[at] != ']') {
     const char32_t low = takeMember();
@@ -50,7 +67,7 @@ bool MatchSet(std::string_view pattern, size_t& at, char32_t character, char32_t
       ++at;
       high = takeMember();
     }
-    found = found || (folded >= low && folded <= high);
+    found = found || (place >= low && place <= high);
   }
   if (at == pattern.size()) return false;
   ++at;
@@ -58,15 +75,42 @@ bool MatchSet(std::string_view pattern, size_t& at, char32_t character, char32_t
 }
 
 // Compares one element of the pattern other than % with one character, and moves behind both.
+template <CharacterOrder Order>
 bool MatchOne(std::string_view text, size_t& textAt, std::string_view pattern, size_t& patternAt,
               char32_t escape) {
   const char32_t element = NextChar(pattern, patternAt);
   const char32_t character = NextChar(text, textAt);
   if (escape != 0 && element == escape && patternAt < pattern.size())
-    return FoldChar(NextChar(pattern, patternAt)) == FoldChar(character);
+    return Order(NextChar(pattern, patternAt)) == Order(character);
   if (element == '_') return true;
-  if (element == '[') return MatchSet(pattern, patternAt, character, escape);
-  return FoldChar(element) == FoldChar(character);
+  if (element == '[') return MatchSet<Order>(pattern, patternAt, character, escape);
+  return Order(element) == Order(character);
+}
+
+template <CharacterOrder Order>
+bool MatchLikeBy(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks) {
+  // When something does not match, the search goes back to the last % and lets it take one character more.
+  size_t textAt = 0;
+  size_t patternAt = 0;
+  size_t retryText = std::string_view::npos;
+  size_t retryPattern = 0;
+  while (true) {
+    if (patternAt < pattern.size() && pattern[patternAt] == '%' && escape != '%') {
+      retryPattern = ++patternAt;
+      retryText = textAt;
+      continue;
+    }
+    if (patternAt == pattern.size() && textAt == text.size()) return true;
+    const bool mayIgnoreRest = patternAt == pattern.size() && blanks == TrailingBlanks::Ignored;
+    if (mayIgnoreRest && TrimTrailingBlanks(text.substr(textAt)).empty()) return true;
+    if (patternAt < pattern.size() && textAt < text.size() &&
+        MatchOne<Order>(text, textAt, pattern, patternAt, escape))
+      continue;
+    if (retryText == std::string_view::npos || retryText >= text.size()) return false;
+    NextChar(text, retryText);
+    textAt = retryText;
+    patternAt = retryPattern;
+  }
 }
 
 } // namespace
@@ -180,33 +224,36 @@ int CompareText(std::string_view left, std::string_view right) {
   return static_cast<int>(i < left.size()) - static_cast<int>(j < right.size());
 }
 
+// Case decides where nothing else does.
+int CompareCased(std::string_view left, std::string_view right) {
+  if (const int difference = CompareText(left, right); difference != 0) return difference;
+  left = TrimTrailingBlanks(left);
+  right = TrimTrailingBlanks(right);
+  for (size_t i = 0, j = 0; i < left.size() && j < right.size();) {
+    const char32_t a = OrderCased(NextChar(left, i));
+    const char32_t b = OrderCased(NextChar(right, j));
+    if (a != b) return a < b ? -1 : 1;
+  }
+  return 0;
+}
+
+// The order of the bytes of UTF-8 is that of the code points.
+int ComparePoints(std::string_view left, std::string_view right) {
+  return TrimTrailingBlanks(left).compare(TrimTrailingBlanks(right));
+}
+
 bool EqualNames(std::string_view left, std::string_view right) {
   return left == right || CompareText(left, right) == 0; // most are written alike
 }
 
-bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks) {
-  // When something does not match, the search goes back to the last % and lets it take one character more.
-  size_t textAt = 0;
-  size_t patternAt = 0;
-  size_t retryText = std::string_view::npos;
-  size_t retryPattern = 0;
-  while (true) {
-    if (patternAt < pattern.size() && pattern[patternAt] == '%' && escape != '%') {
-      retryPattern = ++patternAt;
-      retryText = textAt;
-      continue;
-    }
-    if (patternAt == pattern.size() && textAt == text.size()) return true;
-    const bool mayIgnoreRest = patternAt == pattern.size() && blanks == TrailingBlanks::Ignored;
-    if (mayIgnoreRest && TrimTrailingBlanks(text.substr(textAt)).empty()) return true;
-    if (patternAt < pattern.size() && textAt < text.size() &&
-        MatchOne(text, textAt, pattern, patternAt, escape))
-      continue;
-    if (retryText == std::string_view::npos || retryText >= text.size()) return false;
-    NextChar(text, retryText);
-    textAt = retryText;
-    patternAt = retryPattern;
+bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks,
+               CollationId collation) {
+  switch (collation) {
+  case CollationId::CaseSensitive: return MatchLikeBy<OrderCased>(text, pattern, escape, blanks);
+  case CollationId::Binary: return MatchLikeBy<OrderByPoint>(text, pattern, escape, blanks);
+  case CollationId::Default: break;
   }
+  return MatchLikeBy<OrderFolded>(text, pattern, escape, blanks);
 }
 
 size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length) {

@@ -29,12 +29,18 @@ std::string_view TrimTrailingBlanks(std::string_view text);
 int CompareText(std::string_view left, std::string_view right);
 bool EqualNames(std::string_view left, std::string_view right);
 
+// The collations that an expression may ask for beside the default one. They tell cases apart: in the first
+// one small letters come before their capitals, in the second one the code points decide.
+enum class CollationId : uint8_t { Default, CaseSensitive, Binary };
+int CompareCased(std::string_view left, std::string_view right);
+int ComparePoints(std::string_view left, std::string_view right);
+
 enum class TrailingBlanks : uint8_t { Kept, Ignored };
 
 // LIKE with %, _, [set] and [^set]. `escape` is 0 for none. Trailing blanks of the pattern count, those of
 // the text as `blanks` says: the server ignores them in char and varchar.
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape,
-               TrailingBlanks blanks = TrailingBlanks::Kept);
+               TrailingBlanks blanks = TrailingBlanks::Kept, CollationId collation = CollationId::Default);
 
 // The byte position of `needle` in `text` from `start` on, without regard to case; npos when it is not there.
 // `length` receives the byte length of what matched.

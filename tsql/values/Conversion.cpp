@@ -121,7 +121,7 @@ Datum ToText(const Datum& value, const Type& from, const Type& to, ConvertMode m
     return FitText(std::move(text), to, mode);
   }
   case Family::DateTime: {
-    const std::optional<std::string> text = FormatDateTime(value.integer, from.id, style);
+    const std::optional<std::string> text = FormatDateTime(value.integer, from, style);
     if (!text) Fail(281, {std::to_string(style), TypeName(from.id)});
     return FitText(*text, to, mode);
   }
@@ -293,28 +293,33 @@ Datum ToFloat(const Datum& value, const Type& from, const Type& to) {
 
 // ---- to the other families
 
-Datum StoreMoment(int64_t ticks, const Type& from, const Type& to) {
-  ticks = RoundMoment(to.id, ticks);
-  if (IsInRange(to.id, ticks)) return Datum::OfInteger(ticks);
+// A moment in the unit of `to`.
+Datum StoreMoment(int64_t moment, const Type& from, const Type& to) {
+  moment = RoundMoment(to, moment);
+  if (IsInRange(to.id, moment)) return Datum::OfInteger(moment);
   if (IsText(from) || FamilyOf(from.id) == Family::DateTime) Fail(242, {TypeName(from.id), TypeName(to.id)});
   Fail(8115, {"expression", TypeName(to.id)});
 }
 
-Datum ToDateTime(const Datum& value, const Type& from, const Type& to) {
+Datum TextToMoment(const Datum& value, const Type& from, const Type& to, int style) {
+  int64_t moment = 0;
+  const DateParse outcome = ParseDateTime(value.text, to.id, style, moment);
+  // date, time and datetime2 do not tell what no moment can be from what is out of their range.
+  const bool isOlder = to.id == TypeId::DateTime || to.id == TypeId::SmallDateTime;
+  if (outcome == DateParse::OutOfRange && isOlder) Fail(242, {TypeName(from.id), TypeName(to.id)});
+  if (outcome != DateParse::Ok) Fail(to.id == TypeId::SmallDateTime ? 295 : 241, {});
+  return StoreMoment(moment, from, to);
+}
+
+Datum ToDateTime(const Datum& value, const Type& from, const Type& to, int style) {
   constexpr double kFarthest = 4000000; // days
   switch (FamilyOf(from.id)) {
-  case Family::DateTime: return StoreMoment(value.integer, from, to);
-  case Family::Text: {
-    int64_t ticks = 0;
-    const DateParse outcome = ParseDateTime(value.text, to.id, ticks);
-    if (outcome == DateParse::Malformed) Fail(241, {});
-    if (outcome == DateParse::OutOfRange) Fail(242, {TypeName(from.id), TypeName(to.id)});
-    return StoreMoment(ticks, from, to);
-  }
+  case Family::DateTime: return StoreMoment(ConvertMoment(value.integer, from.id, to), from, to);
+  case Family::Text: return TextToMoment(value, from, to, style);
   case Family::Integer:
   case Family::Decimal:
   case Family::Float: {
-    if (to.id == TypeId::Date) Fail(529, {TypeName(from.id), TypeName(to.id)});
+    if (to.id == TypeId::Date || IsFine(to.id)) Fail(529, {TypeName(from.id), TypeName(to.id)});
     const double days = ToFloat(value, from, MakeType(TypeId::Float)).real;
     if (std::abs(days) > kFarthest) Fail(8115, {"expression", TypeName(to.id)});
     return StoreMoment(std::llround(days * static_cast<double>(kTicksPerDay)), from, to);
@@ -413,7 +418,7 @@ Datum Convert(const Datum& value, const Type& from, const Type& to, ConvertMode 
   case Family::Decimal: return ToDecimal(value, from, to);
   case Family::Float: return ToFloat(value, from, to);
   case Family::Text: return ToText(value, from, to, mode, style);
-  case Family::DateTime: return ToDateTime(value, from, to);
+  case Family::DateTime: return ToDateTime(value, from, to, style);
   case Family::Binary: return ToBinary(value, from, to, mode, style);
   case Family::Guid: return ToGuid(value, from, to);
   }

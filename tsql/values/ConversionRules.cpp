@@ -18,6 +18,8 @@ enum class Group : uint8_t {
   NText,
   Moment,
   Date,
+  Time,
+  DateTime2,
   Binary,
   Image,
   Guid
@@ -29,6 +31,8 @@ Group GroupOf(TypeId id) {
   case TypeId::Text: return Group::Text;
   case TypeId::NText: return Group::NText;
   case TypeId::Date: return Group::Date;
+  case TypeId::Time: return Group::Time;
+  case TypeId::DateTime2: return Group::DateTime2;
   case TypeId::Image: return Group::Image;
   default: break;
   }
@@ -47,19 +51,21 @@ Group GroupOf(TypeId id) {
 // A row for each group that is converted, a letter for each group that it is converted to, both in the order
 // of Group: I implicit, E explicit only, - impossible.
 constexpr std::array<std::string_view, kGroupCount> kConversions = {
-    "IIIIII--I-I--", // Integer
-    "IIIIII--I-I--", // Decimal
-    "IIIIEE--I-I--", // Money
-    "IIIIII--I-I--", // Float
-    "IIIIIIIIIIEII", // Char
-    "IIIIIIIIIIE-I", // NChar
-    "----IEII-----", // Text
-    "----EIII-----", // NText
-    "EEEEII--IIE--", // Moment
-    "----II--IIE--", // Date
-    "III-II--IEIII", // Binary
-    "----------II-", // Image
-    "----II----I-I", // Guid
+    "IIIIII--I---I--", // Integer
+    "IIIIII--I---I--", // Decimal
+    "IIIIEE--I---I--", // Money
+    "IIIIII--I---I--", // Float
+    "IIIIIIIIIIIIEII", // Char
+    "IIIIIIIIIIIIE-I", // NChar
+    "----IEII-------", // Text
+    "----EIII-------", // NText
+    "EEEEII--IIIIE--", // Moment
+    "----II--II-IE--", // Date
+    "----II--I-IIE--", // Time
+    "----II--IIIIE--", // DateTime2
+    "III-II--IEEEIII", // Binary
+    "------------II-", // Image
+    "----II------I-I", // Guid
 };
 
 } // namespace

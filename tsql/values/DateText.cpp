@@ -9,18 +9,44 @@
 namespace tsql {
 namespace {
 
+// The order of a date's numbers.
+enum class DateOrder : uint8_t { MonthFirst, DayFirst, YearFirst };
+
+DateOrder OrderOf(int style) {
+  switch (style % 100) {
+  case 2:
+  case 11:
+  case 12:
+  case 20:
+  case 21:
+  case 23:
+  case 25:
+  case 26:
+  case 27: return DateOrder::YearFirst;
+  case 3:
+  case 4:
+  case 5:
+  case 13:
+  case 31: return DateOrder::DayFirst;
+  default: return DateOrder::MonthFirst;
+  }
+}
+
 // Splits a date text into numbers, words and separators and assembles them as the server does for
-// language us_english: y-m-d when the year comes first, otherwise m-d-y.
+// language us_english: y-m-d when the year comes first, otherwise m-d-y or what the style says.
 class DateReader {
  public:
-  DateReader(std::string_view text, size_t maxFraction) : text_(text), maxFraction_(maxFraction) {}
+  DateReader(std::string_view text, bool isExact, DateOrder order)
+      : text_(text), isExact_(isExact), order_(order) {}
 
-  DateParse Read(int64_t& ticks) {
+  DateParse Read(TypeId type, int64_t& moment) {
     while (SkipBlanks()) {
       if (!ReadElement()) return DateParse::Malformed;
     }
     if (!AssembleDate()) return DateParse::Malformed;
-    return Check(ticks);
+    if (!IsValid()) return DateParse::OutOfRange;
+    moment = MomentFromCivil(type, time_);
+    return DateParse::Ok;
   }
 
  private:
@@ -95,6 +121,11 @@ class DateReader {
     if (hasDate_) return false;
     hasDate_ = true;
     if (firstDigits == 4) return SetDate(first, second, third);
+    switch (order_) {
+    case DateOrder::YearFirst: return SetDate(FullYear(first, firstDigits), second, third);
+    case DateOrder::DayFirst: return SetDate(FullYear(third, thirdDigits), second, first);
+    case DateOrder::MonthFirst: break;
+    }
     return SetDate(FullYear(third, thirdDigits), first, second);
   }
 
@@ -110,8 +141,19 @@ class DateReader {
     int hour = 0;
     size_t digits = 0;
     if (!ReadNumber(hour, digits) || !Take(':') || !ReadTime(hour)) return false;
-    Take('Z');
+    if (!Take('Z')) Take('z');
     return true;
+  }
+
+  // Z or +hh:mm behind a time.
+  bool ReadOffset() {
+    if (Take('Z') || Take('z')) return true;
+    if (!Take('+') && !Take('-')) return true;
+    int hours = 0;
+    int minutes = 0;
+    size_t digits = 0;
+    const bool isRead = ReadNumber(hours, digits) && Take(':') && ReadNumber(minutes, digits);
+    return isRead && minutes < 60 && hours * 60 + minutes <= 14 * 60;
   }
 
   bool ReadTime(int hour) {
@@ -121,10 +163,11 @@ class DateReader {
       if (!ReadNumber(time_.second, digits)) return false;
       if (Take('.') || Take(':')) {
         int fraction = 0;
-        if (!ReadNumber(fraction, digits) || digits > maxFraction_) return false;
-        for (; digits < 3; ++digits) fraction *= 10;
-        for (; digits > 3; --digits) fraction /= 10;
-        time_.millisecond = fraction;
+        constexpr size_t kAllDigits = kMaxFraction;
+        const size_t most = isExact_ ? kAllDigits : 3;
+        if (!ReadNumber(fraction, digits) || digits > most) return false;
+        for (; digits < kAllDigits; ++digits) fraction *= 10;
+        time_.fraction = fraction;
       }
     }
     SkipBlanks();
@@ -146,7 +189,8 @@ class DateReader {
       hour = hour % 12 + (afternoon ? 12 : 0);
     }
     time_.hour = hour;
-    return true;
+    SkipBlanks();
+    return !isExact_ || ReadOffset();
   }
 
   bool ReadWord() {
@@ -208,17 +252,15 @@ class DateReader {
     return true;
   }
 
-  DateParse Check(int64_t& ticks) const {
-    if (time_.month < 1 || time_.month > 12 || time_.day < 1 || time_.year < 1 || time_.year > 9999 ||
-        time_.day > DaysInMonth(time_.year, time_.month) || time_.hour > 23 || time_.minute > 59 ||
-        time_.second > 59)
-      return DateParse::OutOfRange;
-    ticks = TicksFromCivil(time_);
-    return DateParse::Ok;
+  bool IsValid() const {
+    return time_.month >= 1 && time_.month <= 12 && time_.day >= 1 && time_.year >= 1 && time_.year <= 9999 &&
+           time_.day <= DaysInMonth(time_.year, time_.month) && time_.hour <= 23 && time_.minute <= 59 &&
+           time_.second <= 59;
   }
 
   std::string_view text_;
-  size_t maxFraction_;
+  bool isExact_; // takes all digits of a fraction and an offset
+  DateOrder order_;
   size_t at_ = 0;
   CivilTime time_;
   bool hasDate_ = false;
@@ -258,49 +300,69 @@ int ClockHour(int hour) {
   return hour % 12 == 0 ? 12 : hour % 12;
 }
 
-} // namespace
-
-DateParse ParseDateTime(std::string_view text, TypeId type, int64_t& ticks) {
-  constexpr size_t kMaxFractionOfDate = 7;
-  constexpr size_t kMaxFraction = 3;
-  return DateReader(text, type == TypeId::Date ? kMaxFractionOfDate : kMaxFraction).Read(ticks);
+// A type's digits of a second's fraction, with what is in front of them; nothing for none.
+std::string FractionText(const CivilTime& time, const Type& type, const char* mark) {
+  if (!IsFine(type.id)) return mark + Print("%03d", time.fraction / static_cast<int>(kFinePerMillisecond));
+  if (type.scale == 0) return {};
+  return mark + Print("%07d", time.fraction).substr(0, type.scale);
 }
 
-std::optional<std::string> FormatDateTime(int64_t ticks, TypeId type, int style) {
-  const CivilTime t = CivilFromTicks(ticks);
-  const bool dateOnly = type == TypeId::Date;
-  if (style == 0 && dateOnly) style = 23;
+// Styles with a day and a time of day. The parts that the type lacks are left out; nullopt for other styles.
+std::optional<std::string> FormatMoment(const CivilTime& t, const Type& type, int style) {
+  const bool hasDate = type.id != TypeId::Time;
+  const bool hasTime = type.id != TypeId::Date;
   const char* meridiem = t.hour < 12 ? "AM" : "PM";
-  const char* month = MonthName(t.month);
   const std::string clock = Print("%02d:%02d:%02d", t.hour, t.minute, t.second);
-  const std::string fraction = Print("%03d", t.millisecond);
+  // Of a datetime the fraction stands behind a colon in most styles.
+  const char* mark = IsFine(type.id) ? "." : ":";
+  const auto join = [&](const std::string& date, const char* between, const std::string& time) {
+    return (hasDate ? date : "") + (hasDate && hasTime ? between : "") + (hasTime ? time : "");
+  };
+  const std::string wordDate = Print("%.3s %2d %04d", MonthName(t.month), t.day, t.year);
+  // A time alone has no blank in front.
+  const std::string hour = Print(hasDate ? "%2d" : "%d", ClockHour(t.hour));
   switch (style) {
   case 0:
-  case 100:
-    if (dateOnly) return Print("%.3s %2d %04d", month, t.day, t.year);
-    return Print("%.3s %2d %04d %2d:%02d%s", month, t.day, t.year, ClockHour(t.hour), t.minute, meridiem);
+  case 100: return join(wordDate, " ", hour + Print(":%02d%s", t.minute, meridiem));
   case 9:
   case 109:
-    return Print("%.3s %2d %04d %2d:%02d:%02d:%03d%s", month, t.day, t.year, ClockHour(t.hour), t.minute,
-                 t.second, t.millisecond, meridiem);
+    return join(wordDate, " ",
+                hour + Print(":%02d:%02d", t.minute, t.second) + FractionText(t, type, mark) + meridiem);
   case 8:
   case 24:
-  case 108: return clock;
+  case 108: return hasTime ? std::optional(clock) : std::nullopt;
   case 13:
-  case 113: return Print("%02d %.3s %04d ", t.day, month, t.year) + clock + ":" + fraction;
+  case 113:
+    return join(Print("%02d %.3s %04d", t.day, MonthName(t.month), t.year), " ",
+                clock + FractionText(t, type, mark));
   case 14:
-  case 114: return clock + ":" + fraction;
+  case 114: return hasTime ? std::optional(clock + FractionText(t, type, mark)) : std::nullopt;
   case 20:
-  case 120: return dateOnly ? DatePartText(t, 120) : DatePartText(t, 120) + " " + clock;
+  case 120: return join(DatePartText(t, 120), " ", clock);
   case 21:
   case 25:
-  case 121: return dateOnly ? DatePartText(t, 120) : DatePartText(t, 120) + " " + clock + "." + fraction;
-  case 23: return DatePartText(t, 120);
+  case 121: return join(DatePartText(t, 120), " ", clock + FractionText(t, type, "."));
   case 126:
-    if (dateOnly) return DatePartText(t, 120);
-    return DatePartText(t, 120) + "T" + clock + (t.millisecond != 0 ? "." + fraction : "");
-  default: break;
+  case 127:
+    return join(DatePartText(t, 120), "T", clock + (t.fraction != 0 ? FractionText(t, type, ".") : ""));
+  default: return std::nullopt;
   }
+}
+
+} // namespace
+
+DateParse ParseDateTime(std::string_view text, TypeId type, int style, int64_t& moment) {
+  const bool isExact = type == TypeId::Date || IsFine(type);
+  return DateReader(text, isExact, OrderOf(style)).Read(type, moment);
+}
+
+std::optional<std::string> FormatDateTime(int64_t moment, const Type& type, int style) {
+  constexpr int kOdbcStyle = 121; // the one that date, time and datetime2 have by default
+  if (style == 0 && (type.id == TypeId::Date || IsFine(type.id))) style = kOdbcStyle;
+  const CivilTime t = CivilFromMoment(type.id, moment);
+  if (std::optional<std::string> text = FormatMoment(t, type, style)) return text;
+  if (type.id == TypeId::Time) return std::nullopt;
+  if (style == 23) return DatePartText(t, 120);
   const int kind = style % 100;
   if (style < 0 || style > 112 || (style > 12 && style < 101)) return std::nullopt;
   if ((kind >= 1 && kind <= 7) || (kind >= 10 && kind <= 12)) return DatePartText(t, style);

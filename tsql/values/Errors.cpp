@@ -46,6 +46,10 @@ constexpr ErrorText kErrors[] = {
      "Cannot perform an aggregate function on an expression containing an aggregate or a subquery."},
     {131, 15, 3,
      "The size (%1) given to the type '%2' exceeds the maximum allowed for any data type (8000)."},
+    {132, 15, 1,
+     "The label '%1' has already been declared. Label names must be unique within a query batch or stored "
+     "procedure."},
+    {133, 15, 1, "A GOTO statement references the label '%1' but the label has not been declared."},
     {134, 15, 2,
      "The variable name '%1' has already been declared. Variable names must be unique within a query batch "
      "or stored procedure."},
@@ -61,9 +65,11 @@ constexpr ErrorText kErrors[] = {
     {147, 15, 1,
      "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
      "clause or a select list, and the column being aggregated is an outer reference."},
+    {148, 15, 1, "Incorrect time syntax in time string '%1' used with WAITFOR."},
     {155, 15, 1, "'%1' is not a recognized %2 option."},
     {156, 15, 1, "Incorrect syntax near the keyword '%1'."},
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
+    {158, 15, 1, "An aggregate may not appear in the OUTPUT clause."},
     {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
     {174, 15, 1, "The %1 function requires %2 argument(s)."},
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},
@@ -84,6 +90,7 @@ constexpr ErrorText kErrors[] = {
     {208, 16, 1, "Invalid object name '%1'."},
     {209, 16, 1, "Ambiguous column name '%1'."},
     {213, 16, 1, "Column name or number of supplied values does not match table definition."},
+    {214, 16, 2, "Procedure expects parameter '%1' of type '%2'."},
     {217, 16, 1, "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32)."},
     {220, 16, 1, "Arithmetic overflow error for data type %1, value = %2."},
     {232, 16, 3, "Arithmetic overflow error for type %1, value = %2."},
@@ -107,14 +114,26 @@ constexpr ErrorText kErrors[] = {
      "a column is updated only once. If this statement updates or inserts columns into a view, column "
      "aliasing can conceal the duplication in your code."},
     {270, 16, 1, "Object '%1' cannot be modified."},
+    {271, 16, 1,
+     "The column \"%1\" cannot be modified because it is either a computed column or is the result of a UNION "
+     "operator."},
     {281, 16, 1, "%1 is not a valid style number when converting from %2 to a character string."},
+    {289, 16, 1, "Cannot construct data type %1, some of the arguments have values which are not valid."},
     {293, 16, 0, "Cannot convert char value to smallmoney. The char value has incorrect syntax."},
+    {295, 16, 3, "Conversion failed when converting character string to smalldatetime data type."},
+    {310, 15, 1, "The value %1 specified for the MAXRECURSION option exceeds the allowed maximum of 32767."},
+    {313, 16, 3, "An insufficient number of arguments were supplied for the procedure or function %1."},
     {321, 15, 1,
      "\"%1\" is not a recognized table hints option. If it is intended as a parameter to a table-valued "
      "function or to the CHANGETABLE function, ensure that your database compatibility mode is set to 90."},
     {343, 15, 1, "Unknown object type '%1' used in a CREATE, DROP, or ALTER statement."},
     {402, 16, 1, "The data types %1 and %2 are incompatible in the %3 operator."},
     {408, 16, 1, "A constant expression was encountered in the ORDER BY list, position %1."},
+    {443, 16, 14, "Invalid use of a side-effecting operator '%1' within a function."},
+    {444, 16, 2, "Select statements included within a function cannot return data to a client."},
+    {447, 16, 0, "Expression type %1 is invalid for COLLATE clause."},
+    {448, 16, 1, "Invalid collation '%1'."},
+    {455, 16, 2, "The last statement included within a function must be a return statement."},
     {460, 16, 1,
      "DISTINCT operator is not allowed in the recursive part of a recursive common table expression '%1'."},
     {461, 16, 1,
@@ -126,6 +145,8 @@ constexpr ErrorText kErrors[] = {
     {467, 16, 1,
      "GROUP BY, HAVING, or aggregate functions are not allowed in the recursive part of a recursive common "
      "table expression '%1'."},
+    {468, 16, 9, "Cannot resolve the collation conflict between \"%1\" and \"%2\" in the %3 operation."},
+    {483, 16, 1, "The OUTPUT clause cannot be used in an INSERT...EXEC statement."},
     {506, 16, 1, "The invalid escape character \"%1\" was specified in a LIKE predicate."},
     {512, 16, 1,
      "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, <, <= , "
@@ -135,7 +156,7 @@ constexpr ErrorText kErrors[] = {
     {517, 16, 1, "Adding a value to a '%1' column caused an overflow."},
     {529, 16, 2, "Explicit conversion from data type %1 to %2 is not allowed."},
     {530, 16, 1,
-     "The statement terminated. The maximum recursion 100 has been exhausted before statement completion."},
+     "The statement terminated. The maximum recursion %1 has been exhausted before statement completion."},
     {535, 16, 0,
      "The datediff function resulted in an overflow. The number of dateparts separating two date/time "
      "instances is too large. Try to use datediff with a less precise datepart."},
@@ -149,11 +170,15 @@ constexpr ErrorText kErrors[] = {
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
      "table \"dbo.%5\"%6."},
+    {557, 16, 2,
+     "Only functions and some extended stored procedures can be executed from within a function."},
+    {628, 16, 0, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
     {911, 16, 1, "Database '%1' does not exist. Make sure that the name is entered correctly."},
     {948, 20, 1,
      "The database '%1' cannot be opened because it is version %2. This server supports version %3 and "
      "earlier. A downgrade path is not supported."},
     {1001, 15, 1, "Line %1: Length or precision specification %2 is invalid."},
+    {1002, 15, 1, "Line %1: Specified scale %2 is invalid."},
     {1008, 16, 1,
      "The SELECT item identified by the ORDER BY number %1 contains a variable as part of the expression "
      "identifying a column position. Variables are only allowed when ordering by an expression referencing a "
@@ -162,7 +187,10 @@ constexpr ErrorText kErrors[] = {
     {1013, 16, 1,
      "The objects \"%1\" and \"%2\" in the FROM clause have the same exposed names. Use correlation names to "
      "distinguish them."},
+    {1014, 15, 1, "A TOP or FETCH clause contains an invalid value."},
     {1023, 15, 1, "Invalid parameter %1 specified for %2."},
+    {1031, 15, 1, "Percent values must be between 0 and 100."},
+    {1026, 15, 1, "GOTO cannot be used to jump into a TRY or CATCH scope."},
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
@@ -171,16 +199,27 @@ constexpr ErrorText kErrors[] = {
      "other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change the alias "
      "to a valid name."},
     {1046, 15, 1, "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
+    {1048, 15, 1, "Conflicting cursor options %1 and %2."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
+    {1062, 15, 1, "The TOP N WITH TIES clause is not allowed without a corresponding ORDER BY clause."},
+    {1087, 15, 2, "Must declare the table variable \"%1\"."},
     {1088, 16, 11, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {1222, 16, 51, "Lock request time out period exceeded."},
     {1505, 16, 1,
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
      "'dbo.%1' and the index name '%2'."},
-    {1750, 16, 0, "Could not create constraint. See previous errors."},
+    {1750, 16, 0, "Could not create constraint or index. See previous errors."},
+    {1711, 16, 1,
+     "Cannot define PRIMARY KEY constraint on column '%1' in table '%2'. The computed column has to be persisted "
+     "and not nullable."},
+    {1752, 16, 0, "Column '%1' in table '%2' is invalid for creating a default constraint."},
     {1754, 16, 0,
      "Defaults cannot be created on columns with an IDENTITY attribute. Table '%1', column '%2'."},
+    {1759, 16, 0,
+     "Computed column '%1' in table '%2' is not allowed to be used in another computed-column definition."},
+    {1764, 16, 1,
+     "Computed Column '%1' in table '%2' is invalid for use in '%3' because it is not persisted."},
     {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
     {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
     {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
@@ -194,9 +233,11 @@ constexpr ErrorText kErrors[] = {
     {1778, 16, 0,
      "Column '%1.%2' is not the same data type as referencing column '%3.%4' in foreign key '%5'."},
     {1779, 16, 0, "Table '%1' already has a primary key defined on it."},
+    {1781, 16, 1, "Column already has a DEFAULT bound to it."},
     {1911, 16, 1, "Column name '%1' does not exist in the target table or view."},
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%1' already exists on table '%2'."},
+    {2010, 16, 1, "Cannot perform alter on '%1' because it is an incompatible object type."},
     {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%1' with unique index '%2'."},
     {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object 'dbo.%3'."},
     {2705, 16, 3,
@@ -206,6 +247,9 @@ constexpr ErrorText kErrors[] = {
     {2715, 16, 6, "Column, parameter, or variable #%1: Cannot find data type %2."},
     {2716, 16, 1, "Column, parameter, or variable #%1: Cannot specify a column width on data type %2."},
     {2717, 15, 2, "The size (%1) given to the type '%2' exceeds the maximum allowed (4000)."},
+    {2729, 16, 1,
+     "Column '%1' in table '%2' cannot be used in an index or statistics or as a partition key because it is "
+     "non-deterministic."},
     {2739, 16, 1, "The text, ntext, and image data types are invalid for local variables."},
     {2744, 16, 2,
      "Multiple identity columns specified for table '%1'. Only one identity column per table is "
@@ -217,6 +261,7 @@ constexpr ErrorText kErrors[] = {
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
     {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
+    {2772, 16, 1, "Cannot access temporary tables from within a function."},
     {2786, 16, 1,
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},
@@ -224,17 +269,34 @@ constexpr ErrorText kErrors[] = {
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
+    {3725, 16, 0, "The constraint '%1' is being referenced by table '%2', foreign key constraint '%3'."},
+    {3727, 16, 0, "Could not drop constraint. See previous errors."},
+    {3728, 16, 1, "'%1' is not a constraint."},
+    {3733, 16, 2, "Constraint '%1' does not belong to table '%2'."},
     {3726, 16, 1, "Could not drop object '%1' because it is referenced by a FOREIGN KEY constraint."},
     {3902, 16, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION."},
     {3903, 16, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION."},
+    {3915, 16, 0, "Cannot use the ROLLBACK statement within an INSERT-EXEC statement."},
     {3930, 16, 1,
      "The current transaction cannot be committed and cannot support operations that write to the log file. Roll "
      "back the transaction."},
+    {3931, 16, 1,
+     "The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the "
+     "entire transaction."},
+    {3998, 16, 1,
+     "Uncommittable transaction is detected at the end of the batch. The transaction is rolled back."},
     {4060, 11, 1, "Cannot open database \"%1\" requested by the login. The login failed."},
     {4104, 16, 1, "The multi-part identifier \"%1\" could not be bound."},
+    {4108, 15, 1, "Windowed functions can only appear in the SELECT or ORDER BY clauses."},
+    {4109, 15, 1,
+     "Windowed functions cannot be used in the context of another windowed function or aggregate."},
+    {4112, 15, 1, "The function '%1' must have an OVER clause with ORDER BY."},
+    {4113, 15, 1,
+     "The function '%1' is not a valid windowing function, and cannot be used with the OVER clause."},
     {4115, 15, 1,
      "The reference to column \"%1\" is not allowed in an argument to a TOP, OFFSET, or FETCH clause. Only "
      "references to columns at an outer scope or standalone expressions and subqueries are allowed here."},
+    {4116, 16, 1, "The function 'ntile' takes only a positive int or bigint expression as its input."},
     {4121, 16, 1,
      "Cannot find either column \"%1\" or the user-defined function or aggregate \"%2\", or the name is "
      "ambiguous."},
@@ -245,6 +307,8 @@ constexpr ErrorText kErrors[] = {
     {4151, 16, 1,
      "The type of the first argument to NULLIF cannot be the NULL constant because the type of the first argument "
      "has to be known."},
+    {4193, 16, 1, "'BETWEEN %1 AND %2' is not a valid window frame and cannot be used with the OVER clause."},
+    {4194, 16, 1, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
     {4506, 16, 1,
      "Column names in each view or function must be unique. Column name '%1' in view or function '%2' is "
      "specified more than once."},
@@ -252,6 +316,7 @@ constexpr ErrorText kErrors[] = {
      "Views or functions are not allowed on temporary tables. Table names that begin with '#' denote "
      "temporary tables."},
     {4511, 16, 1, "Create View or Function failed because no column name was specified for column %1."},
+    {4514, 16, 1, "CREATE FUNCTION failed because a column name is not specified for column %1."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},
     {4901, 16, 1,
@@ -260,6 +325,26 @@ constexpr ErrorText kErrors[] = {
      "the previous conditions are satisfied the table must be empty to allow addition of this column. Column "
      "'%1' cannot be added to non-empty table '%2' because it does not satisfy these conditions."},
     {4902, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
+    {4909, 16, 1, "Cannot alter '%1' because it is not a table."},
+    {4916, 16, 0, "Could not enable or disable the constraint. See previous errors."},
+    {4917, 16, 0, "Constraint '%1' does not exist."},
+    {4922, 16, 9, "ALTER TABLE %1 COLUMN %2 failed because one or more objects access this column."},
+    {4923, 16, 1,
+     "ALTER TABLE DROP COLUMN failed because '%1' is the only data column in table '%2'. A table must have at "
+     "least one data column."},
+    {4924, 16, 1, "ALTER TABLE %1 COLUMN failed because column '%2' does not exist in table '%3'."},
+    {4927, 16, 1, "Cannot alter column '%1' to be data type %2."},
+    {4928, 16, 1, "Cannot alter column '%1' because it is '%2'."},
+    {4936, 16, 1,
+     "Computed column '%1' in table '%2' cannot be persisted because the column is non-deterministic."},
+    {5074, 16, 1, "The %1 '%2' is dependent on column '%3'."},
+    {5308, 16, 1,
+     "Windowed functions, aggregates and NEXT VALUE FOR functions do not support integer indices as ORDER BY "
+     "clause expressions."},
+    {5309, 16, 1,
+     "Windowed functions, aggregates and NEXT VALUE FOR functions do not support constants as ORDER BY "
+     "clause expressions."},
+    {6401, 16, 1, "Cannot roll back %1. No transaction or savepoint of that name was found."},
     {8101, 16, 1,
      "An explicit value for the identity column in table '%1' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
@@ -291,19 +376,68 @@ constexpr ErrorText kErrors[] = {
     {8134, 16, 1, "Divide by zero error encountered."},
     {8144, 16, 2, "Procedure or function %1 has too many arguments specified."},
     {8145, 16, 1, "%1 is not a parameter for procedure %2."},
+    {8147, 16, 1, "Could not create IDENTITY attribute on nullable column '%1', table '%2'."},
     {8152, 16, 14, "String or binary data would be truncated."},
     {8155, 16, 2, "No column name was specified for column %1 of '%2'."},
     {8156, 16, 1, "The column '%1' was specified multiple times for '%2'."},
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
+    {8164, 16, 1, "An INSERT EXEC statement cannot be nested."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
     {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
+    {8178, 16, 1, "The parameterized query '(%1)%2' expects the parameter '%3', which was not supplied."},
+    {8183, 16, 1,
+     "Only UNIQUE or PRIMARY KEY constraints can be created on computed columns, while CHECK, FOREIGN KEY, and "
+     "NOT NULL constraints require that computed columns be persisted."},
     {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
+    {8730, 16, 1, "Offset parameter for Lag and Lead functions cannot be a negative value."},
+    {8733, 16, 1, "Separator parameter for STRING_AGG must be a string literal or variable."},
+    {9806, 16, 1, "The datepart %1 is not supported by date function %2."},
     {9809, 16, 1, "The style %1 is not supported for conversions from %2 to %3."},
     {9810, 16, 1, "The datepart %1 is not supported by date function %2 for data type %3."},
+    {9828, 16, 1,
+     "The second and third arguments of the TRANSLATE built-in function must contain an equal number of "
+     "characters."},
+    {9829, 16, 1,
+     "STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result truncation."},
+    {10705, 16, 1, "Subqueries are not allowed in the OUTPUT clause."},
+    {10709, 16, 1, "The number of columns for each row in a table value constructor must be the same."},
     {10734, 15, 1,
      "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
      "operator."},
+    {10738, 15, 1,
+     "The number of row value expressions in the INSERT statement exceeds the maximum allowed number of 1000 "
+     "row values."},
+    {10741, 15, 2, "A TOP can not be used in the same query or sub-query as a OFFSET."},
+    {10742, 15, 1, "The offset specified in a OFFSET clause may not be negative."},
+    {10743, 15, 1, "The number of rows provided for a OFFSET clause must be an integer."},
+    {10744, 15, 1, "The number of rows provided for a FETCH clause must be greater then zero."},
+    {10745, 15, 1, "The number of rows provided for a FETCH clause must be an integer."},
+    {10752, 15, 1, "The function '%1' may not have a window frame."},
+    {10753, 15, 1, "The function '%1' must have an OVER clause."},
+    {10756, 15, 1, "Window frame with ROWS or RANGE must have an ORDER BY clause."},
+    {10757, 15, 1, "The function '%1' may not have a WITHIN GROUP clause."},
+    {10759, 15, 1, "Use of DISTINCT is not allowed with the OVER clause."},
+    {10760, 15, 1,
+     "Scale argument is not valid. Valid expressions for data type %1 scale argument are integer constants and "
+     "integer constant expressions."},
+    {11415, 16, 1,
+     "Object '%1' cannot be disabled or enabled. This action applies only to foreign key and check constraints."},
+    {16905, 16, 1, "The cursor is already open."},
+    {16911, 16, 1, "fetch: The fetch type %1 cannot be used with forward only cursors."},
+    {16915, 16, 1, "A cursor with the name '%1' already exists."},
+    {16916, 16, 1, "A cursor with the name '%1' does not exist."},
+    {16917, 16, 1, "Cursor is not open."},
+    {16922, 16, 1, "Cursor Fetch: Implicit conversion from data type %1 to %2 is not allowed."},
+    {16924, 16, 1,
+     "Cursorfetch: The number of variables declared in the INTO list must match that of selected columns."},
+    {16925, 16, 1, "The fetch type %1 cannot be used with dynamic cursors."},
+    {16929, 16, 1, "The cursor is READ ONLY."},
+    {16931, 16, 1, "There are no rows in the current fetch buffer."},
+    {16933, 16, 1,
+     "The cursor does not include the table being modified or the table is not updatable through the cursor."},
+    {16947, 16, 1, "No rows were updated or deleted."},
+    {16950, 16, 1, "The variable '%1' does not currently have a cursor allocated to it."},
     {kUnsupportedError, 16, 1, "%1 is not supported."},
 };
 
@@ -359,10 +493,12 @@ bool EndsBatch(const Error& error) {
   switch (error.number) {
   // A statement that compiles and fails while it runs ends alone.
   case 201:
+  case 214:
   case 217:
   case 220:
   case 232:
   case 234:
+  case 289:
   case 506:
   case 512:
   case 515:
@@ -374,8 +510,10 @@ bool EndsBatch(const Error& error) {
   case 544:
   case 545:
   case 547:
+  case 628:
   case 1222:
   case 1505:
+  case 1750:
   case 1913:
   case 2601:
   case 2627:
@@ -385,17 +523,39 @@ bool EndsBatch(const Error& error) {
   case 2787:
   case 2812:
   case 3623:
+  case 4116:
   case 3701:
   case 3726:
   case 3902:
   case 3903:
   case 4712:
+  case 6401:
   case 8115:
   case 8134:
   case 8144:
   case 8145:
   case 8152:
-  case 8170: return false;
+  case 8170:
+  case 8178:
+  case 8730:
+  case 9828:
+  case 10742:
+  case 10743:
+  case 10744:
+  case 10745:
+  case 16905:
+  case 16911:
+  case 16915:
+  case 16916:
+  case 16917:
+  case 16922:
+  case 16924:
+  case 16925:
+  case 16929:
+  case 16931:
+  case 16933:
+  case 16947:
+  case 16950: return false;
   default: return error.number < 50000;
   }
 }

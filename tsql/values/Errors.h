@@ -4,6 +4,8 @@
 
 #include <initializer_list>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "tsql/tsql.h"
 
@@ -16,6 +18,13 @@ Error MakeError(int number, int line, std::initializer_list<std::string_view> ar
 
 // The error of what the engine does not know.
 inline constexpr int kUnsupportedError = 40510;
+
+// Several errors of one statement, as the server reports them. The last one is the error itself: it is all
+// that a CATCH block sees. The first one decides whether the batch ends.
+struct ErrorSequence : Error {
+  ErrorSequence(std::vector<Error> earlier, const Error& last) : Error(last), before(std::move(earlier)) {}
+  std::vector<Error> before; // not empty
+};
 
 // Whether the server ends the whole batch after the error and not only the statement, and whether it rolls
 // the transaction back as well.

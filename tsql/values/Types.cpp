@@ -36,13 +36,15 @@ constexpr TypeEntry kTypes[] = {
     {"nchar", 4, 0, 0, TypeId::NChar, Family::Text},
     {"nvarchar", 5, 0, 0, TypeId::NVarChar, Family::Text},
     {"ntext", 7, 0, 0, TypeId::NText, Family::Text},
-    {"datetime", 20, 0, 0, TypeId::DateTime, Family::DateTime},
-    {"smalldatetime", 19, 0, 0, TypeId::SmallDateTime, Family::DateTime},
-    {"date", 18, 0, 0, TypeId::Date, Family::DateTime},
+    {"datetime", 21, 0, 0, TypeId::DateTime, Family::DateTime},
+    {"smalldatetime", 20, 0, 0, TypeId::SmallDateTime, Family::DateTime},
+    {"date", 19, 0, 0, TypeId::Date, Family::DateTime},
     {"binary", 0, 0, 0, TypeId::Binary, Family::Binary},
     {"varbinary", 1, 0, 0, TypeId::VarBinary, Family::Binary},
     {"image", 1, 0, 0, TypeId::Image, Family::Binary},
     {"uniqueidentifier", 6, 0, 0, TypeId::UniqueIdentifier, Family::Guid},
+    {"time", 18, 0, 0, TypeId::Time, Family::DateTime},
+    {"datetime2", 22, 0, 0, TypeId::DateTime2, Family::DateTime},
 };
 
 const TypeEntry& EntryOf(TypeId id) {
@@ -72,6 +74,13 @@ Type CommonDecimal(const Type& left, const Type& right) {
   const int whole = std::max(a.precision - a.scale, b.precision - b.scale);
   if (whole + scale <= kMaxPrecision) return MakeDecimal(whole + scale, scale);
   return MakeDecimal(kMaxPrecision, std::max(kMaxPrecision - whole, std::min(scale, 6)));
+}
+
+// How many digits of a second's fraction a moment may need.
+uint8_t FractionDigits(const Type& type) {
+  constexpr uint8_t kOfDateTime = 3;
+  if (IsFine(type.id)) return type.scale;
+  return type.id == TypeId::DateTime ? kOfDateTime : 0;
 }
 
 Type LimitDecimal(int precision, int scale) {
@@ -122,6 +131,10 @@ bool IsLob(TypeId id) {
   return id == TypeId::Text || id == TypeId::NText || id == TypeId::Image;
 }
 
+bool IsFine(TypeId id) {
+  return id == TypeId::Time || id == TypeId::DateTime2;
+}
+
 bool IsNumeric(const Type& type) {
   const Family family = FamilyOf(type.id);
   return family == Family::Integer || family == Family::Decimal || family == Family::Float;
@@ -139,6 +152,7 @@ Type MakeType(TypeId id, int32_t length) {
     type.precision = static_cast<uint8_t>(EntryOf(id).digits);
     type.scale = 4;
   }
+  if (IsFine(id)) type.scale = kMaxFraction;
   return type;
 }
 
@@ -147,6 +161,12 @@ Type MakeDecimal(int precision, int scale) {
   type.id = TypeId::Decimal;
   type.precision = static_cast<uint8_t>(precision);
   type.scale = static_cast<uint8_t>(scale);
+  return type;
+}
+
+Type MakeFine(TypeId id, int digits) {
+  Type type = MakeType(id);
+  type.scale = static_cast<uint8_t>(digits);
   return type;
 }
 
@@ -172,6 +192,7 @@ Type CommonType(const Type& left, const Type& right) {
     return MakeType(TypeId::VarBinary, CommonLength(left, right));
   if (type.id == TypeId::Decimal && (otherFamily == Family::Decimal || otherFamily == Family::Integer))
     return CommonDecimal(left, right);
+  if (IsFine(type.id)) type.scale = std::max(FractionDigits(type), FractionDigits(other));
   // The digits of a constant do not describe the other operand.
   if (FamilyOf(type.id) == Family::Integer) type.precision = 0;
   if (type.id == other.id) type.length = CommonLength(left, right);
@@ -225,6 +246,8 @@ int StorageBytes(const Type& type) {
   case TypeId::SmallMoney:
   case TypeId::SmallDateTime: return 4;
   case TypeId::Date: return 3;
+  case TypeId::Time: return type.scale <= 2 ? 3 : type.scale <= 4 ? 4 : 5;
+  case TypeId::DateTime2: return type.scale <= 2 ? 6 : type.scale <= 4 ? 7 : 8;
   case TypeId::BigInt:
   case TypeId::Float:
   case TypeId::Money:

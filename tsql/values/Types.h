@@ -8,7 +8,8 @@
 //   character types, guid     TEXT in UTF-8; character columns carry the collation, char, varchar and text
 //   have
 //                             only characters of the code page (CodePage.h)
-//   datetime types            INTEGER, 1/300 s ticks since 1900-01-01 (DateTime.h)
+//   datetime types, date      INTEGER, 1/300 s ticks since 1900-01-01 (DateTime.h)
+//   time, datetime2           INTEGER, 100 ns since midnight and since 1900-01-01
 //   binary types              BLOB
 #pragma once
 
@@ -37,13 +38,17 @@ inline bool IsText(const Type& type) {
 bool IsUnicode(TypeId id);
 bool IsFixedLength(TypeId id); // char, nchar and binary, whose values are padded
 bool IsMoney(TypeId id);
-bool IsLob(TypeId id); // text, ntext, image
+bool IsLob(TypeId id);  // text, ntext, image
+bool IsFine(TypeId id); // time and datetime2, which count 100 ns
 bool IsNumeric(const Type& type);
 // Whether values are stored as a blob of 16 bytes.
 bool IsWide(const Type& type);
 
 Type MakeType(TypeId id, int32_t length = 0);
 Type MakeDecimal(int precision, int scale);
+// A time or datetime2 with so many digits of a second's fraction; MakeType gives it all of them.
+constexpr int kMaxFraction = 7;
+Type MakeFine(TypeId id, int digits);
 // The decimal that holds every value of an integer or money type.
 Type AsDecimal(const Type& type);
 

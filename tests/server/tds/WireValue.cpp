@@ -388,7 +388,22 @@ bool HasTableName(const tsql::Type& type) {
   return type.id == TypeId::Text || type.id == TypeId::NText || type.id == TypeId::Image;
 }
 
+namespace {
+
+// Clients of the protocol's older versions get the later types as texts.
+bool IsSentAsText(const tsql::Type& type) {
+  return type.id == TypeId::Time || type.id == TypeId::DateTime2;
+}
+
+tsql::Type MomentText() {
+  constexpr int32_t kLongest = 27; // yyyy-mm-dd hh:mm:ss.fffffff
+  return {.id = TypeId::NVarChar, .length = kLongest};
+}
+
+} // namespace
+
 void PutType(ByteWriter& out, const tsql::Type& type) {
+  if (IsSentAsText(type)) return PutType(out, MomentText());
   const auto sized = [&](Wire wire, uint8_t size) {
     out.Put(static_cast<uint8_t>(wire));
     out.Put(size);
@@ -429,6 +444,7 @@ void PutType(ByteWriter& out, const tsql::Type& type) {
 }
 
 void PutValue(ByteWriter& out, const tsql::Type& type, const tsql::Value& value) {
+  if (IsSentAsText(type)) return PutValue(out, MomentText(), value);
   if (value.kind == Kind::Null) return PutNull(out, type);
   switch (type.id) {
   case TypeId::TinyInt:

@@ -329,12 +329,14 @@ TEST_F(GroupTreeTest, ClimbsTwelveLevels) {
 }
 
 TEST_F(GroupTreeTest, TakesTwoThousandGroups) {
-  std::wstring insert = L"INSERT INTO ICBOMGroup (FInterID, FNumber, FName, FParentID, FBootID) VALUES ";
-  // 1,995 more, all children of the roots 1 and 5.
-  for (int32_t id = 1001; id <= 2995; ++id)
-    insert += (id > 1001 ? L"," : L"") + (L"(" + std::to_wstring(id)) + L", 'W', 'Wide', " +
-              (id % 2 == 0 ? L"1, 1)" : L"5, 5)");
-  database_.Execute(insert);
+  // 1,995 more, all children of the roots 1 and 5; one INSERT takes 1,000 rows.
+  for (int32_t first = 1001; first <= 2995; first += 1000) {
+    std::wstring insert = L"INSERT INTO ICBOMGroup (FInterID, FNumber, FName, FParentID, FBootID) VALUES ";
+    for (int32_t id = first; id < first + 1000 && id <= 2995; ++id)
+      insert += (id > first ? L"," : L"") + (L"(" + std::to_wstring(id)) + L", 'W', 'Wide', " +
+                (id % 2 == 0 ? L"1, 1)" : L"5, 5)");
+    database_.Execute(insert);
+  }
   const Texts rows = RowTexts(Get(Groups({}), MakeDictionary({}), true, false), {L"FInterID", L"FIndex"});
   EXPECT_EQ(rows.size(), 2000U);
   EXPECT_EQ(rows.front(), L"1|2");

@@ -124,7 +124,24 @@ TEST(RowSet, GivesDatesAsAutomationCountsThem) {
   EXPECT_EQ(Convert({.id = TypeId::DateTime}, Moment(43829, 300 * 43200)), Variant::Date(43831.5));
   EXPECT_EQ(Convert({.id = TypeId::DateTime}, Moment(-2, 300 * 21600)), Variant::Date(0.25));
   EXPECT_EQ(Convert({.id = TypeId::DateTime}, Moment(-3, 300 * 21600)), Variant::Date(-1.25));
-  EXPECT_EQ(Convert({.id = TypeId::Date}, Moment(46084, 0)), Variant::Date(46086));
+}
+
+// The provider is older than these types.
+TEST(RowSet, GivesLaterMomentsAsTexts) {
+  EXPECT_EQ(Convert({.id = TypeId::Date}, Moment(43829, 0)), Variant(L"2020-01-01"));
+  EXPECT_EQ(Convert({.id = TypeId::Date}, Moment(-693595, 0)), Variant(L"0001-01-01"));
+  EXPECT_EQ(Convert({.id = TypeId::Time, .scale = 7}, Text("10:11:12.1234567")),
+            Variant(L"10:11:12.1234567"));
+  const auto sizeOf = [](const tsql::Type& type) {
+    const FieldType field = FieldTypeOf(type);
+    EXPECT_EQ(field.type, DataType::VarWChar);
+    return field.definedSize;
+  };
+  EXPECT_EQ(sizeOf({.id = TypeId::Date}), 10);
+  EXPECT_EQ(sizeOf({.id = TypeId::Time, .scale = 7}), 16);
+  EXPECT_EQ(sizeOf({.id = TypeId::Time, .scale = 0}), 8);
+  EXPECT_EQ(sizeOf({.id = TypeId::DateTime2, .scale = 7}), 27);
+  EXPECT_EQ(sizeOf({.id = TypeId::DateTime2, .scale = 3}), 23);
 }
 
 TEST(Types, TakeDatesBackAsTheyGaveThem) {

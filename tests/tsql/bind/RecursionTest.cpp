@@ -64,5 +64,24 @@ TEST_F(RecursionTest, TheNameMeansTheExpressionAndNoTable) {
   EXPECT_EQ(Rows("SELECT c FROM n"), Lines({"7"}));
 }
 
+TEST_F(RecursionTest, TheStatementSaysHowDeepItMayGo) {
+  const std::string counting =
+      "WITH n (c) AS (SELECT 1 UNION ALL SELECT c + 1 FROM n WHERE c < 200) SELECT MAX(c) FROM n ";
+  EXPECT_EQ(Rows(counting + "OPTION (MAXRECURSION 200)"), Lines({"200"}));
+  EXPECT_EQ(Rows(counting + "OPTION (RECOMPILE, MAXRECURSION 0)"), Lines({"200"}));
+  EXPECT_EQ(ErrorText(counting + "OPTION (MAXRECURSION 10)"),
+            "530 1 The statement terminated. The maximum recursion 10 has been exhausted before statement "
+            "completion.");
+  EXPECT_EQ(
+      ErrorText(counting + "OPTION (MAXRECURSION 40000)"),
+      "310 1 The value 40000 specified for the MAXRECURSION option exceeds the allowed maximum of 32767.");
+  Must("CREATE TABLE r (c INT) INSERT INTO r VALUES (1), (150)");
+  EXPECT_EQ(
+      Run("WITH n (c) AS (SELECT 1 UNION ALL SELECT c + 1 FROM n WHERE c < 200) DELETE FROM r WHERE c IN "
+          "(SELECT c FROM n) OPTION (MAXRECURSION 300)")
+          .counts,
+      std::vector<int64_t>({2}));
+}
+
 } // namespace
 } // namespace tsql::test

@@ -51,9 +51,40 @@ TEST_F(StorageTest, FilesAreMarkedWithTheirVersion) {
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
 }
 
+// Older engines read a file as long as there is nothing in it that they do not know.
+TEST_F(StorageTest, AFunctionMakesTheFileOneOfTheSecondVersion) {
+  Must("CREATE TABLE t (a INT) INSERT t VALUES (1)");
+  Must("CREATE PROCEDURE p AS SELECT 1");
+  Must("BEGIN TRAN EXEC ('CREATE FUNCTION f () RETURNS INT AS BEGIN RETURN 1 END') ROLLBACK");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE FUNCTION f () RETURNS INT AS BEGIN RETURN 1 END");
+  Must("CREATE FUNCTION g () RETURNS TABLE AS RETURN SELECT 1 AS a");
+  Must("CREATE FUNCTION h () RETURNS @r TABLE (a INT) AS BEGIN RETURN END");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"2"}));
+  EXPECT_EQ(Ask("SELECT name, kind FROM \"~modules\" ORDER BY name"), Lines({"f|3", "g|4", "h|5", "p|2"}));
+}
+
+TEST_F(StorageTest, ATimeOrDateTime2MakesTheFileOneOfTheSecondVersion) {
+  Must(
+      "CREATE TABLE t (a DATE, b DATETIME, CHECK (YEAR(b) > 1900)) CREATE TABLE #t (a TIME, CHECK (a > '1:00'))");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE TABLE u (a TIME(3))");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"2"}));
+  EXPECT_EQ(Ask("SELECT type FROM \"~columns\" WHERE table_name = 'u'"),
+            Lines({std::to_string(23 + 3 * 65536)}));
+  // 100 ns since midnight.
+  Must("INSERT INTO u VALUES ('00:00:01.5')");
+  EXPECT_EQ(Ask("SELECT a FROM u"), Lines({"15000000"}));
+}
+
+TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
+  Must("CREATE TABLE t (a DATETIME, CHECK (a < CAST('2100-01-01' AS DATETIME2)))");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"2"}));
+}
+
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 2");
+  Ask("PRAGMA user_version = 4");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -63,11 +94,39 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 2. This server supports version 1 "
+                    "' cannot be opened because it is version 4. This server supports version 3 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"2"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"4"}));
+}
+
+TEST_F(StorageTest, NamedDefaultsMakeTheFileOneOfTheThirdVersion) {
+  Must("CREATE TABLE t (a INT DEFAULT 1, b INT, CONSTRAINT ck CHECK (b > 0))");
+  Must("ALTER TABLE t ADD DEFAULT 2 FOR b");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("ALTER TABLE t ADD c INT CONSTRAINT df DEFAULT 3");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"3"}));
+  EXPECT_EQ(Ask("SELECT * FROM \"~keys\" ORDER BY kind"), Lines({"t|ck|4||(b > 0)", "t|df|6|2|"}));
+  EXPECT_EQ(Ask("SELECT name, default_text FROM \"~columns\" ORDER BY ordinal"),
+            Lines({"a|1", "b|2", "c|3"}));
+}
+
+TEST_F(StorageTest, ConstraintsThatAreSwitchedOffMakeItOneToo) {
+  Must("CREATE TABLE t (a INT PRIMARY KEY, b INT, CONSTRAINT ck CHECK (b > 0), CONSTRAINT fk FOREIGN KEY (b) "
+       "REFERENCES t)");
+  Must("ALTER TABLE t NOCHECK CONSTRAINT ALL INSERT INTO t VALUES (1, -1)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"3"}));
+  EXPECT_EQ(Ask("SELECT name, kind FROM \"~keys\" WHERE kind > 0 ORDER BY kind"), Lines({"ck|20", "fk|21"}));
+  EXPECT_EQ(Ask("SELECT COUNT(*) FROM sqlite_schema WHERE type = 'trigger'"), Lines({"0"}));
+  Must("INSERT INTO t VALUES (2, -2)");
+}
+
+TEST_F(StorageTest, ComputedColumns) {
+  Must("CREATE TABLE t (a INT, b AS a * 2, c AS (a + 1) PERSISTED)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"3"}));
+  EXPECT_EQ(Ask("SELECT name, type, nullable, identity, default_text FROM \"~columns\" ORDER BY ordinal"),
+            Lines({"a|2|1|0|", "b|2|1|2|a * 2", "c|2|1|3|(a + 1)"}));
 }
 
 TEST_F(StorageTest, FilesWithoutVersionAreReadAndMarked) {
@@ -124,7 +183,9 @@ TEST_F(StorageTest, TypeNumbers) {
                                                           {"BINARY(2)", 19},
                                                           {"VARBINARY(2)", 20},
                                                           {"IMAGE", 21},
-                                                          {"UNIQUEIDENTIFIER", 22}};
+                                                          {"UNIQUEIDENTIFIER", 22},
+                                                          {"TIME(3)", 23},
+                                                          {"DATETIME2(3)", 24}};
   std::string columns;
   Lines expected;
   for (const auto& [name, number] : types) {

@@ -42,6 +42,141 @@ TEST_F(FunctionsTest, Numbers) {
   EXPECT_EQ(ErrorOf("SELECT SQRT(-1)"), 3623);
 }
 
+TEST_F(FunctionsTest, Trigonometry) {
+  EXPECT_EQ(Scalar("ROUND(SIN(PI() / 6), 10)"), "0.5");
+  EXPECT_EQ(Scalar("ROUND(COS(PI() / 3), 10)"), "0.5");
+  EXPECT_EQ(Scalar("ROUND(TAN(PI() / 4), 10)"), "1");
+  EXPECT_EQ(Scalar("ROUND(COT(PI() / 4), 10)"), "1");
+  EXPECT_EQ(Scalar("ROUND(ACOS(-1) - PI(), 10) + ASIN(0) + ATAN(0)"), "0");
+  EXPECT_EQ(Scalar("ROUND(ATN2(1, -1) / PI(), 10)"), "0.75");
+  EXPECT_EQ(Scalar("SIN(NULL)"), "NULL");
+  EXPECT_EQ(ErrorText("SELECT ACOS(1.1)"), "3623 1 An invalid floating point operation occurred.");
+  EXPECT_EQ(ErrorOf("SELECT ASIN(-2)"), 3623);
+  EXPECT_EQ(ErrorOf("SELECT COT(0)"), 3623);
+  EXPECT_EQ(ErrorText("SELECT SIN()"), "174 1 The sin function requires 1 argument(s).");
+  // The type of the argument decides: an integer is cut, a decimal has 18 places.
+  EXPECT_EQ(Scalar("RADIANS(180)"), "3");
+  EXPECT_EQ(Scalar("DEGREES(PI() / 2)"), "90");
+  EXPECT_EQ(Run("SELECT DEGREES(1), DEGREES(1.5), DEGREES($1), DEGREES(1e0)").columns[0][1].type.scale, 18);
+  EXPECT_EQ(Scalar("LOG(8, 2)"), "3");
+  EXPECT_EQ(Scalar("LOG(8, NULL)"), "NULL");
+  EXPECT_EQ(ErrorOf("SELECT LOG(8, 1)"), 3623);
+  EXPECT_EQ(ErrorOf("SELECT LOG(8, -2)"), 3623);
+}
+
+TEST_F(FunctionsTest, RandomNumbersFollowTheirSeed) {
+  // The sequence that the documentation of RAND shows.
+  EXPECT_EQ(Rows("SELECT RAND(100), RAND(), RAND()"),
+            Lines({"0.715436657367485|0.28463380767982|0.0131039082850364"}));
+  EXPECT_EQ(Rows("DECLARE @a FLOAT SET @a = RAND(100) SELECT RAND()"), Lines({"0.28463380767982"}));
+  // A place has one value for all rows.
+  EXPECT_EQ(
+      Rows("SELECT COUNT(DISTINCT r) FROM (SELECT RAND() AS r FROM (SELECT 1 AS a UNION SELECT 2) x) y"),
+      Lines({"1"}));
+  EXPECT_EQ(Rows("SELECT RAND(a) - RAND(a) FROM (SELECT 1 AS a UNION SELECT 2) x"), Lines({"0", "0"}));
+  EXPECT_EQ(Scalar("RAND(NULL)"), "NULL");
+  EXPECT_EQ(Scalar("CASE WHEN RAND() >= 0 AND RAND() < 1 THEN 1 END"), "1");
+  // Each time a loop asks is a statement of its own: RAND(100) is followed by 0.28, 0.01.
+  EXPECT_EQ(Rows("DECLARE @n INT, @r FLOAT SELECT @n = 0, @r = RAND(100) "
+                 "WHILE RAND() > 0.02 SET @n = @n + 1 SELECT @n"),
+            Lines({"1"}));
+  EXPECT_EQ(ErrorText("CREATE TABLE x (a FLOAT CHECK (a > RAND()))"),
+            "40510 1 A value of the session in a CHECK constraint or computed column is not supported.");
+}
+
+TEST_F(FunctionsTest, Concatenation) {
+  EXPECT_EQ(Scalar("CONCAT('a', NULL, 1, 'b')"), "a1b");
+  EXPECT_EQ(Scalar("'[' + CONCAT(NULL, NULL) + ']'"), "[]");
+  EXPECT_EQ(Scalar("CONCAT(1.50, '/', $2.5, '/', CAST('2020-01-31' AS DATETIME))"),
+            "1.50/2.50/Jan 31 2020 12:00AM");
+  EXPECT_EQ(Scalar("CONCAT('x ', CAST('ab' AS CHAR(4)), 'y')"), "x ab  y");
+  EXPECT_EQ(Scalar("LEN(CONCAT(REPLICATE('a', 8000), 'b'))"), "8000");
+  EXPECT_EQ(Scalar("LEN(CONCAT(REPLICATE('a', 8000), CAST('b' AS VARCHAR(MAX))))"), "8001");
+  EXPECT_EQ(Scalar("CONCAT_WS(',', 'a', NULL, 'b', 3)"), "a,b,3");
+  EXPECT_EQ(Scalar("CONCAT_WS(NULL, 'a', 'b')"), "ab");
+  EXPECT_EQ(Scalar("'[' + CONCAT_WS(',', NULL, NULL) + ']'"), "[]");
+  EXPECT_EQ(ErrorText("SELECT CONCAT('a')"), "189 1 The concat function requires 2 to 254 arguments.");
+  EXPECT_EQ(ErrorText("SELECT CONCAT_WS(',', 'a')"),
+            "189 1 The concat_ws function requires 3 to 254 arguments.");
+  const Output output =
+      Run("SELECT CONCAT('ab', 'c'), CONCAT('ab', N'c'), CONCAT('a', CAST('b' AS NVARCHAR(MAX)))");
+  EXPECT_EQ(output.columns[0][0].type.id, TypeId::VarChar);
+  EXPECT_EQ(output.columns[0][0].type.length, 3);
+  EXPECT_EQ(output.columns[0][1].type.id, TypeId::NVarChar);
+  EXPECT_EQ(output.columns[0][2].type.length, -1);
+}
+
+TEST_F(FunctionsTest, Choices) {
+  EXPECT_EQ(Scalar("IIF(1 < 2, 'yes', 'no')"), "yes");
+  EXPECT_EQ(Scalar("IIF(NULL = 1, 'yes', 'no')"), "no");
+  EXPECT_EQ(Scalar("IIF(1 = 1 AND NOT 2 = 3, 1, 2.5)"), "1.0");
+  EXPECT_EQ(Scalar("IIF(1 = 2, 1, NULL)"), "NULL");
+  EXPECT_EQ(ErrorOf("SELECT IIF(1 = 1, NULL, NULL)"), 8133);
+  EXPECT_EQ(ErrorOf("SELECT IIF(1, 2, 3)"), 4145);
+  EXPECT_EQ(Scalar("CHOOSE(2, 'a', 'b', 'c')"), "b");
+  EXPECT_EQ(Scalar("CHOOSE(2.9, 'a', 'b', 'c')"), "b");
+  EXPECT_EQ(Scalar("CHOOSE(1, 1, 2.5)"), "1.0");
+  EXPECT_EQ(Rows("SELECT CHOOSE(0, 'a'), CHOOSE(4, 'a', 'b', 'c'), CHOOSE(NULL, 'a')"),
+            Lines({"NULL|NULL|NULL"}));
+  EXPECT_EQ(ErrorOf("SELECT CHOOSE(1)"), 189);
+}
+
+TEST_F(FunctionsTest, TriedConversions) {
+  EXPECT_EQ(Rows("SELECT TRY_CAST('12' AS INT), TRY_CAST('x' AS INT), TRY_CAST(NULL AS INT)"),
+            Lines({"12|NULL|NULL"}));
+  EXPECT_EQ(Rows("SELECT TRY_CONVERT(TINYINT, 256), TRY_CONVERT(DECIMAL(3,1), '123.4'), "
+                 "TRY_CONVERT(DATETIME, '20200230'), TRY_CONVERT(VARCHAR(10), GETDATE() - GETDATE(), 112)"),
+            Lines({"NULL|NULL|NULL|19000101"}));
+  EXPECT_EQ(Rows("SELECT TRY_CAST(a AS INT) FROM (SELECT '1' AS a UNION ALL SELECT 'b') x ORDER BY 1"),
+            Lines({"NULL", "1"}));
+  // What never can be converted, and what fails within the argument, are errors all the same.
+  EXPECT_EQ(ErrorText("SELECT TRY_CAST(1 AS UNIQUEIDENTIFIER)"),
+            "529 1 Explicit conversion from data type int to uniqueidentifier is not allowed.");
+  EXPECT_EQ(ErrorOf("SELECT TRY_CAST(1 / 0 AS INT)"), 8134);
+  EXPECT_EQ(ErrorOf("SELECT TRY_CONVERT(VARCHAR(30), GETDATE(), 999)"), 281);
+}
+
+TEST_F(FunctionsTest, DatesOfParts) {
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), DATEFROMPARTS(2020, 2, 29), 120)"), "2020-02-29");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), DATETIMEFROMPARTS(2010, 12, 31, 23, 59, 59, 0), 121)"),
+            "2010-12-31 23:59:59.000");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), SMALLDATETIMEFROMPARTS(2010, 12, 31, 23, 59), 120)"),
+            "2010-12-31 23:59:00");
+  EXPECT_EQ(Scalar("DATEFROMPARTS(2020, NULL, 1)"), "NULL");
+  EXPECT_EQ(ErrorText("SELECT DATEFROMPARTS(2021, 2, 29)"),
+            "289 1 Cannot construct data type date, some of the arguments have values which are not valid.");
+  EXPECT_EQ(
+      ErrorText("SELECT DATETIMEFROMPARTS(1752, 1, 1, 0, 0, 0, 0)"),
+      "289 1 Cannot construct data type datetime, some of the arguments have values which are not valid.");
+  EXPECT_EQ(ErrorOf("SELECT SMALLDATETIMEFROMPARTS(2080, 1, 1, 0, 0)"), 289);
+  EXPECT_EQ(ErrorOf("SELECT DATEFROMPARTS(2021, 2)"), 174);
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), EOMONTH('2020-02-03'), 120)"), "2020-02-29");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), EOMONTH('2020-01-31 10:00', 1), 120)"), "2020-02-29");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(30), EOMONTH('2020-03-31', -13), 120)"), "2019-02-28");
+  EXPECT_EQ(Scalar("EOMONTH(NULL)"), "NULL");
+  EXPECT_EQ(ErrorOf("SELECT EOMONTH('9999-12-01', 1)"), 517);
+  EXPECT_EQ(ErrorText("SELECT EOMONTH(5)"),
+            "8116 1 Argument data type int is invalid for argument 1 of eomonth function.");
+  EXPECT_EQ(Scalar("DATEDIFF_BIG(millisecond, '1900-01-01', '2020-01-01')"), "3786825600000");
+  EXPECT_EQ(Scalar("CASE WHEN ABS(DATEDIFF(hour, GETDATE(), GETUTCDATE())) <= 14 THEN 1 END"), "1");
+}
+
+TEST_F(FunctionsTest, PartsOfTexts) {
+  EXPECT_EQ(Scalar("TRIM('.,! ' FROM '  # test .')"), "# test");
+  EXPECT_EQ(Scalar("TRIM('X' FROM 'xax')"), "a");
+  EXPECT_EQ(Scalar("'[' + TRIM('a' FROM 'aaa') + ']'"), "[]");
+  EXPECT_EQ(ErrorText("SELECT TRIM('a', 'b')"), "174 1 The trim function requires 1 argument(s).");
+  EXPECT_EQ(Scalar("TRANSLATE('2*[3+4]/{7-2}', '[]{}', '()()')"), "2*(3+4)/(7-2)");
+  EXPECT_EQ(Scalar("TRANSLATE('abc', NULL, 'x')"), "NULL");
+  EXPECT_EQ(ErrorOf("SELECT TRANSLATE('abc', 'ab', 'x')"), 9828);
+  EXPECT_EQ(
+      Rows("SELECT PARSENAME('srv.db.dbo.t', 1), PARSENAME('srv.db.dbo.t', 4), PARSENAME('dbo.[a.b]', 1), "
+           "PARSENAME('a.b', 3), PARSENAME('a.b.c.d.e', 1), PARSENAME('a..c', 2)"),
+      Lines({"t|srv|a.b|NULL|NULL|NULL"}));
+  EXPECT_EQ(Rows("SELECT a INTO #x FROM (SELECT 1 AS a UNION SELECT 2) x SELECT ROWCOUNT_BIG()"),
+            Lines({"2"}));
+}
+
 TEST_F(FunctionsTest, FloatsDoNotOverflowInSilence) {
   EXPECT_EQ(ErrorText("SELECT 1e308 + 1e308"),
             "8115 1 Arithmetic overflow error converting expression to data type float.");

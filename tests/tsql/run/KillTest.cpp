@@ -109,6 +109,26 @@ TEST_F(KillTest, TransactionsAreWholeOrGone) {
   EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 1098);
 }
 
+TEST_F(KillTest, TransactionsWithCursorsFunctionsAndTableVariablesAreWholeOrGone) {
+  Must("CREATE FUNCTION one () RETURNS INT AS BEGIN DECLARE @x TABLE (a INT) INSERT @x VALUES (1)"
+       " RETURN (SELECT a FROM @x) END");
+  // Each round has four statements that are seen to end.
+  const std::string batch =
+      "DECLARE @t TABLE (a INT) DECLARE @a INT WHILE 1 = 1 BEGIN"
+      " DECLARE c CURSOR LOCAL FOR SELECT id FROM account ORDER BY id BEGIN TRAN OPEN c FETCH c INTO @a"
+      " UPDATE account SET amount = amount - dbo.one() WHERE CURRENT OF c FETCH c INTO @a"
+      " UPDATE account SET amount = amount + dbo.one() WHERE CURRENT OF c INSERT @t VALUES (1)"
+      " INSERT INTO journal VALUES ('x') DEALLOCATE c COMMIT END";
+  for (const int steps : {1, 2, 3, 4, 101, 203}) {
+    RunAndKill(batch, steps);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(Rows("SELECT SUM(amount), MAX(amount) - (SELECT COUNT(*) FROM journal) FROM account"),
+              Lines({"0|0"}));
+    Must("UPDATE account SET amount = amount + dbo.one() - 1");
+  }
+  EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 75);
+}
+
 TEST_F(KillTest, OpenTransactionIsUndone) {
   RunAndKill(
       "BEGIN TRAN DELETE FROM account SELECT * INTO #copy FROM journal INSERT INTO journal VALUES ('a')"
@@ -131,6 +151,27 @@ TEST_F(KillTest, DefinitionsAreWholeOrGone) {
     Must("DELETE FROM made INSERT INTO made VALUES (2, 'y') SELECT * FROM made DROP TABLE made");
   }
   EXPECT_EQ(Run("DROP TABLE made").errors.at(0).number, 3701);
+}
+
+// Each way of changing a table, with rows in it: what is there afterwards is the table before one of the
+// statements or after it, and all of its rows.
+TEST_F(KillTest, ChangedTablesAreWhole) {
+  Must("CREATE TABLE made (id INT IDENTITY PRIMARY KEY, a INT NOT NULL, b VARCHAR(2000) NULL)");
+  Must(
+      "DECLARE @i INT = 0 WHILE @i < 50 BEGIN INSERT INTO made VALUES (@i, REPLICATE('x', 2000)) SET @i = @i + 1 END");
+  const std::string batch =
+      "WHILE 1 = 1 BEGIN EXEC ('ALTER TABLE made ALTER COLUMN a BIGINT NOT NULL') PRINT 'altered'"
+      " EXEC ('ALTER TABLE made ADD c AS a + 1 PERSISTED, CONSTRAINT ck CHECK (a >= 0)') PRINT 'added'"
+      " EXEC ('ALTER TABLE made DROP COLUMN c, CONSTRAINT ck') PRINT 'dropped'"
+      " EXEC ('ALTER TABLE made ALTER COLUMN a INT NOT NULL') PRINT 'altered back' END";
+  for (const int steps : {1, 2, 3, 4, 9, 14}) {
+    RunAndKill(batch, steps);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(Rows("SELECT COUNT(*), SUM(a), MIN(LEN(b)), MAX(id) FROM made"), Lines({"50|1225|2000|50"}));
+    Must(
+        "BEGIN TRAN INSERT INTO made (a) VALUES (7) UPDATE made SET a = 8 WHERE id = 51 ROLLBACK"
+        " EXEC ('IF COL_LENGTH(''made'', ''c'') IS NOT NULL ALTER TABLE made DROP COLUMN c, CONSTRAINT ck')");
+  }
 }
 
 } // namespace

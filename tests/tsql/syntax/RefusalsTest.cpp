@@ -47,9 +47,10 @@ TEST_F(RefusalsTest, StatementsAreRefusedByTheirWords) {
   ExpectNamesRefused(RefusedKind::Statement, "", [](const std::string& name) { return name + " x"; });
   // Within blocks too.
   ExpectRefused("IF 1 = 1 BEGIN END CONVERSATION @h END", "END CONVERSATION");
-  ExpectRefused("BEGIN TRY WAITFOR DELAY '00:00:01' END TRY BEGIN CATCH END CATCH", "WAITFOR");
+  ExpectRefused("BEGIN TRY WAITFOR (RECEIVE 1 FROM q) END TRY BEGIN CATCH END CATCH",
+                "WAITFOR of a statement");
   ExpectRefused("WITH x AS (SELECT a FROM t) MERGE t USING x ON 1 = 1", "MERGE");
-  ExpectRefused("CREATE PROCEDURE q AS GOTO done", "GOTO");
+  ExpectRefused("CREATE PROCEDURE q AS USE done", "USE");
 }
 
 TEST_F(RefusalsTest, ObjectsAreRefusedByTheirWords) {
@@ -61,7 +62,6 @@ TEST_F(RefusalsTest, ObjectsAreRefusedByTheirWords) {
                      [](const std::string& name) { return "DROP " + name + " x"; });
   ExpectNamesRefused(RefusedKind::AlterTable, "ALTER TABLE ",
                      [](const std::string& name) { return "ALTER TABLE t " + name + " x"; });
-  ExpectRefused("ALTER TABLE t WITH CHECK CHECK CONSTRAINT ck", "ALTER TABLE CHECK");
 }
 
 TEST_F(RefusalsTest, FunctionsTypesAndVariablesOfTheServerAreRefused) {
@@ -70,13 +70,12 @@ TEST_F(RefusalsTest, FunctionsTypesAndVariablesOfTheServerAreRefused) {
   ExpectNamesRefused(RefusedKind::Type, "The type ",
                      [](const std::string& name) { return "DECLARE @x " + name; });
   ExpectNamesRefused(RefusedKind::Global, "", [](const std::string& name) { return "SELECT " + name; });
-  ExpectRefused("SELECT TRY_CAST('1' AS INT)", "The function TRY_CAST");
   ExpectRefused("SELECT PARSE('1' AS INT USING 'en-US')", "The function PARSE");
   ExpectRefused("SELECT CURRENT_USER", "The function CURRENT_USER");
   ExpectRefused("SELECT SYSTEM_USER + 'x'", "The function SYSTEM_USER");
   ExpectRefused("SELECT a FROM t WHERE CONTAINS(b, 'x')", "The function CONTAINS");
   ExpectRefused("IF UPDATE(a) PRINT 'x'", "The function UPDATE");
-  ExpectRefused("CREATE TABLE x (a DATETIME2(3))", "The type DATETIME2");
+  ExpectRefused("CREATE TABLE x (a DATETIMEOFFSET(3))", "The type DATETIMEOFFSET");
   ExpectRefused("SELECT CAST(1 AS SQL_VARIANT)", "The type SQL_VARIANT");
   ExpectRefused("DECLARE @s NATIONAL CHAR(5)", "A type name of several words");
 }
@@ -87,9 +86,6 @@ TEST_F(RefusalsTest, OptionsAndHintsAreRefused) {
   });
   ExpectNamesRefused(RefusedKind::TableHint, "The table hint ",
                      [](const std::string& name) { return "SELECT a FROM t WITH (NOLOCK, " + name + ")"; });
-  ExpectRefused("SELECT a FROM t (INDEX = pk_t)", "The table hint INDEX");
-  ExpectRefused("UPDATE t SET b = 'x' OPTION (RECOMPILE)", "The OPTION clause");
-  ExpectRefused("INSERT INTO t (a) VALUES (1) OPTION (RECOMPILE)", "The OPTION clause");
 }
 
 TEST_F(RefusalsTest, ProceduresAndViewsOfTheServerAreRefused) {
@@ -103,32 +99,28 @@ TEST_F(RefusalsTest, ProceduresAndViewsOfTheServerAreRefused) {
 }
 
 TEST_F(RefusalsTest, VariantsOfConstructs) {
-  ExpectRefused("SELECT a FROM t ORDER BY b COLLATE Chinese_PRC_CI_AS", "COLLATE in an expression");
-  ExpectRefused("SELECT a FROM t WHERE b COLLATE Chinese_PRC_BIN = 'x'", "COLLATE in an expression");
+  const std::string inner = "A collation that tells cases apart in a column of an inner query";
+  ExpectRefused("SELECT b COLLATE Chinese_PRC_BIN AS x INTO u FROM t", inner);
+  ExpectRefused("SELECT b FROM t UNION SELECT b COLLATE Chinese_PRC_CS_AS FROM t", inner);
+  ExpectRefused("SELECT a FROM t WHERE b = (SELECT b COLLATE Chinese_PRC_BIN FROM t)", inner);
+  ExpectRefused("SELECT NULLIF(b COLLATE Chinese_PRC_BIN, 'x') FROM t",
+                "A collation that tells cases apart in a function that searches texts");
   ExpectRefused("SELECT {fn NOW()}", "An ODBC escape sequence");
   ExpectRefused("{call p}", "An ODBC escape sequence");
   ExpectRefused("SELECT a FROM {oj t x LEFT OUTER JOIN t y ON x.a = y.a}", "An ODBC escape sequence");
   ExpectRefused("SELECT a FROM t WHERE b LIKE 'x!%' {escape '!'}", "An ODBC escape sequence");
-  ExpectRefused("SELECT a FROM @t", "A table variable");
-  ExpectRefused("INSERT INTO @t VALUES (1)", "A table variable");
-  ExpectRefused("UPDATE @t SET a = 1", "A table variable");
   ExpectRefused("SELECT a FROM OPENROWSET('SQLNCLI', 'x', 'SELECT 1') x", "A function in place of a table");
-  ExpectRefused("SELECT a FROM t x OUTER APPLY f(x.a)", "APPLY");
   ExpectRefused("SELECT a FROM t x UNPIVOT (v FOR n IN (a)) y", "PIVOT and UNPIVOT");
   ExpectRefused("SELECT a FROM t GROUP BY ROLLUP (a)", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
   ExpectRefused("SELECT a FROM t GROUP BY ()", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
   ExpectRefused("SELECT a FROM t FOR JSON PATH", "FOR XML, JSON or BROWSE");
-  ExpectRefused("SELECT a FROM t UNION SELECT 1 ORDER BY 1 OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY",
-                "OFFSET and FETCH");
   ExpectRefused("DECLARE @v VARCHAR(9) SELECT @v ^= 1", "Compound assignment in SELECT");
-  ExpectRefused("DECLARE c SCROLL CURSOR FOR SELECT 1", "A cursor");
-  ExpectRefused("DECLARE @c CURSOR", "A cursor");
   ExpectRefused("EXEC ('SELECT 1') AT other", "EXEC of a text AT a server or AS a user");
   ExpectRefused("EXEC p WITH RESULT SETS NONE", "EXEC WITH an option");
   ExpectRefused("CREATE TABLE x (a INT ROWGUIDCOL)", "A property of a column such as SPARSE or ROWGUIDCOL");
   ExpectRefused("CREATE TABLE x (a INT) WITH (MEMORY_OPTIMIZED = ON)", "A table or index option");
   ExpectRefused("CREATE INDEX ix ON t (a) WITH (DROP_EXISTING = ON)", "A table or index option");
-  ExpectRefused("ALTER TABLE t ADD DEFAULT 0 FOR a", "ALTER TABLE ADD DEFAULT ... FOR");
+  ExpectRefused("ALTER TABLE t ALTER COLUMN a DROP PERSISTED", "ALTER COLUMN ADD or DROP of a property");
   ExpectRefused("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ",
                 "An isolation level other than READ COMMITTED");
 }
@@ -149,6 +141,17 @@ TEST_F(RefusalsTest, WhatChangesNothingIsAccepted) {
        "IGNORE_DUP_KEY = OFF) ON [PRIMARY]) ON [PRIMARY] TEXTIMAGE_ON [PRIMARY]");
   Must("CREATE INDEX ix ON x (a) WITH (SORT_IN_TEMPDB = ON, MAXDOP = 1) ON [PRIMARY]");
   Must("SELECT a FROM t WITH (NOLOCK, ROWLOCK) WHERE a IN (SELECT a FROM t (UPDLOCK))");
+  Must("SELECT a FROM t (INDEX = pk_t) WHERE a = 1 SELECT a FROM t WITH (NOLOCK, INDEX (pk_t, 1), FORCESEEK) "
+       "SELECT a FROM t WITH (INDEX (0)) SELECT a FROM t x WITH (FORCESEEK (pk_t (a)))");
+  Must("SELECT x.a FROM t x INNER HASH JOIN t y ON x.a = y.a LEFT LOOP JOIN t z ON z.a = y.a "
+       "FULL OUTER MERGE JOIN t u ON u.a = z.a");
+  Must(
+      "SELECT a FROM t GROUP BY a ORDER BY a OPTION (MAXDOP 1, RECOMPILE, FAST 10, HASH GROUP, FORCE ORDER) "
+      "UPDATE t SET b = 'x' OPTION (RECOMPILE) DELETE FROM t WHERE a = 7 OPTION (LOOP JOIN, KEEP PLAN) "
+      "INSERT INTO t (a) VALUES (1) OPTION (OPTIMIZE FOR UNKNOWN) "
+      "INSERT INTO t (a) SELECT 2 OPTION (OPTIMIZE FOR (@p = 1), USE HINT ('FORCE_LEGACY_CARDINALITY_ESTIMATION'))");
+  EXPECT_EQ(ErrorOf("SELECT a FROM t OPTION (NOTHING)"), 102);
+  EXPECT_EQ(ErrorOf("SELECT a FROM (SELECT a FROM t OPTION (RECOMPILE)) x"), 156);
   Must("SET ANSI_NULLS ON SET TRANSACTION ISOLATION LEVEL READ UNCOMMITTED");
   Must("DECLARE @x sys.int, @d DOUBLE PRECISION SET @x = 1");
 }

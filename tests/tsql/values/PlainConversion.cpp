@@ -18,30 +18,32 @@ constexpr int64_t kDay = 24 * 60 * 60 * 300; // in ticks
 constexpr int kOverflow = 8115;
 
 // The rows in the order of TypeId, a letter for each type in the same order.
-constexpr std::array<std::string_view, 23> kAllowed = {
-    "IIIIIIIIIIII-II-II-II--", // tinyint
-    "IIIIIIIIIIII-II-II-II--", // smallint
-    "IIIIIIIIIIII-II-II-II--", // int
-    "IIIIIIIIIIII-II-II-II--", // bigint
-    "IIIIIIIIIIII-II-II-II--", // bit
-    "IIIIIIIIIIII-II-II-II--", // decimal
-    "IIIIIIIIIIEE-EE-II-II--", // money
-    "IIIIIIIIIIEE-EE-II-II--", // smallmoney
-    "IIIIIIIIIIII-II-II-II--", // float
-    "IIIIIIIIIIII-II-II-II--", // real
-    "IIIIIIIIIIIIIIIIIIIEEII", // char
-    "IIIIIIIIIIIIIIIIIIIEEII", // varchar
-    "----------IIIEEI-------", // text
-    "IIIIIIIIIIIIIIIIIIIEE-I", // nchar
-    "IIIIIIIIIIIIIIIIIIIEE-I", // nvarchar
-    "----------EEIIII-------", // ntext
-    "EEEEEEEEEEII-II-IIIEE--", // datetime
-    "EEEEEEEEEEII-II-IIIEE--", // smalldatetime
-    "----------II-II-IIIEE--", // date
-    "IIIIIIII--II-II-IIEIIII", // binary
-    "IIIIIIII--II-II-IIEIIII", // varbinary
-    "-------------------III-", // image
-    "----------II-II----II-I", // uniqueidentifier
+constexpr std::array<std::string_view, 25> kAllowed = {
+    "IIIIIIIIIIII-II-II-II----", // tinyint
+    "IIIIIIIIIIII-II-II-II----", // smallint
+    "IIIIIIIIIIII-II-II-II----", // int
+    "IIIIIIIIIIII-II-II-II----", // bigint
+    "IIIIIIIIIIII-II-II-II----", // bit
+    "IIIIIIIIIIII-II-II-II----", // decimal
+    "IIIIIIIIIIEE-EE-II-II----", // money
+    "IIIIIIIIIIEE-EE-II-II----", // smallmoney
+    "IIIIIIIIIIII-II-II-II----", // float
+    "IIIIIIIIIIII-II-II-II----", // real
+    "IIIIIIIIIIIIIIIIIIIEEIIII", // char
+    "IIIIIIIIIIIIIIIIIIIEEIIII", // varchar
+    "----------IIIEEI---------", // text
+    "IIIIIIIIIIIIIIIIIIIEE-III", // nchar
+    "IIIIIIIIIIIIIIIIIIIEE-III", // nvarchar
+    "----------EEIIII---------", // ntext
+    "EEEEEEEEEEII-II-IIIEE--II", // datetime
+    "EEEEEEEEEEII-II-IIIEE--II", // smalldatetime
+    "----------II-II-IIIEE---I", // date
+    "IIIIIIII--II-II-IIEIIIIEE", // binary
+    "IIIIIIII--II-II-IIEIIIIEE", // varbinary
+    "-------------------III---", // image
+    "----------II-II----II-I--", // uniqueidentifier
+    "----------II-II-II-EE--II", // time
+    "----------II-II-IIIEE--II", // datetime2
 };
 
 Wide Power10(int exponent) {
@@ -212,6 +214,57 @@ Outcome ToMoment(int64_t ticks, TypeId to, int outOfRange) {
   if (to == TypeId::SmallDateTime) ticks = FloorDivide(ticks + kMinute / 2, kMinute) * kMinute;
   if (!IsInRange(ticks, to)) return {{}, outOfRange};
   return {Moment{ticks}};
+}
+
+// ---- times and datetime2
+
+constexpr int64_t kFineDay = 24 * 60 * 60 * int64_t{10000000};
+constexpr int kFineDigits = 7;
+
+std::string FineText(int64_t units, const Type& type) {
+  const int64_t days = FloorDivide(units, kFineDay);
+  const int64_t ofDay = units - days * kFineDay;
+  const std::chrono::year_month_day date = DateOf(days);
+  std::ostringstream text;
+  text << std::setfill('0');
+  if (type.id != TypeId::Time)
+    text << std::setw(4) << static_cast<int>(date.year()) << '-' << std::setw(2)
+         << static_cast<unsigned>(date.month()) << '-' << std::setw(2) << static_cast<unsigned>(date.day())
+         << ' ';
+  const int64_t seconds = ofDay / 10000000;
+  text << std::setw(2) << seconds / 3600 << ':' << std::setw(2) << seconds / 60 % 60 << ':' << std::setw(2)
+       << seconds % 60;
+  if (type.scale == 0) return text.str();
+  text << '.' << std::setw(kFineDigits) << ofDay % 10000000;
+  const std::string all = text.str();
+  return all.substr(0, all.size() - kFineDigits + type.scale);
+}
+
+// Halves are rounded up. A time goes round the clock, and the last moment of the year 9999 is cut.
+Outcome ToFine(int64_t units, const Type& to) {
+  const auto step = static_cast<int64_t>(Power10(kFineDigits - to.scale));
+  if (to.id == TypeId::Time) units -= FloorDivide(units, kFineDay) * kFineDay;
+  int64_t rounded = FloorDivide(units + step / 2, step) * step;
+  if (to.id == TypeId::Time) return {Fine{rounded % kFineDay}};
+  if (rounded >= (DaysOf(9999, 12, 31) + 1) * kFineDay) rounded -= step;
+  return {Fine{rounded}};
+}
+
+// Of a tick the nearest millisecond counts.
+int64_t FineOfTicks(int64_t ticks) {
+  const int64_t days = FloorDivide(ticks, kDay);
+  return days * kFineDay + static_cast<int64_t>(DivideRounded(Wide{ticks - days * kDay} * 10, 3)) * 10000;
+}
+
+Outcome FineToMoment(int64_t units, TypeId to) {
+  if (to == TypeId::Date) return ToMoment(FloorDivide(units, kFineDay) * kDay, to, 242);
+  const int64_t days = FloorDivide(units, kFineDay);
+  const auto ticks = static_cast<int64_t>(DivideRounded(Wide{units - days * kFineDay} * 3, 100000));
+  return ToMoment(days * kDay + ticks, to, 242);
+}
+
+bool IsFineType(TypeId id) {
+  return id == TypeId::Time || id == TypeId::DateTime2;
 }
 
 std::string MomentText(int64_t ticks, TypeId from) {
@@ -385,6 +438,16 @@ std::string StoredBytes(const Plain& value, const Type& from) {
     if (from.id == TypeId::DateTime) return HighFirst(static_cast<uint64_t>(days), 4) + HighFirst(rest, 4);
     return HighFirst(static_cast<uint64_t>(days), 2) + HighFirst(rest / 18000, 2);
   }
+  if (const auto* fine = std::get_if<Fine>(&value)) {
+    // The number of digits, the time in units of the last of them, and the days since the year 1.
+    const int64_t days = FloorDivide(fine->units, kFineDay);
+    const auto unit = static_cast<int64_t>(Power10(kFineDigits - from.scale));
+    const size_t size = from.scale < 3 ? 3 : from.scale < 5 ? 4 : 5;
+    std::string bytes =
+        static_cast<char>(from.scale) + LowFirst((fine->units - days * kFineDay) / unit, size);
+    if (from.id == TypeId::DateTime2) bytes += LowFirst(days - DaysOf(1, 1, 1), 3);
+    return bytes;
+  }
   return GuidBytes(std::get<Guid>(value).digits);
 }
 
@@ -492,6 +555,8 @@ Outcome CastToText(const Plain& value, const Type& from, const Type& to) {
   if (const auto* text = std::get_if<std::u32string>(&value)) return {FitText(*text, to)};
   if (const auto* moment = std::get_if<Moment>(&value))
     return {FitText(FromAscii(MomentText(moment->ticks, from.id)), to)};
+  if (const auto* fine = std::get_if<Fine>(&value))
+    return {FitText(FromAscii(FineText(fine->units, from)), to)};
   if (const auto* binary = std::get_if<Bytes>(&value))
     return {FitText(TextOf(binary->bytes, IsUnicodeType(to.id)), to)};
   return NumberToText(Show(value, from), to, 8170);
@@ -505,24 +570,66 @@ Outcome DaysToMoment(const Exact& days, TypeId to) {
   return ToMoment(static_cast<int64_t>(DivideRounded(days.units * kDay, Power10(days.scale))), to, kOverflow);
 }
 
+// A year; or a day, with or without a time that has up to so many digits of a fraction. The types that came
+// later have one error for all texts that they do not take.
+Outcome TextToMoment(const std::string& text, const Type& to) {
+  const bool isOlder = to.id == TypeId::DateTime || to.id == TypeId::SmallDateTime;
+  const int malformed = to.id == TypeId::SmallDateTime ? 295 : 241;
+  const int outOfRange = isOlder ? 242 : 241;
+  int64_t days = 0;
+  int64_t ofDay = 0; // in 100 ns
+  if (Matches(text, "[0-9]{4}")) {
+    days = DaysOf(std::stoi(text), 1, 1);
+  } else if (!text.empty()) {
+    const std::regex form(
+        "([0-9]{4})-([0-9]{2})-([0-9]{2})( ([0-9]{2}):([0-9]{2})(:([0-9]{2})([.]([0-9]*))?)?)?");
+    std::smatch parts;
+    if (!std::regex_match(text, parts, form)) return {{}, malformed};
+    const auto number = [&](size_t i) { return parts[i].length() == 0 ? 0 : std::stoi(parts[i].str()); };
+    std::string fraction = parts[10].str();
+    if (parts[9].matched && (fraction.empty() || fraction.size() > (isOlder ? 3U : 7U)))
+      return {{}, malformed};
+    fraction.resize(kFineDigits, '0');
+    const std::chrono::year_month_day date{std::chrono::year(number(1)),
+                                           std::chrono::month(static_cast<unsigned>(number(2))),
+                                           std::chrono::day(static_cast<unsigned>(number(3)))};
+    if (!date.ok()) return {{}, outOfRange};
+    days = DaysOf(number(1), static_cast<unsigned>(number(2)), static_cast<unsigned>(number(3)));
+    ofDay = ((number(5) * int64_t{60} + number(6)) * 60 + number(8)) * 10000000 + std::stoi(fraction);
+  }
+  if (IsFineType(to.id)) return ToFine(days * kFineDay + ofDay, to);
+  const auto ticks = static_cast<int64_t>(DivideRounded(Wide{ofDay} * 3, 100000));
+  return ToMoment(days * kDay + ticks, to.id, outOfRange);
+}
+
+Outcome BytesToFine(const std::string& bytes, const Type& to) {
+  const auto number = [&](size_t first, size_t count) {
+    int64_t sum = 0;
+    for (size_t i = first + count; i-- > first;) sum = sum * 256 + static_cast<unsigned char>(bytes[i]);
+    return sum;
+  };
+  const int64_t digits = bytes.empty() ? 99 : number(0, 1);
+  if (digits > kFineDigits) return {{}, kOverflow};
+  const size_t size = digits < 3 ? 3 : digits < 5 ? 4 : 5;
+  const bool hasDay = to.id == TypeId::DateTime2;
+  if (bytes.size() != 1 + size + (hasDay ? 3 : 0)) return {{}, kOverflow};
+  const auto unit = static_cast<int64_t>(Power10(kFineDigits - static_cast<int>(digits)));
+  if (number(1, size) >= kFineDay / unit) return {{}, kOverflow};
+  const int64_t days = hasDay ? number(1 + size, 3) + DaysOf(1, 1, 1) : 0;
+  if (days > DaysOf(9999, 12, 31)) return {{}, kOverflow};
+  return ToFine(days * kFineDay + number(1, size) * unit, to);
+}
+
 Outcome CastToMoment(const Plain& value, const Type& to) {
   if (const auto* integer = std::get_if<int64_t>(&value)) return DaysToMoment({*integer, 0}, to.id);
   if (const auto* exact = std::get_if<Exact>(&value)) return DaysToMoment(*exact, to.id);
   if (const auto* number = std::get_if<double>(&value)) return DaysToMoment(ExactOf(*number), to.id);
-  if (const auto* moment = std::get_if<Moment>(&value)) return ToMoment(moment->ticks, to.id, 242);
-  if (const auto* text = std::get_if<std::u32string>(&value)) {
-    const std::string trimmed = Trimmed(*text);
-    if (trimmed.empty()) return ToMoment(0, to.id, 242);
-    // Four digits are a year.
-    if (Matches(trimmed, "[0-9]{4}")) return ToMoment(DaysOf(std::stoi(trimmed), 1, 1) * kDay, to.id, 242);
-    if (!Matches(trimmed, "[0-9]{4}-[0-9]{2}-[0-9]{2}")) return {{}, 241};
-    const auto month = static_cast<unsigned>(std::stoi(trimmed.substr(5, 2)));
-    const auto day = static_cast<unsigned>(std::stoi(trimmed.substr(8, 2)));
-    const std::chrono::year_month_day date{std::chrono::year(std::stoi(trimmed.substr(0, 4))),
-                                           std::chrono::month(month), std::chrono::day(day)};
-    if (!date.ok()) return {{}, 242};
-    return ToMoment(DaysOf(static_cast<int>(date.year()), month, day) * kDay, to.id, 242);
-  }
+  if (const auto* moment = std::get_if<Moment>(&value))
+    return IsFineType(to.id) ? ToFine(FineOfTicks(moment->ticks), to) : ToMoment(moment->ticks, to.id, 242);
+  if (const auto* fine = std::get_if<Fine>(&value))
+    return IsFineType(to.id) ? ToFine(fine->units, to) : FineToMoment(fine->units, to.id);
+  if (const auto* text = std::get_if<std::u32string>(&value)) return TextToMoment(Trimmed(*text), to);
+  if (IsFineType(to.id)) return BytesToFine(std::get<Bytes>(value).bytes, to);
   const std::string& bytes = std::get<Bytes>(value).bytes;
   if (to.id == TypeId::Date) {
     if (bytes.size() != 3) return {{}, kOverflow};
@@ -597,6 +704,15 @@ int64_t MakeTicks(TypeId id, std::mt19937_64& random) {
   return days * kDay + (id == TypeId::Date ? 0 : Between(random, 0, 31) * (kDay / 32));
 }
 
+int64_t MakeFine(const Type& type, std::mt19937_64& random) {
+  const auto step = static_cast<int64_t>(Power10(kFineDigits - type.scale));
+  const int64_t ofDay = Between(random, 0, kFineDay / step - 1) * step;
+  if (type.id == TypeId::Time) return ofDay;
+  const bool isNear = Between(random, 0, 2) > 0;
+  return Between(random, isNear ? -40 : DaysOf(1, 1, 1), isNear ? 300 : DaysOf(9999, 12, 31)) * kFineDay +
+         ofDay;
+}
+
 std::string MakeGuid(std::mt19937_64& random) {
   std::string digits;
   for (int i = 0; i < 32; ++i) digits += "0123456789ABCDEF"[Between(random, 0, 15)];
@@ -626,7 +742,9 @@ std::u32string MakeText(const Type& type, std::mt19937_64& random) {
     std::array<char, 16> date{};
     std::snprintf(date.data(), date.size(), "%04d-%02d-%02d", static_cast<int>(Between(random, 1700, 2100)),
                   static_cast<int>(Between(random, 1, 12)), static_cast<int>(Between(random, 1, 31)));
-    text = FromAscii(date.data());
+    const Type clock{TypeId::Time, 0, 0, static_cast<uint8_t>(Between(random, 0, 7))};
+    const bool hasTime = Between(random, 0, 2) == 0;
+    text = FromAscii(date.data() + (hasTime ? " " + FineText(MakeFine(clock, random), clock) : ""));
     break;
   }
   case 5: text = FromAscii(Between(random, 0, 1) == 0 ? "True" : " 98765432109 "); break;
@@ -651,7 +769,10 @@ std::string MakeBytes(const Type& type, std::mt19937_64& random) {
   }
   case 2: {
     const Type moment{Between(random, 0, 1) == 0 ? TypeId::DateTime : TypeId::Date};
-    bytes = StoredBytes(Moment{MakeTicks(moment.id, random)}, moment);
+    const Type fine{Between(random, 0, 1) == 0 ? TypeId::Time : TypeId::DateTime2, 0, 0,
+                    static_cast<uint8_t>(Between(random, 0, 7))};
+    bytes = Between(random, 0, 1) == 0 ? StoredBytes(Moment{MakeTicks(moment.id, random)}, moment)
+                                       : StoredBytes(Fine{MakeFine(fine, random)}, fine);
     break;
   }
   default:
@@ -693,7 +814,9 @@ Outcome Cast(const Plain& value, const Type& from, const Type& to) {
   case TypeId::Real: return CastToFloat(value, to);
   case TypeId::DateTime:
   case TypeId::SmallDateTime:
-  case TypeId::Date: return CastToMoment(value, to);
+  case TypeId::Date:
+  case TypeId::Time:
+  case TypeId::DateTime2: return CastToMoment(value, to);
   case TypeId::Binary:
   case TypeId::VarBinary:
   case TypeId::Image: return ToBinary(value, from, to);
@@ -714,6 +837,8 @@ Plain MakeValue(const Type& type, std::mt19937_64& random) {
   case TypeId::DateTime:
   case TypeId::SmallDateTime:
   case TypeId::Date: return Moment{MakeTicks(type.id, random)};
+  case TypeId::Time:
+  case TypeId::DateTime2: return Fine{MakeFine(type, random)};
   case TypeId::Binary:
   case TypeId::VarBinary:
   case TypeId::Image: return Bytes{MakeBytes(type, random)};
@@ -738,6 +863,7 @@ std::string Show(const Plain& value, const Type& type) {
   }
   if (const auto* text = std::get_if<std::u32string>(&value)) return Utf8(*text);
   if (const auto* moment = std::get_if<Moment>(&value)) return std::to_string(moment->ticks);
+  if (const auto* fine = std::get_if<Fine>(&value)) return FineText(fine->units, type);
   if (const auto* guid = std::get_if<Guid>(&value)) return GuidText(guid->digits);
   std::string hex = "0x";
   for (const char byte : std::get<Bytes>(value).bytes) {
@@ -765,6 +891,10 @@ Value ToValue(const Plain& value, std::string& storage) {
     const int64_t days = FloorDivide(moment->ticks, kDay);
     result.kind = Value::Kind::DateTime;
     result.datetime = {static_cast<int32_t>(days), static_cast<int32_t>(moment->ticks - days * kDay)};
+  } else if (const auto* fine = std::get_if<Fine>(&value)) {
+    storage = FineText(fine->units, {TypeId::DateTime2, 0, 0, kFineDigits});
+    result.kind = Value::Kind::Text;
+    result.text = storage;
   } else if (const auto* binary = std::get_if<Bytes>(&value)) {
     storage = binary->bytes;
     result.kind = Value::Kind::Bytes;

@@ -23,6 +23,11 @@ struct Moment {
   int64_t ticks = 0; // 1/300 seconds since 1900-01-01
 };
 
+// A time or datetime2.
+struct Fine {
+  int64_t units = 0; // 100 ns since 1900-01-01
+};
+
 struct Guid {
   std::string digits; // 32 of them, as they are shown
 };
@@ -31,8 +36,8 @@ struct Bytes {
   std::string bytes;
 };
 
-// Integers and bit; decimals and money; float and real; texts; moments; binary values; GUIDs.
-using Plain = std::variant<int64_t, Exact, double, std::u32string, Moment, Bytes, Guid>;
+// Integers and bit; decimals and money; float and real; texts; moments of both kinds; binary values; GUIDs.
+using Plain = std::variant<int64_t, Exact, double, std::u32string, Moment, Fine, Bytes, Guid>;
 
 // What a conversion comes to: a value, or the number of an error.
 struct Outcome {

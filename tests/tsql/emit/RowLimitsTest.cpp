@@ -1,0 +1,88 @@
+// TOP PERCENT, TOP WITH TIES, OFFSET and FETCH.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class RowLimitsTest : public EngineTest {
+ protected:
+  RowLimitsTest() {
+    Must("CREATE TABLE n (a INT NOT NULL PRIMARY KEY, b INT NULL, c VARCHAR(5) NULL)");
+    Must("INSERT INTO n VALUES (1, 10, 'x'), (2, 20, 'X'), (3, 20, 'y'), (4, 30, 'z'), (5, NULL, 'z')");
+  }
+};
+
+TEST_F(RowLimitsTest, Offset) {
+  EXPECT_EQ(Rows("SELECT a FROM n ORDER BY a OFFSET 2 ROWS"), Lines({"3", "4", "5"}));
+  EXPECT_EQ(Rows("SELECT a FROM n ORDER BY a DESC OFFSET 1 ROW FETCH NEXT 2 ROWS ONLY"), Lines({"4", "3"}));
+  EXPECT_EQ(Rows("DECLARE @o INT, @f BIGINT SELECT @o = 1, @f = 1 "
+                 "SELECT a FROM n ORDER BY a OFFSET @o + 1 ROWS FETCH FIRST @f ROW ONLY"),
+            Lines({"3"}));
+  EXPECT_EQ(Rows("SELECT a FROM n ORDER BY a OFFSET (SELECT COUNT(*) FROM n WHERE b = 20) ROWS"),
+            Lines({"3", "4", "5"}));
+  EXPECT_EQ(Rows("SELECT a FROM n ORDER BY a OFFSET 9 ROWS"), Lines());
+  EXPECT_EQ(Rows("SELECT a FROM n UNION SELECT 7 ORDER BY a DESC OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY"),
+            Lines({"5"}));
+  // With OFFSET a derived table may be ordered.
+  EXPECT_EQ(Rows("SELECT MAX(a) FROM (SELECT a FROM n ORDER BY a OFFSET 1 ROWS FETCH NEXT 2 ROWS ONLY) x"),
+            Lines({"3"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT a, (SELECT y.a FROM n y WHERE y.a > x.a ORDER BY y.a OFFSET 1 ROWS FETCH NEXT 1 ROWS ONLY) "
+          "FROM n x WHERE a > 2 ORDER BY a"),
+      Lines({"3|5", "4|NULL", "5|NULL"}));
+  EXPECT_EQ(Rows("SELECT DISTINCT b FROM n ORDER BY b OFFSET 1 ROWS"), Lines({"10", "20", "30"}));
+  Must("CREATE TABLE m (a INT) INSERT INTO m SELECT a FROM n ORDER BY a OFFSET 3 ROWS");
+  EXPECT_EQ(Rows("SELECT a FROM m ORDER BY a"), Lines({"4", "5"}));
+}
+
+TEST_F(RowLimitsTest, BadOffsets) {
+  EXPECT_EQ(ErrorText("SELECT a FROM n ORDER BY a OFFSET -1 ROWS"),
+            "10742 1 The offset specified in a OFFSET clause may not be negative.");
+  EXPECT_EQ(ErrorOf("DECLARE @o INT SET @o = -1 SELECT a FROM n ORDER BY a OFFSET @o ROWS"), 10742);
+  EXPECT_EQ(ErrorOf("DECLARE @o INT SELECT a FROM n ORDER BY a OFFSET @o ROWS"), 10743);
+  EXPECT_EQ(ErrorOf("SELECT a FROM n ORDER BY a OFFSET 1.5 ROWS"), 10743);
+  EXPECT_EQ(ErrorText("SELECT a FROM n ORDER BY a OFFSET 1 ROWS FETCH NEXT 0 ROWS ONLY"),
+            "10744 1 The number of rows provided for a FETCH clause must be greater then zero.");
+  EXPECT_EQ(ErrorText("SELECT TOP 1 a FROM n ORDER BY a OFFSET 1 ROWS"),
+            "10741 1 A TOP can not be used in the same query or sub-query as a OFFSET.");
+  EXPECT_EQ(ErrorOf("SELECT a FROM n OFFSET 1 ROWS"), 102);
+  EXPECT_EQ(ErrorOf("SELECT a FROM n ORDER BY a OFFSET a ROWS"), 207);
+}
+
+TEST_F(RowLimitsTest, Percent) {
+  // A part of a row is a whole one.
+  EXPECT_EQ(Rows("SELECT TOP 40 PERCENT a FROM n ORDER BY a DESC"), Lines({"5", "4"}));
+  EXPECT_EQ(Rows("SELECT TOP (41) PERCENT a FROM n ORDER BY a"), Lines({"1", "2", "3"}));
+  EXPECT_EQ(Rows("SELECT TOP 0 PERCENT a FROM n"), Lines());
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM (SELECT TOP 100 PERCENT a FROM n ORDER BY b) x"), Lines({"5"}));
+  EXPECT_EQ(Rows("DECLARE @p FLOAT SET @p = 0.1 SELECT TOP (@p) PERCENT a, b FROM n ORDER BY c DESC, a DESC"),
+            Lines({"5|NULL"}));
+  EXPECT_EQ(Rows("SELECT TOP 50 PERCENT b, COUNT(*) FROM n GROUP BY b ORDER BY COUNT(*) DESC, b"),
+            Lines({"20|2", "NULL|1"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT x.a, (SELECT MAX(a) FROM (SELECT TOP 50 PERCENT y.a FROM n y WHERE y.a <= x.a ORDER BY y.a) z) "
+          "FROM n x WHERE x.a > 3 ORDER BY 1"),
+      Lines({"4|2", "5|3"}));
+  EXPECT_EQ(ErrorText("SELECT TOP 101 PERCENT a FROM n"), "1031 1 Percent values must be between 0 and 100.");
+  EXPECT_EQ(ErrorOf("DECLARE @p INT SET @p = -1 SELECT TOP (@p) PERCENT a FROM n"), 1031);
+}
+
+TEST_F(RowLimitsTest, Ties) {
+  EXPECT_EQ(Rows("SELECT TOP 3 WITH TIES a FROM n ORDER BY b"), Lines({"5", "1", "2", "3"}));
+  EXPECT_EQ(Rows("SELECT TOP (1) WITH TIES c, a FROM n ORDER BY c"), Lines({"x|1", "X|2"}));
+  EXPECT_EQ(
+      Rows("SELECT TOP 1 WITH TIES b, COUNT(*) FROM n GROUP BY b HAVING COUNT(*) = 1 ORDER BY COUNT(*) DESC"),
+      Lines({"NULL|1", "10|1", "30|1"}));
+  EXPECT_EQ(Rows("SELECT DISTINCT TOP 1 WITH TIES c FROM n ORDER BY c DESC"), Lines({"z"}));
+  EXPECT_EQ(Rows("SELECT TOP 10 PERCENT WITH TIES a FROM n ORDER BY c DESC"), Lines({"4", "5"}));
+  EXPECT_EQ(ErrorText("SELECT TOP 1 WITH TIES a FROM n"),
+            "1062 1 The TOP N WITH TIES clause is not allowed without a corresponding ORDER BY clause.");
+  Must(
+      "CREATE TABLE m (a INT, d INT DEFAULT 8) INSERT INTO m (a) SELECT TOP 1 WITH TIES a FROM n ORDER BY c");
+  EXPECT_EQ(Rows("SELECT a, d FROM m ORDER BY a"), Lines({"1|8", "2|8"}));
+}
+
+} // namespace
+} // namespace tsql::test

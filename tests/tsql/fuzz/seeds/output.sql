@@ -1,0 +1,1 @@
+UPDATE b SET FQty = FQty + 1 OUTPUT deleted.FQty, inserted.FQty, c.FEntryID FROM ICBOM b JOIN ICBOMChild c ON c.FInterID = b.FInterID DELETE FROM ICBOMChild OUTPUT deleted.FInterID INTO ICBOMGroup (FParentID) INSERT INTO ICBOMGroup (FNumber) OUTPUT inserted.* VALUES ('x'), ('y')

@@ -1,0 +1,40 @@
+// What a table is to be: checks the columns and constraints of a definition as the server does, and makes the
+// catalog's entry of them. Nothing is made in SQLite or written here.
+#pragma once
+
+#include "tsql/catalog/Catalog.h"
+#include "tsql/syntax/StatementTree.h"
+
+namespace tsql {
+
+// The largest number that an identity column of the type can have.
+int64_t LargestIdentity(const Type& type);
+
+class TableShape {
+ public:
+  explicit TableShape(const Catalog& catalog) : catalog_(catalog) {}
+
+  // The name in SQLite is the table's own.
+  TableInfo MakeTable(const ObjectName& name, const std::vector<ColumnDefinition>& columns,
+                      const std::vector<ConstraintDefinition>& constraints) const;
+  void AddColumn(TableInfo& table, const ColumnDefinition& definition) const;
+  // When all columns are added: finds the types of the computed ones from column number `first` on.
+  void BindComputed(TableInfo& table, size_t first) const;
+  // Refuses a column that no index can have.
+  void CheckIndexed(const TableInfo& table, int column) const;
+  void AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const;
+  // Refuses what an identity column cannot be.
+  static void CheckIdentity(const ColumnInfo& column);
+  // The table that a foreign key refers to. That may be the table itself, which is not in the catalog yet.
+  TablePtr FindReferenced(const TableInfo& table, const KeyInfo& key) const;
+
+ private:
+  void AddDefault(TableInfo& table, const ConstraintDefinition& definition) const;
+  void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
+  void CheckKeyName(const TableInfo& table, const KeyInfo& key) const;
+  void ChooseRowid(TableInfo& table) const;
+
+  const Catalog& catalog_;
+};
+
+} // namespace tsql

@@ -1,0 +1,117 @@
+// Changes whose rows are staged: those with OUTPUT, and updates that move keys from row to row.
+#include <algorithm>
+
+#include "tsql/emit/Emitter.h"
+#include "tsql/sqlite/Quotation.h"
+
+namespace tsql {
+namespace {
+
+// The new values of the columns that are written.
+std::string NewList(const TableInfo& table) {
+  std::string columns;
+  for (size_t i = 0; i < table.columns.size(); ++i)
+    if (!table.columns[i].IsComputed()) columns += (columns.empty() ? "" : ", ") + StagedNewName(i);
+  return columns;
+}
+
+std::string DeleteStaged(const TableInfo& table) {
+  return "DELETE FROM " + table.SqlName() + " WHERE _rowid_ IN (SELECT " + StagedRowName() + " FROM " +
+         kStagedRows + ")";
+}
+
+} // namespace
+
+EmittedSql Emitter::EmitReturningInsert(const BoundInsert& insert) {
+  EmitInsertion(insert);
+  Text(" RETURNING _rowid_");
+  for (const ColumnInfo& column : insert.table->columns) Text(", " + QuoteName(column.name) + ", NULL");
+  return Finish();
+}
+
+EmittedChange Emitter::EmitStaged(const BoundUpdate& update) {
+  const TableInfo& table = *update.table;
+  EmittedChange emitted;
+  emitted.rows = Emitter().EmitRowsOf(update, &update);
+  std::string assignments;
+  for (const auto& [column, value] : update.assignments) {
+    const auto index = static_cast<size_t>(column);
+    assignments += (assignments.empty() ? "" : ", ") + QuoteName(table.columns[index].name) + " = q." +
+                   StagedNewName(index);
+  }
+  emitted.change = "UPDATE " + table.SqlName() + " AS u SET " + assignments + " FROM " + kStagedRows +
+                   " AS q WHERE u._rowid_ = q." + StagedRowName();
+  // Where no column is the rowid, the rows keep the rowid that they had.
+  const bool hasOwn = table.rowidColumn >= 0;
+  emitted.replacements = {DeleteStaged(table), "INSERT INTO " + table.SqlName() + "(" +
+                                                   (hasOwn ? "" : "_rowid_, ") + table.StoredColumns() +
+                                                   ") SELECT " + (hasOwn ? "" : StagedRowName() + ", ") +
+                                                   NewList(table) + " FROM " + kStagedRows};
+  return emitted;
+}
+
+EmittedChange Emitter::EmitStaged(const BoundDelete& statement) {
+  EmittedChange emitted;
+  emitted.rows = Emitter().EmitRowsOf(statement, nullptr);
+  emitted.change = DeleteStaged(*statement.table);
+  return emitted;
+}
+
+// The rows that change, the new values of an update among them.
+template <typename Change>
+EmittedSql Emitter::EmitRowsOf(const Change& change, const BoundUpdate* update) {
+  EmitCommons(change.commons);
+  Text("SELECT ");
+  EmitAlias(change.target);
+  Text("._rowid_");
+  for (size_t i = 0; i < change.table->columns.size(); ++i) {
+    const auto emitOld = [&] {
+      EmitAlias(change.target);
+      Text("." + QuoteName(change.table->columns[i].name));
+    };
+    Text(", ");
+    const BoundExpr* assigned = nullptr;
+    if (update != nullptr) {
+      for (const auto& [column, value] : update->assignments)
+        if (column == static_cast<int>(i)) assigned = value.get();
+    }
+    if (assigned != nullptr) {
+      Emit(*assigned);
+    } else {
+      emitOld();
+    }
+    Text(", ");
+    emitOld();
+  }
+  if (change.output) {
+    for (const BoundExprPtr& other : change.output->others) {
+      Text(", ");
+      Emit(*other);
+    }
+  }
+  Text(" FROM ");
+  if (change.from) {
+    EmitSource(*change.from);
+  } else {
+    Text(change.table->SqlName() + " AS ");
+    EmitAlias(change.target);
+  }
+  if (change.where) {
+    Text(" WHERE ");
+    Emit(*change.where);
+  }
+  // A row that a join finds several times is changed once, and TOP counts it once.
+  Text(" GROUP BY 1");
+  if (change.top) {
+    Text(" LIMIT ");
+    Emit(*change.top);
+  }
+  return Finish();
+}
+
+EmittedSql Emitter::EmitOutputRows(const BoundOutput& output) {
+  if (output.into) return EmitInsert(*output.into);
+  return EmitStatement(*output.query);
+}
+
+} // namespace tsql
