@@ -4,140 +4,19 @@
 //
 // calls_bench FACTORY [FOLDER]: FACTORY is the factory's database, of which a copy is used; the databases are
 // made in FOLDER, by default in build/bench.
-#include <objbase.h>
-
-#include <cstdio>
-#include <functional>
+#include <stdexcept>
 #include <vector>
 
 #include "bench/SideBySide.h"
+#include "bench/UnderCom.h"
+#include "bench/calls/Caller.h"
 #include "bench/view/BrowserData.h"
-#include "com/ComError.h"
-#include "com/DispatchObject.h"
 #include "com/Text.h"
-#include "standin/ado/Connection.h"
 
 namespace bench {
 namespace {
 
 using com::Object;
-using com::Variant;
-
-constexpr int kTurns = 11;
-
-// A file, and an open connection to it that belongs to nobody else.
-class Data {
- public:
-  explicit Data(std::wstring file) : file_(std::move(file)) {
-    connection_->object().Open(Dsn(), Variant::Missing(), Variant::Missing(), -1);
-  }
-
-  std::wstring Dsn() const {
-    return L"Provider=Embedded;Data Source=" + file_ + L";User ID=16402;Language=en;SubID=SC";
-  }
-  void Run(const std::wstring& statement) const {
-    connection_->object().Run(statement, standin::ado::CommandType::Text).Take(true);
-  }
-  void Begin() const { connection_->object().BeginTrans(); }
-  void Commit() const { connection_->object().CommitTrans(); }
-
- private:
-  std::wstring file_;
-  com::Ptr<com::DispatchObject<standin::ado::Connection>> connection_ = com::Make<standin::ado::Connection>();
-};
-
-// A call of the component.
-struct Call {
-  std::string name;
-  std::wstring className; // "BomView"
-  std::wstring method;
-  std::vector<Variant> arguments = {}; // after the descriptor
-  std::wstring reset = {};             // the statement that makes the call possible again; or empty
-  int pieces = 20;                     // so many in a turn
-  Aim aim = {.ratio = 1.3, .microsecondsAbove = 100};
-};
-
-Object Create(const std::wstring& className, bool hosted) {
-  const std::wstring progId = L"QorvaneMBomBill." + className;
-  if (!hosted) return Object::Create(progId.c_str());
-  return Object::Create(L"ErpStandIn.Host").Call(L"CreateObject", progId).AsObject();
-}
-
-// The component's side of a call.
-class Caller {
- public:
-  Caller(const Call& call, const Data& data, bool hosted)
-      : call_(call), data_(data), object_(Create(call.className, hosted)) {
-    // Only this one has no descriptor: it takes the connection of the call before it.
-    if (call.method != L"GetMaxNum") arguments_.emplace_back(data.Dsn());
-    arguments_.insert(arguments_.end(), call.arguments.begin(), call.arguments.end());
-    if (call.method == L"GetMaxNum") object_.Call(L"GetRoutingData", data.Dsn(), true, 0, L"");
-  }
-  Variant Make() const {
-    std::vector<Variant> arguments = arguments_;
-    return object_.CallWith(call_.method.c_str(), arguments);
-  }
-  // Of one call, on the average of a turn.
-  double Seconds() const {
-    double all = 0;
-    for (int i = 0; i < call_.pieces; ++i) {
-      if (!call_.reset.empty()) data_.Run(call_.reset);
-      all += SecondsOf([&] { return Make(); });
-    }
-    return all / call_.pieces;
-  }
-  // What the call sends, in order.
-  std::vector<std::wstring> Statements() const {
-    if (!call_.reset.empty()) data_.Run(call_.reset);
-    const Object trace = Object::Create(L"ErpStandIn.Trace");
-    trace.Call(L"Clear");
-    trace.Call(L"Start");
-    Make();
-    trace.Call(L"Stop");
-    std::vector<std::wstring> statements;
-    for (int32_t i = 1; i <= trace.Get(L"Count").AsLong(); ++i) {
-      const std::wstring event = trace.Get(L"Item", i).AsText();
-      const size_t tab = event.find(L'\t');
-      const std::wstring kind = event.substr(0, tab);
-      if (kind == L"Open" || kind == L"Execute") statements.push_back(event.substr(tab + 1));
-      if (kind == L"Command")
-        statements.emplace_back(
-            L"DECLARE @FInterID int EXEC GetICMaxNum 'ICBOM', @FInterID OUTPUT SELECT @FInterID");
-    }
-    trace.Call(L"Clear");
-    if (statements.empty()) throw std::runtime_error(call_.name + " sends nothing");
-    return statements;
-  }
-
- private:
-  const Call& call_;
-  const Data& data_;
-  Object object_;
-  std::vector<Variant> arguments_;
-};
-
-double SecondsOfStatements(const Call& call, const Data& data, const std::vector<std::wstring>& statements,
-                           bool hosted) {
-  double all = 0;
-  for (int i = 0; i < call.pieces; ++i) {
-    if (!call.reset.empty()) data.Run(call.reset);
-    all += SecondsOf([&] {
-      if (hosted) data.Begin();
-      for (const std::wstring& statement : statements) data.Run(statement);
-      if (hosted) data.Commit();
-      return 0;
-    });
-  }
-  return all / call.pieces;
-}
-
-void Compare(const Call& call, const Data& data, bool hosted) {
-  const Caller caller(call, data, hosted);
-  const std::vector<std::wstring> statements = caller.Statements();
-  SideBySide(
-      {call.name + (hosted ? ", hosted" : ", not hosted"), "its statements", call.aim}, kTurns, 1,
-      [&] { return caller.Seconds(); }, [&] { return SecondsOfStatements(call, data, statements, hosted); });
-}
 
 void ShortCalls(const std::wstring& factory, const std::wstring& folder) {
   const std::wstring file = folder + L"\\calls.db";
@@ -165,6 +44,15 @@ void ShortCalls(const std::wstring& factory, const std::wstring& folder) {
     for (const bool hosted : {true, false}) Compare(call, data, hosted);
 }
 
+// Takes away the BOMs with higher identifiers, which calls have made: the next one gets the same.
+std::wstring NoneAbove(int32_t bom) {
+  const std::wstring id = std::to_wstring(bom);
+  return L"DELETE FROM ICBOMChild WHERE FInterID > " + id + L" DELETE FROM ICBOM WHERE FInterID > " + id +
+         L" DELETE FROM ICMaxNum WHERE FTableName = 'ICBOM' INSERT INTO ICMaxNum (FTableName, FMaxNum) VALUES "
+         L"('ICBOM', " +
+         id + L")";
+}
+
 std::vector<Call> CallsOfOneBom(int32_t bom, const std::string& suffix, const Aim& aim) {
   const std::wstring id = std::to_wstring(bom);
   const Object source = Object::Create(L"ruvo10.Dictionary");
@@ -173,11 +61,7 @@ std::vector<Call> CallsOfOneBom(int32_t bom, const std::string& suffix, const Ai
   source.Put(L"Value", L"FParentID", 1);
   source.Put(L"Value", L"FCheckID", 16401);
   source.Put(L"Value", L"FOperatorID", 16401);
-  const std::wstring noCopy = L"DELETE FROM ICBOMChild WHERE FInterID > " + id +
-                              L" DELETE FROM ICBOM WHERE FInterID > " + id +
-                              L" DELETE FROM ICMaxNum WHERE FTableName = 'ICBOM' INSERT INTO ICMaxNum "
-                              L"(FTableName, FMaxNum) VALUES ('ICBOM', " +
-                              id + L")";
+  const std::wstring noCopy = NoneAbove(bom);
   return {
       {"GetBomEntryLdgInfo" + suffix,
        L"BomView",
@@ -199,12 +83,57 @@ std::vector<Call> CallsOfOneBom(int32_t bom, const std::string& suffix, const Ai
   };
 }
 
+// Notice 1 changes the BOM: it adds a line, alters one and deletes one.
+void AddNotice(const Data& data, int32_t bom) {
+  data.Run(
+      L"INSERT INTO IcEcn (FInterID, FBillNo, FStatus, FBomInterID, FCBomNumber) VALUES (1, 'ECN1', 1, " +
+      std::to_wstring(bom) + L", 'CHANGED')");
+  data.Run(
+      L"INSERT INTO IcEcnEntry (FBrNo, FInterID, FEntryID, FChildID, FChangeType, FItemID, FAuxQty, FQty, "
+      L"FUnitID) VALUES ('', 1, 1, 0, 11021, 7, 4, 4, 1), ('', 1, 2, 3, 11022, 8, 5, 5, 1), ('', 1, 3, 2, "
+      L"11023, 9, 6, 6, 1)");
+}
+
+Call StartOfNotice(int32_t bom) {
+  return {"StarUpEcn, 1800 lines",
+          L"CEcnInfo",
+          L"StarUpEcn",
+          {bom, 1, 16402},
+          NoneAbove(bom) + L" UPDATE IcEcn SET FStatus = 1, FCBomInterID = 0",
+          1,
+          {.ratio = 1.2}};
+}
+
+// Makes `bom` a customer's, with as many lines as `source` has; and the rule for the numbers of such BOMs.
+void AddCustomerBom(const Data& data, int32_t bom, int32_t source) {
+  data.Run(L"UPDATE ICBOM SET FBomType = 3 WHERE FInterID = " + std::to_wstring(bom));
+  data.Run(L"INSERT INTO ICCustBOMChild (FInterID, FEntryID, FItemID, FUnitID, FQty, FAuxQty) SELECT " +
+           std::to_wstring(bom) + L", FEntryID, FItemID, FUnitID, 1, 1 FROM ICBOMChild WHERE FInterID = " +
+           std::to_wstring(source));
+  data.Run(L"INSERT INTO ICBillNo (FBillID, FBillName, FPreLetter, FSufLetter, FFormat, FCurNo) VALUES (53, "
+           L"'Customer BOM', 'KH', '', '0000', 8)");
+}
+
+Call CopyOfCustomerBom(int32_t bom, int32_t highest) {
+  return {"CopyPasteCustBom, 1800 lines",
+          L"clsMCustBOM",
+          L"CopyPasteCustBom",
+          {std::to_wstring(bom), L"en"},
+          NoneAbove(highest) + L" DELETE FROM ICCustBOMChild WHERE FInterID > " + std::to_wstring(highest),
+          1,
+          {.ratio = 1.2}};
+}
+
 void LargeBom(const std::wstring& folder) {
   constexpr int32_t kBoms = 1000;
   const std::wstring file = folder + L"\\large.db";
   Build(file, {.boms = kBoms, .lineFields = 6, .largeBom = 1800});
   const Data data(file);
   for (const Call& call : CallsOfOneBom(kBoms + 1, ", 1800 lines", {.ratio = 1.2})) Compare(call, data, true);
+  AddNotice(data, kBoms + 1);
+  Compare(StartOfNotice(kBoms + 1), data, true);
+  AddCustomerBom(data, kBoms, kBoms + 1);
+  Compare(CopyOfCustomerBom(kBoms, kBoms + 1), data, true);
 }
 
 void AmongMany(const std::wstring& folder) {
@@ -231,22 +160,9 @@ void AmongMany(const std::wstring& folder) {
 } // namespace bench
 
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 3) {
-    std::fputs("usage: calls_bench FACTORY [FOLDER]\n", stderr);
-    return 2;
-  }
-  const std::wstring folder = argc == 3 ? com::FromUtf8(argv[2]) : L"build\\bench";
-  CreateDirectoryW(folder.c_str(), nullptr);
-  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-  int status = 0;
-  try {
+  return bench::UnderCom(argc, argv, 1, [&](const std::wstring& folder) {
     bench::ShortCalls(com::FromUtf8(argv[1]), folder);
     bench::LargeBom(folder);
     bench::AmongMany(folder);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "calls_bench: %s\n", error.what());
-    status = 2;
-  }
-  CoUninitialize();
-  return status;
+  });
 }

@@ -3,15 +3,14 @@
 // two sizes, with user-defined fields and without, among few BOMs and many.
 //
 // view_bench [FOLDER]: the databases are made there, by default in build/bench.
-#include <objbase.h>
+#include <windows.h>
 
 #include <array>
-#include <cstdio>
 #include <vector>
 
 #include "bench/SideBySide.h"
+#include "bench/UnderCom.h"
 #include "bench/view/BrowserData.h"
-#include "com/ComError.h"
 #include "com/DispatchObject.h"
 #include "com/Text.h"
 #include "src/frame/ado/Recordset.h"
@@ -218,6 +217,8 @@ void RunAll(const std::wstring& folder) {
     Compare(tree, half, 1000, whole);
     CompareTree(tree, half, 1000);
     CompareTree(tree, whole, 2000);
+    const Database twice(folder, L"groups4000.db", {.groups = 4000});
+    CompareTree(tree, twice, 4000);
   }
 }
 
@@ -225,21 +226,5 @@ void RunAll(const std::wstring& folder) {
 } // namespace bench
 
 int main(int argc, char** argv) {
-  if (argc > 2) {
-    std::fputs("usage: view_bench [FOLDER]\n", stderr);
-    return 2;
-  }
-  const std::wstring folder = argc == 2 ? com::FromUtf8(argv[1]) : L"build\\bench";
-  CreateDirectoryW(folder.c_str(), nullptr);
-  std::setvbuf(stdout, nullptr, _IONBF, 0);
-  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-  int status = 0;
-  try {
-    bench::RunAll(folder);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "view_bench: %s\n", error.what());
-    status = 2;
-  }
-  CoUninitialize();
-  return status;
+  return bench::UnderCom(argc, argv, 0, bench::RunAll);
 }

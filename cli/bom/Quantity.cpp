@@ -27,11 +27,16 @@ std::optional<Quantity> Quantity::Parse(std::wstring_view text) {
   const auto decimals = static_cast<unsigned>(point < text.size() ? text.size() - point - 1 : 0);
   Whole numerator(digits);
   if (negative) numerator = -numerator;
+  if (decimals == 0) return Quantity(Number(numerator));
   return Quantity(Number(numerator, boost::multiprecision::pow(Whole(10), decimals)));
 }
 
 std::wstring Quantity::Text() const {
   const Whole denominator = boost::multiprecision::denominator(number_);
+  if (denominator == 1) {
+    const std::string whole = boost::multiprecision::numerator(number_).str();
+    return {whole.begin(), whole.end()};
+  }
   const Whole numerator = boost::multiprecision::abs(boost::multiprecision::numerator(number_));
   const Whole scaled = numerator * boost::multiprecision::pow(Whole(10), kMostDecimals);
   std::string digits = Whole((2 * scaled + denominator) / (2 * denominator)).str();

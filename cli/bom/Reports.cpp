@@ -46,6 +46,15 @@ Cell Count(const Quantity& quantity) {
   return Cell::Number(quantity.Text());
 }
 
+// The cells as they are: an initializer list would copy each of them.
+template <class... Cells>
+std::vector<Cell> Row(Cells... cells) {
+  std::vector<Cell> row;
+  row.reserve(sizeof...(cells));
+  (row.push_back(std::move(cells)), ...);
+  return row;
+}
+
 const wchar_t* StateOf(const Bom* bom) {
   if (!bom) return L"missing";
   if (bom->cancelled) return L"cancelled";
@@ -66,11 +75,11 @@ Grid TreeGrid(const Graph& graph, const Bom& bom, const Quantity& quantity, int 
   Explode(graph, bom, quantity, depth, [&](const Node& node) {
     const std::wstring indent(indented ? static_cast<size_t>(std::min(node.level, kDeepestIndent)) * 2 : 0,
                               L' ');
-    grid.rows.push_back({Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
-                         Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
-                         Cell::Text(BaseUnitOf(graph, node.item)),
-                         Cell::Text(node.bom ? node.bom->number : std::wstring()),
-                         Cell::Text(node.cycle ? L"cycle: it is above already" : L"")});
+    grid.rows.push_back(Row(Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
+                            Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
+                            Cell::Text(BaseUnitOf(graph, node.item)),
+                            Cell::Text(node.bom ? node.bom->number : std::wstring()),
+                            Cell::Text(node.cycle ? L"cycle: it is above already" : L"")));
   });
   return grid;
 }
@@ -81,12 +90,12 @@ Grid WhereUsedGrid(const Graph& graph, const Item& item, bool top) {
   const std::vector<Use> uses = UsesOf(graph, item.id);
   for (const Use& use : top ? TopsOf(graph, uses) : uses) {
     const Bom* bom = use.bom;
-    grid.rows.push_back({Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
-                         Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
-                         Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
-                         Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()), Count(use.line->entry),
-                         Cell::Text(NumberOf(graph, use.line->item)), Count(use.line->quantityInUnit),
-                         Cell::Text(UnitOf(graph, use.line->unit))});
+    grid.rows.push_back(Row(Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
+                            Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
+                            Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
+                            Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()),
+                            Count(use.line->entry), Cell::Text(NumberOf(graph, use.line->item)),
+                            Count(use.line->quantityInUnit), Cell::Text(UnitOf(graph, use.line->unit))));
   }
   return grid;
 }
@@ -96,9 +105,10 @@ Grid DifferenceGrid(const Graph& graph, const Bom& before, const Bom& after) {
   for (const Difference& difference : DifferencesOf(graph, before, after)) {
     const Line& line = difference.after ? *difference.after : *difference.before;
     const wchar_t* change = !difference.before ? L"added" : !difference.after ? L"removed" : L"changed";
-    grid.rows.push_back({Cell::Text(change), Cell::Text(NumberOf(graph, line.item)),
-                         Cell::Text(NameOf(graph, line.item)), Count(line.entry), Count(line.quantityInUnit),
-                         Cell::Text(UnitOf(graph, line.unit)), Cell::Text(difference.what)});
+    grid.rows.push_back(Row(Cell::Text(change), Cell::Text(NumberOf(graph, line.item)),
+                            Cell::Text(NameOf(graph, line.item)), Count(line.entry),
+                            Count(line.quantityInUnit), Cell::Text(UnitOf(graph, line.unit)),
+                            Cell::Text(difference.what)));
   }
   return grid;
 }
@@ -106,9 +116,9 @@ Grid DifferenceGrid(const Graph& graph, const Bom& before, const Bom& after) {
 Grid CheckGrid(const Graph& graph) {
   Grid grid{{L"finding", L"bom", L"line", L"what"}, {}};
   for (const Finding& finding : Check(graph))
-    grid.rows.push_back({Cell::Text(finding.kind), Cell::Text(finding.bom),
-                         finding.entry == 0 ? Cell::Text({}) : Count(finding.entry),
-                         Cell::Text(finding.what)});
+    grid.rows.push_back(Row(Cell::Text(finding.kind), Cell::Text(finding.bom),
+                            finding.entry == 0 ? Cell::Text({}) : Count(finding.entry),
+                            Cell::Text(finding.what)));
   return grid;
 }
 
@@ -116,10 +126,10 @@ Grid BoughtGrid(const Graph& graph, const Bom& bom, const Quantity& quantity) {
   Grid grid{{L"bom", L"item", L"name", L"quantity", L"unit", L"remark"}, {}};
   const Totals totals = TotalsOf(graph, bom, quantity);
   for (const Total& total : totals.bought)
-    grid.rows.push_back({Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
-                         Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
-                         Cell::Text(BaseUnitOf(graph, total.item)),
-                         Cell::Text(totals.cycle ? L"without what a cycle would add" : L"")});
+    grid.rows.push_back(Row(Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
+                            Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
+                            Cell::Text(BaseUnitOf(graph, total.item)),
+                            Cell::Text(totals.cycle ? L"without what a cycle would add" : L"")));
   return grid;
 }
 
@@ -130,16 +140,11 @@ Grid CostLinesGrid(const Graph& graph) {
   for (const Bom& bom : graph.boms()) {
     if (!bom.inUse) continue;
     for (const Line& line : graph.LinesOf(bom))
-      grid.rows.push_back({Cell::Text(bom.number),
-                           Cell::Text(bom.version),
-                           Cell::Text(NumberOf(graph, bom.item)),
-                           Count(line.entry),
-                           Cell::Text(NumberOf(graph, line.item)),
-                           Cell::Text(NameOf(graph, line.item)),
-                           Count(line.quantity / bom.quantity),
-                           Cell::Text(BaseUnitOf(graph, line.item)),
-                           Cell::Number(line.scrap),
-                           {Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"}});
+      grid.rows.push_back(Row(
+          Cell::Text(bom.number), Cell::Text(bom.version), Cell::Text(NumberOf(graph, bom.item)),
+          Count(line.entry), Cell::Text(NumberOf(graph, line.item)), Cell::Text(NameOf(graph, line.item)),
+          Count(line.quantity / bom.quantity), Cell::Text(BaseUnitOf(graph, line.item)),
+          Cell::Number(line.scrap), Cell{Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"}));
   }
   return grid;
 }

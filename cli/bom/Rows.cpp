@@ -4,6 +4,7 @@
 
 #include "cli/Number.h"
 #include "com/ComError.h"
+#include "com/Text.h"
 #include "com/ValueText.h"
 
 namespace bomcall::bom {
@@ -44,6 +45,7 @@ int32_t RowView::Number(size_t column) const {
 }
 
 std::wstring RowView::Text(size_t column) const {
+  if (values_[column].vt == VT_BSTR) return com::FromBstr(values_[column].bstrVal);
   const com::Variant value(values_[column]);
   const auto digits = NumberText(value);
   return digits ? *digits : com::ToText(value);
