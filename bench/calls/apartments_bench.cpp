@@ -46,7 +46,7 @@ std::thread InApartment(const Work& work) {
 double SecondsOfARead(const Data& data, int apartments) {
   return SecondsOf([&] {
            std::vector<std::thread> threads;
-           threads.reserve(apartments);
+           threads.reserve(static_cast<size_t>(apartments));
            for (int i = 0; i < apartments; ++i)
              threads.push_back(InApartment([&data, i] { ReadBoms(data, i); }));
            for (std::thread& thread : threads) thread.join();
