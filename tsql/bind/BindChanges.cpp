@@ -52,6 +52,7 @@ TablePtr Binder::FindTable(const ObjectName& name) {
 }
 
 TablePtr Binder::RequireTable(const ObjectName& name) {
+  if (IsFired(name)) Fail(286, {});
   TablePtr table = FindTable(name);
   if (!table) {
     if (catalog_.FindView(name)) Refuse("Changing a view");
@@ -233,6 +234,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
     source->left = BindNamed(own, scope);
     source->right = BindSource(*from, scope);
     target = source->left->id;
+    if (IsFired(name)) Fail(286, {});
     if (!source->left->table) Refuse("Changing a view");
     return source->left->table;
   }
@@ -240,6 +242,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
   const std::string& exposed = targetSource->alias.empty() ? targetSource->name.name : targetSource->alias;
   for (const ScopeSource& entry : scope.sources) {
     if (!EqualNames(entry.exposed, exposed)) continue;
+    if (entry.isFired) Fail(286, {});
     if (!entry.table) Refuse("Changing a view or a derived table");
     target = entry.id;
     return entry.table;

@@ -175,6 +175,8 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     node->kind = BoundSource::Kind::Common;
     node->common = common->id;
     entry.columns = common->columns;
+  } else if (IsFired(source.name)) {
+    return BindFired(source, scope);
   } else if (TablePtr table = FindTable(source.name)) {
     dependencies_.push_back({source.name, table, nullptr});
     node->table = table;
@@ -196,6 +198,36 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   }
   node->id = nextSource_++;
   entry.id = node->id;
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+bool Binder::IsFired(const ObjectName& name) const {
+  // A view or function does not see the trigger that uses it.
+  if (trigger_ == nullptr || viewDepth_ > 0 || inlined_ != nullptr || !name.schema.empty()) return false;
+  return EqualNames(name.name, "inserted") || EqualNames(name.name, "deleted");
+}
+
+TablePtr Binder::TriggerTable() const {
+  TablePtr table = catalog_.FindTable(trigger_->table);
+  if (!table) Fail(208, {trigger_->table.name});
+  return table;
+}
+
+BoundSourcePtr Binder::BindFired(const TableSource& source, Scope& scope) {
+  const TablePtr table = TriggerTable();
+  dependencies_.push_back({trigger_->table, table, nullptr});
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Fired;
+  node->isOld = EqualNames(source.name.name, "deleted");
+  node->id = nextSource_++;
+  ScopeSource entry;
+  entry.id = node->id;
+  entry.isAlias = !source.alias.empty();
+  entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  entry.isFired = true;
+  entry.columns = ColumnsOf(*table);
+  for (size_t i = 0; i < entry.columns.size(); ++i) entry.columns[i].sqlName = ResultColumnName(i);
   AddSource(scope, std::move(entry));
   return node;
 }

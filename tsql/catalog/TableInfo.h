@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "tsql/catalog/Storage.h"
-#include "tsql/syntax/QueryTree.h"
+#include "tsql/syntax/StatementTree.h"
 
 namespace tsql {
 
@@ -60,13 +60,23 @@ struct TableInfo {
 };
 using TablePtr = std::shared_ptr<const TableInfo>;
 
-// A view, a procedure or a function.
+// A view, a procedure, a function or a trigger.
 struct ModuleInfo {
   std::string name;
   std::string text;
   ModuleKind kind = ModuleKind::View;
+  bool disabled = false; // a trigger that does not fire
 };
 using ModulePtr = std::shared_ptr<const ModuleInfo>;
+
+// What its text says of a trigger.
+struct TriggerInfo {
+  ModulePtr module;
+  std::string table; // or view
+  std::vector<TriggerEvent> events;
+  bool insteadOf = false;
+};
+using TriggerPtr = std::shared_ptr<const TriggerInfo>;
 
 // Compares names as the server does; for maps.
 struct NameLess {

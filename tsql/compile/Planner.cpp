@@ -79,6 +79,7 @@ Binder Planner::MakeBinder() const {
                                          : inFunction ? Binder::Variables::OfUnit
                                                       : Binder::Variables::InCatalog);
   binder.SetInFunction(inFunction);
+  if (unit_.trigger != nullptr) binder.SetTrigger(*unit_.trigger);
   return binder;
 }
 
@@ -97,14 +98,24 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
   return plan;
 }
 
+// Whether triggers wait for an INSERT into its table. Only it has another plan then.
+bool Planner::Fires(const Statement& statement) const {
+  const Catalog& catalog = context_.catalog;
+  if (catalog.Triggers().empty() || statement.kind != StatementKind::Insert) return false;
+  return !catalog.TriggersOf(TargetOf(statement).name, TriggerEvent::Insert, false).empty();
+}
+
 Plan& Planner::ChangePlan(const Statement& statement) {
   Plan& plan = PlanAt(statement.number);
   const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
-  const bool isSame = plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges;
+  const bool fires = Fires(statement);
+  const bool isSame = plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges &&
+                      plan.fires == fires;
   if (isSame && IsCurrent(plan)) return plan;
   plan = Plan();
   plan.identityInsert = identityInsert;
   plan.limited = context_.limitsChanges;
+  plan.fires = fires;
   Binder binder = MakeBinder();
   binder.SetLimited(plan.limited);
   switch (statement.kind) {
@@ -113,7 +124,7 @@ Plan& Planner::ChangePlan(const Statement& statement) {
         binder.BindInsert(static_cast<const InsertStatement&>(statement), identityInsert);
     plan.target = insert.table;
     Finish(plan, binder,
-           insert.output ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
+           insert.output || fires ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
     break;
   }
   case StatementKind::Update: {
@@ -172,14 +183,15 @@ Plan Planner::PlanOnce(EmittedSql emitted) const {
   return plan;
 }
 
-Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types) const {
+Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
+                              bool returns) const {
   Plan plan;
   Binder binder(context_.catalog, unit_.variables, types);
   binder.SetTableVariables(unit_.tables, Binder::Variables::InCatalog);
   const BoundInsert insert =
       binder.BindInsertMarkers(statement, EqualNames(statement.table.name, context_.identityInsertTable));
   plan.target = insert.table;
-  Finish(plan, binder, Emitter().EmitInsert(insert));
+  Finish(plan, binder, returns ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
   return plan;
 }
 

@@ -21,6 +21,9 @@ struct EmittedSql {
 
 // The table of the rows that a change has staged. In this schema no table of a user has such a name.
 inline constexpr const char* kStagedRows = "temp.t_staged_rows";
+// What a trigger sees of them.
+inline constexpr const char* kInsertedRows = "temp.t_inserted";
+inline constexpr const char* kDeletedRows = "temp.t_deleted";
 
 // An UPDATE or DELETE in two steps: the query gives the rows to be staged, the statements change those.
 struct EmittedChange {

@@ -14,7 +14,7 @@ std::string Call(const char* function, const char* arguments) {
   return std::string(function) + "(" + arguments + ")";
 }
 
-// Tables, views, procedures and functions, with the kinds by which the system's views know them.
+// Tables, views, procedures, functions and triggers, with the kinds by which the system's views know them.
 std::string Objects() {
   struct Kind {
     ModuleKind kind;
@@ -25,8 +25,9 @@ std::string Objects() {
                              {ModuleKind::Procedure, "P ", "SQL_STORED_PROCEDURE"},
                              {ModuleKind::ScalarFunction, "FN", "SQL_SCALAR_FUNCTION"},
                              {ModuleKind::InlineFunction, "IF", "SQL_INLINE_TABLE_VALUED_FUNCTION"},
-                             {ModuleKind::TableFunction, "TF", "SQL_TABLE_VALUED_FUNCTION"}};
-  std::string type = "CASE kind";
+                             {ModuleKind::TableFunction, "TF", "SQL_TABLE_VALUED_FUNCTION"},
+                             {ModuleKind::Trigger, "TR", "SQL_TRIGGER"}};
+  std::string type = "CASE kind % " + std::to_string(storage::kDisabled);
   std::string description = type;
   for (const Kind& kind : kKinds) {
     const std::string when = " WHEN " + std::to_string(static_cast<int>(kind.kind)) + " THEN '";

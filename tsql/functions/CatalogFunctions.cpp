@@ -62,7 +62,8 @@ void ObjectId(const FunctionCall& call) {
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
   const bool found = isFunction || (isWanted("U") && catalog.FindTable(name)) ||
                      (isWanted("V") && catalog.FindView(name)) ||
-                     (isWanted("P") && catalog.FindProcedure(name));
+                     (isWanted("P") && catalog.FindProcedure(name)) ||
+                     (isWanted("TR") && catalog.FindTrigger(name));
   if (!found) return call.ReturnNull();
   call.ReturnInteger(IdOfName(name.name));
 }

@@ -73,6 +73,10 @@ void Definitions::DropTable(const TableInfo& table) {
     DropForeignKeyTriggers(connection_, *foreignKey.key);
   }
   if (table.place == Place::Temp) return DropTempTable(table);
+  const std::vector<TriggerPtr> triggers = catalog_.Triggers();
+  for (const TriggerPtr& trigger : triggers)
+    if (table.place == Place::Main && EqualNames(trigger->table, table.name))
+      catalog_.RemoveModule(std::string(trigger->module->name));
   catalog_.RemoveTable(table);
   connection_.Run("DROP TABLE " + table.SqlName());
 }
