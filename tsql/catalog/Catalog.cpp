@@ -11,6 +11,11 @@ namespace {
 
 constexpr size_t kMaxSpareTables = 16;
 
+bool FiresAt(const TriggerInfo& trigger, const std::string& table, TriggerEvent event) {
+  return !trigger.module->disabled && EqualNames(trigger.table, table) &&
+         std::ranges::count(trigger.events, event) > 0;
+}
+
 TriggerPtr ReadTrigger(ModulePtr module) {
   try {
     const std::unique_ptr<Batch> batch = ParseBatch(module->text);
@@ -130,12 +135,16 @@ TriggerPtr Catalog::FindTrigger(const ObjectName& name) const {
   return found != main_.triggers.end() ? *found : nullptr;
 }
 
+bool Catalog::HasTriggers(const std::string& table, TriggerEvent event) const {
+  return std::ranges::any_of(main_.triggers,
+                             [&](const TriggerPtr& trigger) { return FiresAt(*trigger, table, event); });
+}
+
 std::vector<TriggerPtr> Catalog::TriggersOf(const std::string& table, TriggerEvent event,
                                             bool insteadOf) const {
   std::vector<TriggerPtr> triggers;
   std::ranges::copy_if(main_.triggers, std::back_inserter(triggers), [&](const TriggerPtr& trigger) {
-    return trigger->insteadOf == insteadOf && !trigger->module->disabled &&
-           EqualNames(trigger->table, table) && std::ranges::count(trigger->events, event) > 0;
+    return trigger->insteadOf == insteadOf && FiresAt(*trigger, table, event);
   });
   return triggers;
 }

@@ -36,6 +36,8 @@ class Catalog {
   TriggerPtr FindTrigger(const ObjectName& name) const;
   // All of them, in the order in which they were made.
   const std::vector<TriggerPtr>& Triggers() const { return main_.triggers; }
+  // Whether some of the table fire at the event, after it or instead of it.
+  bool HasTriggers(const std::string& table, TriggerEvent event) const;
   // Those of a table or view that fire at the event, in that order.
   std::vector<TriggerPtr> TriggersOf(const std::string& table, TriggerEvent event, bool insteadOf) const;
   bool Exists(const ObjectName& name) const;

@@ -30,6 +30,9 @@ struct Plan {
   PreparedStatement statement;
 };
 
+// How an INSERT is made: as it is, returning what is staged of its rows, or not at all, for those rows alone.
+enum class InsertForm : uint8_t { Plain, Returning, RowsOnly };
+
 // A changing statement whose rows are staged. It is made for each run.
 struct StagedPlan {
   EmittedChange sql;           // nothing for an INSERT

@@ -102,7 +102,7 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
 bool Planner::Fires(const Statement& statement) const {
   const Catalog& catalog = context_.catalog;
   if (catalog.Triggers().empty() || statement.kind != StatementKind::Insert) return false;
-  return !catalog.TriggersOf(TargetOf(statement).name, TriggerEvent::Insert, false).empty();
+  return catalog.HasTriggers(TargetOf(statement).name, TriggerEvent::Insert);
 }
 
 Plan& Planner::ChangePlan(const Statement& statement) {
@@ -176,6 +176,13 @@ StagedPlan Planner::PlanStaged(const Statement& statement) {
   return plan;
 }
 
+Plan Planner::PlanInsertedRows(const InsertStatement& statement) const {
+  Binder binder = MakeBinder();
+  binder.SetLimited(context_.limitsChanges);
+  return PlanOnce(Emitter().EmitRowsOf(
+      binder.BindInsert(statement, EqualNames(statement.table.name, context_.identityInsertTable))));
+}
+
 Plan Planner::PlanOnce(EmittedSql emitted) const {
   Plan plan;
   plan.statement = Prepare(context_.connection, emitted.sql);
@@ -184,14 +191,18 @@ Plan Planner::PlanOnce(EmittedSql emitted) const {
 }
 
 Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
-                              bool returns) const {
+                              InsertForm form) const {
   Plan plan;
   Binder binder(context_.catalog, unit_.variables, types);
   binder.SetTableVariables(unit_.tables, Binder::Variables::InCatalog);
   const BoundInsert insert =
       binder.BindInsertMarkers(statement, EqualNames(statement.table.name, context_.identityInsertTable));
   plan.target = insert.table;
-  Finish(plan, binder, returns ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
+  switch (form) {
+  case InsertForm::Plain: Finish(plan, binder, Emitter().EmitInsert(insert)); break;
+  case InsertForm::Returning: Finish(plan, binder, Emitter().EmitReturningInsert(insert)); break;
+  case InsertForm::RowsOnly: Finish(plan, binder, Emitter().EmitRowsOf(insert)); break;
+  }
   return plan;
 }
 

@@ -30,9 +30,11 @@ class Planner {
   StagedPlan PlanStaged(const Statement& statement);
   // A statement that serves once.
   Plan PlanOnce(EmittedSql emitted) const;
-  // Inserts one row of values of the types, which are its markers, and returns it to be staged.
+  // The rows of an INSERT that triggers are run in place of.
+  Plan PlanInsertedRows(const InsertStatement& statement) const;
+  // Inserts one row of values of the types, which are its markers.
   Plan InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
-                       bool returns) const;
+                       InsertForm form) const;
   Plan& CursorPlan(const DeclareCursorStatement& statement);
   // The variables that a FETCH assigns.
   Plan& FetchPlan(const FetchStatement& statement);

@@ -29,6 +29,28 @@ EmittedSql Emitter::EmitReturningInsert(const BoundInsert& insert) {
   return Finish();
 }
 
+EmittedSql Emitter::EmitRowsOf(const BoundInsert& insert) {
+  if (!insert.columns.empty()) {
+    Text("WITH given(");
+    for (size_t i = 0; i < insert.columns.size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
+    Text(") AS (");
+    EmitInsertedValues(insert);
+    Text(") ");
+  }
+  Text("SELECT NULL");
+  for (size_t i = 0; i < insert.table->columns.size(); ++i) {
+    const auto given = std::ranges::find(insert.columns, static_cast<int>(i));
+    if (given != insert.columns.end()) {
+      Text(", " + ResultColumnName(static_cast<size_t>(given - insert.columns.begin())));
+    } else {
+      Text(insert.table->columns[i].identity ? ", 0" : ", NULL");
+    }
+    Text(", NULL");
+  }
+  if (!insert.columns.empty()) Text(" FROM given");
+  return Finish();
+}
+
 EmittedChange Emitter::EmitStaged(const BoundUpdate& update) {
   const TableInfo& table = *update.table;
   EmittedChange emitted;

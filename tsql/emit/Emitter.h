@@ -43,6 +43,8 @@ class Emitter {
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
   EmittedSql EmitDelete(const BoundDelete& statement);
+  // What is staged of the rows of an INSERT that is not made.
+  EmittedSql EmitRowsOf(const BoundInsert& insert);
   // An INSERT that returns what is staged of its rows.
   EmittedSql EmitReturningInsert(const BoundInsert& insert);
   static EmittedChange EmitStaged(const BoundUpdate& update);
@@ -144,6 +146,7 @@ class Emitter {
                       const BoundExpr* top);
   void EmitAssignments(const BoundUpdate& update);
   void EmitInsertion(const BoundInsert& insert);
+  void EmitInsertedValues(const BoundInsert& insert);
   template <typename Change>
   EmittedSql EmitRowsOf(const Change& change, const BoundUpdate* update);
 

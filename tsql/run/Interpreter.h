@@ -96,7 +96,8 @@ class Interpreter : public UserFunctions {
   Flow RunInsertExecute(const InsertExecuteStatement& statement);
   // Inserts what a procedure has given; stages the rows where something is to see them.
   struct KeptRows;
-  int64_t InsertKept(const InsertExecuteStatement& statement, const KeptRows& kept, StagedRows* staged);
+  int64_t InsertKept(const InsertExecuteStatement& statement, const KeptRows& kept, StagedRows* staged,
+                     InsertForm form);
   static bool IsDuplicate(const SqliteFailure& failure);
   // changes whose rows are staged (RunOutput.cpp)
   void StageChange(const Statement& statement, Plan& plan, const StagedPlan& staged, StagedRows& rows);
@@ -114,9 +115,13 @@ class Interpreter : public UserFunctions {
   bool Fires(const TableInfo& target, StatementKind kind) const;
   Flow RunFiring(const Statement& statement, Plan& plan, bool isOfCursor);
   // Makes a change that stages its rows and returns their number, and lets the triggers run.
-  Flow ChangeAndFire(const TableInfo& target, const FiredRows& fired, const std::function<int64_t()>& change);
-  // Those that have been fired run, one after the other.
-  Flow FireTriggers(const TableInfo& target, const FiredRows& fired, int64_t count);
+  Flow ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                     const std::function<int64_t()>& change);
+  // Those that run now, one after the other.
+  Flow FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf, int64_t count);
+  // Whether a trigger runs in place of the change, which then is not made.
+  bool HasInsteadOf(const TableInfo& target, TriggerEvent event) const;
+  bool IsInnermost(const TriggerInfo& trigger) const;
   Flow RunTrigger(const TriggerInfo& trigger, const FiredRows& fired);
   // An update knows the values of its computed columns when it is made.
   void ReadComputed(const TableInfo& target, StagedRows& rows) const;

@@ -224,10 +224,13 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
   if (table && Fires(*table, StatementKind::Insert)) {
     FiredRows fired;
     fired.updated.resize(table->columns.size(), true);
-    flow = ChangeAndFire(*table, fired, [&] { return InsertKept(statement, kept, &fired.rows); });
+    const bool insteadOf = HasInsteadOf(*table, TriggerEvent::Insert);
+    const InsertForm form = insteadOf ? InsertForm::RowsOnly : InsertForm::Returning;
+    flow = ChangeAndFire(*table, fired, insteadOf,
+                         [&] { return InsertKept(statement, kept, &fired.rows, form); });
   } else {
     StatementScope scope(transaction_, PlaceOf(statement.table));
-    const int64_t count = InsertKept(statement, kept, nullptr);
+    const int64_t count = InsertKept(statement, kept, nullptr, InsertForm::Plain);
     scope.Complete();
     SendRowCount(count);
   }
@@ -236,10 +239,10 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
 }
 
 int64_t Interpreter::InsertKept(const InsertExecuteStatement& statement, const KeptRows& kept,
-                                StagedRows* staged) {
+                                StagedRows* staged, InsertForm form) {
   int64_t count = 0;
   for (const KeptRows::Result& result : kept.results) {
-    Plan plan = MakePlanner().InsertedRowPlan(statement, result.types, staged != nullptr);
+    Plan plan = MakePlanner().InsertedRowPlan(statement, result.types, form);
     const TablePtr target = plan.target;
     const TargetUse use(target_, target.get());
     if (plan.callsFunctions) MakeFunctionsReady(plan);
@@ -256,7 +259,7 @@ int64_t Interpreter::InsertKept(const InsertExecuteStatement& statement, const K
         } else {
           StepChange(plan);
         }
-        TakeIdentity(*target);
+        if (form != InsertForm::RowsOnly) TakeIdentity(*target);
       }
       return static_cast<int64_t>(result.rows.size());
     };

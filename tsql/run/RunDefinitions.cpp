@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -44,10 +46,22 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
 
 void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
   const TablePtr table = catalog_.FindTable(statement.table);
+  if (statement.insteadOf && catalog_.FindView(statement.table)) Refuse("An INSTEAD OF trigger on a view");
   if (!table || table->place != Place::Main) Fail(8197, {statement.table.name});
   const TriggerPtr existing = catalog_.FindTrigger(statement.name);
   if (statement.alter && existing && !EqualNames(existing->table, statement.table.name))
     Fail(2110, {statement.name.name, statement.table.name});
+  if (statement.insteadOf) {
+    // One for each event.
+    constexpr const char* kEvents[] = {"INSERT", "UPDATE", "DELETE"};
+    for (const TriggerPtr& other : catalog_.Triggers()) {
+      const bool isOther = other->insteadOf && EqualNames(other->table, table->name) && other != existing;
+      for (const TriggerEvent event : statement.events)
+        if (isOther && std::ranges::count(other->events, event) > 0)
+          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, "table", table->name,
+                      kEvents[static_cast<size_t>(event)]});
+    }
+  }
   compiler_.CheckTrigger(statement);
   RunModule(statement.name, ModuleKind::Trigger, statement.text, statement.alter);
 }

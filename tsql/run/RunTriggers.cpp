@@ -61,7 +61,7 @@ class Interpreter::OwnTransaction {
   bool isLeft_;
 };
 
-// A trigger while it runs. A statement of its own does not fire it again.
+// A trigger while it runs.
 struct Interpreter::RunningTrigger {
   RunningTrigger(Interpreter& interpreter, const TriggerInfo& info)
       : owner(interpreter), name(info.module->name), outer(std::exchange(interpreter.trigger_, this)) {
@@ -80,7 +80,7 @@ struct Interpreter::RunningTrigger {
 
 bool Interpreter::Fires(const TableInfo& target, StatementKind kind) const {
   if (catalog_.Triggers().empty() || target.place != Place::Main) return false;
-  return !catalog_.TriggersOf(target.name, EventOf(kind), false).empty();
+  return catalog_.HasTriggers(target.name, EventOf(kind));
 }
 
 void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const {
@@ -112,21 +112,36 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
   FiredRows fired;
   fired.event = EventOf(statement.kind);
   fired.updated = UpdatedColumns(statement, *target);
-  return ChangeAndFire(*target, fired, [&] {
+  const bool insteadOf = HasInsteadOf(*target, fired.event);
+  return ChangeAndFire(*target, fired, insteadOf, [&] {
     const StagedUse use(context_, fired.rows);
-    const int64_t count = MakeChange(*target, [&] {
-      StageChange(statement, plan, staged, fired.rows);
-      return static_cast<int64_t>(fired.rows.size());
-    });
-    if (statement.kind == StatementKind::Update) ReadComputed(*target, fired.rows);
+    if (insteadOf) {
+      Plan rows = statement.kind == StatementKind::Insert
+                      ? MakePlanner().PlanInsertedRows(static_cast<const InsertStatement&>(statement))
+                      : MakePlanner().PlanOnce(staged.sql.rows);
+      BindParameters(rows);
+      ReadRows(rows, fired.rows);
+    } else {
+      MakeChange(*target, [&] {
+        StageChange(statement, plan, staged, fired.rows);
+        return static_cast<int64_t>(fired.rows.size());
+      });
+      if (statement.kind == StatementKind::Update) ReadComputed(*target, fired.rows);
+    }
+    const auto count = static_cast<int64_t>(fired.rows.size());
     if (isOfCursor && count == 0) Fail(16947, {});
-    if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
+    if (!insteadOf && statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
     if (staged.into) PutOutput(staged);
     return count;
   });
 }
 
-Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const FiredRows& fired,
+bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) const {
+  return std::ranges::any_of(catalog_.TriggersOf(target.name, event, true),
+                             [this](const TriggerPtr& trigger) { return !IsInnermost(*trigger); });
+}
+
+Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
                                              const std::function<int64_t()>& change) {
   OwnTransaction transaction(transaction_);
   StatementScope scope(transaction_, Place::Main);
@@ -136,16 +151,22 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
   } catch (const SqliteFailure& failure) {
     FailChange(failure, target);
   }
-  if (FireTriggers(target, fired, count) == Flow::Abort) return Flow::Abort;
+  if (FireTriggers(target, fired, insteadOf, count) == Flow::Abort) return Flow::Abort;
   scope.Complete();
   transaction.Commit();
   SendRowCount(count);
   return Flow::Next;
 }
 
-Interpreter::Flow Interpreter::FireTriggers(const TableInfo& target, const FiredRows& fired, int64_t count) {
-  for (const TriggerPtr& trigger : catalog_.TriggersOf(target.name, fired.event, false)) {
-    if (trigger_ != nullptr && EqualNames(trigger_->name, trigger->module->name)) continue;
+// The statements of a trigger do not fire it themselves.
+bool Interpreter::IsInnermost(const TriggerInfo& trigger) const {
+  return trigger_ != nullptr && EqualNames(trigger_->name, trigger.module->name);
+}
+
+Interpreter::Flow Interpreter::FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                                            int64_t count) {
+  for (const TriggerPtr& trigger : catalog_.TriggersOf(target.name, fired.event, insteadOf)) {
+    if (IsInnermost(*trigger)) continue;
     rowCount_ = count;
     lastError_ = 0;
     if (RunTrigger(*trigger, fired) == Flow::Abort) return Flow::Abort;

@@ -72,7 +72,7 @@ const std::vector<Rule>& Rules() {
       {"triggerName", {"made", "second", "third", "tr"}},
       {"events",
        {"FOR INSERT, UPDATE, DELETE", "AFTER UPDATE", "FOR DELETE, INSERT", "WITH ENCRYPTION FOR UPDATE, DELETE",
-        "FOR INSERT, INSERT"}},
+        "INSTEAD OF INSERT", "INSTEAD OF DELETE, UPDATE", "FOR INSERT, INSERT"}},
       {"fired", {"inserted", "deleted", "inserted i", "inserted i JOIN deleted d ON <cond>", "deleted b"}},
       {"fired_statement",
        {"SELECT * FROM <fired>", "UPDATE b SET FQty = i.FQty, FNote = <text> FROM ICBOM b JOIN inserted i ON <cond>",

@@ -131,7 +131,7 @@ TEST_F(KillTest, TransactionsWithCursorsFunctionsAndTableVariablesAreWholeOrGone
 
 TEST_F(KillTest, StatementsWithTriggersAreWholeOrGone) {
   Must("CREATE TRIGGER on_account ON account FOR UPDATE AS"
-       " UPDATE account SET amount = amount + 1 FROM account a JOIN deleted d ON d.id = 1 WHERE a.id = 2"
+       " UPDATE a SET amount = a.amount + 1 FROM account a JOIN deleted d ON d.id = 1 WHERE a.id = 2"
        " INSERT INTO journal SELECT REPLICATE('x', 2000) FROM inserted");
   // One statement, of which three are seen to end: two of the trigger and itself.
   for (const int steps : {1, 2, 3, 4, 101, 302}) {
