@@ -248,9 +248,8 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
     return;
   }
   TriggerPtr trigger = ReadTrigger(std::move(kept));
-  const auto present = std::ranges::find_if(main_.triggers, [&](const TriggerPtr& other) {
-    return EqualNames(other->module->name, module.name);
-  });
+  const auto present = std::ranges::find_if(
+      main_.triggers, [&](const TriggerPtr& other) { return EqualNames(other->module->name, module.name); });
   if (present != main_.triggers.end()) {
     *present = std::move(trigger);
   } else {

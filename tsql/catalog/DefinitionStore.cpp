@@ -179,8 +179,8 @@ void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
 
 std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) const {
   std::vector<Module> modules;
-  PreparedStatement rows =
-      connection_.Prepare("SELECT name, kind, text FROM " + Qualified(place, storage::kModules) + " ORDER BY rowid");
+  PreparedStatement rows = connection_.Prepare("SELECT name, kind, text FROM " +
+                                               Qualified(place, storage::kModules) + " ORDER BY rowid");
   while (rows.Step()) {
     Module module;
     const int64_t kind = rows.ColumnInteger(1);

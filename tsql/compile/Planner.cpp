@@ -109,8 +109,8 @@ Plan& Planner::ChangePlan(const Statement& statement) {
   Plan& plan = PlanAt(statement.number);
   const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
   const bool fires = Fires(statement);
-  const bool isSame = plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges &&
-                      plan.fires == fires;
+  const bool isSame =
+      plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges && plan.fires == fires;
   if (isSame && IsCurrent(plan)) return plan;
   plan = Plan();
   plan.identityInsert = identityInsert;

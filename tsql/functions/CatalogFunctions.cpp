@@ -60,10 +60,9 @@ void ObjectId(const FunctionCall& call) {
   const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
                                        (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
-  const bool found = isFunction || (isWanted("U") && catalog.FindTable(name)) ||
-                     (isWanted("V") && catalog.FindView(name)) ||
-                     (isWanted("P") && catalog.FindProcedure(name)) ||
-                     (isWanted("TR") && catalog.FindTrigger(name));
+  const bool found =
+      isFunction || (isWanted("U") && catalog.FindTable(name)) || (isWanted("V") && catalog.FindView(name)) ||
+      (isWanted("P") && catalog.FindProcedure(name)) || (isWanted("TR") && catalog.FindTrigger(name));
   if (!found) return call.ReturnNull();
   call.ReturnInteger(IdOfName(name.name));
 }

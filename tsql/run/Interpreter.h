@@ -216,10 +216,10 @@ class Interpreter : public UserFunctions {
   const LabelStatement* jump_ = nullptr; // the label that a GOTO looks for
   int64_t rowLimit_ = 0;                 // of SET ROWCOUNT; 0 for none
   int lastError_ = 0;
-  int tryDepth_ = 0;  // open TRY blocks, the callers' included
-  int nesting_ = 0;   // procedures within procedures
-  int functions_ = 0; // that are being called
-  int triggers_ = 0;  // triggers within triggers
+  int tryDepth_ = 0;                        // open TRY blocks, the callers' included
+  int nesting_ = 0;                         // procedures within procedures
+  int functions_ = 0;                       // that are being called
+  int triggers_ = 0;                        // triggers within triggers
   const RunningTrigger* trigger_ = nullptr; // the innermost one
   bool noCount_ = false;
   bool xactAbort_ = false;

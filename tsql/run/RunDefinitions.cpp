@@ -39,7 +39,8 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   if (alter && !existing) Fail(208, {name.name});
   // A function stays what it is.
   if (alter && existing->kind != kind) Fail(2010, {name.name});
-  catalog_.AddModule(kind, {existing ? existing->name : name.name, text, kind, existing && existing->disabled});
+  catalog_.AddModule(kind,
+                     {existing ? existing->name : name.name, text, kind, existing && existing->disabled});
   scope.Complete();
   MarkSchemaChange(Place::Main);
 }

@@ -1,6 +1,6 @@
-// Changes of tables that have triggers. The rows are staged, with the values before and after the change; when
-// it is made and its constraints hold, the triggers run, which read them as inserted and deleted. All of it is
-// one statement.
+// Changes of tables that have triggers. The rows are staged, with the values before and after the change;
+// when it is made and its constraints hold, the triggers run, which read them as inserted and deleted. All of
+// it is one statement.
 #include <algorithm>
 #include <optional>
 #include <utility>

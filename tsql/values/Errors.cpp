@@ -490,8 +490,8 @@ void Fail(int number, std::initializer_list<std::string_view> arguments, int lin
 }
 
 bool EndsTransaction(const Error& error) {
-  // After a value that cannot be converted, or a trigger that ended the transaction, the server ends the batch
-  // and what is left of the transaction.
+  // After a value that cannot be converted, or a trigger that ended the transaction, the server ends the
+  // batch and what is left of the transaction.
   switch (error.number) {
   case 235:
   case 241:

@@ -34,10 +34,11 @@ constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @
                               " SELECT @lines = COUNT(*) FROM #found";
 constexpr char kFunction[] = "CREATE FUNCTION Plus (@n INT) RETURNS INT AS BEGIN DECLARE @t TABLE (a INT)"
                              " INSERT @t VALUES (1) SELECT @n = @n + a FROM @t RETURN @n END";
-constexpr char kTrigger[] = "CREATE TRIGGER on_journal ON journal FOR INSERT, UPDATE AS DECLARE @t TABLE (n INT)"
-                            " INSERT @t SELECT n FROM inserted"
-                            " INSERT INTO seen SELECT i.text, d.text FROM inserted i JOIN @t t ON t.n = i.n"
-                            " LEFT JOIN deleted d ON d.n = i.n";
+constexpr char kTrigger[] =
+    "CREATE TRIGGER on_journal ON journal FOR INSERT, UPDATE AS DECLARE @t TABLE (n INT)"
+    " INSERT @t SELECT n FROM inserted"
+    " INSERT INTO seen SELECT i.text, d.text FROM inserted i JOIN @t t ON t.n = i.n"
+    " LEFT JOIN deleted d ON d.n = i.n";
 constexpr char kWork[] =
     "DECLARE @before INT SELECT @before = COUNT(*) FROM journal"
     " CREATE TABLE #t (a INT NOT NULL, b NVARCHAR(40) NULL)"
@@ -90,9 +91,10 @@ Outcome Work(Session& session) {
 // How often the work has been committed; -1 when a part of it was.
 int Done(Session& session) {
   Output output;
-  session.Execute("SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
-                  " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
-                  {}, output);
+  session.Execute(
+      "SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
+      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
+      {}, output);
   EXPECT_TRUE(output.errors.empty());
   return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));
 }

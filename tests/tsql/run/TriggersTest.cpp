@@ -49,8 +49,8 @@ TEST_F(TriggersTest, FiresOnceAStatementAndForNoRowsToo) {
 
 TEST_F(TriggersTest, SeveralFireInTheOrderInWhichTheyWereMade) {
   for (const char* name : {"zz", "mm", "aa"})
-    Must("CREATE TRIGGER " + std::string(name) + " ON t FOR UPDATE AS INSERT INTO log (what) VALUES ('" + name +
-         "')");
+    Must("CREATE TRIGGER " + std::string(name) + " ON t FOR UPDATE AS INSERT INTO log (what) VALUES ('" +
+         name + "')");
   Must("UPDATE t SET qty = 1");
   EXPECT_EQ(Rows("SELECT what FROM log ORDER BY n"), Lines({"zz", "mm", "aa"}));
   // What is altered keeps its place.
@@ -62,12 +62,14 @@ TEST_F(TriggersTest, SeveralFireInTheOrderInWhichTheyWereMade) {
 }
 
 TEST_F(TriggersTest, ComparesTextsOfTheRowsAsTheTableDoes) {
-  Must("CREATE TRIGGER tr ON t FOR INSERT AS"
-       " IF EXISTS (SELECT * FROM inserted WHERE name = 'ABC ') INSERT INTO log (what) VALUES ('found')"
-       " INSERT INTO log (what, id) SELECT name, COUNT(*) FROM inserted GROUP BY name"
-       " INSERT INTO log (what, id) SELECT 'both', i.id FROM inserted i JOIN t ON t.name = i.name AND t.id < 10");
+  Must(
+      "CREATE TRIGGER tr ON t FOR INSERT AS"
+      " IF EXISTS (SELECT * FROM inserted WHERE name = 'ABC ') INSERT INTO log (what) VALUES ('found')"
+      " INSERT INTO log (what, id) SELECT name, COUNT(*) FROM inserted GROUP BY name"
+      " INSERT INTO log (what, id) SELECT 'both', i.id FROM inserted i JOIN t ON t.name = i.name AND t.id < 10");
   Must("INSERT INTO t VALUES (10, 'abc', 1), (11, 'Abc', 1), (12, 'TWO', 1)");
-  EXPECT_EQ(Rows("SELECT UPPER(what), id FROM log ORDER BY n"), Lines({"FOUND|NULL", "ABC|2", "TWO|1", "BOTH|12"}));
+  EXPECT_EQ(Rows("SELECT UPPER(what), id FROM log ORDER BY n"),
+            Lines({"FOUND|NULL", "ABC|2", "TWO|1", "BOTH|12"}));
 }
 
 TEST_F(TriggersTest, ChangesItsOwnTableThroughInserted) {
@@ -120,13 +122,16 @@ TEST_F(TriggersTest, AnErrorUndoesTheStatementAndEndsTheBatch) {
 
 TEST_F(TriggersTest, AnErrorIsCaughtByTheCaller) {
   Must("CREATE TRIGGER tr ON t FOR UPDATE AS INSERT INTO log (what) VALUES ('done') SELECT 1 / 0");
-  const Output output = Run("BEGIN TRY UPDATE t SET qty = 0 END TRY BEGIN CATCH SELECT ERROR_NUMBER(), ERROR_PROCEDURE(),"
-                            " @@TRANCOUNT, XACT_STATE() END CATCH SELECT SUM(qty), (SELECT COUNT(*) FROM log) FROM t");
+  const Output output =
+      Run("BEGIN TRY UPDATE t SET qty = 0 END TRY BEGIN CATCH SELECT ERROR_NUMBER(), ERROR_PROCEDURE(),"
+          " @@TRANCOUNT, XACT_STATE() END CATCH SELECT SUM(qty), (SELECT COUNT(*) FROM log) FROM t");
   EXPECT_TRUE(output.errors.empty());
   EXPECT_EQ(output.results, std::vector<Lines>({{"8134|tr|0|0"}, {"60|0"}}));
   // The transaction of the caller can only be rolled back.
-  EXPECT_EQ(Rows("BEGIN TRAN BEGIN TRY UPDATE t SET qty = 0 END TRY BEGIN CATCH SELECT XACT_STATE() ROLLBACK END CATCH"),
-            Lines({"-1"}));
+  EXPECT_EQ(
+      Rows(
+          "BEGIN TRAN BEGIN TRY UPDATE t SET qty = 0 END TRY BEGIN CATCH SELECT XACT_STATE() ROLLBACK END CATCH"),
+      Lines({"-1"}));
 }
 
 TEST_F(TriggersTest, WithoutXactAbortAnErrorEndsItsStatementAlone) {
@@ -140,7 +145,8 @@ TEST_F(TriggersTest, WithoutXactAbortAnErrorEndsItsStatementAlone) {
 }
 
 TEST_F(TriggersTest, RaiserrorUndoesNothingByItself) {
-  Must("CREATE TRIGGER tr ON t FOR UPDATE AS RAISERROR('careful', 16, 1) INSERT INTO log (what) VALUES ('after')");
+  Must(
+      "CREATE TRIGGER tr ON t FOR UPDATE AS RAISERROR('careful', 16, 1) INSERT INTO log (what) VALUES ('after')");
   const Output output = Run("UPDATE t SET qty = 0 PRINT 'reached'");
   EXPECT_EQ(NumbersOf(output), std::vector<int>({50000}));
   EXPECT_EQ(output.messages, Lines({"reached"}));
@@ -162,8 +168,10 @@ TEST_F(TriggersTest, RollbackEndsTheBatch) {
   EXPECT_EQ(Rows("SELECT SUM(qty) FROM t"), Lines({"60"}));
   Must("UPDATE t SET qty = 1");
   // A caller catches it; a procedure's caller ends too.
-  EXPECT_EQ(Rows("BEGIN TRY UPDATE t SET qty = -1 END TRY BEGIN CATCH SELECT ERROR_NUMBER(), @@TRANCOUNT END CATCH"),
-            Lines({"50000|0"}));
+  EXPECT_EQ(
+      Rows(
+          "BEGIN TRY UPDATE t SET qty = -1 END TRY BEGIN CATCH SELECT ERROR_NUMBER(), @@TRANCOUNT END CATCH"),
+      Lines({"50000|0"}));
   Must("CREATE PROCEDURE p AS UPDATE t SET qty = -1 PRINT 'not here'");
   EXPECT_TRUE(Run("EXEC p PRINT 'nor here'").messages.empty());
   EXPECT_EQ(Rows("SELECT SUM(qty) FROM t"), Lines({"3"}));
@@ -187,7 +195,8 @@ TEST_F(TriggersTest, ATransactionThatCommitsOrIsDoomedWithinEndsTheBatch) {
   EXPECT_EQ(committed.results, std::vector<Lines>({{"1"}}));
   EXPECT_EQ(NumbersOf(committed), std::vector<int>({3609}));
   EXPECT_EQ(Rows("SELECT SUM(qty) FROM t"), Lines({"0"}));
-  Must("ALTER TRIGGER tr ON t FOR UPDATE AS BEGIN TRY SELECT 1 / 0 END TRY BEGIN CATCH SELECT XACT_STATE() END CATCH");
+  Must(
+      "ALTER TRIGGER tr ON t FOR UPDATE AS BEGIN TRY SELECT 1 / 0 END TRY BEGIN CATCH SELECT XACT_STATE() END CATCH");
   const Output doomed = Run("BEGIN TRAN UPDATE t SET qty = 7 PRINT 'not reached'");
   EXPECT_EQ(NumbersOf(doomed), std::vector<int>({3616}));
   EXPECT_TRUE(doomed.messages.empty());
@@ -227,13 +236,15 @@ TEST_F(TriggersTest, IdentitiesAndOptionsOfTheCaller) {
 
 TEST_F(TriggersTest, OutputOfATableWithTriggers) {
   Must("CREATE TRIGGER tr ON t FOR UPDATE AS INSERT INTO log (id) SELECT COUNT(*) FROM inserted");
-  EXPECT_EQ(ErrorText("UPDATE t SET qty = 1 OUTPUT inserted.id"),
-            "334 1 The target table 't' of the DML statement cannot have any enabled triggers if the statement "
-            "contains an OUTPUT clause without INTO clause.");
+  EXPECT_EQ(
+      ErrorText("UPDATE t SET qty = 1 OUTPUT inserted.id"),
+      "334 1 The target table 't' of the DML statement cannot have any enabled triggers if the statement "
+      "contains an OUTPUT clause without INTO clause.");
   EXPECT_EQ(Rows("DELETE FROM t OUTPUT deleted.id WHERE id = 3"), Lines({"3"})); // no trigger of that event
-  EXPECT_EQ(Rows("DECLARE @o TABLE (id INT, was INT) UPDATE t SET qty = 1 OUTPUT deleted.id, deleted.qty INTO @o"
-                 " SELECT * FROM @o ORDER BY id"),
-            Lines({"1|10", "2|20"}));
+  EXPECT_EQ(
+      Rows("DECLARE @o TABLE (id INT, was INT) UPDATE t SET qty = 1 OUTPUT deleted.id, deleted.qty INTO @o"
+           " SELECT * FROM @o ORDER BY id"),
+      Lines({"1|10", "2|20"}));
   EXPECT_EQ(Rows("SELECT id FROM log"), Lines({"2"}));
   EXPECT_EQ(ErrorText("INSERT INTO log (id) OUTPUT inserted.id, 'x', 1 INTO t VALUES (1)"),
             "331 1 The target table 't' of the OUTPUT INTO clause cannot have any enabled triggers.");
@@ -257,8 +268,9 @@ TEST_F(TriggersTest, ConstraintsComeFirst) {
 
 TEST_F(TriggersTest, ComputedColumns) {
   Must("CREATE TABLE c (a INT NOT NULL PRIMARY KEY, b INT, s AS a + b, p AS a * b PERSISTED)");
-  Must("CREATE TRIGGER tr ON c FOR INSERT, UPDATE AS INSERT INTO log (what, id) SELECT 'new', s * 1000 + p FROM inserted"
-       " INSERT INTO log (what, id) SELECT 'old', s * 1000 + p FROM deleted");
+  Must(
+      "CREATE TRIGGER tr ON c FOR INSERT, UPDATE AS INSERT INTO log (what, id) SELECT 'new', s * 1000 + p FROM inserted"
+      " INSERT INTO log (what, id) SELECT 'old', s * 1000 + p FROM deleted");
   Must("INSERT INTO c (a, b) VALUES (1, 2)");
   EXPECT_EQ(Log(), Lines({"new|3002"}));
   Must("TRUNCATE TABLE log UPDATE c SET a = 5, b = 6");
@@ -266,15 +278,17 @@ TEST_F(TriggersTest, ComputedColumns) {
 }
 
 TEST_F(TriggersTest, InsertOfAProceduresRows) {
-  Must("CREATE TRIGGER tr ON t FOR INSERT AS INSERT INTO log (what, id) SELECT name, @@ROWCOUNT FROM inserted");
+  Must(
+      "CREATE TRIGGER tr ON t FOR INSERT AS INSERT INTO log (what, id) SELECT name, @@ROWCOUNT FROM inserted");
   Must("INSERT INTO t EXEC ('SELECT 7, ''a'', 1 UNION ALL SELECT 8, ''b'', 2 SELECT 9, ''c'', 3')");
   EXPECT_EQ(Log(), Lines({"a|3", "b|3", "c|3"}));
   EXPECT_EQ(Rows("SELECT COUNT(*) FROM t"), Lines({"6"}));
 }
 
 TEST_F(TriggersTest, CursorsInAndAroundTriggers) {
-  Must("CREATE TRIGGER tr ON t FOR UPDATE AS DECLARE @id INT DECLARE c CURSOR LOCAL FOR SELECT id FROM inserted"
-       " OPEN c FETCH c INTO @id WHILE @@FETCH_STATUS = 0 BEGIN INSERT INTO log (id) VALUES (@id) FETCH c INTO @id END");
+  Must(
+      "CREATE TRIGGER tr ON t FOR UPDATE AS DECLARE @id INT DECLARE c CURSOR LOCAL FOR SELECT id FROM inserted"
+      " OPEN c FETCH c INTO @id WHILE @@FETCH_STATUS = 0 BEGIN INSERT INTO log (id) VALUES (@id) FETCH c INTO @id END");
   Must("DECLARE k CURSOR LOCAL FOR SELECT id FROM t WHERE id = 2 OPEN k FETCH k"
        " UPDATE t SET qty = 0 WHERE CURRENT OF k UPDATE t SET qty = 1 WHERE id = 3");
   EXPECT_EQ(Rows("SELECT id FROM log ORDER BY n"), Lines({"2", "3"}));
@@ -287,8 +301,8 @@ TEST_F(TriggersTest, InsertedAndDeletedAreOfTheTriggerAlone) {
   EXPECT_EQ(ErrorOf("UPDATE t SET qty = 1"), 208);
   Must("ALTER TRIGGER tr ON t FOR UPDATE AS EXEC ('SELECT * FROM deleted')");
   EXPECT_EQ(ErrorOf("UPDATE t SET qty = 1"), 208);
-  for (const char* change : {"DELETE FROM inserted", "UPDATE deleted SET qty = 1", "INSERT INTO inserted (id) VALUES (1)",
-                             "UPDATE i SET qty = 1 FROM inserted i"})
+  for (const char* change : {"DELETE FROM inserted", "UPDATE deleted SET qty = 1",
+                             "INSERT INTO inserted (id) VALUES (1)", "UPDATE i SET qty = 1 FROM inserted i"})
     EXPECT_EQ(ErrorText(std::string("CREATE TRIGGER x ON t FOR UPDATE AS ") + change),
               "286 1 The logical tables INSERTED and DELETED cannot be updated.");
   Must("CREATE TABLE lob (id INT, doc TEXT)");
@@ -299,15 +313,18 @@ TEST_F(TriggersTest, InsertedAndDeletedAreOfTheTriggerAlone) {
 
 TEST_F(TriggersTest, InsteadOfTheChange) {
   Must("CREATE TABLE i (n INT IDENTITY(5,1), a INT NOT NULL DEFAULT 7, b VARCHAR(5) NULL)");
-  Must("CREATE TRIGGER instead_i ON i INSTEAD OF INSERT AS INSERT INTO log (what, id) SELECT b, n * 100 + a FROM inserted"
-       " SELECT COUNT(*), @@ROWCOUNT FROM deleted");
-  const Output output = Run("INSERT INTO i (b) VALUES ('x'), ('y') SELECT @@ROWCOUNT, SCOPE_IDENTITY()"
-                            " INSERT INTO i SELECT 3, UPPER(name) FROM t WHERE id = 1 INSERT INTO i DEFAULT VALUES");
+  Must(
+      "CREATE TRIGGER instead_i ON i INSTEAD OF INSERT AS INSERT INTO log (what, id) SELECT b, n * 100 + a FROM inserted"
+      " SELECT COUNT(*), @@ROWCOUNT FROM deleted");
+  const Output output =
+      Run("INSERT INTO i (b) VALUES ('x'), ('y') SELECT @@ROWCOUNT, SCOPE_IDENTITY()"
+          " INSERT INTO i SELECT 3, UPPER(name) FROM t WHERE id = 1 INSERT INTO i DEFAULT VALUES");
   EXPECT_EQ(output.results, std::vector<Lines>({{"0|2"}, {"2|NULL"}, {"0|1"}, {"0|1"}}));
   EXPECT_EQ(Log(), Lines({"x|7", "y|7", "ONE|3", "NULL|7"}));
   EXPECT_EQ(Rows("SELECT COUNT(*) FROM i"), Lines({"0"}));
-  Must("CREATE TRIGGER instead_t ON t INSTEAD OF UPDATE, DELETE AS IF UPDATE(qty) INSERT INTO log (what) VALUES ('qty')"
-       " INSERT INTO log (what, id) SELECT d.name, i.qty FROM deleted d LEFT JOIN inserted i ON i.id = d.id ORDER BY d.id");
+  Must(
+      "CREATE TRIGGER instead_t ON t INSTEAD OF UPDATE, DELETE AS IF UPDATE(qty) INSERT INTO log (what) VALUES ('qty')"
+      " INSERT INTO log (what, id) SELECT d.name, i.qty FROM deleted d LEFT JOIN inserted i ON i.id = d.id ORDER BY d.id");
   Must("TRUNCATE TABLE log UPDATE t SET qty = qty + 1 WHERE id < 3");
   EXPECT_EQ(Log(), Lines({"qty|NULL", "one|11", "two|21"}));
   Must("TRUNCATE TABLE log DELETE FROM t WHERE id = 3");
@@ -318,7 +335,8 @@ TEST_F(TriggersTest, InsteadOfTheChange) {
 TEST_F(TriggersTest, InsteadOfWithItsOwnChangeAndTriggersAfterThat) {
   Must("CREATE TRIGGER instead_t ON t INSTEAD OF INSERT AS"
        " INSERT INTO t (id, name, qty) SELECT id, UPPER(name), ISNULL(qty, 0) FROM inserted WHERE id > 0");
-  Must("CREATE TRIGGER after_t ON t AFTER INSERT AS INSERT INTO log (what, id) SELECT name, id FROM inserted");
+  Must(
+      "CREATE TRIGGER after_t ON t AFTER INSERT AS INSERT INTO log (what, id) SELECT name, id FROM inserted");
   Must("INSERT INTO t VALUES (8, 'x', NULL), (-1, 'y', 1)");
   EXPECT_EQ(Log(), Lines({"X|8"}));
   EXPECT_EQ(Rows("SELECT name, qty FROM t WHERE id NOT IN (1, 2, 3)"), Lines({"X|0"}));
@@ -334,9 +352,10 @@ TEST_F(TriggersTest, InsteadOfComesBeforeConstraintsAndOnceATable) {
   Must("CREATE TRIGGER a ON t INSTEAD OF DELETE AS INSERT INTO log (id) SELECT id FROM deleted");
   Must("DELETE FROM t WHERE id = 1");
   EXPECT_EQ(Rows("SELECT id FROM log"), Lines({"1"}));
-  EXPECT_EQ(ErrorText("CREATE TRIGGER b ON t INSTEAD OF UPDATE, DELETE AS SELECT 1"),
-            "2111 1 Cannot create trigger 'b' on table 't' because an INSTEAD OF DELETE trigger already exists on "
-            "this object.");
+  EXPECT_EQ(
+      ErrorText("CREATE TRIGGER b ON t INSTEAD OF UPDATE, DELETE AS SELECT 1"),
+      "2111 1 Cannot create trigger 'b' on table 't' because an INSTEAD OF DELETE trigger already exists on "
+      "this object.");
   Must("CREATE TRIGGER b ON t INSTEAD OF UPDATE AS SELECT 1");
   Must("ALTER TRIGGER b ON t INSTEAD OF UPDATE, INSERT AS SELECT 2");
   EXPECT_EQ(ErrorOf("ALTER TRIGGER b ON t INSTEAD OF DELETE AS SELECT 2"), 2111);
@@ -388,8 +407,9 @@ TEST_F(TriggersTest, Definitions) {
   EXPECT_EQ(ErrorOf("CREATE TRIGGER x ON v FOR INSERT AS SELECT 1"), 8197);
   EXPECT_EQ(ErrorOf("CREATE TABLE #x (a INT) EXEC ('CREATE TRIGGER x ON #x FOR INSERT AS SELECT 1')"), 8197);
   EXPECT_EQ(ErrorOf("CREATE TRIGGER t ON t FOR INSERT AS SELECT 1"), 2714);
-  EXPECT_EQ(ErrorText("CREATE TRIGGER x ON t FOR INSERT, INSERT AS SELECT 1"),
-            "1034 1 Syntax error: Duplicate specification of the action \"INSERT\" in the trigger declaration.");
+  EXPECT_EQ(
+      ErrorText("CREATE TRIGGER x ON t FOR INSERT, INSERT AS SELECT 1"),
+      "1034 1 Syntax error: Duplicate specification of the action \"INSERT\" in the trigger declaration.");
   EXPECT_EQ(ErrorOf("SELECT 1 CREATE TRIGGER x ON t FOR INSERT AS SELECT 1"), 156);
   EXPECT_EQ(ErrorOf("CREATE TRIGGER x ON t FOR INSERT AS RETURN 1"), 178);
   EXPECT_EQ(ErrorOf("CREATE TRIGGER x ON t FOR INSERT AS SELECT none FROM inserted"), 207);
@@ -434,16 +454,18 @@ TEST_F(TriggersInFileTest, AreThereAgainAndSeenByOthers) {
   {
     const auto session = Session::Open(Database::Open(path_, OpenMode::Create));
     const auto other = Session::Open(Database::Open(path_, OpenMode::Existing));
-    for (const char* batch : {"CREATE TABLE t (a INT) CREATE TABLE log (n INT IDENTITY, a INT)",
-                              "CREATE TRIGGER b ON t FOR INSERT AS INSERT INTO log (a) SELECT a + 1 FROM inserted",
-                              "CREATE TRIGGER a ON t FOR INSERT AS INSERT INTO log (a) SELECT a + 2 FROM inserted"})
+    for (const char* batch :
+         {"CREATE TABLE t (a INT) CREATE TABLE log (n INT IDENTITY, a INT)",
+          "CREATE TRIGGER b ON t FOR INSERT AS INSERT INTO log (a) SELECT a + 1 FROM inserted",
+          "CREATE TRIGGER a ON t FOR INSERT AS INSERT INTO log (a) SELECT a + 2 FROM inserted"})
       EXPECT_TRUE(RunOn(*session, batch).errors.empty());
     EXPECT_TRUE(RunOn(*other, "INSERT INTO t VALUES (10)").errors.empty());
     EXPECT_TRUE(RunOn(*session, "DISABLE TRIGGER a ON t").errors.empty());
     EXPECT_TRUE(RunOn(*other, "INSERT INTO t VALUES (20)").errors.empty());
   }
   const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
-  EXPECT_TRUE(RunOn(*session, "INSERT INTO t VALUES (30) ENABLE TRIGGER a ON t INSERT INTO t VALUES (40)").errors.empty());
+  EXPECT_TRUE(RunOn(*session, "INSERT INTO t VALUES (30) ENABLE TRIGGER a ON t INSERT INTO t VALUES (40)")
+                  .errors.empty());
   EXPECT_EQ(RunOn(*session, "SELECT a FROM log ORDER BY n").results,
             std::vector<Lines>({{"11", "12", "21", "31", "41", "42"}}));
 }
