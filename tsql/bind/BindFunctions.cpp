@@ -281,7 +281,6 @@ BoundExprPtr Binder::BindUpdated(const Expr& expr, FunctionId function) {
   const std::string& name = expr.args.front()->parts.back();
   const int column = table->FindColumn(name);
   if (column < 0) Fail(207, {name});
-  dependencies_.push_back({trigger_->table, table, nullptr});
   std::vector<BoundExprPtr> args;
   args.push_back(MakeConstant(Datum::OfInteger(column), MakeType(TypeId::Int)));
   return MakeFunction(function, MakeType(TypeId::Int), std::move(args));

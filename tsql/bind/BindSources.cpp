@@ -208,15 +208,36 @@ bool Binder::IsFired(const ObjectName& name) const {
   return EqualNames(name.name, "inserted") || EqualNames(name.name, "deleted");
 }
 
-TablePtr Binder::TriggerTable() const {
-  TablePtr table = catalog_.FindTable(trigger_->table);
-  if (!table) Fail(208, {trigger_->table.name});
-  return table;
+TablePtr Binder::TriggerTable() {
+  const ObjectName& name = trigger_->table;
+  if (TablePtr table = catalog_.FindTable(name)) {
+    dependencies_.push_back({name, table, nullptr});
+    return table;
+  }
+  const ModulePtr view = catalog_.FindView(name);
+  if (!view) Fail(208, {name.name});
+  dependencies_.push_back({name, nullptr, view});
+  return ViewTable(*view);
+}
+
+TablePtr Binder::ViewTable(const ModuleInfo& view) {
+  TableSource source;
+  source.name.name = view.name;
+  Scope scope;
+  BindView(view, source, scope);
+  TableInfo table;
+  table.name = view.name;
+  table.isView = true;
+  for (const ScopeColumn& column : scope.sources.back().columns) {
+    ColumnInfo& info = table.columns.emplace_back();
+    info.name = column.name;
+    info.type = column.type;
+  }
+  return std::make_shared<const TableInfo>(std::move(table));
 }
 
 BoundSourcePtr Binder::BindFired(const TableSource& source, Scope& scope) {
   const TablePtr table = TriggerTable();
-  dependencies_.push_back({trigger_->table, table, nullptr});
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Fired;
   node->isOld = EqualNames(source.name.name, "deleted");

@@ -281,7 +281,7 @@ class Binder {
   BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
   // Whether the name means inserted or deleted here.
   bool IsFired(const ObjectName& name) const;
-  TablePtr TriggerTable() const;
+  TablePtr TriggerTable();
   BoundSourcePtr BindFired(const TableSource& source, Scope& scope);
   BoundSourcePtr BindDerived(const TableSource& source, Scope& scope, Scope* visible);
   BoundSourcePtr BindValues(const TableSource& source, Scope& scope, Scope* visible);
@@ -304,6 +304,10 @@ class Binder {
   TablePtr FindTable(const ObjectName& name);
   TablePtr FindTableVariable(const ObjectName& name);
   TablePtr RequireTable(const ObjectName& name);
+  // The table, or a view with a trigger that stands for the change.
+  TablePtr RequireTarget(const ObjectName& name, TriggerEvent event);
+  ModulePtr FindTarget(const ObjectName& name, TriggerEvent event) const; // such a view, or null
+  TablePtr ViewTable(const ModuleInfo& view);
   static std::vector<int> InsertColumns(const std::vector<std::string>& names, const TableInfo& table,
                                         bool identityInsert);
   void BindInsertRows(const InsertStatement& statement, BoundInsert& bound);
@@ -311,8 +315,8 @@ class Binder {
   void AddDefaults(BoundInsert& bound);
   BoundExprPtr BindDefault(const TableInfo& table, int column);
   BoundExprPtr AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const;
-  TablePtr BindTarget(const ObjectName& name, const TableSource* from, Scope& scope, BoundSourcePtr& source,
-                      int& target);
+  TablePtr BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
+                      BoundSourcePtr& source, int& target);
   BoundExprPtr BindChangeTop(const ExprPtr& top);
   static BoundExprPtr RowNumberOf(int source);
   static BoundExprPtr BindCurrentOf(int target);

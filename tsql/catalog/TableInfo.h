@@ -48,6 +48,8 @@ struct TableInfo {
   int rowidColumn = -1;
   int64_t seed = 1;        // of the identity column
   int identityColumn = -1; // -1 for none
+  // A view in the place of a table, for changes that its triggers stand for. SQLite has no such table.
+  bool isView = false;
 
   int FindColumn(std::string_view columnName) const; // -1 when absent
   // The name of the column's DEFAULT: the given one, or one that the server could have made.

@@ -98,11 +98,15 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
   return plan;
 }
 
-// Whether triggers wait for an INSERT into its table. Only it has another plan then.
+// Whether triggers wait for the change of what it names. Then an INSERT has another plan, and a view may be
+// the target.
 bool Planner::Fires(const Statement& statement) const {
   const Catalog& catalog = context_.catalog;
-  if (catalog.Triggers().empty() || statement.kind != StatementKind::Insert) return false;
-  return catalog.HasTriggers(TargetOf(statement).name, TriggerEvent::Insert);
+  if (catalog.Triggers().empty()) return false;
+  const TriggerEvent event = statement.kind == StatementKind::Insert   ? TriggerEvent::Insert
+                             : statement.kind == StatementKind::Update ? TriggerEvent::Update
+                                                                       : TriggerEvent::Delete;
+  return catalog.HasTriggers(TargetOf(statement).name, event);
 }
 
 Plan& Planner::ChangePlan(const Statement& statement) {
@@ -124,19 +128,22 @@ Plan& Planner::ChangePlan(const Statement& statement) {
         binder.BindInsert(static_cast<const InsertStatement&>(statement), identityInsert);
     plan.target = insert.table;
     Finish(plan, binder,
-           insert.output || fires ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
+           insert.table->isView     ? Emitter().EmitRowsOf(insert)
+           : insert.output || fires ? Emitter().EmitReturningInsert(insert)
+                                    : Emitter().EmitInsert(insert));
     break;
   }
   case StatementKind::Update: {
     const BoundUpdate update = binder.BindUpdate(static_cast<const UpdateStatement&>(statement));
     plan.target = update.table;
-    Finish(plan, binder, Emitter().EmitUpdate(update));
+    Finish(plan, binder,
+           update.table->isView ? Emitter::EmitStaged(update).rows : Emitter().EmitUpdate(update));
     break;
   }
   default: {
     const BoundDelete bound = binder.BindDelete(static_cast<const DeleteStatement&>(statement));
     plan.target = bound.table;
-    Finish(plan, binder, Emitter().EmitDelete(bound));
+    Finish(plan, binder, bound.table->isView ? Emitter::EmitStaged(bound).rows : Emitter().EmitDelete(bound));
   }
   }
   return plan;

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
-#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -47,8 +46,8 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
 
 void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
   const TablePtr table = catalog_.FindTable(statement.table);
-  if (statement.insteadOf && catalog_.FindView(statement.table)) Refuse("An INSTEAD OF trigger on a view");
-  if (!table || table->place != Place::Main) Fail(8197, {statement.table.name});
+  const bool isOfView = statement.insteadOf && catalog_.FindView(statement.table);
+  if (!isOfView && (!table || table->place != Place::Main)) Fail(8197, {statement.table.name});
   const TriggerPtr existing = catalog_.FindTrigger(statement.name);
   if (statement.alter && existing && !EqualNames(existing->table, statement.table.name))
     Fail(2110, {statement.name.name, statement.table.name});
@@ -56,11 +55,12 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
     // One for each event.
     constexpr const char* kEvents[] = {"INSERT", "UPDATE", "DELETE"};
     for (const TriggerPtr& other : catalog_.Triggers()) {
-      const bool isOther = other->insteadOf && EqualNames(other->table, table->name) && other != existing;
+      const bool isOther =
+          other->insteadOf && EqualNames(other->table, statement.table.name) && other != existing;
       for (const TriggerEvent event : statement.events)
         if (isOther && std::ranges::count(other->events, event) > 0)
-          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, "table", table->name,
-                      kEvents[static_cast<size_t>(event)]});
+          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, isOfView ? "view" : "table",
+                      statement.table.name, kEvents[static_cast<size_t>(event)]});
     }
   }
   compiler_.CheckTrigger(statement);
@@ -69,13 +69,15 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
 
 void Interpreter::RunSwitchTriggers(const SwitchTriggersStatement& statement) {
   const TablePtr table = catalog_.FindTable(statement.table);
-  if (!table) Fail(statement.alters ? 4902 : 1088, {statement.table.name});
+  const bool isOfView = !statement.alters && catalog_.FindView(statement.table);
+  if (!table && !isOfView) Fail(statement.alters ? 4902 : 1088, {statement.table.name});
   std::vector<TriggerPtr> triggers;
   for (const TriggerPtr& trigger : catalog_.Triggers())
-    if (statement.triggers.empty() && EqualNames(trigger->table, table->name)) triggers.push_back(trigger);
+    if (statement.triggers.empty() && EqualNames(trigger->table, statement.table.name))
+      triggers.push_back(trigger);
   for (const ObjectName& name : statement.triggers) {
     const TriggerPtr trigger = catalog_.FindTrigger(name);
-    const bool isOfTable = trigger && EqualNames(trigger->table, table->name);
+    const bool isOfTable = trigger && EqualNames(trigger->table, statement.table.name);
     if (!isOfTable && statement.alters) Fail(4920, {name.name, table->name});
     if (!isOfTable) Fail(1088, {name.name});
     triggers.push_back(trigger);
@@ -134,7 +136,9 @@ void Interpreter::DropModule(const DropStatement& statement, const ObjectName& n
   }();
   const ModulePtr module = FindModule(name, kind);
   if (!module && !statement.ifExists) Fail(3701, {word, name.name});
-  if (module) catalog_.RemoveModule(std::string(module->name));
+  if (!module) return;
+  if (kind == ModuleKind::View) definitions_.DropTriggers(module->name);
+  catalog_.RemoveModule(std::string(module->name));
 }
 
 void Interpreter::RunTruncate(const TruncateStatement& statement) {

@@ -7,6 +7,7 @@
 
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Quotation.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -113,6 +114,7 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
   fired.event = EventOf(statement.kind);
   fired.updated = UpdatedColumns(statement, *target);
   const bool insteadOf = HasInsteadOf(*target, fired.event);
+  if (target->isView && !insteadOf) Refuse("Changing a view"); // the trigger's own change of it
   return ChangeAndFire(*target, fired, insteadOf, [&] {
     const StagedUse use(context_, fired.rows);
     if (insteadOf) {

@@ -68,6 +68,10 @@ const std::vector<Rule>& Rules() {
         "CREATE TRIGGER <triggerName> ON ICBOM <events> AS <fired_statement> <update> <fired_statement>",
         "CREATE TRIGGER <triggerName> ON ICBOMChild <events> AS BEGIN TRY <fired_statement> END TRY BEGIN CATCH <statement>"
         " END CATCH SELECT TRIGGER_NESTLEVEL()",
+        "EXEC ('CREATE VIEW made AS SELECT FInterID AS c, FNote AS n, FItemID + 1 AS i FROM ICBOM')"
+        " EXEC ('CREATE TRIGGER on_made ON made INSTEAD OF INSERT, UPDATE, DELETE AS SELECT * FROM inserted, deleted')"
+        " INSERT made VALUES (<constant>, <constant>, 1) UPDATE made SET n = <constant> WHERE c > <constant>"
+        " DELETE TOP (<top>) FROM made DROP VIEW made",
         "ENABLE TRIGGER ALL ON <table>"}},
       {"triggerName", {"made", "second", "third", "tr"}},
       {"events",
