@@ -92,10 +92,10 @@ std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) con
 std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
   std::shared_ptr<CompiledUnit>& cached = triggers_[trigger.module->name];
   if (cached && cached->module->text == trigger.module->text) return cached;
-  const std::shared_ptr<CompiledUnit> unit = MakeTrigger(trigger.module->text);
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(trigger.module->text);
   unit->module = trigger.module;
-  cached = unit;
-  return unit;
+  cached = std::move(unit);
+  return cached;
 }
 
 std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, uint32_t number) const {

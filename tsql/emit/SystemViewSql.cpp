@@ -59,6 +59,13 @@ std::string SystemViewSql(const SystemView& view) {
            " AS max_length, nullable AS is_nullable, identity = 1 AS is_identity, identity > 1 AS is_computed "
            "FROM " +
            Main(storage::kColumns);
+  case Id::Triggers:
+    return "SELECT name, " + id + " AS object_id, " +
+           Call(names::kObjectId, Call(names::kTriggerTable, "name").c_str()) +
+           " AS parent_id, 'TR' AS type, 'SQL_TRIGGER' AS type_desc, kind > " +
+           std::to_string(storage::kDisabled) + " AS is_disabled, " + Call(names::kIsInsteadOf, "name") +
+           " AS is_instead_of_trigger FROM " + Main(storage::kModules) + " WHERE kind % " +
+           std::to_string(storage::kDisabled) + " = " + std::to_string(static_cast<int>(ModuleKind::Trigger));
   case Id::SchemaTables:
     return "SELECT 'dbo' AS TABLE_SCHEMA, name AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS "
            "TABLE_TYPE FROM " +

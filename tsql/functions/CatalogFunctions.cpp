@@ -83,6 +83,23 @@ void CursorStatusOf(const FunctionCall& call) {
   call.ReturnInteger(call.Context().userFunctions->CursorStatus(call.Text(0), call.Text(1)));
 }
 
+TriggerPtr TriggerOf(const FunctionCall& call) {
+  ObjectName name;
+  name.name = call.Text(0);
+  return call.Context().catalog->FindTrigger(name);
+}
+
+// t_trigger_table(trigger): the name of its table or view.
+void TriggerTableOf(const FunctionCall& call) {
+  const TriggerPtr trigger = TriggerOf(call);
+  return trigger ? call.ReturnText(trigger->table) : call.ReturnNull();
+}
+
+void IsInsteadOf(const FunctionCall& call) {
+  const TriggerPtr trigger = TriggerOf(call);
+  call.ReturnInteger(trigger && trigger->insteadOf ? 1 : 0);
+}
+
 void TypeNameOf(const FunctionCall& call) {
   call.ReturnText(TypeName(call.TypeAt(0).id));
 }
@@ -107,6 +124,8 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<ObjectId>(connection, context, names::kObjectId, -1, Purity::Volatile);
   Register<ObjectNameOf>(connection, context, names::kObjectName, 1, Purity::Volatile);
   Register<CursorStatusOf>(connection, context, names::kCursorStatus, 2, Purity::Volatile);
+  Register<TriggerTableOf>(connection, context, names::kTriggerTable, 1, Purity::Volatile);
+  Register<IsInsteadOf>(connection, context, names::kIsInsteadOf, 1, Purity::Volatile);
   Register<TypeNameOf>(connection, context, names::kTypeName, 1);
   Register<CharLengthOf>(connection, context, names::kCharLength, 1);
   Register<ColLength>(connection, context, names::kColLength, 2, Purity::Volatile);

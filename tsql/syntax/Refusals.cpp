@@ -163,7 +163,7 @@ constexpr std::string_view kSystemViews =
     "sys.syslockinfo, sys.syslogins, sys.sysmembers, sys.sysmessages, sys.sysobjects, "
     "sys.syspermissions, sys.sysprocesses, sys.sysprotects, sys.sysreferences, sys.sysservers, "
     "sys.system_columns, sys.system_objects, sys.system_sql_modules, sys.system_views, sys.systypes, "
-    "sys.sysusers, sys.table_types, sys.time_zone_info, sys.trigger_events, sys.triggers, "
+    "sys.sysusers, sys.table_types, sys.time_zone_info, sys.trigger_events, "
     "sys.type_assembly_usages, sys.types, sys.user_token, sys.views, sys.xml_indexes, "
     "sys.xml_schema_collections, syscharsets, syscomments, sysconfigures, sysconstraints, "
     "sysdatabases, sysdepends, sysfilegroups, sysfiles, sysforeignkeys, sysindexes, sysindexkeys, "

@@ -239,6 +239,7 @@ const std::vector<Rule>& Rules() {
         "SELECT * FROM sys.columns WHERE object_id = OBJECT_ID('ICBOM')",
         "SELECT * FROM INFORMATION_SCHEMA.TABLES",
         "SELECT COUNT(*) FROM syscolumns, sys.tables, sys.objects",
+        "SELECT * FROM sys.triggers WHERE parent_id = OBJECT_ID(<text>) OR is_disabled = 0",
         "SELECT * FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME LIKE <text>",
         "SELECT <num> AS c FROM <from> <where> OPTION (MAXDOP 1, MAXRECURSION <top>)"}},
       {"select",

@@ -472,6 +472,19 @@ TEST_F(TriggersTest, Definitions) {
   EXPECT_EQ(Rows("SELECT OBJECT_ID('x')"), Lines({"NULL"}));
 }
 
+TEST_F(TriggersTest, TheSystemKnowsThem) {
+  Must("CREATE VIEW v AS SELECT id FROM t");
+  Must("CREATE TRIGGER a ON dbo.[t] FOR UPDATE AS SELECT 1");
+  Must("CREATE TRIGGER b ON v INSTEAD OF DELETE AS SELECT 1");
+  Must("DISABLE TRIGGER a ON t");
+  EXPECT_EQ(Rows("SELECT name, OBJECT_NAME(parent_id), type, type_desc, is_disabled, is_instead_of_trigger"
+                 " FROM sys.triggers ORDER BY name"),
+            Lines({"a|t|TR|SQL_TRIGGER|1|0", "b|v|TR|SQL_TRIGGER|0|1"}));
+  EXPECT_EQ(Rows("SELECT name FROM sys.triggers WHERE object_id = OBJECT_ID('b')"
+                 " AND parent_id = OBJECT_ID('v')"),
+            Lines({"b"}));
+}
+
 TEST_F(TriggersTest, EndWithTheirTable) {
   Must("CREATE TABLE g (a INT)");
   Must("CREATE TRIGGER x ON g FOR INSERT AS INSERT INTO log (what) VALUES ('x')");
