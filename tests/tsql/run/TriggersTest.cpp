@@ -477,9 +477,11 @@ TEST_F(TriggersTest, TheSystemKnowsThem) {
   Must("CREATE TRIGGER a ON dbo.[t] FOR UPDATE AS SELECT 1");
   Must("CREATE TRIGGER b ON v INSTEAD OF DELETE AS SELECT 1");
   Must("DISABLE TRIGGER a ON t");
-  EXPECT_EQ(Rows("SELECT name, CASE parent_id WHEN OBJECT_ID('t') THEN 't' WHEN OBJECT_ID('v') THEN 'v' END, type, type_desc, is_disabled, is_instead_of_trigger"
-                 " FROM sys.triggers ORDER BY name"),
-            Lines({"a|t|TR|SQL_TRIGGER|1|0", "b|v|TR|SQL_TRIGGER|0|1"}));
+  EXPECT_EQ(
+      Rows("SELECT name, CASE parent_id WHEN OBJECT_ID('t') THEN 't' WHEN OBJECT_ID('v') THEN 'v' END, type,"
+           " type_desc, is_disabled, is_instead_of_trigger"
+           " FROM sys.triggers ORDER BY name"),
+      Lines({"a|t|TR|SQL_TRIGGER|1|0", "b|v|TR|SQL_TRIGGER|0|1"}));
   EXPECT_EQ(Rows("SELECT name FROM sys.triggers WHERE object_id = OBJECT_ID('b')"
                  " AND parent_id = OBJECT_ID('v')"),
             Lines({"b"}));
