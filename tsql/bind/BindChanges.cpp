@@ -52,6 +52,7 @@ TablePtr Binder::FindTable(const ObjectName& name) {
 }
 
 TablePtr Binder::RequireTable(const ObjectName& name) {
+  if (IsFired(name)) Fail(286, {});
   TablePtr table = FindTable(name);
   if (!table) {
     if (catalog_.FindView(name)) Refuse("Changing a view");
@@ -59,6 +60,18 @@ TablePtr Binder::RequireTable(const ObjectName& name) {
   }
   dependencies_.push_back({name, table, nullptr});
   return table;
+}
+
+ModulePtr Binder::FindTarget(const ObjectName& name, TriggerEvent event) const {
+  const ModulePtr view = IsFired(name) || catalog_.FindTable(name) ? nullptr : catalog_.FindView(name);
+  return view && catalog_.HasTriggers(view->name, event) ? view : nullptr;
+}
+
+TablePtr Binder::RequireTarget(const ObjectName& name, TriggerEvent event) {
+  const ModulePtr view = FindTarget(name, event);
+  if (!view) return RequireTable(name);
+  dependencies_.push_back({name, nullptr, view});
+  return ViewTable(*view);
 }
 
 BoundExprPtr Binder::AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const {
@@ -111,7 +124,7 @@ std::vector<int> Binder::InsertColumns(const std::vector<std::string>& names, co
 
 BoundInsert Binder::BindInsert(const InsertStatement& statement, bool identityInsert) {
   BoundInsert bound;
-  bound.table = RequireTable(statement.table);
+  bound.table = RequireTarget(statement.table, TriggerEvent::Insert);
   if (!statement.defaultValues)
     bound.columns = InsertColumns(statement.columns, *bound.table, identityInsert);
   if (statement.query) {
@@ -207,10 +220,17 @@ void Binder::AddDefaults(BoundInsert& bound) {
 
 // ---- UPDATE and DELETE
 
-TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Scope& scope,
+TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
                             BoundSourcePtr& source, int& target) {
   if (FindCommon(name) != nullptr) Refuse("Changing a common table expression");
   if (from == nullptr) {
+    if (const ModulePtr view = FindTarget(name, event)) {
+      TableSource own;
+      own.name = name;
+      source = BindNamed(own, scope);
+      target = source->id;
+      return ViewTable(*view);
+    }
     TablePtr table = RequireTable(name);
     ScopeSource entry;
     entry.id = target = nextSource_++;
@@ -233,6 +253,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
     source->left = BindNamed(own, scope);
     source->right = BindSource(*from, scope);
     target = source->left->id;
+    if (IsFired(name)) Fail(286, {});
     if (!source->left->table) Refuse("Changing a view");
     return source->left->table;
   }
@@ -240,6 +261,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, const TableSource* from, Sco
   const std::string& exposed = targetSource->alias.empty() ? targetSource->name.name : targetSource->alias;
   for (const ScopeSource& entry : scope.sources) {
     if (!EqualNames(entry.exposed, exposed)) continue;
+    if (entry.isFired) Fail(286, {});
     if (!entry.table) Refuse("Changing a view or a derived table");
     target = entry.id;
     return entry.table;
@@ -306,7 +328,8 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   maxRecursion_ = statement.maxRecursion;
   BindCommonTables(statement.commonTables, bound.commons);
   Scope scope;
-  bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
+  bound.table = BindTarget(statement.target, TriggerEvent::Update, statement.from.get(), scope, bound.from,
+                           bound.target);
   scope_ = &scope;
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
@@ -347,7 +370,8 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   maxRecursion_ = statement.maxRecursion;
   BindCommonTables(statement.commonTables, bound.commons);
   Scope scope;
-  bound.table = BindTarget(statement.target, statement.from.get(), scope, bound.from, bound.target);
+  bound.table = BindTarget(statement.target, TriggerEvent::Delete, statement.from.get(), scope, bound.from,
+                           bound.target);
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);

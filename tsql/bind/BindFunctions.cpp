@@ -34,6 +34,7 @@ std::span<const GlobalFunction> GlobalFunctions() {
       {"scope_identity", GlobalValue::ScopeIdentity, MakeDecimal(38, 0)},
       {"rowcount_big", GlobalValue::RowCount, MakeType(TypeId::BigInt)},
       {"xact_state", GlobalValue::TransactionState, MakeType(TypeId::SmallInt)},
+      {"trigger_nestlevel", GlobalValue::TriggerNesting, MakeType(TypeId::Int)},
       {"error_number", GlobalValue::ErrorNumber, MakeType(TypeId::Int)},
       {"error_message", GlobalValue::ErrorMessage, MakeType(TypeId::NVarChar, 2048)},
       {"error_severity", GlobalValue::ErrorSeverity, MakeType(TypeId::Int)},
@@ -139,6 +140,7 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"newid", FunctionId::NewId, &Binder::BindNewId},
       {"object_id", FunctionId::ObjectId, &Binder::BindObjectSize},
       {"cursor_status", FunctionId::CursorStatus, &Binder::BindCursorStatus},
+      {"update", FunctionId::Updated, &Binder::BindUpdated},
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
       {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
   };
@@ -272,10 +274,26 @@ BoundExprPtr Binder::BindCursorStatus(const Expr& expr, FunctionId function) {
   return MakeFunction(function, MakeType(TypeId::SmallInt), std::move(args));
 }
 
+// The parser gives it the name of a column.
+BoundExprPtr Binder::BindUpdated(const Expr& expr, FunctionId function) {
+  if (trigger_ == nullptr) Fail(140, {});
+  const TablePtr table = TriggerTable();
+  const std::string& name = expr.args.front()->parts.back();
+  const int column = table->FindColumn(name);
+  if (column < 0) Fail(207, {name});
+  std::vector<BoundExprPtr> args;
+  args.push_back(MakeConstant(Datum::OfInteger(column), MakeType(TypeId::Int)));
+  return MakeFunction(function, MakeType(TypeId::Int), std::move(args));
+}
+
 // Functions whose value is known before the statement runs; null when it is none of them.
 BoundExprPtr Binder::BindConstantFunction(const Expr& expr) {
-  for (const GlobalFunction& function : GlobalFunctions())
-    if (expr.text == function.name) return MakeGlobal(function.value, function.type);
+  for (const GlobalFunction& function : GlobalFunctions()) {
+    if (expr.text != function.name) continue;
+    if (function.value == GlobalValue::TriggerNesting && !expr.args.empty())
+      Refuse("TRIGGER_NESTLEVEL with an argument");
+    return MakeGlobal(function.value, function.type);
+  }
   if (expr.text == kPi) {
     BindArguments(expr, 0, 0);
     return MakeConstant(Datum::OfReal(std::numbers::pi), MakeType(TypeId::Float));

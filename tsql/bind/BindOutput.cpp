@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -72,6 +73,10 @@ void Binder::StageOthers(BoundExpr& expr, int staging, const TableInfo& table,
 void Binder::BindOutputInto(const OutputClause& clause, BoundOutput& output) {
   BoundInsert into;
   into.table = RequireTable(*clause.into);
+  const bool hasTriggers = std::ranges::any_of(catalog_.Triggers(), [&](const TriggerPtr& trigger) {
+    return !trigger->module->disabled && EqualNames(trigger->table, into.table->name);
+  });
+  if (hasTriggers) Fail(331, {into.table->name});
   into.columns = InsertColumns(clause.columns, *into.table, false);
   std::vector<BoundItem>& items = output.query->select->items;
   if (items.size() != into.columns.size()) {

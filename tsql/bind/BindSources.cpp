@@ -175,6 +175,8 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     node->kind = BoundSource::Kind::Common;
     node->common = common->id;
     entry.columns = common->columns;
+  } else if (IsFired(source.name)) {
+    return BindFired(source, scope);
   } else if (TablePtr table = FindTable(source.name)) {
     dependencies_.push_back({source.name, table, nullptr});
     node->table = table;
@@ -196,6 +198,57 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   }
   node->id = nextSource_++;
   entry.id = node->id;
+  AddSource(scope, std::move(entry));
+  return node;
+}
+
+bool Binder::IsFired(const ObjectName& name) const {
+  // A view or function does not see the trigger that uses it.
+  if (trigger_ == nullptr || viewDepth_ > 0 || inlined_ != nullptr || !name.schema.empty()) return false;
+  return EqualNames(name.name, "inserted") || EqualNames(name.name, "deleted");
+}
+
+TablePtr Binder::TriggerTable() {
+  const ObjectName& name = trigger_->table;
+  if (TablePtr table = catalog_.FindTable(name)) {
+    dependencies_.push_back({name, table, nullptr});
+    return table;
+  }
+  const ModulePtr view = catalog_.FindView(name);
+  if (!view) Fail(208, {name.name});
+  dependencies_.push_back({name, nullptr, view});
+  return ViewTable(*view);
+}
+
+TablePtr Binder::ViewTable(const ModuleInfo& view) {
+  TableSource source;
+  source.name.name = view.name;
+  Scope scope;
+  BindView(view, source, scope);
+  TableInfo table;
+  table.name = view.name;
+  table.isView = true;
+  for (const ScopeColumn& column : scope.sources.back().columns) {
+    ColumnInfo& info = table.columns.emplace_back();
+    info.name = column.name;
+    info.type = column.type;
+  }
+  return std::make_shared<const TableInfo>(std::move(table));
+}
+
+BoundSourcePtr Binder::BindFired(const TableSource& source, Scope& scope) {
+  const TablePtr table = TriggerTable();
+  auto node = std::make_unique<BoundSource>();
+  node->kind = BoundSource::Kind::Fired;
+  node->isOld = EqualNames(source.name.name, "deleted");
+  node->id = nextSource_++;
+  ScopeSource entry;
+  entry.id = node->id;
+  entry.isAlias = !source.alias.empty();
+  entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  entry.isFired = true;
+  entry.columns = ColumnsOf(*table);
+  for (size_t i = 0; i < entry.columns.size(); ++i) entry.columns[i].sqlName = ResultColumnName(i);
   AddSource(scope, std::move(entry));
   return node;
 }

@@ -138,6 +138,9 @@ Binder::Resolved Binder::Resolve(const std::vector<std::string>& parts) const {
 }
 
 BoundExprPtr Binder::MakeColumn(const ScopeSource& source, const ScopeColumn& column) const {
+  const TypeId type = column.type.id;
+  const bool isLongType = type == TypeId::Text || type == TypeId::NText || type == TypeId::Image;
+  if (source.isFired && isLongType && !trigger_->insteadOf) Fail(311, {});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Column, column.type);
   node->nullable = column.nullable;
   node->source = source.id;

@@ -73,6 +73,9 @@ class Binder {
   }
   // What is bound belongs to a function, in which nothing outside may be changed.
   void SetInFunction(bool inFunction) { inFunction_ = inFunction; }
+  // What is bound belongs to a trigger of the table or view, whose changed rows it sees as inserted and
+  // deleted.
+  void SetTrigger(const CreateTriggerStatement& trigger) { trigger_ = &trigger; }
   // The query of an inline function.
   BoundQueryPtr BindFunctionQuery(const CreateFunctionStatement& function);
   // Changes are limited to the rows of SET ROWCOUNT.
@@ -96,6 +99,7 @@ class Binder {
     bool isAlias = false;
     bool isTable = false;
     bool needsPrefix = false; // as the columns of inserted and deleted do
+    bool isFired = false;     // what a trigger sees
     TablePtr table;
     std::vector<ScopeColumn> columns;
   };
@@ -187,6 +191,7 @@ class Binder {
   BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
   BoundExprPtr BindCursorStatus(const Expr& expr, FunctionId function);
+  BoundExprPtr BindUpdated(const Expr& expr, FunctionId function);
   BoundExprPtr BindConstantFunction(const Expr& expr);
   // (BindAggregates.cpp)
   BoundExprPtr BindAggregate(const Expr& expr, AggregateId aggregate);
@@ -274,6 +279,10 @@ class Binder {
   BoundSourcePtr BindSource(const TableSource& source, Scope& scope);
   BoundSourcePtr BindJoin(const TableSource& source, Scope& scope);
   BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
+  // Whether the name means inserted or deleted here.
+  bool IsFired(const ObjectName& name) const;
+  TablePtr TriggerTable();
+  BoundSourcePtr BindFired(const TableSource& source, Scope& scope);
   BoundSourcePtr BindDerived(const TableSource& source, Scope& scope, Scope* visible);
   BoundSourcePtr BindValues(const TableSource& source, Scope& scope, Scope* visible);
   ScopeColumn UnifyValues(std::vector<std::vector<BoundExprPtr>>& rows, size_t column) const;
@@ -295,6 +304,10 @@ class Binder {
   TablePtr FindTable(const ObjectName& name);
   TablePtr FindTableVariable(const ObjectName& name);
   TablePtr RequireTable(const ObjectName& name);
+  // The table, or a view with a trigger that stands for the change.
+  TablePtr RequireTarget(const ObjectName& name, TriggerEvent event);
+  ModulePtr FindTarget(const ObjectName& name, TriggerEvent event) const; // such a view, or null
+  TablePtr ViewTable(const ModuleInfo& view);
   static std::vector<int> InsertColumns(const std::vector<std::string>& names, const TableInfo& table,
                                         bool identityInsert);
   void BindInsertRows(const InsertStatement& statement, BoundInsert& bound);
@@ -302,8 +315,8 @@ class Binder {
   void AddDefaults(BoundInsert& bound);
   BoundExprPtr BindDefault(const TableInfo& table, int column);
   BoundExprPtr AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const;
-  TablePtr BindTarget(const ObjectName& name, const TableSource* from, Scope& scope, BoundSourcePtr& source,
-                      int& target);
+  TablePtr BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
+                      BoundSourcePtr& source, int& target);
   BoundExprPtr BindChangeTop(const ExprPtr& top);
   static BoundExprPtr RowNumberOf(int source);
   static BoundExprPtr BindCurrentOf(int target);
@@ -334,6 +347,7 @@ class Binder {
   bool isLimited_ = false;
   bool inFunction_ = false;
   bool inCheck_ = false;
+  const CreateTriggerStatement* trigger_ = nullptr;
   const Inlined* inlined_ = nullptr;              // the inline function whose query is bound
   std::vector<std::unique_ptr<Batch>> functions_; // the trees of those that were met
 };

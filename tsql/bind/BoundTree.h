@@ -25,6 +25,7 @@ enum class GlobalValue : uint8_t {
   ErrorLine,
   ErrorProcedure,
   ProcedureNesting,
+  TriggerNesting,
   TransactionState,
   RowLimit, // of SET ROWCOUNT
   FetchStatus,
@@ -121,6 +122,7 @@ enum class FunctionId : uint8_t {
   ObjectName,
   ColLength,
   CursorStatus,
+  Updated, // UPDATE() of the column whose position is the argument
   // The value, unless it is null, which is an error: for a column whose name is the second argument.
   NotNull,
   RowLimit, // the argument of TOP, unless it is null or negative
@@ -220,12 +222,13 @@ bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 std::string ResultColumnName(size_t index);
 
 struct BoundSource {
-  enum class Kind : uint8_t { Table, Query, Function, Split, Common, System, Values, Staged, Join };
+  enum class Kind : uint8_t { Table, Query, Function, Split, Common, System, Values, Staged, Fired, Join };
   Kind kind = Kind::Table;
   int id = 0;
   const SystemView* system = nullptr;
   TablePtr table;
-  int common = 0; // the number of a common table expression
+  int common = 0;     // the number of a common table expression
+  bool isOld = false; // of what a trigger sees: deleted, not inserted
   std::string function;
   std::vector<BoundExprPtr> args; // of the function, or of STRING_SPLIT
   std::vector<Column> columns;    // that it gives

@@ -1,13 +1,38 @@
 #include "tsql/catalog/Catalog.h"
 
 #include <algorithm>
+#include <iterator>
 
+#include "tsql/syntax/Parser.h"
 #include "tsql/values/Collation.h"
 
 namespace tsql {
 namespace {
 
 constexpr size_t kMaxSpareTables = 16;
+
+bool FiresAt(const TriggerInfo& trigger, const std::string& table, TriggerEvent event) {
+  return !trigger.module->disabled && EqualNames(trigger.table, table) &&
+         std::ranges::count(trigger.events, event) > 0;
+}
+
+TriggerPtr ReadTrigger(ModulePtr module) {
+  try {
+    const std::unique_ptr<Batch> batch = ParseBatch(module->text);
+    const bool isTrigger =
+        !batch->statements.empty() && batch->statements.front()->kind == StatementKind::CreateTrigger;
+    if (!isTrigger) throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: a trigger's text");
+    auto& statement = static_cast<CreateTriggerStatement&>(*batch->statements.front());
+    auto trigger = std::make_shared<TriggerInfo>();
+    trigger->module = std::move(module);
+    trigger->table = std::move(statement.table.name);
+    trigger->events = std::move(statement.events);
+    trigger->insteadOf = statement.insteadOf;
+    return trigger;
+  } catch (const Error&) {
+    throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: a trigger's text");
+  }
+}
 
 } // namespace
 
@@ -49,8 +74,12 @@ Catalog::Contents Catalog::Load(Place place) const {
   FindForeignKeys(contents);
   for (DefinitionStore::Module& module : store_.ReadModules(place)) {
     std::string name = module.info.name;
-    contents.ModulesOf(module.kind)
-        .emplace(std::move(name), std::make_shared<const ModuleInfo>(std::move(module.info)));
+    auto kept = std::make_shared<const ModuleInfo>(std::move(module.info));
+    if (kept->kind == ModuleKind::Trigger) {
+      contents.triggers.push_back(ReadTrigger(std::move(kept)));
+    } else {
+      contents.ModulesOf(kept->kind).emplace(std::move(name), std::move(kept));
+    }
   }
   return contents;
 }
@@ -98,6 +127,28 @@ ModulePtr Catalog::FindFunction(const ObjectName& name) const {
   return found != main_.functions.end() ? found->second : nullptr;
 }
 
+TriggerPtr Catalog::FindTrigger(const ObjectName& name) const {
+  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const auto found = std::ranges::find_if(main_.triggers, [&](const TriggerPtr& trigger) {
+    return EqualNames(trigger->module->name, name.name);
+  });
+  return found != main_.triggers.end() ? *found : nullptr;
+}
+
+bool Catalog::HasTriggers(const std::string& table, TriggerEvent event) const {
+  return std::ranges::any_of(main_.triggers,
+                             [&](const TriggerPtr& trigger) { return FiresAt(*trigger, table, event); });
+}
+
+std::vector<TriggerPtr> Catalog::TriggersOf(const std::string& table, TriggerEvent event,
+                                            bool insteadOf) const {
+  std::vector<TriggerPtr> triggers;
+  std::ranges::copy_if(main_.triggers, std::back_inserter(triggers), [&](const TriggerPtr& trigger) {
+    return trigger->insteadOf == insteadOf && FiresAt(*trigger, table, event);
+  });
+  return triggers;
+}
+
 std::map<std::string, ModulePtr, NameLess>& Catalog::Contents::ModulesOf(ModuleKind kind) {
   switch (kind) {
   case ModuleKind::View: return views;
@@ -111,7 +162,7 @@ bool Catalog::Exists(const ObjectName& name) const {
     return std::any_of(own_.local.begin(), own_.local.end(), [&](const TempTable& entry) {
       return entry.depth == depth_ && EqualNames(entry.table->name, name.name);
     });
-  return FindTable(name) || FindView(name) || FindProcedure(name) || FindFunction(name);
+  return FindTable(name) || FindView(name) || FindProcedure(name) || FindFunction(name) || FindTrigger(name);
 }
 
 std::vector<std::string> Catalog::ObjectNames() const {
@@ -120,6 +171,7 @@ std::vector<std::string> Catalog::ObjectNames() const {
   for (const auto& entry : main_.views) names.push_back(entry.second->name);
   for (const auto& entry : main_.procedures) names.push_back(entry.second->name);
   for (const auto& entry : main_.functions) names.push_back(entry.second->name);
+  for (const TriggerPtr& trigger : main_.triggers) names.push_back(trigger->module->name);
   return names;
 }
 
@@ -191,7 +243,18 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
   store_.WriteModule(kind, module);
   auto kept = std::make_shared<ModuleInfo>(module);
   kept->kind = kind;
-  main_.ModulesOf(kind)[module.name] = std::move(kept);
+  if (kind != ModuleKind::Trigger) {
+    main_.ModulesOf(kind)[module.name] = std::move(kept);
+    return;
+  }
+  TriggerPtr trigger = ReadTrigger(std::move(kept));
+  const auto present = std::ranges::find_if(
+      main_.triggers, [&](const TriggerPtr& other) { return EqualNames(other->module->name, module.name); });
+  if (present != main_.triggers.end()) {
+    *present = std::move(trigger);
+  } else {
+    main_.triggers.push_back(std::move(trigger));
+  }
 }
 
 void Catalog::RemoveModule(const std::string& name) {
@@ -202,6 +265,8 @@ void Catalog::RemoveModule(const std::string& name) {
   main_.views.erase(name);
   main_.procedures.erase(name);
   main_.functions.erase(name);
+  std::erase_if(main_.triggers,
+                [&](const TriggerPtr& trigger) { return EqualNames(trigger->module->name, name); });
 }
 
 std::string Catalog::TempStorageName(const std::string& name) const {

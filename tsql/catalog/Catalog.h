@@ -33,8 +33,15 @@ class Catalog {
   ModulePtr FindView(const ObjectName& name) const;
   ModulePtr FindProcedure(const ObjectName& name) const;
   ModulePtr FindFunction(const ObjectName& name) const; // of a user
+  TriggerPtr FindTrigger(const ObjectName& name) const;
+  // All of them, in the order in which they were made.
+  const std::vector<TriggerPtr>& Triggers() const { return main_.triggers; }
+  // Whether some of the table fire at the event, after it or instead of it.
+  bool HasTriggers(const std::string& table, TriggerEvent event) const;
+  // Those of a table or view that fire at the event, in that order.
+  std::vector<TriggerPtr> TriggersOf(const std::string& table, TriggerEvent event, bool insteadOf) const;
   bool Exists(const ObjectName& name) const;
-  // Tables, views and procedures of the database, by name.
+  // All objects of the database, by name.
   std::vector<std::string> ObjectNames() const;
   const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
   bool ConstraintExists(const std::string& name) const;
@@ -100,6 +107,7 @@ class Catalog {
     std::map<std::string, ModulePtr, NameLess> functions;
     std::map<std::string, ModulePtr, NameLess>& ModulesOf(ModuleKind kind);
     std::vector<TablePtr> withForeignKeys;
+    std::vector<TriggerPtr> triggers;
     uint64_t version = 0; // 0 when it must be read
   };
 

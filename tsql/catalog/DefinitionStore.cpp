@@ -179,12 +179,16 @@ void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
 
 std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) const {
   std::vector<Module> modules;
-  PreparedStatement rows =
-      connection_.Prepare("SELECT name, kind, text FROM " + Qualified(place, storage::kModules));
+  PreparedStatement rows = connection_.Prepare("SELECT name, kind, text FROM " +
+                                               Qualified(place, storage::kModules) + " ORDER BY rowid");
   while (rows.Step()) {
     Module module;
-    module.kind = static_cast<ModuleKind>(rows.ColumnInteger(1));
-    RequireIntact(module.kind >= ModuleKind::View && module.kind <= ModuleKind::TableFunction);
+    const int64_t kind = rows.ColumnInteger(1);
+    RequireIntact(kind >= 0 && kind < 2 * storage::kDisabled);
+    module.kind = static_cast<ModuleKind>(kind % storage::kDisabled);
+    module.info.disabled = kind >= storage::kDisabled;
+    RequireIntact(module.kind >= ModuleKind::View && module.kind <= ModuleKind::Trigger);
+    RequireIntact(!module.info.disabled || module.kind == ModuleKind::Trigger);
     module.info.kind = module.kind;
     module.info.name = std::string(rows.ColumnText(0));
     module.info.text = std::string(rows.ColumnText(2));
@@ -231,9 +235,14 @@ void DefinitionStore::EraseTable(const TableInfo& table) const {
 
 void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) const {
   if (kind > ModuleKind::Procedure) storage::RequireVersion(connection_, storage::kFunctionVersion);
+  if (kind == ModuleKind::Trigger) storage::RequireVersion(connection_, storage::kTriggerVersion);
+  // What is altered keeps its row: the order of the rows is that in which triggers fire.
   RunWith(connection_,
-          "INSERT OR REPLACE INTO " + Qualified(Place::Main, storage::kModules) + " VALUES (?, ?, ?)",
-          {Text(module.name), Datum::OfInteger(static_cast<int64_t>(kind)), Text(module.text)});
+          "INSERT INTO " + Qualified(Place::Main, storage::kModules) +
+              " VALUES (?, ?, ?) ON CONFLICT(name) DO UPDATE SET kind = excluded.kind, text = excluded.text",
+          {Text(module.name),
+           Datum::OfInteger(static_cast<int64_t>(kind) + (module.disabled ? storage::kDisabled : 0)),
+           Text(module.text)});
 }
 
 void DefinitionStore::EraseModule(const std::string& name) const {

@@ -30,6 +30,7 @@ enum class ModuleKind : uint8_t {
   ScalarFunction = 3, // since version 2
   InlineFunction = 4,
   TableFunction = 5,
+  Trigger = 6, // since version 4
 };
 
 namespace storage {
@@ -39,12 +40,13 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 3;
+constexpr int64_t kVersion = 4;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
 // Names of defaults, constraints that are switched off, and computed columns.
 constexpr int64_t kConstraintVersion = 3;
+constexpr int64_t kTriggerVersion = 4; // triggers
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -54,7 +56,7 @@ enum class ColumnValue : int64_t {
   Persisted = 3,
 };
 
-// Added to the kind of a constraint that is switched off. Since version 3.
+// Added to the kind of what is switched off: of a constraint since version 3, of a trigger since version 4.
 constexpr int64_t kDisabled = 16;
 
 // The engine's own tables, quoted.

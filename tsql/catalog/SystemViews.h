@@ -12,6 +12,7 @@ struct SystemView {
     Objects,       // sys.objects
     Tables,        // sys.tables
     Columns,       // sys.columns
+    Triggers,      // sys.triggers
     SchemaTables,  // INFORMATION_SCHEMA.TABLES
     SchemaColumns, // INFORMATION_SCHEMA.COLUMNS
   };

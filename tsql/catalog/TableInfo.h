@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "tsql/catalog/Storage.h"
-#include "tsql/syntax/QueryTree.h"
+#include "tsql/syntax/StatementTree.h"
 
 namespace tsql {
 
@@ -48,6 +48,8 @@ struct TableInfo {
   int rowidColumn = -1;
   int64_t seed = 1;        // of the identity column
   int identityColumn = -1; // -1 for none
+  // A view in the place of a table, for changes that its triggers stand for. SQLite has no such table.
+  bool isView = false;
 
   int FindColumn(std::string_view columnName) const; // -1 when absent
   // The name of the column's DEFAULT: the given one, or one that the server could have made.
@@ -60,13 +62,23 @@ struct TableInfo {
 };
 using TablePtr = std::shared_ptr<const TableInfo>;
 
-// A view, a procedure or a function.
+// A view, a procedure, a function or a trigger.
 struct ModuleInfo {
   std::string name;
   std::string text;
   ModuleKind kind = ModuleKind::View;
+  bool disabled = false; // a trigger that does not fire
 };
 using ModulePtr = std::shared_ptr<const ModuleInfo>;
+
+// What its text says of a trigger.
+struct TriggerInfo {
+  ModulePtr module;
+  std::string table; // or view
+  std::vector<TriggerEvent> events;
+  bool insteadOf = false;
+};
+using TriggerPtr = std::shared_ptr<const TriggerInfo>;
 
 // Compares names as the server does; for maps.
 struct NameLess {

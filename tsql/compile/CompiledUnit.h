@@ -17,6 +17,7 @@ struct Plan {
   uint64_t version = 0; // of the catalog when it was bound; 0 for never
   bool identityInsert = false;
   bool limited = false; // to the rows of SET ROWCOUNT
+  bool fires = false;   // a change that triggers wait for
   bool wantsLock = false;
   bool callsFunctions = false;
   uint64_t ready = 0; // the catalog's version when these were made ready
@@ -29,6 +30,9 @@ struct Plan {
   PreparedStatement statement;
 };
 
+// How an INSERT is made: as it is, returning what is staged of its rows, or not at all, for those rows alone.
+enum class InsertForm : uint8_t { Plain, Returning, RowsOnly };
+
 // A changing statement whose rows are staged. It is made for each run.
 struct StagedPlan {
   EmittedChange sql;           // nothing for an INSERT
@@ -40,8 +44,9 @@ struct StagedPlan {
 struct CompiledUnit : std::enable_shared_from_this<CompiledUnit> {
   std::unique_ptr<Batch> batch;
   const StatementList* body = nullptr;
-  const CreateProcedureStatement* procedure = nullptr; // or function; null for a batch
-  const CreateFunctionStatement* function = nullptr;   // null for a batch or procedure
+  const CreateProcedureStatement* procedure = nullptr; // or function or trigger; null for a batch
+  const CreateFunctionStatement* function = nullptr;   // null for a batch, procedure or trigger
+  const CreateTriggerStatement* trigger = nullptr;     // null for anything else
   std::vector<VariableInfo> variables;                 // a procedure's parameters come first
   std::vector<Type> markers;
   std::vector<std::string> cursors; // the cursor variables

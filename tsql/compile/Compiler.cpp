@@ -79,6 +79,25 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   return unit;
 }
 
+std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) const {
+  auto unit = std::make_shared<CompiledUnit>();
+  unit->batch = ParseBatch(text);
+  unit->trigger = static_cast<const CreateTriggerStatement*>(unit->batch->statements.front().get());
+  unit->procedure = unit->trigger;
+  unit->body = &unit->trigger->body;
+  PlannerFor(*unit).CompileAll();
+  return unit;
+}
+
+std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
+  std::shared_ptr<CompiledUnit>& cached = triggers_[trigger.module->name];
+  if (cached && cached->module->text == trigger.module->text) return cached;
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(trigger.module->text);
+  unit->module = trigger.module;
+  cached = std::move(unit);
+  return cached;
+}
+
 std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, uint32_t number) const {
   auto unit = std::make_shared<CompiledUnit>();
   unit->number = number;

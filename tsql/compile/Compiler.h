@@ -19,6 +19,7 @@ class Compiler {
   // the unit's variables, those without are its markers, both in their order.
   std::shared_ptr<CompiledUnit> CompileBatch(std::string_view text, std::span<const Parameter> parameters);
   std::shared_ptr<CompiledUnit> CompileProcedure(const ObjectName& name); // 2812 when there is none
+  std::shared_ptr<CompiledUnit> CompileTrigger(const TriggerInfo& trigger);
 
   // A function of a user, to be given back when the call has ended. Calls within calls need units of their
   // own, because a statement of SQLite cannot run twice at once. 4121 when there is none.
@@ -29,6 +30,8 @@ class Compiler {
   std::vector<TablePtr> MakeFunctionsReady(const std::vector<Dependency>& dependencies);
   // Whether the table is one of a function's unit.
   bool IsFunctionTable(const TablePtr& table) const;
+  // Throws what is wrong with a trigger.
+  void CheckTrigger(const CreateTriggerStatement& statement) const { MakeTrigger(statement.text); }
   // Throws what is wrong with a function.
   void CheckFunction(const CreateFunctionStatement& statement) const;
 
@@ -78,6 +81,7 @@ class Compiler {
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
   std::shared_ptr<CompiledUnit> MakeFunction(const std::string& text, uint32_t number) const;
+  std::shared_ptr<CompiledUnit> MakeTrigger(const std::string& text) const;
   FunctionUnits& UnitsOf(std::string_view name);
   void MakeUnit(FunctionUnits& units);
   void CollectCalls(const std::vector<Dependency>& dependencies, std::vector<FunctionUnits*>& found);
@@ -86,6 +90,7 @@ class Compiler {
   std::unordered_map<std::string, FunctionUnits, TextHash, std::equal_to<>> functions_;
   uint32_t lastUnit_ = 0; // number of a function's unit
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
+  std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> triggers_;
   std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
   std::string key_; // of the batch that is looked for; it keeps its memory
 };

@@ -79,6 +79,7 @@ Binder Planner::MakeBinder() const {
                                          : inFunction ? Binder::Variables::OfUnit
                                                       : Binder::Variables::InCatalog);
   binder.SetInFunction(inFunction);
+  if (unit_.trigger != nullptr) binder.SetTrigger(*unit_.trigger);
   return binder;
 }
 
@@ -97,14 +98,28 @@ Plan& Planner::QueryPlan(const QueryStatement& statement) {
   return plan;
 }
 
+// Whether triggers wait for the change of what it names. Then an INSERT has another plan, and a view may be
+// the target.
+bool Planner::Fires(const Statement& statement) const {
+  const Catalog& catalog = context_.catalog;
+  if (catalog.Triggers().empty()) return false;
+  const TriggerEvent event = statement.kind == StatementKind::Insert   ? TriggerEvent::Insert
+                             : statement.kind == StatementKind::Update ? TriggerEvent::Update
+                                                                       : TriggerEvent::Delete;
+  return catalog.HasTriggers(TargetOf(statement).name, event);
+}
+
 Plan& Planner::ChangePlan(const Statement& statement) {
   Plan& plan = PlanAt(statement.number);
   const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
-  const bool isSame = plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges;
+  const bool fires = Fires(statement);
+  const bool isSame =
+      plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges && plan.fires == fires;
   if (isSame && IsCurrent(plan)) return plan;
   plan = Plan();
   plan.identityInsert = identityInsert;
   plan.limited = context_.limitsChanges;
+  plan.fires = fires;
   Binder binder = MakeBinder();
   binder.SetLimited(plan.limited);
   switch (statement.kind) {
@@ -113,19 +128,22 @@ Plan& Planner::ChangePlan(const Statement& statement) {
         binder.BindInsert(static_cast<const InsertStatement&>(statement), identityInsert);
     plan.target = insert.table;
     Finish(plan, binder,
-           insert.output ? Emitter().EmitReturningInsert(insert) : Emitter().EmitInsert(insert));
+           insert.table->isView     ? Emitter().EmitRowsOf(insert)
+           : insert.output || fires ? Emitter().EmitReturningInsert(insert)
+                                    : Emitter().EmitInsert(insert));
     break;
   }
   case StatementKind::Update: {
     const BoundUpdate update = binder.BindUpdate(static_cast<const UpdateStatement&>(statement));
     plan.target = update.table;
-    Finish(plan, binder, Emitter().EmitUpdate(update));
+    Finish(plan, binder,
+           update.table->isView ? Emitter::EmitStaged(update).rows : Emitter().EmitUpdate(update));
     break;
   }
   default: {
     const BoundDelete bound = binder.BindDelete(static_cast<const DeleteStatement&>(statement));
     plan.target = bound.table;
-    Finish(plan, binder, Emitter().EmitDelete(bound));
+    Finish(plan, binder, bound.table->isView ? Emitter::EmitStaged(bound).rows : Emitter().EmitDelete(bound));
   }
   }
   return plan;
@@ -165,6 +183,13 @@ StagedPlan Planner::PlanStaged(const Statement& statement) {
   return plan;
 }
 
+Plan Planner::PlanInsertedRows(const InsertStatement& statement) const {
+  Binder binder = MakeBinder();
+  binder.SetLimited(context_.limitsChanges);
+  return PlanOnce(Emitter().EmitRowsOf(
+      binder.BindInsert(statement, EqualNames(statement.table.name, context_.identityInsertTable))));
+}
+
 Plan Planner::PlanOnce(EmittedSql emitted) const {
   Plan plan;
   plan.statement = Prepare(context_.connection, emitted.sql);
@@ -172,14 +197,19 @@ Plan Planner::PlanOnce(EmittedSql emitted) const {
   return plan;
 }
 
-Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types) const {
+Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
+                              InsertForm form) const {
   Plan plan;
   Binder binder(context_.catalog, unit_.variables, types);
   binder.SetTableVariables(unit_.tables, Binder::Variables::InCatalog);
   const BoundInsert insert =
       binder.BindInsertMarkers(statement, EqualNames(statement.table.name, context_.identityInsertTable));
   plan.target = insert.table;
-  Finish(plan, binder, Emitter().EmitInsert(insert));
+  switch (form) {
+  case InsertForm::Plain: Finish(plan, binder, Emitter().EmitInsert(insert)); break;
+  case InsertForm::Returning: Finish(plan, binder, Emitter().EmitReturningInsert(insert)); break;
+  case InsertForm::RowsOnly: Finish(plan, binder, Emitter().EmitRowsOf(insert)); break;
+  }
   return plan;
 }
 

@@ -26,12 +26,15 @@ class Planner {
 
   Plan& QueryPlan(const QueryStatement& statement);
   Plan& ChangePlan(const Statement& statement);
-  // Of a changing statement with OUTPUT, or of an update.
+  // Of a changing statement with OUTPUT or triggers, or of an update.
   StagedPlan PlanStaged(const Statement& statement);
   // A statement that serves once.
   Plan PlanOnce(EmittedSql emitted) const;
+  // The rows of an INSERT that triggers are run in place of.
+  Plan PlanInsertedRows(const InsertStatement& statement) const;
   // Inserts one row of values of the types, which are its markers.
-  Plan InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types) const;
+  Plan InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
+                       InsertForm form) const;
   Plan& CursorPlan(const DeclareCursorStatement& statement);
   // The variables that a FETCH assigns.
   Plan& FetchPlan(const FetchStatement& statement);
@@ -49,6 +52,7 @@ class Planner {
   void Declare(const DeclareStatement& statement);
   void CompileExecute(const ExecuteStatement& statement);
   int RequireVariable(const std::string& name) const;
+  bool Fires(const Statement& statement) const;
   bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;

@@ -53,6 +53,11 @@ void Emitter::EmitInsertion(const BoundInsert& insert) {
     Text(QuoteName(insert.table->columns[static_cast<size_t>(insert.columns[i])].name));
   }
   Text(") ");
+  EmitInsertedValues(insert);
+}
+
+// The values of its columns, as a query or rows.
+void Emitter::EmitInsertedValues(const BoundInsert& insert) {
   if (insert.query) {
     const std::string extras = EmitExtras(insert.extras);
     if (insert.wrapper < 0) {

@@ -97,6 +97,7 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::ObjectName, names::kObjectName},
     {FunctionId::ColLength, names::kColLength},
     {FunctionId::CursorStatus, names::kCursorStatus},
+    {FunctionId::Updated, names::kUpdated},
     {FunctionId::NotNull, names::kNotNull},
     {FunctionId::RowLimit, names::kRowLimit},
     {FunctionId::AtLeast, names::kAtLeast},

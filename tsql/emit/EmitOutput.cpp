@@ -29,6 +29,28 @@ EmittedSql Emitter::EmitReturningInsert(const BoundInsert& insert) {
   return Finish();
 }
 
+EmittedSql Emitter::EmitRowsOf(const BoundInsert& insert) {
+  if (!insert.columns.empty()) {
+    Text("WITH given(");
+    for (size_t i = 0; i < insert.columns.size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
+    Text(") AS (");
+    EmitInsertedValues(insert);
+    Text(") ");
+  }
+  Text("SELECT NULL");
+  for (size_t i = 0; i < insert.table->columns.size(); ++i) {
+    const auto given = std::ranges::find(insert.columns, static_cast<int>(i));
+    if (given != insert.columns.end()) {
+      Text(", " + ResultColumnName(static_cast<size_t>(given - insert.columns.begin())));
+    } else {
+      Text(insert.table->columns[i].identity ? ", 0" : ", NULL");
+    }
+    Text(", NULL");
+  }
+  if (!insert.columns.empty()) Text(" FROM given");
+  return Finish();
+}
+
 EmittedChange Emitter::EmitStaged(const BoundUpdate& update) {
   const TableInfo& table = *update.table;
   EmittedChange emitted;
@@ -60,14 +82,19 @@ EmittedChange Emitter::EmitStaged(const BoundDelete& statement) {
 // The rows that change, the new values of an update among them.
 template <typename Change>
 EmittedSql Emitter::EmitRowsOf(const Change& change, const BoundUpdate* update) {
+  const bool isView = change.table->isView;
   EmitCommons(change.commons);
   Text("SELECT ");
-  EmitAlias(change.target);
-  Text("._rowid_");
+  if (isView) {
+    Text("NULL");
+  } else {
+    EmitAlias(change.target);
+    Text("._rowid_");
+  }
   for (size_t i = 0; i < change.table->columns.size(); ++i) {
     const auto emitOld = [&] {
       EmitAlias(change.target);
-      Text("." + QuoteName(change.table->columns[i].name));
+      Text("." + (isView ? ResultColumnName(i) : QuoteName(change.table->columns[i].name)));
     };
     Text(", ");
     const BoundExpr* assigned = nullptr;
@@ -100,8 +127,9 @@ EmittedSql Emitter::EmitRowsOf(const Change& change, const BoundUpdate* update) 
     Text(" WHERE ");
     Emit(*change.where);
   }
-  // A row that a join finds several times is changed once, and TOP counts it once.
-  Text(" GROUP BY 1");
+  // A row that a join finds several times is changed once, and TOP counts it once. Those of a view have no
+  // number, and are not joined.
+  if (!isView) Text(" GROUP BY 1");
   if (change.top) {
     Text(" LIMIT ");
     Emit(*change.top);

@@ -50,6 +50,7 @@ void Emitter::EmitLeaf(const BoundSource& source) {
   case BoundSource::Kind::Common: EmitCommonName(source.common); break;
   case BoundSource::Kind::Values: EmitValues(source.rows); break;
   case BoundSource::Kind::Staged: Text(kStagedRows); break;
+  case BoundSource::Kind::Fired: Text(source.isOld ? kDeletedRows : kInsertedRows); break;
   case BoundSource::Kind::Function:
     // With a LIMIT the query stays one by itself, so that the function is called once and not for each row of
     // a join.

@@ -21,6 +21,9 @@ struct EmittedSql {
 
 // The table of the rows that a change has staged. In this schema no table of a user has such a name.
 inline constexpr const char* kStagedRows = "temp.t_staged_rows";
+// What a trigger sees of them.
+inline constexpr const char* kInsertedRows = "temp.t_inserted";
+inline constexpr const char* kDeletedRows = "temp.t_deleted";
 
 // An UPDATE or DELETE in two steps: the query gives the rows to be staged, the statements change those.
 struct EmittedChange {
@@ -40,6 +43,8 @@ class Emitter {
   EmittedSql EmitInsert(const BoundInsert& insert);
   EmittedSql EmitUpdate(const BoundUpdate& update);
   EmittedSql EmitDelete(const BoundDelete& statement);
+  // What is staged of the rows of an INSERT that is not made.
+  EmittedSql EmitRowsOf(const BoundInsert& insert);
   // An INSERT that returns what is staged of its rows.
   EmittedSql EmitReturningInsert(const BoundInsert& insert);
   static EmittedChange EmitStaged(const BoundUpdate& update);
@@ -141,6 +146,7 @@ class Emitter {
                       const BoundExpr* top);
   void EmitAssignments(const BoundUpdate& update);
   void EmitInsertion(const BoundInsert& insert);
+  void EmitInsertedValues(const BoundInsert& insert);
   template <typename Change>
   EmittedSql EmitRowsOf(const Change& change, const BoundUpdate* update);
 

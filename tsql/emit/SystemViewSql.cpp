@@ -14,7 +14,7 @@ std::string Call(const char* function, const char* arguments) {
   return std::string(function) + "(" + arguments + ")";
 }
 
-// Tables, views, procedures and functions, with the kinds by which the system's views know them.
+// Tables, views, procedures, functions and triggers, with the kinds by which the system's views know them.
 std::string Objects() {
   struct Kind {
     ModuleKind kind;
@@ -25,8 +25,9 @@ std::string Objects() {
                              {ModuleKind::Procedure, "P ", "SQL_STORED_PROCEDURE"},
                              {ModuleKind::ScalarFunction, "FN", "SQL_SCALAR_FUNCTION"},
                              {ModuleKind::InlineFunction, "IF", "SQL_INLINE_TABLE_VALUED_FUNCTION"},
-                             {ModuleKind::TableFunction, "TF", "SQL_TABLE_VALUED_FUNCTION"}};
-  std::string type = "CASE kind";
+                             {ModuleKind::TableFunction, "TF", "SQL_TABLE_VALUED_FUNCTION"},
+                             {ModuleKind::Trigger, "TR", "SQL_TRIGGER"}};
+  std::string type = "CASE kind % " + std::to_string(storage::kDisabled);
   std::string description = type;
   for (const Kind& kind : kKinds) {
     const std::string when = " WHEN " + std::to_string(static_cast<int>(kind.kind)) + " THEN '";
@@ -58,6 +59,13 @@ std::string SystemViewSql(const SystemView& view) {
            " AS max_length, nullable AS is_nullable, identity = 1 AS is_identity, identity > 1 AS is_computed "
            "FROM " +
            Main(storage::kColumns);
+  case Id::Triggers:
+    return "SELECT name, " + id + " AS object_id, " +
+           Call(names::kObjectId, Call(names::kTriggerTable, "name").c_str()) +
+           " AS parent_id, 'TR' AS type, 'SQL_TRIGGER' AS type_desc, kind > " +
+           std::to_string(storage::kDisabled) + " AS is_disabled, " + Call(names::kIsInsteadOf, "name") +
+           " AS is_instead_of_trigger FROM " + Main(storage::kModules) + " WHERE kind % " +
+           std::to_string(storage::kDisabled) + " = " + std::to_string(static_cast<int>(ModuleKind::Trigger));
   case Id::SchemaTables:
     return "SELECT 'dbo' AS TABLE_SCHEMA, name AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS "
            "TABLE_TYPE FROM " +

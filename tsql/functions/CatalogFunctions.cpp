@@ -60,9 +60,9 @@ void ObjectId(const FunctionCall& call) {
   const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
                                        (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
-  const bool found = isFunction || (isWanted("U") && catalog.FindTable(name)) ||
-                     (isWanted("V") && catalog.FindView(name)) ||
-                     (isWanted("P") && catalog.FindProcedure(name));
+  const bool found =
+      isFunction || (isWanted("U") && catalog.FindTable(name)) || (isWanted("V") && catalog.FindView(name)) ||
+      (isWanted("P") && catalog.FindProcedure(name)) || (isWanted("TR") && catalog.FindTrigger(name));
   if (!found) return call.ReturnNull();
   call.ReturnInteger(IdOfName(name.name));
 }
@@ -81,6 +81,23 @@ void ColLength(const FunctionCall& call) {
 void CursorStatusOf(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnInteger(-3);
   call.ReturnInteger(call.Context().userFunctions->CursorStatus(call.Text(0), call.Text(1)));
+}
+
+TriggerPtr TriggerOf(const FunctionCall& call) {
+  ObjectName name;
+  name.name = call.Text(0);
+  return call.Context().catalog->FindTrigger(name);
+}
+
+// t_trigger_table(trigger): the name of its table or view.
+void TriggerTableOf(const FunctionCall& call) {
+  const TriggerPtr trigger = TriggerOf(call);
+  return trigger ? call.ReturnText(trigger->table) : call.ReturnNull();
+}
+
+void IsInsteadOf(const FunctionCall& call) {
+  const TriggerPtr trigger = TriggerOf(call);
+  call.ReturnInteger(trigger && trigger->insteadOf ? 1 : 0);
 }
 
 void TypeNameOf(const FunctionCall& call) {
@@ -107,6 +124,8 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<ObjectId>(connection, context, names::kObjectId, -1, Purity::Volatile);
   Register<ObjectNameOf>(connection, context, names::kObjectName, 1, Purity::Volatile);
   Register<CursorStatusOf>(connection, context, names::kCursorStatus, 2, Purity::Volatile);
+  Register<TriggerTableOf>(connection, context, names::kTriggerTable, 1, Purity::Volatile);
+  Register<IsInsteadOf>(connection, context, names::kIsInsteadOf, 1, Purity::Volatile);
   Register<TypeNameOf>(connection, context, names::kTypeName, 1);
   Register<CharLengthOf>(connection, context, names::kCharLength, 1);
   Register<ColLength>(connection, context, names::kColLength, 2, Purity::Volatile);

@@ -23,6 +23,10 @@ inline constexpr const char* kCallFunction =
 inline constexpr const char* kFunctionRows =
     "t_function_rows";                                      // the same as a table, with columns c0, c1 ...
 inline constexpr const char* kStagedRows = "t_staged_rows"; // a table with columns c0, c1 ...
+// The same rows as a trigger sees them, with the columns of its table only.
+inline constexpr const char* kInsertedRows = "t_inserted";
+inline constexpr const char* kDeletedRows = "t_deleted";
+inline constexpr const char* kUpdated = "t_updated";
 inline constexpr const char* kSuspect = "t_suspect";
 inline constexpr const char* kRecursion = "t_recursion";
 inline constexpr const char* kSingle = "t_single";
@@ -116,6 +120,8 @@ inline constexpr const char* kSquare = "t_square";
 inline constexpr const char* kNewId = "t_newid";
 inline constexpr const char* kObjectId = "t_object_id";
 inline constexpr const char* kCursorStatus = "t_cursor_status";
+inline constexpr const char* kTriggerTable = "t_trigger_table";
+inline constexpr const char* kIsInsteadOf = "t_is_instead_of";
 inline constexpr const char* kObjectName = "t_object_name";
 inline constexpr const char* kColLength = "t_col_length";
 inline constexpr const char* kTypeName = "t_type_name";

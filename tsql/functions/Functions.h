@@ -29,6 +29,13 @@ class UserFunctions {
 // The rows that a change has staged: of each its number in SQLite, the new and the old values, others.
 using StagedRows = std::vector<std::vector<Datum>>;
 
+// What a trigger is told of the statement that fires it.
+struct FiredRows {
+  StagedRows rows;
+  TriggerEvent event = TriggerEvent::Insert;
+  std::vector<bool> updated; // by column, whether UPDATE() says so
+};
+
 // What the functions of a connection and whoever runs its statements tell each other.
 struct FunctionContext {
   std::optional<Error> error;                    // of the function that failed last
@@ -40,6 +47,7 @@ struct FunctionContext {
   const Catalog* catalog = nullptr;
   UserFunctions* userFunctions = nullptr;
   const StagedRows* staged = nullptr; // of the change that runs
+  const FiredRows* fired = nullptr;   // of the trigger that runs
   std::vector<std::string> suspects;  // names of foreign keys that the statement may have broken
 };
 
@@ -56,6 +64,20 @@ class StagedUse {
  private:
   FunctionContext& context_;
   const StagedRows* outer_;
+};
+
+// The same for what a trigger is told, while it runs.
+class FiredUse {
+ public:
+  FiredUse(FunctionContext& context, const FiredRows& fired)
+      : context_(context), outer_(std::exchange(context.fired, &fired)) {}
+  FiredUse(const FiredUse&) = delete;
+  FiredUse& operator=(const FiredUse&) = delete;
+  ~FiredUse() { context_.fired = outer_; }
+
+ private:
+  FunctionContext& context_;
+  const FiredRows* outer_;
 };
 
 // Registers the functions and the collation "tsql"; the context outlives the connection.

@@ -1,15 +1,32 @@
 // The rows that a change has staged, as a table that SQLite reads through a module of virtual tables. They
 // are kept outside of SQLite, so that a change within a change has rows of its own and no table has to be
-// made while a statement runs.
+// made while a statement runs. A trigger sees those of the statement that fires it as two tables, of the new
+// and the old values.
 #include "tsql/functions/FunctionCall.h"
 
 namespace tsql {
 namespace {
 
+enum class Image : uint8_t { Whole, New, Old };
+
 struct StagedRowsTable {
   sqlite3_vtab base;
   const FunctionContext* context;
+  Image image;
 };
+
+// Null where there are none: an insert has no old values, a delete no new ones.
+const StagedRows* RowsOf(const FunctionContext& context, Image image) {
+  if (image == Image::Whole) return context.staged;
+  const TriggerEvent without = image == Image::New ? TriggerEvent::Delete : TriggerEvent::Insert;
+  return context.fired == nullptr || context.fired->event == without ? nullptr : &context.fired->rows;
+}
+
+// Where the values of a column are in a row.
+size_t PositionOf(int column, Image image) {
+  const auto index = static_cast<size_t>(column);
+  return image == Image::Whole ? index : 2 * index + (image == Image::New ? 1 : 2);
+}
 
 struct StagedCursor {
   sqlite3_vtab_cursor base;
@@ -19,11 +36,12 @@ struct StagedCursor {
   static StagedCursor& Of(sqlite3_vtab_cursor* cursor) { return *reinterpret_cast<StagedCursor*>(cursor); }
 };
 
+template <Image image>
 int ConnectStaged(sqlite3* connection, void* context, int /*count*/, const char* const* /*arguments*/,
                   sqlite3_vtab** table, char** /*message*/) {
   const int result = DeclareColumns(connection, sqlite3_limit(connection, SQLITE_LIMIT_COLUMN, -1));
   if (result != SQLITE_OK) return result;
-  auto* made = new (std::nothrow) StagedRowsTable{{}, static_cast<const FunctionContext*>(context)};
+  auto* made = new (std::nothrow) StagedRowsTable{{}, static_cast<const FunctionContext*>(context), image};
   if (made == nullptr) return SQLITE_NOMEM;
   *table = &made->base;
   return SQLITE_OK;
@@ -57,7 +75,8 @@ int CloseStaged(sqlite3_vtab_cursor* cursor) {
 int BeginStaged(sqlite3_vtab_cursor* cursor, int /*index*/, const char* /*text*/, int /*count*/,
                 sqlite3_value** /*values*/) {
   StagedCursor& own = StagedCursor::Of(cursor);
-  own.rows = reinterpret_cast<StagedRowsTable*>(cursor->pVtab)->context->staged;
+  const auto& table = *reinterpret_cast<StagedRowsTable*>(cursor->pVtab);
+  own.rows = RowsOf(*table.context, table.image);
   own.at = 0;
   return SQLITE_OK;
 }
@@ -75,7 +94,7 @@ int IsStagedEnd(sqlite3_vtab_cursor* cursor) {
 int GiveStagedColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
   const StagedCursor& own = StagedCursor::Of(cursor);
   const std::vector<Datum>& row = (*own.rows)[own.at];
-  const auto index = static_cast<size_t>(column);
+  const size_t index = PositionOf(column, reinterpret_cast<StagedRowsTable*>(own.base.pVtab)->image);
   if (index < row.size()) FunctionCall(context, 0, nullptr).Return(row[index]);
   return SQLITE_OK;
 }
@@ -85,9 +104,10 @@ int GiveStagedRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
   return SQLITE_OK;
 }
 
+template <Image image>
 sqlite3_module MakeStagedModule() {
   sqlite3_module module{};
-  module.xConnect = ConnectStaged;
+  module.xConnect = ConnectStaged<image>;
   module.xDisconnect = DisconnectStaged;
   module.xBestIndex = PlanStaged;
   module.xOpen = OpenStaged;
@@ -100,12 +120,18 @@ sqlite3_module MakeStagedModule() {
   return module;
 }
 
+template <Image image>
+void RegisterImage(sqlite3* connection, FunctionContext& context, const char* name) {
+  static const sqlite3_module kModule = MakeStagedModule<image>();
+  CheckRegistered(connection, sqlite3_create_module_v2(connection, name, &kModule, &context, nullptr));
+}
+
 } // namespace
 
 void RegisterStagedRows(sqlite3* connection, FunctionContext& context) {
-  static const sqlite3_module kModule = MakeStagedModule();
-  CheckRegistered(connection,
-                  sqlite3_create_module_v2(connection, names::kStagedRows, &kModule, &context, nullptr));
+  RegisterImage<Image::Whole>(connection, context, names::kStagedRows);
+  RegisterImage<Image::New>(connection, context, names::kInsertedRows);
+  RegisterImage<Image::Old>(connection, context, names::kDeletedRows);
 }
 
 } // namespace tsql

@@ -91,6 +91,14 @@ void Suspect(const FunctionCall& call) {
   if (std::find(suspects.begin(), suspects.end(), name) == suspects.end()) suspects.emplace_back(name);
 }
 
+// t_updated(column): what UPDATE() answers in the trigger that runs.
+void Updated(const FunctionCall& call) {
+  const FiredRows* const fired = call.Context().fired;
+  const auto column = static_cast<size_t>(call.Integer(0));
+  const bool isUpdated = fired != nullptr && column < fired->updated.size() && fired->updated[column];
+  call.ReturnInteger(isUpdated ? 1 : 0);
+}
+
 // t_recursion(depth, most)
 void Recursion(const FunctionCall& call) {
   const int64_t most = call.Integer(1);
@@ -109,6 +117,7 @@ void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
   Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
   Register<Recursion>(connection, context, names::kRecursion, 2);
+  Register<Updated>(connection, context, names::kUpdated, 1, Purity::Volatile);
   Register<AtLeast>(connection, context, names::kAtLeast, 4);
   Register<PercentOf>(connection, context, names::kPercentOf, 2);
 }

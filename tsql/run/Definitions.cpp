@@ -73,8 +73,15 @@ void Definitions::DropTable(const TableInfo& table) {
     DropForeignKeyTriggers(connection_, *foreignKey.key);
   }
   if (table.place == Place::Temp) return DropTempTable(table);
+  if (table.place == Place::Main) DropTriggers(table.name);
   catalog_.RemoveTable(table);
   connection_.Run("DROP TABLE " + table.SqlName());
+}
+
+void Definitions::DropTriggers(const std::string& table) {
+  const std::vector<TriggerPtr> triggers = catalog_.Triggers();
+  for (const TriggerPtr& trigger : triggers)
+    if (EqualNames(trigger->table, table)) catalog_.RemoveModule(std::string(trigger->module->name));
 }
 
 // Until all is done that may fail the table keeps its name, so that it can be dropped once more.

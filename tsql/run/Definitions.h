@@ -21,7 +21,8 @@ class Definitions {
   void CreateVariable(const TableInfo& declared);
   // The same without an entry in the catalog.
   void BuildVariable(const TableInfo& table) { Build(table); }
-  void DropTable(const TableInfo& table); // `table` is not a reference into the catalog
+  void DropTable(const TableInfo& table);      // `table` is not a reference into the catalog
+  void DropTriggers(const std::string& table); // or of a view
   void TruncateTable(const TableInfo& table);
   // The statements that empty a table.
   static std::vector<std::string> TruncatingSql(const TableInfo& table);

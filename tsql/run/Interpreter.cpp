@@ -171,7 +171,12 @@ Interpreter::Flow Interpreter::HandleErrors(const ErrorSequence& errors, const S
 Interpreter::Flow Interpreter::HandleError(Error error, const Statement& statement) {
   error = WithLine(error, statement.line);
   if (functions_ > 0) throw Error(error); // it is the calling statement's
-  const bool endsTransaction = EndsTransaction(error) || (xactAbort_ && transaction_.Count() > 0);
+  // XACT_ABORT does not count for what RAISERROR reports, unless it is caught.
+  constexpr int kRaised = 50000;
+  const bool isRaised =
+      statement.kind == StatementKind::Raiserror && error.number == kRaised && tryDepth_ == 0;
+  const bool aborts = xactAbort_ && !isRaised;
+  const bool endsTransaction = EndsTransaction(error) || (aborts && transaction_.Count() > 0);
   transaction_.Synchronize();
   if (tryDepth_ > 0) {
     if (endsTransaction) transaction_.Doom();
@@ -181,7 +186,7 @@ Interpreter::Flow Interpreter::HandleError(Error error, const Statement& stateme
   if (endsTransaction) transaction_.RollbackIfOpen();
   rowCount_ = 0;
   Report(error, *sink_);
-  abortsAll_ = endsTransaction || xactAbort_;
+  abortsAll_ = endsTransaction || aborts;
   return EndsBatch(error) || abortsAll_ ? Flow::Abort : Flow::Next;
 }
 
@@ -190,7 +195,11 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
   case StatementKind::Query: return RunQuery(static_cast<const QueryStatement&>(statement));
   case StatementKind::Insert:
   case StatementKind::Update:
-  case StatementKind::Delete: RunChange(statement); break;
+  case StatementKind::Delete: {
+    const Flow flow = RunChange(statement);
+    if (flow != Flow::Next) return flow;
+    break;
+  }
   case StatementKind::InsertExecute:
     return RunInsertExecute(static_cast<const InsertExecuteStatement&>(statement));
   case StatementKind::Declare: RunDeclare(static_cast<const DeclareStatement&>(statement)); return Flow::Next;

@@ -78,7 +78,7 @@ class Interpreter : public UserFunctions {
   void SendRowCount(int64_t count);
 
   // changes (RunChanges.cpp)
-  void RunChange(const Statement& statement);
+  Flow RunChange(const Statement& statement);
   // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change) {
@@ -87,11 +87,17 @@ class Interpreter : public UserFunctions {
   int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t StepChange(Plan& plan);
   int64_t RunStaged(const Statement& statement, Plan& plan, bool isOfCursor);
+  // A failure of the change that runs as the server's error.
+  [[noreturn]] void FailChange(const SqliteFailure& failure, const TableInfo& target);
   // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
   void CheckIdentity(const TableInfo& table, int64_t count) const;
   bool IsOutOfNumbers(const TableInfo& table) const;
   void TakeIdentity(const TableInfo& table);
   Flow RunInsertExecute(const InsertExecuteStatement& statement);
+  // Inserts what a procedure has given; stages the rows where something is to see them.
+  struct KeptRows;
+  int64_t InsertKept(const InsertExecuteStatement& statement, const KeptRows& kept, StagedRows* staged,
+                     InsertForm form);
   static bool IsDuplicate(const SqliteFailure& failure);
   // changes whose rows are staged (RunOutput.cpp)
   void StageChange(const Statement& statement, Plan& plan, const StagedPlan& staged, StagedRows& rows);
@@ -99,7 +105,26 @@ class Interpreter : public UserFunctions {
   void BeginScope(std::optional<StatementScope>& scope, const TableInfo& target, const TableInfo* into);
   static void ReadRows(Plan& plan, StagedRows& rows);
   void GiveOutput(StagedPlan& staged, int64_t count);
+  void PutOutput(StagedPlan& staged); // into its table
   int64_t ReplaceRows(const Statement& statement, const TableInfo& table);
+
+  // changes of tables with triggers (RunTriggers.cpp)
+  class OwnTransaction;
+  struct RunningTrigger;
+  // Whether triggers wait for the change of the table.
+  bool Fires(const TableInfo& target, StatementKind kind) const;
+  Flow RunFiring(const Statement& statement, Plan& plan, bool isOfCursor);
+  // Makes a change that stages its rows and returns their number, and lets the triggers run.
+  Flow ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                     const std::function<int64_t()>& change);
+  // Those that run now, one after the other.
+  Flow FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf, int64_t count);
+  // Whether a trigger runs in place of the change, which then is not made.
+  bool HasInsteadOf(const TableInfo& target, TriggerEvent event) const;
+  bool IsInnermost(const TriggerInfo& trigger) const;
+  Flow RunTrigger(const TriggerInfo& trigger, const FiredRows& fired);
+  // An update knows the values of its computed columns when it is made.
+  void ReadComputed(const TableInfo& target, StagedRows& rows) const;
 
   // control flow (Interpreter.cpp)
   void RunDeclare(const DeclareStatement& statement);
@@ -146,9 +171,12 @@ class Interpreter : public UserFunctions {
   // definitions (RunDefinitions.cpp)
   void RunDefinition(const Statement& statement);
   void RunDrop(const DropStatement& statement);
+  void RunCreateTrigger(const CreateTriggerStatement& statement);
+  void RunSwitchTriggers(const SwitchTriggersStatement& statement);
   void RunCreateFunction(const CreateFunctionStatement& statement);
   ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;
   void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter);
+  void DropModule(const DropStatement& statement, const ObjectName& name);
   void RunTruncate(const TruncateStatement& statement);
   void MarkSchemaChange(Place place);
 
@@ -188,9 +216,11 @@ class Interpreter : public UserFunctions {
   const LabelStatement* jump_ = nullptr; // the label that a GOTO looks for
   int64_t rowLimit_ = 0;                 // of SET ROWCOUNT; 0 for none
   int lastError_ = 0;
-  int tryDepth_ = 0;  // open TRY blocks, the callers' included
-  int nesting_ = 0;   // procedures within procedures
-  int functions_ = 0; // that are being called
+  int tryDepth_ = 0;                        // open TRY blocks, the callers' included
+  int nesting_ = 0;                         // procedures within procedures
+  int functions_ = 0;                       // that are being called
+  int triggers_ = 0;                        // triggers within triggers
+  const RunningTrigger* trigger_ = nullptr; // the innermost one
   bool noCount_ = false;
   bool xactAbort_ = false;
   bool failed_ = false;

@@ -19,33 +19,6 @@ bool HasOutput(const Statement& statement) {
   }
 }
 
-// Keeps the rows of a procedure for the INSERT that asked for them. Everything else goes on to the caller.
-struct KeptRows : ResultSink {
-  struct Result {
-    std::vector<Type> types;
-    std::vector<std::vector<Datum>> rows;
-  };
-
-  explicit KeptRows(ResultSink& outerSink) : outer(outerSink) {}
-
-  void BeginRows(std::span<const Column> columns) override {
-    Result& result = results.emplace_back();
-    for (const Column& column : columns) result.types.push_back(column.type);
-  }
-  void Row(std::span<const Value> values) override {
-    Result& result = results.back();
-    std::vector<Datum>& row = result.rows.emplace_back();
-    for (size_t i = 0; i < values.size(); ++i) row.push_back(DatumOfValue(values[i], result.types[i]));
-  }
-  void EndRows(int64_t /*count*/) override {}
-  void RowCount(int64_t /*count*/) override {}
-  void Message(const Error& info) override { outer.Message(info); }
-  void Failed(const Error& error) override { outer.Failed(error); }
-
-  ResultSink& outer;
-  std::vector<Result> results;
-};
-
 // The target of the change that runs, while it runs.
 class TargetUse {
  public:
@@ -137,7 +110,16 @@ int64_t Interpreter::RunStaged(const Statement& statement, Plan& plan, bool isOf
   return count;
 }
 
-void Interpreter::RunChange(const Statement& statement) {
+void Interpreter::FailChange(const SqliteFailure& failure, const TableInfo& target) {
+  if (limits_.Ended(failure)) throw SqliteFailure(failure);
+  if (failure.code == SQLITE_FULL && IsOutOfNumbers(target)) {
+    const Type& type = target.columns[static_cast<size_t>(target.identityColumn)].type;
+    Fail(8115, {"IDENTITY", TypeName(type.id)});
+  }
+  throw Error(Translate(failure)); // here, because the message needs the target
+}
+
+Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
   const TargetUse use(target_, target.get());
@@ -146,6 +128,7 @@ void Interpreter::RunChange(const Statement& statement) {
   if (cursor != nullptr) TakeCurrentRow(*cursor, *target);
   if (!target->IsVariable()) transaction_.BeforeWrite(); // a rollback leaves those
   BindParameters(plan);
+  if (Fires(*target, statement.kind)) return RunFiring(statement, plan, cursor != nullptr);
   const bool hasOutput = HasOutput(statement);
   int64_t count = 0;
   try {
@@ -161,17 +144,13 @@ void Interpreter::RunChange(const Statement& statement) {
       }
     });
   } catch (const SqliteFailure& failure) {
-    if (limits_.Ended(failure)) throw;
-    if (failure.code == SQLITE_FULL && IsOutOfNumbers(*target)) {
-      const Type& type = target->columns[static_cast<size_t>(target->identityColumn)].type;
-      Fail(8115, {"IDENTITY", TypeName(type.id)});
-    }
-    throw Error(Translate(failure)); // here, because the message needs the target
+    FailChange(failure, *target);
   }
-  if (hasOutput) return;
+  if (hasOutput) return Flow::Next;
   if (cursor != nullptr && count == 0) Fail(16947, {});
   if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
   SendRowCount(count);
+  return Flow::Next;
 }
 
 bool Interpreter::IsDuplicate(const SqliteFailure& failure) {
@@ -189,6 +168,33 @@ void Interpreter::TakeIdentity(const TableInfo& table) {
 }
 
 // ---- INSERT ... EXEC
+
+// Keeps the rows of a procedure for the INSERT that asked for them. Everything else goes on to the caller.
+struct Interpreter::KeptRows : ResultSink {
+  struct Result {
+    std::vector<Type> types;
+    std::vector<std::vector<Datum>> rows;
+  };
+
+  explicit KeptRows(ResultSink& outerSink) : outer(outerSink) {}
+
+  void BeginRows(std::span<const Column> columns) override {
+    Result& result = results.emplace_back();
+    for (const Column& column : columns) result.types.push_back(column.type);
+  }
+  void Row(std::span<const Value> values) override {
+    Result& result = results.back();
+    std::vector<Datum>& row = result.rows.emplace_back();
+    for (size_t i = 0; i < values.size(); ++i) row.push_back(DatumOfValue(values[i], result.types[i]));
+  }
+  void EndRows(int64_t /*count*/) override {}
+  void RowCount(int64_t /*count*/) override {}
+  void Message(const Error& info) override { outer.Message(info); }
+  void Failed(const Error& error) override { outer.Failed(error); }
+
+  ResultSink& outer;
+  std::vector<Result> results;
+};
 
 Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& statement) {
   if (takesRows_) Fail(8164, {});
@@ -214,10 +220,29 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
   if (flow != Flow::Next) return flow;
   BeginStatement();
   verb_ = "INSERT";
+  const TablePtr table = catalog_.FindTable(statement.table);
+  if (table && Fires(*table, StatementKind::Insert)) {
+    FiredRows fired;
+    fired.updated.resize(table->columns.size(), true);
+    const bool insteadOf = HasInsteadOf(*table, TriggerEvent::Insert);
+    const InsertForm form = insteadOf ? InsertForm::RowsOnly : InsertForm::Returning;
+    flow = ChangeAndFire(*table, fired, insteadOf,
+                         [&] { return InsertKept(statement, kept, &fired.rows, form); });
+  } else {
+    StatementScope scope(transaction_, PlaceOf(statement.table));
+    const int64_t count = InsertKept(statement, kept, nullptr, InsertForm::Plain);
+    scope.Complete();
+    SendRowCount(count);
+  }
+  lastError_ = 0;
+  return flow;
+}
+
+int64_t Interpreter::InsertKept(const InsertExecuteStatement& statement, const KeptRows& kept,
+                                StagedRows* staged, InsertForm form) {
   int64_t count = 0;
-  StatementScope scope(transaction_, PlaceOf(statement.table));
   for (const KeptRows::Result& result : kept.results) {
-    Plan plan = MakePlanner().InsertedRowPlan(statement, result.types);
+    Plan plan = MakePlanner().InsertedRowPlan(statement, result.types, form);
     const TablePtr target = plan.target;
     const TargetUse use(target_, target.get());
     if (plan.callsFunctions) MakeFunctionsReady(plan);
@@ -229,8 +254,12 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
           plan.statement.BindCopy(number++, isMarker ? row[static_cast<size_t>(ref.index)]
                                                      : GlobalDatum(static_cast<GlobalValue>(ref.index)));
         }
-        StepChange(plan);
-        TakeIdentity(*target);
+        if (staged != nullptr) {
+          ReadRows(plan, *staged);
+        } else {
+          StepChange(plan);
+        }
+        if (form != InsertForm::RowsOnly) TakeIdentity(*target);
       }
       return static_cast<int64_t>(result.rows.size());
     };
@@ -241,10 +270,7 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
       throw Error(Translate(failure)); // here, because the message needs the target
     }
   }
-  scope.Complete();
-  SendRowCount(count);
-  lastError_ = 0;
-  return Flow::Next;
+  return count;
 }
 
 } // namespace tsql

@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "tsql/run/Interpreter.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -13,6 +16,10 @@ ModulePtr Interpreter::FindModule(const ObjectName& name, ModuleKind kind) const
   switch (kind) {
   case ModuleKind::View: return catalog_.FindView(name);
   case ModuleKind::Procedure: return catalog_.FindProcedure(name);
+  case ModuleKind::Trigger: {
+    const TriggerPtr trigger = catalog_.FindTrigger(name);
+    return trigger ? trigger->module : nullptr;
+  }
   default: return catalog_.FindFunction(name);
   }
 }
@@ -31,7 +38,56 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   if (alter && !existing) Fail(208, {name.name});
   // A function stays what it is.
   if (alter && existing->kind != kind) Fail(2010, {name.name});
-  catalog_.AddModule(kind, {existing ? existing->name : name.name, text});
+  catalog_.AddModule(kind,
+                     {existing ? existing->name : name.name, text, kind, existing && existing->disabled});
+  scope.Complete();
+  MarkSchemaChange(Place::Main);
+}
+
+void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
+  const TablePtr table = catalog_.FindTable(statement.table);
+  const bool isOfView = statement.insteadOf && catalog_.FindView(statement.table);
+  if (!isOfView && (!table || table->place != Place::Main)) Fail(8197, {statement.table.name});
+  const TriggerPtr existing = catalog_.FindTrigger(statement.name);
+  if (statement.alter && existing && !EqualNames(existing->table, statement.table.name))
+    Fail(2110, {statement.name.name, statement.table.name});
+  if (statement.insteadOf) {
+    // One for each event.
+    constexpr const char* kEvents[] = {"INSERT", "UPDATE", "DELETE"};
+    for (const TriggerPtr& other : catalog_.Triggers()) {
+      const bool isOther =
+          other->insteadOf && EqualNames(other->table, statement.table.name) && other != existing;
+      for (const TriggerEvent event : statement.events)
+        if (isOther && std::ranges::count(other->events, event) > 0)
+          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, isOfView ? "view" : "table",
+                      statement.table.name, kEvents[static_cast<size_t>(event)]});
+    }
+  }
+  compiler_.CheckTrigger(statement);
+  RunModule(statement.name, ModuleKind::Trigger, statement.text, statement.alter);
+}
+
+void Interpreter::RunSwitchTriggers(const SwitchTriggersStatement& statement) {
+  const TablePtr table = catalog_.FindTable(statement.table);
+  const bool isOfView = !statement.alters && catalog_.FindView(statement.table);
+  if (!table && !isOfView) Fail(statement.alters ? 4902 : 1088, {statement.table.name});
+  std::vector<TriggerPtr> triggers;
+  for (const TriggerPtr& trigger : catalog_.Triggers())
+    if (statement.triggers.empty() && EqualNames(trigger->table, statement.table.name))
+      triggers.push_back(trigger);
+  for (const ObjectName& name : statement.triggers) {
+    const TriggerPtr trigger = catalog_.FindTrigger(name);
+    const bool isOfTable = trigger && EqualNames(trigger->table, statement.table.name);
+    if (!isOfTable && statement.alters) Fail(4920, {name.name, table->name});
+    if (!isOfTable) Fail(1088, {name.name});
+    triggers.push_back(trigger);
+  }
+  StatementScope scope(transaction_, Place::Main);
+  for (const TriggerPtr& trigger : triggers) {
+    ModuleInfo module = *trigger->module;
+    module.disabled = !statement.enables;
+    catalog_.AddModule(ModuleKind::Trigger, module);
+  }
   scope.Complete();
   MarkSchemaChange(Place::Main);
 }
@@ -62,19 +118,27 @@ void Interpreter::RunDrop(const DropStatement& statement) {
       break;
     }
     case ObjectKind::Index: definitions_.DropIndex(name, statement.ifExists); break;
-    default: {
-      const ModuleKind kind = statement.object == ObjectKind::View        ? ModuleKind::View
-                              : statement.object == ObjectKind::Procedure ? ModuleKind::Procedure
-                                                                          : ModuleKind::ScalarFunction;
-      constexpr const char* kNames[] = {"view", "procedure", "function"};
-      const ModulePtr module = FindModule(name, kind);
-      if (!module && !statement.ifExists) Fail(3701, {kNames[static_cast<size_t>(kind) - 1], name.name});
-      if (module) catalog_.RemoveModule(std::string(module->name));
-    }
+    default: DropModule(statement, name);
     }
     scope.Complete();
     MarkSchemaChange(place);
   }
+}
+
+void Interpreter::DropModule(const DropStatement& statement, const ObjectName& name) {
+  const auto [kind, word] = [&]() -> std::pair<ModuleKind, const char*> {
+    switch (statement.object) {
+    case ObjectKind::View: return {ModuleKind::View, "view"};
+    case ObjectKind::Procedure: return {ModuleKind::Procedure, "procedure"};
+    case ObjectKind::Trigger: return {ModuleKind::Trigger, "trigger"};
+    default: return {ModuleKind::ScalarFunction, "function"};
+    }
+  }();
+  const ModulePtr module = FindModule(name, kind);
+  if (!module && !statement.ifExists) Fail(3701, {word, name.name});
+  if (!module) return;
+  if (kind == ModuleKind::View) definitions_.DropTriggers(module->name);
+  catalog_.RemoveModule(std::string(module->name));
 }
 
 void Interpreter::RunTruncate(const TruncateStatement& statement) {
@@ -128,6 +192,12 @@ void Interpreter::RunDefinition(const Statement& statement) {
     RunModule(view.name, ModuleKind::View, view.text, view.alter);
     break;
   }
+  case StatementKind::CreateTrigger:
+    RunCreateTrigger(static_cast<const CreateTriggerStatement&>(statement));
+    break;
+  case StatementKind::SwitchTriggers:
+    RunSwitchTriggers(static_cast<const SwitchTriggersStatement&>(statement));
+    break;
   case StatementKind::CreateFunction:
     RunCreateFunction(static_cast<const CreateFunctionStatement&>(statement));
     break;

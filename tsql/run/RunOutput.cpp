@@ -65,13 +65,21 @@ void Interpreter::StageChange(const Statement& statement, Plan& plan, const Stag
 }
 
 void Interpreter::GiveOutput(StagedPlan& staged, int64_t count) {
+  if (staged.into) {
+    PutOutput(staged);
+    return SendRowCount(count);
+  }
   Plan rows = MakePlanner().PlanOnce(staged.outputSql);
   rows.columns = staged.columns;
   BindParameters(rows);
-  if (!staged.into) return ReturnRows(rows);
+  ReturnRows(rows);
+}
+
+void Interpreter::PutOutput(StagedPlan& staged) {
+  Plan rows = MakePlanner().PlanOnce(staged.outputSql);
+  BindParameters(rows);
   target_ = staged.into.get();
   StepChange(rows);
-  SendRowCount(count);
 }
 
 } // namespace tsql

@@ -89,11 +89,12 @@ Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, RunningUnit& runnin
   Flow flow = Flow::Next;
   {
     const ProcedureScope scope(*this, running);
+    if (unit.trigger != nullptr) xactAbort_ = true;
     if (!unit.tables.empty()) tableVariables_.Make(unit.tables);
     flow = RunList(*unit.body);
   }
-  // An error that ends a procedure does not always end its caller.
-  return flow == Flow::Abort && abortsAll_ ? Flow::Abort : Flow::Next;
+  // An error that ends a procedure does not always end its caller, one that ends a trigger does.
+  return flow == Flow::Abort && (abortsAll_ || unit.trigger != nullptr) ? Flow::Abort : Flow::Next;
 }
 
 void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee) {

@@ -10,6 +10,7 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   case GlobalValue::ScopeIdentity: return running_->scopeIdentity;
   case GlobalValue::Error: return Datum::OfInteger(lastError_);
   case GlobalValue::TransactionCount: return Datum::OfInteger(transaction_.Count());
+  case GlobalValue::TriggerNesting: return Datum::OfInteger(triggers_);
   case GlobalValue::ProcedureNesting: return Datum::OfInteger(nesting_);
   case GlobalValue::TransactionState: return Datum::OfInteger(transaction_.State());
   case GlobalValue::FetchStatus: return Datum::OfInteger(fetchStatus_);

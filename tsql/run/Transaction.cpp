@@ -49,6 +49,7 @@ void Transaction::Commit() {
   if (isDoomed_) FailDoomed();
   if (count_ == 1 && open_) {
     connection_.Run("COMMIT");
+    EndScopes(0);
     open_ = false;
     tables_ = {};
   }
@@ -94,6 +95,7 @@ void Transaction::RollbackTo(const std::string& name) {
   if (survivors_ != nullptr) survivors_->Keep();
   const auto index = static_cast<size_t>(savepoints_.rend() - found) - 1;
   connection_.Run("ROLLBACK TO \"save " + std::to_string(index) + "\"");
+  EndScopes(index + 1);
   savepoints_.resize(index + 1);
   catalog_.RestoreOwnTables(savepoints_.back().tables);
   catalog_.UndoChanges();
@@ -105,6 +107,7 @@ void Transaction::UndoAll() {
   if (wasOpen && survivors_ != nullptr) survivors_->Keep();
   if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
   needsRecovery_ = false;
+  EndScopes(0);
   if (std::exchange(open_, false)) catalog_.RestoreOwnTables(std::exchange(tables_, {}));
   catalog_.UndoChanges();
   if (wasOpen && survivors_ != nullptr) survivors_->Restore();
@@ -116,6 +119,11 @@ void Transaction::Recover() {
   const bool wasCounted = count_ > 0;
   Forget();
   if (wasCounted) Fail(3930, {});
+}
+
+void Transaction::EndScopes(size_t savepoints) noexcept {
+  for (StatementScope* scope = innermost_; scope != nullptr; scope = scope->outer_)
+    if (scope->savepoints_ >= savepoints) scope->done_ = true;
 }
 
 void Transaction::RunOrRecoverLater(const char* sql) noexcept {
@@ -140,27 +148,38 @@ StatementScope::StatementScope(Transaction& transaction, Place place)
   transaction_.BeforeWrite();
   if (!transaction_.open_) transaction_.catalog_.BeginChanges();
   RunOnce(transaction_.savepoint_);
-  if (place != Place::Main) return;
   try {
-    transaction_.LockMain();
+    if (place == Place::Main) transaction_.LockMain();
   } catch (...) {
     transaction_.RunOrRecoverLater("RELEASE statement");
     throw;
   }
+  Enter();
+}
+
+void StatementScope::Enter() {
+  savepoints_ = transaction_.savepoints_.size();
+  outer_ = std::exchange(transaction_.innermost_, this);
 }
 
 StatementScope::StatementScope(Transaction& transaction)
     : transaction_(transaction), tables_(transaction.catalog_.OwnTables()) {
   RunOnce(transaction_.savepoint_);
+  Enter();
 }
 
 void StatementScope::Complete() {
+  if (done_) return;
   RunOnce(transaction_.release_);
   done_ = true;
+  // SQLite has released with the statement what was saved within it.
+  if (transaction_.savepoints_.size() > savepoints_) transaction_.savepoints_.resize(savepoints_);
 }
 
 StatementScope::~StatementScope() {
+  transaction_.innermost_ = outer_;
   if (done_) return;
+  if (transaction_.savepoints_.size() > savepoints_) transaction_.savepoints_.resize(savepoints_);
   transaction_.RunOrRecoverLater("ROLLBACK TO statement; RELEASE statement");
   transaction_.catalog_.RestoreOwnTables(std::move(tables_));
   transaction_.catalog_.UndoChanges();

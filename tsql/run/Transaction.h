@@ -18,6 +18,8 @@ class RollbackSurvivors {
   virtual void Restore() = 0; // afterwards
 };
 
+class StatementScope;
+
 class Transaction {
  public:
   Transaction(const Connection& connection, Catalog& catalog);
@@ -64,6 +66,8 @@ class Transaction {
   void LockMain() const;
   void UndoAll();
   void Forget();
+  // Nothing is left of the scopes that began after so many savepoints.
+  void EndScopes(size_t savepoints) noexcept;
   // For what undoes: a failure of it is left to Recover.
   void RunOrRecoverLater(const char* sql) noexcept;
 
@@ -80,10 +84,13 @@ class Transaction {
   std::string name_; // of the outermost BEGIN TRANSACTION
   std::vector<Savepoint> savepoints_;
   Catalog::SessionTables tables_;
+  StatementScope* innermost_ = nullptr;
   RollbackSurvivors* survivors_ = nullptr;
 };
 
 // Makes several SQLite statements one: all of them are undone unless Complete is called.
+// What the statement runs may end the transaction, or go back to a savepoint from before the statement; then
+// there is nothing left to be completed or undone.
 class StatementScope {
  public:
   StatementScope(Transaction& transaction, Place place);
@@ -95,8 +102,13 @@ class StatementScope {
   void Complete();
 
  private:
+  friend class Transaction;
+  void Enter();
+
   Transaction& transaction_;
   Catalog::SessionTables tables_;
+  StatementScope* outer_ = nullptr;
+  size_t savepoints_ = 0; // of the transaction when the scope began
   bool done_ = false;
 };
 

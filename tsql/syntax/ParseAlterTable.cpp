@@ -5,6 +5,12 @@ namespace tsql {
 StatementPtr Parser::ParseAlterTable(size_t start) {
   auto statement = MakeStatement<AlterTableStatement>(start);
   statement->table = ParseObjectName();
+  if (AreWordsAt(0, "ENABLE TRIGGER") || AreWordsAt(0, "DISABLE TRIGGER")) {
+    std::unique_ptr<SwitchTriggersStatement> triggers = ParseTriggerSwitch(start);
+    triggers->table = std::move(statement->table);
+    triggers->alters = true;
+    return triggers;
+  }
   const bool isChecking = IsWordAt(1, "check");
   const bool saysCheck = IsWord("with") && (isChecking || IsWordAt(1, "nocheck"));
   if (saysCheck) at_ += 2;

@@ -16,6 +16,7 @@ StatementPtr Parser::ParseCreate() {
   if (TakeWord("view")) return ParseCreateView(start, false);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, false);
   if (TakeWord("function")) return ParseCreateFunction(start, false);
+  if (TakeWord("trigger")) return ParseCreateTrigger(start, false);
   if (IsWord("unique") || IsWord("clustered") || IsWord("nonclustered") || IsWord("index"))
     return ParseCreateIndex(start);
   UnknownObject();
@@ -383,17 +384,23 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   if (AreWordsAt(0, "FOR REPLICATION")) RefuseHere("A procedure FOR REPLICATION");
   ExpectWord("as");
   if (AreWordsAt(0, "EXTERNAL NAME")) RefuseHere("A procedure with an external name");
-  if (IsAtEnd()) SyntaxError();
   inProcedure_ = true;
-  while (true) {
-    while (TakeSymbol(";")) {
-    }
-    if (IsAtEnd()) break;
-    statement->body.push_back(ParseStatement());
-  }
+  statement->body = ParseModuleBody();
   inProcedure_ = false;
   statement->text = std::string(text_);
   return statement;
+}
+
+// The statements of a procedure or trigger, which are the rest of the batch.
+StatementList Parser::ParseModuleBody() {
+  StatementList body;
+  if (IsAtEnd()) SyntaxError();
+  while (true) {
+    while (TakeSymbol(";")) {
+    }
+    if (IsAtEnd()) return body;
+    body.push_back(ParseStatement());
+  }
 }
 
 StatementPtr Parser::ParseCreateFunction(size_t start, bool alter) {
@@ -468,6 +475,7 @@ StatementPtr Parser::ParseAlter() {
   if (TakeWord("view")) return ParseCreateView(start, true);
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, true);
   if (TakeWord("function")) return ParseCreateFunction(start, true);
+  if (TakeWord("trigger")) return ParseCreateTrigger(start, true);
   RefuseWords(RefusedKind::Alter);
   if (TakeWord("table")) return ParseAlterTable(start);
   UnknownObject();
@@ -485,6 +493,8 @@ StatementPtr Parser::ParseDrop() {
     statement->object = ObjectKind::Procedure;
   } else if (TakeWord("function")) {
     statement->object = ObjectKind::Function;
+  } else if (TakeWord("trigger")) {
+    statement->object = ObjectKind::Trigger;
   } else if (TakeWord("index")) {
     statement->object = ObjectKind::Index;
   } else {
@@ -500,6 +510,7 @@ StatementPtr Parser::ParseDrop() {
     statement->names.push_back(std::move(name));
   } while (TakeSymbol(","));
   if (statement->object == ObjectKind::Index) SkipStorageOptions();
+  if (statement->object == ObjectKind::Trigger && TakeWord("on")) RefuseTriggerOfServer();
   return statement;
 }
 

@@ -92,6 +92,7 @@ ExprPtr Parser::ParsePredicate() {
     ExpectSymbol(")");
     return node;
   }
+  if (IsWord("update") && IsSymbolAt(1, "(")) return ParseUpdatedColumn();
   return ParsePredicateTail(ParseAdditive());
 }
 
@@ -301,8 +302,7 @@ ExprPtr Parser::ParseOperand() {
   if (IsReserved(Current().text)) {
     if (IsWord("identitycol")) RefuseHere("IDENTITYCOL");
     if (IsWord("rowguidcol")) RefuseHere("ROWGUIDCOL");
-    if (isFunction || !IsWord("update"))
-      RefuseIfListed(RefusedKind::Function, Current().text, Current().line);
+    RefuseIfListed(RefusedKind::Function, Current().text, Current().line);
     const auto isCurrent = [this](std::string_view name) { return IsWord(name); };
     isFunction = isFunction && std::any_of(kReservedFunctions.begin(), kReservedFunctions.end(), isCurrent);
   }

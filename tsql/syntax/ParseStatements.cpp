@@ -56,6 +56,7 @@ StatementPtr Parser::ParseUnterminated() {
   if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
   if (Current().kind == TokenKind::Word) {
     RefuseWords(RefusedKind::Statement);
+    if (AreWordsAt(0, "ENABLE TRIGGER") || AreWordsAt(0, "DISABLE TRIGGER")) return ParseSwitchTriggers();
     for (const Entry& entry : kRules)
       if (IsWord(entry.word)) return (this->*entry.rule)();
   }

@@ -190,6 +190,14 @@ class Parser {
   void ParseFunctionOptions(CreateFunctionStatement& function);
   void ParseFunctionBody(CreateFunctionStatement& function);
   StatementPtr ParseAlter();
+  StatementList ParseModuleBody();
+  // triggers (ParseTriggers.cpp)
+  StatementPtr ParseCreateTrigger(size_t start, bool alter);
+  void ParseTriggerEvents(CreateTriggerStatement& trigger);
+  void RefuseTriggerOfServer() const;
+  StatementPtr ParseSwitchTriggers();
+  std::unique_ptr<SwitchTriggersStatement> ParseTriggerSwitch(size_t start);
+  ExprPtr ParseUpdatedColumn();
   // ALTER TABLE (ParseAlterTable.cpp)
   StatementPtr ParseAlterTable(size_t start);
   void ParseAlterAdd(AlterTableStatement& statement);

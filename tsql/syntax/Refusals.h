@@ -140,6 +140,12 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"A function with an external name", "CREATE FUNCTION x () RETURNS INT AS EXTERNAL NAME a.b.c"},
     {"A function of a user in a CHECK constraint or computed column",
      "CREATE TABLE x (a INT CHECK (dbo.f(a) > 0))"},
+    {"A trigger ON DATABASE or ALL SERVER", "CREATE TRIGGER x ON DATABASE FOR CREATE_TABLE AS SELECT 1"},
+    {"A trigger WITH EXECUTE AS, NATIVE_COMPILATION or SCHEMABINDING",
+     "CREATE TRIGGER x ON t WITH EXECUTE AS OWNER FOR INSERT AS SELECT 1"},
+    {"A trigger WITH APPEND or NOT FOR REPLICATION",
+     "CREATE TRIGGER x ON t FOR INSERT NOT FOR REPLICATION AS SELECT 1"},
+    {"TRIGGER_NESTLEVEL with an argument", "SELECT TRIGGER_NESTLEVEL(1)"},
     {"NULL, NOT NULL or READONLY of a parameter", "CREATE PROCEDURE x @a INT NOT NULL AS SELECT 1"},
     {"TRUNCATE TABLE WITH PARTITIONS", "TRUNCATE TABLE t WITH (PARTITIONS (1))"},
 };

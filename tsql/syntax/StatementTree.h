@@ -20,6 +20,8 @@ enum class StatementKind : uint8_t {
   CreateView,
   CreateProcedure,
   CreateFunction,
+  CreateTrigger,
+  SwitchTriggers,
   Declare,
   SetVariable,
   SetOption,
@@ -175,7 +177,7 @@ struct CreateIndexStatement : Statement {
   bool unique = false;
 };
 
-enum class ObjectKind : uint8_t { Table, View, Procedure, Function, Index };
+enum class ObjectKind : uint8_t { Table, View, Procedure, Function, Trigger, Index };
 
 struct DropStatement : Statement {
   DropStatement() : Statement(StatementKind::Drop) {}
@@ -237,6 +239,24 @@ struct CreateFunctionStatement : CreateProcedureStatement {
   bool isNullOfNull = false; // RETURNS NULL ON NULL INPUT
   QueryPtr query;            // of an inline function
   TableVariable result;      // of a function that fills a table
+};
+
+enum class TriggerEvent : uint8_t { Insert, Update, Delete };
+
+struct CreateTriggerStatement : CreateProcedureStatement {
+  CreateTriggerStatement() : CreateProcedureStatement(StatementKind::CreateTrigger) {}
+  ObjectName table; // or view
+  std::vector<TriggerEvent> events;
+  bool insteadOf = false;
+};
+
+// ENABLE TRIGGER and DISABLE TRIGGER, also as a part of ALTER TABLE.
+struct SwitchTriggersStatement : Statement {
+  SwitchTriggersStatement() : Statement(StatementKind::SwitchTriggers) {}
+  ObjectName table;
+  bool enables = false;
+  bool alters = false;              // as a part of ALTER TABLE
+  std::vector<ObjectName> triggers; // none for ALL
 };
 
 struct DeclareStatement : Statement {

@@ -56,6 +56,7 @@ constexpr ErrorText kErrors[] = {
     {135, 15, 1, "Cannot use a BREAK statement outside the scope of a WHILE statement."},
     {136, 15, 1, "Cannot use a CONTINUE statement outside the scope of a WHILE statement."},
     {137, 15, 2, "Must declare the scalar variable \"%1\"."},
+    {140, 15, 1, "Can only use IF UPDATE within a CREATE TRIGGER statement."},
     {141, 15, 1,
      "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
      "operations."},
@@ -118,14 +119,20 @@ constexpr ErrorText kErrors[] = {
      "The column \"%1\" cannot be modified because it is either a computed column or is the result of a UNION "
      "operator."},
     {281, 16, 1, "%1 is not a valid style number when converting from %2 to a character string."},
+    {286, 16, 1, "The logical tables INSERTED and DELETED cannot be updated."},
     {289, 16, 1, "Cannot construct data type %1, some of the arguments have values which are not valid."},
     {293, 16, 0, "Cannot convert char value to smallmoney. The char value has incorrect syntax."},
     {295, 16, 3, "Conversion failed when converting character string to smalldatetime data type."},
     {310, 15, 1, "The value %1 specified for the MAXRECURSION option exceeds the allowed maximum of 32767."},
+    {311, 16, 1, "Cannot use text, ntext, or image columns in the 'inserted' and 'deleted' tables."},
     {313, 16, 3, "An insufficient number of arguments were supplied for the procedure or function %1."},
     {321, 15, 1,
      "\"%1\" is not a recognized table hints option. If it is intended as a parameter to a table-valued "
      "function or to the CHANGETABLE function, ensure that your database compatibility mode is set to 90."},
+    {331, 16, 1, "The target table '%1' of the OUTPUT INTO clause cannot have any enabled triggers."},
+    {334, 16, 1,
+     "The target table '%1' of the DML statement cannot have any enabled triggers if the statement contains "
+     "an OUTPUT clause without INTO clause."},
     {343, 15, 1, "Unknown object type '%1' used in a CREATE, DROP, or ALTER statement."},
     {402, 16, 1, "The data types %1 and %2 are incompatible in the %3 operator."},
     {408, 16, 1, "A constant expression was encountered in the ORDER BY list, position %1."},
@@ -194,6 +201,7 @@ constexpr ErrorText kErrors[] = {
     {1033, 15, 1,
      "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common "
      "table expressions, unless TOP or FOR XML is also specified."},
+    {1034, 15, 1, "Syntax error: Duplicate specification of the action \"%1\" in the trigger declaration."},
     {1038, 15, 5,
      "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name. For "
      "other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change the alias "
@@ -238,6 +246,9 @@ constexpr ErrorText kErrors[] = {
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%1' already exists on table '%2'."},
     {2010, 16, 1, "Cannot perform alter on '%1' because it is an incompatible object type."},
+    {2110, 16, 1, "Cannot alter trigger '%1' on '%2' because this trigger does not belong to this object."},
+    {2111, 16, 1,
+     "Cannot %1 trigger '%2' on %3 '%4' because an INSTEAD OF %5 trigger already exists on this object."},
     {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%1' with unique index '%2'."},
     {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object 'dbo.%3'."},
     {2705, 16, 3,
@@ -267,6 +278,10 @@ constexpr ErrorText kErrors[] = {
      "specification."},
     {2787, 16, 1, "Invalid format specification: '%1'."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
+    {3609, 16, 1, "The transaction ended in the trigger. The batch has been aborted."},
+    {3616, 16, 1,
+     "An error was raised during trigger execution. The batch has been aborted and the user transaction, if "
+     "any, has been rolled back."},
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
     {3725, 16, 0, "The constraint '%1' is being referenced by table '%2', foreign key constraint '%3'."},
@@ -326,6 +341,7 @@ constexpr ErrorText kErrors[] = {
      "'%1' cannot be added to non-empty table '%2' because it does not satisfy these conditions."},
     {4902, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {4909, 16, 1, "Cannot alter '%1' because it is not a table."},
+    {4920, 16, 0, "ALTER TABLE failed because trigger '%1' on table '%2' does not exist."},
     {4916, 16, 0, "Could not enable or disable the constraint. See previous errors."},
     {4917, 16, 0, "Constraint '%1' does not exist."},
     {4922, 16, 9, "ALTER TABLE %1 COLUMN %2 failed because one or more objects access this column."},
@@ -386,6 +402,7 @@ constexpr ErrorText kErrors[] = {
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
     {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
     {8178, 16, 1, "The parameterized query '(%1)%2' expects the parameter '%3', which was not supplied."},
+    {8197, 16, 4, "The object '%1' does not exist or is invalid for this operation."},
     {8183, 16, 1,
      "Only UNIQUE or PRIMARY KEY constraints can be created on computed columns, while CHECK, FOREIGN KEY, and "
      "NOT NULL constraints require that computed columns be persisted."},
@@ -473,7 +490,8 @@ void Fail(int number, std::initializer_list<std::string_view> arguments, int lin
 }
 
 bool EndsTransaction(const Error& error) {
-  // After a value that cannot be converted the server ends the batch and the transaction.
+  // After a value that cannot be converted, or a trigger that ended the transaction, the server ends the
+  // batch and what is left of the transaction.
   switch (error.number) {
   case 235:
   case 241:
@@ -482,6 +500,8 @@ bool EndsTransaction(const Error& error) {
   case 245:
   case 248:
   case 293:
+  case 3609:
+  case 3616:
   case 8114:
   case 8169: return true;
   default: return error.severity >= 20;

@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 4");
+  Ask("PRAGMA user_version = 5");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,36 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 4. This server supports version 3 "
+                    "' cannot be opened because it is version 5. This server supports version 4 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"5"}));
+}
+
+TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
+  Must("CREATE TABLE t (a INT)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  for (const char* name : {"y", "x"})
+    Must("CREATE TRIGGER " + std::string(name) + " ON t FOR INSERT AS PRINT 'x'");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"4"}));
+  Must("DISABLE TRIGGER y ON t");
+  EXPECT_EQ(Ask("SELECT name, kind, text FROM \"~modules\" ORDER BY rowid"),
+            Lines({"y|22|CREATE TRIGGER y ON t FOR INSERT AS PRINT 'x'",
+                   "x|6|CREATE TRIGGER x ON t FOR INSERT AS PRINT 'x'"}));
+}
+
+TEST_F(StorageTest, ATriggersDamagedTextIsNoticed) {
+  Must("CREATE TABLE t (a INT)");
+  Must("CREATE TRIGGER x ON t FOR INSERT AS PRINT 'x'");
+  for (const char* text : {"SELECT 1", "CREATE TRIGGER x ON", ""}) {
+    Ask("UPDATE \"~modules\" SET text = '" + std::string(text) + "'; PRAGMA schema_version = 1000");
+    const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
+    Output output;
+    session->Execute("SELECT a FROM t", {}, output);
+    ASSERT_EQ(output.errors.size(), 1U) << text;
+    EXPECT_EQ(output.errors[0].number, 823) << text;
+  }
 }
 
 TEST_F(StorageTest, NamedDefaultsMakeTheFileOneOfTheThirdVersion) {

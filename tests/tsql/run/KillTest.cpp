@@ -129,6 +129,21 @@ TEST_F(KillTest, TransactionsWithCursorsFunctionsAndTableVariablesAreWholeOrGone
   EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 75);
 }
 
+TEST_F(KillTest, StatementsWithTriggersAreWholeOrGone) {
+  Must("CREATE TRIGGER on_account ON account FOR UPDATE AS"
+       " UPDATE a SET amount = a.amount + 1 FROM account a JOIN deleted d ON d.id = 1 WHERE a.id = 2"
+       " INSERT INTO journal SELECT REPLICATE('x', 2000) FROM inserted");
+  // One statement, of which three are seen to end: two of the trigger and itself.
+  for (const int steps : {1, 2, 3, 4, 101, 302}) {
+    RunAndKill("WHILE 1 = 1 UPDATE account SET amount = amount - 1 WHERE id = 1", steps);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(Rows("SELECT SUM(amount), MAX(amount) - (SELECT COUNT(*) FROM journal) FROM account"),
+              Lines({"0|0"}));
+    Must("DISABLE TRIGGER ALL ON account UPDATE account SET amount = amount ENABLE TRIGGER ALL ON account");
+  }
+  EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 130);
+}
+
 TEST_F(KillTest, OpenTransactionIsUndone) {
   RunAndKill(
       "BEGIN TRAN DELETE FROM account SELECT * INTO #copy FROM journal INSERT INTO journal VALUES ('a')"

@@ -22,10 +22,11 @@ int64_t Every(int64_t usual) {
 
 // Something of everything that the engine does: functions of text, dates and decimals, a subquery, an
 // aggregate, a temporary table, an error that is caught, variables, a procedure, a function, a table
-// variable, a cursor and a change with OUTPUT.
+// variable, a cursor, a change with OUTPUT and a trigger.
 constexpr char kTables[] =
     "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 9999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
+    " CREATE TABLE seen (text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
     " INSERT INTO account VALUES (1, 0), (2, 0)";
 constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @lines INT OUTPUT AS"
                               " CREATE TABLE #found (n INT NOT NULL)"
@@ -33,6 +34,11 @@ constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @
                               " SELECT @lines = COUNT(*) FROM #found";
 constexpr char kFunction[] = "CREATE FUNCTION Plus (@n INT) RETURNS INT AS BEGIN DECLARE @t TABLE (a INT)"
                              " INSERT @t VALUES (1) SELECT @n = @n + a FROM @t RETURN @n END";
+constexpr char kTrigger[] =
+    "CREATE TRIGGER on_journal ON journal FOR INSERT, UPDATE AS DECLARE @t TABLE (n INT)"
+    " INSERT @t SELECT n FROM inserted"
+    " INSERT INTO seen SELECT i.text, d.text FROM inserted i JOIN @t t ON t.n = i.n"
+    " LEFT JOIN deleted d ON d.n = i.n";
 constexpr char kWork[] =
     "DECLARE @before INT SELECT @before = COUNT(*) FROM journal"
     " CREATE TABLE #t (a INT NOT NULL, b NVARCHAR(40) NULL)"
@@ -85,9 +91,10 @@ Outcome Work(Session& session) {
 // How often the work has been committed; -1 when a part of it was.
 int Done(Session& session) {
   Output output;
-  session.Execute("SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
-                  " THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
-                  {}, output);
+  session.Execute(
+      "SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
+      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
+      {}, output);
   EXPECT_TRUE(output.errors.empty());
   return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));
 }
@@ -104,7 +111,7 @@ void ExpectGoodWork(const Outcome& outcome, int done) {
 class OutOfMemoryTest : public FileTest, public ::testing::WithParamInterface<Then> {
  protected:
   static void MakeTables(Session& session) {
-    for (const char* batch : {kTables, kProcedure, kFunction})
+    for (const char* batch : {kTables, kProcedure, kFunction, kTrigger})
       EXPECT_TRUE(RunOn(session, batch).errors.empty());
   }
 

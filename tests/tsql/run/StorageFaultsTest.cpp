@@ -27,10 +27,16 @@ class StorageFaultsTest : public FileTest {
     EXPECT_TRUE(RunOn(*session,
                       "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount INT NOT NULL)"
                       " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) NOT NULL)"
+                      " CREATE TABLE changes (by_how_much INT NOT NULL, text VARCHAR(8000) NOT NULL)"
                       " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')")
                     .errors.empty());
     EXPECT_TRUE(RunOn(*session, "CREATE FUNCTION Plus (@n INT) RETURNS INT AS BEGIN DECLARE @t TABLE (a INT)"
                                 " INSERT @t VALUES (1) SELECT @n = @n + a FROM @t RETURN @n END")
+                    .errors.empty());
+    EXPECT_TRUE(RunOn(*session,
+                      "CREATE TRIGGER on_account ON account FOR UPDATE AS"
+                      " INSERT INTO changes SELECT i.amount - d.amount, REPLICATE('z', 500) FROM inserted i"
+                      " JOIN deleted d ON d.id = i.id DELETE FROM changes WHERE by_how_much < 0")
                     .errors.empty());
   }
 
@@ -41,12 +47,14 @@ class StorageFaultsTest : public FileTest {
     try {
       session.Begin();
       for (const Error& error :
-           RunOn(session, "DECLARE c CURSOR LOCAL FOR SELECT amount FROM account WHERE id = 1 OPEN c FETCH c"
-                          " UPDATE account SET amount = amount - 1 WHERE CURRENT OF c"
-                          " UPDATE account SET amount = dbo.Plus(amount) OUTPUT deleted.id WHERE id = 2"
-                          " INSERT INTO journal VALUES (0, REPLICATE('y', 8000))"
-                          " UPDATE journal SET n = n + 1, text = REPLICATE('x', 4000 + n % 2 * 4000)"
-                          " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'")
+           RunOn(session,
+                 "DECLARE c CURSOR LOCAL FOR SELECT amount FROM account WHERE id = 1 OPEN c FETCH c"
+                 " UPDATE account SET amount = amount - 1 WHERE CURRENT OF c"
+                 " DECLARE @o TABLE (id INT)"
+                 " UPDATE account SET amount = dbo.Plus(amount) OUTPUT deleted.id INTO @o WHERE id = 2"
+                 " INSERT INTO journal VALUES (0, REPLICATE('y', 8000))"
+                 " UPDATE journal SET n = n + 1, text = REPLICATE('x', 4000 + n % 2 * 4000)"
+                 " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'")
                .errors)
         failures += error.what();
       if (failures.empty()) session.Commit();
@@ -61,9 +69,11 @@ class StorageFaultsTest : public FileTest {
 
   // How often the work was committed; -1 when a part of it was.
   static int Done(Session& session) {
-    const Output output = RunOn(session, "SELECT CASE WHEN SUM(amount) = 0"
-                                         " AND MAX(amount) = (SELECT SUM(n) FROM journal)"
-                                         " THEN MAX(amount) ELSE -1 END FROM account");
+    const Output output =
+        RunOn(session, "SELECT CASE WHEN SUM(amount) = 0"
+                       " AND MAX(amount) = (SELECT SUM(n) FROM journal)"
+                       " AND MAX(amount) = (SELECT ISNULL(SUM(by_how_much), 0) FROM changes)"
+                       " THEN MAX(amount) ELSE -1 END FROM account");
     for (const Error& error : output.errors) ADD_FAILURE() << error.what();
     return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));
   }

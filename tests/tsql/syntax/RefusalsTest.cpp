@@ -74,7 +74,7 @@ TEST_F(RefusalsTest, FunctionsTypesAndVariablesOfTheServerAreRefused) {
   ExpectRefused("SELECT CURRENT_USER", "The function CURRENT_USER");
   ExpectRefused("SELECT SYSTEM_USER + 'x'", "The function SYSTEM_USER");
   ExpectRefused("SELECT a FROM t WHERE CONTAINS(b, 'x')", "The function CONTAINS");
-  ExpectRefused("IF UPDATE(a) PRINT 'x'", "The function UPDATE");
+  ExpectRefused("IF COLUMNS_UPDATED() > 0 PRINT 'x'", "The function COLUMNS_UPDATED");
   ExpectRefused("CREATE TABLE x (a DATETIMEOFFSET(3))", "The type DATETIMEOFFSET");
   ExpectRefused("SELECT CAST(1 AS SQL_VARIANT)", "The type SQL_VARIANT");
   ExpectRefused("DECLARE @s NATIONAL CHAR(5)", "A type name of several words");

@@ -1,0 +1,194 @@
+// Changes of tables that have triggers. The rows are staged, with the values before and after the change;
+// when it is made and its constraints hold, the triggers run, which read them as inserted and deleted. All of
+// it is one statement.
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "tsql/run/Interpreter.h"
+#include "tsql/sqlite/Quotation.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
+
+namespace tsql {
+namespace {
+
+TriggerEvent EventOf(StatementKind kind) {
+  switch (kind) {
+  case StatementKind::Update: return TriggerEvent::Update;
+  case StatementKind::Delete: return TriggerEvent::Delete;
+  default: return TriggerEvent::Insert;
+  }
+}
+
+// The columns of which UPDATE() says that the statement gives them values: all of an INSERT.
+std::vector<bool> UpdatedColumns(const Statement& statement, const TableInfo& table) {
+  std::vector<bool> updated(table.columns.size(), EventOf(statement.kind) == TriggerEvent::Insert);
+  if (statement.kind != StatementKind::Update) return updated;
+  for (const Assignment& assignment : static_cast<const UpdateStatement&>(statement).assignments) {
+    const int column = table.FindColumn(assignment.column.back());
+    if (column >= 0) updated[static_cast<size_t>(column)] = true;
+  }
+  return updated;
+}
+
+} // namespace
+
+// Triggers always run within a transaction. Where none is open, the statement has one of its own, which ends
+// with it.
+class Interpreter::OwnTransaction {
+ public:
+  explicit OwnTransaction(Transaction& transaction)
+      : transaction_(transaction), isLeft_(transaction.Count() == 0) {
+    if (isLeft_) transaction_.Begin();
+  }
+  OwnTransaction(const OwnTransaction&) = delete;
+  OwnTransaction& operator=(const OwnTransaction&) = delete;
+  ~OwnTransaction() {
+    if (!isLeft_) return;
+    try {
+      transaction_.RollbackIfOpen();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the next statement recovers from what is left
+    }
+  }
+  void Commit() {
+    if (isLeft_ && transaction_.Count() > 0) transaction_.Commit();
+    isLeft_ = false;
+  }
+
+ private:
+  Transaction& transaction_;
+  bool isLeft_;
+};
+
+// A trigger while it runs.
+struct Interpreter::RunningTrigger {
+  RunningTrigger(Interpreter& interpreter, const TriggerInfo& info)
+      : owner(interpreter), name(info.module->name), outer(std::exchange(interpreter.trigger_, this)) {
+    ++owner.triggers_;
+  }
+  RunningTrigger(const RunningTrigger&) = delete;
+  RunningTrigger& operator=(const RunningTrigger&) = delete;
+  ~RunningTrigger() {
+    --owner.triggers_;
+    owner.trigger_ = outer;
+  }
+  Interpreter& owner;
+  std::string name;
+  const RunningTrigger* outer;
+};
+
+bool Interpreter::Fires(const TableInfo& target, StatementKind kind) const {
+  if (catalog_.Triggers().empty() || target.place != Place::Main) return false;
+  return catalog_.HasTriggers(target.name, EventOf(kind));
+}
+
+void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const {
+  std::vector<size_t> columns;
+  std::string list;
+  for (size_t i = 0; i < target.columns.size(); ++i) {
+    if (!target.columns[i].IsComputed()) continue;
+    list += (columns.empty() ? "" : ", ") + QuoteName(target.columns[i].name);
+    columns.push_back(i);
+  }
+  if (columns.empty()) return;
+  PreparedStatement read =
+      connection_.Prepare("SELECT " + list + " FROM " + target.SqlName() + " WHERE _rowid_ = ?");
+  for (std::vector<Datum>& row : rows) {
+    // A row that got another key has got another number with it.
+    const size_t number = target.rowidColumn < 0 ? 0 : 1 + 2 * static_cast<size_t>(target.rowidColumn);
+    const StatementUse use(read);
+    read.Bind(1, row[number]);
+    if (!read.Step()) continue;
+    for (size_t i = 0; i < columns.size(); ++i)
+      row[1 + 2 * columns[i]] = read.ColumnDatum(static_cast<int>(i));
+  }
+}
+
+Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan, bool isOfCursor) {
+  const TablePtr target = plan.target;
+  StagedPlan staged = MakePlanner().PlanStaged(statement);
+  if (!staged.columns.empty()) Fail(334, {target->name});
+  FiredRows fired;
+  fired.event = EventOf(statement.kind);
+  fired.updated = UpdatedColumns(statement, *target);
+  const bool insteadOf = HasInsteadOf(*target, fired.event);
+  if (target->isView && !insteadOf) Refuse("Changing a view"); // the trigger's own change of it
+  return ChangeAndFire(*target, fired, insteadOf, [&] {
+    const StagedUse use(context_, fired.rows);
+    if (insteadOf) {
+      Plan rows = statement.kind == StatementKind::Insert
+                      ? MakePlanner().PlanInsertedRows(static_cast<const InsertStatement&>(statement))
+                      : MakePlanner().PlanOnce(staged.sql.rows);
+      BindParameters(rows);
+      ReadRows(rows, fired.rows);
+    } else {
+      MakeChange(*target, [&] {
+        StageChange(statement, plan, staged, fired.rows);
+        return static_cast<int64_t>(fired.rows.size());
+      });
+      if (statement.kind == StatementKind::Update) ReadComputed(*target, fired.rows);
+    }
+    const auto count = static_cast<int64_t>(fired.rows.size());
+    if (isOfCursor && count == 0) Fail(16947, {});
+    if (!insteadOf && statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
+    if (staged.into) PutOutput(staged);
+    return count;
+  });
+}
+
+bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) const {
+  return std::ranges::any_of(catalog_.TriggersOf(target.name, event, true),
+                             [this](const TriggerPtr& trigger) { return !IsInnermost(*trigger); });
+}
+
+Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                                             const std::function<int64_t()>& change) {
+  OwnTransaction transaction(transaction_);
+  StatementScope scope(transaction_, Place::Main);
+  int64_t count = 0;
+  try {
+    count = change();
+  } catch (const SqliteFailure& failure) {
+    FailChange(failure, target);
+  }
+  if (FireTriggers(target, fired, insteadOf, count) == Flow::Abort) return Flow::Abort;
+  scope.Complete();
+  transaction.Commit();
+  SendRowCount(count);
+  return Flow::Next;
+}
+
+// The statements of a trigger do not fire it themselves.
+bool Interpreter::IsInnermost(const TriggerInfo& trigger) const {
+  return trigger_ != nullptr && EqualNames(trigger_->name, trigger.module->name);
+}
+
+Interpreter::Flow Interpreter::FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                                            int64_t count) {
+  for (const TriggerPtr& trigger : catalog_.TriggersOf(target.name, fired.event, insteadOf)) {
+    if (IsInnermost(*trigger)) continue;
+    rowCount_ = count;
+    lastError_ = 0;
+    if (RunTrigger(*trigger, fired) == Flow::Abort) return Flow::Abort;
+    if (transaction_.Count() == 0) Fail(3609, {});
+    if (transaction_.State() < 0) Fail(3616, {});
+  }
+  return Flow::Next;
+}
+
+Interpreter::Flow Interpreter::RunTrigger(const TriggerInfo& trigger, const FiredRows& fired) {
+  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileTrigger(trigger);
+  RunningUnit callee;
+  callee.procedure = trigger.module->name;
+  const FiredUse use(context_, fired);
+  const RunningTrigger running(*this, trigger);
+  const Flow flow = RunNested(*unit, callee);
+  if (flow != Flow::Abort) return flow;
+  transaction_.RollbackIfOpen();
+  abortsAll_ = true;
+  return flow;
+}
+
+} // namespace tsql
