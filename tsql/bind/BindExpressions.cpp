@@ -365,6 +365,9 @@ BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
     Fail(bothText && !IsBitwise(op) ? 8117 : 402, {TypeName(left->type.id), OperatorName(op), ""});
   if (FamilyOf(left->type.id) == Family::DateTime || FamilyOf(right->type.id) == Family::DateTime)
     return BindDateArithmetic(op, std::move(left), std::move(right));
+  const bool bothBinary =
+      FamilyOf(left->type.id) == Family::Binary && FamilyOf(right->type.id) == Family::Binary;
+  if (bothBinary && op == ArithmeticOp::Add) Refuse("A concatenation of binary values");
   if (!bothText && IsText(left->type)) left = Convert(std::move(left), right->type);
   if (!bothText && IsText(right->type)) right = Convert(std::move(right), left->type);
   const Type common = CommonType(left->type, right->type);

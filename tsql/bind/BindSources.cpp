@@ -395,9 +395,14 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
   if (!query.orderBy.empty()) Fail(1033, {});
   CheckRecursive(*member, commons_.back(), bound);
   if (member->columns.size() != anchor->columns.size()) Fail(205, {});
-  // The types of the columns are those of the first query.
+  // The types of the columns are those of the first query, to the length.
   std::vector<Type> types;
-  for (const Column& column : anchor->columns) types.push_back(column.type);
+  for (const Column& column : anchor->columns) {
+    const size_t index = types.size();
+    if (!(member->columns[index].type == column.type))
+      Fail(240, {commons_.back().columns[index].name, table.name});
+    types.push_back(column.type);
+  }
   ConvertColumns(*member, types);
   bound.recursive = true;
   bound.query = std::make_unique<BoundQuery>();

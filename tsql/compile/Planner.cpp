@@ -232,7 +232,7 @@ Plan& Planner::FetchPlan(const FetchStatement& statement) {
   return plan;
 }
 
-Plan& Planner::ConditionPlan(const Expr& condition) {
+Plan& Planner::MakeConditionPlan(const Expr& condition) {
   Plan& plan = PlanAt(condition.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
@@ -242,7 +242,7 @@ Plan& Planner::ConditionPlan(const Expr& condition) {
   return plan;
 }
 
-Plan& Planner::ValuePlan(const Expr& value, const Type* type) {
+Plan& Planner::MakeValuePlan(const Expr& value, const Type* type) {
   Plan& plan = PlanAt(value.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();
@@ -255,7 +255,7 @@ Plan& Planner::ValuePlan(const Expr& value, const Type* type) {
   return plan;
 }
 
-Plan& Planner::AssignmentPlan(const SetVariableStatement& statement) {
+Plan& Planner::MakeAssignmentPlan(const SetVariableStatement& statement) {
   Plan& plan = PlanAt(statement.value->number);
   if (IsCurrent(plan)) return plan;
   const int variable = RequireVariable(statement.name);

@@ -38,11 +38,21 @@ class Planner {
   Plan& CursorPlan(const DeclareCursorStatement& statement);
   // The variables that a FETCH assigns.
   Plan& FetchPlan(const FetchStatement& statement);
-  Plan& ConditionPlan(const Expr& condition);
+  // Loops ask for these three with each turn, so what is current is found here.
+  Plan& ConditionPlan(const Expr& condition) {
+    Plan* const present = PresentPlan(condition.number);
+    return present != nullptr ? *present : MakeConditionPlan(condition);
+  }
   // The value of an expression as it is, or converted for a variable of the type.
-  Plan& ValuePlan(const Expr& value, const Type* type);
+  Plan& ValuePlan(const Expr& value, const Type* type) {
+    Plan* const present = PresentPlan(value.number);
+    return present != nullptr ? *present : MakeValuePlan(value, type);
+  }
   // The value that SET gives to a variable, which is the plan's `assigned`.
-  Plan& AssignmentPlan(const SetVariableStatement& statement);
+  Plan& AssignmentPlan(const SetVariableStatement& statement) {
+    Plan* const present = PresentPlan(statement.value->number);
+    return present != nullptr ? *present : MakeAssignmentPlan(statement);
+  }
 
  private:
   void CompileList(const StatementList& statements);
@@ -55,6 +65,15 @@ class Planner {
   bool Fires(const Statement& statement) const;
   bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
+  // The plan of the number if the catalog has not changed since it was last current; else null.
+  Plan* PresentPlan(uint32_t number) const {
+    if (number >= unit_.plans.size()) return nullptr;
+    Plan* const plan = unit_.plans[number].get();
+    return plan != nullptr && plan->version == context_.catalog.Version() ? plan : nullptr;
+  }
+  Plan& MakeConditionPlan(const Expr& condition);
+  Plan& MakeValuePlan(const Expr& value, const Type* type);
+  Plan& MakeAssignmentPlan(const SetVariableStatement& statement);
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   Binder MakeBinder() const;
   Plan& PlanAt(uint32_t number);

@@ -176,8 +176,9 @@ void Exp(const FunctionCall& call) {
 // t_log(number[, base])
 void Log(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
+  if (call.Real(0) <= 0) Fail(3623, {});
   if (call.Count() == 1) return ReturnFinite(call, std::log(call.Real(0)));
-  if (call.Real(0) <= 0 || call.Real(1) <= 0 || call.Real(1) == 1) Fail(3623, {});
+  if (call.Real(1) <= 0 || call.Real(1) == 1) Fail(3623, {});
   ReturnFinite(call, std::log(call.Real(0)) / std::log(call.Real(1)));
 }
 
@@ -220,6 +221,7 @@ void Random(const FunctionCall& call) {
 
 void Log10(const FunctionCall& call) {
   if (call.IsNull(0)) return call.ReturnNull();
+  if (call.Real(0) <= 0) Fail(3623, {});
   ReturnFinite(call, std::log10(call.Real(0)));
 }
 

@@ -31,21 +31,32 @@ bool IsDigit(char character) {
   return character >= '0' && character <= '9';
 }
 
-// At `at` is the percent sign; it is left behind the directive.
-Directive ReadDirective(const std::string& text, size_t& at) {
+constexpr int kLargestWidth = 10000;
+
+// At `at` is the percent sign; it is left behind the directive. A width or precision that is an asterisk is
+// asked of `takeNumber`.
+template <typename TakeNumber>
+Directive ReadDirective(const std::string& text, size_t& at, TakeNumber takeNumber) {
   Directive directive;
   const size_t start = at;
   const auto peek = [&] { return at < text.size() ? text[at] : '\0'; };
   const auto readNumber = [&] {
+    if (peek() == '*') {
+      ++at;
+      return takeNumber();
+    }
     int number = 0;
-    constexpr int kMost = 10000;
-    for (; IsDigit(peek()); ++at) number = std::min(number * 10 + (peek() - '0'), kMost);
+    for (; IsDigit(peek()); ++at) number = std::min(number * 10 + (peek() - '0'), kLargestWidth);
     return number;
   };
   ++at;
   constexpr std::string_view kFlags = "-+0# ";
   while (peek() != '\0' && kFlags.find(peek()) != std::string_view::npos) directive.flags += text[at++];
   directive.width = readNumber();
+  if (directive.width < 0) {
+    directive.flags += '-';
+    directive.width = -directive.width;
+  }
   if (peek() == '.') {
     ++at;
     directive.precision = readNumber();
@@ -99,12 +110,19 @@ std::string FormatText(const std::string& value, const Directive& directive) {
 std::string FormatMessage(const std::string& text, const std::vector<Substitute>& values) {
   std::string result;
   size_t next = 0;
+  const auto takeNumber = [&] {
+    const Substitute* const value = next < values.size() ? &values[next] : nullptr;
+    ++next;
+    if (value == nullptr || !IsPlainInteger(value->type) || value->value.IsNull())
+      Fail(2786, {std::to_string(next)});
+    return static_cast<int>(std::clamp<int64_t>(value->value.integer, -kLargestWidth, kLargestWidth));
+  };
   for (size_t at = 0; at < text.size();) {
     if (text[at] != '%') {
       result += text[at++];
       continue;
     }
-    const Directive directive = ReadDirective(text, at);
+    const Directive directive = ReadDirective(text, at, takeNumber);
     if (directive.type == '%') {
       result += '%';
       continue;
@@ -161,8 +179,12 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
     values.push_back(std::move(value));
   }
   constexpr int kUserError = 50000;
-  const Error error(kUserError, static_cast<int>(EvaluateInteger(*statement.arguments[1])),
-                    static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line,
+  constexpr int64_t kLargestSeverity = 18; // without the log
+  const int64_t severity = EvaluateInteger(*statement.arguments[1]);
+  const int64_t state = EvaluateInteger(*statement.arguments[2]);
+  if (severity > kLargestSeverity) Fail(2754, {});
+  const Error error(kUserError, severity < 0 ? 0 : static_cast<int>(severity),
+                    state < 0 ? 1 : static_cast<int>(state), statement.line,
                     FormatMessage(message.text, values));
   if (error.severity > 10) throw Error(error);
   sink_->Message(error);
@@ -172,11 +194,12 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
 Interpreter::Flow Interpreter::RunThrow(const ThrowStatement& statement) {
   std::optional<Error> error = caught_;
   if (!statement.arguments.empty()) {
-    const auto number = static_cast<int>(EvaluateInteger(*statement.arguments[0]));
-    error.emplace(number, 16, static_cast<int>(EvaluateInteger(*statement.arguments[2])), statement.line,
-                  EvaluateText(*statement.arguments[1]));
+    constexpr int64_t kLeastNumber = 50000;
+    const int64_t number = EvaluateInteger(*statement.arguments[0]);
+    if (number < kLeastNumber) Fail(35100, {std::to_string(number)});
+    error.emplace(static_cast<int>(number), 16, static_cast<int>(EvaluateInteger(*statement.arguments[2])),
+                  statement.line, EvaluateText(*statement.arguments[1]));
   }
-  if (!error) Refuse("THROW without arguments outside a CATCH block");
   if (tryDepth_ > 0) {
     if (xactAbort_) transaction_.Doom();
     throw Caught{*error};

@@ -565,6 +565,9 @@ Type Parser::ParseType(int32_t defaultLength) {
       Fail(102, {std::to_string(second > precision ? second : precision)}, token.line);
     return MakeDecimal(precision, second);
   }
+  constexpr int kMostBits = 53; // of a float
+  if (*id == TypeId::Float && given && (first < 1 || first > kMostBits))
+    Fail(1001, {std::to_string(token.line), std::to_string(first)}, token.line);
   if (*id == TypeId::Float) return MakeType(given && first <= 24 ? TypeId::Real : TypeId::Float);
   if (IsFine(*id)) {
     if (given && (first < 0 || first > kMaxFraction))

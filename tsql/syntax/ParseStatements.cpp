@@ -250,7 +250,9 @@ StatementPtr Parser::ParseTryCatch() {
   TakeSymbol(";");
   ExpectWord("begin");
   ExpectWord("catch");
+  ++catches_;
   statement->catchBody = ParseStatementsUntilEnd();
+  --catches_;
   tryBlocks_.pop_back();
   ExpectWord("end");
   ExpectWord("catch");
@@ -360,10 +362,11 @@ StatementPtr Parser::ParseRaiserror() {
   while (TakeSymbol(","));
   ExpectSymbol(")");
   if (statement->arguments.size() < 3) SyntaxError();
-  if (IsWord("with")) {
-    ++at_;
-    if (IsWord("log") || IsWord("seterror")) RefuseHere("RAISERROR WITH LOG or SETERROR");
-    ExpectWord("nowait");
+  if (TakeWord("with")) {
+    do {
+      if (IsWord("log") || IsWord("seterror")) RefuseHere("RAISERROR WITH LOG or SETERROR");
+      ExpectWord("nowait");
+    } while (TakeSymbol(","));
   }
   return statement;
 }
@@ -372,6 +375,7 @@ StatementPtr Parser::ParseThrow() {
   auto statement = MakeStatement<ThrowStatement>(at_);
   ExpectWord("throw");
   const bool bare = IsAtEnd() || IsSymbol(";") || Current().kind == TokenKind::Word;
+  if (bare && catches_ == 0) Fail(10704, {}, statement->line);
   if (bare) return statement;
   do statement->arguments.push_back(ParseExpression());
   while (TakeSymbol(","));

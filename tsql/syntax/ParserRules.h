@@ -231,7 +231,8 @@ class Parser {
   size_t at_ = 0;
   uint32_t nodes_ = 0; // expressions and statements so far
   int markers_ = 0;
-  int loops_ = 0; // open WHILE bodies
+  int loops_ = 0;   // open WHILE bodies
+  int catches_ = 0; // open CATCH blocks
   int levels_ = 0;
   int deepest_ = 0;                   // depth of the deepest expression in the query that is parsed
   int sources_ = 0;                   // number of tables in the statement

@@ -98,6 +98,8 @@ constexpr ErrorText kErrors[] = {
     {234, 16, 2, "There is insufficient result space to convert a money value to %1."},
     {235, 16, 0, "Cannot convert a char value to money. The char value has incorrect syntax."},
     {239, 16, 1, "Duplicate common table expression name '%1' was specified."},
+    {240, 16, 1,
+     "Types don't match between the anchor and the recursive part in column \"%1\" of recursive query \"%2\"."},
     {241, 16, 1, "Conversion failed when converting date and/or time from character string."},
     {242, 16, 3, "The conversion of a %1 data type to a %2 data type resulted in an out-of-range value."},
     {244, 16, 1, "The conversion of the %1 value '%2' overflowed an %3 column. Use a larger integer column."},
@@ -273,6 +275,9 @@ constexpr ErrorText kErrors[] = {
      "scale of 0, and constrained to be nonnullable."},
     {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2772, 16, 1, "Cannot access temporary tables from within a function."},
+    {2754, 16, 1,
+     "Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the "
+     "WITH LOG option."},
     {2786, 16, 1,
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},
@@ -417,6 +422,9 @@ constexpr ErrorText kErrors[] = {
      "characters."},
     {9829, 16, 1,
      "STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result truncation."},
+    {10704, 15, 1,
+     "To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW statement "
+     "inside a CATCH block, or add error parameters to the THROW statement."},
     {10705, 16, 1, "Subqueries are not allowed in the OUTPUT clause."},
     {10709, 16, 1, "The number of columns for each row in a table value constructor must be the same."},
     {10734, 15, 1,
@@ -455,6 +463,9 @@ constexpr ErrorText kErrors[] = {
      "The cursor does not include the table being modified or the table is not updatable through the cursor."},
     {16947, 16, 1, "No rows were updated or deleted."},
     {16950, 16, 1, "The variable '%1' does not currently have a cursor allocated to it."},
+    {35100, 16, 10,
+     "Error number %1 in the THROW statement is outside the valid range. Specify an error number in the valid "
+     "range of 50000 to 2147483647."},
     {kUnsupportedError, 16, 1, "%1 is not supported."},
 };
 
@@ -539,6 +550,7 @@ bool EndsBatch(const Error& error) {
   case 2627:
   case 2747:
   case 2748:
+  case 2754:
   case 2786:
   case 2787:
   case 2812:

@@ -24,6 +24,21 @@ TEST_F(RecursionTest, AMemberReadsTheRowsBefore) {
             Lines({"1", "2", "5"}));
 }
 
+TEST_F(RecursionTest, TheTypesOfTheMembersAreTheSame) {
+  EXPECT_EQ(
+      ErrorText("WITH n(c) AS (SELECT 1 UNION ALL SELECT c + 1.5 FROM n WHERE c < 5) SELECT * FROM n"),
+      "240 1 Types don't match between the anchor and the recursive part in column \"c\" of recursive query "
+      "\"n\".");
+  // A text that grows needs a CAST to the length of the first.
+  EXPECT_EQ(
+      ErrorOf("WITH n(i, c) AS (SELECT 1, CAST('a' AS VARCHAR(9)) UNION ALL SELECT i + 1, c + 'b' FROM n "
+              "WHERE i < 3) SELECT c FROM n"),
+      240);
+  EXPECT_EQ(Rows("WITH n(i, c) AS (SELECT 1, CAST('a' AS VARCHAR(9)) UNION ALL SELECT i + 1, CAST(c + 'b' AS "
+                 "VARCHAR(9)) FROM n WHERE i < 3) SELECT c FROM n"),
+            Lines({"a", "ab", "abb"}));
+}
+
 TEST_F(RecursionTest, AReferenceInASubqueryIsRefused) {
   EXPECT_EQ(ErrorOfMember("SELECT 2 WHERE EXISTS (SELECT c FROM n)"), 465);
   EXPECT_EQ(ErrorOfMember("SELECT (SELECT MAX(c) FROM n) + 1"), 465);

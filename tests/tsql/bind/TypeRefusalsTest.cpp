@@ -91,6 +91,9 @@ TEST_F(TypeRefusalsTest, SizesOfTypes) {
   EXPECT_EQ(ErrorOf("CREATE TABLE t (a NCHAR(4001))"), 2717);
   EXPECT_EQ(ErrorText("DECLARE @v VARCHAR(0)"),
             "1001 1 Line 1: Length or precision specification 0 is invalid.");
+  EXPECT_EQ(ErrorText("DECLARE @f FLOAT(54)"),
+            "1001 1 Line 1: Length or precision specification 54 is invalid.");
+  EXPECT_EQ(ErrorOf("SELECT CAST(1 AS FLOAT(0))"), 1001);
   for (const char* type : {"CHAR", "NCHAR", "BINARY"})
     EXPECT_EQ(ErrorText("DECLARE @v " + std::string(type) + "(MAX)"), "102 1 Incorrect syntax near 'max'.");
   Must("DECLARE @v VARCHAR(8000), @n NVARCHAR(4000), @m NVARCHAR(MAX), @b VARBINARY(MAX)");

@@ -61,6 +61,9 @@ TEST_F(FunctionsTest, Trigonometry) {
   EXPECT_EQ(Scalar("LOG(8, 2)"), "3");
   EXPECT_EQ(Scalar("LOG(8, NULL)"), "NULL");
   EXPECT_EQ(ErrorOf("SELECT LOG(8, 1)"), 3623);
+  EXPECT_EQ(ErrorOf("SELECT LOG(0)"), 3623);
+  EXPECT_EQ(ErrorOf("SELECT LOG(-1)"), 3623);
+  EXPECT_EQ(ErrorOf("SELECT LOG10(0)"), 3623);
   EXPECT_EQ(ErrorOf("SELECT LOG(8, -2)"), 3623);
 }
 

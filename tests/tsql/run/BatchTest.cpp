@@ -236,6 +236,9 @@ TEST_F(BatchTest, RaiserrorFormatsItsValues) {
   EXPECT_EQ(message("'%x %X %o %u', 1, 1, 255, 255, 8, -1"), "ff FF 10 4294967295");
   EXPECT_EQ(message("'%d %s %d', 1, 1, NULL, NULL"), "(null) (null) (null)");
   EXPECT_EQ(message("'%I64d %ld %hd', 1, 1, 1, 2, 3"), "1 2 3");
+  EXPECT_EQ(message("'[%*d|%-*s|%.*s|%*d]', 1, 1, 4, 7, 3, 'x', 2, 'abc', -3, 5"), "[   7|x  |ab|5  ]");
+  EXPECT_EQ(ErrorOf("RAISERROR('%*d', 16, 1, 'x', 5)"), 2786);
+  EXPECT_EQ(ErrorOf("RAISERROR('%*d', 16, 1)"), 2786);
   EXPECT_EQ(ErrorText("RAISERROR('%d', 16, 1, 'x')"),
             "2786 1 The data type of substitution parameter 1 does not match the expected type of the format "
             "specification.");
@@ -244,6 +247,32 @@ TEST_F(BatchTest, RaiserrorFormatsItsValues) {
   EXPECT_EQ(ErrorText("RAISERROR('%d', 16, 1, 1.5)"),
             "2748 1 Cannot specify numeric data type (parameter 4) as a substitution parameter.");
   EXPECT_EQ(ErrorOf("RAISERROR('x', 16, 1, 1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21)"), 2747);
+}
+
+TEST_F(BatchTest, SeverityAndStateOfRaiserrorHaveLimits) {
+  EXPECT_EQ(
+      ErrorText("RAISERROR('x', 19, 1)"),
+      "2754 1 Error severity levels greater than 18 can only be specified by members of the sysadmin role, "
+      "using the WITH LOG option.");
+  EXPECT_EQ(Run("RAISERROR('x', 18, 1)").errors.at(0).severity, 18);
+  EXPECT_EQ(Run("RAISERROR('x', 16, -5)").errors.at(0).state, 1);
+  EXPECT_EQ(Run("RAISERROR('x', -5, 1) WITH NOWAIT, NOWAIT").messages, Lines({"x"}));
+  EXPECT_EQ(ErrorText("RAISERROR('x', 16, 1) WITH NOWAIT, SETERROR"),
+            "40510 1 RAISERROR WITH LOG or SETERROR is not supported.");
+}
+
+TEST_F(BatchTest, ThrowWantsANumberOfAUserOrACatchBlock) {
+  EXPECT_EQ(
+      ErrorText("THROW 49999, 'x', 1"),
+      "35100 1 Error number 49999 in the THROW statement is outside the valid range. Specify an error number "
+      "in the valid range of 50000 to 2147483647.");
+  EXPECT_EQ(ErrorText("THROW 50000, 'x', 1"), "50000 1 x");
+  EXPECT_EQ(ErrorOf("THROW"), 10704);
+  EXPECT_EQ(ErrorOf("BEGIN TRY THROW END TRY BEGIN CATCH END CATCH"), 10704);
+  EXPECT_EQ(ErrorOf("BEGIN TRY SELECT 1 END TRY BEGIN CATCH END CATCH THROW"), 10704);
+  EXPECT_EQ(ErrorOf("CREATE PROCEDURE p AS THROW"), 10704);
+  // Within a block of a block that catches.
+  EXPECT_EQ(ErrorOf("BEGIN TRY SELECT 1/0 END TRY BEGIN CATCH IF 1 = 1 BEGIN THROW END END CATCH"), 8134);
 }
 
 TEST_F(BatchTest, WhatAViewMustNotBe) {
