@@ -26,7 +26,12 @@ std::wstring NameOf(const MethodInfo& method, const ParameterInfo& parameter) {
 Variant ObjectFromText(const std::wstring& name, const std::wstring& text, Encoding encoding) {
   const bool isFile = text.starts_with(L'@');
   const std::wstring where = isFile && text != L"@-" ? name + L", " + text.substr(1) : name;
-  const std::string json = isFile ? ReadSourceText(text.substr(1), encoding) : com::ToUtf8(text);
+  std::string json;
+  try {
+    json = isFile ? ReadSourceText(text.substr(1), encoding) : com::ToUtf8(text);
+  } catch (const UsageError& error) {
+    throw UsageError(com::ToUtf8(name) + ": " + error.what());
+  }
   try {
     return ReadJson(json);
   } catch (const JsonError& error) {

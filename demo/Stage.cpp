@@ -64,8 +64,13 @@ Stage::Stage(const std::wstring& source, bool trace)
   connection_.Call(L"Open", source_);
 }
 
+void Stage::Story(size_t number) {
+  story_ = number;
+  chapters_ = 0;
+}
+
 void Stage::Chapter(const std::wstring& title, const std::vector<const wchar_t*>& codes) {
-  const std::wstring heading = std::to_wstring(++chapters_) + L". " + title;
+  const std::wstring heading = std::to_wstring(story_) + L"." + std::to_wstring(++chapters_) + L". " + title;
   Print(L"\n" + heading + L"\n" + std::wstring(bomcall::DisplayWidth(heading), L'=') + L"\n");
   if (!codes.empty()) Print(L"\n");
   for (const wchar_t* code : codes) Print(Paragraph(code, width_, L"  | ", L"  |     "));

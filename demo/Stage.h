@@ -27,7 +27,9 @@ class Stage {
   // every call to the component.
   Stage(const std::wstring& source, bool trace);
 
-  // Begins a chapter; they are numbered throughout. `codes` says what the numbers in it mean.
+  // Begins the story of that number, which stands in front of its chapters' own.
+  void Story(size_t number);
+  // Begins the next chapter of the story. `codes` says what the numbers in it mean.
   void Chapter(const std::wstring& title, const std::vector<const wchar_t*>& codes = {});
   void Say(const std::wstring& text) const;
 
@@ -71,7 +73,8 @@ class Stage {
   std::wstring source_;
   bool trace_;
   size_t width_; // of a line
-  int chapters_ = 0;
+  size_t story_ = 0;
+  size_t chapters_ = 0; // of the story
   com::Object connection_;
   bomcall::ClassDescriptions classes_;
 };

@@ -25,6 +25,9 @@ _bomcall() {
   --lang) mapfile -t COMPREPLY < <(compgen -W 'chs cht en' -- "$word") && return ;;
   --encoding) mapfile -t COMPREPLY < <(compgen -W 'utf-8 gbk' -- "$word") && return ;;
   --batch) mapfile -t COMPREPLY < <(compgen -f -- "$word") && return ;;
+  # NAME=@FILE: bash takes "=" and "@" for ends of words.
+  *@) mapfile -t COMPREPLY < <(compgen -f -- "$word") && return ;;
+  --list) mapfile -t COMPREPLY < <(compgen -W "$(_bomcall_methods | cut -d . -f 1 | sort -u)" -- "$word") && return ;;
   --help | -h) mapfile -t COMPREPLY < <(compgen -W "$(_bomcall_methods)" -- "$word") && return ;;
   bom) mapfile -t COMPREPLY < <(compgen -W 'tree where-used diff check cost-lines' -- "$word") && return ;;
   esac

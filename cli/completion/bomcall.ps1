@@ -1,4 +1,5 @@
-# Completion of bomcall for PowerShell: load it from your profile with ". PATH\bomcall.ps1".
+# Completion of bomcall for PowerShell: load it from your profile with ". PATH\bomcall.ps1". bomcall must be on the PATH.
+# It has not been tried: there was no PowerShell where it was written.
 
 $script:BomcallMethods = $null
 

@@ -121,7 +121,7 @@ TEST_F(CallTest, SaysWhatIsWrongBeforeAnythingIsCalled) {
   EXPECT_EQ(Complaint({L"BomUpdate.UpdateIcBomStatus", L"lBomNumber=x", L"--fail-if", L"ReturnMsg=x"}),
             "--fail-if: UpdateIcBomStatus gives back no ReturnMsg");
   EXPECT_EQ(Complaint({L"BomUpdate.EndSave", L"SaveVect=@Z:/no/such/file.json"}),
-            "cannot read Z:/no/such/file.json");
+            "argument 2, SaveVect: cannot read Z:/no/such/file.json");
 }
 
 TEST_F(CallTest, RefusesNumbersAndNestingThatNothingCanHold) {

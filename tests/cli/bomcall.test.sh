@@ -108,3 +108,5 @@ expect "methods" "$(offered BomUpdate.Upd)" "BomUpdate.UpdateIcBomStatus BomUpda
 expect "parameters" "$(offered --lang en BomUpdate.UpdateIcBomStatus l)" "lBomNumber= "
 expect "options" "$(offered --ver)" "--version --vertical "
 expect "languages" "$(offered --lang c)" "chs cht "
+expect "classes" "$(offered --list BomU)" "BomUpdate "
+expect "files of an argument" "$(offered BomUpdate.EndSave SaveVect =@ demo/import/b)" "demo/import/bom.json "

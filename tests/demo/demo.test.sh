@@ -21,7 +21,12 @@ longest=$(wc -L <"$story")
 ((longest <= 100)) || die "a line of the stories has $longest columns"
 # A line of "…" alone says that a command prints more.
 ! grep -v '^ *…$' "$story" | grep '…' || die "the lines above are cut"
-longest=$(COLUMNS=140 STORY=2 demo/run </dev/null | wc -L)
+STORY=2 COLUMNS=140 demo/run >"$FOLDER/second.txt" </dev/null || die "the second story failed"
+# The headings say which number tells a story alone.
+headings=$(grep -o '^[0-9.]* [A-Z].*' "$FOLDER/second.txt")
+[[ $headings == "$(grep '^2\.' "$story")" && $(head -n 1 <<<"$headings") == 2.1.* ]] || die "story 2 has the chapters $headings"
+[[ $(grep -o '^[1-9]\.1\.' "$story") == "$(printf '%s\n' {1..6}.1.)" ]] || die "not six stories in $story"
+longest=$(wc -L <"$FOLDER/second.txt")
 ((longest > 100 && longest <= 140)) || die "on a terminal of 140 columns the longest line has $longest"
 
 # run COMMAND SHOWN: pastes the command and compares what it prints, whatever the lines and blanks.

@@ -9,7 +9,7 @@ trap 'echo "line $LINENO: $BASH_COMMAND"' ERR
 work=$BUILD/demo/package
 passed=$BUILD/demo/package.passed
 inputs() {
-  cat packaging/* tools/package tools/lib.sh tests/tools/package.test.sh examples/* docs/*.md docs/reference/* ./*.md LICENSE \
+  cat packaging/* tools/package tools/lib.sh tests/tools/package.test.sh examples/* cli/completion/* docs/*.md docs/reference/* ./*.md LICENSE \
     src/server/QorvaneMBomBill.idl standin/database/*.sql CMakeLists.txt "$BUILD"/x{64,86}/bin/{QorvaneMBomBill,ErpStandIn}.dll \
     "$BUILD"/x{64,86}/bin/{bomcall,dbsetup,tsqlsh}.exe | sha256sum
 }
@@ -96,7 +96,7 @@ for arch in x64 x86; do
     standin/database/procedures.sql standin/database/factory.sql standin/database/ecn.sql standin/database/browsing.sql \
     sdk/QorvaneMBomBill.{tlb,idl} sdk/QorvaneMBomBill_{h.h,i.c} docs/{deployment,diagnostic-log,security,dialect,storage,CHANGELOG}.md \
     docs/reference/{README,BomUpdate,BomView,BOMImport,PPorderImort,CBomFunction,CBomCheck,CEcnInfo,BomInfo,clsMCustBOM}.md \
-    docs/reference/{clsMBOMRule,clsReadUserDefined}.md examples/ListBoms.{vbs,js,cpp,bas,cs,ps1} examples/{list_boms.py,README.txt} LICENSE.txt THIRD-PARTY-NOTICES.txt; do
+    docs/reference/{clsMBOMRule,clsReadUserDefined}.md examples/ListBoms.{vbs,js,cpp,bas,cs,ps1} examples/{list_boms.py,README.txt} completion/bomcall.{bash,ps1} LICENSE.txt THIRD-PARTY-NOTICES.txt; do
     [[ -s $stage/$path ]] || die "$path is missing in the zip of $arch"
   done
   # No path of this machine.

@@ -84,9 +84,8 @@ int Run(std::vector<std::string> arguments) {
     // The file and what SQLite may have left beside it.
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) fs::remove(PathOf(database + suffix));
   }
-  const auto mode = fs::exists(PathOf(database)) ? tsql::OpenMode::Existing : tsql::OpenMode::Create;
   const std::unique_ptr<tsql::ShellTarget> target =
-      isServer ? tsql::OpenServer(database) : std::make_unique<tsql::shell::EmbeddedTarget>(database, mode);
+      isServer ? tsql::OpenServer(database) : std::make_unique<tsql::shell::EmbeddedTarget>(database);
   for (const std::string& script : arguments) {
     if (!RunScript(*target, script)) return 1;
   }

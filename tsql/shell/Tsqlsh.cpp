@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -29,7 +28,6 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using tsql::shell::Form;
 using tsql::shell::PathOf;
 
@@ -74,10 +72,7 @@ bool RunScript(tsql::ShellTarget& target, const Options& options, std::istream& 
 
 std::unique_ptr<tsql::ShellTarget> OpenTarget(const std::string& database) {
   if (tsql::IsServer(database)) return tsql::OpenServer(database);
-  const bool isFile = !database.starts_with(":memory:");
-  const auto mode =
-      isFile && fs::exists(PathOf(database)) ? tsql::OpenMode::Existing : tsql::OpenMode::Create;
-  return std::make_unique<tsql::shell::EmbeddedTarget>(database, mode);
+  return std::make_unique<tsql::shell::EmbeddedTarget>(database);
 }
 
 int Run(const Options& options) {

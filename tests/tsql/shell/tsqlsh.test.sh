@@ -7,6 +7,7 @@ trap 'rm -rf "$work"' EXIT
 # The native one that belongs to the build.
 program=$BUILD/${PRESET/x64/native}/bin/tsqlsh
 tsqlsh() { "$program" "$@"; }
+dbsetup() { "${program%/*}/dbsetup" "$@"; }
 
 # expect WHAT ACTUAL EXPECTED
 expect() {
@@ -109,5 +110,11 @@ status=0
 tsqlsh "$work/no.db" </dev/null 2>"$work/err" || status=$?
 expect "no database" "$status $(cat "$work/err")" \
   "1 tsqlsh: Cannot open database \"$work/no.db\" requested by the login. The login failed."
+for shell in tsqlsh dbsetup; do
+  status=0
+  $shell "$work/nowhere/x.db" "$work/one.sql" >"$work/out" 2>"$work/err" || status=$?
+  expect "$shell without the folder" "$status $(cat "$work/out" "$work/err")" \
+    "1 $shell: the folder of $work/nowhere/x.db is not there"
+done
 tsqlsh --time :memory:x "$work/one.sql" >/dev/null 2>"$work/err"
 expect "--time" "$(sed 's/[0-9]*\.[0-9]*/N/' "$work/err")" "Time: N ms"
