@@ -97,7 +97,7 @@ TEST_F(RotatingFileTest, EachFileHasItsOwnMutex) {
 // meanwhile.
 template <class Work>
 void WhileAnotherHoldsTheMutex(const std::wstring& path, const Work& work) {
-  HANDLE const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(path).c_str());
+  auto* const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(path).c_str());
   ASSERT_NE(mutex, nullptr);
   std::binary_semaphore held{0};
   std::binary_semaphore over{0};
@@ -123,7 +123,7 @@ TEST_F(RotatingFileTest, AProcessThatKeepsItsTurnStopsNobody) {
 
 TEST_F(RotatingFileTest, AThreadThatEndsInItsTurnStopsNobody) {
   RotatingFile file(Path(), 100);
-  HANDLE const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(Path()).c_str());
+  auto* const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(Path()).c_str());
   ASSERT_NE(mutex, nullptr);
   std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0); }).join();
   file.Append("one\n");
@@ -138,7 +138,7 @@ TEST_F(RotatingFileTest, AThreadThatEndsInItsTurnStopsNobody) {
 
 TEST_F(RotatingFileTest, WritesWithoutTheMutexToo) {
   // The name stands for something else, so no mutex can have it.
-  HANDLE const event = CreateEventW(nullptr, FALSE, FALSE, RotatingFile::MutexName(Path()).c_str());
+  auto* const event = CreateEventW(nullptr, FALSE, FALSE, RotatingFile::MutexName(Path()).c_str());
   ASSERT_NE(event, nullptr);
   ASSERT_NE(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
   RotatingFile(Path(), 100).Append("one\n");
