@@ -3,13 +3,19 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <string>
 
 namespace bomcall {
 namespace {
 
+std::atomic<bool> g_heard = false;
+
+// Every process of the console hears of the event, on a thread of its own.
 BOOL WINAPI GoOn(DWORD event) {
-  return event == CTRL_C_EVENT;
+  if (event != CTRL_C_EVENT) return FALSE;
+  g_heard = true;
+  return TRUE;
 }
 
 // bomcall, which waits for the JSON of an argument that it reads from a pipe.
@@ -76,6 +82,9 @@ TEST(Console, HasItsOwnCodePageAgainWhenBomcallIsInterrupted) {
     EXPECT_TRUE(bomcall.HasEnded(kLong));
     EXPECT_EQ(GetConsoleOutputCP(), 437u);
   }
+  // bomcall may have heard of it first. Without the handler this process would end as well.
+  for (DWORD waited = 0; waited < kLong && !g_heard; waited += 10) Sleep(10);
+  EXPECT_TRUE(g_heard);
   SetConsoleCtrlHandler(GoOn, FALSE);
   SetConsoleOutputCP(before);
 }
