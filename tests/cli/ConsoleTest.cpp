@@ -6,6 +6,8 @@
 #include <atomic>
 #include <string>
 
+#include "tests/support/StartedProcess.h"
+
 namespace bomcall {
 namespace {
 
@@ -37,7 +39,10 @@ class WaitingBomcall {
     const std::wstring own = self;
     std::wstring line =
         L"\"" + own.substr(0, own.rfind(L'\\')) + L"\\bomcall.exe\" --dsn none BomUpdate.EndSave SaveVect=@-";
-    CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process_);
+    EXPECT_TRUE(com::test::HasStarted([&] {
+      return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                            &process_);
+    }));
     CloseHandle(input);
   }
   WaitingBomcall(const WaitingBomcall&) = delete;

@@ -12,6 +12,7 @@
 #include "com/Module.h"
 #include "com/Text.h"
 #include "odbc/Session.h"
+#include "tests/support/StartedProcess.h"
 #include "tests/support/UnixPath.h"
 
 namespace com::test {
@@ -39,9 +40,11 @@ void RunInShell(const std::wstring& command) {
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
   std::wstring line = L"sh -c \"" + command + L"\"";
-  if (!CreateProcessW(L"Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                      &process))
-    throw std::runtime_error("Wine does not start the shell of Linux");
+  const bool started = HasStarted([&] {
+    return CreateProcessW(L"Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                          &process);
+  });
+  if (!started) throw std::runtime_error("Wine does not start the shell of Linux");
 }
 
 // Keeps nothing of what a batch sends.

@@ -1,7 +1,7 @@
 #include "tests/tsql/Processes.h"
 
 #ifdef _WIN32
-#include <windows.h>
+#include "tests/support/StartedProcess.h"
 #else
 #include <unistd.h>
 
@@ -30,8 +30,11 @@ HANDLE Start(const std::string& test) {
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessA(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                      &process)) {
+  const bool started = com::test::HasStarted([&] {
+    return CreateProcessA(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                          &startup, &process);
+  });
+  if (!started) {
     std::fprintf(stderr, "%s was not started: error %lu\n", program.c_str(), GetLastError());
     return nullptr;
   }

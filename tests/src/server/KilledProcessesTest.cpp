@@ -15,6 +15,7 @@
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
 #include "tests/support/ImportedBom.h"
+#include "tests/support/StartedProcess.h"
 #include "tsql/tsql.h"
 
 namespace mbom::test {
@@ -145,10 +146,12 @@ void StartAndKill(const Folder& folder, int round, int milliseconds) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
-  const BOOL started = CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                      nullptr, &startup, &process);
+  const bool started = com::test::HasStarted([&] {
+    return CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                          &startup, &process);
+  });
   SetEnvironmentVariableW(kRole, nullptr);
-  ASSERT_TRUE(started);
+  ASSERT_TRUE(started) << "error " << GetLastError();
   const Clock::time_point limit = Clock::now() + std::chrono::minutes(1);
   while (LinesOf(folder.answers()).empty() && Clock::now() < limit) Sleep(5);
   EXPECT_EQ(WaitForSingleObject(process.hProcess, static_cast<DWORD>(milliseconds)),
