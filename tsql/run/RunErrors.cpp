@@ -140,6 +140,20 @@ std::string FormatMessage(const std::string& text, const std::vector<Substitute>
   return result;
 }
 
+// The error of a CATCH block while the block runs, also when it ends with an error of its own.
+class CaughtUse {
+ public:
+  CaughtUse(std::optional<Error>& place, const Error& error)
+      : place_(place), outer_(std::exchange(place, error)) {}
+  ~CaughtUse() { place_.swap(outer_); }
+  CaughtUse(const CaughtUse&) = delete;
+  CaughtUse& operator=(const CaughtUse&) = delete;
+
+ private:
+  std::optional<Error>& place_;
+  std::optional<Error> outer_;
+};
+
 } // namespace
 
 Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
@@ -152,11 +166,9 @@ Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
   } catch (const Caught& caught) {
     --tryDepth_;
     running_ = running;
-    const std::optional<Error> outer = std::exchange(caught_, caught.error);
+    const CaughtUse use(caught_, caught.error);
     lastError_ = caught.error.number;
-    const Flow flow = RunList(statement.catchBody);
-    caught_ = outer;
-    return flow;
+    return RunList(statement.catchBody);
   } catch (...) {
     --tryDepth_;
     throw;

@@ -145,6 +145,13 @@ TEST_F(BatchTest, RaiserrorAndThrow) {
             "50000 1 inner");
 }
 
+TEST_F(BatchTest, AnErrorThatLeavesItsCatchBlockIsCaughtNoMore) {
+  EXPECT_EQ(
+      Rows("BEGIN TRY\nBEGIN TRY SELECT 1 / 0 END TRY BEGIN CATCH RAISERROR('second', 16, 1) END CATCH\n"
+           "END TRY\nBEGIN CATCH PRINT ERROR_MESSAGE() END CATCH\nSELECT ERROR_NUMBER()"),
+      Lines{"NULL"});
+}
+
 TEST_F(BatchTest, Procedures) {
   Must("CREATE PROCEDURE p @a INT, @b INT = 10, @sum INT OUTPUT AS\nSET NOCOUNT ON\nSET @sum = @a + @b\n"
        "SELECT @a AS a, @b AS b\nRETURN @a * 2");
