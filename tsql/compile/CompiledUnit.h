@@ -28,6 +28,7 @@ struct Plan {
   TablePtr target;                  // of a change
   std::vector<TablePtr> changeable; // through a cursor: those whose rows' numbers follow the columns
   PreparedStatement statement;
+  BoundExprPtr integer; // an expression that needs no statement (IntegerExpression.h); null for any other
 };
 
 // How an INSERT is made: as it is, returning what is staged of its rows, or not at all, for those rows alone.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tsql/compile/IntegerExpression.h"
 #include "tsql/compile/Preparation.h"
 #include "tsql/compile/TableShape.h"
 #include "tsql/values/Collation.h"
@@ -69,6 +70,11 @@ void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const
   plan.parameters = std::move(emitted.parameters);
   plan.wantsLock = binder.WantsUpdateLock();
   plan.version = context_.catalog.Version();
+}
+
+void Planner::FinishInteger(Plan& plan, BoundExprPtr integer) const {
+  plan.integer = std::move(integer);
+  plan.version = context_.catalog.Version(); // it depends on nothing there
 }
 
 Binder Planner::MakeBinder() const {
@@ -237,8 +243,12 @@ Plan& Planner::MakeConditionPlan(const Expr& condition) {
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
-  const BoundExprPtr bound = binder.BindCondition(condition);
-  Finish(plan, binder, Emitter().EmitCondition(*bound));
+  BoundExprPtr bound = binder.BindCondition(condition);
+  if (IsIntegerCondition(*bound)) {
+    FinishInteger(plan, std::move(bound));
+  } else {
+    Finish(plan, binder, Emitter().EmitCondition(*bound));
+  }
   return plan;
 }
 
@@ -247,11 +257,15 @@ Plan& Planner::MakeValuePlan(const Expr& value, const Type* type) {
   if (IsCurrent(plan)) return plan;
   plan = Plan();
   Binder binder = MakeBinder();
-  const BoundExprPtr bound = type != nullptr ? binder.BindValueFor(value, *type) : binder.BindScalar(value);
+  BoundExprPtr bound = type != nullptr ? binder.BindValueFor(value, *type) : binder.BindScalar(value);
   Column column;
   column.type = bound->type;
   plan.columns.push_back(column);
-  Finish(plan, binder, Emitter().EmitValue(*bound));
+  if (IsIntegerExpression(*bound)) {
+    FinishInteger(plan, std::move(bound));
+  } else {
+    Finish(plan, binder, Emitter().EmitValue(*bound));
+  }
   return plan;
 }
 

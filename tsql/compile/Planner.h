@@ -75,6 +75,7 @@ class Planner {
   Plan& MakeValuePlan(const Expr& value, const Type* type);
   Plan& MakeAssignmentPlan(const SetVariableStatement& statement);
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
+  void FinishInteger(Plan& plan, BoundExprPtr integer) const;
   Binder MakeBinder() const;
   Plan& PlanAt(uint32_t number);
 

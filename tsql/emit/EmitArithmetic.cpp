@@ -205,18 +205,6 @@ void Emitter::EmitIntegerArithmetic(const BoundExpr& expr) {
   }
 }
 
-bool Emitter::EmitUnchecked(const BoundExpr& expr) {
-  if (expr.kind != BoundExpr::Kind::Arithmetic || expr.type.id != TypeId::Int) return false;
-  switch (expr.arithmetic) {
-  case ArithmeticOp::Add:
-  case ArithmeticOp::Subtract:
-  case ArithmeticOp::Multiply:
-    EmitBinary(*expr.args[0], ArithmeticSymbol(expr.arithmetic), *expr.args[1]);
-    return true;
-  default: return false;
-  }
-}
-
 void Emitter::EmitFloatArithmetic(const BoundExpr& expr) {
   // SQLite computes in double precision.
   const bool isSingle = expr.type.id == TypeId::Real;

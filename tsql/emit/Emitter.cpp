@@ -22,7 +22,7 @@ EmittedSql Emitter::EmitStatement(const BoundQuery& query) {
 
 EmittedSql Emitter::EmitValue(const BoundExpr& expr) {
   Text("SELECT ");
-  if (!EmitUnchecked(expr)) Emit(expr);
+  Emit(expr);
   return Finish();
 }
 

@@ -36,8 +36,6 @@ struct EmittedChange {
 class Emitter {
  public:
   EmittedSql EmitStatement(const BoundQuery& query);
-  // One value. Whether the result of a lone integer operation is in its type's range is for the reader to
-  // check (CheckInteger), which costs far less than a check here.
   EmittedSql EmitValue(const BoundExpr& expr);
   EmittedSql EmitCondition(const BoundExpr& expr);
   EmittedSql EmitInsert(const BoundInsert& insert);
@@ -97,8 +95,6 @@ class Emitter {
   void EmitNegation(const BoundExpr& expr);
   void EmitArithmetic(const BoundExpr& expr);
   void EmitIntegerArithmetic(const BoundExpr& expr);
-  // An operation on two ints of which 64 bits hold every result; false where the expression is none.
-  bool EmitUnchecked(const BoundExpr& expr);
   void EmitDecimalArithmetic(const BoundExpr& expr);
   void EmitFloatArithmetic(const BoundExpr& expr);
   void EmitDoubleArithmetic(const BoundExpr& expr);

@@ -57,6 +57,7 @@ class Interpreter : public UserFunctions {
   };
   struct ProcedureScope;
   struct BatchScope;
+  struct Operands;
   class FunctionUse;
   // Before a statement runs: the functions that it calls have all that they need.
   void MakeFunctionsReady(Plan& plan);

@@ -1,3 +1,4 @@
+#include "tsql/compile/IntegerExpression.h"
 #include "tsql/run/Interpreter.h"
 #include "tsql/values/Conversion.h"
 
@@ -44,13 +45,32 @@ void Interpreter::BindParameters(Plan& plan) {
   }
 }
 
+// Of the running unit.
+struct Interpreter::Operands final : IntegerOperands {
+  explicit Operands(const Interpreter& running) : interpreter(running) {}
+  std::optional<int64_t> Operand(BoundExpr::Kind kind, int index) const override {
+    const RunningUnit& unit = *interpreter.running_;
+    switch (kind) {
+    case BoundExpr::Kind::Variable: return IntegerOf(unit.variables[static_cast<size_t>(index)]);
+    case BoundExpr::Kind::Marker: return IntegerOf(unit.markers[static_cast<size_t>(index)]);
+    default: return IntegerOf(interpreter.GlobalDatum(static_cast<GlobalValue>(index)));
+    }
+  }
+  static std::optional<int64_t> IntegerOf(const Datum& datum) {
+    return datum.IsNull() ? std::nullopt : std::optional(datum.integer);
+  }
+  const Interpreter& interpreter;
+};
+
 Datum Interpreter::ReadValue(Plan& plan) {
+  if (plan.integer) {
+    const std::optional<int64_t> value = ComputeInteger(*plan.integer, Operands(*this));
+    return value ? Datum::OfInteger(*value) : Datum();
+  }
   BindParameters(plan);
   const StatementUse use(plan.statement);
   plan.statement.Step();
-  Datum value = plan.statement.ColumnDatum(0);
-  if (value.kind == Datum::Kind::Integer) CheckInteger(value.integer, plan.columns[0].type.id);
-  return value;
+  return plan.statement.ColumnDatum(0);
 }
 
 Datum Interpreter::Evaluate(const Expr& value, Type& type) {
@@ -75,6 +95,7 @@ int64_t Interpreter::EvaluateInteger(const Expr& value) {
 
 bool Interpreter::Test(const Expr& condition) {
   Plan& plan = MakePlanner().ConditionPlan(condition);
+  if (plan.integer) return Holds(*plan.integer, Operands(*this));
   if (plan.wantsLock) transaction_.TakeLock();
   BindParameters(plan);
   const StatementUse use(plan.statement);

@@ -17,11 +17,6 @@ class EmitterTest : public ::testing::Test {
     return Emitter().EmitExpression(*bound);
   }
 
-  std::string ValueSql(const std::string& expression) {
-    const BoundExprPtr bound = Binder(catalog_, variables_, {}).BindScalar(*ParseDefault(expression));
-    return Emitter().EmitValue(*bound).sql;
-  }
-
   const Connection connection_{":memory:", SQLITE_OPEN_READWRITE};
   const Catalog catalog_{connection_, "test"};
   const std::vector<VariableInfo> variables_{{"@i", MakeType(TypeId::Int)},
@@ -53,15 +48,6 @@ TEST_F(EmitterTest, IntegerResultsAreChecked) {
   EXPECT_EQ(Sql("@i - 8"), "iif(?1 >= -2147483640, (?1 - 8), t_range((?1 - 8), 2))");
   EXPECT_EQ(Sql("@i / 2"), "(?1 / 2)");
   EXPECT_EQ(Sql("@i / @i"), "t_range(t_divide(?1, ?1), 2)");
-}
-
-TEST_F(EmitterTest, TheRangeOfALoneOperationIsForTheReader) {
-  EXPECT_EQ(ValueSql("@i + 1"), "SELECT (?1 + 1)");
-  EXPECT_EQ(ValueSql("@i * @i"), "SELECT (?1 * ?1)");
-  // Within an expression it decides what follows, and 64 bits do not hold every result of bigints.
-  EXPECT_EQ(ValueSql("@i * 2 - 1"), "SELECT (iif((?1 * 2) BETWEEN -2147483648 AND 2147483647, (?1 * 2), "
-                                    "t_range((?1 * 2), 2)) - 1)");
-  EXPECT_EQ(ValueSql("@b + 1"), "SELECT t_range((?1 + 1), 3)");
 }
 
 TEST_F(EmitterTest, ConversionsThatLoseNothingAreSqlites) {
