@@ -22,7 +22,7 @@ void CursorRows::Append(const PreparedStatement& row, int columns) {
       cell.kind = type == SQLITE_TEXT ? Datum::Kind::Text : Datum::Kind::Blob;
       const std::string_view text = row.ColumnText(i);
       cell.number = static_cast<int64_t>(texts_.size());
-      cell.size = text.size();
+      cell.size = static_cast<uint32_t>(text.size());
       texts_ += text;
     }
     }

@@ -1,6 +1,8 @@
 // A cursor of a session. Its rows are read when it is opened, whatever its kind.
 #pragma once
 
+#include <deque>
+
 #include "tsql/run/RunningUnit.h"
 
 namespace tsql {
@@ -18,10 +20,10 @@ class CursorRows {
  private:
   struct Cell {
     Datum::Kind kind = Datum::Kind::Null;
-    size_t size = 0;    // of a text
+    uint32_t size = 0;  // of a text, which SQLite lets be a gigabyte
     int64_t number = 0; // an integer, the bits of a real, or where the text begins
   };
-  std::vector<Cell> cells_;
+  std::deque<Cell> cells_; // grows without being copied
   std::string texts_;
   int64_t count_ = 0;
 };
