@@ -283,6 +283,22 @@ BoundExprPtr Binder::BindColumn(const Expr& expr) {
   return MakeColumn(*found.source, *found.column);
 }
 
+// What does not change here; null when it is none of these.
+BoundExprPtr Binder::BindConstantVariable(std::string_view name) {
+  constexpr int32_t kNameLength = 128;
+  const Type text = MakeType(TypeId::NVarChar, kNameLength);
+  const std::tuple<std::string_view, Datum, Type> kConstants[] = {
+      {"@@datefirst", Datum::OfInteger(7), MakeType(TypeId::TinyInt)},
+      {"@@langid", Datum::OfInteger(0), MakeType(TypeId::SmallInt)},
+      {"@@language", Datum::OfText("us_english"), text},
+      {"@@max_precision", Datum::OfInteger(kMaxPrecision), MakeType(TypeId::TinyInt)},
+      {"@@servername", Datum::OfText("localhost"), text},
+      {"@@textsize", Datum::OfInteger(INT32_MAX), MakeType(TypeId::Int)}};
+  for (const auto& [known, value, type] : kConstants)
+    if (EqualNames(known, name)) return MakeConstant(value, type);
+  return nullptr;
+}
+
 BoundExprPtr Binder::BindVariable(const Expr& expr) {
   struct Entry {
     const char* name;
@@ -295,10 +311,14 @@ BoundExprPtr Binder::BindVariable(const Expr& expr) {
                                    {"@@trancount", GlobalValue::TransactionCount, MakeType(TypeId::Int)},
                                    {"@@nestlevel", GlobalValue::ProcedureNesting, MakeType(TypeId::Int)},
                                    {"@@fetch_status", GlobalValue::FetchStatus, MakeType(TypeId::Int)},
-                                   {"@@cursor_rows", GlobalValue::CursorRows, MakeType(TypeId::Int)}};
+                                   {"@@cursor_rows", GlobalValue::CursorRows, MakeType(TypeId::Int)},
+                                   {"@@spid", GlobalValue::SessionNumber, MakeType(TypeId::SmallInt)},
+                                   {"@@lock_timeout", GlobalValue::LockTimeout, MakeType(TypeId::Int)},
+                                   {"@@options", GlobalValue::Options, MakeType(TypeId::Int)}};
   for (const Entry& entry : kGlobals) {
     if (EqualNames(entry.name, expr.text)) return MakeGlobal(entry.value, entry.type);
   }
+  if (BoundExprPtr constant = BindConstantVariable(expr.text)) return constant;
   RefuseIfListed(RefusedKind::Global, expr.text);
   if (inlined_ != nullptr) return BindInlinedParameter(expr);
   const int index = FindVariable(variables_, expr.text);

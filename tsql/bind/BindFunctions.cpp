@@ -47,8 +47,8 @@ std::span<const GlobalFunction> GlobalFunctions() {
 // Functions whose value is a name. The engine knows no logins and no network: who asks and where is always
 // the same. The name of the database is put in where there is none.
 constexpr std::pair<std::string_view, std::string_view> kNameFunctions[] = {
-    {"db_name", {}},      {"user_name", "dbo"},       {"suser_sname", "sa"},
-    {"suser_name", "sa"}, {"host_name", "localhost"}, {"app_name", "tsql"}};
+    {"db_name", {}},          {"user_name", "dbo"},       {"suser_sname", "sa"}, {"suser_name", "sa"},
+    {"original_login", "sa"}, {"host_name", "localhost"}, {"app_name", "tsql"}};
 
 constexpr std::string_view kPi = "pi";
 

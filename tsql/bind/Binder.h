@@ -148,6 +148,7 @@ class Binder {
   BoundExprPtr BindLiteral(const Expr& expr) const;
   BoundExprPtr BindColumn(const Expr& expr);
   BoundExprPtr BindVariable(const Expr& expr);
+  static BoundExprPtr BindConstantVariable(std::string_view name);
   BoundExprPtr BindMarker(const Expr& expr) const;
   BoundExprPtr BindArithmetic(const Expr& expr);
   BoundExprPtr BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const;

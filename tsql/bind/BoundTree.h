@@ -27,6 +27,9 @@ enum class GlobalValue : uint8_t {
   ProcedureNesting,
   TriggerNesting,
   TransactionState,
+  SessionNumber,
+  LockTimeout, // in milliseconds
+  Options,     // of SET, by bit
   RowLimit, // of SET ROWCOUNT
   FetchStatus,
   CursorRows,

@@ -130,6 +130,8 @@ void Definitions::CreateIndex(const CreateIndexStatement& statement) {
     shape_.CheckIndexed(table, column);
     key.columns.push_back(column);
   }
+  for (const std::string& name : statement.included)
+    if (table.FindColumn(name) < 0) Fail(1911, {name});
   builder_.BuildIndexOverRows(table, key);
   table.keys.push_back(std::move(key));
   catalog_.ReplaceTable(table);

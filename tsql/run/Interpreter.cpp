@@ -1,10 +1,12 @@
 #include "tsql/run/Interpreter.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <utility>
 
 #include "tsql/run/Diagnostics.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/DateTime.h"
@@ -15,6 +17,14 @@ namespace {
 
 Error WithLine(const Error& error, int line) {
   return {error.number, error.severity, error.state, error.line > 0 ? error.line : line, error.what()};
+}
+
+// The server has numbers up to 50 for itself, and they are small integers.
+int TakeSessionNumber() {
+  constexpr int kFirst = 51;
+  constexpr int kMost = 32000;
+  static std::atomic<int> taken = 0;
+  return kFirst + taken++ % kMost;
 }
 
 // Whether the label is the statement, or in it where a jump may go on.
@@ -40,7 +50,7 @@ Interpreter::Interpreter(const Connection& connection, Catalog& catalog, Compile
                          Definitions& definitions, FunctionContext& context, Transaction& transaction)
     : connection_(connection), catalog_(catalog), compiler_(compiler), definitions_(definitions),
       context_(context), transaction_(transaction), limits_(connection, transaction),
-      tableVariables_(connection, catalog, definitions, transaction) {}
+      tableVariables_(connection, catalog, definitions, transaction), number_(TakeSessionNumber()) {}
 
 void Interpreter::Reset() {
   SetNow(std::nullopt);
@@ -174,7 +184,7 @@ Interpreter::Flow Interpreter::HandleError(Error error, const Statement& stateme
   // XACT_ABORT does not count for what RAISERROR reports, unless it is caught.
   constexpr int kRaised = 50000;
   const bool isRaised =
-      statement.kind == StatementKind::Raiserror && error.number == kRaised && tryDepth_ == 0;
+      statement.kind == StatementKind::Raiserror && error.number >= kRaised && tryDepth_ == 0;
   const bool aborts = xactAbort_ && !isRaised;
   const bool endsTransaction = EndsTransaction(error) || (aborts && transaction_.Count() > 0);
   transaction_.Synchronize();
@@ -222,6 +232,7 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
     break;
   case StatementKind::Cursor: RunCursor(static_cast<const CursorStatement&>(statement)); break;
   case StatementKind::Fetch: RunFetch(static_cast<const FetchStatement&>(statement)); break;
+  case StatementKind::Use: RunUse(static_cast<const UseStatement&>(statement)); break;
   case StatementKind::WaitFor: RunWaitFor(static_cast<const WaitForStatement&>(statement)); break;
   case StatementKind::TryCatch: return RunTryCatch(static_cast<const TryCatchStatement&>(statement));
   case StatementKind::Raiserror:
@@ -266,8 +277,19 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
     limits_.SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
   } else if (statement.option == "rowcount") {
     SetRowLimit(statement);
+  } else if (statement.option == "language") {
+    sink_->Message(MakeError(5703, statement.line, {"us_english"}));
   }
   rowCount_ = 0;
+}
+
+// A session has one database.
+void Interpreter::RunUse(const UseStatement& statement) {
+  const std::string& name = statement.database;
+  if (EqualNames(name, catalog_.DatabaseName())) return;
+  for (const char* system : {"master", "model", "msdb", "tempdb"})
+    if (EqualNames(name, system)) Refuse("USE of a system database");
+  Fail(911, {name});
 }
 
 // It is on for one table at a time.

@@ -131,6 +131,7 @@ class Interpreter : public UserFunctions {
   void RunDeclare(const DeclareStatement& statement);
   void RunSet(const SetVariableStatement& statement);
   void RunSetOption(const SetOptionStatement& statement);
+  void RunUse(const UseStatement& statement);
   void SetIdentityInsert(const ObjectName& name, bool on);
   Flow RunIf(const IfStatement& statement);
   Flow RunWhile(const WhileStatement& statement);
@@ -189,6 +190,7 @@ class Interpreter : public UserFunctions {
   // parameters and values (RunValues.cpp)
   void BindParameters(Plan& plan);
   Datum GlobalDatum(GlobalValue value) const;
+  int64_t OptionBits() const;
   Datum ReadValue(Plan& plan); // of a plan for one value
   Datum Evaluate(const Expr& value, Type& type);
   std::string EvaluateText(const Expr& value);
@@ -229,6 +231,7 @@ class Interpreter : public UserFunctions {
   Datum currentRow_;                             // of WHERE CURRENT OF
   int64_t cursorRows_ = 0;
   int fetchStatus_ = 0;
+  const int number_;       // of the session, as @@SPID gives it
   bool takesRows_ = false; // an INSERT ... EXEC runs
   bool abortsAll_ = false; // what ended a procedure ends its callers too
 };

@@ -140,6 +140,22 @@ std::string FormatMessage(const std::string& text, const std::vector<Substitute>
   return result;
 }
 
+constexpr int kUserError = 50000;
+
+// RAISERROR takes numbers of messages that the server lets others use.
+void CheckMessageNumber(int64_t number) {
+  constexpr int64_t kLeast = 13000;
+  if (number < kLeast || number == kUserError) Fail(2732, {std::to_string(number)});
+}
+
+// There are no messages of users here, and none of the server's own.
+[[noreturn]] void FailMessageNumber(const Datum& message, int64_t severity, int64_t state) {
+  const int64_t number = message.integer;
+  CheckMessageNumber(number);
+  if (number < kUserError) Refuse("RAISERROR with the number of a message of the server");
+  Fail(18054, {std::to_string(number), std::to_string(severity), std::to_string(state)});
+}
+
 // The error of a CATCH block while the block runs, also when it ends with an error of its own.
 class CaughtUse {
  public:
@@ -176,12 +192,15 @@ Interpreter::Flow Interpreter::RunTryCatch(const TryCatchStatement& statement) {
 }
 
 void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
+  if (statement.errorNumber != 0) {
+    CheckMessageNumber(statement.errorNumber);
+    throw Error(statement.errorNumber, 16, 1, statement.line, EvaluateText(*statement.arguments[0]));
+  }
   constexpr size_t kFirstValue = 3;
   constexpr size_t kMaxValues = 20;
   if (statement.arguments.size() > kFirstValue + kMaxValues) Fail(2747, {});
   Type type;
   const Datum message = Evaluate(*statement.arguments[0], type);
-  if (!IsText(type)) Refuse("RAISERROR with a message number");
   std::vector<Substitute> values;
   for (size_t i = kFirstValue; i < statement.arguments.size(); ++i) {
     Substitute value;
@@ -190,11 +209,11 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
     if (!isAllowed) Fail(2748, {TypeName(value.type.id), std::to_string(i + 1)});
     values.push_back(std::move(value));
   }
-  constexpr int kUserError = 50000;
   constexpr int64_t kLargestSeverity = 18; // without the log
   const int64_t severity = EvaluateInteger(*statement.arguments[1]);
   const int64_t state = EvaluateInteger(*statement.arguments[2]);
   if (severity > kLargestSeverity) Fail(2754, {});
+  if (!IsText(type)) FailMessageNumber(message, severity, state);
   const Error error(kUserError, severity < 0 ? 0 : static_cast<int>(severity),
                     state < 0 ? 1 : static_cast<int>(state), statement.line,
                     FormatMessage(message.text, values));

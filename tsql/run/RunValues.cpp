@@ -14,6 +14,10 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   case GlobalValue::TriggerNesting: return Datum::OfInteger(triggers_);
   case GlobalValue::ProcedureNesting: return Datum::OfInteger(nesting_);
   case GlobalValue::TransactionState: return Datum::OfInteger(transaction_.State());
+  case GlobalValue::SessionNumber: return Datum::OfInteger(number_);
+  case GlobalValue::LockTimeout:
+    return Datum::OfInteger(limits_.LockTimeout() == INT32_MAX ? -1 : limits_.LockTimeout());
+  case GlobalValue::Options: return Datum::OfInteger(OptionBits());
   case GlobalValue::FetchStatus: return Datum::OfInteger(fetchStatus_);
   case GlobalValue::CursorRows: return Datum::OfInteger(cursorRows_);
   case GlobalValue::CurrentRow: return currentRow_;
@@ -29,6 +33,15 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   case GlobalValue::ErrorLine: return Datum::OfInteger(caught_->line);
   default: return caughtProcedure_.empty() ? Datum() : Datum::OfText(caughtProcedure_);
   }
+}
+
+int64_t Interpreter::OptionBits() const {
+  // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, QUOTED_IDENTIFIER, ANSI_NULL_DFLT_ON,
+  // CONCAT_NULL_YIELDS_NULL
+  constexpr int64_t kAlwaysOn = 8 + 16 + 32 + 64 + 256 + 1024 + 4096;
+  constexpr int64_t kNoCount = 512;
+  constexpr int64_t kXactAbort = 16384;
+  return kAlwaysOn + (noCount_ ? kNoCount : 0) + (xactAbort_ ? kXactAbort : 0);
 }
 
 void Interpreter::BindParameters(Plan& plan) {

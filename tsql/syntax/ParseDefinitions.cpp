@@ -33,8 +33,9 @@ void Parser::SkipStorageOptions() {
     if (IsWord("with") && IsSymbolAt(1, "(")) {
       at_ += 2;
       SkipOptionList();
-    } else if (IsWord("with") && (IsWordAt(1, "fillfactor") || IsSymbolAt(2, "="))) {
-      RefuseHere("An index option without parentheses");
+    } else if (IsWord("with") && StartsOldOption(1)) {
+      ++at_;
+      SkipOldOptions();
     } else if (IsWord("on") || IsWord("textimage_on") || IsWord("filestream_on")) {
       ++at_;
       if (!IsName() && !IsWord("primary")) SyntaxError();
@@ -44,6 +45,27 @@ void Parser::SkipStorageOptions() {
       return;
     }
   }
+}
+
+// Index options as they were written before version 2005: WITH PAD_INDEX, FILLFACTOR = 90.
+bool Parser::StartsOldOption(size_t ahead) const {
+  constexpr std::array<std::string_view, 6> kOptions = {
+      "pad_index",     "fillfactor", "ignore_dup_key", "drop_existing", "statistics_norecompute",
+      "sort_in_tempdb"};
+  return std::ranges::any_of(kOptions, [&](std::string_view name) { return IsWordAt(ahead, name); });
+}
+
+void Parser::SkipOldOptions() {
+  do {
+    if (IsWord("ignore_dup_key") || IsWord("drop_existing")) RefuseHere("A table or index option");
+    if (TakeWord("fillfactor")) {
+      ExpectSymbol("=");
+      if (Current().kind != TokenKind::Integer) SyntaxError();
+    } else if (!StartsOldOption(0)) {
+      SyntaxError();
+    }
+    ++at_;
+  } while (TakeSymbol(","));
 }
 
 void Parser::SkipOptionList() {
@@ -164,8 +186,12 @@ CollationId Parser::ParseCollation(std::string& written) {
   Fail(448, {written}, line);
 }
 
+// There is no replication here that it would make an exception for.
+void Parser::SkipNotForReplication() {
+  if (AreWordsAt(0, "NOT FOR REPLICATION")) at_ += 3;
+}
+
 void Parser::RefuseColumnProperty() const {
-  if (AreWordsAt(0, "NOT FOR REPLICATION")) RefuseHere("NOT FOR REPLICATION");
   if (IsWord("index")) RefuseHere("An index within CREATE TABLE");
   constexpr std::array<std::string_view, 9> kProperties = {
       "SPARSE",         "FILESTREAM",       "ROWGUIDCOL", "MASKED WITH", "ENCRYPTED WITH",
@@ -194,6 +220,7 @@ bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<Constrain
   }
   if (IsWord("identity")) {
     ParseIdentity(column);
+    SkipNotForReplication();
     return true;
   }
   if (inTableVariable_ && (IsWord("constraint") || IsWord("foreign") || IsWord("references"))) SyntaxError();
@@ -269,7 +296,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
   constraint.name = std::move(name);
   if (TakeWord("check")) {
     constraint.kind = ConstraintDefinition::Kind::Check;
-    RefuseColumnProperty();
+    SkipNotForReplication();
     const size_t first = at_;
     ExpectSymbol("(");
     ParseCondition();
@@ -294,7 +321,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
       ExpectWord("no");
       ExpectWord("action");
     }
-    RefuseColumnProperty();
+    SkipNotForReplication();
     return constraint;
   }
   if (TakeWord("primary")) {
@@ -318,7 +345,8 @@ StatementPtr Parser::ParseCreateIndex(size_t start) {
   ExpectWord("on");
   statement->table = ParseObjectName();
   statement->columns = ParseKeyColumns(&statement->descending);
-  if (IsWord("include") || IsWord("where")) RefuseHere("INCLUDE or WHERE of an index");
+  if (TakeWord("include")) statement->included = ParseNameList();
+  if (IsWord("where")) RefuseHere("WHERE of an index");
   SkipStorageOptions();
   return statement;
 }
@@ -395,6 +423,7 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
 StatementList Parser::ParseModuleBody() {
   StatementList body;
   if (IsAtEnd()) SyntaxError();
+  inModule_ = true; // to the end of the batch
   while (true) {
     while (TakeSymbol(";")) {
     }

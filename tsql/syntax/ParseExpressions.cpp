@@ -290,9 +290,16 @@ ExprPtr Parser::ParseOperand() {
     if (IsWord("cast") || IsWord("try_cast")) return ParseCast();
     if (IsWord("convert") || IsWord("try_convert")) return ParseConvert();
   }
-  if (IsWord("current_timestamp")) {
+  constexpr std::pair<std::string_view, std::string_view> kFunctionsByWord[] = {
+      {"current_timestamp", "getdate"},
+      {"current_user", "user_name"},
+      {"session_user", "user_name"},
+      {"user", "user_name"},
+      {"system_user", "suser_sname"}};
+  for (const auto& [word, function] : kFunctionsByWord) {
+    if (!IsWord(word)) continue;
     ExprPtr node = MakeExpr(ExprKind::Call);
-    node->text = "getdate";
+    node->text = function;
     ++at_;
     return node;
   }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <charconv>
 
 #include "tsql/syntax/ParserRules.h"
 #include "tsql/values/Collation.h"
@@ -21,7 +22,7 @@ StatementPtr Parser::ParseUnterminated() {
     std::string_view word;
     Rule rule;
   };
-  constexpr std::array<Entry, 31> kRules = {{{"select", &Parser::ParseQueryStatement},
+  constexpr std::array<Entry, 32> kRules = {{{"select", &Parser::ParseQueryStatement},
                                              {"with", &Parser::ParseWith},
                                              {"insert", &Parser::ParseInsert},
                                              {"update", &Parser::ParseUpdate},
@@ -48,6 +49,7 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"save", &Parser::ParseTransaction},
                                              {"goto", &Parser::ParseGoto},
                                              {"waitfor", &Parser::ParseWaitFor},
+                                             {"use", &Parser::ParseUse},
                                              {"open", &Parser::ParseCursor},
                                              {"close", &Parser::ParseCursor},
                                              {"deallocate", &Parser::ParseCursor},
@@ -160,14 +162,6 @@ void Parser::ParseIsolationLevel() {
 }
 
 StatementPtr Parser::ParseSetOption() {
-  // Those of SQL's standard have one value here, which is theirs already.
-  constexpr std::array<std::string_view, 13> kOptions = {"nocount",           "xact_abort",
-                                                         "identity_insert",   "lock_timeout",
-                                                         "ansi_nulls",        "quoted_identifier",
-                                                         "ansi_padding",      "ansi_warnings",
-                                                         "ansi_null_dflt_on", "concat_null_yields_null",
-                                                         "arithabort",        "numeric_roundabort",
-                                                         "rowcount"};
   auto statement = MakeStatement<SetOptionStatement>(at_);
   ExpectWord("set");
   if (TakeWord("transaction")) {
@@ -179,20 +173,99 @@ StatementPtr Parser::ParseSetOption() {
   const Token& name = tokens_[at_++];
   RefuseIfListed(RefusedKind::Option, name.text, name.line);
   statement->option = ToLower(name.text);
-  if (std::find(kOptions.begin(), kOptions.end(), statement->option) == kOptions.end())
+  ParseOptionValue(*statement, name);
+  return statement;
+}
+
+void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) {
+  // Most of the switches have one value here. The other is in the list of what is refused.
+  constexpr std::array<std::string_view, 23> kSwitches = {"nocount",
+                                                          "xact_abort",
+                                                          "identity_insert",
+                                                          "ansi_nulls",
+                                                          "quoted_identifier",
+                                                          "ansi_padding",
+                                                          "ansi_warnings",
+                                                          "ansi_null_dflt_on",
+                                                          "ansi_null_dflt_off",
+                                                          "concat_null_yields_null",
+                                                          "arithabort",
+                                                          "arithignore",
+                                                          "numeric_roundabort",
+                                                          "cursor_close_on_commit",
+                                                          "fmtonly",
+                                                          "forceplan",
+                                                          "implicit_transactions",
+                                                          "noexec",
+                                                          "parseonly",
+                                                          "remote_proc_transactions",
+                                                          "showplan_all",
+                                                          "showplan_text",
+                                                          "showplan_xml"};
+  const std::string& option = statement.option;
+  if (ParseFixedOption(statement)) return;
+  if (option == "lock_timeout") {
+    if (TakeSymbol("-")) statement.value = "-";
+    if (Current().kind != TokenKind::Integer) SyntaxError();
+    statement.value += tokens_[at_++].text;
+    return;
+  }
+  if (option == "rowcount") {
+    if (Current().kind != TokenKind::Integer && Current().kind != TokenKind::Variable) SyntaxError();
+    statement.value = ToUpper(tokens_[at_++].text);
+    return;
+  }
+  const bool isStatistics = option == "statistics";
+  if (!isStatistics && std::find(kSwitches.begin(), kSwitches.end(), option) == kSwitches.end())
     throw Error(195, 15, 5, name.line, "'" + name.text + "' is not a recognized SET option.");
   if (IsSymbol(",")) RefuseHere("SET of several options");
-  if (statement->option == "identity_insert") statement->table = ParseObjectName();
-  if (statement->option == "lock_timeout") {
-    if (TakeSymbol("-")) statement->value = "-";
-    if (Current().kind != TokenKind::Integer) SyntaxError();
-  } else if (statement->option == "rowcount") {
-    if (Current().kind != TokenKind::Integer && Current().kind != TokenKind::Variable) SyntaxError();
-  } else if (!IsWord("on") && !IsWord("off")) {
-    SyntaxError();
+  if (option == "identity_insert") statement.table = ParseObjectName();
+  std::string what = option;
+  if (isStatistics) {
+    do {
+      what = option + " " + Current().text;
+      if (!TakeWord("io") && !TakeWord("time") && !TakeWord("profile")) ExpectWord("xml");
+    } while (TakeSymbol(","));
   }
-  statement->value += ToUpper(tokens_[at_++].text);
-  RefuseIfListed(RefusedKind::Option, statement->option + " " + statement->value, name.line);
+  if (!IsWord("on") && !IsWord("off")) SyntaxError();
+  statement.value = ToUpper(tokens_[at_++].text);
+  RefuseIfListed(RefusedKind::Option, what + " " + statement.value, name.line);
+}
+
+// An option whose value is no switch and that has one value here.
+bool Parser::ParseFixedOption(SetOptionStatement& statement) {
+  struct FixedOption {
+    std::string_view name;
+    std::array<std::string_view, 3> values;
+    RefusedConstruct refusal;
+  };
+  constexpr FixedOption kOptions[] = {
+      {"language", {"us_english", "english"}, "SET LANGUAGE of another one than us_english"},
+      {"dateformat", {"mdy"}, "SET DATEFORMAT of another one than mdy"},
+      {"datefirst", {"7"}, "SET DATEFIRST of another day than 7"},
+      {"textsize", {"-1", "2147483647"}, "SET TEXTSIZE that cuts texts"},
+      {"query_governor_cost_limit", {"0"}, "SET QUERY_GOVERNOR_COST_LIMIT of another one than 0"},
+      // Whoever waits too long for a lock gives up, so that nobody is chosen to.
+      {"deadlock_priority", {"low", "normal", "high"}, "SET DEADLOCK_PRIORITY of a number"}};
+  const auto found = std::ranges::find(kOptions, statement.option, &FixedOption::name);
+  if (found == std::end(kOptions)) return false;
+  const int line = Current().line;
+  if (TakeSymbol("-")) statement.value = "-";
+  const TokenKind kind = Current().kind;
+  if (kind == TokenKind::End || kind == TokenKind::Symbol) SyntaxError();
+  statement.value += tokens_[at_++].text;
+  const auto isValue = [&](std::string_view value) {
+    return !value.empty() && EqualNames(value, statement.value);
+  };
+  if (std::ranges::none_of(found->values, isValue)) Refuse(found->refusal, line);
+  return true;
+}
+
+StatementPtr Parser::ParseUse() {
+  auto statement = MakeStatement<UseStatement>(at_);
+  ExpectWord("use");
+  if (inModule_) Fail(154, {"a USE database statement"}, statement->line);
+  statement->database = TakeName();
   return statement;
 }
 
@@ -356,7 +429,12 @@ StatementPtr Parser::ParsePrint() {
 StatementPtr Parser::ParseRaiserror() {
   auto statement = MakeStatement<RaiserrorStatement>(at_);
   ExpectWord("raiserror");
-  if (Current().kind == TokenKind::Integer) RefuseHere("RAISERROR without parentheses");
+  if (Current().kind == TokenKind::Integer) {
+    const std::string& number = tokens_[at_++].text;
+    std::from_chars(number.data(), number.data() + number.size(), statement->errorNumber);
+    statement->arguments.push_back(ParseExpression());
+    return statement;
+  }
   ExpectSymbol("(");
   do statement->arguments.push_back(ParseExpression());
   while (TakeSymbol(","));

@@ -27,8 +27,8 @@ StatementPtr Parser::ParseCreateTrigger(size_t start, bool alter) {
     ExpectWord("for");
   }
   ParseTriggerEvents(*statement);
-  if (AreWordsAt(0, "WITH APPEND") || AreWordsAt(0, "NOT FOR REPLICATION"))
-    RefuseHere("A trigger WITH APPEND or NOT FOR REPLICATION");
+  if (AreWordsAt(0, "WITH APPEND")) at_ += 2; // a table may have several triggers of an event anyway
+  SkipNotForReplication();
   ExpectWord("as");
   statement->body = ParseModuleBody();
   statement->text = std::string(text_);

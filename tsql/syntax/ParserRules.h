@@ -150,6 +150,9 @@ class Parser {
   StatementPtr ParseDeclare();
   StatementPtr ParseSet();
   StatementPtr ParseSetOption();
+  void ParseOptionValue(SetOptionStatement& statement, const Token& name);
+  bool ParseFixedOption(SetOptionStatement& statement);
+  StatementPtr ParseUse();
   void ParseIsolationLevel();
   StatementPtr ParseIf();
   StatementPtr ParseWhile();
@@ -219,9 +222,12 @@ class Parser {
   ConstraintDefinition ParseConstraint(std::string name);
   std::vector<std::string> ParseKeyColumns(std::vector<bool>* descending);
   void SkipStorageOptions();
+  bool StartsOldOption(size_t ahead) const;
+  void SkipOldOptions();
   void SkipOptionList();
   void SkipOption();
   [[noreturn]] void UnknownObject() const;
+  void SkipNotForReplication();
   void RefuseColumnProperty() const;
   CollationId ParseCollation(std::string& name);
 
@@ -239,6 +245,7 @@ class Parser {
   bool startsQueryStatement_ = false; // the next query is a statement
   bool isQueryStatement_ = false;     // the query that is parsed is a statement
   bool inProcedure_ = false;
+  bool inModule_ = false; // a procedure or trigger
   bool inTableVariable_ = false;
   std::optional<FunctionKind> function_; // that is parsed
   // Labels and the jumps to them, each with the TRY and CATCH blocks that it stands in.

@@ -36,6 +36,7 @@ enum class StatementKind : uint8_t {
   Label,
   Goto,
   WaitFor,
+  Use,
   TryCatch,
   DeclareCursor,
   Cursor,
@@ -174,6 +175,7 @@ struct CreateIndexStatement : Statement {
   ObjectName table;
   std::vector<std::string> columns;
   std::vector<bool> descending;
+  std::vector<std::string> included; // columns that are only kept in it
   bool unique = false;
 };
 
@@ -279,6 +281,11 @@ struct SetOptionStatement : Statement {
   ObjectName table;   // of IDENTITY_INSERT
 };
 
+struct UseStatement : Statement {
+  UseStatement() : Statement(StatementKind::Use) {}
+  std::string database;
+};
+
 struct IfStatement : Statement {
   IfStatement() : Statement(StatementKind::If) {}
   ExprPtr condition;
@@ -375,6 +382,7 @@ struct TryCatchStatement : Statement {
 struct RaiserrorStatement : Statement {
   RaiserrorStatement() : Statement(StatementKind::Raiserror) {}
   std::vector<ExprPtr> arguments; // message, severity, state, values
+  int errorNumber = 0;            // of the old form RAISERROR 50001 'message'; 0 for the other
 };
 
 struct ThrowStatement : Statement {

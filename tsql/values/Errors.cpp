@@ -67,6 +67,7 @@ constexpr ErrorText kErrors[] = {
      "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a HAVING "
      "clause or a select list, and the column being aggregated is an outer reference."},
     {148, 15, 1, "Incorrect time syntax in time string '%1' used with WAITFOR."},
+    {154, 15, 3, "%1 is not allowed in a procedure, function or trigger."},
     {155, 15, 1, "'%1' is not a recognized %2 option."},
     {156, 15, 1, "Incorrect syntax near the keyword '%1'."},
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
@@ -267,6 +268,8 @@ constexpr ErrorText kErrors[] = {
     {2744, 16, 2,
      "Multiple identity columns specified for table '%1'. Only one identity column per table is "
      "allowed."},
+    {2732, 16, 1,
+     "Error number %1 is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000."},
     {2747, 16, 1,
      "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters."},
     {2748, 16, 1, "Cannot specify %1 data type (parameter %2) as a substitution parameter."},
@@ -365,6 +368,7 @@ constexpr ErrorText kErrors[] = {
     {5309, 16, 1,
      "Windowed functions, aggregates and NEXT VALUE FOR functions do not support constants as ORDER BY "
      "clause expressions."},
+    {5703, 0, 1, "Changed language setting to %1."},
     {6401, 16, 1, "Cannot roll back %1. No transaction or savepoint of that name was found."},
     {8101, 16, 1,
      "An explicit value for the identity column in table '%1' can only be specified when a column list is "
@@ -463,6 +467,9 @@ constexpr ErrorText kErrors[] = {
      "The cursor does not include the table being modified or the table is not updatable through the cursor."},
     {16947, 16, 1, "No rows were updated or deleted."},
     {16950, 16, 1, "The variable '%1' does not currently have a cursor allocated to it."},
+    {18054, 16, 1,
+     "Error %1, severity %2, state %3 was raised, but no message with that error number was found in sys.messages. If "
+     "error is larger than 50000, make sure the user-defined message is added using sp_addmessage."},
     {35100, 16, 10,
      "Error number %1 in the THROW statement is outside the valid range. Specify an error number in the valid "
      "range of 50000 to 2147483647."},

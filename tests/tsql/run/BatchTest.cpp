@@ -328,5 +328,33 @@ TEST_F(BatchTest, VariablesMustBeDeclaredOnce) {
   EXPECT_EQ(ErrorOf("DECLARE @x INT DECLARE @X INT"), 134);
 }
 
+TEST_F(BatchTest, RaiserrorAsItWasWrittenBefore) {
+  EXPECT_EQ(ErrorText("PRINT 'a'\nRAISERROR 50001 'by number'"), "50001 2 by number");
+  EXPECT_EQ(Rows("DECLARE @s VARCHAR(20) = 'text' BEGIN TRY RAISERROR 60000 @s END TRY BEGIN CATCH "
+                 "SELECT ERROR_NUMBER(), ERROR_SEVERITY(), ERROR_STATE(), ERROR_MESSAGE() END CATCH"),
+            Lines({"60000|16|1|text"}));
+  EXPECT_EQ(Run("SET XACT_ABORT ON RAISERROR 50001 'x' PRINT 'goes on'").messages, Lines({"goes on"}));
+  EXPECT_EQ(ErrorText("RAISERROR 1000 'x'"),
+            "2732 1 Error number 1000 is invalid. The number must be from 13000 "
+            "through 2147483647 and it cannot be 50000.");
+}
+
+TEST_F(BatchTest, RaiserrorOfAMessageThatIsNotThere) {
+  EXPECT_EQ(
+      ErrorText("RAISERROR(50001, 16, 2)"),
+      "18054 1 Error 50001, severity 16, state 2 was raised, but no message with that error number was found in "
+      "sys.messages. If error is larger than 50000, make sure the user-defined message is added using "
+      "sp_addmessage.");
+  EXPECT_EQ(ErrorOf("RAISERROR(50000, 16, 1)"), 2732);
+  EXPECT_EQ(ErrorOf("RAISERROR(14088, 16, 1)"), 40510);
+}
+
+TEST_F(BatchTest, NamesOfWhoAsks) {
+  EXPECT_EQ(Rows("SELECT CURRENT_USER, SESSION_USER, USER, SYSTEM_USER, ORIGINAL_LOGIN()"),
+            Lines({"dbo|dbo|dbo|sa|sa"}));
+  Must("CREATE TABLE t (a INT, who NVARCHAR(128) DEFAULT SYSTEM_USER) INSERT INTO t (a) VALUES (1)");
+  EXPECT_EQ(Rows("SELECT who FROM t"), Lines({"sa"}));
+}
+
 } // namespace
 } // namespace tsql::test

@@ -17,6 +17,50 @@ TEST_F(OptionsTest, ASettingThatTheEngineCannotHaveIsRefused) {
   EXPECT_EQ(ErrorOf("SET NUMERIC_ROUNDABORT OFF"), 0);
 }
 
+TEST_F(OptionsTest, AnOptionMayBeSetToWhatItIs) {
+  for (const char* option :
+       {"ANSI_NULL_DFLT_OFF", "ARITHIGNORE", "CURSOR_CLOSE_ON_COMMIT", "FMTONLY", "FORCEPLAN",
+        "IMPLICIT_TRANSACTIONS", "NOEXEC", "PARSEONLY", "REMOTE_PROC_TRANSACTIONS", "SHOWPLAN_ALL",
+        "SHOWPLAN_TEXT", "SHOWPLAN_XML", "STATISTICS IO", "STATISTICS TIME, IO"}) {
+    EXPECT_EQ(ErrorOf("SET " + std::string(option) + " OFF"), 0) << option;
+    EXPECT_EQ(ErrorOf("SET " + std::string(option) + " ON"), 40510) << option;
+  }
+  for (const char* setting : {"DATEFORMAT mdy", "DATEFIRST 7", "TEXTSIZE 2147483647", "TEXTSIZE -1",
+                              "QUERY_GOVERNOR_COST_LIMIT 0", "DEADLOCK_PRIORITY LOW"})
+    EXPECT_EQ(ErrorOf("SET " + std::string(setting)), 0) << setting;
+  for (const char* setting : {"DATEFORMAT dmy", "DATEFORMAT ''", "DATEFIRST 1", "DATEFIRST @d", "TEXTSIZE 7",
+                              "QUERY_GOVERNOR_COST_LIMIT 9", "DEADLOCK_PRIORITY 3", "LANGUAGE German"})
+    EXPECT_EQ(ErrorOf("DECLARE @d INT SET " + std::string(setting)), 40510) << setting;
+  EXPECT_EQ(Run("SET LANGUAGE us_english").messages, Lines({"Changed language setting to us_english."}));
+  EXPECT_EQ(ErrorText("SET FOO ON"), "195 1 'FOO' is not a recognized SET option.");
+  EXPECT_EQ(ErrorOf("SET DATEFIRST"), 102);
+  EXPECT_EQ(ErrorOf("SET STATISTICS FOO OFF"), 102);
+}
+
+TEST_F(OptionsTest, VariablesOfTheServerTellThem) {
+  EXPECT_EQ(Rows("SELECT @@DATEFIRST, @@LANGUAGE, @@LANGID, @@TEXTSIZE, @@MAX_PRECISION"),
+            Lines({"7|us_english|0|2147483647|38"}));
+  EXPECT_EQ(Rows("SET LOCK_TIMEOUT 1800 SELECT @@LOCK_TIMEOUT"), Lines({"1800"}));
+  EXPECT_EQ(Rows("SET LOCK_TIMEOUT -1 SELECT @@LOCK_TIMEOUT"), Lines({"-1"}));
+  // The options of SQL's standard are 5496, NOCOUNT is 512, XACT_ABORT 16384.
+  EXPECT_EQ(Rows("SET NOCOUNT OFF SELECT @@OPTIONS"), Lines({"5496"}));
+  EXPECT_EQ(Rows("SET NOCOUNT ON SET XACT_ABORT ON SELECT @@OPTIONS & 16896"), Lines({"16896"}));
+  const auto other = Session::Open(database_);
+  const std::string own = Rows("SELECT @@SPID").front();
+  EXPECT_EQ(Rows("SELECT @@SPID"), Lines({own}));
+  EXPECT_NE(RunOn(*other, "SELECT @@SPID").results.at(0), Lines({own}));
+}
+
+TEST_F(OptionsTest, UseOfTheOwnDatabaseAlone) {
+  const std::string own = Rows("SELECT DB_NAME()").front();
+  EXPECT_EQ(ErrorOf("USE [" + own + "] SELECT 1"), 0);
+  EXPECT_EQ(ErrorText("SELECT 1\nUSE Other"),
+            "911 2 Database 'Other' does not exist. Make sure that the name is entered correctly.");
+  EXPECT_EQ(ErrorText("CREATE PROCEDURE p AS USE Other"),
+            "154 1 a USE database statement is not allowed in a procedure, function or trigger.");
+  EXPECT_EQ(ErrorText("USE master"), "40510 1 USE of a system database is not supported.");
+}
+
 TEST_F(OptionsTest, NoCountOfAProcedureEndsWithIt) {
   Must("CREATE TABLE t (a INT)");
   Must("CREATE PROCEDURE p AS SET NOCOUNT ON INSERT INTO t VALUES (1)");

@@ -101,5 +101,25 @@ TEST_F(SyntaxTest, IntoAndAssignmentsBelongToTheStatementsOwnSelect) {
             Lines({"5"}));
 }
 
+TEST_F(SyntaxTest, DefinitionsAsToolsWriteThem) {
+  Must("CREATE TABLE [dbo].[x] ([id] [int] IDENTITY(1,1) NOT FOR REPLICATION NOT NULL,"
+       " [n] [nvarchar](50) COLLATE Chinese_PRC_CI_AS NULL CHECK NOT FOR REPLICATION ([n] <> ''),"
+       " CONSTRAINT [PK_x] PRIMARY KEY CLUSTERED ([id] ASC) WITH (PAD_INDEX = OFF, IGNORE_DUP_KEY = OFF,"
+       " ALLOW_ROW_LOCKS = ON) ON [PRIMARY]) ON [PRIMARY] TEXTIMAGE_ON [PRIMARY]");
+  Must("CREATE TABLE y (a INT NOT NULL, b TEXT NULL, x INT REFERENCES x (id) NOT FOR REPLICATION)");
+  Must(
+      "ALTER TABLE y WITH NOCHECK ADD CONSTRAINT PK_y PRIMARY KEY CLUSTERED (a) WITH FILLFACTOR = 90 ON [PRIMARY]");
+  Must("CREATE INDEX ix ON y (x) WITH PAD_INDEX, FILLFACTOR = 80, STATISTICS_NORECOMPUTE ON [PRIMARY]");
+  Must("CREATE UNIQUE INDEX ux ON y (a, x) INCLUDE (b)");
+  EXPECT_EQ(ErrorOf("CREATE INDEX iy ON y (x) INCLUDE (z)"), 1911);
+  EXPECT_EQ(ErrorOf("CREATE INDEX iy ON y (x) WITH IGNORE_DUP_KEY"), 40510);
+  EXPECT_EQ(ErrorOf("CREATE INDEX iy ON y (x) WITH FILLFACTOR = x"), 102);
+  EXPECT_EQ(ErrorOf("CREATE INDEX iy ON y (x) WITH FILLFACTOR = 9, FOO"), 102);
+  EXPECT_EQ(ErrorOf("CREATE INDEX iy ON y (x) WHERE x > 1"), 40510);
+  Must("CREATE TRIGGER ty ON y FOR INSERT WITH APPEND NOT FOR REPLICATION AS PRINT 'in'");
+  EXPECT_EQ(Run("INSERT INTO x (n) VALUES ('a') INSERT INTO y (a, x) VALUES (1, 1)").messages, Lines({"in"}));
+  EXPECT_EQ(ErrorOf("INSERT INTO x (n) VALUES ('')"), 547);
+}
+
 } // namespace
 } // namespace tsql::test
