@@ -500,6 +500,7 @@ const std::vector<Rule>& Rules() {
         "USER_NAME()",
         "SUSER_SNAME()",
         "SUSER_NAME()",
+        "ORIGINAL_LOGIN()",
         "HOST_NAME()",
         "APP_NAME()",
         "ERROR_MESSAGE()",
