@@ -167,6 +167,8 @@ class Interpreter : public UserFunctions {
   void BindDynamic(const ExecuteStatement& statement, const std::vector<ProcedureParameter>& parameters,
                    RunningUnit& callee, std::vector<size_t>& positions);
   Flow RunNested(CompiledUnit& unit, RunningUnit& running);
+  // A value for a parameter of a procedure.
+  static Datum ConvertArgument(const Datum& value, const Type& from, const Type& to);
   void BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee);
   void TakeOutputs(const ExecuteStatement& statement, const CompiledUnit& unit, const RunningUnit& callee);
 

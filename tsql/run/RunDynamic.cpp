@@ -42,7 +42,7 @@ void Interpreter::BindDynamic(const ExecuteStatement& statement,
     if (argument.useDefault) continue;
     Type type;
     const Datum value = Evaluate(*argument.value, type);
-    callee.variables[index] = Convert(value, type, parameters[index].type, ConvertMode::Cast);
+    callee.variables[index] = ConvertArgument(value, type, parameters[index].type);
     given[index] = true;
   }
   for (size_t i = 0; i < parameters.size(); ++i) {

@@ -97,6 +97,14 @@ Interpreter::Flow Interpreter::RunNested(CompiledUnit& unit, RunningUnit& runnin
   return flow == Flow::Abort && (abortsAll_ || unit.trigger != nullptr) ? Flow::Abort : Flow::Next;
 }
 
+Datum Interpreter::ConvertArgument(const Datum& value, const Type& from, const Type& to) {
+  try {
+    return Convert(value, from, to, ConvertMode::Cast);
+  } catch (const Error&) {
+    Fail(8114, {TypeName(from.id), TypeName(to.id)}); // whatever is wrong with it
+  }
+}
+
 void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit& unit, RunningUnit& callee) {
   const std::vector<ProcedureParameter>& parameters = unit.procedure->parameters;
   std::vector<bool> given(parameters.size(), false);
@@ -107,7 +115,7 @@ void Interpreter::BindArguments(const ExecuteStatement& statement, CompiledUnit&
     if (argument.useDefault) continue;
     Type type;
     const Datum value = Evaluate(*argument.value, type);
-    callee.variables[index] = Convert(value, type, parameters[index].type, ConvertMode::Cast);
+    callee.variables[index] = ConvertArgument(value, type, parameters[index].type);
     given[index] = true;
   }
   FillDefaults(unit, callee, given);

@@ -160,6 +160,16 @@ TEST_F(OptionsTest, LockTimeoutOfAProcedureEndsWithIt) {
   RunOn(*other, "ROLLBACK");
 }
 
+TEST_F(OptionsTest, AnArgumentThatDoesNotFitItsParameter) {
+  Must("CREATE PROCEDURE p @a TINYINT, @d DATETIME = NULL AS SELECT @a, @d");
+  EXPECT_EQ(ErrorText("EXEC p 'abc'"), "8114 1 Error converting data type varchar to tinyint.");
+  EXPECT_EQ(ErrorText("EXEC p 300"), "8114 1 Error converting data type int to tinyint.");
+  EXPECT_EQ(ErrorText("EXEC p 1, '2020-13-01'"), "8114 1 Error converting data type varchar to datetime.");
+  EXPECT_EQ(ErrorText("EXEC sp_executesql N'SELECT @x', N'@x INT', @x = N'y'"),
+            "8114 1 Error converting data type nvarchar to int.");
+  EXPECT_EQ(Rows("EXEC p '7'"), Lines({"7|NULL"}));
+}
+
 TEST_F(OptionsTest, AfterANamedArgumentAllAreNamed) {
   Must("CREATE PROCEDURE p @a INT, @b INT AS SELECT @a, @b");
   EXPECT_EQ(
