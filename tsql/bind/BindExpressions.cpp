@@ -288,7 +288,6 @@ BoundExprPtr Binder::BindConstantVariable(std::string_view name) {
   constexpr int32_t kNameLength = 128;
   const Type text = MakeType(TypeId::NVarChar, kNameLength);
   const std::tuple<std::string_view, Datum, Type> kConstants[] = {
-      {"@@datefirst", Datum::OfInteger(7), MakeType(TypeId::TinyInt)},
       {"@@langid", Datum::OfInteger(0), MakeType(TypeId::SmallInt)},
       {"@@language", Datum::OfText("us_english"), text},
       {"@@max_precision", Datum::OfInteger(kMaxPrecision), MakeType(TypeId::TinyInt)},
@@ -313,6 +312,7 @@ BoundExprPtr Binder::BindVariable(const Expr& expr) {
                                    {"@@fetch_status", GlobalValue::FetchStatus, MakeType(TypeId::Int)},
                                    {"@@cursor_rows", GlobalValue::CursorRows, MakeType(TypeId::Int)},
                                    {"@@spid", GlobalValue::SessionNumber, MakeType(TypeId::SmallInt)},
+                                   {"@@datefirst", GlobalValue::FirstDay, MakeType(TypeId::TinyInt)},
                                    {"@@lock_timeout", GlobalValue::LockTimeout, MakeType(TypeId::Int)},
                                    {"@@options", GlobalValue::Options, MakeType(TypeId::Int)}};
   for (const Entry& entry : kGlobals) {

@@ -28,9 +28,10 @@ enum class GlobalValue : uint8_t {
   TriggerNesting,
   TransactionState,
   SessionNumber,
+  FirstDay,    // of a week
   LockTimeout, // in milliseconds
   Options,     // of SET, by bit
-  RowLimit, // of SET ROWCOUNT
+  RowLimit,    // of SET ROWCOUNT
   FetchStatus,
   CursorRows,
   CurrentRow, // the number in SQLite of the row of WHERE CURRENT OF

@@ -150,12 +150,13 @@ void EndOfMonth(const FunctionCall& call) {
 // t_datepart(part, moment[, type])
 void DatePartNumber(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  call.ReturnInteger(GetDatePart(PartAt(call, 0), UnitsAt(call, 2), call.Integer(1)));
+  call.ReturnInteger(
+      GetDatePart(PartAt(call, 0), UnitsAt(call, 2), call.Integer(1), call.Context().firstDay));
 }
 
 void DatePartName(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  call.ReturnText(GetDateName(PartAt(call, 0), UnitsAt(call, 2), call.Integer(1)));
+  call.ReturnText(GetDateName(PartAt(call, 0), UnitsAt(call, 2), call.Integer(1), call.Context().firstDay));
 }
 
 } // namespace

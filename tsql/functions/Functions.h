@@ -8,6 +8,7 @@
 
 #include "tsql/catalog/Catalog.h"
 #include "tsql/functions/RandomNumbers.h"
+#include "tsql/values/DateTime.h"
 
 namespace tsql {
 
@@ -41,6 +42,7 @@ struct FunctionContext {
   std::optional<Error> error;                    // of the function that failed last
   std::optional<int64_t> fixedNow;               // what GETDATE() answers instead of the clock
   std::optional<int64_t> now;                    // what the clock said first within the statement, in 100 ns
+  int firstDay = kUsualFirstDay;                 // of a week, as SET DATEFIRST says
   RandomNumbers random;                          // of the session
   std::map<int64_t, double> randomValues;        // what RAND() answered within the statement, by its place
   const std::vector<Datum>* variables = nullptr; // of the batch or procedure that runs

@@ -62,6 +62,7 @@ void Interpreter::Reset() {
   noCount_ = false;
   xactAbort_ = false;
   LimitRows(0);
+  context_.firstDay = kUsualFirstDay;
   cursors_.clear();
   cursorRows_ = 0;
   fetchStatus_ = 0;
@@ -277,8 +278,11 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
     limits_.SetLockTimeout(milliseconds < 0 ? INT32_MAX : milliseconds);
   } else if (statement.option == "rowcount") {
     SetRowLimit(statement);
+  } else if (statement.option == "datefirst") {
+    SetFirstDay(statement);
   } else if (statement.option == "language") {
     sink_->Message(MakeError(5703, statement.line, {"us_english"}));
+    context_.firstDay = kUsualFirstDay;
   }
   rowCount_ = 0;
 }
@@ -303,18 +307,30 @@ void Interpreter::SetIdentityInsert(const ObjectName& name, bool on) {
   if (on != isOn) compiler_.SetIdentityInsert(on ? table->name : std::string());
 }
 
-void Interpreter::SetRowLimit(const SetOptionStatement& statement) {
-  int64_t limit = 0;
-  if (statement.value.starts_with('@')) {
-    const int variable = FindVariable(running_->unit->variables, statement.value);
-    if (variable < 0) Fail(137, {statement.value});
-    const auto index = static_cast<size_t>(variable);
-    limit = Convert(running_->variables[index], running_->unit->variables[index].type,
-                    MakeType(TypeId::BigInt), ConvertMode::Cast)
-                .integer;
-  } else {
-    std::from_chars(statement.value.data(), statement.value.data() + statement.value.size(), limit);
+// The number that an option is set to, which a variable may hold.
+int64_t Interpreter::OptionNumber(const SetOptionStatement& statement) const {
+  int64_t number = 0;
+  const std::string& value = statement.value;
+  if (!value.starts_with('@')) {
+    std::from_chars(value.data(), value.data() + value.size(), number);
+    return number;
   }
+  const int variable = FindVariable(running_->unit->variables, value);
+  if (variable < 0) Fail(137, {value});
+  const auto index = static_cast<size_t>(variable);
+  return Convert(running_->variables[index], running_->unit->variables[index].type, MakeType(TypeId::BigInt),
+                 ConvertMode::Cast)
+      .integer;
+}
+
+void Interpreter::SetFirstDay(const SetOptionStatement& statement) {
+  const int64_t day = OptionNumber(statement);
+  if (day < 1 || day > 7) Fail(2742, {std::to_string(day)});
+  context_.firstDay = static_cast<int>(day);
+}
+
+void Interpreter::SetRowLimit(const SetOptionStatement& statement) {
+  const int64_t limit = OptionNumber(statement);
   if (limit < 0) Fail(1014, {});
   LimitRows(limit);
 }

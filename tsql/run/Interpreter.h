@@ -136,6 +136,8 @@ class Interpreter : public UserFunctions {
   Flow RunIf(const IfStatement& statement);
   Flow RunWhile(const WhileStatement& statement);
   Flow RunReturn(const ReturnStatement& statement);
+  int64_t OptionNumber(const SetOptionStatement& statement) const;
+  void SetFirstDay(const SetOptionStatement& statement);
   void SetRowLimit(const SetOptionStatement& statement);
   void LimitRows(int64_t limit);
   void RunPrint(const PrintStatement& statement);

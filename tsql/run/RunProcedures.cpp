@@ -29,7 +29,7 @@ struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, RunningUnit& running)
       : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
         xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()), rowLimit(owner.rowLimit_),
-        identityInsert(owner.compiler_.IdentityInsert()) {
+        firstDay(owner.context_.firstDay), identityInsert(owner.compiler_.IdentityInsert()) {
     owner.catalog_.EnterScope();
     ++owner.nesting_;
   }
@@ -41,6 +41,7 @@ struct Interpreter::ProcedureScope {
     owner.noCount_ = noCount;
     owner.xactAbort_ = xactAbort;
     owner.LimitRows(rowLimit);
+    owner.context_.firstDay = firstDay;
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
     owner.compiler_.SetIdentityInsert(std::move(identityInsert));
     owner.catalog_.LeaveScope();
@@ -55,6 +56,7 @@ struct Interpreter::ProcedureScope {
   bool xactAbort;
   int lockTimeout;
   int64_t rowLimit;
+  int firstDay;
   std::string identityInsert;
 };
 

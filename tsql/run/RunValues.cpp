@@ -15,6 +15,7 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   case GlobalValue::ProcedureNesting: return Datum::OfInteger(nesting_);
   case GlobalValue::TransactionState: return Datum::OfInteger(transaction_.State());
   case GlobalValue::SessionNumber: return Datum::OfInteger(number_);
+  case GlobalValue::FirstDay: return Datum::OfInteger(context_.firstDay);
   case GlobalValue::LockTimeout:
     return Datum::OfInteger(limits_.LockTimeout() == INT32_MAX ? -1 : limits_.LockTimeout());
   case GlobalValue::Options: return Datum::OfInteger(OptionBits());

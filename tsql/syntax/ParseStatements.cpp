@@ -210,7 +210,7 @@ void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) 
     statement.value += tokens_[at_++].text;
     return;
   }
-  if (option == "rowcount") {
+  if (option == "rowcount" || option == "datefirst") {
     if (Current().kind != TokenKind::Integer && Current().kind != TokenKind::Variable) SyntaxError();
     statement.value = ToUpper(tokens_[at_++].text);
     return;
@@ -242,7 +242,6 @@ bool Parser::ParseFixedOption(SetOptionStatement& statement) {
   constexpr FixedOption kOptions[] = {
       {"language", {"us_english", "english"}, "SET LANGUAGE of another one than us_english"},
       {"dateformat", {"mdy"}, "SET DATEFORMAT of another one than mdy"},
-      {"datefirst", {"7"}, "SET DATEFIRST of another day than 7"},
       {"textsize", {"-1", "2147483647"}, "SET TEXTSIZE that cuts texts"},
       {"query_governor_cost_limit", {"0"}, "SET QUERY_GOVERNOR_COST_LIMIT of another one than 0"},
       // Whoever waits too long for a lock gives up, so that nobody is chosen to.

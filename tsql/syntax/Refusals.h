@@ -96,7 +96,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"USE of a system database", "USE master"},
     {"SET LANGUAGE of another one than us_english", "SET LANGUAGE German"},
     {"SET DATEFORMAT of another one than mdy", "SET DATEFORMAT dmy"},
-    {"SET DATEFIRST of another day than 7", "SET DATEFIRST 1"},
     {"SET TEXTSIZE that cuts texts", "SET TEXTSIZE 100"},
     {"SET QUERY_GOVERNOR_COST_LIMIT of another one than 0", "SET QUERY_GOVERNOR_COST_LIMIT 5"},
     {"SET DEADLOCK_PRIORITY of a number", "SET DEADLOCK_PRIORITY 5"},

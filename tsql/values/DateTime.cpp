@@ -22,9 +22,9 @@ int64_t FloorDivide(int64_t value, int64_t divisor) {
   return value / divisor - (value % divisor < 0 ? 1 : 0);
 }
 
-// Sunday is 1, as DATEFIRST 7 counts. 1900-01-01 was a Monday.
-int Weekday(int64_t days) {
-  return static_cast<int>((days % 7 + 8) % 7) + 1;
+// Its number in a week that begins on `firstDay`. 1900-01-01 was a Monday.
+int Weekday(int64_t days, int firstDay) {
+  return static_cast<int>((days % 7 + 15 - firstDay) % 7) + 1;
 }
 
 // The nearest tick: 100,000 units of 100 ns are three of them.
@@ -271,7 +271,7 @@ std::optional<int64_t> DateDiff(DatePart part, bool isFine, int64_t from, int64_
   }
 }
 
-int GetDatePart(DatePart part, TypeId type, int64_t moment) {
+int GetDatePart(DatePart part, TypeId type, int64_t moment, int firstDay) {
   const CivilTime time = CivilFromMoment(type, moment);
   const int64_t yearStart = DaysFromCivil(time.year, 1, 1);
   const int64_t days = FloorDivide(moment, IsFine(type) ? kFinePerDay : kTicksPerDay);
@@ -282,8 +282,8 @@ int GetDatePart(DatePart part, TypeId type, int64_t moment) {
   case DatePart::Month: return time.month;
   case DatePart::DayOfYear: return dayOfYear;
   case DatePart::Day: return time.day;
-  case DatePart::Week: return (dayOfYear + Weekday(yearStart) - 2) / 7 + 1;
-  case DatePart::Weekday: return Weekday(days);
+  case DatePart::Week: return (dayOfYear + Weekday(yearStart, firstDay) - 2) / 7 + 1;
+  case DatePart::Weekday: return Weekday(days, firstDay);
   case DatePart::Hour: return time.hour;
   case DatePart::Minute: return time.minute;
   case DatePart::Second: return time.second;
@@ -295,8 +295,8 @@ int GetDatePart(DatePart part, TypeId type, int64_t moment) {
   return 0;
 }
 
-std::string GetDateName(DatePart part, TypeId type, int64_t moment) {
-  const int value = GetDatePart(part, type, moment);
+std::string GetDateName(DatePart part, TypeId type, int64_t moment, int firstDay) {
+  const int value = GetDatePart(part, type, moment, part == DatePart::Weekday ? kUsualFirstDay : firstDay);
   if (part == DatePart::Month) return MonthName(value);
   if (part == DatePart::Weekday) return kWeekdays[static_cast<size_t>(value - 1)];
   return std::to_string(value);

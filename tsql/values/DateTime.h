@@ -71,8 +71,10 @@ inline bool IsPartOfDay(DatePart part) {
 std::optional<int64_t> DateAdd(DatePart part, int64_t number, TypeId type, int64_t moment);
 // The units are those of both moments. nullopt: more than 64 bits.
 std::optional<int64_t> DateDiff(DatePart part, bool isFine, int64_t from, int64_t to);
-int GetDatePart(DatePart part, TypeId type, int64_t moment);
-std::string GetDateName(DatePart part, TypeId type, int64_t moment);
+// The day of the week on which weeks begin: Monday is 1, Sunday 7.
+inline constexpr int kUsualFirstDay = 7;
+int GetDatePart(DatePart part, TypeId type, int64_t moment, int firstDay = kUsualFirstDay);
+std::string GetDateName(DatePart part, TypeId type, int64_t moment, int firstDay = kUsualFirstDay);
 
 // In 100 ns, as a datetime2.
 int64_t LocalNow();

@@ -270,6 +270,7 @@ constexpr ErrorText kErrors[] = {
      "allowed."},
     {2732, 16, 1,
      "Error number %1 is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000."},
+    {2742, 16, 1, "SET DATEFIRST %1 is out of range."},
     {2747, 16, 1,
      "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters."},
     {2748, 16, 1, "Cannot specify %1 data type (parameter %2) as a substitution parameter."},

@@ -25,16 +25,34 @@ TEST_F(OptionsTest, AnOptionMayBeSetToWhatItIs) {
     EXPECT_EQ(ErrorOf("SET " + std::string(option) + " OFF"), 0) << option;
     EXPECT_EQ(ErrorOf("SET " + std::string(option) + " ON"), 40510) << option;
   }
-  for (const char* setting : {"DATEFORMAT mdy", "DATEFIRST 7", "TEXTSIZE 2147483647", "TEXTSIZE -1",
+  for (const char* setting : {"DATEFORMAT mdy", "TEXTSIZE 2147483647", "TEXTSIZE -1",
                               "QUERY_GOVERNOR_COST_LIMIT 0", "DEADLOCK_PRIORITY LOW"})
     EXPECT_EQ(ErrorOf("SET " + std::string(setting)), 0) << setting;
-  for (const char* setting : {"DATEFORMAT dmy", "DATEFORMAT ''", "DATEFIRST 1", "DATEFIRST @d", "TEXTSIZE 7",
-                              "QUERY_GOVERNOR_COST_LIMIT 9", "DEADLOCK_PRIORITY 3", "LANGUAGE German"})
+  for (const char* setting : {"DATEFORMAT dmy", "DATEFORMAT ''", "TEXTSIZE 7", "QUERY_GOVERNOR_COST_LIMIT 9",
+                              "DEADLOCK_PRIORITY 3", "LANGUAGE German"})
     EXPECT_EQ(ErrorOf("DECLARE @d INT SET " + std::string(setting)), 40510) << setting;
   EXPECT_EQ(Run("SET LANGUAGE us_english").messages, Lines({"Changed language setting to us_english."}));
   EXPECT_EQ(ErrorText("SET FOO ON"), "195 1 'FOO' is not a recognized SET option.");
   EXPECT_EQ(ErrorOf("SET DATEFIRST"), 102);
   EXPECT_EQ(ErrorOf("SET STATISTICS FOO OFF"), 102);
+}
+
+TEST_F(OptionsTest, TheFirstDayOfTheWeek) {
+  // 2021-01-03 was a Sunday.
+  const std::string parts =
+      " SELECT @@DATEFIRST, DATEPART(weekday, '2021-01-03'), DATEPART(weekday, '2021-01-04'), "
+      "DATEPART(week, '2021-01-03'), DATENAME(weekday, '2021-01-03'), "
+      "DATEDIFF(week, '2021-01-02', '2021-01-03'), DATEPART(iso_week, '2021-01-04')";
+  EXPECT_EQ(Rows(parts), Lines({"7|1|2|2|Sunday|1|1"}));
+  EXPECT_EQ(Rows("SET DATEFIRST 1" + parts), Lines({"1|7|1|1|Sunday|1|1"}));
+  EXPECT_EQ(Rows("DECLARE @d INT = 6 SET DATEFIRST @d" + parts), Lines({"6|2|3|2|Sunday|1|1"}));
+  EXPECT_EQ(ErrorText("SET DATEFIRST 8"), "2742 1 SET DATEFIRST 8 is out of range.");
+  EXPECT_EQ(ErrorOf("SET DATEFIRST 0"), 2742);
+  EXPECT_EQ(ErrorOf("SET DATEFIRST x"), 102);
+  Must("CREATE PROCEDURE p AS SET DATEFIRST 3");
+  EXPECT_EQ(Rows("SET DATEFIRST 5 EXEC p SELECT @@DATEFIRST"), Lines({"5"}));
+  EXPECT_EQ(Rows("SELECT @@DATEFIRST"), Lines({"5"}));
+  EXPECT_EQ(Run("SET LANGUAGE us_english SELECT @@DATEFIRST").results, std::vector<Lines>({{"7"}}));
 }
 
 TEST_F(OptionsTest, VariablesOfTheServerTellThem) {
