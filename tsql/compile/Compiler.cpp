@@ -63,12 +63,12 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   const ModulePtr module = context_.catalog.FindProcedure(name);
   if (!module) {
     RefuseIfListed(RefusedKind::Procedure, name.name);
-    Fail(2812, {name.name});
+    Fail(2812, {name.Written()});
   }
-  std::shared_ptr<CompiledUnit>& cached = procedures_[name.name];
-  if (cached && cached->module->text == module->text) return cached;
+  std::shared_ptr<CompiledUnit>& cached = procedures_[module->key];
+  if (cached && IsSameModule(*cached->module, *module)) return cached;
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(module->text);
+  unit->batch = ParseModule(module->text, module->schema);
   unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
   unit->body = &unit->procedure->body;
   unit->module = module;
@@ -79,9 +79,9 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   return unit;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch) const {
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(text);
+  unit->batch = std::move(batch);
   unit->trigger = static_cast<const CreateTriggerStatement*>(unit->batch->statements.front().get());
   unit->procedure = unit->trigger;
   unit->body = &unit->trigger->body;
@@ -89,19 +89,24 @@ std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) con
   return unit;
 }
 
+void Compiler::CheckTrigger(const CreateTriggerStatement& statement) const {
+  MakeTrigger(ParseBatch(statement.text));
+}
+
 std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
-  std::shared_ptr<CompiledUnit>& cached = triggers_[trigger.module->name];
-  if (cached && cached->module->text == trigger.module->text) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeTrigger(trigger.module->text);
+  const ModuleInfo& module = *trigger.module;
+  std::shared_ptr<CompiledUnit>& cached = triggers_[module.key];
+  if (cached && IsSameModule(*cached->module, module)) return cached;
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(ParseModule(module.text, module.schema));
   unit->module = trigger.module;
   cached = std::move(unit);
   return cached;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, uint32_t number) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const {
   auto unit = std::make_shared<CompiledUnit>();
   unit->number = number;
-  unit->batch = ParseBatch(text);
+  unit->batch = std::move(batch);
   unit->function = static_cast<const CreateFunctionStatement*>(unit->batch->statements.front().get());
   unit->procedure = unit->function;
   unit->body = &unit->function->body;
@@ -111,16 +116,18 @@ std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, ui
   return unit;
 }
 
-Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view name) {
-  auto found = functions_.find(name);
-  if (found == functions_.end()) found = functions_.emplace(std::string(name), FunctionUnits()).first;
+Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view key) {
+  auto found = functions_.find(key);
+  if (found == functions_.end()) found = functions_.emplace(std::string(key), FunctionUnits()).first;
   FunctionUnits& units = found->second;
   if (units.version == context_.catalog.Version()) return units;
-  ObjectName object;
-  object.name = found->first;
-  const ModulePtr module = context_.catalog.FindFunction(object);
-  if (!module) Fail(4121, {"dbo", "dbo." + object.name});
-  const bool isSame = units.module && units.module->text == module->text &&
+  const ModulePtr module = context_.catalog.FunctionOfKey(key);
+  if (!module) {
+    const bool isOfDbo = !units.module || units.module->schema.empty();
+    const std::string schema = isOfDbo ? "dbo" : units.module->schema;
+    Fail(4121, {schema, schema + "." + (units.module ? units.module->name : found->first)});
+  }
+  const bool isSame = units.module && IsSameModule(*units.module, *module) &&
                       (units.idle.empty() || PlannerFor(*units.idle.back()).IsCurrent());
   if (!isSame) {
     units = FunctionUnits();
@@ -131,7 +138,8 @@ Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view name) {
 }
 
 void Compiler::MakeUnit(FunctionUnits& units) {
-  const std::shared_ptr<CompiledUnit> unit = MakeFunction(units.module->text, ++lastUnit_);
+  const std::shared_ptr<CompiledUnit> unit =
+      MakeFunction(ParseModule(units.module->text, units.module->schema), ++lastUnit_);
   unit->module = units.module;
   if (units.made == 0) {
     for (const std::unique_ptr<Plan>& plan : unit->plans)
@@ -141,8 +149,8 @@ void Compiler::MakeUnit(FunctionUnits& units) {
   units.idle.push_back(unit);
 }
 
-std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view name) {
-  FunctionUnits& units = UnitsOf(name);
+std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view key) {
+  FunctionUnits& units = UnitsOf(key);
   if (units.idle.empty()) MakeUnit(units);
   std::shared_ptr<CompiledUnit> unit = std::move(units.idle.back());
   units.idle.pop_back();
@@ -150,7 +158,7 @@ std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view name) {
 }
 
 void Compiler::GiveBack(std::shared_ptr<CompiledUnit> function) {
-  const auto found = functions_.find(std::string_view(function->module->name));
+  const auto found = functions_.find(std::string_view(function->module->key));
   if (found != functions_.end() && found->second.module == function->module)
     found->second.idle.push_back(std::move(function));
 }
@@ -159,7 +167,7 @@ void Compiler::CollectCalls(const std::vector<Dependency>& dependencies, std::ve
   for (const Dependency& dependency : dependencies) {
     if (!IsCall(dependency)) continue;
     try {
-      FunctionUnits& units = UnitsOf(dependency.function->name);
+      FunctionUnits& units = UnitsOf(dependency.function->key);
       if (std::ranges::count(found, &units) > 0) continue;
       if (units.idle.empty()) MakeUnit(units);
       found.push_back(&units);
@@ -197,7 +205,7 @@ bool Compiler::IsFunctionTable(const TablePtr& table) const {
 void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
   if (statement.function != FunctionKind::Inline) {
     CheckFunctionBody(statement.body);
-    MakeFunction(statement.text, 0);
+    MakeFunction(ParseBatch(statement.text), 0);
     return;
   }
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);

@@ -273,12 +273,12 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
 // It is on for one table at a time.
 void Interpreter::SetIdentityInsert(const ObjectName& name, bool on) {
   const TablePtr table = catalog_.FindTable(name);
-  if (!table) Fail(1088, {name.name});
+  if (!table) Fail(1088, {name.Written()});
   if (table->identityColumn < 0) Fail(8106, {table->name});
-  const std::string& present = compiler_.IdentityInsert();
-  const bool isOn = EqualNames(present, table->name);
-  if (on && !isOn && !present.empty()) Fail(8107, {present, table->name});
-  if (on != isOn) compiler_.SetIdentityInsert(on ? table->name : std::string());
+  const TablePtr present = compiler_.IdentityInsert();
+  const bool isOn = present && EqualNames(present->storageName, table->storageName);
+  if (on && !isOn && present) Fail(8107, {present->name, table->name});
+  if (on != isOn) compiler_.SetIdentityInsert(on ? table : nullptr);
 }
 
 void Interpreter::SetRowLimit(const SetOptionStatement& statement) {

@@ -55,7 +55,7 @@ struct Interpreter::ProcedureScope {
   bool xactAbort;
   int lockTimeout;
   int64_t rowLimit;
-  std::string identityInsert;
+  TablePtr identityInsert;
 };
 
 bool Interpreter::RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultSink& sink) {

@@ -182,7 +182,7 @@ StatementPtr Parser::ParseSetOption() {
   if (std::find(kOptions.begin(), kOptions.end(), statement->option) == kOptions.end())
     throw Error(195, 15, 5, name.line, "'" + name.text + "' is not a recognized SET option.");
   if (IsSymbol(",")) RefuseHere("SET of several options");
-  if (statement->option == "identity_insert") statement->table = ParseObjectName();
+  if (statement->option == "identity_insert") statement->table = ParseDefinedName();
   if (statement->option == "lock_timeout") {
     if (TakeSymbol("-")) statement->value = "-";
     if (Current().kind != TokenKind::Integer) SyntaxError();

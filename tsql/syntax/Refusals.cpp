@@ -23,7 +23,7 @@ constexpr std::string_view kCreate =
     "COLUMNSTORE INDEX, CONTRACT, CREDENTIAL, CRYPTOGRAPHIC PROVIDER, DATABASE, DEFAULT, ENDPOINT, "
     "EVENT NOTIFICATION, EVENT SESSION, EXTERNAL, FULLTEXT, LOGIN, MASTER KEY, MESSAGE TYPE, "
     "NONCLUSTERED COLUMNSTORE INDEX, PARTITION FUNCTION, PARTITION SCHEME, PRIMARY XML INDEX, QUEUE, "
-    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SCHEMA, SEARCH PROPERTY LIST, "
+    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SEARCH PROPERTY LIST, "
     "SECURITY POLICY, SELECTIVE XML INDEX, SEQUENCE, SERVER AUDIT, SERVER ROLE, SERVICE, "
     "SPATIAL INDEX, STATISTICS, SYMMETRIC KEY, SYNONYM, TYPE, USER, WORKLOAD GROUP, "
     "XML INDEX, XML SCHEMA COLLECTION";
@@ -33,7 +33,7 @@ constexpr std::string_view kAlter =
     "CERTIFICATE, COLUMN ENCRYPTION KEY, CREDENTIAL, CRYPTOGRAPHIC PROVIDER, DATABASE, ENDPOINT, "
     "EVENT SESSION, EXTERNAL, FULLTEXT, INDEX, LOGIN, MASTER KEY, MESSAGE TYPE, "
     "PARTITION FUNCTION, PARTITION SCHEME, QUEUE, REMOTE SERVICE BINDING, RESOURCE GOVERNOR, "
-    "RESOURCE POOL, ROLE, ROUTE, SCHEMA, SEARCH PROPERTY LIST, SECURITY POLICY, SEQUENCE, "
+    "RESOURCE POOL, ROLE, ROUTE, SEARCH PROPERTY LIST, SECURITY POLICY, SEQUENCE, "
     "SERVER AUDIT, SERVER CONFIGURATION, SERVER ROLE, SERVICE, SYMMETRIC KEY, USER, "
     "WORKLOAD GROUP, XML SCHEMA COLLECTION";
 
@@ -42,7 +42,7 @@ constexpr std::string_view kDrop =
     "CERTIFICATE, COLUMN ENCRYPTION KEY, COLUMN MASTER KEY, CONTRACT, CREDENTIAL, "
     "CRYPTOGRAPHIC PROVIDER, DATABASE, DEFAULT, ENDPOINT, EVENT NOTIFICATION, EVENT SESSION, EXTERNAL, "
     "FULLTEXT, LOGIN, MASTER KEY, MESSAGE TYPE, PARTITION FUNCTION, PARTITION SCHEME, QUEUE, "
-    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SCHEMA, SEARCH PROPERTY LIST, "
+    "REMOTE SERVICE BINDING, RESOURCE POOL, ROLE, ROUTE, RULE, SEARCH PROPERTY LIST, "
     "SECURITY POLICY, SEQUENCE, SERVER AUDIT, SERVER ROLE, SERVICE, STATISTICS, SYMMETRIC KEY, "
     "SYNONYM, TYPE, USER, WORKLOAD GROUP, XML SCHEMA COLLECTION";
 
@@ -65,8 +65,8 @@ constexpr std::string_view kFunctions =
     "IDENT_SEED, INDEXKEY_PROPERTY, INDEXPROPERTY, INDEX_COL, ISJSON, IS_MEMBER, IS_OBJECTSIGNED, "
     "IS_ROLEMEMBER, IS_SRVROLEMEMBER, JSON_MODIFY, JSON_QUERY, JSON_VALUE, KEY_GUID, KEY_ID, KEY_NAME, "
     "LOGINPROPERTY, MIN_ACTIVE_ROWVERSION, NEWSEQUENTIALID, OBJECTPROPERTY, OBJECTPROPERTYEX, "
-    "OBJECT_DEFINITION, OBJECT_SCHEMA_NAME, ORIGINAL_DB_NAME, ORIGINAL_LOGIN, PARSE, PERCENTILE_CONT, "
-    "PERCENTILE_DISC, PERMISSIONS, PUBLISHINGSERVERNAME, PWDCOMPARE, PWDENCRYPT, SCHEMA_ID, SCHEMA_NAME, "
+    "OBJECT_DEFINITION, ORIGINAL_DB_NAME, ORIGINAL_LOGIN, PARSE, PERCENTILE_CONT, "
+    "PERCENTILE_DISC, PERMISSIONS, PUBLISHINGSERVERNAME, PWDCOMPARE, PWDENCRYPT, "
     "SERVERPROPERTY, SESSIONPROPERTY, SESSION_CONTEXT, SESSION_USER, SIGNBYASYMKEY, SIGNBYCERT, SOUNDEX, "
     "SQL_VARIANT_PROPERTY, STATS_DATE, STDEV, STDEVP, STRING_ESCAPE, SUSER_ID, SUSER_SID, "
     "SWITCHOFFSET, SYMKEYPROPERTY, SYSDATETIMEOFFSET, SYSTEM_USER, TERTIARY_WEIGHTS, "
@@ -130,7 +130,7 @@ constexpr std::string_view kSystemViews =
     "information_schema.constraint_table_usage, information_schema.domain_constraints, "
     "information_schema.domains, information_schema.key_column_usage, information_schema.parameters, "
     "information_schema.referential_constraints, information_schema.routine_columns, "
-    "information_schema.routines, information_schema.schemata, information_schema.sequences, "
+    "information_schema.routines, information_schema.sequences, "
     "information_schema.table_constraints, information_schema.table_privileges, "
     "information_schema.view_column_usage, information_schema.view_table_usage, "
     "information_schema.views, sys.all_columns, sys.all_objects, sys.all_parameters, "
@@ -154,7 +154,7 @@ constexpr std::string_view kSystemViews =
     "sys.login_token, sys.master_files, sys.messages, sys.numbered_procedures, "
     "sys.parameter_type_usages, sys.parameters, sys.partition_functions, sys.partition_parameters, "
     "sys.partition_range_values, sys.partition_schemes, sys.partitions, sys.plan_guides, "
-    "sys.procedures, sys.routes, sys.schemas, sys.securable_classes, sys.sequences, "
+    "sys.procedures, sys.routes, sys.securable_classes, sys.sequences, "
     "sys.server_permissions, sys.server_principals, sys.server_role_members, sys.servers, "
     "sys.service_queues, sys.services, sys.spatial_indexes, sys.sql_dependencies, "
     "sys.sql_expression_dependencies, sys.sql_logins, sys.sql_modules, sys.stats, sys.stats_columns, "

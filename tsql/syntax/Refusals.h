@@ -105,8 +105,11 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"RAISERROR without parentheses", "RAISERROR 50001 'x'"},
     {"RAISERROR WITH LOG or SETERROR", "RAISERROR ('x', 16, 1) WITH LOG"},
     // definitions
-    {"A schema other than dbo", "CREATE TABLE other.t (a INT)"},
-    {"A table with a name that the storage has for itself", "CREATE TABLE sqlite_x (a INT)"},
+    {"An object in a schema that the server makes itself", "CREATE TABLE guest.t (a INT)"},
+    {"CREATE SCHEMA with what is in it", "CREATE SCHEMA s CREATE TABLE t (a INT)"},
+    {"An owner of a schema other than dbo", "CREATE SCHEMA s AUTHORIZATION guest"},
+    {"ALTER SCHEMA TRANSFER of something other than an object", "ALTER SCHEMA dbo TRANSFER TYPE::s.x"},
+    {"A name that the storage has for itself", "CREATE TABLE sqlite_x (a INT)"},
     {"A column with a collation that tells cases apart",
      "CREATE TABLE x (a VARCHAR(5) COLLATE Latin1_General_BIN)"},
     {"A type name of several words", "DECLARE @s CHAR VARYING(10)"},

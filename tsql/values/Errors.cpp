@@ -178,7 +178,7 @@ constexpr ErrorText kErrors[] = {
      "to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column."},
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
-     "table \"dbo.%5\"%6."},
+     "table \"%5\"%6."},
     {557, 16, 2,
      "Only functions and some extended stored procedures can be executed from within a function."},
     {628, 16, 0, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
@@ -218,7 +218,7 @@ constexpr ErrorText kErrors[] = {
     {1222, 16, 51, "Lock request time out period exceeded."},
     {1505, 16, 1,
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
-     "'dbo.%1' and the index name '%2'."},
+     "'%1' and the index name '%2'."},
     {1750, 16, 0, "Could not create constraint or index. See previous errors."},
     {1711, 16, 1,
      "Cannot define PRIMARY KEY constraint on column '%1' in table '%2'. The computed column has to be persisted "
@@ -248,11 +248,13 @@ constexpr ErrorText kErrors[] = {
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%1' already exists on table '%2'."},
     {2010, 16, 1, "Cannot perform alter on '%1' because it is an incompatible object type."},
+    {2103, 16, 1,
+     "Cannot %1 trigger '%2' because its schema is different from the schema of the target table or view."},
     {2110, 16, 1, "Cannot alter trigger '%1' on '%2' because this trigger does not belong to this object."},
     {2111, 16, 1,
      "Cannot %1 trigger '%2' on %3 '%4' because an INSTEAD OF %5 trigger already exists on this object."},
-    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%1' with unique index '%2'."},
-    {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object 'dbo.%3'."},
+    {2601, 14, 1, "Cannot insert duplicate key row in object '%1' with unique index '%2'."},
+    {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object '%3'."},
     {2705, 16, 3,
      "Column names in each table must be unique. Column name '%1' in table '%2' is specified more than "
      "once."},
@@ -282,6 +284,9 @@ constexpr ErrorText kErrors[] = {
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},
     {2787, 16, 1, "Invalid format specification: '%1'."},
+    {2759, 16, 0, "CREATE SCHEMA failed due to previous errors."},
+    {2760, 16, 1,
+     "The specified schema name \"%1\" either does not exist or you do not have permission to use it."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3609, 16, 1, "The transaction ended in the trigger. The batch has been aborted."},
     {3616, 16, 1,
@@ -558,6 +563,7 @@ bool EndsBatch(const Error& error) {
   case 4116:
   case 3701:
   case 3726:
+  case 3729:
   case 3902:
   case 3903:
   case 4712:
@@ -575,6 +581,10 @@ bool EndsBatch(const Error& error) {
   case 10743:
   case 10744:
   case 10745:
+  case 15150:
+  case 15151:
+  case 15347:
+  case 15530:
   case 16905:
   case 16911:
   case 16915:
