@@ -28,6 +28,7 @@ constexpr ErrorText kErrors[] = {
     {110, 15, 1,
      "There are fewer columns in the INSERT statement than values specified in the VALUES clause. The number "
      "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
+    {111, 15, 1, "'%1' must be the first statement in a query batch."},
     {113, 15, 1, "Missing end comment mark '*/'."},
     {116, 16, 1,
      "Only one expression can be specified in the select list when the subquery is not introduced with "
@@ -295,6 +296,7 @@ constexpr ErrorText kErrors[] = {
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
     {3725, 16, 0, "The constraint '%1' is being referenced by table '%2', foreign key constraint '%3'."},
+    {3729, 16, 1, "Cannot %1 '%2' because it is being referenced by object '%3'."},
     {3727, 16, 0, "Could not drop constraint. See previous errors."},
     {3728, 16, 1, "'%1' is not a constraint."},
     {3733, 16, 2, "Constraint '%1' does not belong to table '%2'."},
@@ -453,6 +455,10 @@ constexpr ErrorText kErrors[] = {
      "integer constant expressions."},
     {11415, 16, 1,
      "Object '%1' cannot be disabled or enabled. This action applies only to foreign key and check constraints."},
+    {15150, 16, 1, "Cannot %1 the %2 '%3'."},
+    {15151, 16, 1, "Cannot %1 the %2 '%3', because it does not exist or you do not have permission."},
+    {15347, 16, 1, "Cannot transfer an object that is owned by a parent object."},
+    {15530, 16, 1, "The object with name \"%1\" already exists."},
     {16905, 16, 1, "The cursor is already open."},
     {16911, 16, 1, "fetch: The fetch type %1 cannot be used with forward only cursors."},
     {16915, 16, 1, "A cursor with the name '%1' already exists."},
