@@ -336,7 +336,7 @@ Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& 
 BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
   if (++viewDepth_ > kMaxViewDepth) Fail(217, {});
   std::vector<std::string> columns;
-  const QueryPtr query = ParseView(view.text, view.schema, columns);
+  const QueryPtr query = ParseView(view.text, view.schema, view.name, columns);
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
   // A view does not see the statement that uses it.

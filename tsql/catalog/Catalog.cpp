@@ -26,7 +26,7 @@ std::string KeyBeside(const ModuleInfo& module, const std::string& name) {
 
 TriggerPtr ReadTrigger(ModulePtr module) {
   try {
-    const std::unique_ptr<Batch> batch = ParseModule(module->text, module->schema);
+    const std::unique_ptr<Batch> batch = ParseModule(module->text, module->schema, module->name);
     const bool isTrigger =
         !batch->statements.empty() && batch->statements.front()->kind == StatementKind::CreateTrigger;
     if (!isTrigger) throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: a trigger's text");
@@ -430,8 +430,18 @@ void Catalog::MoveTable(const TableInfo& from, const TableInfo& to) {
 }
 
 void Catalog::MoveModule(const ModuleInfo& from, const ModuleInfo& to) {
-  RemoveModule(from.key);
-  AddModule(to.kind, to);
+  ++version_;
+  changed_ = true;
+  TouchSchema();
+  store_.RenameModule(from.key, to.key);
+  auto kept = std::make_shared<const ModuleInfo>(to);
+  if (to.kind != ModuleKind::Trigger) {
+    main_.ModulesOf(to.kind).erase(from.key);
+    main_.ModulesOf(to.kind)[to.key] = std::move(kept);
+    return;
+  }
+  for (TriggerPtr& trigger : main_.triggers)
+    if (EqualNames(trigger->module->key, from.key)) trigger = ReadTrigger(kept);
 }
 
 std::string Catalog::TempStorageName(const std::string& name) const {

@@ -266,6 +266,11 @@ void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) con
            Text(module.text)});
 }
 
+void DefinitionStore::RenameModule(const std::string& from, const std::string& to) const {
+  RunWith(connection_, "UPDATE " + Qualified(Place::Main, storage::kModules) + " SET name = ? WHERE name = ?",
+          {Text(to), Text(from)});
+}
+
 void DefinitionStore::EraseModule(const std::string& key) const {
   RunWith(connection_, "DELETE FROM " + Qualified(Place::Main, storage::kModules) + " WHERE name = ?",
           {Text(key)});

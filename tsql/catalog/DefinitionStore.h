@@ -32,6 +32,7 @@ class DefinitionStore {
   void EraseTable(const TableInfo& table) const;
   // Views and procedures are in the main database alone. Writing replaces what has the same name.
   void WriteModule(ModuleKind kind, const ModuleInfo& module) const;
+  void RenameModule(const std::string& from, const std::string& to) const; // it keeps its row
   void EraseModule(const std::string& key) const;
 
  private:

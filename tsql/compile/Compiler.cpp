@@ -5,6 +5,7 @@
 
 #include "tsql/compile/FunctionRules.h"
 #include "tsql/compile/Preparation.h"
+#include "tsql/compile/SystemProcedures.h"
 #include "tsql/sqlite/Values.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
@@ -59,7 +60,32 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
   return unit;
 }
 
+// A procedure of the server comes before one of a user that has its name.
+std::shared_ptr<CompiledUnit> Compiler::CompileSystemProcedure(const ObjectName& name) {
+  const auto found = systemProcedures_.find(name.name);
+  if (found != systemProcedures_.end()) return found->second;
+  std::unique_ptr<Batch> batch = MakeSystemProcedure(name);
+  if (!batch) return nullptr;
+  std::shared_ptr<CompiledUnit> unit = MakeProcedure(std::move(batch));
+  systemProcedures_.emplace(name.name, unit);
+  return unit;
+}
+
+std::shared_ptr<CompiledUnit> Compiler::MakeProcedure(std::unique_ptr<Batch> batch) const {
+  auto unit = std::make_shared<CompiledUnit>();
+  unit->batch = std::move(batch);
+  unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
+  unit->body = &unit->procedure->body;
+  for (const ProcedureParameter& parameter : unit->procedure->parameters)
+    unit->variables.push_back({parameter.name, parameter.type});
+  PlannerFor(*unit).CompileAll();
+  return unit;
+}
+
 std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name) {
+  const bool isSystem = name.name.size() > 3 && EqualNames(std::string_view(name.name).substr(0, 3), "sp_");
+  if (isSystem)
+    if (std::shared_ptr<CompiledUnit> unit = CompileSystemProcedure(name)) return unit;
   const ModulePtr module = context_.catalog.FindProcedure(name);
   if (!module) {
     RefuseIfListed(RefusedKind::Procedure, name.name);
@@ -67,14 +93,8 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   }
   std::shared_ptr<CompiledUnit>& cached = procedures_[module->key];
   if (cached && IsSameModule(*cached->module, *module)) return cached;
-  auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseModule(module->text, module->schema);
-  unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
-  unit->body = &unit->procedure->body;
+  std::shared_ptr<CompiledUnit> unit = MakeProcedure(ParseModule(module->text, module->schema, module->name));
   unit->module = module;
-  for (const ProcedureParameter& parameter : unit->procedure->parameters)
-    unit->variables.push_back({parameter.name, parameter.type});
-  PlannerFor(*unit).CompileAll();
   cached = unit;
   return unit;
 }
@@ -97,7 +117,7 @@ std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigge
   const ModuleInfo& module = *trigger.module;
   std::shared_ptr<CompiledUnit>& cached = triggers_[module.key];
   if (cached && IsSameModule(*cached->module, module)) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeTrigger(ParseModule(module.text, module.schema));
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(ParseModule(module.text, module.schema, module.name));
   unit->module = trigger.module;
   cached = std::move(unit);
   return cached;
@@ -138,8 +158,9 @@ Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view key) {
 }
 
 void Compiler::MakeUnit(FunctionUnits& units) {
+  const ModuleInfo& module = *units.module;
   const std::shared_ptr<CompiledUnit> unit =
-      MakeFunction(ParseModule(units.module->text, units.module->schema), ++lastUnit_);
+      MakeFunction(ParseModule(module.text, module.schema, module.name), ++lastUnit_);
   unit->module = units.module;
   if (units.made == 0) {
     for (const std::unique_ptr<Plan>& plan : unit->plans)

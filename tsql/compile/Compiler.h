@@ -80,6 +80,8 @@ class Compiler {
     using is_transparent = void;
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
+  std::shared_ptr<CompiledUnit> CompileSystemProcedure(const ObjectName& name);
+  std::shared_ptr<CompiledUnit> MakeProcedure(std::unique_ptr<Batch> batch) const;
   std::shared_ptr<CompiledUnit> MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const;
   std::shared_ptr<CompiledUnit> MakeTrigger(std::unique_ptr<Batch> batch) const;
   FunctionUnits& UnitsOf(std::string_view key);
@@ -90,6 +92,7 @@ class Compiler {
   std::unordered_map<std::string, FunctionUnits, TextHash, std::equal_to<>> functions_;
   uint32_t lastUnit_ = 0; // number of a function's unit
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
+  std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> systemProcedures_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> triggers_;
   std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
   std::string key_; // of the batch that is looked for; it keeps its memory

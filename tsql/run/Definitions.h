@@ -33,6 +33,13 @@ class Definitions {
   void DropSchema(const std::string& name, bool ifExists);
   // ALTER SCHEMA ... TRANSFER.
   void TransferObject(const AlterSchemaStatement& statement);
+  // The view, procedure, function or trigger of the name; null when there is none.
+  ModulePtr FindModule(const ObjectName& name) const;
+  // What sp_rename does. `written` is what was to be renamed, for messages.
+  void RenameObject(const ObjectName& name, const std::string& newName);
+  void RenameColumn(const TableInfo& table, const std::string& name, const std::string& newName,
+                    const std::string& written);
+  void RenameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
 
  private:
   void DropTempTable(const TableInfo& table);

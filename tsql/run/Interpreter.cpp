@@ -228,6 +228,10 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
     RunRaiserror(static_cast<const RaiserrorStatement&>(statement));
     return Flow::Next;
   case StatementKind::Throw: return RunThrow(static_cast<const ThrowStatement&>(statement));
+  case StatementKind::System:
+    RunSystemProcedure(static_cast<const SystemStatement&>(statement));
+    lastError_ = 0;
+    return Flow::Return;
   case StatementKind::Execute: return RunExecute(static_cast<const ExecuteStatement&>(statement));
   default: RunDefinition(statement);
   }

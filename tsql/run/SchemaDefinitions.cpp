@@ -42,10 +42,8 @@ void Definitions::TransferObject(const AlterSchemaStatement& statement) {
   target.schema = statement.schema;
   target.name = statement.object.name;
   const TablePtr table = catalog_.FindTable(statement.object);
-  ModulePtr module = catalog_.FindView(statement.object);
-  if (!module) module = catalog_.FindProcedure(statement.object);
-  if (!module) module = catalog_.FindFunction(statement.object);
-  if (catalog_.FindTrigger(statement.object)) Fail(15347, {});
+  const ModulePtr module = FindModule(statement.object);
+  if (module && module->kind == ModuleKind::Trigger) Fail(15347, {});
   const bool isTable = table && table->place == Place::Main;
   if (!isTable && !module) Fail(15151, {"find", "object", statement.object.name});
   const Catalog::NewObject to = catalog_.PlaceNew(target);

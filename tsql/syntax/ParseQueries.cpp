@@ -594,6 +594,7 @@ ObjectName Parser::ParseDefinedName() {
 // The name of the module that is parsed.
 ObjectName Parser::ParseModuleName() {
   ObjectName name = ParseDefinedName();
+  if (schema_) name.name = moduleName_;
   if (schema_) name.schema = schema_->empty() && !name.schema.empty() ? "dbo" : *schema_;
   home_ = EqualNames(name.schema, "dbo") ? std::string() : name.schema;
   return name;

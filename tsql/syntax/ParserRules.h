@@ -12,8 +12,11 @@ class Parser {
  public:
   explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
-  // What is parsed is a module of the schema, whatever its text says.
-  void SetSchema(const std::string& schema) { schema_ = schema; }
+  // What is parsed is a module of this schema and name, whatever its text says.
+  void SetModule(const std::string& schema, const std::string& name) {
+    schema_ = schema;
+    moduleName_ = name;
+  }
   void ParseAll(Batch& batch);
   std::vector<ProcedureParameter> ParseParameterList();
   ExprPtr ParseExpression();
@@ -236,6 +239,7 @@ class Parser {
 
   std::string_view text_;
   std::optional<std::string> schema_; // of the module that is parsed, where its text does not count
+  std::string moduleName_;            // the same
   std::string home_;                  // of the names in it; empty for dbo
   std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;

@@ -45,6 +45,7 @@ enum class StatementKind : uint8_t {
   Raiserror,
   Throw,
   Execute,
+  System, // the work of a procedure of the server; no batch can write it
 };
 
 struct Statement {

@@ -455,9 +455,24 @@ constexpr ErrorText kErrors[] = {
      "integer constant expressions."},
     {11415, 16, 1,
      "Object '%1' cannot be disabled or enabled. This action applies only to foreign key and check constraints."},
+    {15004, 16, 1, "Name cannot be NULL."},
+    {15009, 16, 1, "The object '%1' does not exist in database '%2' or is invalid for this operation."},
     {15150, 16, 1, "Cannot %1 the %2 '%3'."},
     {15151, 16, 1, "Cannot %1 the %2 '%3', because it does not exist or you do not have permission."},
+    {15197, 16, 1, "There is no text for object '%1'."},
+    {15223, 11, 1, "Error: The input parameter '%1' is not allowed to be null."},
+    {15225, 11, 1,
+     "No item by the name of '%1' could be found in the current database '%2', given that @itemtype was input "
+     "as '%3'."},
+    {15248, 11, 1, "Either the parameter @objname is ambiguous or the claimed @objtype (%1) is wrong."},
+    {15249, 11, 1, "Error: Explicit @objtype '%1' is unrecognized."},
+    {15253, 11, 1, "Syntax error parsing SQL identifier '%1'."},
+    {15335, 11, 1,
+     "Error: The new name '%1' is already in use as a %2 name and would cause a duplicate that is not "
+     "permitted."},
+    {15336, 16, 1, "Object '%1' cannot be renamed because the object participates in enforced dependencies."},
     {15347, 16, 1, "Cannot transfer an object that is owned by a parent object."},
+    {15477, 10, 1, "Caution: Changing any part of an object name could break scripts and stored procedures."},
     {15530, 16, 1, "The object with name \"%1\" already exists."},
     {16905, 16, 1, "The cursor is already open."},
     {16911, 16, 1, "fetch: The fetch type %1 cannot be used with forward only cursors."},
@@ -587,8 +602,18 @@ bool EndsBatch(const Error& error) {
   case 10743:
   case 10744:
   case 10745:
+  case 15004:
+  case 15009:
   case 15150:
   case 15151:
+  case 15197:
+  case 15223:
+  case 15225:
+  case 15248:
+  case 15249:
+  case 15253:
+  case 15335:
+  case 15336:
   case 15347:
   case 15530:
   case 16905:

@@ -174,11 +174,12 @@ TEST_F(KillTest, SchemasAreWholeOrGone) {
   Must("CREATE TRIGGER on_made ON made FOR INSERT AS INSERT INTO dbo.journal VALUES ('x')");
   const std::string batch =
       "WHILE 1 = 1 BEGIN EXEC ('CREATE SCHEMA s') PRINT 'there' ALTER SCHEMA s TRANSFER made"
-      " PRINT 'in' ALTER SCHEMA dbo TRANSFER s.made PRINT 'out' DROP SCHEMA s PRINT 'gone' END";
+      " EXEC sp_rename 's.made.a', 'b' PRINT 'in' EXEC sp_rename 's.made.b', 'a' ALTER SCHEMA dbo TRANSFER s.made PRINT 'out' DROP SCHEMA s PRINT 'gone' END";
   for (const int steps : {1, 2, 3, 4, 17, 30}) {
     RunAndKill(batch, steps);
     if (HasFatalFailure()) return;
-    Must("IF OBJECT_ID('s.made') IS NOT NULL ALTER SCHEMA dbo TRANSFER s.made");
+    Must("IF COL_LENGTH('s.made', 'b') IS NOT NULL EXEC sp_rename 's.made.b', 'a'"
+         " IF OBJECT_ID('s.made') IS NOT NULL ALTER SCHEMA dbo TRANSFER s.made");
     EXPECT_EQ(Rows("SELECT id, a FROM made ORDER BY id"), Lines({"1|1", "2|2"}));
     Must(
         "BEGIN TRAN INSERT INTO made VALUES (3) IF NOT EXISTS (SELECT * FROM journal) RAISERROR ('no trigger', 16, 1)"

@@ -57,6 +57,8 @@ class StorageFaultsTest : public FileTest {
                  " UPDATE journal SET n = n + 1, text = REPLICATE('x', 4000 + n % 2 * 4000)"
                  " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'"
                  " EXEC ('CREATE SCHEMA passing') ALTER SCHEMA passing TRANSFER journal"
+                 " EXEC sp_rename 'passing.journal.n', 'm' EXEC sp_rename 'passing.journal.m', 'n'"
+                 " EXEC sp_rename 'passing.journal', 'diary' EXEC sp_rename 'passing.diary', 'journal'"
                  " ALTER SCHEMA dbo TRANSFER passing.journal DROP SCHEMA passing")
                .errors)
         failures += error.what();
