@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/catalog/Schemas.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
@@ -17,21 +18,31 @@ bool IsOrderSensitive(const BoundQuery& query) {
                      [](const BoundOrder& order) { return order.ordinal >= 0; });
 }
 
+bool IsSameSchema(const std::string& left, const std::string& right) {
+  return EqualNames(left, right) || ((left.empty() || IsDbo(left)) && (right.empty() || IsDbo(right)));
+}
+
+} // namespace
+
 // The source in FROM that is the target, found by its alias or by its table's name.
-const TableSource* FindTargetSource(const TableSource& from, const ObjectName& name, bool byAlias) {
+const TableSource* Binder::FindTargetSource(const TableSource& from, const ObjectName& name,
+                                            bool byAlias) const {
   if (from.kind == TableSource::Kind::Join) {
     const TableSource* found = FindTargetSource(*from.left, name, byAlias);
     return found != nullptr ? found : FindTargetSource(*from.right, name, byAlias);
   }
   if (from.kind != TableSource::Kind::Named) return nullptr;
-  const std::string& exposed = byAlias && !from.alias.empty() ? from.alias : from.name.name;
-  return EqualNames(exposed, name.name) ? &from : nullptr;
+  if (byAlias && !from.alias.empty()) return EqualNames(from.alias, name.name) ? &from : nullptr;
+  if (!EqualNames(from.name.name, name.name)) return nullptr;
+  const bool isSame =
+      EqualNames(from.name.schema, name.schema) || catalog_.KeyOf(from.name) == catalog_.KeyOf(name);
+  return isSame ? &from : nullptr;
 }
 
-} // namespace
-
 bool Binder::IsPending(const ObjectName& name) const {
-  const auto isSame = [&](const std::string& table) { return EqualNames(table, name.name); };
+  const auto isSame = [&](const ObjectName& table) {
+    return EqualNames(table.name, name.name) && IsSameSchema(table.schema, name.schema);
+  };
   return pending_ != nullptr && std::any_of(pending_->begin(), pending_->end(), isSame);
 }
 
@@ -56,7 +67,7 @@ TablePtr Binder::RequireTable(const ObjectName& name) {
   TablePtr table = FindTable(name);
   if (!table) {
     if (catalog_.FindView(name)) Refuse("Changing a view");
-    Fail(208, {name.schema.empty() ? name.name : name.schema + "." + name.name});
+    Fail(208, {name.Written()});
   }
   dependencies_.push_back({name, table, nullptr});
   return table;
@@ -64,7 +75,7 @@ TablePtr Binder::RequireTable(const ObjectName& name) {
 
 ModulePtr Binder::FindTarget(const ObjectName& name, TriggerEvent event) const {
   const ModulePtr view = IsFired(name) || catalog_.FindTable(name) ? nullptr : catalog_.FindView(name);
-  return view && catalog_.HasTriggers(view->name, event) ? view : nullptr;
+  return view && catalog_.HasTriggers(view->key, event) ? view : nullptr;
 }
 
 TablePtr Binder::RequireTarget(const ObjectName& name, TriggerEvent event) {
@@ -235,6 +246,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
     ScopeSource entry;
     entry.id = target = nextSource_++;
     entry.exposed = name.name;
+    entry.schema = table->schema;
     entry.isTable = true;
     entry.table = table;
     entry.columns = ColumnsOf(*table);
@@ -261,6 +273,8 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
   const std::string& exposed = targetSource->alias.empty() ? targetSource->name.name : targetSource->alias;
   for (const ScopeSource& entry : scope.sources) {
     if (!EqualNames(entry.exposed, exposed)) continue;
+    if (targetSource->alias.empty() && entry.table && entry.table != catalog_.FindTable(targetSource->name))
+      continue;
     if (entry.isFired) Fail(286, {});
     if (!entry.table) Refuse("Changing a view or a derived table");
     target = entry.id;

@@ -143,6 +143,9 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"update", FunctionId::Updated, &Binder::BindUpdated},
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
       {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
+      {"object_schema_name", FunctionId::ObjectSchemaName, &Binder::BindObjectName},
+      {"schema_name", FunctionId::SchemaName, &Binder::BindSchemaName},
+      {"schema_id", FunctionId::SchemaId, &Binder::BindSchemaName},
   };
   return kFunctions;
 }
@@ -251,20 +254,26 @@ BoundExprPtr Binder::BindNewId(const Expr& /*expr*/, FunctionId function) {
 
 BoundExprPtr Binder::BindObjectName(const Expr& expr, FunctionId function) {
   if (expr.args.size() != 1) Fail(174, {expr.text, "1"});
-  // The argument cannot name columns.
-  Binder arguments(catalog_, variables_, markers_);
-  std::vector<BoundExprPtr> args;
-  args.push_back(Convert(arguments.BindScalar(*expr.args[0]), MakeType(TypeId::Int)));
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  args[0] = Convert(std::move(args[0]), MakeType(TypeId::Int));
   return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
+}
+
+// Without an argument they ask for dbo, the schema of everyone who asks.
+BoundExprPtr Binder::BindSchemaName(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 0, 1);
+  const Type name = MakeType(TypeId::NVarChar, kNameLength);
+  const bool isName = function == FunctionId::SchemaName;
+  if (!args.empty()) args[0] = Convert(std::move(args[0]), isName ? MakeType(TypeId::Int) : name);
+  return MakeFunction(function, isName ? name : MakeType(TypeId::Int), std::move(args));
 }
 
 BoundExprPtr Binder::BindObjectSize(const Expr& expr, FunctionId function) {
   const bool isObjectId = function == FunctionId::ObjectId;
   if (expr.args.empty() || expr.args.size() > 2 || (!isObjectId && expr.args.size() != 2))
     Fail(174, {expr.text, isObjectId ? "1" : "2"});
-  std::vector<BoundExprPtr> args;
-  Binder arguments(catalog_, variables_, markers_);
-  for (const ExprPtr& arg : expr.args) args.push_back(ConvertText(arguments.BindScalar(*arg)));
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 2);
+  for (BoundExprPtr& arg : args) arg = ConvertText(std::move(arg));
   return MakeFunction(function, MakeType(isObjectId ? TypeId::Int : TypeId::SmallInt), std::move(args));
 }
 

@@ -86,6 +86,7 @@ void Binder::AddSource(Scope& scope, ScopeSource source) const {
   for (const ScopeSource& other : scope.sources) {
     if (!EqualNames(other.exposed, source.exposed)) continue;
     if (source.isAlias || other.isAlias) Fail(1011, {source.exposed});
+    if (!EqualNames(other.schema, source.schema)) continue;
     Fail(1013, {source.exposed, other.exposed});
   }
   scope.sources.push_back(std::move(source));
@@ -181,6 +182,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     dependencies_.push_back({source.name, table, nullptr});
     node->table = table;
     entry.table = table;
+    entry.schema = table->schema;
     entry.isTable = true;
     entry.columns = ColumnsOf(*table);
   } else if (const ModulePtr view = catalog_.FindView(source.name)) {
@@ -189,12 +191,12 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   } else if (const SystemView* system = FindSystemView(source.name)) {
     node->kind = BoundSource::Kind::System;
     node->system = system;
+    if (system->schema != nullptr) entry.schema = system->schema;
     for (const Column& column : system->columns)
       entry.columns.push_back({column.name, column.name, column.type, column.nullable});
   } else {
-    const std::string prefix = source.name.schema.empty() ? "" : source.name.schema + ".";
-    if (!IsPending(source.name)) RefuseIfListed(RefusedKind::SystemView, prefix + source.name.name);
-    Fail(208, {prefix + source.name.name});
+    if (!IsPending(source.name)) RefuseIfListed(RefusedKind::SystemView, source.name.Written());
+    Fail(208, {source.name.Written()});
   }
   node->id = nextSource_++;
   entry.id = node->id;
@@ -215,7 +217,7 @@ TablePtr Binder::TriggerTable() {
     return table;
   }
   const ModulePtr view = catalog_.FindView(name);
-  if (!view) Fail(208, {name.name});
+  if (!view) Fail(208, {name.Written()});
   dependencies_.push_back({name, nullptr, view});
   return ViewTable(*view);
 }
@@ -227,6 +229,8 @@ TablePtr Binder::ViewTable(const ModuleInfo& view) {
   BindView(view, source, scope);
   TableInfo table;
   table.name = view.name;
+  table.schema = view.schema;
+  table.storageName = view.key;
   table.isView = true;
   for (const ScopeColumn& column : scope.sources.back().columns) {
     ColumnInfo& info = table.columns.emplace_back();
@@ -332,7 +336,7 @@ Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& 
 BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
   if (++viewDepth_ > kMaxViewDepth) Fail(217, {});
   std::vector<std::string> columns;
-  const QueryPtr query = ParseView(view.text, columns);
+  const QueryPtr query = ParseView(view.text, view.schema, view.name, columns);
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
   // A view does not see the statement that uses it.
@@ -347,6 +351,7 @@ BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& sourc
   entry.id = node->id;
   entry.isAlias = !source.alias.empty();
   entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  entry.schema = view.schema;
   entry.columns = ColumnsOf(*node->query, columns, view.name, true);
   AddSource(scope, std::move(entry));
   return node;

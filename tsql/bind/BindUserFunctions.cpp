@@ -12,7 +12,8 @@ namespace tsql {
 namespace {
 
 std::string FullName(const CreateFunctionStatement& function) {
-  return "dbo." + function.name.name;
+  const ObjectName& name = function.name;
+  return (name.schema.empty() ? "dbo" : name.schema) + "." + name.name;
 }
 
 } // namespace
@@ -28,7 +29,7 @@ struct Binder::Inlined {
 
 const CreateFunctionStatement& Binder::ParsedFunction(const ModulePtr& module, const ObjectName& name) {
   dependencies_.push_back({name, nullptr, nullptr, module});
-  functions_.push_back(ParseBatch(module->text));
+  functions_.push_back(ParseModule(module->text, module->schema, module->name));
   return static_cast<const CreateFunctionStatement&>(*functions_.back()->statements.front());
 }
 
@@ -67,7 +68,7 @@ BoundExprPtr Binder::BindUserCall(const Expr& expr) {
     Fail(4121, {expr.parts[0], JoinParts(expr.parts)});
   const CreateFunctionStatement& function = ParsedFunction(module, name);
   BoundExprPtr node = MakeNode(BoundExpr::Kind::UserFunction, function.returns);
-  node->name = module->name;
+  node->name = module->key;
   node->args = BindFunctionArguments(function, expr.args);
   return node;
 }
@@ -154,14 +155,14 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
     return BindSplit(source, scope, visible);
   constexpr int kMaxDepth = 32;
   const ModulePtr module = catalog_.FindFunction(source.name);
-  if (!module || module->kind == ModuleKind::ScalarFunction)
-    Fail(208, {source.name.schema.empty() ? source.name.name : source.name.schema + "." + source.name.name});
+  if (!module || module->kind == ModuleKind::ScalarFunction) Fail(208, {source.name.Written()});
   const CreateFunctionStatement& function = ParsedFunction(module, source.name);
   CheckArgumentCount(function, source.args.size());
   auto node = std::make_unique<BoundSource>();
   ScopeSource entry;
   entry.isAlias = !source.alias.empty();
   entry.exposed = entry.isAlias ? source.alias : source.name.name;
+  entry.schema = module->schema;
   if (function.function == FunctionKind::Inline) {
     if (++viewDepth_ > kMaxDepth) Fail(217, {});
     node->kind = BoundSource::Kind::Query;
@@ -170,7 +171,7 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
     entry.columns = ColumnsOf(*node->query, source.columnAliases, module->name, true);
   } else {
     node->kind = BoundSource::Kind::Function;
-    node->function = module->name;
+    node->function = module->key;
     Scope* saved = std::exchange(scope_, visible);
     node->args = BindFunctionArguments(function, source.args);
     scope_ = saved;

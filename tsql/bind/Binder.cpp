@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tsql/catalog/Schemas.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
@@ -100,8 +101,10 @@ Type Binder::CommonTypeOf(const std::vector<const BoundExpr*>& exprs) {
 bool Binder::MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts) {
   const std::string& prefix = parts[parts.size() - 2];
   if (!EqualNames(source.exposed, prefix)) return false;
+  if (parts.size() == 2) return true;
   // In dbo.T.c, T is the name of a table and never an alias.
-  return parts.size() == 2 || (!source.isAlias && EqualNames(parts[parts.size() - 3], "dbo"));
+  const std::string& schema = parts[parts.size() - 3];
+  return !source.isAlias && (source.schema.empty() ? IsDbo(schema) : EqualNames(schema, source.schema));
 }
 
 Binder::Resolved Binder::ResolveIn(const Scope& scope, const std::vector<std::string>& parts,

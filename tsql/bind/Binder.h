@@ -62,7 +62,7 @@ class Binder {
 
   // Names of tables that the batch itself will create: what has such a name now is not what the statement
   // will find, so they count as missing.
-  void SetPending(const std::vector<std::string>& tables) { pending_ = &tables; }
+  void SetPending(const std::vector<ObjectName>& tables) { pending_ = &tables; }
 
   // The table variables that the unit declares. Before a unit runs they have a definition and no table. Those
   // of a batch or procedure are in the catalog while it runs; a function's unit has its own tables.
@@ -96,6 +96,7 @@ class Binder {
   struct ScopeSource {
     int id = 0;
     std::string exposed;
+    std::string schema; // of what is exposed under its own name; empty for dbo
     bool isAlias = false;
     bool isTable = false;
     bool needsPrefix = false; // as the columns of inserted and deleted do
@@ -190,6 +191,7 @@ class Binder {
   BoundExprPtr BindChoose(const Expr& expr, FunctionId function);
   BoundExprPtr BindNewId(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindSchemaName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
   BoundExprPtr BindCursorStatus(const Expr& expr, FunctionId function);
   BoundExprPtr BindUpdated(const Expr& expr, FunctionId function);
@@ -290,6 +292,7 @@ class Binder {
   BoundSourcePtr BindApplied(const TableSource& source, Scope& scope, size_t leftBegin);
   BoundSourcePtr BindView(const ModuleInfo& view, const TableSource& source, Scope& scope);
   void AddSource(Scope& scope, ScopeSource source) const;
+  const TableSource* FindTargetSource(const TableSource& from, const ObjectName& name, bool byAlias) const;
   static std::vector<ScopeColumn> ColumnsOf(const BoundQuery& query, const std::vector<std::string>& aliases,
                                             const std::string& name, bool needNames);
   static std::vector<ScopeColumn> ColumnsOf(const TableInfo& table);
@@ -333,7 +336,7 @@ class Binder {
   const Catalog& catalog_;
   const std::vector<VariableInfo>& variables_;
   const std::vector<Type>& markers_;
-  const std::vector<std::string>* pending_ = nullptr;
+  const std::vector<ObjectName>* pending_ = nullptr;
   Scope* scope_ = nullptr;
   std::vector<CommonInfo> commons_;
   std::vector<Dependency> dependencies_;

@@ -124,6 +124,9 @@ enum class FunctionId : uint8_t {
   NewId,
   ObjectId,
   ObjectName,
+  ObjectSchemaName,
+  SchemaName,
+  SchemaId,
   ColLength,
   CursorStatus,
   Updated, // UPDATE() of the column whose position is the argument

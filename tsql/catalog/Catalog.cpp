@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tsql/catalog/Schemas.h"
 #include "tsql/syntax/Parser.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/Errors.h"
 
 namespace tsql {
 namespace {
@@ -16,16 +19,21 @@ bool FiresAt(const TriggerInfo& trigger, const std::string& table, TriggerEvent 
          std::ranges::count(trigger.events, event) > 0;
 }
 
+// A trigger lies in the schema of its table, whatever its text says since it was moved there.
+std::string KeyBeside(const ModuleInfo& module, const std::string& name) {
+  return module.key.substr(0, module.key.size() - module.name.size()) + name;
+}
+
 TriggerPtr ReadTrigger(ModulePtr module) {
   try {
-    const std::unique_ptr<Batch> batch = ParseBatch(module->text);
+    const std::unique_ptr<Batch> batch = ParseModule(module->text, module->schema, module->name);
     const bool isTrigger =
         !batch->statements.empty() && batch->statements.front()->kind == StatementKind::CreateTrigger;
     if (!isTrigger) throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: a trigger's text");
     auto& statement = static_cast<CreateTriggerStatement&>(*batch->statements.front());
     auto trigger = std::make_shared<TriggerInfo>();
+    trigger->table = KeyBeside(*module, statement.table.name);
     trigger->module = std::move(module);
-    trigger->table = std::move(statement.table.name);
     trigger->events = std::move(statement.events);
     trigger->insteadOf = statement.insteadOf;
     return trigger;
@@ -65,20 +73,36 @@ void Catalog::Reload() {
   ++version_;
 }
 
+void Catalog::NameByKey(const Contents& contents, std::string_view key, std::string& schema,
+                        std::string& name) {
+  const std::optional<storage::KeyParts> parts = storage::SplitKey(key);
+  if (!parts) return;
+  for (const auto& [known, id] : contents.schemas) {
+    if (id != parts->schema) continue;
+    schema = known;
+    name = parts->name;
+  }
+}
+
 Catalog::Contents Catalog::Load(Place place) const {
   Contents contents;
+  if (place == Place::Main)
+    for (DefinitionStore::Schema& schema : store_.ReadSchemas())
+      contents.schemas.emplace(std::move(schema.name), schema.id);
   for (TableInfo& table : store_.ReadTables(place)) {
-    std::string name = table.name;
-    contents.tables.emplace(std::move(name), std::make_shared<const TableInfo>(std::move(table)));
+    std::string key = table.storageName;
+    NameByKey(contents, key, table.schema, table.name);
+    contents.tables.emplace(std::move(key), std::make_shared<const TableInfo>(std::move(table)));
   }
   FindForeignKeys(contents);
   for (DefinitionStore::Module& module : store_.ReadModules(place)) {
-    std::string name = module.info.name;
+    std::string key = module.info.key;
+    NameByKey(contents, key, module.info.schema, module.info.name);
     auto kept = std::make_shared<const ModuleInfo>(std::move(module.info));
     if (kept->kind == ModuleKind::Trigger) {
       contents.triggers.push_back(ReadTrigger(std::move(kept)));
     } else {
-      contents.ModulesOf(kept->kind).emplace(std::move(name), std::move(kept));
+      contents.ModulesOf(kept->kind).emplace(std::move(key), std::move(kept));
     }
   }
   return contents;
@@ -94,6 +118,105 @@ void Catalog::FindForeignKeys(Contents& contents) {
   }
 }
 
+// ---- schemas
+
+std::optional<int64_t> Catalog::FindSchema(std::string_view name) const {
+  if (const ServerSchema* const own = FindServerSchema(name)) return own->id;
+  const auto found = main_.schemas.find(std::string(name));
+  return found != main_.schemas.end() ? std::optional<int64_t>(found->second) : std::nullopt;
+}
+
+std::optional<std::string> Catalog::SchemaName(int64_t id) const {
+  for (const ServerSchema& own : ServerSchemas())
+    if (own.id == id) return std::string(own.name);
+  for (const auto& [name, number] : main_.schemas)
+    if (number == id) return name;
+  return std::nullopt;
+}
+
+storage::KeyParts Catalog::PartsOf(std::string_view key) const {
+  const std::optional<storage::KeyParts> parts = storage::SplitKey(key);
+  const bool isKnown = parts && std::ranges::any_of(main_.schemas, [&parts](const auto& entry) {
+                         return entry.second == parts->schema;
+                       });
+  return isKnown ? *parts : storage::KeyParts{kDboSchema, key};
+}
+
+void Catalog::AddSchema(const std::string& name) {
+  // A file from before there were schemas may have a name that would be a key then.
+  const auto isTaken = [this](int64_t id) {
+    return std::ranges::any_of(Objects(), [id](const Object& object) {
+      const std::optional<storage::KeyParts> parts = storage::SplitKey(object.key);
+      return parts && parts->schema == id;
+    });
+  };
+  int64_t id = kFirstUserSchema;
+  for (const auto& entry : main_.schemas) id = std::max(id, entry.second + 1);
+  while (isTaken(id)) ++id;
+  if (id == kFirstRoleSchema) id = kLastRoleSchema + 1;
+  ++version_;
+  changed_ = true;
+  TouchSchema();
+  store_.WriteSchema({id, name});
+  main_.schemas.emplace(name, id);
+}
+
+void Catalog::RemoveSchema(const std::string& name) {
+  const auto found = main_.schemas.find(name);
+  ++version_;
+  changed_ = true;
+  TouchSchema();
+  store_.EraseSchema({found->second, found->first});
+  main_.schemas.erase(found);
+}
+
+Catalog::NewObject Catalog::PlaceNew(const ObjectName& name) const {
+  if (PlaceOf(name) != Place::Main || name.schema.empty() || IsDbo(name.schema)) return {{}, name.name};
+  const auto found = main_.schemas.find(name.schema);
+  if (found != main_.schemas.end()) return {found->first, storage::ObjectKey(found->second, name.name)};
+  const ServerSchema* const own = FindServerSchema(name.schema);
+  if (own == nullptr || own->isClosed) Fail(2760, {name.schema});
+  Refuse("An object in a schema that the server makes itself");
+}
+
+// Empty where there is no such schema.
+std::string Catalog::KeyIn(const std::string& schema, const std::string& name) const {
+  const auto found = main_.schemas.find(schema);
+  return found != main_.schemas.end() ? storage::ObjectKey(found->second, name) : std::string();
+}
+
+bool Catalog::HasRelation(const std::string& key) const {
+  return main_.tables.contains(key) || main_.views.contains(key) || main_.functions.contains(key);
+}
+
+// `find` looks for a key. What a name means in its home hides what it means in dbo, of whatever kind it is.
+template <typename Object, typename Find>
+Object Catalog::Look(const ObjectName& name, Find find) const {
+  const bool isWritten = !name.schema.empty();
+  if (isWritten && !IsDbo(name.schema)) {
+    const std::string key = KeyIn(name.schema, name.name);
+    return key.empty() ? nullptr : find(key);
+  }
+  if (!isWritten && !name.home.empty()) {
+    const std::string key = KeyIn(name.home, name.name);
+    if (!key.empty()) {
+      Object found = find(key);
+      if (found || HasRelation(key)) return found;
+    }
+  }
+  Object found = find(name.name);
+  return found && found->schema.empty() ? found : nullptr; // the key of another schema is no name
+}
+
+std::string Catalog::KeyOf(const ObjectName& name) const {
+  if (const TablePtr table = FindTable(name)) return table->storageName;
+  if (const ModulePtr view = FindView(name)) return view->key;
+  const ModulePtr function = FindFunction(name);
+  return function ? function->key : name.name;
+}
+
+// ---- lookups
+
 TablePtr Catalog::FindTable(const ObjectName& name) const {
   const Place place = PlaceOf(name);
   if (place == Place::Temp) {
@@ -103,34 +226,49 @@ TablePtr Catalog::FindTable(const ObjectName& name) const {
     });
     return found != own_.local.rend() ? found->table : nullptr;
   }
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
-  const Contents& contents = place == Place::Global ? global_ : main_;
-  const auto found = contents.tables.find(name.name);
-  return found != contents.tables.end() ? found->second : nullptr;
+  if (place == Place::Global) {
+    const auto found = global_.tables.find(name.name);
+    return found != global_.tables.end() ? found->second : nullptr;
+  }
+  return Look<TablePtr>(name, [this](const std::string& key) -> TablePtr {
+    const auto found = main_.tables.find(key);
+    return found != main_.tables.end() ? found->second : nullptr;
+  });
+}
+
+TablePtr Catalog::TableOfKey(std::string_view key) const {
+  const auto found = main_.tables.find(std::string(key));
+  return found != main_.tables.end() ? found->second : nullptr;
+}
+
+ModulePtr Catalog::FindModule(const Modules& modules, const ObjectName& name) const {
+  return Look<ModulePtr>(name, [&modules](const std::string& key) -> ModulePtr {
+    const auto found = modules.find(key);
+    return found != modules.end() ? found->second : nullptr;
+  });
 }
 
 ModulePtr Catalog::FindView(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
-  const auto found = main_.views.find(name.name);
-  return found != main_.views.end() ? found->second : nullptr;
+  return FindModule(main_.views, name);
 }
 
 ModulePtr Catalog::FindProcedure(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
-  const auto found = main_.procedures.find(name.name);
-  return found != main_.procedures.end() ? found->second : nullptr;
+  return FindModule(main_.procedures, name);
 }
 
 ModulePtr Catalog::FindFunction(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
-  const auto found = main_.functions.find(name.name);
+  return FindModule(main_.functions, name);
+}
+
+ModulePtr Catalog::FunctionOfKey(std::string_view key) const {
+  const auto found = main_.functions.find(std::string(key));
   return found != main_.functions.end() ? found->second : nullptr;
 }
 
 TriggerPtr Catalog::FindTrigger(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) return nullptr;
+  const std::string schema = IsDbo(name.schema) ? std::string() : name.schema;
   const auto found = std::ranges::find_if(main_.triggers, [&](const TriggerPtr& trigger) {
-    return EqualNames(trigger->module->name, name.name);
+    return EqualNames(trigger->module->name, name.name) && EqualNames(trigger->module->schema, schema);
   });
   return found != main_.triggers.end() ? *found : nullptr;
 }
@@ -149,7 +287,7 @@ std::vector<TriggerPtr> Catalog::TriggersOf(const std::string& table, TriggerEve
   return triggers;
 }
 
-std::map<std::string, ModulePtr, NameLess>& Catalog::Contents::ModulesOf(ModuleKind kind) {
+Catalog::Modules& Catalog::Contents::ModulesOf(ModuleKind kind) {
   switch (kind) {
   case ModuleKind::View: return views;
   case ModuleKind::Procedure: return procedures;
@@ -165,18 +303,24 @@ bool Catalog::Exists(const ObjectName& name) const {
   return FindTable(name) || FindView(name) || FindProcedure(name) || FindFunction(name) || FindTrigger(name);
 }
 
-std::vector<std::string> Catalog::ObjectNames() const {
-  std::vector<std::string> names;
-  for (const auto& entry : main_.tables) names.push_back(entry.second->name);
-  for (const auto& entry : main_.views) names.push_back(entry.second->name);
-  for (const auto& entry : main_.procedures) names.push_back(entry.second->name);
-  for (const auto& entry : main_.functions) names.push_back(entry.second->name);
-  for (const TriggerPtr& trigger : main_.triggers) names.push_back(trigger->module->name);
-  return names;
+std::vector<Catalog::Object> Catalog::Objects() const {
+  std::vector<Object> objects;
+  const auto addModules = [&objects](const Modules& modules) {
+    for (const auto& [key, module] : modules) objects.push_back({module->key, module->schema, module->name});
+  };
+  for (const auto& [key, table] : main_.tables)
+    objects.push_back({table->storageName, table->schema, table->name});
+  addModules(main_.views);
+  addModules(main_.procedures);
+  addModules(main_.functions);
+  for (const TriggerPtr& trigger : main_.triggers)
+    objects.push_back({trigger->module->key, trigger->module->schema, trigger->module->name});
+  return objects;
 }
 
-bool Catalog::ConstraintExists(const std::string& name) const {
+bool Catalog::ConstraintExists(const std::string& schema, const std::string& name) const {
   return std::any_of(main_.tables.begin(), main_.tables.end(), [&](const auto& entry) {
+    if (!EqualNames(entry.second->schema, schema)) return false;
     const std::vector<KeyInfo>& keys = entry.second->keys;
     return std::any_of(keys.begin(), keys.end(),
                        [&](const KeyInfo& key) { return !key.IsIndexOnly() && EqualNames(key.name, name); });
@@ -193,7 +337,7 @@ void Catalog::AddTable(const TableInfo& table) {
   changed_ = true;
   store_.WriteTable(table);
   if (table.place == Place::Global) own_.ownGlobal.push_back(table.name);
-  ContentsOf(table.place).tables[table.name] = std::move(shared);
+  ContentsOf(table.place).tables[table.storageName] = std::move(shared);
   FindForeignKeys(ContentsOf(table.place));
 }
 
@@ -209,7 +353,7 @@ void Catalog::ReplaceTable(const TableInfo& table) {
   if (table.place == Place::Main) TouchSchema();
   store_.EraseTable(table);
   store_.WriteTable(table);
-  ContentsOf(table.place).tables[table.name] = std::move(shared);
+  ContentsOf(table.place).tables[table.storageName] = std::move(shared);
   FindForeignKeys(ContentsOf(table.place));
 }
 
@@ -223,7 +367,7 @@ void Catalog::RemoveTable(const TableInfo& table) {
   changed_ = true;
   store_.EraseTable(table);
   std::erase(own_.ownGlobal, table.name);
-  ContentsOf(table.place).tables.erase(table.name);
+  ContentsOf(table.place).tables.erase(table.storageName);
   FindForeignKeys(ContentsOf(table.place));
 }
 
@@ -244,12 +388,12 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
   auto kept = std::make_shared<ModuleInfo>(module);
   kept->kind = kind;
   if (kind != ModuleKind::Trigger) {
-    main_.ModulesOf(kind)[module.name] = std::move(kept);
+    main_.ModulesOf(kind)[module.key] = std::move(kept);
     return;
   }
   TriggerPtr trigger = ReadTrigger(std::move(kept));
   const auto present = std::ranges::find_if(
-      main_.triggers, [&](const TriggerPtr& other) { return EqualNames(other->module->name, module.name); });
+      main_.triggers, [&](const TriggerPtr& other) { return EqualNames(other->module->key, module.key); });
   if (present != main_.triggers.end()) {
     *present = std::move(trigger);
   } else {
@@ -257,16 +401,47 @@ void Catalog::AddModule(ModuleKind kind, const ModuleInfo& module) {
   }
 }
 
-void Catalog::RemoveModule(const std::string& name) {
+void Catalog::RemoveModule(const std::string& key) {
   ++version_;
   changed_ = true;
   TouchSchema();
-  store_.EraseModule(name);
-  main_.views.erase(name);
-  main_.procedures.erase(name);
-  main_.functions.erase(name);
+  store_.EraseModule(key);
+  main_.views.erase(key);
+  main_.procedures.erase(key);
+  main_.functions.erase(key);
   std::erase_if(main_.triggers,
-                [&](const TriggerPtr& trigger) { return EqualNames(trigger->module->name, name); });
+                [&](const TriggerPtr& trigger) { return EqualNames(trigger->module->key, key); });
+}
+
+void Catalog::MoveTable(const TableInfo& from, const TableInfo& to) {
+  RemoveTable(from);
+  AddTable(to);
+  const std::vector<TablePtr> children = main_.withForeignKeys;
+  for (const TablePtr& child : children) {
+    TableInfo changed = *child;
+    bool refers = false;
+    for (KeyInfo& key : changed.keys) {
+      if (key.kind != KeyKind::ForeignKey || !EqualNames(key.referencedTable, from.storageName)) continue;
+      key.referencedTable = to.storageName;
+      refers = true;
+    }
+    if (refers) ReplaceTable(changed);
+  }
+}
+
+void Catalog::MoveModule(const ModuleInfo& from, const ModuleInfo& to) {
+  ++version_;
+  changed_ = true;
+  TouchSchema();
+  store_.RenameModule(from.key, to.key);
+  auto kept = std::make_shared<const ModuleInfo>(to);
+  if (to.kind != ModuleKind::Trigger) {
+    main_.ModulesOf(to.kind).erase(from.key);
+    main_.ModulesOf(to.kind)[to.key] = std::move(kept);
+    return;
+  }
+  for (TriggerPtr& trigger : main_.triggers)
+    if (EqualNames(trigger->module->key, from.key)) trigger = ReadTrigger(kept);
 }
 
 std::string Catalog::TempStorageName(const std::string& name) const {

@@ -1,7 +1,7 @@
-// What the database holds in the dialect's terms: T-SQL types, defaults, nullability, identity, keys, views
-// and procedures. The definitions live in tables of their own inside the database file; each session keeps
-// them in memory and reads them again when another session has changed the schema. Local temporary tables
-// exist in the session's memory alone.
+// What the database holds in the dialect's terms: schemas, tables with their types, defaults, identity and
+// keys, views, procedures, functions and triggers. The definitions live in tables of their own inside the
+// database file; each session keeps them in memory and reads them again when another session has changed the
+// schema. Local temporary tables exist in the session's memory alone.
 #pragma once
 
 #include <map>
@@ -29,28 +29,58 @@ class Catalog {
   uint64_t Version() const { return version_; }
   const std::string& DatabaseName() const { return databaseName_; }
 
+  // A name without a schema is looked for in its home, then in dbo.
   TablePtr FindTable(const ObjectName& name) const;
   ModulePtr FindView(const ObjectName& name) const;
   ModulePtr FindProcedure(const ObjectName& name) const;
   ModulePtr FindFunction(const ObjectName& name) const; // of a user
+  ModulePtr FunctionOfKey(std::string_view key) const;
+  TablePtr TableOfKey(std::string_view key) const; // of the main database
   TriggerPtr FindTrigger(const ObjectName& name) const;
   // All of them, in the order in which they were made.
   const std::vector<TriggerPtr>& Triggers() const { return main_.triggers; }
+  // The triggers of a table or view are asked for by its key.
   // Whether some of the table fire at the event, after it or instead of it.
   bool HasTriggers(const std::string& table, TriggerEvent event) const;
   // Those of a table or view that fire at the event, in that order.
   std::vector<TriggerPtr> TriggersOf(const std::string& table, TriggerEvent event, bool insteadOf) const;
   bool Exists(const ObjectName& name) const;
-  // All objects of the database, by name.
-  std::vector<std::string> ObjectNames() const;
+  // All objects of the database, in the order of their names.
+  struct Object {
+    std::string_view key;
+    std::string_view schema; // empty for dbo
+    std::string_view name;
+  };
+  std::vector<Object> Objects() const;
+  // The key of the table, view or function that the name means.
+  std::string KeyOf(const ObjectName& name) const;
   const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
-  bool ConstraintExists(const std::string& name) const;
+  bool ConstraintExists(const std::string& schema, const std::string& name) const;
+
+  // Schemas: their numbers by their names, and the other way round. Those of the server are among them.
+  std::optional<int64_t> FindSchema(std::string_view name) const;
+  std::optional<std::string> SchemaName(int64_t id) const;
+  const std::map<std::string, int64_t, NameLess>& Schemas() const { return main_.schemas; } // of users
+  // The schema and name of the object of a key.
+  storage::KeyParts PartsOf(std::string_view key) const;
+  void AddSchema(const std::string& name);
+  void RemoveSchema(const std::string& name);
+  // Where a new object of the name goes. 2760 when there is no such schema.
+  struct NewObject {
+    std::string schema; // empty for dbo
+    std::string key;
+  };
+  NewObject PlaceNew(const ObjectName& name) const;
 
   void AddTable(const TableInfo& table);
   void ReplaceTable(const TableInfo& table);
   void RemoveTable(const TableInfo& table);
   void AddModule(ModuleKind kind, const ModuleInfo& module);
-  void RemoveModule(const std::string& name);
+  void RemoveModule(const std::string& key);
+  // Gives an object of the main database another schema or name. What refers to a table by its key does so
+  // afterwards; what SQLite has of it is left alone.
+  void MoveTable(const TableInfo& from, const TableInfo& to);
+  void MoveModule(const ModuleInfo& from, const ModuleInfo& to);
 
   // The scope of a procedure: the local temporary tables made in it end with it.
   void EnterScope() { ++depth_; }
@@ -100,17 +130,27 @@ class Catalog {
   void RestoreOwnTables(SessionTables tables);
 
  private:
+  using Modules = std::map<std::string, ModulePtr, NameLess>;
+  // Objects by their keys.
   struct Contents {
+    std::map<std::string, int64_t, NameLess> schemas;
     std::map<std::string, TablePtr, NameLess> tables;
-    std::map<std::string, ModulePtr, NameLess> views;
-    std::map<std::string, ModulePtr, NameLess> procedures;
-    std::map<std::string, ModulePtr, NameLess> functions;
-    std::map<std::string, ModulePtr, NameLess>& ModulesOf(ModuleKind kind);
+    Modules views;
+    Modules procedures;
+    Modules functions;
+    Modules& ModulesOf(ModuleKind kind);
     std::vector<TablePtr> withForeignKeys;
     std::vector<TriggerPtr> triggers;
     uint64_t version = 0; // 0 when it must be read
   };
 
+  template <typename Object, typename Find>
+  Object Look(const ObjectName& name, Find find) const;
+  ModulePtr FindModule(const Modules& modules, const ObjectName& name) const;
+  std::string KeyIn(const std::string& schema, const std::string& name) const;
+  bool HasRelation(const std::string& key) const;
+  static void NameByKey(const Contents& contents, std::string_view key, std::string& schema,
+                        std::string& name);
   static void FindForeignKeys(Contents& contents);
   Contents Load(Place place) const;
   void Reload();

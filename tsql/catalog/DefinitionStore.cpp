@@ -109,6 +109,26 @@ std::string Qualified(Place place, const char* table) {
 
 } // namespace
 
+std::vector<DefinitionStore::Schema> DefinitionStore::ReadSchemas() const {
+  std::vector<Schema> schemas;
+  if (!storage::HasSchemas(connection_)) return schemas;
+  PreparedStatement rows =
+      connection_.Prepare("SELECT id, name FROM " + Qualified(Place::Main, storage::kSchemas));
+  while (rows.Step()) schemas.push_back({rows.ColumnInteger(0), std::string(rows.ColumnText(1))});
+  return schemas;
+}
+
+void DefinitionStore::WriteSchema(const Schema& schema) const {
+  if (!storage::HasSchemas(connection_)) storage::CreateSchemas(connection_);
+  RunWith(connection_, "INSERT INTO " + Qualified(Place::Main, storage::kSchemas) + " VALUES (?, ?)",
+          {Datum::OfInteger(schema.id), Text(schema.name)});
+}
+
+void DefinitionStore::EraseSchema(const Schema& schema) const {
+  RunWith(connection_, "DELETE FROM " + Qualified(Place::Main, storage::kSchemas) + " WHERE id = ?",
+          {Datum::OfInteger(schema.id)});
+}
+
 std::vector<TableInfo> DefinitionStore::ReadTables(Place place) const {
   TablesByName tables;
   PreparedStatement rows =
@@ -191,6 +211,7 @@ std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) c
     RequireIntact(!module.info.disabled || module.kind == ModuleKind::Trigger);
     module.info.kind = module.kind;
     module.info.name = std::string(rows.ColumnText(0));
+    module.info.key = module.info.name;
     module.info.text = std::string(rows.ColumnText(2));
     modules.push_back(std::move(module));
   }
@@ -207,17 +228,17 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
     return "INSERT INTO " + Qualified(table.place, into) + " VALUES " + values;
   };
   RunWith(connection_, insert(storage::kTables, "(?, ?, ?)"),
-          {Text(table.name), Datum::OfInteger(table.seed), Datum::OfInteger(table.rowidColumn)});
+          {Text(table.storageName), Datum::OfInteger(table.seed), Datum::OfInteger(table.rowidColumn)});
   int64_t ordinal = 0;
   for (const ColumnInfo& column : table.columns)
     RunWith(connection_, insert(storage::kColumns, "(?, ?, ?, ?, ?, ?, ?)"),
-            {Text(table.name), Datum::OfInteger(ordinal++), Text(column.name),
+            {Text(table.storageName), Datum::OfInteger(ordinal++), Text(column.name),
              Datum::OfInteger(EncodeType(column.type)), Datum::OfInteger(column.nullable ? 1 : 0),
              Datum::OfInteger(static_cast<int64_t>(ValueOf(column))),
              Text(column.IsComputed() ? column.computedText : column.defaultText)});
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
-            {Text(table.name), Text(key.name),
+            {Text(table.storageName), Text(key.name),
              Datum::OfInteger(static_cast<int64_t>(key.kind) + (key.disabled ? storage::kDisabled : 0)),
              Text(JoinNumbers(key.columns, key.descending)),
              Text(key.kind == KeyKind::ForeignKey ? JoinReference(key) : key.checkText)});
@@ -226,7 +247,7 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
 void DefinitionStore::EraseTable(const TableInfo& table) const {
   const auto erase = [&](const char* from, const char* column) {
     RunWith(connection_, "DELETE FROM " + Qualified(table.place, from) + " WHERE " + column + " = ?",
-            {Text(table.name)});
+            {Text(table.storageName)});
   };
   erase(storage::kTables, "name");
   erase(storage::kColumns, "table_name");
@@ -240,14 +261,19 @@ void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) con
   RunWith(connection_,
           "INSERT INTO " + Qualified(Place::Main, storage::kModules) +
               " VALUES (?, ?, ?) ON CONFLICT(name) DO UPDATE SET kind = excluded.kind, text = excluded.text",
-          {Text(module.name),
+          {Text(module.key),
            Datum::OfInteger(static_cast<int64_t>(kind) + (module.disabled ? storage::kDisabled : 0)),
            Text(module.text)});
 }
 
-void DefinitionStore::EraseModule(const std::string& name) const {
+void DefinitionStore::RenameModule(const std::string& from, const std::string& to) const {
+  RunWith(connection_, "UPDATE " + Qualified(Place::Main, storage::kModules) + " SET name = ? WHERE name = ?",
+          {Text(to), Text(from)});
+}
+
+void DefinitionStore::EraseModule(const std::string& key) const {
   RunWith(connection_, "DELETE FROM " + Qualified(Place::Main, storage::kModules) + " WHERE name = ?",
-          {Text(name)});
+          {Text(key)});
 }
 
 } // namespace tsql

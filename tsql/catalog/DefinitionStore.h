@@ -14,15 +14,26 @@ class DefinitionStore {
     ModuleInfo info;
   };
 
+  // A schema other than dbo. Files keep its number in the keys of its objects.
+  struct Schema {
+    int64_t id = 0;
+    std::string name;
+  };
+
   explicit DefinitionStore(const Connection& connection) : connection_(connection) {}
 
+  // The definitions that are read have keys for names; whose they are, the schemas say.
+  std::vector<Schema> ReadSchemas() const;
+  void WriteSchema(const Schema& schema) const;
+  void EraseSchema(const Schema& schema) const;
   std::vector<TableInfo> ReadTables(Place place) const;
   std::vector<Module> ReadModules(Place place) const;
   void WriteTable(const TableInfo& table) const;
   void EraseTable(const TableInfo& table) const;
   // Views and procedures are in the main database alone. Writing replaces what has the same name.
   void WriteModule(ModuleKind kind, const ModuleInfo& module) const;
-  void EraseModule(const std::string& name) const;
+  void RenameModule(const std::string& from, const std::string& to) const; // it keeps its row
+  void EraseModule(const std::string& key) const;
 
  private:
   using TablesByName = std::map<std::string, TableInfo, NameLess>;

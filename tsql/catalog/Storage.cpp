@@ -1,6 +1,7 @@
 #include "tsql/catalog/Storage.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 
 #include "tsql/values/Collation.h"
@@ -22,10 +23,25 @@ const char* PlaceName(Place place) {
 
 namespace storage {
 
+std::string ObjectKey(int64_t schema, std::string_view name) {
+  return "~" + std::to_string(schema) + "~" + std::string(name);
+}
+
+std::optional<KeyParts> SplitKey(std::string_view key) {
+  if (!key.starts_with('~')) return std::nullopt;
+  KeyParts parts;
+  const char* const end = key.data() + key.size();
+  const auto [rest, error] = std::from_chars(key.data() + 1, end, parts.schema);
+  if (error != std::errc() || rest == end || *rest != '~') return std::nullopt;
+  parts.name = {rest + 1, static_cast<size_t>(end - rest - 1)};
+  return parts;
+}
+
 bool IsOwnName(std::string_view name) {
+  if (SplitKey(name)) return true;
   constexpr std::string_view kSqlite = "sqlite_";
   if (EqualNames(name.substr(0, kSqlite.size()), kSqlite) || EqualNames(name, kRebuilt)) return true;
-  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules};
+  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules, kSchemas};
   return std::any_of(std::begin(kOwn), std::end(kOwn), [name](std::string_view quoted) {
     return EqualNames(name, quoted.substr(1, quoted.size() - 2));
   });
@@ -65,6 +81,17 @@ void MarkVersion(const Connection& connection) {
 void RequireVersion(const Connection& connection, int64_t version) {
   if (ReadPragma(connection, "user_version") >= version) return;
   connection.Run("PRAGMA main.user_version = " + std::to_string(version));
+}
+
+bool HasSchemas(const Connection& connection) {
+  if (ReadPragma(connection, "user_version") < kSchemaVersion) return false;
+  PreparedStatement table = connection.Prepare("SELECT 1 FROM main.sqlite_schema WHERE name = '~schemas'");
+  return table.Step();
+}
+
+void CreateSchemas(const Connection& connection) {
+  RequireVersion(connection, kSchemaVersion);
+  connection.Run(std::string("CREATE TABLE main.") + kSchemas + "(id INTEGER PRIMARY KEY, name TEXT)");
 }
 
 void CreateTables(const Connection& connection, Place place) {

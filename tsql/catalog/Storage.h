@@ -3,6 +3,8 @@
 // anything here changes files, so it takes a new version and code that reads the older ones.
 #pragma once
 
+#include <optional>
+
 #include "tsql/sqlite/Connection.h"
 
 namespace tsql {
@@ -40,13 +42,14 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 4;
+constexpr int64_t kVersion = 6;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
 // Names of defaults, constraints that are switched off, and computed columns.
 constexpr int64_t kConstraintVersion = 3;
 constexpr int64_t kTriggerVersion = 4; // triggers
+constexpr int64_t kSchemaVersion = 6;  // schemas other than dbo
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -64,10 +67,22 @@ inline constexpr const char* kTables = "\"~tables\"";
 inline constexpr const char* kColumns = "\"~columns\"";
 inline constexpr const char* kKeys = "\"~keys\"";
 inline constexpr const char* kModules = "\"~modules\"";
+inline constexpr const char* kSchemas = "\"~schemas\""; // since version 6, where there is or was a schema
 // What a table is called while it is rebuilt, unquoted. Outside a transaction there is none of the name.
 inline constexpr const char* kRebuilt = "~rebuilt";
 
-// Whether no table of the dialect can have the name: one of those, or one that SQLite keeps for itself.
+// The key of an object: its name in the engine's own tables, and a table's name in SQLite. An object of dbo
+// has its name, one of another schema the number of the schema in front: "~5~NAME".
+std::string ObjectKey(int64_t schema, std::string_view name);
+// The parts of a key that has the number of a schema; none for other names.
+struct KeyParts {
+  int64_t schema = 0;
+  std::string_view name;
+};
+std::optional<KeyParts> SplitKey(std::string_view key);
+
+// Whether no table of the dialect can have the name: one of those, a key of an object of another schema, or
+// one that SQLite keeps for itself.
 bool IsOwnName(std::string_view name);
 
 // The name of the server's collation. It must be registered with SQLite before a table is used.
@@ -99,6 +114,9 @@ bool CheckVersion(const Connection& connection, const std::string& databaseName)
 void MarkVersion(const Connection& connection);
 // Something is going to be kept that the version has and those before have not.
 void RequireVersion(const Connection& connection, int64_t version);
+// The table of schemas, which a file has from its first schema on.
+bool HasSchemas(const Connection& connection);
+void CreateSchemas(const Connection& connection);
 // Makes the engine's own tables where they are missing.
 void CreateTables(const Connection& connection, Place place);
 

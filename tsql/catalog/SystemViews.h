@@ -11,6 +11,8 @@ struct SystemView {
     SysColumns,    // syscolumns
     Objects,       // sys.objects
     Tables,        // sys.tables
+    Schemas,       // sys.schemas
+    Schemata,      // INFORMATION_SCHEMA.SCHEMATA
     Columns,       // sys.columns
     Triggers,      // sys.triggers
     SchemaTables,  // INFORMATION_SCHEMA.TABLES

@@ -42,8 +42,21 @@ std::string TableInfo::StoredColumns() const {
   return list;
 }
 
+std::string TableInfo::QualifiedName() const {
+  return (schema.empty() ? "dbo" : schema) + "." + name;
+}
+
 std::string TableInfo::FullName(std::string_view databaseName) const {
-  return std::string(place == Place::Main ? databaseName : "tempdb") + ".dbo." + name;
+  return std::string(place == Place::Main ? databaseName : "tempdb") + "." + QualifiedName();
+}
+
+std::string TableInfo::ConstraintKey(const KeyInfo& key) const {
+  if (schema.empty()) return key.name;
+  return storageName.substr(0, storageName.size() - name.size()) + key.name;
+}
+
+bool IsSameModule(const ModuleInfo& left, const ModuleInfo& right) {
+  return left.text == right.text && left.key == right.key && left.schema == right.schema;
 }
 
 std::string TableInfo::SqlName() const {

@@ -29,7 +29,7 @@ struct KeyInfo {
   std::vector<int> columns; // of the table, by position
   std::vector<bool> descending;
   std::string checkText;       // the source of a CHECK condition
-  std::string referencedTable; // of a foreign key
+  std::string referencedTable; // of a foreign key: that table's key
   std::vector<std::string> referencedColumns;
   bool disabled = false; // a CHECK or foreign key that is not looked at
   bool IsIndexOnly() const { return kind == KeyKind::Index || kind == KeyKind::UniqueIndex; }
@@ -39,7 +39,8 @@ struct KeyInfo {
 
 struct TableInfo {
   std::string name;
-  std::string storageName; // the table's name in SQLite
+  std::string schema;      // empty for dbo
+  std::string storageName; // the table's name in SQLite; its key, unless it is a temporary one
   Place place = Place::Main;
   std::vector<ColumnInfo> columns;
   std::vector<KeyInfo> keys;
@@ -57,7 +58,10 @@ struct TableInfo {
   bool IsVariable() const { return place == Place::Temp && name.starts_with('@'); }
   std::string SqlName() const;       // quoted, with its schema
   std::string StoredColumns() const; // quoted: all but the computed ones, which nobody can write
-  std::string FullName(std::string_view databaseName) const; // as messages have it
+  std::string QualifiedName() const; // with its schema, as messages have it
+  std::string FullName(std::string_view databaseName) const; // with its database too
+  // The name of one of its constraints as it is the only one in the database.
+  std::string ConstraintKey(const KeyInfo& key) const;
   bool operator==(const TableInfo&) const = default;
 };
 using TablePtr = std::shared_ptr<const TableInfo>;
@@ -65,16 +69,20 @@ using TablePtr = std::shared_ptr<const TableInfo>;
 // A view, a procedure, a function or a trigger.
 struct ModuleInfo {
   std::string name;
+  std::string schema; // empty for dbo
+  std::string key;
   std::string text;
   ModuleKind kind = ModuleKind::View;
   bool disabled = false; // a trigger that does not fire
 };
 using ModulePtr = std::shared_ptr<const ModuleInfo>;
+// Whether the one means what the other does.
+bool IsSameModule(const ModuleInfo& left, const ModuleInfo& right);
 
 // What its text says of a trigger.
 struct TriggerInfo {
   ModulePtr module;
-  std::string table; // or view
+  std::string table; // the key of its table or view
   std::vector<TriggerEvent> events;
   bool insteadOf = false;
 };

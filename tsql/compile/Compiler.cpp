@@ -5,6 +5,7 @@
 
 #include "tsql/compile/FunctionRules.h"
 #include "tsql/compile/Preparation.h"
+#include "tsql/compile/SystemProcedures.h"
 #include "tsql/sqlite/Values.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
@@ -59,29 +60,48 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
   return unit;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name) {
-  const ModulePtr module = context_.catalog.FindProcedure(name);
-  if (!module) {
-    RefuseIfListed(RefusedKind::Procedure, name.name);
-    Fail(2812, {name.name});
-  }
-  std::shared_ptr<CompiledUnit>& cached = procedures_[name.name];
-  if (cached && cached->module->text == module->text) return cached;
+// A procedure of the server comes before one of a user that has its name.
+std::shared_ptr<CompiledUnit> Compiler::CompileSystemProcedure(const ObjectName& name) {
+  const auto found = systemProcedures_.find(name.name);
+  if (found != systemProcedures_.end()) return found->second;
+  std::unique_ptr<Batch> batch = MakeSystemProcedure(name);
+  if (!batch) return nullptr;
+  std::shared_ptr<CompiledUnit> unit = MakeProcedure(std::move(batch));
+  systemProcedures_.emplace(name.name, unit);
+  return unit;
+}
+
+std::shared_ptr<CompiledUnit> Compiler::MakeProcedure(std::unique_ptr<Batch> batch) const {
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(module->text);
+  unit->batch = std::move(batch);
   unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
   unit->body = &unit->procedure->body;
-  unit->module = module;
   for (const ProcedureParameter& parameter : unit->procedure->parameters)
     unit->variables.push_back({parameter.name, parameter.type});
   PlannerFor(*unit).CompileAll();
+  return unit;
+}
+
+std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name) {
+  const bool isSystem = name.name.size() > 3 && EqualNames(std::string_view(name.name).substr(0, 3), "sp_");
+  if (isSystem)
+    if (std::shared_ptr<CompiledUnit> unit = CompileSystemProcedure(name)) return unit;
+  const ModulePtr module = context_.catalog.FindProcedure(name);
+  if (!module) {
+    RefuseIfListed(RefusedKind::Procedure, name.name);
+    Fail(2812, {name.Written()});
+  }
+  std::shared_ptr<CompiledUnit>& cached = procedures_[module->key];
+  if (cached && IsSameModule(*cached->module, *module)) return cached;
+  std::shared_ptr<CompiledUnit> unit = MakeProcedure(ParseModule(module->text, module->schema, module->name));
+  unit->module = module;
   cached = unit;
   return unit;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch) const {
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(text);
+  unit->batch = std::move(batch);
   unit->trigger = static_cast<const CreateTriggerStatement*>(unit->batch->statements.front().get());
   unit->procedure = unit->trigger;
   unit->body = &unit->trigger->body;
@@ -89,19 +109,24 @@ std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(const std::string& text) con
   return unit;
 }
 
+void Compiler::CheckTrigger(const CreateTriggerStatement& statement) const {
+  MakeTrigger(ParseBatch(statement.text));
+}
+
 std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
-  std::shared_ptr<CompiledUnit>& cached = triggers_[trigger.module->name];
-  if (cached && cached->module->text == trigger.module->text) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeTrigger(trigger.module->text);
+  const ModuleInfo& module = *trigger.module;
+  std::shared_ptr<CompiledUnit>& cached = triggers_[module.key];
+  if (cached && IsSameModule(*cached->module, module)) return cached;
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(ParseModule(module.text, module.schema, module.name));
   unit->module = trigger.module;
   cached = std::move(unit);
   return cached;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, uint32_t number) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const {
   auto unit = std::make_shared<CompiledUnit>();
   unit->number = number;
-  unit->batch = ParseBatch(text);
+  unit->batch = std::move(batch);
   unit->function = static_cast<const CreateFunctionStatement*>(unit->batch->statements.front().get());
   unit->procedure = unit->function;
   unit->body = &unit->function->body;
@@ -111,16 +136,18 @@ std::shared_ptr<CompiledUnit> Compiler::MakeFunction(const std::string& text, ui
   return unit;
 }
 
-Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view name) {
-  auto found = functions_.find(name);
-  if (found == functions_.end()) found = functions_.emplace(std::string(name), FunctionUnits()).first;
+Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view key) {
+  auto found = functions_.find(key);
+  if (found == functions_.end()) found = functions_.emplace(std::string(key), FunctionUnits()).first;
   FunctionUnits& units = found->second;
   if (units.version == context_.catalog.Version()) return units;
-  ObjectName object;
-  object.name = found->first;
-  const ModulePtr module = context_.catalog.FindFunction(object);
-  if (!module) Fail(4121, {"dbo", "dbo." + object.name});
-  const bool isSame = units.module && units.module->text == module->text &&
+  const ModulePtr module = context_.catalog.FunctionOfKey(key);
+  if (!module) {
+    const bool isOfDbo = !units.module || units.module->schema.empty();
+    const std::string schema = isOfDbo ? "dbo" : units.module->schema;
+    Fail(4121, {schema, schema + "." + (units.module ? units.module->name : found->first)});
+  }
+  const bool isSame = units.module && IsSameModule(*units.module, *module) &&
                       (units.idle.empty() || PlannerFor(*units.idle.back()).IsCurrent());
   if (!isSame) {
     units = FunctionUnits();
@@ -131,7 +158,9 @@ Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view name) {
 }
 
 void Compiler::MakeUnit(FunctionUnits& units) {
-  const std::shared_ptr<CompiledUnit> unit = MakeFunction(units.module->text, ++lastUnit_);
+  const ModuleInfo& module = *units.module;
+  const std::shared_ptr<CompiledUnit> unit =
+      MakeFunction(ParseModule(module.text, module.schema, module.name), ++lastUnit_);
   unit->module = units.module;
   if (units.made == 0) {
     for (const std::unique_ptr<Plan>& plan : unit->plans)
@@ -141,8 +170,8 @@ void Compiler::MakeUnit(FunctionUnits& units) {
   units.idle.push_back(unit);
 }
 
-std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view name) {
-  FunctionUnits& units = UnitsOf(name);
+std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view key) {
+  FunctionUnits& units = UnitsOf(key);
   if (units.idle.empty()) MakeUnit(units);
   std::shared_ptr<CompiledUnit> unit = std::move(units.idle.back());
   units.idle.pop_back();
@@ -150,7 +179,7 @@ std::shared_ptr<CompiledUnit> Compiler::TakeFunction(std::string_view name) {
 }
 
 void Compiler::GiveBack(std::shared_ptr<CompiledUnit> function) {
-  const auto found = functions_.find(std::string_view(function->module->name));
+  const auto found = functions_.find(std::string_view(function->module->key));
   if (found != functions_.end() && found->second.module == function->module)
     found->second.idle.push_back(std::move(function));
 }
@@ -159,7 +188,7 @@ void Compiler::CollectCalls(const std::vector<Dependency>& dependencies, std::ve
   for (const Dependency& dependency : dependencies) {
     if (!IsCall(dependency)) continue;
     try {
-      FunctionUnits& units = UnitsOf(dependency.function->name);
+      FunctionUnits& units = UnitsOf(dependency.function->key);
       if (std::ranges::count(found, &units) > 0) continue;
       if (units.idle.empty()) MakeUnit(units);
       found.push_back(&units);
@@ -197,7 +226,7 @@ bool Compiler::IsFunctionTable(const TablePtr& table) const {
 void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
   if (statement.function != FunctionKind::Inline) {
     CheckFunctionBody(statement.body);
-    MakeFunction(statement.text, 0);
+    MakeFunction(ParseBatch(statement.text), 0);
     return;
   }
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);

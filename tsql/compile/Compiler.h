@@ -22,8 +22,8 @@ class Compiler {
   std::shared_ptr<CompiledUnit> CompileTrigger(const TriggerInfo& trigger);
 
   // A function of a user, to be given back when the call has ended. Calls within calls need units of their
-  // own, because a statement of SQLite cannot run twice at once. 4121 when there is none.
-  std::shared_ptr<CompiledUnit> TakeFunction(std::string_view name);
+  // own, because a statement of SQLite cannot run twice at once. 4121 when there is none of the key.
+  std::shared_ptr<CompiledUnit> TakeFunction(std::string_view key);
   void GiveBack(std::shared_ptr<CompiledUnit> function);
   // Makes units enough for all calls that can be open at once in a statement with these dependencies, and
   // returns their tables, which SQLite must have before the statement runs.
@@ -31,7 +31,7 @@ class Compiler {
   // Whether the table is one of a function's unit.
   bool IsFunctionTable(const TablePtr& table) const;
   // Throws what is wrong with a trigger.
-  void CheckTrigger(const CreateTriggerStatement& statement) const { MakeTrigger(statement.text); }
+  void CheckTrigger(const CreateTriggerStatement& statement) const;
   // Throws what is wrong with a function.
   void CheckFunction(const CreateFunctionStatement& statement) const;
 
@@ -62,9 +62,9 @@ class Compiler {
   // The values of a column as they go into a column of the type, in SQLite's terms.
   std::string CompileConversion(const ColumnInfo& column, const Type& to) const;
 
-  // The table that SET IDENTITY_INSERT allows explicit values for; empty for none.
-  const std::string& IdentityInsert() const { return context_.identityInsertTable; }
-  void SetIdentityInsert(std::string table) { context_.identityInsertTable = std::move(table); }
+  // The table that SET IDENTITY_INSERT allows explicit values for; null for none.
+  const TablePtr& IdentityInsert() const { return context_.identityInsertTable; }
+  void SetIdentityInsert(TablePtr table) { context_.identityInsertTable = std::move(table); }
   // Changes are limited to the rows of SET ROWCOUNT.
   void SetLimitsChanges(bool limits) { context_.limitsChanges = limits; }
 
@@ -80,9 +80,11 @@ class Compiler {
     using is_transparent = void;
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
-  std::shared_ptr<CompiledUnit> MakeFunction(const std::string& text, uint32_t number) const;
-  std::shared_ptr<CompiledUnit> MakeTrigger(const std::string& text) const;
-  FunctionUnits& UnitsOf(std::string_view name);
+  std::shared_ptr<CompiledUnit> CompileSystemProcedure(const ObjectName& name);
+  std::shared_ptr<CompiledUnit> MakeProcedure(std::unique_ptr<Batch> batch) const;
+  std::shared_ptr<CompiledUnit> MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const;
+  std::shared_ptr<CompiledUnit> MakeTrigger(std::unique_ptr<Batch> batch) const;
+  FunctionUnits& UnitsOf(std::string_view key);
   void MakeUnit(FunctionUnits& units);
   void CollectCalls(const std::vector<Dependency>& dependencies, std::vector<FunctionUnits*>& found);
 
@@ -90,6 +92,7 @@ class Compiler {
   std::unordered_map<std::string, FunctionUnits, TextHash, std::equal_to<>> functions_;
   uint32_t lastUnit_ = 0; // number of a function's unit
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
+  std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> systemProcedures_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> triggers_;
   std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
   std::string key_; // of the batch that is looked for; it keeps its memory

@@ -66,6 +66,7 @@ std::string SideEffect(const Statement& statement) {
   case StatementKind::CreateTable: return "CREATE TABLE";
   case StatementKind::CreateIndex: return "CREATE INDEX";
   case StatementKind::AlterTable: return "ALTER TABLE";
+  case StatementKind::AlterSchema: return "ALTER SCHEMA";
   case StatementKind::Drop: return "DROP OBJECT";
   case StatementKind::Truncate: return "TRUNCATE TABLE";
   default: return "";

@@ -42,11 +42,11 @@ bool Planner::AreCurrent(const std::vector<Dependency>& dependencies) const {
   return std::all_of(dependencies.begin(), dependencies.end(), [&](const Dependency& entry) {
     if (entry.function) {
       const ModulePtr function = context_.catalog.FindFunction(entry.name);
-      return function && function->text == entry.function->text;
+      return function && IsSameModule(*function, *entry.function);
     }
     if (entry.view) {
       const ModulePtr view = context_.catalog.FindView(entry.name);
-      return !context_.catalog.FindTable(entry.name) && view && view->text == entry.view->text;
+      return !context_.catalog.FindTable(entry.name) && view && IsSameModule(*view, *entry.view);
     }
     // A function's table variables are always there.
     if (entry.name.variable && unit_.function != nullptr) return true;
@@ -112,12 +112,19 @@ bool Planner::Fires(const Statement& statement) const {
   const TriggerEvent event = statement.kind == StatementKind::Insert   ? TriggerEvent::Insert
                              : statement.kind == StatementKind::Update ? TriggerEvent::Update
                                                                        : TriggerEvent::Delete;
-  return catalog.HasTriggers(TargetOf(statement).name, event);
+  return catalog.HasTriggers(catalog.KeyOf(TargetOf(statement)), event);
+}
+
+bool Planner::InsertsIdentity(const ObjectName& target) const {
+  const TablePtr& allowed = context_.identityInsertTable;
+  if (!allowed) return false;
+  const TablePtr table = context_.catalog.FindTable(target);
+  return table && EqualNames(table->storageName, allowed->storageName);
 }
 
 Plan& Planner::ChangePlan(const Statement& statement) {
   Plan& plan = PlanAt(statement.number);
-  const bool identityInsert = EqualNames(TargetOf(statement).name, context_.identityInsertTable);
+  const bool identityInsert = InsertsIdentity(TargetOf(statement));
   const bool fires = Fires(statement);
   const bool isSame =
       plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges && plan.fires == fires;
@@ -171,7 +178,7 @@ StagedPlan Planner::PlanStaged(const Statement& statement) {
   switch (statement.kind) {
   case StatementKind::Insert: {
     const auto& insert = static_cast<const InsertStatement&>(statement);
-    take(binder.BindInsert(insert, EqualNames(insert.table.name, context_.identityInsertTable)).output);
+    take(binder.BindInsert(insert, InsertsIdentity(insert.table)).output);
     break;
   }
   case StatementKind::Update: {
@@ -192,8 +199,7 @@ StagedPlan Planner::PlanStaged(const Statement& statement) {
 Plan Planner::PlanInsertedRows(const InsertStatement& statement) const {
   Binder binder = MakeBinder();
   binder.SetLimited(context_.limitsChanges);
-  return PlanOnce(Emitter().EmitRowsOf(
-      binder.BindInsert(statement, EqualNames(statement.table.name, context_.identityInsertTable))));
+  return PlanOnce(Emitter().EmitRowsOf(binder.BindInsert(statement, InsertsIdentity(statement.table))));
 }
 
 Plan Planner::PlanOnce(EmittedSql emitted) const {
@@ -208,8 +214,7 @@ Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std
   Plan plan;
   Binder binder(context_.catalog, unit_.variables, types);
   binder.SetTableVariables(unit_.tables, Binder::Variables::InCatalog);
-  const BoundInsert insert =
-      binder.BindInsertMarkers(statement, EqualNames(statement.table.name, context_.identityInsertTable));
+  const BoundInsert insert = binder.BindInsertMarkers(statement, InsertsIdentity(statement.table));
   plan.target = insert.table;
   switch (form) {
   case InsertForm::Plain: Finish(plan, binder, Emitter().EmitInsert(insert)); break;
@@ -358,14 +363,14 @@ void Planner::CompileBody(const Statement& statement) {
   case StatementKind::Query: {
     const auto& query = static_cast<const QueryStatement&>(statement);
     if (query.query->select && query.query->select->into) {
-      pending_.push_back(query.query->select->into->name);
+      pending_.push_back(*query.query->select->into);
     } else {
       QueryPlan(query);
     }
     break;
   }
   case StatementKind::CreateTable:
-    pending_.push_back(static_cast<const CreateTableStatement&>(statement).table.name);
+    pending_.push_back(static_cast<const CreateTableStatement&>(statement).table);
     break;
   case StatementKind::Insert:
   case StatementKind::Update:

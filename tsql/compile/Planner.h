@@ -10,8 +10,8 @@ namespace tsql {
 struct CompileContext {
   const Connection& connection;
   const Catalog& catalog;
-  std::string identityInsertTable; // of SET IDENTITY_INSERT; empty for none
-  bool limitsChanges = false;      // SET ROWCOUNT is on
+  TablePtr identityInsertTable; // of SET IDENTITY_INSERT; null for none
+  bool limitsChanges = false;   // SET ROWCOUNT is on
 };
 
 class Planner {
@@ -63,6 +63,8 @@ class Planner {
   void CompileExecute(const ExecuteStatement& statement);
   int RequireVariable(const std::string& name) const;
   bool Fires(const Statement& statement) const;
+  // Whether SET IDENTITY_INSERT is on for it.
+  bool InsertsIdentity(const ObjectName& target) const;
   bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
   // The plan of the number if the catalog has not changed since it was last current; else null.
@@ -82,8 +84,8 @@ class Planner {
   const CompileContext& context_;
   CompiledUnit& unit_;
   void DeclareTable(const TableVariable& variable);
-  bool isAhead_ = false;             // of execution
-  std::vector<std::string> pending_; // tables that the unit creates, while compiling ahead
+  bool isAhead_ = false;            // of execution
+  std::vector<ObjectName> pending_; // tables that the unit creates, while compiling ahead
 };
 
 } // namespace tsql

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/catalog/Schemas.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
@@ -131,14 +132,16 @@ void TableShape::AddDefault(TableInfo& table, const ConstraintDefinition& defini
   table.keys.push_back(std::move(key));
 }
 
-// A constraint's name is unique in the database, and that of a key among the indexes of its table as well.
+// A constraint's name is unique in its schema, and that of a key among the indexes of its table as well.
 void TableShape::CheckKeyName(const TableInfo& table, const KeyInfo& key) const {
   for (const KeyInfo& other : table.keys) {
     if (!EqualNames(other.name, key.name)) continue;
     if (!other.IsIndexOnly()) Fail(2714, {key.name});
     if (key.kind == KeyKind::PrimaryKey || key.kind == KeyKind::Unique) Fail(1913, {key.name, table.name});
   }
-  if (table.place == Place::Main && catalog_.ConstraintExists(key.name)) Fail(2714, {key.name});
+  if (table.place != Place::Main) return;
+  if (storage::SplitKey(key.name)) Refuse("A name that the storage has for itself");
+  if (catalog_.ConstraintExists(table.schema, key.name)) Fail(2714, {key.name});
 }
 
 void TableShape::AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const {
@@ -181,10 +184,8 @@ void TableShape::AddConstraint(TableInfo& table, const ConstraintDefinition& def
 
 // The table that the key refers to. That may be the table itself, which is not in the catalog yet.
 TablePtr TableShape::FindReferenced(const TableInfo& table, const KeyInfo& key) const {
-  if (EqualNames(key.referencedTable, table.name)) return std::make_shared<const TableInfo>(table);
-  ObjectName name;
-  name.name = key.referencedTable;
-  return catalog_.FindTable(name);
+  if (EqualNames(key.referencedTable, table.storageName)) return std::make_shared<const TableInfo>(table);
+  return catalog_.TableOfKey(key.referencedTable);
 }
 
 void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const {
@@ -193,10 +194,12 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
   key.kind = KeyKind::ForeignKey;
   key.name = definition.name.empty() ? GeneratedName("FK", table) : definition.name;
   CheckKeyName(table, key);
-  key.referencedTable = definition.referenced.name;
-  const TablePtr parent = FindReferenced(table, key);
-  if (!parent || parent->place != Place::Main) Fail(1767, {key.name, definition.referenced.name});
-  key.referencedTable = parent->name;
+  const ObjectName& referenced = definition.referenced;
+  const std::string schema = IsDbo(referenced.schema) ? std::string() : referenced.schema;
+  const bool isOwn = EqualNames(referenced.name, table.name) && EqualNames(schema, table.schema);
+  const TablePtr parent = isOwn ? std::make_shared<const TableInfo>(table) : catalog_.FindTable(referenced);
+  if (!parent || parent->place != Place::Main) Fail(1767, {key.name, referenced.Written()});
+  key.referencedTable = parent->storageName;
   for (const std::string& name : definition.columns) {
     const int column = table.FindColumn(name);
     if (column < 0) Fail(1769, {key.name, name, table.name});
@@ -204,26 +207,26 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
     if (own.IsComputed() && !own.isPersisted) Fail(1764, {own.name, table.name, "FOREIGN KEY"});
     key.columns.push_back(column);
   }
-  std::vector<int> referenced;
+  std::vector<int> columns; // of the parent
   for (const std::string& name : definition.referencedColumns) {
     const int column = parent->FindColumn(name);
     if (column < 0) Fail(1770, {key.name, name, parent->name});
-    referenced.push_back(column);
+    columns.push_back(column);
   }
   const auto isWanted = [&](const KeyInfo& other) {
-    if (referenced.empty()) return other.kind == KeyKind::PrimaryKey;
+    if (columns.empty()) return other.kind == KeyKind::PrimaryKey;
     const bool isUnique = other.kind == KeyKind::PrimaryKey || other.kind == KeyKind::Unique ||
                           other.kind == KeyKind::UniqueIndex;
-    return isUnique && other.columns.size() == referenced.size() &&
-           std::is_permutation(referenced.begin(), referenced.end(), other.columns.begin());
+    return isUnique && other.columns.size() == columns.size() &&
+           std::is_permutation(columns.begin(), columns.end(), other.columns.begin());
   };
   const auto found = std::find_if(parent->keys.begin(), parent->keys.end(), isWanted);
-  if (found == parent->keys.end() && referenced.empty()) Fail(1773, {key.name, parent->name});
-  if (found != parent->keys.end() && referenced.empty()) referenced = found->columns;
-  if (found == parent->keys.end() || referenced.size() != key.columns.size())
+  if (found == parent->keys.end() && columns.empty()) Fail(1773, {key.name, parent->name});
+  if (found != parent->keys.end() && columns.empty()) columns = found->columns;
+  if (found == parent->keys.end() || columns.size() != key.columns.size())
     Fail(1776, {parent->name, key.name});
-  for (size_t i = 0; i < referenced.size(); ++i) {
-    const ColumnInfo& other = parent->columns[static_cast<size_t>(referenced[i])];
+  for (size_t i = 0; i < columns.size(); ++i) {
+    const ColumnInfo& other = parent->columns[static_cast<size_t>(columns[i])];
     const ColumnInfo& own = table.columns[static_cast<size_t>(key.columns[i])];
     const bool isSame = IsText(own.type) ? own.type.id == other.type.id : own.type == other.type;
     if (!isSame) Fail(1778, {parent->name, other.name, table.name, own.name, key.name});
@@ -243,12 +246,19 @@ void TableShape::ChooseRowid(TableInfo& table) const {
   }
 }
 
-TableInfo TableShape::MakeTable(const ObjectName& name, const std::vector<ColumnDefinition>& columns,
-                                const std::vector<ConstraintDefinition>& constraints) const {
+TableInfo TableShape::MakeEmpty(const ObjectName& name) const {
   TableInfo table;
   table.name = name.name;
   table.place = PlaceOf(name);
-  table.storageName = table.name;
+  Catalog::NewObject made = catalog_.PlaceNew(name);
+  table.schema = std::move(made.schema);
+  table.storageName = std::move(made.key);
+  return table;
+}
+
+TableInfo TableShape::MakeTable(const ObjectName& name, const std::vector<ColumnDefinition>& columns,
+                                const std::vector<ConstraintDefinition>& constraints) const {
+  TableInfo table = MakeEmpty(name);
   for (const ColumnDefinition& column : columns) AddColumn(table, column);
   BindComputed(table, 0);
   const auto isForeign = [](const ConstraintDefinition& constraint) {

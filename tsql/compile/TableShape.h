@@ -14,9 +14,11 @@ class TableShape {
  public:
   explicit TableShape(const Catalog& catalog) : catalog_(catalog) {}
 
-  // The name in SQLite is the table's own.
+  // 2760 when there is no schema for it. The name in SQLite is the table's key.
   TableInfo MakeTable(const ObjectName& name, const std::vector<ColumnDefinition>& columns,
                       const std::vector<ConstraintDefinition>& constraints) const;
+  // The table without columns.
+  TableInfo MakeEmpty(const ObjectName& name) const;
   void AddColumn(TableInfo& table, const ColumnDefinition& definition) const;
   // When all columns are added: finds the types of the computed ones from column number `first` on.
   void BindComputed(TableInfo& table, size_t first) const;

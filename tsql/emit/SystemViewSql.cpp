@@ -1,7 +1,9 @@
 #include "tsql/emit/SystemViewSql.h"
 
 #include "tsql/catalog/Storage.h"
+#include "tsql/emit/Emitter.h"
 #include "tsql/functions/FunctionNames.h"
+#include "tsql/sqlite/Quotation.h"
 
 namespace tsql {
 namespace {
@@ -39,44 +41,66 @@ std::string Objects() {
          ")";
 }
 
+// A view whose rows the catalog has.
+std::string RowsOf(const SystemView& view) {
+  std::string columns;
+  for (size_t i = 0; i < view.columns.size(); ++i)
+    columns += (i > 0 ? ", " : "") + ResultColumnName(i) + " AS " + QuoteName(view.columns[i].name);
+  return "SELECT " + columns + " FROM temp." + names::kFunctionRows + "(" +
+         std::to_string(static_cast<int>(view.id)) + ")";
+}
+
 } // namespace
 
 std::string SystemViewSql(const SystemView& view) {
   using Id = SystemView::Id;
-  const std::string id = Call(names::kObjectId, "name");
-  const std::string tableId = Call(names::kObjectId, "table_name");
-  const std::string length = Call(names::kColLength, "table_name, name");
+  const std::string id = Call(names::kKeyId, "name");
+  const std::string name = Call(names::kKeyName, "name") + " AS name";
+  const std::string schema = Call(names::kKeySchema, "name");
+  const std::string tableId = Call(names::kKeyId, "table_name");
+  const std::string length = Call(names::kKeyColLength, "table_name, name");
+  // A trigger belongs to its table or view, other objects to none.
+  const std::string parent =
+      "ifnull(" + Call(names::kKeyId, Call(names::kTriggerTable, "name").c_str()) + ", 0)";
   switch (view.id) {
-  case Id::SysObjects: return "SELECT name, " + id + " AS id, xtype, xtype AS type FROM " + Objects();
+  case Id::SysObjects:
+    return "SELECT " + name + ", " + id + " AS id, xtype, " + schema + " AS uid, xtype AS type FROM " +
+           Objects();
   case Id::SysColumns:
     return "SELECT name, " + tableId + " AS id, ordinal + 1 AS colid, " + length +
            " AS length, nullable AS isnullable, identity > 1 AS iscomputed FROM " + Main(storage::kColumns);
   case Id::Objects:
-    return "SELECT name, " + id + " AS object_id, xtype AS type, description AS type_desc FROM " + Objects();
-  case Id::Tables: return "SELECT name, " + id + " AS object_id FROM " + Main(storage::kTables);
+    return "SELECT " + name + ", " + id + " AS object_id, " + schema + " AS schema_id, iif(xtype = 'TR', " +
+           parent + ", 0) AS parent_object_id, xtype AS type, description AS type_desc FROM " + Objects();
+  case Id::Tables:
+    return "SELECT " + name + ", " + id + " AS object_id, " + schema + " AS schema_id FROM " +
+           Main(storage::kTables);
   case Id::Columns:
     return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " + length +
            " AS max_length, nullable AS is_nullable, identity = 1 AS is_identity, identity > 1 AS is_computed "
            "FROM " +
            Main(storage::kColumns);
   case Id::Triggers:
-    return "SELECT name, " + id + " AS object_id, " +
-           Call(names::kObjectId, Call(names::kTriggerTable, "name").c_str()) +
+    return "SELECT " + name + ", " + id + " AS object_id, " + parent +
            " AS parent_id, 'TR' AS type, 'SQL_TRIGGER' AS type_desc, kind > " +
            std::to_string(storage::kDisabled) + " AS is_disabled, " + Call(names::kIsInsteadOf, "name") +
            " AS is_instead_of_trigger FROM " + Main(storage::kModules) + " WHERE kind % " +
            std::to_string(storage::kDisabled) + " = " + std::to_string(static_cast<int>(ModuleKind::Trigger));
   case Id::SchemaTables:
-    return "SELECT 'dbo' AS TABLE_SCHEMA, name AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS "
-           "TABLE_TYPE FROM " +
-           Objects() + " WHERE xtype IN ('U ', 'V ')";
-  case Id::SchemaColumns: break;
+    return "SELECT " + Call(names::kSchemaName, schema.c_str()) + " AS TABLE_SCHEMA, " +
+           Call(names::kKeyName, "name") +
+           " AS TABLE_NAME, iif(xtype = 'V ', 'VIEW', 'BASE TABLE') AS TABLE_TYPE FROM " + Objects() +
+           " WHERE xtype IN ('U ', 'V ')";
+  case Id::SchemaColumns:
+    return "SELECT " + Call(names::kSchemaName, Call(names::kKeySchema, "table_name").c_str()) +
+           " AS TABLE_SCHEMA, " + Call(names::kKeyName, "table_name") +
+           " AS TABLE_NAME, name AS COLUMN_NAME, ordinal + 1 AS "
+           "ORDINAL_POSITION, iif(identity > 1, NULL, nullif(default_text, '')) AS COLUMN_DEFAULT, "
+           "iif(nullable, 'YES', 'NO') AS IS_NULLABLE, " +
+           Call(names::kTypeName, "type") + " AS DATA_TYPE, " + Call(names::kCharLength, "type") +
+           " AS CHARACTER_MAXIMUM_LENGTH FROM " + Main(storage::kColumns);
+  default: return RowsOf(view);
   }
-  return "SELECT 'dbo' AS TABLE_SCHEMA, table_name AS TABLE_NAME, name AS COLUMN_NAME, ordinal + 1 AS "
-         "ORDINAL_POSITION, iif(identity > 1, NULL, nullif(default_text, '')) AS COLUMN_DEFAULT, iif(nullable, 'YES', 'NO') AS "
-         "IS_NULLABLE, " +
-         Call(names::kTypeName, "type") + " AS DATA_TYPE, " + Call(names::kCharLength, "type") +
-         " AS CHARACTER_MAXIMUM_LENGTH FROM " + Main(storage::kColumns);
 }
 
 } // namespace tsql

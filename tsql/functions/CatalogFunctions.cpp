@@ -1,6 +1,8 @@
 // Functions that ask the catalog: names, numbers and sizes of what the database holds.
 #include <random>
+#include <utility>
 
+#include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
@@ -25,8 +27,8 @@ void NewId(const FunctionCall& call) {
   call.ReturnText(text);
 }
 
-// The last part of a name such as "dbo.[T]", without brackets.
-ObjectName LastPart(std::string_view text) {
+// The name and schema in a text such as "dbo.[T]", without brackets. A part that is missing counts as dbo.
+ObjectName NameIn(std::string_view text) {
   ObjectName name;
   std::string part;
   bool bracketed = false;
@@ -36,40 +38,42 @@ ObjectName LastPart(std::string_view text) {
     } else if (character == ']' && bracketed) {
       bracketed = false;
     } else if (character == '.' && !bracketed) {
-      part.clear();
+      name.schema = std::exchange(part, {});
     } else {
       part.push_back(character);
     }
   }
-  name.name = part;
+  name.name = std::move(part);
   return name;
 }
 
-// The number of an object: positive, and the same for the same name.
-int64_t IdOfName(std::string_view name) {
-  return static_cast<int64_t>(HashOfName(name) & 0x7FFFFFFFU) | 1;
+// The number of an object: positive, and the same for the same key.
+int64_t IdOfKey(std::string_view key) {
+  return static_cast<int64_t>(HashOfName(key) & 0x7FFFFFFFU) | 1;
 }
 
 void ObjectId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Catalog& catalog = *call.Context().catalog;
-  const ObjectName name = LastPart(call.Text(0));
+  const ObjectName name = NameIn(call.Text(0));
   const std::string_view kind = call.Count() > 1 ? TrimTrailingBlanks(call.Text(1)) : std::string_view();
   const auto isWanted = [kind](std::string_view own) { return kind.empty() || EqualNames(kind, own); };
+  const auto give = [&call](std::string_view key) { call.ReturnInteger(IdOfKey(key)); };
+  if (const TablePtr table = isWanted("U") ? catalog.FindTable(name) : nullptr)
+    return give(table->place == Place::Main ? table->storageName : name.name);
+  if (const ModulePtr view = isWanted("V") ? catalog.FindView(name) : nullptr) return give(view->key);
+  if (const ModulePtr procedure = isWanted("P") ? catalog.FindProcedure(name) : nullptr)
+    return give(procedure->key);
+  if (const TriggerPtr trigger = isWanted("TR") ? catalog.FindTrigger(name) : nullptr)
+    return give(trigger->module->key);
   const ModulePtr function = catalog.FindFunction(name);
   const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
                                        (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
-  const bool found =
-      isFunction || (isWanted("U") && catalog.FindTable(name)) || (isWanted("V") && catalog.FindView(name)) ||
-      (isWanted("P") && catalog.FindProcedure(name)) || (isWanted("TR") && catalog.FindTrigger(name));
-  if (!found) return call.ReturnNull();
-  call.ReturnInteger(IdOfName(name.name));
+  return isFunction ? give(function->key) : call.ReturnNull();
 }
 
-void ColLength(const FunctionCall& call) {
-  if (call.AnyNull()) return call.ReturnNull();
-  const TablePtr table = call.Context().catalog->FindTable(LastPart(call.Text(0)));
+void ReturnColLength(const FunctionCall& call, const TablePtr& table) {
   const int column = table ? table->FindColumn(call.Text(1)) : -1;
   if (column < 0) return call.ReturnNull();
   const Type& type = table->columns[static_cast<size_t>(column)].type;
@@ -78,18 +82,27 @@ void ColLength(const FunctionCall& call) {
   call.ReturnInteger(IsUnicode(type.id) && type.length > 0 ? type.length * 2 : type.length);
 }
 
+void ColLength(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  ReturnColLength(call, call.Context().catalog->FindTable(NameIn(call.Text(0))));
+}
+
+void KeyColLength(const FunctionCall& call) {
+  ReturnColLength(call, call.Context().catalog->TableOfKey(call.Text(0)));
+}
+
 void CursorStatusOf(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnInteger(-3);
   call.ReturnInteger(call.Context().userFunctions->CursorStatus(call.Text(0), call.Text(1)));
 }
 
 TriggerPtr TriggerOf(const FunctionCall& call) {
-  ObjectName name;
-  name.name = call.Text(0);
-  return call.Context().catalog->FindTrigger(name);
+  for (const TriggerPtr& trigger : call.Context().catalog->Triggers())
+    if (EqualNames(trigger->module->key, call.Text(0))) return trigger;
+  return nullptr;
 }
 
-// t_trigger_table(trigger): the name of its table or view.
+// t_trigger_table(key): the key of the trigger's table or view.
 void TriggerTableOf(const FunctionCall& call) {
   const TriggerPtr trigger = TriggerOf(call);
   return trigger ? call.ReturnText(trigger->table) : call.ReturnNull();
@@ -110,11 +123,50 @@ void CharLengthOf(const FunctionCall& call) {
   call.ReturnInteger(type.length);
 }
 
+// The object of the number that is the first argument.
+std::optional<Catalog::Object> ObjectOf(const FunctionCall& call) {
+  if (call.AnyNull()) return std::nullopt;
+  for (const Catalog::Object& object : call.Context().catalog->Objects())
+    if (IdOfKey(object.key) == call.Integer(0)) return object;
+  return std::nullopt;
+}
+
 void ObjectNameOf(const FunctionCall& call) {
+  const std::optional<Catalog::Object> object = ObjectOf(call);
+  return object ? call.ReturnText(object->name) : call.ReturnNull();
+}
+
+void ObjectSchemaNameOf(const FunctionCall& call) {
+  const std::optional<Catalog::Object> object = ObjectOf(call);
+  if (!object) return call.ReturnNull();
+  call.ReturnText(object->schema.empty() ? "dbo" : object->schema);
+}
+
+void SchemaNameOf(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  for (const std::string& name : call.Context().catalog->ObjectNames())
-    if (IdOfName(name) == call.Integer(0)) return call.ReturnText(name);
-  call.ReturnNull();
+  const int64_t id = call.Count() > 0 ? call.Integer(0) : kDboSchema;
+  const std::optional<std::string> name = call.Context().catalog->SchemaName(id);
+  return name ? call.ReturnText(*name) : call.ReturnNull();
+}
+
+void SchemaIdOf(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  if (call.Count() == 0) return call.ReturnInteger(kDboSchema);
+  const std::optional<int64_t> id = call.Context().catalog->FindSchema(TrimTrailingBlanks(call.Text(0)));
+  return id ? call.ReturnInteger(*id) : call.ReturnNull();
+}
+
+void KeyId(const FunctionCall& call) {
+  if (call.AnyNull()) return call.ReturnNull();
+  call.ReturnInteger(IdOfKey(call.Text(0)));
+}
+
+void KeyName(const FunctionCall& call) {
+  call.ReturnText(call.Context().catalog->PartsOf(call.Text(0)).name);
+}
+
+void KeySchema(const FunctionCall& call) {
+  call.ReturnInteger(call.Context().catalog->PartsOf(call.Text(0)).schema);
 }
 
 } // namespace
@@ -123,6 +175,13 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<NewId>(connection, context, names::kNewId, 0, Purity::Volatile);
   Register<ObjectId>(connection, context, names::kObjectId, -1, Purity::Volatile);
   Register<ObjectNameOf>(connection, context, names::kObjectName, 1, Purity::Volatile);
+  Register<ObjectSchemaNameOf>(connection, context, names::kObjectSchemaName, 1, Purity::Volatile);
+  Register<SchemaNameOf>(connection, context, names::kSchemaName, -1, Purity::Volatile);
+  Register<SchemaIdOf>(connection, context, names::kSchemaId, -1, Purity::Volatile);
+  Register<KeyId>(connection, context, names::kKeyId, 1, Purity::Volatile);
+  Register<KeyName>(connection, context, names::kKeyName, 1, Purity::Volatile);
+  Register<KeySchema>(connection, context, names::kKeySchema, 1, Purity::Volatile);
+  Register<KeyColLength>(connection, context, names::kKeyColLength, 2, Purity::Volatile);
   Register<CursorStatusOf>(connection, context, names::kCursorStatus, 2, Purity::Volatile);
   Register<TriggerTableOf>(connection, context, names::kTriggerTable, 1, Purity::Volatile);
   Register<IsInsteadOf>(connection, context, names::kIsInsteadOf, 1, Purity::Volatile);

@@ -123,7 +123,15 @@ inline constexpr const char* kCursorStatus = "t_cursor_status";
 inline constexpr const char* kTriggerTable = "t_trigger_table";
 inline constexpr const char* kIsInsteadOf = "t_is_instead_of";
 inline constexpr const char* kObjectName = "t_object_name";
+inline constexpr const char* kObjectSchemaName = "t_object_schema_name";
+inline constexpr const char* kSchemaName = "t_schema_name";
+inline constexpr const char* kSchemaId = "t_schema_id";
 inline constexpr const char* kColLength = "t_col_length";
+// Of objects by their keys, which no batch can write.
+inline constexpr const char* kKeyId = "t_key_id";
+inline constexpr const char* kKeyName = "t_key_name";
+inline constexpr const char* kKeySchema = "t_key_schema";
+inline constexpr const char* kKeyColLength = "t_key_col_length";
 inline constexpr const char* kTypeName = "t_type_name";
 inline constexpr const char* kCharLength = "t_char_length";
 

@@ -1,5 +1,6 @@
 // Calls of users' functions: as a value, and as a table that SQLite reads through a module of virtual tables.
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/functions/SystemRows.h"
 
 namespace tsql {
 namespace {
@@ -14,7 +15,8 @@ void CallFunction(const FunctionCall& call) {
 // ---- functions that are tables
 //
 // The table has the columns c0, c1 ... of any function. Hidden behind them are the function's name and its
-// arguments, which stand in parentheses behind the table's name.
+// arguments, which stand in parentheses behind the table's name. A number in the name's place is that of a
+// system view.
 
 constexpr int kColumns = 1024; // as many as a table of the server may have
 constexpr int kArguments = 100;
@@ -85,7 +87,9 @@ int Filter(sqlite3_vtab_cursor* cursor, int /*index*/, const char* /*text*/, int
     for (int i = 1; i < count; ++i) arguments.push_back(call.Value(i));
     FunctionCursor& own = CursorOf(cursor);
     own.at = 0;
-    own.rows = context.userFunctions->CallTable(call.Text(0), std::move(arguments));
+    const bool isView = sqlite3_value_type(call.Raw(0)) == SQLITE_INTEGER;
+    own.rows = isView ? SystemRows(*context.catalog, static_cast<SystemView::Id>(call.Integer(0)))
+                      : context.userFunctions->CallTable(call.Text(0), std::move(arguments));
   } catch (const Error& error) {
     context.error = error;
     sqlite3_free(cursor->pVtab->zErrMsg);

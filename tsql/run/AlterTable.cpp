@@ -149,7 +149,7 @@ void TableAlteration::DropConstraint(const DroppedElement& element) {
       return;
     }
     if (element.ifExists) return;
-    if (after_.place == Place::Main && catalog_.ConstraintExists(element.name))
+    if (after_.place == Place::Main && catalog_.ConstraintExists(after_.schema, element.name))
       Fail(3733, {element.name, after_.name});
     Fail(3728, {element.name});
   }
@@ -229,8 +229,8 @@ int TableAlteration::FindKey(std::string_view name) const {
 std::vector<ForeignKey> TableAlteration::Referrers() const {
   std::vector<ForeignKey> referrers = ForeignKeysOf(after_, catalog_);
   std::erase_if(referrers, [&](const ForeignKey& foreignKey) {
-    const bool isOwn = EqualNames(foreignKey.child->name, after_.name);
-    return !EqualNames(foreignKey.key->referencedTable, after_.name) ||
+    const bool isOwn = EqualNames(foreignKey.child->storageName, after_.storageName);
+    return !EqualNames(foreignKey.key->referencedTable, after_.storageName) ||
            (isOwn && FindKey(foreignKey.key->name) < 0);
   });
   return referrers;
@@ -324,7 +324,7 @@ void TableAlteration::FailDependent(const char* verb, int column,
 void TableAlteration::Carry(bool checksRows) {
   // The triggers of foreign keys name the columns and tables of both sides.
   for (const ForeignKey& foreignKey : ForeignKeysOf(*before_, catalog_))
-    DropForeignKeyTriggers(connection_, *foreignKey.key);
+    DropForeignKeyTriggers(connection_, *foreignKey.child, *foreignKey.key);
   if (rebuilds_) {
     builder_.Rebuild(*before_, after_, values_, DatabaseName());
   } else {
@@ -368,7 +368,7 @@ void TableAlteration::CheckRows(const KeyInfo& key) const {
   const std::vector<int> columns = compiler_.ColumnsOfCheck(after_, key.checkText);
   const std::string column =
       columns.size() == 1 ? ", column '" + after_.columns[static_cast<size_t>(columns[0])].name + "'" : "";
-  Fail(547, {"ALTER TABLE", "CHECK", key.name, DatabaseName(), after_.name, column});
+  Fail(547, {"ALTER TABLE", "CHECK", key.name, DatabaseName(), after_.QualifiedName(), column});
 }
 
 } // namespace tsql

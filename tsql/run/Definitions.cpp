@@ -11,9 +11,9 @@
 
 namespace tsql {
 void Definitions::CheckNew(const ObjectName& name) const {
-  if (!name.schema.empty() && !EqualNames(name.schema, "dbo")) Refuse("A schema other than dbo");
+  catalog_.PlaceNew(name); // there must be one
   if (PlaceOf(name) == Place::Main && storage::IsOwnName(name.name))
-    Refuse("A table with a name that the storage has for itself");
+    Refuse("A name that the storage has for itself");
   if (catalog_.Exists(name)) Fail(2714, {name.name});
 }
 
@@ -37,10 +37,8 @@ void Definitions::CreateVariable(const TableInfo& declared) {
 
 void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>& columns) {
   CheckNew(name);
-  TableInfo table;
-  table.name = name.name;
-  table.place = PlaceOf(name);
-  table.storageName = table.place == Place::Temp ? catalog_.TempStorageName(table.name) : table.name;
+  TableInfo table = shape_.MakeEmpty(name);
+  if (table.place == Place::Temp) table.storageName = catalog_.TempStorageName(table.name);
   for (const Column& column : columns) {
     if (column.name.empty()) Fail(1038, {});
     ColumnDefinition definition;
@@ -69,19 +67,19 @@ void Definitions::Build(const TableInfo& table) {
 
 void Definitions::DropTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_)) {
-    if (!EqualNames(foreignKey.child->name, table.name)) Fail(3726, {table.name});
-    DropForeignKeyTriggers(connection_, *foreignKey.key);
+    if (!EqualNames(foreignKey.child->storageName, table.storageName)) Fail(3726, {table.name});
+    DropForeignKeyTriggers(connection_, table, *foreignKey.key);
   }
   if (table.place == Place::Temp) return DropTempTable(table);
-  if (table.place == Place::Main) DropTriggers(table.name);
+  if (table.place == Place::Main) DropTriggers(table.storageName);
   catalog_.RemoveTable(table);
   connection_.Run("DROP TABLE " + table.SqlName());
 }
 
-void Definitions::DropTriggers(const std::string& table) {
+void Definitions::DropTriggers(const std::string& key) {
   const std::vector<TriggerPtr> triggers = catalog_.Triggers();
   for (const TriggerPtr& trigger : triggers)
-    if (EqualNames(trigger->table, table)) catalog_.RemoveModule(std::string(trigger->module->name));
+    if (EqualNames(trigger->table, key)) catalog_.RemoveModule(std::string(trigger->module->key));
 }
 
 // Until all is done that may fail the table keeps its name, so that it can be dropped once more.
@@ -103,20 +101,20 @@ std::vector<std::string> Definitions::TruncatingSql(const TableInfo& table) {
 
 void Definitions::TruncateTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))
-    if (EqualNames(foreignKey.parent->name, table.name)) Fail(4712, {table.name});
+    if (EqualNames(foreignKey.parent->storageName, table.storageName)) Fail(4712, {table.name});
   for (const std::string& statement : TruncatingSql(table)) connection_.Run(statement);
 }
 
 void Definitions::AlterTable(const AlterTableStatement& statement) {
   const TablePtr found = catalog_.FindTable(statement.table);
-  if (!found && catalog_.FindView(statement.table)) Fail(4909, {statement.table.name});
-  if (!found) Fail(4902, {statement.table.name});
+  if (!found && catalog_.FindView(statement.table)) Fail(4909, {statement.table.Written()});
+  if (!found) Fail(4902, {statement.table.Written()});
   TableAlteration(connection_, catalog_, compiler_, builder_, shape_, found).Run(statement);
 }
 
 void Definitions::CreateIndex(const CreateIndexStatement& statement) {
   const TablePtr found = catalog_.FindTable(statement.table);
-  if (!found) Fail(4902, {statement.table.name});
+  if (!found) Fail(4902, {statement.table.Written()});
   TableInfo table = *found;
   KeyInfo key;
   key.name = statement.name;
@@ -137,16 +135,14 @@ void Definitions::CreateIndex(const CreateIndexStatement& statement) {
   catalog_.ReplaceTable(table);
 }
 
-void Definitions::DropIndex(const ObjectName& name, bool ifExists) {
-  ObjectName tableName;
-  tableName.name = name.schema;
+void Definitions::DropIndex(const ObjectName& tableName, const std::string& name, bool ifExists) {
   const TablePtr found = catalog_.FindTable(tableName);
-  const std::string shown = name.schema + "." + name.name;
+  const std::string shown = tableName.Written() + "." + name;
   if (!found && !ifExists) Fail(3701, {"index", shown});
   if (!found) return;
   TableInfo table = *found;
   const auto key = std::find_if(table.keys.begin(), table.keys.end(), [&](const KeyInfo& entry) {
-    return entry.IsIndexOnly() && EqualNames(entry.name, name.name);
+    return entry.IsIndexOnly() && EqualNames(entry.name, name);
   });
   if (key == table.keys.end()) {
     if (!ifExists) Fail(3701, {"index", shown});

@@ -21,21 +21,35 @@ class Definitions {
   void CreateVariable(const TableInfo& declared);
   // The same without an entry in the catalog.
   void BuildVariable(const TableInfo& table) { Build(table); }
-  void DropTable(const TableInfo& table);      // `table` is not a reference into the catalog
-  void DropTriggers(const std::string& table); // or of a view
+  void DropTable(const TableInfo& table);    // `table` is not a reference into the catalog
+  void DropTriggers(const std::string& key); // of a table or view
   void TruncateTable(const TableInfo& table);
   // The statements that empty a table.
   static std::vector<std::string> TruncatingSql(const TableInfo& table);
   void AlterTable(const AlterTableStatement& statement);
   void CreateIndex(const CreateIndexStatement& statement);
-  // The table stands in the place of the schema.
-  void DropIndex(const ObjectName& name, bool ifExists);
+  void DropIndex(const ObjectName& tableName, const std::string& name, bool ifExists);
+  void CreateSchema(const CreateSchemaStatement& statement);
+  void DropSchema(const std::string& name, bool ifExists);
+  // ALTER SCHEMA ... TRANSFER.
+  void TransferObject(const AlterSchemaStatement& statement);
+  // The view, procedure, function or trigger of the name; null when there is none.
+  ModulePtr FindModule(const ObjectName& name) const;
+  // What sp_rename does. `written` is what was to be renamed, for messages.
+  void RenameObject(const ObjectName& name, const std::string& newName);
+  void RenameColumn(const TableInfo& table, const std::string& name, const std::string& newName,
+                    const std::string& written);
+  void RenameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
 
  private:
   void DropTempTable(const TableInfo& table);
   void Build(const TableInfo& table);
   bool BuildFromSpare(const TableInfo& table);
   void CheckNew(const ObjectName& name) const;
+  void TransferModule(const ModuleInfo& module, const Catalog::NewObject& to);
+  void TransferTriggers(const std::string& from, const std::string& schema);
+  // Of the main database: gives it another name in SQLite and in the catalog.
+  void MoveTable(const TableInfo& table, const TableInfo& moved);
 
   const Connection& connection_;
   Catalog& catalog_;

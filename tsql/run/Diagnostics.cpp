@@ -47,9 +47,9 @@ Error UniqueError(std::string_view message, const TableInfo& table) {
     return MakeError(
         kUnsupportedError, 0,
         {RefusedConstruct("A value that is there twice in an identity column without a key").Name()});
-  if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.name, key->name});
+  if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.QualifiedName(), key->name});
   const char* kind = key->kind == KeyKind::PrimaryKey ? "PRIMARY KEY" : "UNIQUE KEY";
-  return MakeError(2627, 0, {kind, key->name, table.name});
+  return MakeError(2627, 0, {kind, key->name, table.QualifiedName()});
 }
 
 } // namespace
@@ -74,7 +74,7 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   case SQLITE_CONSTRAINT_CHECK:
     return MakeError(547, 0,
                      {verb, "CHECK", FailedPart(message), catalog.DatabaseName(),
-                      target != nullptr ? target->name : std::string()});
+                      target != nullptr ? target->QualifiedName() : std::string()});
   default: break;
   }
   const int kind = failure.code & 0xFF;
@@ -82,7 +82,7 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   // Tables and indexes share their names in SQLite, and an index has the name of its table in front.
   if (message.starts_with("there is already a"))
     return MakeError(kUnsupportedError, 0,
-                     {RefusedConstruct("A table with a name that the storage has for itself").Name()});
+                     {RefusedConstruct("A name that the storage has for itself").Name()});
   if (message == "integer overflow") return MakeError(8115, 0, {"expression", "int"});
   return StorageError(message);
 }

@@ -32,8 +32,8 @@ std::string IsOrphan(const TableInfo& child, const KeyInfo& key, const TableInfo
 
 using Event = storage::ForeignKeyEvent;
 
-std::string TriggerName(const KeyInfo& key, Event event) {
-  return "main." + QuoteName(storage::TriggerName(key.name, event));
+std::string TriggerName(const TableInfo& child, const KeyInfo& key, Event event) {
+  return "main." + QuoteName(storage::TriggerName(child.ConstraintKey(key), event));
 }
 
 } // namespace
@@ -44,10 +44,9 @@ std::vector<ForeignKey> ForeignKeysOf(const TableInfo& table, const Catalog& cat
   for (const TablePtr& child : catalog.TablesWithForeignKeys()) {
     for (const KeyInfo& key : child->keys) {
       if (key.kind != KeyKind::ForeignKey) continue;
-      if (!EqualNames(child->name, table.name) && !EqualNames(key.referencedTable, table.name)) continue;
-      ObjectName parent;
-      parent.name = key.referencedTable;
-      found.push_back({child, &key, catalog.FindTable(parent)});
+      const bool isChild = EqualNames(child->storageName, table.storageName);
+      if (!isChild && !EqualNames(key.referencedTable, table.storageName)) continue;
+      found.push_back({child, &key, catalog.TableOfKey(key.referencedTable)});
     }
   }
   return found;
@@ -71,10 +70,10 @@ void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& chi
   const std::string left =
       "EXISTS (SELECT 1 FROM " + QuoteName(child.storageName) + " AS c WHERE " + referring + ")";
   const std::string begin =
-      std::string(" BEGIN SELECT ") + names::kSuspect + "(" + QuoteText(key.name) + "); END";
+      std::string(" BEGIN SELECT ") + names::kSuspect + "(" + QuoteText(child.ConstraintKey(key)) + "); END";
   const auto create = [&](Event event, const std::string& change, const TableInfo& on,
                           const std::string& when) {
-    connection.Run("CREATE TRIGGER " + TriggerName(key, event) + " AFTER " + change + " ON " +
+    connection.Run("CREATE TRIGGER " + TriggerName(child, key, event) + " AFTER " + change + " ON " +
                    QuoteName(on.storageName) + " WHEN " + when + begin);
   };
   create(Event::ChildInserted, "INSERT", child, orphan);
@@ -83,10 +82,10 @@ void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& chi
   create(Event::ParentUpdated, "UPDATE OF " + parentColumns, parent, "(" + changed + ") AND " + left);
 }
 
-void DropForeignKeyTriggers(const Connection& connection, const KeyInfo& key) {
+void DropForeignKeyTriggers(const Connection& connection, const TableInfo& child, const KeyInfo& key) {
   for (const Event event :
        {Event::ChildInserted, Event::ChildUpdated, Event::ParentDeleted, Event::ParentUpdated})
-    connection.Run("DROP TRIGGER IF EXISTS " + TriggerName(key, event));
+    connection.Run("DROP TRIGGER IF EXISTS " + TriggerName(child, key, event));
 }
 
 bool IsViolated(const Connection& connection, const TableInfo& child, const KeyInfo& key,
@@ -100,14 +99,14 @@ Error ForeignKeyError(const ForeignKey& foreignKey, const TableInfo& target, std
                       const Catalog& catalog) {
   const KeyInfo& key = *foreignKey.key;
   const bool isSame = foreignKey.child == foreignKey.parent;
-  const bool isChild = verb != "DELETE" && EqualNames(foreignKey.child->name, target.name);
+  const bool isChild = verb != "DELETE" && EqualNames(foreignKey.child->storageName, target.storageName);
   const TableInfo& other = isChild ? *foreignKey.parent : *foreignKey.child;
   const std::string& column = isChild ? key.referencedColumns[0]
                                       : foreignKey.child->columns[static_cast<size_t>(key.columns[0])].name;
   const char* kind = isChild ? (isSame ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY")
                              : (isSame ? "SAME TABLE REFERENCE" : "REFERENCE");
   return MakeError(547, 0,
-                   {verb, kind, key.name, catalog.DatabaseName(), other.name,
+                   {verb, kind, key.name, catalog.DatabaseName(), other.QualifiedName(),
                     key.columns.size() == 1 ? ", column '" + column + "'" : std::string()});
 }
 

@@ -21,7 +21,7 @@ std::vector<ForeignKey> ForeignKeysOf(const TableInfo& table, const Catalog& cat
 
 void CreateForeignKeyTriggers(const Connection& connection, const TableInfo& child, const KeyInfo& key,
                               const TableInfo& parent);
-void DropForeignKeyTriggers(const Connection& connection, const KeyInfo& key);
+void DropForeignKeyTriggers(const Connection& connection, const TableInfo& child, const KeyInfo& key);
 
 // Whether some row of the child refers to a row that the parent does not have.
 bool IsViolated(const Connection& connection, const TableInfo& child, const KeyInfo& key,

@@ -240,6 +240,10 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
     RunRaiserror(static_cast<const RaiserrorStatement&>(statement));
     return Flow::Next;
   case StatementKind::Throw: return RunThrow(static_cast<const ThrowStatement&>(statement));
+  case StatementKind::System:
+    RunSystemProcedure(static_cast<const SystemStatement&>(statement));
+    lastError_ = 0;
+    return Flow::Return;
   case StatementKind::Execute: return RunExecute(static_cast<const ExecuteStatement&>(statement));
   default: RunDefinition(statement);
   }
@@ -299,12 +303,12 @@ void Interpreter::RunUse(const UseStatement& statement) {
 // It is on for one table at a time.
 void Interpreter::SetIdentityInsert(const ObjectName& name, bool on) {
   const TablePtr table = catalog_.FindTable(name);
-  if (!table) Fail(1088, {name.name});
+  if (!table) Fail(1088, {name.Written()});
   if (table->identityColumn < 0) Fail(8106, {table->name});
-  const std::string& present = compiler_.IdentityInsert();
-  const bool isOn = EqualNames(present, table->name);
-  if (on && !isOn && !present.empty()) Fail(8107, {present, table->name});
-  if (on != isOn) compiler_.SetIdentityInsert(on ? table->name : std::string());
+  const TablePtr present = compiler_.IdentityInsert();
+  const bool isOn = present && EqualNames(present->storageName, table->storageName);
+  if (on && !isOn && present) Fail(8107, {present->name, table->name});
+  if (on != isOn) compiler_.SetIdentityInsert(on ? table : nullptr);
 }
 
 // The number that an option is set to, which a variable may hold.

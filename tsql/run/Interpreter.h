@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "tsql/compile/Compiler.h"
+#include "tsql/compile/SystemProcedures.h"
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Cursor.h"
 #include "tsql/run/Definitions.h"
@@ -126,6 +127,11 @@ class Interpreter : public UserFunctions {
   Flow RunTrigger(const TriggerInfo& trigger, const FiredRows& fired);
   // An update knows the values of its computed columns when it is made.
   void ReadComputed(const TableInfo& target, StagedRows& rows) const;
+
+  // procedures of the server (RunSystemProcedures.cpp)
+  void RunSystemProcedure(const SystemStatement& statement);
+  void Rename(const std::vector<Datum>& arguments);
+  void HelpText(const std::vector<Datum>& arguments);
 
   // control flow (Interpreter.cpp)
   void RunDeclare(const DeclareStatement& statement);

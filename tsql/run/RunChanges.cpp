@@ -78,8 +78,9 @@ int64_t Interpreter::MakeCheckedChange(const TableInfo& target, const std::funct
   StatementScope scope(transaction_, Place::Main);
   const int64_t count = change();
   for (const ForeignKey& foreignKey : foreignKeys) {
-    const bool isSuspected = std::find(context_.suspects.begin(), context_.suspects.end(),
-                                       foreignKey.key->name) != context_.suspects.end();
+    const bool isSuspected =
+        std::find(context_.suspects.begin(), context_.suspects.end(),
+                  foreignKey.child->ConstraintKey(*foreignKey.key)) != context_.suspects.end();
     if (isSuspected && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
       throw Error(ForeignKeyError(foreignKey, target, verb_, catalog_));
   }

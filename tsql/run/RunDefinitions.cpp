@@ -2,7 +2,9 @@
 #include <cassert>
 #include <utility>
 
+#include "tsql/catalog/Schemas.h"
 #include "tsql/run/Interpreter.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
@@ -35,31 +37,45 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   StatementScope scope(transaction_, Place::Main);
   const ModulePtr existing = FindModule(name, kind);
   if (!alter && catalog_.Exists(name)) Fail(2714, {name.name});
-  if (alter && !existing) Fail(208, {name.name});
+  if (alter && !existing) Fail(208, {name.Written()});
   // A function stays what it is.
   if (alter && existing->kind != kind) Fail(2010, {name.name});
-  catalog_.AddModule(kind,
-                     {existing ? existing->name : name.name, text, kind, existing && existing->disabled});
+  ModuleInfo module;
+  if (existing) {
+    module = *existing;
+  } else {
+    if (storage::SplitKey(name.name)) Refuse("A name that the storage has for itself");
+    Catalog::NewObject place = catalog_.PlaceNew(name);
+    module.name = name.name;
+    module.schema = std::move(place.schema);
+    module.key = std::move(place.key);
+  }
+  module.text = text;
+  module.kind = kind;
+  catalog_.AddModule(kind, module);
   scope.Complete();
   MarkSchemaChange(Place::Main);
 }
 
 void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
   const TablePtr table = catalog_.FindTable(statement.table);
-  const bool isOfView = statement.insteadOf && catalog_.FindView(statement.table);
-  if (!isOfView && (!table || table->place != Place::Main)) Fail(8197, {statement.table.name});
+  const ModulePtr view = statement.insteadOf && !table ? catalog_.FindView(statement.table) : nullptr;
+  if (!view && (!table || table->place != Place::Main)) Fail(8197, {statement.table.Written()});
+  const std::string& schema = view ? view->schema : table->schema;
+  const std::string own = IsDbo(statement.name.schema) ? std::string() : statement.name.schema;
+  if (!EqualNames(own, schema)) Fail(2103, {statement.alter ? "alter" : "create", statement.name.Written()});
+  const std::string& key = view ? view->key : table->storageName;
   const TriggerPtr existing = catalog_.FindTrigger(statement.name);
-  if (statement.alter && existing && !EqualNames(existing->table, statement.table.name))
+  if (statement.alter && existing && !EqualNames(existing->table, key))
     Fail(2110, {statement.name.name, statement.table.name});
   if (statement.insteadOf) {
     // One for each event.
     constexpr const char* kEvents[] = {"INSERT", "UPDATE", "DELETE"};
     for (const TriggerPtr& other : catalog_.Triggers()) {
-      const bool isOther =
-          other->insteadOf && EqualNames(other->table, statement.table.name) && other != existing;
+      const bool isOther = other->insteadOf && EqualNames(other->table, key) && other != existing;
       for (const TriggerEvent event : statement.events)
         if (isOther && std::ranges::count(other->events, event) > 0)
-          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, isOfView ? "view" : "table",
+          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, view ? "view" : "table",
                       statement.table.name, kEvents[static_cast<size_t>(event)]});
     }
   }
@@ -69,17 +85,19 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
 
 void Interpreter::RunSwitchTriggers(const SwitchTriggersStatement& statement) {
   const TablePtr table = catalog_.FindTable(statement.table);
-  const bool isOfView = !statement.alters && catalog_.FindView(statement.table);
-  if (!table && !isOfView) Fail(statement.alters ? 4902 : 1088, {statement.table.name});
+  const ModulePtr view = statement.alters || table ? nullptr : catalog_.FindView(statement.table);
+  if (!table && !view) Fail(statement.alters ? 4902 : 1088, {statement.table.Written()});
+  const std::string key = table ? table->storageName : view->key;
   std::vector<TriggerPtr> triggers;
   for (const TriggerPtr& trigger : catalog_.Triggers())
-    if (statement.triggers.empty() && EqualNames(trigger->table, statement.table.name))
-      triggers.push_back(trigger);
-  for (const ObjectName& name : statement.triggers) {
+    if (statement.triggers.empty() && EqualNames(trigger->table, key)) triggers.push_back(trigger);
+  for (ObjectName name : statement.triggers) {
+    const std::string written = name.Written();
+    if (name.schema.empty()) name.schema = statement.table.schema;
     const TriggerPtr trigger = catalog_.FindTrigger(name);
-    const bool isOfTable = trigger && EqualNames(trigger->table, statement.table.name);
-    if (!isOfTable && statement.alters) Fail(4920, {name.name, table->name});
-    if (!isOfTable) Fail(1088, {name.name});
+    const bool isOfTable = trigger && EqualNames(trigger->table, key);
+    if (!isOfTable && statement.alters) Fail(4920, {written, table->name});
+    if (!isOfTable) Fail(1088, {written});
     triggers.push_back(trigger);
   }
   StatementScope scope(transaction_, Place::Main);
@@ -107,17 +125,20 @@ void Interpreter::DropEndedTables() {
 }
 
 void Interpreter::RunDrop(const DropStatement& statement) {
-  for (const ObjectName& name : statement.names) {
-    const Place place = PlaceOf(name);
+  for (size_t i = 0; i < statement.names.size(); ++i) {
+    const ObjectName& name = statement.names[i];
+    const bool isIndex = statement.object == ObjectKind::Index;
+    const Place place = PlaceOf(isIndex ? statement.tables[i] : name);
     StatementScope scope(transaction_, place);
     switch (statement.object) {
     case ObjectKind::Table: {
       const TablePtr table = catalog_.FindTable(name);
-      if (!table && !statement.ifExists) Fail(3701, {"table", name.name});
+      if (!table && !statement.ifExists) Fail(3701, {"table", name.Written()});
       if (table) definitions_.DropTable(*table);
       break;
     }
-    case ObjectKind::Index: definitions_.DropIndex(name, statement.ifExists); break;
+    case ObjectKind::Index: definitions_.DropIndex(statement.tables[i], name.name, statement.ifExists); break;
+    case ObjectKind::Schema: definitions_.DropSchema(name.name, statement.ifExists); break;
     default: DropModule(statement, name);
     }
     scope.Complete();
@@ -135,10 +156,10 @@ void Interpreter::DropModule(const DropStatement& statement, const ObjectName& n
     }
   }();
   const ModulePtr module = FindModule(name, kind);
-  if (!module && !statement.ifExists) Fail(3701, {word, name.name});
+  if (!module && !statement.ifExists) Fail(3701, {word, name.Written()});
   if (!module) return;
-  if (kind == ModuleKind::View) definitions_.DropTriggers(module->name);
-  catalog_.RemoveModule(std::string(module->name));
+  if (kind == ModuleKind::View) definitions_.DropTriggers(module->key);
+  catalog_.RemoveModule(std::string(module->key));
 }
 
 void Interpreter::RunTruncate(const TruncateStatement& statement) {
@@ -195,6 +216,18 @@ void Interpreter::RunDefinition(const Statement& statement) {
   case StatementKind::CreateTrigger:
     RunCreateTrigger(static_cast<const CreateTriggerStatement&>(statement));
     break;
+  case StatementKind::CreateSchema:
+  case StatementKind::AlterSchema: {
+    StatementScope scope(transaction_, Place::Main);
+    if (statement.kind == StatementKind::CreateSchema) {
+      definitions_.CreateSchema(static_cast<const CreateSchemaStatement&>(statement));
+    } else {
+      definitions_.TransferObject(static_cast<const AlterSchemaStatement&>(statement));
+    }
+    scope.Complete();
+    MarkSchemaChange(Place::Main);
+    break;
+  }
   case StatementKind::SwitchTriggers:
     RunSwitchTriggers(static_cast<const SwitchTriggersStatement&>(statement));
     break;

@@ -57,7 +57,7 @@ struct Interpreter::ProcedureScope {
   int lockTimeout;
   int64_t rowLimit;
   int firstDay;
-  std::string identityInsert;
+  TablePtr identityInsert;
 };
 
 bool Interpreter::RunProcedure(CompiledUnit& unit, RunningUnit& running, ResultSink& sink) {

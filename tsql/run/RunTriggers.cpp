@@ -65,7 +65,7 @@ class Interpreter::OwnTransaction {
 // A trigger while it runs.
 struct Interpreter::RunningTrigger {
   RunningTrigger(Interpreter& interpreter, const TriggerInfo& info)
-      : owner(interpreter), name(info.module->name), outer(std::exchange(interpreter.trigger_, this)) {
+      : owner(interpreter), key(info.module->key), outer(std::exchange(interpreter.trigger_, this)) {
     ++owner.triggers_;
   }
   RunningTrigger(const RunningTrigger&) = delete;
@@ -75,13 +75,13 @@ struct Interpreter::RunningTrigger {
     owner.trigger_ = outer;
   }
   Interpreter& owner;
-  std::string name;
+  std::string key;
   const RunningTrigger* outer;
 };
 
 bool Interpreter::Fires(const TableInfo& target, StatementKind kind) const {
   if (catalog_.Triggers().empty() || target.place != Place::Main) return false;
-  return catalog_.HasTriggers(target.name, EventOf(kind));
+  return catalog_.HasTriggers(target.storageName, EventOf(kind));
 }
 
 void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const {
@@ -139,7 +139,7 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
 }
 
 bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) const {
-  return std::ranges::any_of(catalog_.TriggersOf(target.name, event, true),
+  return std::ranges::any_of(catalog_.TriggersOf(target.storageName, event, true),
                              [this](const TriggerPtr& trigger) { return !IsInnermost(*trigger); });
 }
 
@@ -162,12 +162,12 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
 
 // The statements of a trigger do not fire it themselves.
 bool Interpreter::IsInnermost(const TriggerInfo& trigger) const {
-  return trigger_ != nullptr && EqualNames(trigger_->name, trigger.module->name);
+  return trigger_ != nullptr && EqualNames(trigger_->key, trigger.module->key);
 }
 
 Interpreter::Flow Interpreter::FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf,
                                             int64_t count) {
-  for (const TriggerPtr& trigger : catalog_.TriggersOf(target.name, fired.event, insteadOf)) {
+  for (const TriggerPtr& trigger : catalog_.TriggersOf(target.storageName, fired.event, insteadOf)) {
     if (IsInnermost(*trigger)) continue;
     rowCount_ = count;
     lastError_ = 0;

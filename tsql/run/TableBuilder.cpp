@@ -119,7 +119,7 @@ void TableBuilder::BuildIndexOverRows(const TableInfo& table, const KeyInfo& key
   try {
     BuildIndex(table, key);
   } catch (const SqliteFailure& failure) {
-    if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) Fail(1505, {table.name, key.name});
+    if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) Fail(1505, {table.QualifiedName(), key.name});
     throw;
   }
 }
@@ -128,6 +128,10 @@ void TableBuilder::DropIndex(const TableInfo& table, const KeyInfo& key) const {
   const std::string prefix = std::string("DROP INDEX IF EXISTS ") + PlaceName(table.place) + ".";
   connection_.Run(prefix + QuoteName(storage::IndexName(table.storageName, key.name)) + "; " + prefix +
                   QuoteName(storage::NullSafeIndexName(table.storageName, key.name)));
+}
+
+void TableBuilder::Rename(const TableInfo& before, const TableInfo& after) const {
+  connection_.Run("ALTER TABLE " + before.SqlName() + " RENAME TO " + QuoteName(after.storageName));
 }
 
 bool TableBuilder::HasRows(const TableInfo& table) const {
@@ -207,7 +211,7 @@ void TableBuilder::Rebuild(const TableInfo& before, const TableInfo& after,
     Fail(515, {message.substr(message.rfind('.') + 1), after.FullName(databaseName), "UPDATE"});
   }
   connection_.Run("DROP TABLE " + before.SqlName());
-  connection_.Run("ALTER TABLE " + made.SqlName() + " RENAME TO " + QuoteName(after.storageName));
+  Rename(made, after);
 }
 
 } // namespace tsql

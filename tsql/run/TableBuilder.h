@@ -26,6 +26,8 @@ class TableBuilder {
   // CHECK constraints are not asked about the rows.
   void Rebuild(const TableInfo& before, const TableInfo& after, const std::vector<std::string>& values,
                std::string_view databaseName) const;
+  // Gives the table another name in SQLite. Its indexes and foreign keys are gone before.
+  void Rename(const TableInfo& before, const TableInfo& after) const;
   bool HasRows(const TableInfo& table) const;
   void SetLastIdentity(const TableInfo& table, int64_t last) const;
   // The statements that do that.

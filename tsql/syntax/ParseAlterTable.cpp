@@ -4,7 +4,7 @@ namespace tsql {
 
 StatementPtr Parser::ParseAlterTable(size_t start) {
   auto statement = MakeStatement<AlterTableStatement>(start);
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
   if (AreWordsAt(0, "ENABLE TRIGGER") || AreWordsAt(0, "DISABLE TRIGGER")) {
     std::unique_ptr<SwitchTriggersStatement> triggers = ParseTriggerSwitch(start);
     triggers->table = std::move(statement->table);

@@ -17,6 +17,7 @@ StatementPtr Parser::ParseCreate() {
   if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, false);
   if (TakeWord("function")) return ParseCreateFunction(start, false);
   if (TakeWord("trigger")) return ParseCreateTrigger(start, false);
+  if (TakeWord("schema")) return ParseCreateSchema(start);
   if (IsWord("unique") || IsWord("clustered") || IsWord("nonclustered") || IsWord("index"))
     return ParseCreateIndex(start);
   UnknownObject();
@@ -105,7 +106,7 @@ void Parser::SkipOption() {
 
 StatementPtr Parser::ParseCreateTable(size_t start) {
   auto statement = MakeStatement<CreateTableStatement>(start);
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
   if (AreWordsAt(0, "AS FILETABLE")) RefuseHere("A file table or a graph table");
   ExpectSymbol("(");
   do {
@@ -312,7 +313,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
       if (IsSymbol("(")) constraint.columns = ParseNameList();
     }
     ExpectWord("references");
-    constraint.referenced = ParseObjectName();
+    constraint.referenced = ParseDefinedName();
     if (IsSymbol("(")) constraint.referencedColumns = ParseNameList();
     while (IsWord("on") && (IsWordAt(1, "delete") || IsWordAt(1, "update"))) {
       if (IsWordAt(2, "cascade") || IsWordAt(2, "set"))
@@ -343,7 +344,7 @@ StatementPtr Parser::ParseCreateIndex(size_t start) {
   ExpectWord("index");
   statement->name = TakeName();
   ExpectWord("on");
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
   statement->columns = ParseKeyColumns(&statement->descending);
   if (TakeWord("include")) statement->included = ParseNameList();
   if (IsWord("where")) RefuseHere("WHERE of an index");
@@ -355,7 +356,7 @@ StatementPtr Parser::ParseCreateView(size_t start, bool alter) {
   auto statement = MakeStatement<CreateViewStatement>(start);
   statement->alter = alter;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseObjectName();
+  statement->name = ParseModuleName();
   if (IsSymbol("(")) statement->columns = ParseNameList();
   if (AreWordsAt(0, "WITH SCHEMABINDING") || AreWordsAt(0, "WITH ENCRYPTION") ||
       AreWordsAt(0, "WITH VIEW_METADATA"))
@@ -394,7 +395,7 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
   auto statement = MakeStatement<CreateProcedureStatement>(start);
   statement->alter = alter;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseObjectName();
+  statement->name = ParseModuleName();
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
   const bool parenthesized = TakeSymbol("(");
   if (Current().kind == TokenKind::Variable) {
@@ -436,7 +437,7 @@ StatementPtr Parser::ParseCreateFunction(size_t start, bool alter) {
   auto statement = MakeStatement<CreateFunctionStatement>(start);
   statement->alter = alter;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseObjectName();
+  statement->name = ParseModuleName();
   ExpectSymbol("(");
   if (!IsSymbol(")")) {
     do {
@@ -507,6 +508,7 @@ StatementPtr Parser::ParseAlter() {
   if (TakeWord("trigger")) return ParseCreateTrigger(start, true);
   RefuseWords(RefusedKind::Alter);
   if (TakeWord("table")) return ParseAlterTable(start);
+  if (TakeWord("schema")) return ParseAlterSchema(start);
   UnknownObject();
 }
 
@@ -526,6 +528,8 @@ StatementPtr Parser::ParseDrop() {
     statement->object = ObjectKind::Trigger;
   } else if (TakeWord("index")) {
     statement->object = ObjectKind::Index;
+  } else if (TakeWord("schema")) {
+    return ParseDropSchema(std::move(statement));
   } else {
     UnknownObject();
   }
@@ -534,20 +538,41 @@ StatementPtr Parser::ParseDrop() {
     statement->ifExists = true;
   }
   do {
-    ObjectName name = ParseObjectName();
-    if (statement->object == ObjectKind::Index && TakeWord("on")) name.schema = ParseObjectName().name;
-    statement->names.push_back(std::move(name));
+    if (statement->object == ObjectKind::Index) {
+      ParseDroppedIndex(*statement);
+    } else {
+      statement->names.push_back(ParseDefinedName());
+    }
   } while (TakeSymbol(","));
   if (statement->object == ObjectKind::Index) SkipStorageOptions();
   if (statement->object == ObjectKind::Trigger && TakeWord("on")) RefuseTriggerOfServer();
   return statement;
 }
 
+// "index ON table" or "table.index".
+void Parser::ParseDroppedIndex(DropStatement& statement) {
+  const bool hasSchema = IsSymbolAt(1, ".") && IsSymbolAt(3, ".");
+  const std::string schema = hasSchema ? TakeName() : std::string();
+  if (hasSchema) ExpectSymbol(".");
+  ObjectName written = ParseDefinedName();
+  ObjectName index;
+  index.name = written.name;
+  statement.names.push_back(std::move(index));
+  ObjectName table;
+  if (TakeWord("on")) {
+    table = ParseDefinedName();
+  } else {
+    table.schema = schema;
+    table.name = written.schema;
+  }
+  statement.tables.push_back(std::move(table));
+}
+
 StatementPtr Parser::ParseTruncate() {
   auto statement = MakeStatement<TruncateStatement>(at_);
   ExpectWord("truncate");
   ExpectWord("table");
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
   if (IsWord("with") && IsSymbolAt(1, "(")) RefuseHere("TRUNCATE TABLE WITH PARTITIONS");
   return statement;
 }

@@ -260,7 +260,7 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   do select->items.push_back(ParseSelectItem());
   while (TakeSymbol(","));
   if (isQueryStatement_ && TakeWord("into")) {
-    select->into = ParseObjectName();
+    select->into = ParseDefinedName();
     if (IsWord("on")) RefuseHere("SELECT INTO a filegroup");
   }
   if (TakeWord("from")) select->from = ParseFrom();
@@ -570,7 +570,15 @@ ObjectName Parser::ParseTarget() {
   return ParseObjectName();
 }
 
+// What a statement reads, changes or calls. In a module it is looked for in the module's schema first.
 ObjectName Parser::ParseObjectName() {
+  ObjectName name = ParseDefinedName();
+  if (name.schema.empty()) name.home = home_;
+  return name;
+}
+
+// What a statement defines, which is dbo's where no schema is written, in a module too.
+ObjectName Parser::ParseDefinedName() {
   ObjectName name;
   const int line = Current().line;
   std::vector<std::string> parts;
@@ -580,6 +588,15 @@ ObjectName Parser::ParseObjectName() {
   if (parts.size() > 1) name.schema = parts[parts.size() - 2];
   const bool isTempdb = parts.size() == 3 && EqualNames(parts[0], "tempdb") && name.name[0] == '#';
   if (parts.size() > 2 && !isTempdb) Refuse("A name with a database part", line);
+  return name;
+}
+
+// The name of the module that is parsed.
+ObjectName Parser::ParseModuleName() {
+  ObjectName name = ParseDefinedName();
+  if (schema_) name.name = moduleName_;
+  if (schema_) name.schema = schema_->empty() && !name.schema.empty() ? "dbo" : *schema_;
+  home_ = EqualNames(name.schema, "dbo") ? std::string() : name.schema;
   return name;
 }
 

@@ -219,7 +219,7 @@ void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) 
   if (!isStatistics && std::find(kSwitches.begin(), kSwitches.end(), option) == kSwitches.end())
     throw Error(195, 15, 5, name.line, "'" + name.text + "' is not a recognized SET option.");
   if (IsSymbol(",")) RefuseHere("SET of several options");
-  if (option == "identity_insert") statement.table = ParseObjectName();
+  if (option == "identity_insert") statement.table = ParseDefinedName();
   std::string what = option;
   if (isStatistics) {
     do {

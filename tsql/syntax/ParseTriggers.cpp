@@ -9,10 +9,14 @@ StatementPtr Parser::ParseCreateTrigger(size_t start, bool alter) {
   auto statement = MakeStatement<CreateTriggerStatement>(start);
   statement->alter = alter;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseObjectName();
+  statement->name = ParseModuleName();
   ExpectWord("on");
   RefuseTriggerOfServer();
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
+  // A trigger lies in the schema of its table.
+  if (schema_) statement->table.schema = schema_->empty() ? "dbo" : *schema_;
+  if (statement->name.schema.empty()) statement->name.schema = statement->table.schema;
+  home_ = EqualNames(statement->table.schema, "dbo") ? std::string() : statement->table.schema;
   if (TakeWord("with")) {
     do {
       if (IsWord("execute") || IsWord("exec") || IsWord("native_compilation") || IsWord("schemabinding"))
@@ -61,7 +65,7 @@ StatementPtr Parser::ParseSwitchTriggers() {
   std::unique_ptr<SwitchTriggersStatement> statement = ParseTriggerSwitch(at_);
   ExpectWord("on");
   RefuseTriggerOfServer();
-  statement->table = ParseObjectName();
+  statement->table = ParseDefinedName();
   return statement;
 }
 
@@ -72,7 +76,7 @@ std::unique_ptr<SwitchTriggersStatement> Parser::ParseTriggerSwitch(size_t start
   if (!statement->enables) ExpectWord("disable");
   ExpectWord("trigger");
   if (TakeWord("all")) return statement;
-  do statement->triggers.push_back(ParseObjectName());
+  do statement->triggers.push_back(ParseDefinedName());
   while (TakeSymbol(","));
   return statement;
 }

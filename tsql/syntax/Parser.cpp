@@ -150,6 +150,15 @@ std::unique_ptr<Batch> ParseBatch(std::string text) {
   return batch;
 }
 
+std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name) {
+  auto batch = std::make_unique<Batch>();
+  batch->text = std::move(text);
+  Parser parser(batch->text);
+  parser.SetModule(schema, name);
+  parser.ParseAll(*batch);
+  return batch;
+}
+
 ExprPtr ParseDefault(const std::string& text) {
   return Parser(text).ParseExpression();
 }
@@ -162,8 +171,9 @@ std::vector<ProcedureParameter> ParseParameters(const std::string& text) {
   return Parser(text).ParseParameterList();
 }
 
-QueryPtr ParseView(const std::string& text, std::vector<std::string>& columns) {
-  const std::unique_ptr<Batch> batch = ParseBatch(text);
+QueryPtr ParseView(const std::string& text, const std::string& schema, const std::string& name,
+                   std::vector<std::string>& columns) {
+  const std::unique_ptr<Batch> batch = ParseModule(text, schema, name);
   auto& view = static_cast<CreateViewStatement&>(*batch->statements.front());
   columns = std::move(view.columns);
   return std::move(view.query);

@@ -12,6 +12,11 @@ class Parser {
  public:
   explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
+  // What is parsed is a module of this schema and name, whatever its text says.
+  void SetModule(const std::string& schema, const std::string& name) {
+    schema_ = schema;
+    moduleName_ = name;
+  }
   void ParseAll(Batch& batch);
   std::vector<ProcedureParameter> ParseParameterList();
   ExprPtr ParseExpression();
@@ -126,6 +131,8 @@ class Parser {
   void ParseTableAlias(TableSource& source);
   ObjectName ParseTarget();
   ObjectName ParseObjectName();
+  ObjectName ParseDefinedName();
+  ObjectName ParseModuleName();
   std::vector<std::string> ParseNameList();
   // With `endsHere` it counts only if the parentheses around it hold nothing else.
   bool StartsQuery(bool endsHere = false) const;
@@ -209,7 +216,12 @@ class Parser {
   void ParseAlterDrop(AlterTableStatement& statement);
   void ParseConstraintSwitch(AlterTableStatement& statement);
   StatementPtr ParseDrop();
+  void ParseDroppedIndex(DropStatement& statement);
   StatementPtr ParseTruncate();
+  // schemas (ParseSchemas.cpp)
+  StatementPtr ParseCreateSchema(size_t start);
+  StatementPtr ParseDropSchema(std::unique_ptr<DropStatement> statement);
+  StatementPtr ParseAlterSchema(size_t start);
   void ParseTableElement(std::vector<ColumnDefinition>& columns,
                          std::vector<ConstraintDefinition>& constraints);
   ColumnDefinition ParseColumn(std::vector<ConstraintDefinition>& constraints);
@@ -232,6 +244,9 @@ class Parser {
   CollationId ParseCollation(std::string& name);
 
   std::string_view text_;
+  std::optional<std::string> schema_; // of the module that is parsed, where its text does not count
+  std::string moduleName_;            // the same
+  std::string home_;                  // of the names in it; empty for dbo
   std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;
   size_t at_ = 0;

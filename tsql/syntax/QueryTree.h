@@ -18,6 +18,10 @@ struct ObjectName {
   std::string schema; // empty where none was written
   std::string name;
   bool variable = false; // a table variable's, with its @
+  // Within a module of a schema other than dbo: that schema, where a name without a schema is looked for
+  // before dbo.
+  std::string home;
+  std::string Written() const { return schema.empty() ? name : schema + "." + name; }
 };
 
 enum class ExprKind : uint8_t {

@@ -22,6 +22,8 @@ enum class StatementKind : uint8_t {
   CreateFunction,
   CreateTrigger,
   SwitchTriggers,
+  CreateSchema,
+  AlterSchema,
   Declare,
   SetVariable,
   SetOption,
@@ -44,6 +46,7 @@ enum class StatementKind : uint8_t {
   Raiserror,
   Throw,
   Execute,
+  System, // the work of a procedure of the server; no batch can write it
 };
 
 struct Statement {
@@ -179,13 +182,26 @@ struct CreateIndexStatement : Statement {
   bool unique = false;
 };
 
-enum class ObjectKind : uint8_t { Table, View, Procedure, Function, Trigger, Index };
+enum class ObjectKind : uint8_t { Table, View, Procedure, Function, Trigger, Index, Schema };
 
 struct DropStatement : Statement {
   DropStatement() : Statement(StatementKind::Drop) {}
   ObjectKind object = ObjectKind::Table;
-  std::vector<ObjectName> names; // for an index, the table stands as its schema
+  std::vector<ObjectName> names;
+  std::vector<ObjectName> tables; // of indexes
   bool ifExists = false;
+};
+
+struct CreateSchemaStatement : Statement {
+  CreateSchemaStatement() : Statement(StatementKind::CreateSchema) {}
+  std::string name;
+  std::string owner; // empty where none was written
+};
+
+struct AlterSchemaStatement : Statement {
+  AlterSchemaStatement() : Statement(StatementKind::AlterSchema) {}
+  std::string schema; // that gets the object
+  ObjectName object;
 };
 
 struct TruncateStatement : Statement {

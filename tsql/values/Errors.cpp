@@ -28,6 +28,7 @@ constexpr ErrorText kErrors[] = {
     {110, 15, 1,
      "There are fewer columns in the INSERT statement than values specified in the VALUES clause. The number "
      "of values in the VALUES clause must match the number of columns specified in the INSERT statement."},
+    {111, 15, 1, "'%1' must be the first statement in a query batch."},
     {113, 15, 1, "Missing end comment mark '*/'."},
     {116, 16, 1,
      "Only one expression can be specified in the select list when the subquery is not introduced with "
@@ -179,7 +180,7 @@ constexpr ErrorText kErrors[] = {
      "to ON or when a replication user is inserting into a NOT FOR REPLICATION identity column."},
     {547, 16, 0,
      "The %1 statement conflicted with the %2 constraint \"%3\". The conflict occurred in database \"%4\", "
-     "table \"dbo.%5\"%6."},
+     "table \"%5\"%6."},
     {557, 16, 2,
      "Only functions and some extended stored procedures can be executed from within a function."},
     {628, 16, 0, "Cannot issue SAVE TRANSACTION when there is no active transaction."},
@@ -219,7 +220,7 @@ constexpr ErrorText kErrors[] = {
     {1222, 16, 51, "Lock request time out period exceeded."},
     {1505, 16, 1,
      "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name "
-     "'dbo.%1' and the index name '%2'."},
+     "'%1' and the index name '%2'."},
     {1750, 16, 0, "Could not create constraint or index. See previous errors."},
     {1711, 16, 1,
      "Cannot define PRIMARY KEY constraint on column '%1' in table '%2'. The computed column has to be persisted "
@@ -249,11 +250,13 @@ constexpr ErrorText kErrors[] = {
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%1' already exists on table '%2'."},
     {2010, 16, 1, "Cannot perform alter on '%1' because it is an incompatible object type."},
+    {2103, 16, 1,
+     "Cannot %1 trigger '%2' because its schema is different from the schema of the target table or view."},
     {2110, 16, 1, "Cannot alter trigger '%1' on '%2' because this trigger does not belong to this object."},
     {2111, 16, 1,
      "Cannot %1 trigger '%2' on %3 '%4' because an INSTEAD OF %5 trigger already exists on this object."},
-    {2601, 14, 1, "Cannot insert duplicate key row in object 'dbo.%1' with unique index '%2'."},
-    {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object 'dbo.%3'."},
+    {2601, 14, 1, "Cannot insert duplicate key row in object '%1' with unique index '%2'."},
+    {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object '%3'."},
     {2705, 16, 3,
      "Column names in each table must be unique. Column name '%1' in table '%2' is specified more than "
      "once."},
@@ -286,6 +289,9 @@ constexpr ErrorText kErrors[] = {
      "The data type of substitution parameter %1 does not match the expected type of the format "
      "specification."},
     {2787, 16, 1, "Invalid format specification: '%1'."},
+    {2759, 16, 0, "CREATE SCHEMA failed due to previous errors."},
+    {2760, 16, 1,
+     "The specified schema name \"%1\" either does not exist or you do not have permission to use it."},
     {2812, 16, 62, "Could not find stored procedure '%1'."},
     {3609, 16, 1, "The transaction ended in the trigger. The batch has been aborted."},
     {3616, 16, 1,
@@ -294,6 +300,7 @@ constexpr ErrorText kErrors[] = {
     {3623, 16, 1, "An invalid floating point operation occurred."},
     {3701, 11, 5, "Cannot drop the %1 '%2', because it does not exist or you do not have permission."},
     {3725, 16, 0, "The constraint '%1' is being referenced by table '%2', foreign key constraint '%3'."},
+    {3729, 16, 1, "Cannot %1 '%2' because it is being referenced by object '%3'."},
     {3727, 16, 0, "Could not drop constraint. See previous errors."},
     {3728, 16, 1, "'%1' is not a constraint."},
     {3733, 16, 2, "Constraint '%1' does not belong to table '%2'."},
@@ -453,6 +460,25 @@ constexpr ErrorText kErrors[] = {
      "integer constant expressions."},
     {11415, 16, 1,
      "Object '%1' cannot be disabled or enabled. This action applies only to foreign key and check constraints."},
+    {15004, 16, 1, "Name cannot be NULL."},
+    {15009, 16, 1, "The object '%1' does not exist in database '%2' or is invalid for this operation."},
+    {15150, 16, 1, "Cannot %1 the %2 '%3'."},
+    {15151, 16, 1, "Cannot %1 the %2 '%3', because it does not exist or you do not have permission."},
+    {15197, 16, 1, "There is no text for object '%1'."},
+    {15223, 11, 1, "Error: The input parameter '%1' is not allowed to be null."},
+    {15225, 11, 1,
+     "No item by the name of '%1' could be found in the current database '%2', given that @itemtype was input "
+     "as '%3'."},
+    {15248, 11, 1, "Either the parameter @objname is ambiguous or the claimed @objtype (%1) is wrong."},
+    {15249, 11, 1, "Error: Explicit @objtype '%1' is unrecognized."},
+    {15253, 11, 1, "Syntax error parsing SQL identifier '%1'."},
+    {15335, 11, 1,
+     "Error: The new name '%1' is already in use as a %2 name and would cause a duplicate that is not "
+     "permitted."},
+    {15336, 16, 1, "Object '%1' cannot be renamed because the object participates in enforced dependencies."},
+    {15347, 16, 1, "Cannot transfer an object that is owned by a parent object."},
+    {15477, 10, 1, "Caution: Changing any part of an object name could break scripts and stored procedures."},
+    {15530, 16, 1, "The object with name \"%1\" already exists."},
     {16905, 16, 1, "The cursor is already open."},
     {16911, 16, 1, "fetch: The fetch type %1 cannot be used with forward only cursors."},
     {16915, 16, 1, "A cursor with the name '%1' already exists."},
@@ -566,6 +592,7 @@ bool EndsBatch(const Error& error) {
   case 4116:
   case 3701:
   case 3726:
+  case 3729:
   case 3902:
   case 3903:
   case 4712:
@@ -583,6 +610,20 @@ bool EndsBatch(const Error& error) {
   case 10743:
   case 10744:
   case 10745:
+  case 15004:
+  case 15009:
+  case 15150:
+  case 15151:
+  case 15197:
+  case 15223:
+  case 15225:
+  case 15248:
+  case 15249:
+  case 15253:
+  case 15335:
+  case 15336:
+  case 15347:
+  case 15530:
   case 16905:
   case 16911:
   case 16915:

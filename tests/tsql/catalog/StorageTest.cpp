@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 5");
+  Ask("PRAGMA user_version = 7");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,11 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 5. This server supports version 4 "
+                    "' cannot be opened because it is version 7. This server supports version 6 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"5"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
 }
 
 TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
@@ -111,6 +111,44 @@ TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
   EXPECT_EQ(Ask("SELECT name, kind, text FROM \"~modules\" ORDER BY rowid"),
             Lines({"y|22|CREATE TRIGGER y ON t FOR INSERT AS PRINT 'x'",
                    "x|6|CREATE TRIGGER x ON t FOR INSERT AS PRINT 'x'"}));
+}
+
+TEST_F(StorageTest, ASchemaMakesTheFileOneOfTheSixthVersion) {
+  Must("CREATE TABLE t (a INT)");
+  Must("DROP SCHEMA IF EXISTS missing");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  EXPECT_EQ(Ask("SELECT COUNT(*) FROM sqlite_schema WHERE name = '~schemas'"), Lines({"0"}));
+  Must("CREATE SCHEMA sales");
+  Must("CREATE SCHEMA [a b]");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  EXPECT_EQ(Ask("SELECT * FROM \"~schemas\" ORDER BY id"), Lines({"5|sales", "6|a b"}));
+  Must("CREATE TABLE sales.t (a INT CONSTRAINT pk PRIMARY KEY, b VARCHAR(3) CONSTRAINT uq UNIQUE)"
+       " CREATE TABLE [a b].u (a INT CONSTRAINT fk REFERENCES sales.t)");
+  Must("CREATE VIEW sales.v AS SELECT a FROM t");
+  EXPECT_EQ(Ask("SELECT name FROM \"~tables\" ORDER BY name"), Lines({"t", "~5~t", "~6~u"}));
+  EXPECT_EQ(Ask("SELECT table_name, name FROM \"~columns\" WHERE table_name <> 't' ORDER BY 1, 2"),
+            Lines({"~5~t|a", "~5~t|b", "~6~u|a"}));
+  EXPECT_EQ(Ask("SELECT table_name, name, check_text FROM \"~keys\" ORDER BY table_name, name"),
+            Lines({"~5~t|pk|", "~5~t|uq|", "~6~u|fk|~5~t\na"}));
+  EXPECT_EQ(Ask("SELECT name, text FROM \"~modules\""),
+            Lines({"~5~v|CREATE VIEW sales.v AS SELECT a FROM t"}));
+  EXPECT_EQ(Ask("SELECT name FROM sqlite_schema WHERE name LIKE '%uq%' OR type = 'trigger' ORDER BY name"),
+            Lines({"~5~t.uq", "~5~t.uq~", "~~6~fk~d", "~~6~fk~i", "~~6~fk~p", "~~6~fk~u"}));
+  const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
+  EXPECT_EQ(RunOn(*session, "INSERT INTO sales.t VALUES (1, 'x') SELECT a FROM sales.v").results,
+            std::vector<Lines>({{"1"}}));
+}
+
+// Such a name was allowed before there were schemas.
+TEST_F(StorageTest, ATableWhoseNameLooksLikeAKeyKeepsItsName) {
+  Must("CREATE TABLE t (a INT)");
+  Ask("UPDATE \"~tables\" SET name = '~5~t'; UPDATE \"~columns\" SET table_name = '~5~t';"
+      "ALTER TABLE t RENAME TO \"~5~t\"");
+  const auto session = Session::Open(Database::Open(path_, OpenMode::Existing));
+  EXPECT_TRUE(RunOn(*session, "INSERT INTO [~5~t] VALUES (3)").errors.empty());
+  EXPECT_TRUE(RunOn(*session, "CREATE SCHEMA sales").errors.empty());
+  EXPECT_EQ(Ask("SELECT id FROM \"~schemas\""), Lines({"6"}));
+  EXPECT_EQ(RunOn(*session, "SELECT a FROM dbo.[~5~t]").results, std::vector<Lines>({{"3"}}));
 }
 
 TEST_F(StorageTest, ATriggersDamagedTextIsNoticed) {

@@ -168,6 +168,28 @@ TEST_F(KillTest, DefinitionsAreWholeOrGone) {
   EXPECT_EQ(Run("DROP TABLE made").errors.at(0).number, 3701);
 }
 
+TEST_F(KillTest, SchemasAreWholeOrGone) {
+  Must("CREATE TABLE made (id INT IDENTITY PRIMARY KEY, a INT NULL UNIQUE) INSERT INTO made VALUES (1), (2)"
+       " CREATE TABLE child (id INT REFERENCES made) INSERT INTO child VALUES (1)");
+  Must("CREATE TRIGGER on_made ON made FOR INSERT AS INSERT INTO dbo.journal VALUES ('x')");
+  const std::string batch =
+      "WHILE 1 = 1 BEGIN EXEC ('CREATE SCHEMA s') PRINT 'there' ALTER SCHEMA s TRANSFER made"
+      " EXEC sp_rename 's.made.a', 'b' PRINT 'in' EXEC sp_rename 's.made.b', 'a' ALTER SCHEMA dbo TRANSFER s.made PRINT 'out' DROP SCHEMA s PRINT 'gone' END";
+  for (const int steps : {1, 2, 3, 4, 17, 30}) {
+    RunAndKill(batch, steps);
+    if (HasFatalFailure()) return;
+    Must("IF COL_LENGTH('s.made', 'b') IS NOT NULL EXEC sp_rename 's.made.b', 'a'"
+         " IF OBJECT_ID('s.made') IS NOT NULL ALTER SCHEMA dbo TRANSFER s.made");
+    EXPECT_EQ(Rows("SELECT id, a FROM made ORDER BY id"), Lines({"1|1", "2|2"}));
+    Must(
+        "BEGIN TRAN INSERT INTO made VALUES (3) IF NOT EXISTS (SELECT * FROM journal) RAISERROR ('no trigger', 16, 1)"
+        " ROLLBACK");
+    EXPECT_EQ(Run("DELETE FROM made").errors.at(0).number, 547);
+    EXPECT_EQ(Run("INSERT INTO made VALUES (2)").errors.at(0).number, 2627);
+    Must("DROP SCHEMA IF EXISTS s");
+  }
+}
+
 // Each way of changing a table, with rows in it: what is there afterwards is the table before one of the
 // statements or after it, and all of its rows.
 TEST_F(KillTest, ChangedTablesAreWhole) {

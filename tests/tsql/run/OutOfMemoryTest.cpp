@@ -22,7 +22,7 @@ int64_t Every(int64_t usual) {
 
 // Something of everything that the engine does: functions of text, dates and decimals, a subquery, an
 // aggregate, a temporary table, an error that is caught, variables, a procedure, a function, a table
-// variable, a cursor, a change with OUTPUT and a trigger.
+// variable, a cursor, a change with OUTPUT, a trigger and a schema.
 constexpr char kTables[] =
     "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 9999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
@@ -55,7 +55,8 @@ constexpr char kWork[] =
     " INSERT INTO journal (text) SELECT TOP 1 b + UPPER('x') FROM #t ORDER BY a DESC"
     " SELECT SUM(amount), CAST(AVG(amount) AS DECIMAL(20,4)), (SELECT COUNT(*) FROM journal) - @before"
     " FROM account WHERE EXISTS (SELECT * FROM @o)"
-    " DROP TABLE #t";
+    " DROP TABLE #t EXEC ('CREATE SCHEMA passing') ALTER SCHEMA passing TRANSFER seen"
+    " UPDATE passing.seen SET was = was ALTER SCHEMA dbo TRANSFER passing.seen DROP SCHEMA passing";
 
 // What a unit of work came to.
 struct Outcome {

@@ -41,7 +41,8 @@ class StorageFaultsTest : public FileTest {
   }
 
   // Moves one from account to account, by a cursor and a function, and counts that in the journal, where a
-  // line of some pages comes and goes. What failed, empty when it was committed.
+  // line of some pages comes and goes, and which goes to another schema and back. What failed, empty when it
+  // was committed.
   static std::string Work(Session& session) {
     std::string failures;
     try {
@@ -54,7 +55,11 @@ class StorageFaultsTest : public FileTest {
                  " UPDATE account SET amount = dbo.Plus(amount) OUTPUT deleted.id INTO @o WHERE id = 2"
                  " INSERT INTO journal VALUES (0, REPLICATE('y', 8000))"
                  " UPDATE journal SET n = n + 1, text = REPLICATE('x', 4000 + n % 2 * 4000)"
-                 " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'")
+                 " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'"
+                 " EXEC ('CREATE SCHEMA passing') ALTER SCHEMA passing TRANSFER journal"
+                 " EXEC sp_rename 'passing.journal.n', 'm' EXEC sp_rename 'passing.journal.m', 'n'"
+                 " EXEC sp_rename 'passing.journal', 'diary' EXEC sp_rename 'passing.diary', 'journal'"
+                 " ALTER SCHEMA dbo TRANSFER passing.journal DROP SCHEMA passing")
                .errors)
         failures += error.what();
       if (failures.empty()) session.Commit();

@@ -124,7 +124,7 @@ TEST_F(RefusalsTest, VariantsOfConstructs) {
 }
 
 TEST_F(RefusalsTest, NamesThatSqliteHasForSomethingElse) {
-  const std::string what = "A table with a name that the storage has for itself";
+  const std::string what = "A name that the storage has for itself";
   ExpectRefused("CREATE TABLE [~keys] (a INT)", what);
   ExpectRefused("SELECT a INTO SQLITE_sequence FROM t", what);
   Must("CREATE INDEX ix ON t (b)");
