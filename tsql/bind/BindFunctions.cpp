@@ -144,6 +144,10 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
       {"object_name", FunctionId::ObjectName, &Binder::BindObjectName},
       {"object_schema_name", FunctionId::ObjectSchemaName, &Binder::BindObjectName},
+      {"objectproperty", FunctionId::ObjectProperty, &Binder::BindProperty},
+      {"columnproperty", FunctionId::ColumnProperty, &Binder::BindProperty},
+      {"col_name", FunctionId::ColumnName, &Binder::BindColumnName},
+      {"object_definition", FunctionId::ObjectDefinition, &Binder::BindObjectName},
       {"schema_name", FunctionId::SchemaName, &Binder::BindSchemaName},
       {"schema_id", FunctionId::SchemaId, &Binder::BindSchemaName},
   };
@@ -256,6 +260,22 @@ BoundExprPtr Binder::BindObjectName(const Expr& expr, FunctionId function) {
   if (expr.args.size() != 1) Fail(174, {expr.text, "1"});
   std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
   args[0] = Convert(std::move(args[0]), MakeType(TypeId::Int));
+  const int32_t length = function == FunctionId::ObjectDefinition ? -1 : kNameLength;
+  return MakeFunction(function, MakeType(TypeId::NVarChar, length), std::move(args));
+}
+
+// The number of an object, for a column's property its name, and the property.
+BoundExprPtr Binder::BindProperty(const Expr& expr, FunctionId function) {
+  const size_t count = function == FunctionId::ObjectProperty ? 2 : 3;
+  std::vector<BoundExprPtr> args = BindArguments(expr, count, count);
+  args[0] = Convert(std::move(args[0]), MakeType(TypeId::Int));
+  for (size_t i = 1; i < count; ++i) args[i] = ConvertText(std::move(args[i]));
+  return MakeFunction(function, MakeType(TypeId::Int), std::move(args));
+}
+
+BoundExprPtr Binder::BindColumnName(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 2, 2);
+  for (BoundExprPtr& arg : args) arg = Convert(std::move(arg), MakeType(TypeId::Int));
   return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
 }
 

@@ -191,6 +191,8 @@ class Binder {
   BoundExprPtr BindChoose(const Expr& expr, FunctionId function);
   BoundExprPtr BindNewId(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindProperty(const Expr& expr, FunctionId function);
+  BoundExprPtr BindColumnName(const Expr& expr, FunctionId function);
   BoundExprPtr BindSchemaName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
   BoundExprPtr BindCursorStatus(const Expr& expr, FunctionId function);

@@ -4,9 +4,9 @@
 
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/functions/ObjectNumbers.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
-#include "tsql/values/NameHash.h"
 
 namespace tsql {
 namespace {
@@ -47,18 +47,13 @@ ObjectName NameIn(std::string_view text) {
   return name;
 }
 
-// The number of an object: positive, and the same for the same key.
-int64_t IdOfKey(std::string_view key) {
-  return static_cast<int64_t>(HashOfName(key) & 0x7FFFFFFFU) | 1;
-}
-
 void ObjectId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Catalog& catalog = *call.Context().catalog;
   const ObjectName name = NameIn(call.Text(0));
   const std::string_view kind = call.Count() > 1 ? TrimTrailingBlanks(call.Text(1)) : std::string_view();
   const auto isWanted = [kind](std::string_view own) { return kind.empty() || EqualNames(kind, own); };
-  const auto give = [&call](std::string_view key) { call.ReturnInteger(IdOfKey(key)); };
+  const auto give = [&call](std::string_view key) { call.ReturnInteger(NumberOfKey(key)); };
   if (const TablePtr table = isWanted("U") ? catalog.FindTable(name) : nullptr)
     return give(table->place == Place::Main ? table->storageName : name.name);
   if (const ModulePtr view = isWanted("V") ? catalog.FindView(name) : nullptr) return give(view->key);
@@ -123,12 +118,9 @@ void CharLengthOf(const FunctionCall& call) {
   call.ReturnInteger(type.length);
 }
 
-// The object of the number that is the first argument.
 std::optional<Catalog::Object> ObjectOf(const FunctionCall& call) {
   if (call.AnyNull()) return std::nullopt;
-  for (const Catalog::Object& object : call.Context().catalog->Objects())
-    if (IdOfKey(object.key) == call.Integer(0)) return object;
-  return std::nullopt;
+  return FindObject(*call.Context().catalog, call.Integer(0));
 }
 
 void ObjectNameOf(const FunctionCall& call) {
@@ -158,7 +150,7 @@ void SchemaIdOf(const FunctionCall& call) {
 
 void KeyId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  call.ReturnInteger(IdOfKey(call.Text(0)));
+  call.ReturnInteger(NumberOfKey(call.Text(0)));
 }
 
 void KeyName(const FunctionCall& call) {

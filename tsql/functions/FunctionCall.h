@@ -119,6 +119,7 @@ void RegisterComputeFunction(sqlite3* connection, FunctionContext& context);
 void RegisterDecimalFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterNumericFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterPackedRows(sqlite3* connection, FunctionContext& context);
+void RegisterPropertyFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterStagedRows(sqlite3* connection, FunctionContext& context);
 void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context);
 void RegisterTextFunctions(sqlite3* connection, FunctionContext& context);

@@ -23,6 +23,7 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   addCollation(storage::kCasedCollation, Collate<CompareCased>);
   addCollation(storage::kBinaryCollation, Collate<ComparePoints>);
   RegisterPackedRows(connection, context);
+  RegisterPropertyFunctions(connection, context);
   RegisterStatementFunctions(connection, context);
   RegisterAggregateFunctions(connection, context);
   RegisterCatalogFunctions(connection, context);

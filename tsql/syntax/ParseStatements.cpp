@@ -429,8 +429,10 @@ StatementPtr Parser::ParseRaiserror() {
   auto statement = MakeStatement<RaiserrorStatement>(at_);
   ExpectWord("raiserror");
   if (Current().kind == TokenKind::Integer) {
-    const std::string& number = tokens_[at_++].text;
-    std::from_chars(number.data(), number.data() + number.size(), statement->errorNumber);
+    const std::string& number = tokens_[at_].text;
+    const auto parsed = std::from_chars(number.data(), number.data() + number.size(), statement->errorNumber);
+    if (parsed.ec != std::errc() || statement->errorNumber == 0) SyntaxError();
+    ++at_;
     statement->arguments.push_back(ParseExpression());
     return statement;
   }

@@ -334,6 +334,8 @@ TEST_F(BatchTest, RaiserrorAsItWasWrittenBefore) {
                  "SELECT ERROR_NUMBER(), ERROR_SEVERITY(), ERROR_STATE(), ERROR_MESSAGE() END CATCH"),
             Lines({"60000|16|1|text"}));
   EXPECT_EQ(Run("SET XACT_ABORT ON RAISERROR 50001 'x' PRINT 'goes on'").messages, Lines({"goes on"}));
+  EXPECT_EQ(ErrorOf("RAISERROR 9223372036854775807 'x'"), 102);
+  EXPECT_EQ(ErrorOf("RAISERROR 0 'x'"), 102);
   EXPECT_EQ(ErrorText("RAISERROR 1000 'x'"),
             "2732 1 Error number 1000 is invalid. The number must be from 13000 "
             "through 2147483647 and it cannot be 50000.");
