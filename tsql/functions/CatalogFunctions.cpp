@@ -4,9 +4,9 @@
 
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
+#include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
-#include "tsql/values/NameHash.h"
 
 namespace tsql {
 namespace {
@@ -47,11 +47,6 @@ ObjectName NameIn(std::string_view text) {
   return name;
 }
 
-// The number of an object: positive, and the same for the same key.
-int64_t IdOfKey(std::string_view key) {
-  return static_cast<int64_t>(HashOfName(key) & 0x7FFFFFFFU) | 1;
-}
-
 void ObjectId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Catalog& catalog = *call.Context().catalog;
@@ -70,7 +65,13 @@ void ObjectId(const FunctionCall& call) {
   const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
                                        (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
-  return isFunction ? give(function->key) : call.ReturnNull();
+  if (isFunction) return give(function->key);
+  const std::string schema = IsDbo(name.schema) ? std::string() : name.schema;
+  for (const Catalog::Object& object : catalog.Objects())
+    if (!object.constraint.empty() && isWanted(object.constraint) && EqualNames(object.name, name.name) &&
+        EqualNames(object.schema, schema))
+      return give(object.key);
+  call.ReturnNull();
 }
 
 void ReturnColLength(const FunctionCall& call, const TablePtr& table) {

@@ -8,6 +8,9 @@
 
 namespace tsql {
 
+// The number of an object or constraint: positive, and the same for the same key.
+int64_t IdOfKey(std::string_view key);
+
 std::vector<std::vector<Datum>> SystemRows(const Catalog& catalog, SystemView::Id view);
 
 } // namespace tsql
