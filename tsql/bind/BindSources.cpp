@@ -191,6 +191,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   } else if (const SystemView* system = FindSystemView(source.name)) {
     node->kind = BoundSource::Kind::System;
     node->system = system;
+    entry.system = system;
     if (system->schema != nullptr) entry.schema = system->schema;
     for (const Column& column : system->columns)
       entry.columns.push_back({column.name, column.name, column.type, column.nullable});

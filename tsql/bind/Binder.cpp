@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tsql/catalog/Schemas.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
@@ -126,6 +127,16 @@ Binder::Resolved Binder::ResolveIn(const Scope& scope, const std::vector<std::st
   return found;
 }
 
+// A column that a system view has on the server and not here.
+void Binder::RefuseSystemColumn(const Scope& scope, const std::vector<std::string>& parts) {
+  for (const ScopeSource& source : scope.sources) {
+    if (source.system == nullptr || (parts.size() > 1 && !MatchesSource(source, parts))) continue;
+    const std::string schema =
+        source.system->schema == nullptr ? "" : std::string(source.system->schema) + ".";
+    RefuseIfListed(RefusedKind::SystemColumn, schema + source.system->name + "." + parts.back());
+  }
+}
+
 Binder::Resolved Binder::Resolve(const std::vector<std::string>& parts) const {
   for (Scope* scope = scope_; scope != nullptr; scope = scope->outer) {
     bool prefixFound = false;
@@ -134,6 +145,7 @@ Binder::Resolved Binder::Resolve(const std::vector<std::string>& parts) const {
       scope->isUsed = true;
       return found;
     }
+    RefuseSystemColumn(*scope, parts);
     if (prefixFound) Fail(207, {parts.back()});
   }
   if (parts.size() > 1) Fail(4104, {JoinParts(parts)});

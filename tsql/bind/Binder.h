@@ -101,6 +101,7 @@ class Binder {
     bool isTable = false;
     bool needsPrefix = false; // as the columns of inserted and deleted do
     bool isFired = false;     // what a trigger sees
+    const SystemView* system = nullptr;
     TablePtr table;
     std::vector<ScopeColumn> columns;
   };
@@ -132,6 +133,7 @@ class Binder {
   // names and conversions (Binder.cpp)
   Resolved Resolve(const std::vector<std::string>& parts) const;
   Resolved ResolveIn(const Scope& scope, const std::vector<std::string>& parts, bool& prefixFound) const;
+  static void RefuseSystemColumn(const Scope& scope, const std::vector<std::string>& parts);
   static bool MatchesSource(const ScopeSource& source, const std::vector<std::string>& parts);
   BoundExprPtr MakeColumn(const ScopeSource& source, const ScopeColumn& column) const;
   BoundExprPtr Convert(BoundExprPtr expr, const Type& to) const; // implicit

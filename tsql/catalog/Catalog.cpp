@@ -303,18 +303,42 @@ bool Catalog::Exists(const ObjectName& name) const {
   return FindTable(name) || FindView(name) || FindProcedure(name) || FindFunction(name) || FindTrigger(name);
 }
 
+std::vector<ModulePtr> Catalog::AllModules() const {
+  std::vector<ModulePtr> all;
+  for (const Modules* const modules : {&main_.views, &main_.procedures, &main_.functions})
+    for (const auto& entry : *modules) all.push_back(entry.second);
+  for (const TriggerPtr& trigger : main_.triggers) all.push_back(trigger->module);
+  return all;
+}
+
+void Catalog::AddConstraints(const TableInfo& table, std::vector<Object>& objects) {
+  const auto add = [&](const KeyInfo& key, std::string_view kind) {
+    objects.push_back({table.ConstraintKey(key), table.schema, key.name, kind});
+  };
+  for (const KeyInfo& key : table.keys) {
+    switch (key.kind) {
+    case KeyKind::PrimaryKey: add(key, "PK"); break;
+    case KeyKind::Unique: add(key, "UQ"); break;
+    case KeyKind::Check: add(key, "C"); break;
+    case KeyKind::ForeignKey: add(key, "F"); break;
+    default: break;
+    }
+  }
+  for (size_t i = 0; i < table.columns.size(); ++i) {
+    if (table.columns[i].defaultText.empty()) continue;
+    KeyInfo key;
+    key.name = table.DefaultName(i);
+    add(key, "D");
+  }
+}
+
 std::vector<Catalog::Object> Catalog::Objects() const {
   std::vector<Object> objects;
-  const auto addModules = [&objects](const Modules& modules) {
-    for (const auto& [key, module] : modules) objects.push_back({module->key, module->schema, module->name});
-  };
   for (const auto& [key, table] : main_.tables)
-    objects.push_back({table->storageName, table->schema, table->name});
-  addModules(main_.views);
-  addModules(main_.procedures);
-  addModules(main_.functions);
-  for (const TriggerPtr& trigger : main_.triggers)
-    objects.push_back({trigger->module->key, trigger->module->schema, trigger->module->name});
+    objects.push_back({table->storageName, table->schema, table->name, {}});
+  for (const ModulePtr& module : AllModules())
+    objects.push_back({module->key, module->schema, module->name, {}});
+  for (const auto& [key, table] : main_.tables) AddConstraints(*table, objects);
   return objects;
 }
 

@@ -45,13 +45,17 @@ class Catalog {
   // Those of a table or view that fire at the event, in that order.
   std::vector<TriggerPtr> TriggersOf(const std::string& table, TriggerEvent event, bool insteadOf) const;
   bool Exists(const ObjectName& name) const;
-  // All objects of the database, in the order of their names.
+  // All objects of the database, constraints at the end.
   struct Object {
-    std::string_view key;
-    std::string_view schema; // empty for dbo
-    std::string_view name;
+    std::string key;
+    std::string schema; // empty for dbo
+    std::string name;
+    std::string_view constraint; // the kind of a constraint, as OBJECT_ID takes it; empty for others
   };
   std::vector<Object> Objects() const;
+  // The tables of the main database by their keys, and all views, procedures, functions and triggers.
+  const std::map<std::string, TablePtr, NameLess>& Tables() const { return main_.tables; }
+  std::vector<ModulePtr> AllModules() const;
   // The key of the table, view or function that the name means.
   std::string KeyOf(const ObjectName& name) const;
   const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
@@ -151,6 +155,7 @@ class Catalog {
   bool HasRelation(const std::string& key) const;
   static void NameByKey(const Contents& contents, std::string_view key, std::string& schema,
                         std::string& name);
+  static void AddConstraints(const TableInfo& table, std::vector<Object>& objects);
   static void FindForeignKeys(Contents& contents);
   Contents Load(Place place) const;
   void Reload();

@@ -5,6 +5,7 @@
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/functions/ObjectNumbers.h"
+#include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
 
@@ -65,7 +66,13 @@ void ObjectId(const FunctionCall& call) {
   const bool isFunction = function && ((isWanted("FN") && function->kind == ModuleKind::ScalarFunction) ||
                                        (isWanted("IF") && function->kind == ModuleKind::InlineFunction) ||
                                        (isWanted("TF") && function->kind == ModuleKind::TableFunction));
-  return isFunction ? give(function->key) : call.ReturnNull();
+  if (isFunction) return give(function->key);
+  const std::string schema = IsDbo(name.schema) ? std::string() : name.schema;
+  for (const Catalog::Object& object : catalog.Objects())
+    if (!object.constraint.empty() && isWanted(object.constraint) && EqualNames(object.name, name.name) &&
+        EqualNames(object.schema, schema))
+      return give(object.key);
+  call.ReturnNull();
 }
 
 void ReturnColLength(const FunctionCall& call, const TablePtr& table) {

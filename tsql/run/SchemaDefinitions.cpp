@@ -56,7 +56,7 @@ void Definitions::TransferObject(const AlterSchemaStatement& statement) {
   TableInfo moved = *table;
   moved.schema = to.schema;
   moved.storageName = to.key;
-  const TableInfo before = *table;
+  const TableInfo& before = *table; // which the pointer keeps
   MoveTable(before, moved);
   TransferTriggers(before.storageName, to.schema);
 }

@@ -125,33 +125,33 @@ constexpr std::string_view kSystemViews =
     "information_schema.check_constraints, information_schema.column_domain_usage, "
     "information_schema.column_privileges, information_schema.constraint_column_usage, "
     "information_schema.constraint_table_usage, information_schema.domain_constraints, "
-    "information_schema.domains, information_schema.key_column_usage, information_schema.parameters, "
+    "information_schema.domains, information_schema.parameters, "
     "information_schema.referential_constraints, information_schema.routine_columns, "
-    "information_schema.routines, information_schema.sequences, "
-    "information_schema.table_constraints, information_schema.table_privileges, "
+    "information_schema.sequences, "
+    "information_schema.table_privileges, "
     "information_schema.view_column_usage, information_schema.view_table_usage, "
-    "information_schema.views, sys.all_columns, sys.all_objects, sys.all_parameters, "
+    "sys.all_columns, sys.all_objects, sys.all_parameters, "
     "sys.all_sql_modules, sys.all_views, sys.allocation_units, sys.assemblies, sys.assembly_files, "
     "sys.assembly_modules, sys.assembly_types, sys.asymmetric_keys, sys.backup_devices, "
     "sys.certificates, sys.change_tracking_databases, sys.change_tracking_tables, "
-    "sys.check_constraints, sys.column_type_usages, sys.column_xml_schema_collection_usages, "
+    "sys.column_type_usages, sys.column_xml_schema_collection_usages, "
     "sys.computed_columns, sys.configurations, sys.conversation_endpoints, sys.conversation_groups, "
     "sys.credentials, sys.data_spaces, sys.database_files, sys.database_mirroring, "
     "sys.database_permissions, sys.database_principals, sys.database_role_members, sys.databases, "
-    "sys.default_constraints, sys.dm_db_index_physical_stats, sys.dm_db_index_usage_stats, "
+    "sys.dm_db_index_physical_stats, sys.dm_db_index_usage_stats, "
     "sys.dm_db_partition_stats, sys.dm_db_session_space_usage, sys.dm_exec_cached_plans, "
     "sys.dm_exec_connections, sys.dm_exec_query_stats, sys.dm_exec_requests, sys.dm_exec_sessions, "
     "sys.dm_io_virtual_file_stats, sys.dm_os_performance_counters, sys.dm_os_sys_info, "
     "sys.dm_os_wait_stats, sys.dm_os_waiting_tasks, sys.dm_sql_referenced_entities, "
     "sys.dm_sql_referencing_entities, sys.dm_tran_active_transactions, sys.dm_tran_locks, "
     "sys.dm_tran_session_transactions, sys.endpoints, sys.event_notifications, sys.events, "
-    "sys.extended_procedures, sys.extended_properties, sys.filegroups, sys.foreign_key_columns, "
-    "sys.foreign_keys, sys.fulltext_catalogs, sys.fulltext_indexes, sys.identity_columns, "
-    "sys.index_columns, sys.indexes, sys.internal_tables, sys.key_constraints, sys.linked_logins, "
+    "sys.extended_procedures, sys.extended_properties, sys.filegroups, "
+    "sys.fulltext_catalogs, sys.fulltext_indexes, sys.identity_columns, "
+    "sys.internal_tables, sys.linked_logins, "
     "sys.login_token, sys.master_files, sys.messages, sys.numbered_procedures, "
     "sys.parameter_type_usages, sys.parameters, sys.partition_functions, sys.partition_parameters, "
     "sys.partition_range_values, sys.partition_schemes, sys.partitions, sys.plan_guides, "
-    "sys.procedures, sys.routes, sys.securable_classes, sys.sequences, "
+    "sys.routes, sys.securable_classes, sys.sequences, "
     "sys.server_permissions, sys.server_principals, sys.server_role_members, sys.servers, "
     "sys.service_queues, sys.services, sys.spatial_indexes, sys.sql_dependencies, "
     "sys.sql_expression_dependencies, sys.sql_logins, sys.sql_modules, sys.stats, sys.stats_columns, "
@@ -162,11 +162,58 @@ constexpr std::string_view kSystemViews =
     "sys.syspermissions, sys.sysprocesses, sys.sysprotects, sys.sysreferences, sys.sysservers, "
     "sys.system_columns, sys.system_objects, sys.system_sql_modules, sys.system_views, sys.systypes, "
     "sys.sysusers, sys.table_types, sys.time_zone_info, sys.trigger_events, "
-    "sys.type_assembly_usages, sys.types, sys.user_token, sys.views, sys.xml_indexes, "
-    "sys.xml_schema_collections, syscharsets, syscomments, sysconfigures, sysconstraints, "
-    "sysdatabases, sysdepends, sysfilegroups, sysfiles, sysforeignkeys, sysindexes, sysindexkeys, "
+    "sys.type_assembly_usages, sys.user_token, sys.xml_indexes, "
+    "sys.xml_schema_collections, syscharsets, sysconfigures, sysconstraints, "
+    "sysdatabases, sysdepends, sysfilegroups, sysfiles, sysforeignkeys, sysindexkeys, "
     "syslanguages, syslockinfo, syslogins, sysmembers, sysmessages, syspermissions, sysprocesses, "
     "sysprotects, sysreferences, sysservers, systypes, sysusers";
+
+constexpr std::string_view kSystemColumns =
+    "information_schema.routines.character_maximum_length, information_schema.routines.created, "
+    "information_schema.routines.data_type, information_schema.routines.last_altered, "
+    "information_schema.routines.routine_body, information_schema.routines.sql_data_access, "
+    "sys.check_constraints.create_date, sys.check_constraints.definition, "
+    "sys.check_constraints.is_ms_shipped, sys.check_constraints.is_not_trusted, "
+    "sys.check_constraints.is_system_named, sys.check_constraints.modify_date, "
+    "sys.check_constraints.parent_column_id, sys.check_constraints.principal_id, "
+    "sys.check_constraints.uses_database_collation, sys.columns.collation_name, "
+    "sys.columns.default_object_id, sys.columns.is_rowguidcol, sys.columns.precision, "
+    "sys.columns.scale, sys.columns.system_type_id, sys.columns.user_type_id, "
+    "sys.default_constraints.create_date, sys.default_constraints.definition, "
+    "sys.default_constraints.is_ms_shipped, sys.default_constraints.is_system_named, "
+    "sys.default_constraints.modify_date, sys.default_constraints.principal_id, "
+    "sys.foreign_keys.create_date, sys.foreign_keys.is_ms_shipped, "
+    "sys.foreign_keys.is_not_for_replication, sys.foreign_keys.is_not_trusted, "
+    "sys.foreign_keys.is_system_named, sys.foreign_keys.key_index_id, sys.foreign_keys.modify_date, "
+    "sys.foreign_keys.principal_id, sys.index_columns.partition_ordinal, "
+    "sys.indexes.allow_page_locks, sys.indexes.allow_row_locks, sys.indexes.data_space_id, "
+    "sys.indexes.fill_factor, sys.indexes.filter_definition, sys.indexes.has_filter, "
+    "sys.indexes.ignore_dup_key, sys.indexes.is_disabled, sys.indexes.is_hypothetical, "
+    "sys.indexes.is_padded, sys.indexes.type, sys.indexes.type_desc, "
+    "sys.key_constraints.create_date, sys.key_constraints.is_ms_shipped, "
+    "sys.key_constraints.is_system_named, sys.key_constraints.modify_date, "
+    "sys.key_constraints.principal_id, sys.objects.create_date, sys.objects.is_ms_shipped, "
+    "sys.objects.is_published, sys.objects.is_schema_published, sys.objects.modify_date, "
+    "sys.objects.principal_id, sys.procedures.create_date, sys.procedures.is_auto_executed, "
+    "sys.procedures.is_ms_shipped, sys.procedures.modify_date, sys.procedures.principal_id, "
+    "sys.tables.create_date, sys.tables.is_ms_shipped, sys.tables.modify_date, "
+    "sys.tables.parent_object_id, sys.tables.principal_id, sys.tables.type, sys.tables.type_desc, "
+    "sys.types.collation_name, sys.types.default_object_id, sys.types.is_assembly_type, "
+    "sys.types.is_table_type, sys.types.principal_id, sys.types.rule_object_id, "
+    "sys.views.create_date, sys.views.is_ms_shipped, sys.views.modify_date, sys.views.principal_id, "
+    "sys.views.with_check_option, syscomments.compressed, syscomments.ctext, syscomments.encrypted, "
+    "syscomments.language, syscomments.status, syscomments.texttype, sysindexes.dpages, "
+    "sysindexes.first, sysindexes.firstiam, sysindexes.impid, sysindexes.keycnt, sysindexes.keys, "
+    "sysindexes.lockflags, sysindexes.maxirow, sysindexes.maxlen, sysindexes.minlen, "
+    "sysindexes.origfillfactor, sysindexes.pgmodctr, sysindexes.reserved, sysindexes.reserved2, "
+    "sysindexes.reserved3, sysindexes.reserved4, sysindexes.root, sysindexes.rowcnt, "
+    "sysindexes.rowmodctr, sysindexes.rows, sysindexes.statblob, sysindexes.status, "
+    "sysindexes.statversion, sysindexes.used, sysindexes.xmaxlen, sysobjects.base_schema_ver, "
+    "sysobjects.cache, sysobjects.category, sysobjects.crdate, sysobjects.deltrig, "
+    "sysobjects.ftcatid, sysobjects.indexdel, sysobjects.info, sysobjects.insertrig, "
+    "sysobjects.instrig, sysobjects.parent_obj, sysobjects.refdate, sysobjects.replinfo, "
+    "sysobjects.schema_ver, sysobjects.seltrig, sysobjects.stats_schema_ver, sysobjects.status, "
+    "sysobjects.sysstat, sysobjects.updtrig, sysobjects.userstat, sysobjects.version";
 
 std::string_view ListOf(RefusedKind kind) {
   switch (kind) {
@@ -181,9 +228,10 @@ std::string_view ListOf(RefusedKind kind) {
   case RefusedKind::Option: return kOptions;
   case RefusedKind::TableHint: return kTableHints;
   case RefusedKind::Procedure: return kProcedures;
-  case RefusedKind::SystemView: break;
+  case RefusedKind::SystemView: return kSystemViews;
+  case RefusedKind::SystemColumn: break;
   }
-  return kSystemViews;
+  return kSystemColumns;
 }
 
 std::vector<std::string_view> Split(std::string_view list) {
@@ -210,12 +258,13 @@ std::string_view PrefixOf(RefusedKind kind) {
   case RefusedKind::TableHint: return "The table hint ";
   case RefusedKind::Procedure: return "The procedure ";
   case RefusedKind::SystemView: return "The system view ";
+  case RefusedKind::SystemColumn: return "The column ";
   default: return "";
   }
 }
 
 bool IsLowerCase(RefusedKind kind) {
-  return kind == RefusedKind::Procedure || kind == RefusedKind::SystemView;
+  return kind >= RefusedKind::Procedure;
 }
 
 // The name as it is in the list, empty if it is not there.
@@ -231,7 +280,7 @@ std::string_view FindName(RefusedKind kind, std::string_view name) {
 std::span<const std::string_view> RefusedNames(RefusedKind kind) {
   static const std::vector<std::vector<std::string_view>> lists = [] {
     std::vector<std::vector<std::string_view>> split;
-    for (size_t i = 0; i <= static_cast<size_t>(RefusedKind::SystemView); ++i)
+    for (size_t i = 0; i <= static_cast<size_t>(RefusedKind::SystemColumn); ++i)
       split.push_back(Split(ListOf(static_cast<RefusedKind>(i))));
     return split;
   }();

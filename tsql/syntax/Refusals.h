@@ -194,7 +194,8 @@ enum class RefusedKind : uint8_t {
   Option, // of SET, with the value if only that is refused
   TableHint,
   Procedure,
-  SystemView, // with its schema if it has one
+  SystemView,   // with its schema if it has one
+  SystemColumn, // behind its view's name
 };
 
 // In capitals, but for the names of procedures and system views; sorted.

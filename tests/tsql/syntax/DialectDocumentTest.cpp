@@ -66,18 +66,20 @@ TEST(DialectDocumentTest, TheListsAreThoseOfTheEngine) {
     types.push_back(TypeName(static_cast<TypeId>(id)));
   EXPECT_EQ(Listed(document, "types"), NameList(types));
   EXPECT_EQ(Listed(document, "refused constructs"), ConstructTable());
-  const std::pair<const char*, RefusedKind> kLists[] = {{"refused statements", RefusedKind::Statement},
-                                                        {"refused CREATE", RefusedKind::Create},
-                                                        {"refused ALTER", RefusedKind::Alter},
-                                                        {"refused DROP", RefusedKind::Drop},
-                                                        {"refused ALTER TABLE", RefusedKind::AlterTable},
-                                                        {"refused functions", RefusedKind::Function},
-                                                        {"refused types", RefusedKind::Type},
-                                                        {"refused variables", RefusedKind::Global},
-                                                        {"refused options", RefusedKind::Option},
-                                                        {"refused table hints", RefusedKind::TableHint},
-                                                        {"refused procedures", RefusedKind::Procedure},
-                                                        {"refused system views", RefusedKind::SystemView}};
+  const std::pair<const char*, RefusedKind> kLists[] = {
+      {"refused statements", RefusedKind::Statement},
+      {"refused CREATE", RefusedKind::Create},
+      {"refused ALTER", RefusedKind::Alter},
+      {"refused DROP", RefusedKind::Drop},
+      {"refused ALTER TABLE", RefusedKind::AlterTable},
+      {"refused functions", RefusedKind::Function},
+      {"refused types", RefusedKind::Type},
+      {"refused variables", RefusedKind::Global},
+      {"refused options", RefusedKind::Option},
+      {"refused table hints", RefusedKind::TableHint},
+      {"refused procedures", RefusedKind::Procedure},
+      {"refused system views", RefusedKind::SystemView},
+      {"refused system columns", RefusedKind::SystemColumn}};
   for (const auto& [list, kind] : kLists) EXPECT_EQ(Listed(document, list), NameList(kind)) << list;
 }
 

@@ -1,0 +1,133 @@
+// The system's views of the catalog: their rows, and the columns that the server has and the engine lacks.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class SystemViewsTest : public EngineTest {
+ protected:
+  SystemViewsTest() {
+    Must("CREATE SCHEMA s");
+    Must(
+        "CREATE TABLE p (a INT NOT NULL, b INT NOT NULL, CONSTRAINT pk_p PRIMARY KEY (b, a))"
+        " CREATE TABLE s.t (id INT CONSTRAINT uq UNIQUE, x INT CONSTRAINT df DEFAULT 1, y INT, z INT CONSTRAINT ck CHECK (z > 0),"
+        " CONSTRAINT fk FOREIGN KEY (x, y) REFERENCES p (b, a))"
+        " CREATE INDEX ix ON s.t (y DESC, z) CREATE UNIQUE INDEX ux ON p (a) CREATE TABLE heap (a INT)");
+    Must("CREATE VIEW v AS SELECT a FROM p");
+    Must("CREATE PROCEDURE s.routine AS SELECT 1");
+    Must("CREATE FUNCTION f () RETURNS INT AS BEGIN RETURN 1 END");
+  }
+};
+
+TEST_F(SystemViewsTest, ProceduresAndViews) {
+  EXPECT_EQ(Rows("SELECT name, SCHEMA_NAME(schema_id), parent_object_id, type, type_desc FROM sys.procedures"
+                 " WHERE object_id = OBJECT_ID('s.routine')"),
+            Lines({"routine|s|0|P |SQL_STORED_PROCEDURE"}));
+  EXPECT_EQ(
+      Rows("SELECT name, schema_id, type, type_desc FROM sys.views WHERE object_id = OBJECT_ID('v', 'V')"),
+      Lines({"v|1|V |VIEW"}));
+}
+
+TEST_F(SystemViewsTest, Types) {
+  EXPECT_EQ(Rows("SELECT name, user_type_id, max_length, [precision], scale FROM sys.types"
+                 " WHERE name IN ('int', 'datetime', 'nvarchar', 'decimal') ORDER BY name"),
+            Lines({"datetime|61|8|23|3", "decimal|106|17|38|38", "int|56|4|10|0", "nvarchar|231|8000|0|0"}));
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM sys.types WHERE is_user_defined = 1 OR schema_id <> 4"), Lines({"0"}));
+}
+
+TEST_F(SystemViewsTest, Indexes) {
+  EXPECT_EQ(
+      Rows("SELECT OBJECT_NAME(object_id), name, index_id, is_unique, is_primary_key, is_unique_constraint"
+           " FROM sys.indexes ORDER BY 1, index_id"),
+      Lines({"heap|NULL|0|0|0|0", "p|pk_p|1|1|1|0", "p|ux|2|1|0|0", "t|NULL|0|0|0|0", "t|uq|2|1|0|1",
+             "t|ix|3|0|0|0"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT COL.name, ic.key_ordinal, ic.is_descending_key, ic.is_included_column FROM sys.index_columns ic"
+          " JOIN sys.indexes i ON i.object_id = ic.object_id AND i.index_id = ic.index_id JOIN sys.columns COL"
+          " ON COL.object_id = ic.object_id AND COL.column_id = ic.column_id WHERE i.name IN ('ix', 'pk_p')"
+          " ORDER BY i.name, ic.index_column_id"),
+      Lines({"y|1|1|0", "z|2|0|0", "b|1|0|0", "a|2|0|0"}));
+  EXPECT_EQ(Rows("SELECT name FROM sysindexes WHERE id = OBJECT_ID('p') AND indid > 0 ORDER BY indid"),
+            Lines({"pk_p", "ux"}));
+}
+
+TEST_F(SystemViewsTest, ForeignKeys) {
+  EXPECT_EQ(
+      Rows(
+          "SELECT name, SCHEMA_NAME(schema_id), OBJECT_NAME(parent_object_id), OBJECT_NAME(referenced_object_id),"
+          " type, is_disabled, delete_referential_action_desc FROM sys.foreign_keys WHERE object_id = OBJECT_ID('s.fk', 'F')"),
+      Lines({"fk|s|t|p|F |0|NO_ACTION"}));
+  EXPECT_EQ(
+      Rows("SELECT constraint_column_id, parent_column_id, referenced_column_id FROM sys.foreign_key_columns"
+           " WHERE constraint_object_id = OBJECT_ID('s.fk') ORDER BY 1"),
+      Lines({"1|2|2", "2|3|1"}));
+  Must("ALTER TABLE s.t NOCHECK CONSTRAINT ALL");
+  EXPECT_EQ(
+      Rows(
+          "SELECT is_disabled FROM sys.foreign_keys UNION ALL SELECT is_disabled FROM sys.check_constraints"),
+      Lines({"1", "1"}));
+}
+
+TEST_F(SystemViewsTest, OtherConstraints) {
+  EXPECT_EQ(Rows("SELECT name, type, type_desc, unique_index_id FROM sys.key_constraints ORDER BY name"),
+            Lines({"pk_p|PK|PRIMARY_KEY_CONSTRAINT|1", "uq|UQ|UNIQUE_CONSTRAINT|2"}));
+  EXPECT_EQ(Rows("SELECT name, OBJECT_NAME(parent_object_id), parent_column_id FROM sys.default_constraints"),
+            Lines({"df|t|2"}));
+  EXPECT_EQ(
+      Rows("SELECT name, type_desc FROM sys.check_constraints WHERE parent_object_id = OBJECT_ID('s.t')"),
+      Lines({"ck|CHECK_CONSTRAINT"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT OBJECT_NAME(OBJECT_ID('s.df', 'D')), OBJECT_NAME(OBJECT_ID('pk_p', 'PK')), OBJECT_ID('pk_p', 'UQ'),"
+          " OBJECT_ID('fk'), OBJECT_SCHEMA_NAME(OBJECT_ID('s.ck'))"),
+      Lines({"df|pk_p|NULL|NULL|s"}));
+}
+
+TEST_F(SystemViewsTest, ConstraintsOfTheInformationSchema) {
+  EXPECT_EQ(
+      Rows(
+          "SELECT CONSTRAINT_SCHEMA, CONSTRAINT_NAME, TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_TYPE, IS_DEFERRABLE"
+          " FROM INFORMATION_SCHEMA.TABLE_CONSTRAINTS ORDER BY CONSTRAINT_NAME"),
+      Lines({"s|ck|s|t|CHECK|NO", "s|fk|s|t|FOREIGN KEY|NO", "dbo|pk_p|dbo|p|PRIMARY KEY|NO",
+             "s|uq|s|t|UNIQUE|NO"}));
+  EXPECT_EQ(
+      Rows("SELECT CONSTRAINT_NAME, COLUMN_NAME, ORDINAL_POSITION FROM INFORMATION_SCHEMA.KEY_COLUMN_USAGE"
+           " WHERE CONSTRAINT_CATALOG = DB_NAME() ORDER BY CONSTRAINT_NAME, ORDINAL_POSITION"),
+      Lines({"fk|x|1", "fk|y|2", "pk_p|b|1", "pk_p|a|2", "uq|id|1"}));
+}
+
+TEST_F(SystemViewsTest, TextsOfModules) {
+  EXPECT_EQ(
+      Rows(
+          "SELECT ROUTINE_SCHEMA, ROUTINE_NAME, ROUTINE_TYPE, ROUTINE_DEFINITION FROM INFORMATION_SCHEMA.ROUTINES"
+          " ORDER BY ROUTINE_NAME"),
+      Lines({"dbo|f|FUNCTION|CREATE FUNCTION f () RETURNS INT AS BEGIN RETURN 1 END",
+             "s|routine|PROCEDURE|CREATE PROCEDURE s.routine AS SELECT 1"}));
+  EXPECT_EQ(
+      Rows("SELECT TABLE_NAME, VIEW_DEFINITION, CHECK_OPTION, IS_UPDATABLE FROM INFORMATION_SCHEMA.VIEWS"),
+      Lines({"v|CREATE VIEW v AS SELECT a FROM p|NONE|NO"}));
+  const std::string word(3000, 'x');
+  Must("CREATE VIEW longer AS SELECT '" + word + "' AS a, '" + word + "' AS b");
+  EXPECT_EQ(Rows("SELECT VIEW_DEFINITION FROM INFORMATION_SCHEMA.VIEWS WHERE TABLE_NAME = 'longer'"),
+            Lines({"NULL"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT colid, number, LEN(text), LEFT(text, 11) FROM syscomments WHERE id = OBJECT_ID('longer') ORDER BY colid"),
+      Lines({"1|0|4000|CREATE VIEW", "2|0|2045|" + std::string(11, 'x')}));
+  EXPECT_EQ(Rows("SELECT number FROM syscomments WHERE id = OBJECT_ID('s.routine')"), Lines({"1"}));
+}
+
+TEST_F(SystemViewsTest, ColumnsThatTheServerHasAreRefusedByTheirNames) {
+  EXPECT_EQ(ErrorText("SELECT create_date FROM sys.objects"),
+            "40510 1 The column sys.objects.create_date is not supported.");
+  EXPECT_EQ(ErrorText("SELECT i.type_desc FROM sys.indexes i"),
+            "40510 1 The column sys.indexes.type_desc is not supported.");
+  EXPECT_EQ(ErrorText("SELECT name FROM sysobjects WHERE crdate > '2020-01-01'"),
+            "40510 1 The column sysobjects.crdate is not supported.");
+  EXPECT_EQ(ErrorOf("SELECT nothing FROM sys.indexes"), 207);
+  EXPECT_EQ(ErrorOf("SELECT h.create_date FROM heap h, sys.objects"), 207);
+}
+
+} // namespace
+} // namespace tsql::test
