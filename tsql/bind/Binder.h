@@ -158,6 +158,7 @@ class Binder {
   BoundExprPtr BindBetween(const Expr& expr);
   BoundExprPtr BindInList(const Expr& expr);
   BoundExprPtr BindInQuery(const Expr& expr);
+  BoundExprPtr BindQuantified(const Expr& expr);
   BoundExprPtr BindSubquery(const Expr& expr);
   BoundExprPtr BindCase(const Expr& expr);
   BoundExprPtr BindCast(const Expr& expr);

@@ -167,6 +167,7 @@ struct BoundExpr {
     Subquery,
     Case,
     Function,
+    Quantified, // the comparison of a value with the query's column, for all rows if negated, else for any
     UserFunction, // of a user, by name
     Aggregate,
     Window,

@@ -28,7 +28,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"A concatenation of binary values", "SELECT 0x01 + 0x02"},
     {"AT TIME ZONE", "SELECT GETDATE() AT TIME ZONE 'UTC'"},
     {"NEXT VALUE FOR", "SELECT NEXT VALUE FOR s"},
-    {"A comparison with ALL, ANY or SOME", "SELECT a FROM t WHERE a > ALL (SELECT 1)"},
     {"CHAR of a part of a character of the code page", "SELECT CHAR(200)"},
     {"A function of the server that gives a name, with an argument", "SELECT USER_NAME(1)"},
     {"A CONVERT style that is not an integer constant",
