@@ -356,8 +356,59 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   return bound;
 }
 
+// The value, given to the variable too; 137 where there is none, 206 where it cannot have it.
+BoundExprPtr Binder::AssignVariable(const std::string& name, BoundExprPtr value, BoundUpdate& bound) const {
+  const int index = FindVariable(variables_, name);
+  if (index < 0) Fail(137, {name});
+  const Type& to = variables_[static_cast<size_t>(index)].type;
+  const Type from = value->type;
+  Convert(MakeNode(BoundExpr::Kind::Column, from), to); // for its errors
+  bound.variables.push_back(index);
+  const Type number = MakeType(TypeId::BigInt);
+  std::vector<BoundExprPtr> args;
+  args.push_back(MakeConstant(Datum::OfInteger(index), number));
+  args.push_back(MakeConstant(Datum::OfInteger(EncodeType(to)), number));
+  args.push_back(MakeConstant(Datum::OfInteger(EncodeType(from)), number));
+  args.push_back(std::move(value));
+  return MakeFunction(FunctionId::AssignVariable, from, std::move(args));
+}
+
+// Variables without a column are assigned before the value of the column that is computed first.
+void Binder::JoinAssignments(std::vector<BoundExprPtr> variables, BoundUpdate& bound) {
+  const TableInfo& table = *bound.table;
+  if (bound.assignments.empty()) {
+    int column = 0;
+    while (table.columns[static_cast<size_t>(column)].IsComputed()) ++column;
+    for (const ScopeSource& source : scope_->sources)
+      if (source.id == bound.target)
+        bound.assignments.emplace_back(column,
+                                       MakeColumn(source, source.columns[static_cast<size_t>(column)]));
+  }
+  const auto isBefore = [&](const auto& left, const auto& right) {
+    if (left.first == table.rowidColumn || right.first == table.rowidColumn)
+      return left.first == table.rowidColumn && right.first != table.rowidColumn;
+    return left.first < right.first;
+  };
+  BoundExprPtr& first = std::ranges::min_element(bound.assignments, isBefore)->second;
+  for (auto variable = variables.rbegin(); variable != variables.rend(); ++variable) {
+    const Type type = first->type;
+    std::vector<BoundExprPtr> args;
+    args.push_back(std::move(*variable));
+    args.push_back(std::move(first));
+    first = MakeFunction(FunctionId::Then, type, std::move(args));
+  }
+}
+
 void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& bound) {
+  std::vector<BoundExprPtr> variables;
   for (const Assignment& assignment : statement.assignments) {
+    if (assignment.column.empty()) {
+      const int index = FindVariable(variables_, assignment.variable);
+      if (index < 0) Fail(137, {assignment.variable});
+      BoundExprPtr value = Convert(Bind(*assignment.value), variables_[static_cast<size_t>(index)].type);
+      variables.push_back(AssignVariable(assignment.variable, std::move(value), bound));
+      continue;
+    }
     const std::string& name = assignment.column.back();
     const int column = bound.table->FindColumn(name);
     if (assignment.column.size() > 1) {
@@ -375,8 +426,11 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
       if (other.first == column) Fail(264, {info.name});
     BoundExprPtr value = assignment.value->kind == ExprKind::Default ? BindDefault(*bound.table, column)
                                                                      : Bind(*assignment.value);
-    bound.assignments.emplace_back(column, AssignColumn(std::move(value), *bound.table, column));
+    value = AssignColumn(std::move(value), *bound.table, column);
+    if (!assignment.variable.empty()) value = AssignVariable(assignment.variable, std::move(value), bound);
+    bound.assignments.emplace_back(column, std::move(value));
   }
+  if (!variables.empty()) JoinAssignments(std::move(variables), bound);
 }
 
 BoundDelete Binder::BindDelete(const DeleteStatement& statement) {

@@ -228,6 +228,7 @@ BoundExprPtr Binder::BindKind(const Expr& expr) {
   case ExprKind::Between: return BindBetween(expr);
   case ExprKind::InList: return BindInList(expr);
   case ExprKind::InQuery: return BindInQuery(expr);
+  case ExprKind::Quantified: return BindQuantified(expr);
   case ExprKind::Exists:
   case ExprKind::Subquery: return BindSubquery(expr);
   case ExprKind::Case: return BindCase(expr);
@@ -503,6 +504,25 @@ BoundExprPtr Binder::BindInQuery(const Expr& expr) {
   if (!IsText(common) || !IsText(left->type)) left = Convert(std::move(left), common);
   if (!IsText(common) || !IsText(item.type)) ConvertColumns(*node->query, {common});
   node->args.push_back(std::move(left));
+  return node;
+}
+
+BoundExprPtr Binder::BindQuantified(const Expr& expr) {
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Quantified, MakeType(TypeId::Bit));
+  node->negated = expr.negated;
+  node->compare = expr.compare;
+  BoundExprPtr left = Bind(*expr.args[0]);
+  node->query = BindQuery(*expr.query, true);
+  if (node->query->columns.size() != 1) Fail(116, {});
+  node->source = nextSource_++;
+  BoundExprPtr item = MakeNode(BoundExpr::Kind::Column, node->query->columns[0].type);
+  item->source = node->source;
+  item->name = ResultColumnName(0);
+  CheckComparable(*left, *item, OperatorName(expr.compare));
+  const Type common = CommonTypeOf({left.get(), item.get()});
+  const bool isText = IsText(common) && IsText(left->type) && IsText(item->type);
+  node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
+  node->args.push_back(isText ? std::move(item) : Convert(std::move(item), common));
   return node;
 }
 

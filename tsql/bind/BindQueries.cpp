@@ -48,7 +48,7 @@ bool IsUpdateLockWanted(const TableSource& source) {
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
   maxRecursion_ = query.maxRecursion;
-  return BindQuery(query, false);
+  return SortBeforeAssigning(BindQuery(query, false));
 }
 
 BoundQueryPtr Binder::BindViewQuery(const Query& query) {

@@ -162,6 +162,7 @@ class Binder {
   BoundExprPtr BindBetween(const Expr& expr);
   BoundExprPtr BindInList(const Expr& expr);
   BoundExprPtr BindInQuery(const Expr& expr);
+  BoundExprPtr BindQuantified(const Expr& expr);
   BoundExprPtr BindSubquery(const Expr& expr);
   BoundExprPtr BindCase(const Expr& expr);
   BoundExprPtr BindCast(const Expr& expr);
@@ -246,6 +247,9 @@ class Binder {
   BoundExprPtr BindDateDiff(const Expr& expr, FunctionId function);
   BoundExprPtr BindDatePart(const Expr& expr, FunctionId function);
 
+  // (BindAssignedRows.cpp)
+  BoundQueryPtr SortBeforeAssigning(BoundQueryPtr query);
+
   // queries (BindQueries.cpp)
   BoundQueryPtr BindQuery(const Query& query, bool isInner);
   BoundQueryPtr BindSetOperation(const Query& query);
@@ -329,6 +333,8 @@ class Binder {
   static BoundExprPtr RowNumberOf(int source);
   static BoundExprPtr BindCurrentOf(int target);
   void BindAssignments(const UpdateStatement& statement, BoundUpdate& bound);
+  BoundExprPtr AssignVariable(const std::string& name, BoundExprPtr value, BoundUpdate& bound) const;
+  void JoinAssignments(std::vector<BoundExprPtr> variables, BoundUpdate& bound);
   // (BindOutput.cpp)
   // `from` are the sources of the change, with the target in it.
   std::unique_ptr<BoundOutput> BindOutput(const OutputClause* clause, StatementKind kind,

@@ -140,8 +140,12 @@ enum class FunctionId : uint8_t {
   // The first argument, unless it is less than the second, which is the error that the third is the number
   // of, or null, which is the error of the fourth.
   AtLeast,
+  // Gives a variable, whose index and type are the first arguments, the value of the last, whose type is the
+  // third. The result is that value.
+  AssignVariable,
+  Then, // the second of two values, after the first has been computed
 };
-constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::AtLeast) + 1;
+constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::Then) + 1;
 
 // OVER (...) of an aggregate or a window function. What it partitions and orders by are the last arguments of
 // the function's node.
@@ -174,6 +178,7 @@ struct BoundExpr {
     Between,
     In,
     InQuery,
+    Quantified, // the comparison of a value with the query's column, for all rows if negated, else for any
     Exists,
     Subquery,
     Case,
@@ -337,7 +342,8 @@ struct BoundUpdate {
   TablePtr table;
   int target = 0; // the source's number
   std::vector<std::pair<int, BoundExprPtr>> assignments;
-  BoundSourcePtr from; // with the target in it; null without FROM
+  std::vector<int> variables; // that the values assign, row by row
+  BoundSourcePtr from;        // with the target in it; null without FROM
   BoundExprPtr where;
   BoundExprPtr top;
   std::unique_ptr<BoundOutput> output;

@@ -149,6 +149,7 @@ Plan& Planner::ChangePlan(const Statement& statement) {
   case StatementKind::Update: {
     const BoundUpdate update = binder.BindUpdate(static_cast<const UpdateStatement&>(statement));
     plan.target = update.table;
+    plan.assigned = update.variables;
     Finish(plan, binder,
            update.table->isView ? Emitter::EmitStaged(update).rows : Emitter().EmitUpdate(update));
     break;

@@ -181,6 +181,7 @@ void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
 }
 
 EmittedSql Emitter::EmitUpdate(const BoundUpdate& update) {
+  assigned_ = update.variables;
   EmitCommons(update.commons);
   if (!EmitUpdateDirect(update)) EmitUpdateFromTree(update);
   return Finish();

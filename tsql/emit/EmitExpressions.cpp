@@ -62,6 +62,7 @@ void Emitter::Emit(const BoundExpr& expr) {
     break;
   case BoundExpr::Kind::In:
   case BoundExpr::Kind::InQuery: EmitIn(expr); break;
+  case BoundExpr::Kind::Quantified: EmitQuantified(expr); break;
   case BoundExpr::Kind::Exists:
     Text("EXISTS (");
     EmitQuery(*expr.query);
@@ -140,6 +141,21 @@ void Emitter::EmitIn(const BoundExpr& expr) {
       emitSide(*expr.args[i]);
     }
   }
+  Text("))");
+}
+
+// One row decides where it is known to; else the result is unknown if it is so of any row. Without rows ALL
+// is true, and ANY is not.
+void Emitter::EmitQuantified(const BoundExpr& expr) {
+  Text(expr.negated ? "(SELECT CASE WHEN min(p) = 0 THEN 0" : "(SELECT CASE WHEN max(p) = 1 THEN 1");
+  Text(" WHEN count(*) > count(p) THEN NULL ELSE ");
+  Text(expr.negated ? "1" : "0");
+  Text(" END FROM (SELECT ");
+  EmitComparison(expr);
+  Text(" AS p FROM (");
+  EmitQuery(*expr.query);
+  Text(") AS ");
+  EmitAlias(expr.source);
   Text("))");
 }
 

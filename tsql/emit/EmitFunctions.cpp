@@ -108,6 +108,8 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::NotNull, names::kNotNull},
     {FunctionId::RowLimit, names::kRowLimit},
     {FunctionId::AtLeast, names::kAtLeast},
+    {FunctionId::AssignVariable, names::kAssignVariable},
+    {FunctionId::Then, names::kThen},
 }};
 
 constexpr bool IsInOrder() {

@@ -83,6 +83,7 @@ EmittedChange Emitter::EmitStaged(const BoundDelete& statement) {
 template <typename Change>
 EmittedSql Emitter::EmitRowsOf(const Change& change, const BoundUpdate* update) {
   const bool isView = change.table->isView;
+  if (update != nullptr) assigned_ = update->variables;
   EmitCommons(change.commons);
   Text("SELECT ");
   if (isView) {

@@ -81,6 +81,7 @@ class Emitter {
   void EmitLogical(const BoundExpr& expr, const char* op);
   void EmitLike(const BoundExpr& expr);
   void EmitIn(const BoundExpr& expr);
+  void EmitQuantified(const BoundExpr& expr);
   void EmitSubquery(const BoundExpr& expr);
   void EmitCase(const BoundExpr& expr);
 

@@ -39,13 +39,13 @@ struct FiredRows {
 
 // What the functions of a connection and whoever runs its statements tell each other.
 struct FunctionContext {
-  std::optional<Error> error;                    // of the function that failed last
-  std::optional<int64_t> fixedNow;               // what GETDATE() answers instead of the clock
-  std::optional<int64_t> now;                    // what the clock said first within the statement, in 100 ns
-  int firstDay = kUsualFirstDay;                 // of a week, as SET DATEFIRST says
-  RandomNumbers random;                          // of the session
-  std::map<int64_t, double> randomValues;        // what RAND() answered within the statement, by its place
-  const std::vector<Datum>* variables = nullptr; // of the batch or procedure that runs
+  std::optional<Error> error;              // of the function that failed last
+  std::optional<int64_t> fixedNow;         // what GETDATE() answers instead of the clock
+  std::optional<int64_t> now;              // what the clock said first within the statement, in 100 ns
+  int firstDay = kUsualFirstDay;           // of a week, as SET DATEFIRST says
+  RandomNumbers random;                    // of the session
+  std::map<int64_t, double> randomValues;  // what RAND() answered within the statement, by its place
+  std::vector<Datum>* variables = nullptr; // of the batch or procedure that runs
   const Catalog* catalog = nullptr;
   UserFunctions* userFunctions = nullptr;
   const StagedRows* staged = nullptr; // of the change that runs

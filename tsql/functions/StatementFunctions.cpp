@@ -85,6 +85,19 @@ void Variable(const FunctionCall& call) {
   call.Return((*context.variables)[static_cast<size_t>(call.Integer(0))]);
 }
 
+// t_assign(index, type, type of the value, value)
+void AssignVariable(const FunctionCall& call) {
+  Datum& variable = (*call.Context().variables)[static_cast<size_t>(call.Integer(0))];
+  variable =
+      call.IsNull(3) ? Datum() : Convert(call.Value(3), call.TypeAt(2), call.TypeAt(1), ConvertMode::Cast);
+  call.ReturnValue(3);
+}
+
+// t_then(first, second): SQLite computes arguments from left to right.
+void Then(const FunctionCall& call) {
+  call.ReturnValue(1);
+}
+
 void Suspect(const FunctionCall& call) {
   std::vector<std::string>& suspects = call.Context().suspects;
   const std::string_view name = call.Text(0);
@@ -115,6 +128,8 @@ void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
   Register<NotNull>(connection, context, names::kNotNull, 2);
   Register<RowLimit>(connection, context, names::kRowLimit, 1);
   Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
+  Register<AssignVariable>(connection, context, names::kAssignVariable, 4, Purity::Volatile);
+  Register<Then>(connection, context, names::kThen, 2, Purity::Volatile);
   Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
   Register<Recursion>(connection, context, names::kRecursion, 2);
   Register<Updated>(connection, context, names::kUpdated, 1, Purity::Volatile);

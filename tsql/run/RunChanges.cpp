@@ -134,6 +134,8 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   int64_t count = 0;
   try {
     count = hasOutput ? RunStaged(statement, plan, cursor != nullptr) : MakeChange(*target, [&] {
+      std::vector<Datum> before; // of the variables, for a second run of the statement
+      if (!plan.assigned.empty()) before = running_->variables;
       try {
         const int64_t changed = StepChange(plan);
         if (statement.kind == StatementKind::Insert && target->identityColumn >= 0)
@@ -141,6 +143,7 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
         return changed;
       } catch (const SqliteFailure& failure) {
         if (statement.kind != StatementKind::Update || !IsDuplicate(failure)) throw;
+        if (!plan.assigned.empty()) running_->variables = std::move(before);
         return ReplaceRows(statement, *target);
       }
     });

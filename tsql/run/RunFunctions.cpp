@@ -66,7 +66,7 @@ class Interpreter::FunctionUse {
   std::shared_ptr<CompiledUnit> unit_;
   RunningUnit callee_;
   RunningUnit* running_ = nullptr;
-  const std::vector<Datum>* variables_ = nullptr;
+  std::vector<Datum>* variables_ = nullptr;
   const TableInfo* target_ = nullptr;
   std::string_view verb_;
   int64_t rowCount_ = 0;

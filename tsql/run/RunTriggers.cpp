@@ -27,6 +27,7 @@ std::vector<bool> UpdatedColumns(const Statement& statement, const TableInfo& ta
   std::vector<bool> updated(table.columns.size(), EventOf(statement.kind) == TriggerEvent::Insert);
   if (statement.kind != StatementKind::Update) return updated;
   for (const Assignment& assignment : static_cast<const UpdateStatement&>(statement).assignments) {
+    if (assignment.column.empty()) continue; // a variable alone
     const int column = table.FindColumn(assignment.column.back());
     if (column >= 0) updated[static_cast<size_t>(column)] = true;
   }

@@ -101,20 +101,35 @@ StatementPtr Parser::ParseInsertExecute(std::unique_ptr<InsertStatement> insert)
   return statement;
 }
 
-ExprPtr Parser::CompoundValue(ExprPtr target) {
+namespace {
+
+// The operation of a compound assignment such as +=.
+std::optional<ArithmeticOp> CompoundOperation(const Token& token) {
   struct Entry {
-    const char* symbol;
+    std::string_view symbol;
     ArithmeticOp op;
   };
   constexpr Entry kOps[] = {{"+=", ArithmeticOp::Add},      {"-=", ArithmeticOp::Subtract},
                             {"*=", ArithmeticOp::Multiply}, {"/=", ArithmeticOp::Divide},
                             {"%=", ArithmeticOp::Modulo},   {"&=", ArithmeticOp::BitAnd},
                             {"|=", ArithmeticOp::BitOr},    {"^=", ArithmeticOp::BitXor}};
-  for (const Entry& entry : kOps) {
-    if (!IsSymbol(entry.symbol)) continue;
+  if (token.kind != TokenKind::Symbol) return std::nullopt;
+  for (const Entry& entry : kOps)
+    if (token.text == entry.symbol) return entry.op;
+  return std::nullopt;
+}
+
+} // namespace
+
+bool Parser::IsAssignmentAt(size_t ahead) const {
+  return IsSymbolAt(ahead, "=") || CompoundOperation(Next(ahead));
+}
+
+ExprPtr Parser::CompoundValue(ExprPtr target) {
+  if (const std::optional<ArithmeticOp> op = CompoundOperation(Current())) {
     ExprPtr node = MakeExpr(ExprKind::Arithmetic);
     ++at_;
-    node->arithmetic = entry.op;
+    node->arithmetic = *op;
     node->args.push_back(std::move(target));
     node->args.push_back(ParseExpression());
     return node;
@@ -123,9 +138,23 @@ ExprPtr Parser::CompoundValue(ExprPtr target) {
   return ParseExpression();
 }
 
+// Whether a column's name and the symbol of an assignment are there: SET @v = column = value.
+bool Parser::StartsColumnAssignment(size_t ahead) const {
+  while (IsNameAt(ahead) && IsSymbolAt(ahead + 1, ".")) ahead += 2;
+  return IsNameAt(ahead) && IsAssignmentAt(ahead + 1);
+}
+
 Assignment Parser::ParseAssignment() {
   Assignment assignment;
-  if (Current().kind == TokenKind::Variable) RefuseHere("Assigning a variable in UPDATE");
+  if (Current().kind == TokenKind::Variable) {
+    ExprPtr variable = MakeExpr(ExprKind::Variable);
+    assignment.variable = variable->text = TakeVariable();
+    if (!IsSymbol("=") || !StartsColumnAssignment(1)) {
+      assignment.value = CompoundValue(std::move(variable));
+      return assignment;
+    }
+    TakeSymbol("=");
+  }
   size_t last = 0;
   while (IsNameAt(last) && IsSymbolAt(last + 1, ".")) last += 2;
   if (last > 0 && IsNameAt(last) && IsSymbolAt(last + 1, "(")) RefuseHere("A method in the SET of an UPDATE");

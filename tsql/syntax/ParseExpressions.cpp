@@ -18,6 +18,7 @@ bool IsPredicate(const Expr& expr) {
   case ExprKind::Between:
   case ExprKind::InList:
   case ExprKind::InQuery:
+  case ExprKind::Quantified:
   case ExprKind::Exists: return true;
   default: return false;
   }
@@ -149,8 +150,17 @@ ExprPtr Parser::ParsePredicateTail(ExprPtr left) {
 ExprPtr Parser::ParseComparison(ExprPtr left, CompareOp op) {
   ExprPtr node = MakeExpr(ExprKind::Compare);
   node->compare = op;
-  if (IsWord("all") || IsWord("any") || IsWord("some")) RefuseHere("A comparison with ALL, ANY or SOME");
   node->args.push_back(std::move(left));
+  if (IsWord("all") || IsWord("any") || IsWord("some")) {
+    node->kind = ExprKind::Quantified;
+    node->negated = IsWord("all");
+    ++at_;
+    ExpectSymbol("(");
+    if (!StartsQuery(true)) SyntaxError();
+    node->query = ParseSubquery(*node);
+    ExpectSymbol(")");
+    return node;
+  }
   node->args.push_back(ParseExpression());
   return node;
 }

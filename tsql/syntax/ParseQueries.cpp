@@ -20,12 +20,6 @@ bool IsTableHint(std::string_view word) {
                      [word](std::string_view hint) { return EqualNames(hint, word); });
 }
 
-bool IsCompoundAssignment(const Token& token) {
-  constexpr std::array<std::string_view, 8> kSymbols = {"+=", "-=", "*=", "/=", "%=", "&=", "|=", "^="};
-  return token.kind == TokenKind::Symbol &&
-         std::find(kSymbols.begin(), kSymbols.end(), token.text) != kSymbols.end();
-}
-
 // Functions that only stand in place of a table and have names that are reserved.
 bool IsRowsetFunction(std::string_view word) {
   constexpr std::array<std::string_view, 9> kFunctions = {"containstable",
@@ -327,13 +321,11 @@ std::optional<SelectItem> Parser::ParseStar() {
 SelectItem Parser::ParseSelectItem() {
   if (std::optional<SelectItem> star = ParseStar()) return std::move(*star);
   SelectItem item;
-  if (Current().kind == TokenKind::Variable && IsCompoundAssignment(Next()))
-    RefuseHere("Compound assignment in SELECT");
-  if (Current().kind == TokenKind::Variable && IsSymbolAt(1, "=")) {
-    item.variable = TakeVariable();
+  if (Current().kind == TokenKind::Variable && IsAssignmentAt(1)) {
+    ExprPtr variable = MakeExpr(ExprKind::Variable);
+    item.variable = variable->text = TakeVariable();
     if (!isQueryStatement_) SyntaxError();
-    ExpectSymbol("=");
-    item.expr = ParseExpression();
+    item.expr = CompoundValue(std::move(variable));
     return item;
   }
   const bool named = IsName() || Current().kind == TokenKind::Text;

@@ -147,6 +147,9 @@ class Parser {
   StatementPtr ParseDelete();
   ExprPtr ParseChangeCondition(CursorName& currentOf, int& maxRecursion);
   OutputPtr ParseOutput();
+  // Whether = or a compound such as += is there.
+  bool IsAssignmentAt(size_t ahead) const;
+  bool StartsColumnAssignment(size_t ahead) const;
   Assignment ParseAssignment();
   ExprPtr CompoundValue(ExprPtr target);
 

@@ -43,6 +43,7 @@ enum class ExprKind : uint8_t {
   Between,
   InList,
   InQuery,
+  Quantified, // a comparison with ALL of a query if negated, else with ANY
   Exists,
   Subquery,
   Case,

@@ -85,7 +85,8 @@ struct InsertStatement : Statement {
 };
 
 struct Assignment {
-  std::vector<std::string> column;
+  std::string variable;            // SET @v = expr, SET @v = column = expr; empty for none
+  std::vector<std::string> column; // none where only the variable is assigned
   ExprPtr value;
 };
 

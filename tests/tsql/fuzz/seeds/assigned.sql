@@ -1,0 +1,1 @@
+DECLARE @n INT = 0, @s NVARCHAR(99) = N'' SELECT @n += FInterID, @s += FBOMNumber FROM ICBOM ORDER BY FNote UPDATE ICBOM SET @n = FStatus = @n + 1, @s = FNote OUTPUT inserted.FStatus WHERE FInterID >= ALL (SELECT FInterID FROM ICBOMChild) SELECT @n, @s
