@@ -83,6 +83,17 @@ TEST_F(AssignedVariablesTest, VariablesAloneChangeNoRow) {
   EXPECT_EQ(Table(), Lines({"1|10|x", "2|20|y", "3|NULL|z"}));
 }
 
+TEST_F(AssignedVariablesTest, VariablesAloneOfATableWithAnIdentityOrAViewWithATrigger) {
+  Must(
+      "CREATE TABLE i (id INT IDENTITY(1,1), b AS id * 2) INSERT INTO i DEFAULT VALUES INSERT INTO i DEFAULT VALUES");
+  EXPECT_EQ(Rows("DECLARE @n INT = 0 UPDATE i SET @n += b SELECT @n"), Lines({"6"}));
+  Must("CREATE VIEW v AS SELECT id, a FROM t");
+  Must("CREATE TRIGGER on_v ON v INSTEAD OF UPDATE AS IF UPDATE(id) PRINT 'id' IF UPDATE(a) PRINT 'a'");
+  const Output output = Run("DECLARE @n INT = 0 UPDATE v SET @n += id UPDATE v SET @n = a = 1 PRINT @n");
+  EXPECT_TRUE(output.errors.empty());
+  EXPECT_EQ(output.messages, Lines({"a", "1"}));
+}
+
 TEST_F(AssignedVariablesTest, NoRowAssignsNothing) {
   EXPECT_EQ(Rows("DECLARE @v INT = 9 UPDATE t SET @v = a = 1 WHERE id = 7 SELECT @v"), Lines({"9"}));
 }
