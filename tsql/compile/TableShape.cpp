@@ -264,6 +264,9 @@ TableInfo TableShape::MakeTable(const ObjectName& name, const std::vector<Column
   const auto isForeign = [](const ConstraintDefinition& constraint) {
     return constraint.kind == ConstraintDefinition::Kind::ForeignKey;
   };
+  if (std::ranges::count(constraints, ConstraintDefinition::Kind::PrimaryKey, &ConstraintDefinition::kind) >
+      1)
+    Fail(8110, {table.name});
   for (const ConstraintDefinition& constraint : constraints) {
     if (isForeign(constraint)) continue;
     AddConstraint(table, constraint);

@@ -3,6 +3,7 @@
 
 #include "tsql/syntax/ParserRules.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/Decimal.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -578,8 +579,10 @@ Type Parser::ParseType(int32_t defaultLength) {
   const auto [first, second] = ParseTypeArguments(given);
   if (*id == TypeId::Decimal) {
     const int precision = given ? first : 18;
-    if (precision < 1 || precision > 38 || second < 0 || second > precision)
-      Fail(102, {std::to_string(second > precision ? second : precision)}, token.line);
+    if (precision < 1 || second < 0) Fail(102, {std::to_string(precision)}, token.line);
+    if (precision > kMaxPrecision)
+      Fail(2750, {"1", std::to_string(precision), std::to_string(kMaxPrecision)}, token.line);
+    if (second > precision) Fail(2751, {"1", std::to_string(second), std::to_string(precision)}, token.line);
     return MakeDecimal(precision, second);
   }
   constexpr int kMostBits = 53; // of a float

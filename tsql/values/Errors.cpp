@@ -280,6 +280,12 @@ constexpr ErrorText kErrors[] = {
     {2749, 16, 2,
      "Identity column '%1' must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
      "scale of 0, and constrained to be nonnullable."},
+    {2750, 16, 1,
+     "Column, parameter, or variable #%1: Specified column precision %2 is greater than the maximum precision "
+     "of %3."},
+    {2751, 16, 1,
+     "Column, parameter, or variable #%1: Specified column scale %2 is greater than the specified precision "
+     "of %3."},
     {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
     {2772, 16, 1, "Cannot access temporary tables from within a function."},
     {2754, 16, 1,
@@ -385,6 +391,7 @@ constexpr ErrorText kErrors[] = {
     {8106, 16, 1, "Table '%1' does not have the identity property. Cannot perform SET operation."},
     {8107, 16, 1,
      "IDENTITY_INSERT is already ON for table '%1'. Cannot perform SET operation for table '%2'."},
+    {8110, 16, 0, "Cannot add multiple PRIMARY KEY constraints to table '%1'."},
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},
     {8115, 16, 2, "Arithmetic overflow error converting %1 to data type %2."},

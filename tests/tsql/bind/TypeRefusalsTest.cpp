@@ -94,6 +94,15 @@ TEST_F(TypeRefusalsTest, SizesOfTypes) {
   EXPECT_EQ(ErrorText("DECLARE @f FLOAT(54)"),
             "1001 1 Line 1: Length or precision specification 54 is invalid.");
   EXPECT_EQ(ErrorOf("SELECT CAST(1 AS FLOAT(0))"), 1001);
+  EXPECT_EQ(
+      ErrorText("DECLARE @d DECIMAL(39,1)"),
+      "2750 1 Column, parameter, or variable #1: Specified column precision 39 is greater than the maximum "
+      "precision of 38.");
+  EXPECT_EQ(
+      ErrorText("CREATE TABLE t (a NUMERIC(5,6))"),
+      "2751 1 Column, parameter, or variable #1: Specified column scale 6 is greater than the specified "
+      "precision of 5.");
+  EXPECT_EQ(ErrorOf("SELECT CAST(1 AS DECIMAL(39,40))"), 2750);
   for (const char* type : {"CHAR", "NCHAR", "BINARY"})
     EXPECT_EQ(ErrorText("DECLARE @v " + std::string(type) + "(MAX)"), "102 1 Incorrect syntax near 'max'.");
   Must("DECLARE @v VARCHAR(8000), @n NVARCHAR(4000), @m NVARCHAR(MAX), @b VARBINARY(MAX)");

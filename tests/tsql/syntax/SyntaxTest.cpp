@@ -47,7 +47,9 @@ TEST_F(SyntaxTest, Definitions) {
             "2715 1 Column, parameter, or variable #1: Cannot find data type nothing.");
   EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT, PRIMARY KEY (y))"), 1911);
   EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT NULL PRIMARY KEY)"), 8111);
-  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT PRIMARY KEY, y INT PRIMARY KEY)"), 1779);
+  EXPECT_EQ(ErrorText("CREATE TABLE u (x INT PRIMARY KEY, y INT PRIMARY KEY)"),
+            "8110 1 Cannot add multiple PRIMARY KEY constraints to table 'u'.");
+  EXPECT_EQ(ErrorOf("CREATE TABLE u (x INT NOT NULL, y INT PRIMARY KEY, PRIMARY KEY (x))"), 8110);
   EXPECT_EQ(ErrorText("DROP TABLE u"),
             "3701 1 Cannot drop the table 'u', because it does not exist or you do not have permission.");
   Must("DROP TABLE IF EXISTS u");
