@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 7");
+  Ask("PRAGMA user_version = 6");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,11 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 7. This server supports version 6 "
+                    "' cannot be opened because it is version 6. This server supports version 5 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
 }
 
 TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
@@ -113,14 +113,14 @@ TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
                    "x|6|CREATE TRIGGER x ON t FOR INSERT AS PRINT 'x'"}));
 }
 
-TEST_F(StorageTest, ASchemaMakesTheFileOneOfTheSixthVersion) {
+TEST_F(StorageTest, ASchemaMakesTheFileOneOfTheFifthVersion) {
   Must("CREATE TABLE t (a INT)");
   Must("DROP SCHEMA IF EXISTS missing");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
   EXPECT_EQ(Ask("SELECT COUNT(*) FROM sqlite_schema WHERE name = '~schemas'"), Lines({"0"}));
   Must("CREATE SCHEMA sales");
   Must("CREATE SCHEMA [a b]");
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"5"}));
   EXPECT_EQ(Ask("SELECT * FROM \"~schemas\" ORDER BY id"), Lines({"5|sales", "6|a b"}));
   Must("CREATE TABLE sales.t (a INT CONSTRAINT pk PRIMARY KEY, b VARCHAR(3) CONSTRAINT uq UNIQUE)"
        " CREATE TABLE [a b].u (a INT CONSTRAINT fk REFERENCES sales.t)");
