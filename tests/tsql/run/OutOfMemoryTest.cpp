@@ -24,7 +24,7 @@ int64_t Every(int64_t usual) {
 // aggregate, a temporary table, an error that is caught, variables, a procedure, a function, a table
 // variable, a cursor, a change with OUTPUT, a trigger and a schema.
 constexpr char kTables[] =
-    "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 9999))"
+    "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 99999999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
     " CREATE TABLE seen (text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
     " INSERT INTO account VALUES (1, 0), (2, 0)";
