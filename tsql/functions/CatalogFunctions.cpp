@@ -1,6 +1,5 @@
 // Functions that ask the catalog: names, numbers and sizes of what the database holds.
 #include <random>
-#include <utility>
 
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
@@ -8,6 +7,7 @@
 #include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
+#include "tsql/values/NameText.h"
 
 namespace tsql {
 namespace {
@@ -28,23 +28,14 @@ void NewId(const FunctionCall& call) {
   call.ReturnText(text);
 }
 
-// The name and schema in a text such as "dbo.[T]", without brackets. A part that is missing counts as dbo.
+// The name and schema in a text such as "dbo.[T]". A schema that is missing counts as dbo; what is no name is
+// no object's.
 ObjectName NameIn(std::string_view text) {
+  const std::optional<std::vector<std::string>> parts = NameParts(text);
   ObjectName name;
-  std::string part;
-  bool bracketed = false;
-  for (const char character : text) {
-    if (character == '[' && !bracketed) {
-      bracketed = true;
-    } else if (character == ']' && bracketed) {
-      bracketed = false;
-    } else if (character == '.' && !bracketed) {
-      name.schema = std::exchange(part, {});
-    } else {
-      part.push_back(character);
-    }
-  }
-  name.name = std::move(part);
+  if (!parts) return name;
+  name.name = parts->back();
+  if (parts->size() > 1) name.schema = (*parts)[parts->size() - 2];
   return name;
 }
 

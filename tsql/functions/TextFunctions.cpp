@@ -11,6 +11,7 @@
 #include "tsql/values/Currency.h"
 #include "tsql/values/DateText.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/NameText.h"
 
 namespace tsql {
 namespace {
@@ -189,36 +190,6 @@ void Translate(const FunctionCall& call) {
     AppendChar(result, found == from.end() ? character : to[static_cast<size_t>(found - from.begin())]);
   }
   call.ReturnText(result);
-}
-
-// The parts of a name with points between them; nothing where it is no such name. A part may stand in
-// brackets or quotation marks, of which the closing one within it is doubled.
-std::optional<std::vector<std::string>> NameParts(std::string_view name) {
-  std::vector<std::string> parts(1);
-  for (size_t at = 0; at < name.size(); ++at) {
-    if (name[at] == '.') {
-      parts.emplace_back();
-      continue;
-    }
-    if (name[at] != '[' && name[at] != '"') {
-      parts.back() += name[at];
-      continue;
-    }
-    const char close = name[at] == '[' ? ']' : '"';
-    if (!parts.back().empty()) return std::nullopt;
-    for (++at;; ++at) {
-      if (at >= name.size()) return std::nullopt;
-      if (name[at] != close) {
-        parts.back() += name[at];
-      } else if (at + 1 < name.size() && name[at + 1] == close) {
-        parts.back() += name[at++];
-      } else {
-        break;
-      }
-    }
-    if (at + 1 < name.size() && name[at + 1] != '.') return std::nullopt;
-  }
-  return parts;
 }
 
 // t_parsename(name, number): the parts are counted from the right.

@@ -6,34 +6,15 @@
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/NameText.h"
 
 namespace tsql {
 namespace {
 
-// The parts of a name that stands in a text, without brackets and quotation marks; none where it is no name.
-std::vector<std::string> NameParts(std::string_view text) {
-  std::vector<std::string> parts(1);
-  char closing = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char character = text[i];
-    if (closing != 0) {
-      const bool isDoubled = character == closing && i + 1 < text.size() && text[i + 1] == closing;
-      if (character == closing && !isDoubled) {
-        closing = 0;
-        continue;
-      }
-      if (isDoubled) ++i;
-      parts.back().push_back(character);
-    } else if (character == '.') {
-      parts.emplace_back();
-    } else if (parts.back().empty() && (character == '[' || character == '"')) {
-      closing = character == '[' ? ']' : '"';
-    } else {
-      parts.back().push_back(character);
-    }
-  }
-  if (closing != 0 || parts.back().empty()) parts.clear();
-  return parts;
+// The parts of the name of an object; none where it is no such name.
+std::vector<std::string> ObjectParts(std::string_view written) {
+  const std::optional<std::vector<std::string>> parts = NameParts(written);
+  return parts && !parts->back().empty() ? *parts : std::vector<std::string>();
 }
 
 ObjectName NameOf(const std::vector<std::string>& parts, size_t count) {
@@ -69,7 +50,7 @@ void Interpreter::Rename(const std::vector<Datum>& arguments) {
   if (std::ranges::any_of(kOtherTypes, isType))
     Refuse("sp_rename of something other than an object, a column or an index");
   if (!anyType && std::ranges::none_of(kTypes, isType)) Fail(15249, {arguments[2].text});
-  const std::vector<std::string> parts = NameParts(written);
+  const std::vector<std::string> parts = ObjectParts(written);
   if (arguments[0].IsNull() || parts.empty()) Fail(15253, {written});
   if (newName.empty()) Fail(15004, {});
   const ObjectName whole = NameOf(parts, parts.size());
@@ -108,7 +89,7 @@ void Interpreter::Rename(const std::vector<Datum>& arguments) {
 void Interpreter::HelpText(const std::vector<Datum>& arguments) {
   if (!arguments[1].IsNull()) Refuse("sp_helptext of a column");
   const std::string& written = arguments[0].text;
-  const std::vector<std::string> parts = NameParts(written);
+  const std::vector<std::string> parts = ObjectParts(written);
   const ObjectName name = NameOf(parts, parts.size());
   const ModulePtr module = parts.empty() ? nullptr : definitions_.FindModule(name);
   if (!module && catalog_.FindTable(name)) Fail(15197, {written});

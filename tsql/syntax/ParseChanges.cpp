@@ -85,6 +85,8 @@ StatementPtr Parser::ParseInsert() {
   statement->rows = ParseRows();
   constexpr size_t kMostRows = 1000;
   if (statement->rows.size() > kMostRows) Fail(10738, {}, tokens_[first].line);
+  for (const std::vector<ExprPtr>& row : statement->rows)
+    for (const ExprPtr& value : row) RefuseColumns(*value);
   RefuseAfterQuery();
   int maxRecursion = kMaxRecursion;
   ParseQueryHints(maxRecursion);

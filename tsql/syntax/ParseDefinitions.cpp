@@ -268,11 +268,22 @@ void Parser::RefuseSubqueries(size_t firstToken, int error) const {
       Fail(error, {}, tokens_[i].line);
 }
 
+void Parser::RefuseColumns(const Expr& expr) {
+  if (expr.kind == ExprKind::Column && expr.parts.size() == 1) Fail(128, {expr.parts.front()}, expr.line);
+  // The first argument of these is the name of a part of a date.
+  constexpr std::array<std::string_view, 5> kOfParts = {"dateadd", "datediff", "datediff_big", "datename",
+                                                        "datepart"};
+  const bool isOfPart =
+      expr.kind == ExprKind::Call && std::find(kOfParts.begin(), kOfParts.end(), expr.text) != kOfParts.end();
+  for (size_t i = isOfPart ? 1 : 0; i < expr.args.size(); ++i) RefuseColumns(*expr.args[i]);
+}
+
 void Parser::ParseDefaultClause(ColumnDefinition& column) {
   ExpectWord("default");
   const size_t first = at_;
-  ParseExpression();
+  const ExprPtr value = ParseExpression();
   RefuseSubqueries(first, 1046);
+  RefuseColumns(*value);
   column.defaultText = SourceFrom(first);
   if (!TakeWord("with")) return;
   ExpectWord("values");

@@ -422,6 +422,7 @@ StatementPtr Parser::ParsePrint() {
   auto statement = MakeStatement<PrintStatement>(at_);
   ExpectWord("print");
   statement->value = ParseExpression();
+  RefuseColumns(*statement->value);
   return statement;
 }
 

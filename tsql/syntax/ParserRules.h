@@ -242,6 +242,8 @@ class Parser {
   void SkipOptionList();
   void SkipOption();
   [[noreturn]] void UnknownObject() const;
+  // 128 where it names a column; queries within it may.
+  static void RefuseColumns(const Expr& expr);
   void SkipNotForReplication();
   void RefuseColumnProperty() const;
   CollationId ParseCollation(std::string& name);

@@ -43,6 +43,9 @@ constexpr ErrorText kErrors[] = {
      "The select list for the INSERT statement contains more items than the insert list. The number of "
      "SELECT values must match the number of INSERT columns."},
     {127, 15, 1, "A TOP N or FETCH rowcount value may not be negative."},
+    {128, 15, 1,
+     "The name \"%1\" is not permitted in this context. Valid expressions are constants, constant expressions, and (in "
+     "some contexts) variables. Column names are not permitted."},
     {130, 15, 1,
      "Cannot perform an aggregate function on an expression containing an aggregate or a subquery."},
     {131, 15, 3,

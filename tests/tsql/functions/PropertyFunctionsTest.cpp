@@ -85,6 +85,16 @@ TEST_F(PropertyFunctionsTest, ColumnsAndTexts) {
   EXPECT_EQ(Scalar("OBJECT_DEFINITION(OBJECT_ID('p'))"), "CREATE PROCEDURE p AS SELECT 1");
 }
 
+TEST_F(PropertyFunctionsTest, NamesInTextsHaveBracketsAndPoints) {
+  Must("CREATE TABLE [a]]b.c] (x INT)");
+  const std::string number = Scalar("OBJECT_ID('[a]]b.c]')");
+  EXPECT_NE(number, "NULL");
+  EXPECT_EQ(Scalar("OBJECT_ID('dbo.\"a]b.c\"')"), number);
+  EXPECT_EQ(Scalar("OBJECT_ID('[a')"), "NULL");
+  EXPECT_EQ(Scalar("OBJECT_ID('[t]x')"), "NULL");
+  EXPECT_EQ(Scalar("OBJECT_ID('')"), "NULL");
+}
+
 // As a tool of the year 2000 wrote it.
 TEST_F(PropertyFunctionsTest, ScriptsAskBeforeTheyDrop) {
   Must("if exists (select * from dbo.sysobjects where id = object_id(N'[dbo].[plain]') and "

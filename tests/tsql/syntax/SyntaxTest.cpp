@@ -103,6 +103,20 @@ TEST_F(SyntaxTest, IntoAndAssignmentsBelongToTheStatementsOwnSelect) {
             Lines({"5"}));
 }
 
+TEST_F(SyntaxTest, WhereNoColumnIsToBeNamed) {
+  const std::string text =
+      "The name \"a\" is not permitted in this context. Valid expressions are constants, constant "
+      "expressions, and (in some contexts) variables. Column names are not permitted.";
+  EXPECT_EQ(ErrorText("CREATE TABLE x (a INT,\nb INT DEFAULT a)"), "128 2 " + text);
+  EXPECT_EQ(ErrorOf("CREATE TABLE x (a INT, b INT DEFAULT (ABS(a) + 1))"), 128);
+  Must("CREATE TABLE x (a INT, b DATETIME DEFAULT DATEADD(day, 1, GETDATE()), c INT)");
+  EXPECT_EQ(ErrorText("ALTER TABLE x ADD CONSTRAINT df DEFAULT a FOR c"), "128 1 " + text);
+  EXPECT_EQ(ErrorOf("ALTER TABLE x ADD d INT DEFAULT a"), 128);
+  EXPECT_EQ(ErrorText("INSERT INTO x (a) VALUES (a)"), "128 1 " + text);
+  EXPECT_EQ(ErrorText("PRINT a"), "128 1 " + text);
+  Must("INSERT INTO x (a) VALUES ((SELECT MAX(a) FROM x)), (DATEPART(year, '2020-01-01'))");
+}
+
 TEST_F(SyntaxTest, DefinitionsAsToolsWriteThem) {
   Must("CREATE TABLE [dbo].[x] ([id] [int] IDENTITY(1,1) NOT FOR REPLICATION NOT NULL,"
        " [n] [nvarchar](50) COLLATE Chinese_PRC_CI_AS NULL CHECK NOT FOR REPLICATION ([n] <> ''),"
