@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tsql/run/Diagnostics.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
@@ -364,11 +365,7 @@ void TableAlteration::CheckRows(const KeyInfo& key) const {
   PreparedStatement violating =
       connection_.Prepare("SELECT 1 FROM " + after_.SqlName() + " WHERE NOT (" +
                           compiler_.CompileCheck(after_, key.checkText) + ") LIMIT 1");
-  if (!violating.Step()) return;
-  const std::vector<int> columns = compiler_.ColumnsOfCheck(after_, key.checkText);
-  const std::string column =
-      columns.size() == 1 ? ", column '" + after_.columns[static_cast<size_t>(columns[0])].name + "'" : "";
-  Fail(547, {"ALTER TABLE", "CHECK", key.name, DatabaseName(), after_.QualifiedName(), column});
+  if (violating.Step()) throw Error(CheckError(key, after_, "ALTER TABLE", catalog_, compiler_));
 }
 
 } // namespace tsql

@@ -52,10 +52,25 @@ Error UniqueError(std::string_view message, const TableInfo& table) {
   return MakeError(2627, 0, {kind, key->name, table.QualifiedName()});
 }
 
+const KeyInfo* FindCheck(const TableInfo& table, std::string_view name) {
+  for (const KeyInfo& key : table.keys)
+    if (key.kind == KeyKind::Check && key.name == name) return &key;
+  return nullptr;
+}
+
 } // namespace
 
+Error CheckError(const KeyInfo& check, const TableInfo& table, std::string_view verb, const Catalog& catalog,
+                 const Compiler& compiler) {
+  const std::vector<int> columns = compiler.ColumnsOfCheck(table, check.checkText);
+  const std::string column =
+      columns.size() == 1 ? ", column '" + table.columns[static_cast<size_t>(columns[0])].name + "'" : "";
+  return MakeError(547, 0,
+                   {verb, "CHECK", check.name, catalog.DatabaseName(), table.QualifiedName(), column});
+}
+
 Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, const Catalog& catalog,
-                       const TableInfo* target, std::string_view verb) {
+                       const Compiler& compiler, const TableInfo* target, std::string_view verb) {
   const std::string_view message = failure.what();
   if (context.error) {
     const Error error = *std::exchange(context.error, std::nullopt);
@@ -72,6 +87,8 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
     if (target != nullptr) return UniqueError(message, *target);
     break;
   case SQLITE_CONSTRAINT_CHECK:
+    if (const KeyInfo* check = target != nullptr ? FindCheck(*target, FailedPart(message)) : nullptr)
+      return CheckError(*check, *target, verb, catalog, compiler);
     return MakeError(547, 0,
                      {verb, "CHECK", FailedPart(message), catalog.DatabaseName(),
                       target != nullptr ? target->QualifiedName() : std::string()});

@@ -118,7 +118,7 @@ void Interpreter::Report(const Error& error, ResultSink& sink) {
 }
 
 Error Interpreter::Translate(const SqliteFailure& failure) {
-  return TranslateFailure(failure, context_, catalog_, target_, verb_);
+  return TranslateFailure(failure, context_, catalog_, compiler_, target_, verb_);
 }
 
 // ---- statements

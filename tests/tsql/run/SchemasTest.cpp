@@ -132,7 +132,7 @@ TEST_F(SchemasTest, ErrorsNameTheSchema) {
       ErrorText("INSERT INTO sales.t VALUES (2, 0)"),
       "547 1 The INSERT statement conflicted with the CHECK constraint \"ck\". The conflict occurred in "
       "database \"" +
-          database + "\", table \"sales.t\".");
+          database + "\", table \"sales.t\", column 'b'.");
   EXPECT_EQ(ErrorText("INSERT INTO sales.t (b) VALUES (3)"),
             "515 1 Cannot insert the value NULL into column 'a', table '" + database +
                 ".sales.t'; column does not allow nulls. INSERT fails.");

@@ -312,11 +312,14 @@ TEST_F(TypesTest, MetaFunctions) {
 TEST_F(TypesTest, CheckConstraint) {
   Must("CREATE TABLE t (a INT NULL CONSTRAINT ck CHECK (a > 0 AND a <> 13))");
   Must("INSERT INTO t VALUES (5), (NULL)");
-  const std::string text = ErrorText("INSERT INTO t VALUES (13)");
-  EXPECT_TRUE(
-      text.starts_with("547 1 The INSERT statement conflicted with the CHECK constraint \"ck\". The conflict "
-                       "occurred in database \""))
-      << text;
+  const std::string where =
+      "statement conflicted with the CHECK constraint \"ck\". The conflict occurred in database \"" +
+      Scalar("DB_NAME()") + "\", table \"dbo.t\"";
+  EXPECT_EQ(ErrorText("INSERT INTO t VALUES (13)"), "547 1 The INSERT " + where + ", column 'a'.");
+  EXPECT_EQ(ErrorText("UPDATE t SET a = 0 WHERE a = 5"), "547 1 The UPDATE " + where + ", column 'a'.");
+  // A condition on several columns is of the table.
+  Must("DROP TABLE t CREATE TABLE t (a INT NULL, b INT NULL, CONSTRAINT ck CHECK (a > b))");
+  EXPECT_EQ(ErrorText("INSERT INTO t VALUES (1, 2)"), "547 1 The INSERT " + where + ".");
 }
 
 // Long expressions of decimals run on 64 bits where these suffice: both sides of that border, and of each
