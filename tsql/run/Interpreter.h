@@ -187,7 +187,7 @@ class Interpreter : public UserFunctions {
   void RunSwitchTriggers(const SwitchTriggersStatement& statement);
   void RunCreateFunction(const CreateFunctionStatement& statement);
   ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;
-  void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter);
+  void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, DefinitionForm form);
   void DropModule(const DropStatement& statement, const ObjectName& name);
   void RunTruncate(const TruncateStatement& statement);
   void MarkSchemaChange(Place place);

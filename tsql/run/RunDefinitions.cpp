@@ -30,16 +30,18 @@ void Interpreter::RunCreateFunction(const CreateFunctionStatement& statement) {
   constexpr ModuleKind kKinds[] = {ModuleKind::ScalarFunction, ModuleKind::InlineFunction,
                                    ModuleKind::TableFunction};
   compiler_.CheckFunction(statement);
-  RunModule(statement.name, kKinds[static_cast<size_t>(statement.function)], statement.text, statement.alter);
+  RunModule(statement.name, kKinds[static_cast<size_t>(statement.function)], statement.text, statement.form);
 }
 
-void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, bool alter) {
+void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::string& text,
+                            DefinitionForm form) {
   StatementScope scope(transaction_, Place::Main);
   const ModulePtr existing = FindModule(name, kind);
-  if (!alter && catalog_.Exists(name)) Fail(2714, {name.name});
-  if (alter && !existing) Fail(208, {name.Written()});
+  const bool alters = form == DefinitionForm::Alter || (form == DefinitionForm::CreateOrAlter && existing);
+  if (!alters && catalog_.Exists(name)) Fail(2714, {name.name});
+  if (alters && !existing) Fail(208, {name.Written()});
   // A function stays what it is.
-  if (alter && existing->kind != kind) Fail(2010, {name.name});
+  if (alters && existing->kind != kind) Fail(2010, {name.name});
   ModuleInfo module;
   if (existing) {
     module = *existing;
@@ -63,10 +65,11 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
   if (!view && (!table || table->place != Place::Main)) Fail(8197, {statement.table.Written()});
   const std::string& schema = view ? view->schema : table->schema;
   const std::string own = IsDbo(statement.name.schema) ? std::string() : statement.name.schema;
-  if (!EqualNames(own, schema)) Fail(2103, {statement.alter ? "alter" : "create", statement.name.Written()});
+  if (!EqualNames(own, schema))
+    Fail(2103, {statement.form == DefinitionForm::Alter ? "alter" : "create", statement.name.Written()});
   const std::string& key = view ? view->key : table->storageName;
   const TriggerPtr existing = catalog_.FindTrigger(statement.name);
-  if (statement.alter && existing && !EqualNames(existing->table, key))
+  if (statement.form != DefinitionForm::Create && existing && !EqualNames(existing->table, key))
     Fail(2110, {statement.name.name, statement.table.name});
   if (statement.insteadOf) {
     // One for each event.
@@ -75,12 +78,12 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
       const bool isOther = other->insteadOf && EqualNames(other->table, key) && other != existing;
       for (const TriggerEvent event : statement.events)
         if (isOther && std::ranges::count(other->events, event) > 0)
-          Fail(2111, {statement.alter ? "alter" : "create", statement.name.name, view ? "view" : "table",
-                      statement.table.name, kEvents[static_cast<size_t>(event)]});
+          Fail(2111, {statement.form == DefinitionForm::Alter ? "alter" : "create", statement.name.name,
+                      view ? "view" : "table", statement.table.name, kEvents[static_cast<size_t>(event)]});
     }
   }
   compiler_.CheckTrigger(statement);
-  RunModule(statement.name, ModuleKind::Trigger, statement.text, statement.alter);
+  RunModule(statement.name, ModuleKind::Trigger, statement.text, statement.form);
 }
 
 void Interpreter::RunSwitchTriggers(const SwitchTriggersStatement& statement) {
@@ -210,7 +213,7 @@ void Interpreter::RunDefinition(const Statement& statement) {
     const auto& view = static_cast<const CreateViewStatement&>(statement);
     // The view must hold together now, not only when it is used.
     compiler_.CheckView(view);
-    RunModule(view.name, ModuleKind::View, view.text, view.alter);
+    RunModule(view.name, ModuleKind::View, view.text, view.form);
     break;
   }
   case StatementKind::CreateTrigger:
@@ -237,7 +240,7 @@ void Interpreter::RunDefinition(const Statement& statement) {
   default: {
     assert(statement.kind == StatementKind::CreateProcedure);
     const auto& procedure = static_cast<const CreateProcedureStatement&>(statement);
-    RunModule(procedure.name, ModuleKind::Procedure, procedure.text, procedure.alter);
+    RunModule(procedure.name, ModuleKind::Procedure, procedure.text, procedure.form);
   }
   }
 }

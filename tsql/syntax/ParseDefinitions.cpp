@@ -12,15 +12,26 @@ StatementPtr Parser::ParseCreate() {
   const size_t start = at_;
   ExpectWord("create");
   RefuseWords(RefusedKind::Create);
+  if (TakeWord("or")) {
+    ExpectWord("alter");
+    if (StatementPtr module = ParseModuleDefinition(start, DefinitionForm::CreateOrAlter)) return module;
+    SyntaxError();
+  }
+  if (StatementPtr module = ParseModuleDefinition(start, DefinitionForm::Create)) return module;
   if (TakeWord("table")) return ParseCreateTable(start);
-  if (TakeWord("view")) return ParseCreateView(start, false);
-  if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, false);
-  if (TakeWord("function")) return ParseCreateFunction(start, false);
-  if (TakeWord("trigger")) return ParseCreateTrigger(start, false);
   if (TakeWord("schema")) return ParseCreateSchema(start);
   if (IsWord("unique") || IsWord("clustered") || IsWord("nonclustered") || IsWord("index"))
     return ParseCreateIndex(start);
   UnknownObject();
+}
+
+// Null where it is something else that is made or changed.
+StatementPtr Parser::ParseModuleDefinition(size_t start, DefinitionForm form) {
+  if (TakeWord("view")) return ParseCreateView(start, form);
+  if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, form);
+  if (TakeWord("function")) return ParseCreateFunction(start, form);
+  if (TakeWord("trigger")) return ParseCreateTrigger(start, form);
+  return nullptr;
 }
 
 void Parser::UnknownObject() const {
@@ -363,9 +374,9 @@ StatementPtr Parser::ParseCreateIndex(size_t start) {
   return statement;
 }
 
-StatementPtr Parser::ParseCreateView(size_t start, bool alter) {
+StatementPtr Parser::ParseCreateView(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateViewStatement>(start);
-  statement->alter = alter;
+  statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseModuleName();
   if (IsSymbol("(")) statement->columns = ParseNameList();
@@ -402,9 +413,9 @@ std::vector<ProcedureParameter> Parser::ParseParameterList() {
   return parameters;
 }
 
-StatementPtr Parser::ParseCreateProcedure(size_t start, bool alter) {
+StatementPtr Parser::ParseCreateProcedure(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateProcedureStatement>(start);
-  statement->alter = alter;
+  statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseModuleName();
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
@@ -444,9 +455,9 @@ StatementList Parser::ParseModuleBody() {
   }
 }
 
-StatementPtr Parser::ParseCreateFunction(size_t start, bool alter) {
+StatementPtr Parser::ParseCreateFunction(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateFunctionStatement>(start);
-  statement->alter = alter;
+  statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseModuleName();
   ExpectSymbol("(");
@@ -513,10 +524,7 @@ void Parser::ParseFunctionBody(CreateFunctionStatement& function) {
 StatementPtr Parser::ParseAlter() {
   const size_t start = at_;
   ExpectWord("alter");
-  if (TakeWord("view")) return ParseCreateView(start, true);
-  if (TakeWord("procedure") || TakeWord("proc")) return ParseCreateProcedure(start, true);
-  if (TakeWord("function")) return ParseCreateFunction(start, true);
-  if (TakeWord("trigger")) return ParseCreateTrigger(start, true);
+  if (StatementPtr module = ParseModuleDefinition(start, DefinitionForm::Alter)) return module;
   RefuseWords(RefusedKind::Alter);
   if (TakeWord("table")) return ParseAlterTable(start);
   if (TakeWord("schema")) return ParseAlterSchema(start);

@@ -5,9 +5,9 @@
 
 namespace tsql {
 
-StatementPtr Parser::ParseCreateTrigger(size_t start, bool alter) {
+StatementPtr Parser::ParseCreateTrigger(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateTriggerStatement>(start);
-  statement->alter = alter;
+  statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseModuleName();
   ExpectWord("on");

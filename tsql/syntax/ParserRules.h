@@ -196,16 +196,17 @@ class Parser {
   StatementPtr ParseCreate();
   StatementPtr ParseCreateTable(size_t start);
   StatementPtr ParseCreateIndex(size_t start);
-  StatementPtr ParseCreateView(size_t start, bool alter);
-  StatementPtr ParseCreateProcedure(size_t start, bool alter);
+  StatementPtr ParseModuleDefinition(size_t start, DefinitionForm form);
+  StatementPtr ParseCreateView(size_t start, DefinitionForm form);
+  StatementPtr ParseCreateProcedure(size_t start, DefinitionForm form);
   ProcedureParameter ParseProcedureParameter();
-  StatementPtr ParseCreateFunction(size_t start, bool alter);
+  StatementPtr ParseCreateFunction(size_t start, DefinitionForm form);
   void ParseFunctionOptions(CreateFunctionStatement& function);
   void ParseFunctionBody(CreateFunctionStatement& function);
   StatementPtr ParseAlter();
   StatementList ParseModuleBody();
   // triggers (ParseTriggers.cpp)
-  StatementPtr ParseCreateTrigger(size_t start, bool alter);
+  StatementPtr ParseCreateTrigger(size_t start, DefinitionForm form);
   void ParseTriggerEvents(CreateTriggerStatement& trigger);
   void RefuseTriggerOfServer() const;
   StatementPtr ParseSwitchTriggers();

@@ -210,13 +210,17 @@ struct TruncateStatement : Statement {
   ObjectName table;
 };
 
+// How the text of a view, procedure, function or trigger begins. The last makes what is not there and changes
+// what is.
+enum class DefinitionForm : uint8_t { Create, Alter, CreateOrAlter };
+
 struct CreateViewStatement : Statement {
   CreateViewStatement() : Statement(StatementKind::CreateView) {}
   ObjectName name;
   std::vector<std::string> columns;
   QueryPtr query;
   std::string text;
-  bool alter = false;
+  DefinitionForm form = DefinitionForm::Create;
 };
 
 struct ProcedureParameter {
@@ -233,7 +237,7 @@ struct CreateProcedureStatement : Statement {
   std::vector<ProcedureParameter> parameters;
   StatementList body;
   std::string text;
-  bool alter = false;
+  DefinitionForm form = DefinitionForm::Create;
 };
 
 struct VariableDeclaration {

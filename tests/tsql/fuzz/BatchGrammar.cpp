@@ -175,6 +175,7 @@ const std::vector<Rule>& Rules() {
         "DROP INDEX ux ON ICBOMChild",
         "TRUNCATE TABLE ICBOMChild",
         "TRUNCATE TABLE x",
+        "CREATE OR ALTER VIEW v AS <query>",
         "DROP VIEW v",
         "DROP PROCEDURE p",
         "DROP TRIGGER IF EXISTS made, second",

@@ -328,6 +328,23 @@ TEST_F(BatchTest, VariablesMustBeDeclaredOnce) {
   EXPECT_EQ(ErrorOf("DECLARE @x INT DECLARE @X INT"), 134);
 }
 
+TEST_F(BatchTest, CreateOrAlterMakesOrChanges) {
+  Must("CREATE TABLE t (a INT)");
+  for (const char* value : {"1", "2"}) {
+    const std::string number = value;
+    Must("CREATE OR ALTER PROCEDURE p AS SELECT " + number);
+    Must("CREATE OR ALTER VIEW v AS SELECT " + number + " AS a");
+    Must("CREATE OR ALTER FUNCTION f () RETURNS INT AS BEGIN RETURN " + number + " END");
+    Must("CREATE OR ALTER TRIGGER tr ON t FOR INSERT AS PRINT '" + number + "'");
+    EXPECT_EQ(Rows("EXEC p"), Lines({number}));
+    EXPECT_EQ(Rows("SELECT a, dbo.f() FROM v"), Lines({number + "|" + number}));
+    EXPECT_EQ(Run("INSERT INTO t VALUES (1)").messages, Lines({number}));
+  }
+  EXPECT_EQ(ErrorOf("CREATE OR ALTER VIEW p AS SELECT 1 AS a"), 2714);
+  EXPECT_EQ(ErrorOf("CREATE OR ALTER FUNCTION f () RETURNS TABLE AS RETURN (SELECT 1 AS a)"), 2010);
+  EXPECT_EQ(ErrorOf("CREATE OR ALTER TABLE x (a INT)"), 156);
+}
+
 TEST_F(BatchTest, RaiserrorAsItWasWrittenBefore) {
   EXPECT_EQ(ErrorText("PRINT 'a'\nRAISERROR 50001 'by number'"), "50001 2 by number");
   EXPECT_EQ(Rows("DECLARE @s VARCHAR(20) = 'text' BEGIN TRY RAISERROR 60000 @s END TRY BEGIN CATCH "
