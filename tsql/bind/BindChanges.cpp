@@ -390,10 +390,11 @@ void Binder::JoinAssignments(std::vector<BoundExprPtr> variables, BoundUpdate& b
     return left.first < right.first;
   };
   BoundExprPtr& first = std::ranges::min_element(bound.assignments, isBefore)->second;
-  for (auto variable = variables.rbegin(); variable != variables.rend(); ++variable) {
+  std::ranges::reverse(variables); // each is put in front
+  for (BoundExprPtr& variable : variables) {
     const Type type = first->type;
     std::vector<BoundExprPtr> args;
-    args.push_back(std::move(*variable));
+    args.push_back(std::move(variable));
     args.push_back(std::move(first));
     first = MakeFunction(FunctionId::Then, type, std::move(args));
   }

@@ -12,8 +12,19 @@
 namespace tsql::test {
 namespace {
 
+// The rows, or the first error.
+std::string OutcomeOf(const Output& output) {
+  if (!output.errors.empty())
+    return std::to_string(output.errors.front().number) + " " + output.errors.front().what();
+  return output.results.at(0).at(0);
+}
+
 class IntegerExpressionTest : public EngineTest {
  protected:
+  // Of a batch that the expression is in the middle of.
+  std::string Outcome(const std::string& before, const std::string& expression, const char* after) {
+    return OutcomeOf(Run(before + expression + after));
+  }
   bool IsOne(const std::string& expression) {
     return IsIntegerExpression(*Binder(catalog_, variables_, {}).BindScalar(*ParseDefault(expression)));
   }
@@ -129,23 +140,16 @@ class RandomExpressions {
   std::mt19937 random_;
 };
 
-// The rows, or the first error.
-std::string Outcome(const Output& output) {
-  if (!output.errors.empty())
-    return std::to_string(output.errors.front().number) + " " + output.errors.front().what();
-  return output.results.at(0).at(0);
-}
-
 TEST_F(IntegerExpressionTest, GivesWhatSqliteGives) {
   RandomExpressions expressions(20);
   constexpr int kTimes = 1500;
   int values = 0;
   for (int i = 0; i < kTimes; ++i) {
-    const std::string declarations = expressions.Declarations();
+    const std::string declare = expressions.Declarations();
     const std::string value = expressions.Value(1 + i % 3);
-    const std::string expected = Outcome(Run(declarations + "SELECT CAST(" + value + " AS bigint)"));
-    EXPECT_EQ(Outcome(Run(declarations + "DECLARE @r BIGINT SET @r = " + value + " SELECT @r")), expected)
-        << declarations << value;
+    const std::string expected = Outcome(declare + "SELECT CAST(", value, " AS bigint)");
+    EXPECT_EQ(Outcome(declare + "DECLARE @r BIGINT SET @r = ", value, " SELECT @r"), expected)
+        << declare << value;
     if (expected.find(' ') == std::string::npos) ++values;
   }
   EXPECT_GT(values, kTimes / 4) << "of the others each is an error";
@@ -156,12 +160,12 @@ TEST_F(IntegerExpressionTest, HoldsWhereSqliteFindsARow) {
   constexpr int kTimes = 1500;
   std::array<int, 2> times{};
   for (int i = 0; i < kTimes; ++i) {
-    const std::string declarations = expressions.Declarations();
+    const std::string declare = expressions.Declarations();
     const std::string condition = expressions.Condition(i % 3);
     const std::string expected =
-        Outcome(Run(declarations + "SELECT COUNT(*) FROM (SELECT 1 AS x) y WHERE " + condition));
-    EXPECT_EQ(Outcome(Run(declarations + "IF " + condition + " SELECT 1 ELSE SELECT 0")), expected)
-        << declarations << condition;
+        Outcome(declare + "SELECT COUNT(*) FROM (SELECT 1 AS x) y WHERE ", condition, "");
+    EXPECT_EQ(Outcome(declare + "IF ", condition, " SELECT 1 ELSE SELECT 0"), expected)
+        << declare << condition;
     if (expected == "0") ++times[0];
     if (expected == "1") ++times[1];
   }

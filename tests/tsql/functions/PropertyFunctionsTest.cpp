@@ -21,9 +21,14 @@ class PropertyFunctionsTest : public EngineTest {
   // What each of the objects answers.
   std::string Answers(const std::string& property, const Lines& objects) {
     std::string answers;
-    for (const std::string& object : objects)
-      answers += Scalar("OBJECTPROPERTY(OBJECT_ID('" + object + "'), '" + property + "')") + " ";
+    for (const std::string& object : objects) {
+      answers += Answer(property, object);
+      answers += ' ';
+    }
     return answers;
+  }
+  std::string Answer(const std::string& property, const std::string& object) {
+    return Scalar("OBJECTPROPERTY(OBJECT_ID('" + object + "'), '" + property + "')");
   }
 };
 
