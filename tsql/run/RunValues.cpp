@@ -36,15 +36,6 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
   }
 }
 
-int64_t Interpreter::OptionBits() const {
-  // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, QUOTED_IDENTIFIER, ANSI_NULL_DFLT_ON,
-  // CONCAT_NULL_YIELDS_NULL
-  constexpr int64_t kAlwaysOn = 8 + 16 + 32 + 64 + 256 + 1024 + 4096;
-  constexpr int64_t kNoCount = 512;
-  constexpr int64_t kXactAbort = 16384;
-  return kAlwaysOn + (noCount_ ? kNoCount : 0) + (xactAbort_ ? kXactAbort : 0);
-}
-
 void Interpreter::BindParameters(Plan& plan) {
   if (plan.callsFunctions) MakeFunctionsReady(plan);
   int number = 1;
