@@ -332,12 +332,15 @@ TEST_F(BatchTest, CreateOrAlterMakesOrChanges) {
   Must("CREATE TABLE t (a INT)");
   for (const char* value : {"1", "2"}) {
     const std::string number = value;
+    std::string row = number;
+    row += "|";
+    row += number;
     Must("CREATE OR ALTER PROCEDURE p AS SELECT " + number);
     Must("CREATE OR ALTER VIEW v AS SELECT " + number + " AS a");
     Must("CREATE OR ALTER FUNCTION f () RETURNS INT AS BEGIN RETURN " + number + " END");
     Must("CREATE OR ALTER TRIGGER tr ON t FOR INSERT AS PRINT '" + number + "'");
     EXPECT_EQ(Rows("EXEC p"), Lines({number}));
-    EXPECT_EQ(Rows("SELECT a, dbo.f() FROM v"), Lines({number + "|" + number}));
+    EXPECT_EQ(Rows("SELECT a, dbo.f() FROM v"), Lines({row}));
     EXPECT_EQ(Run("INSERT INTO t VALUES (1)").messages, Lines({number}));
   }
   EXPECT_EQ(ErrorOf("CREATE OR ALTER VIEW p AS SELECT 1 AS a"), 2714);
