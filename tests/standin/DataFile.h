@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "tests/support/DatabaseFolder.h"
 #include "tsql/tsql.h"
 
 namespace standin::test {
@@ -23,20 +24,15 @@ class DataFile {
  public:
   // The row has this number.
   explicit DataFile(int number);
-  ~DataFile();
-  DataFile(const DataFile&) = delete;
-  DataFile& operator=(const DataFile&) = delete;
 
-  const std::wstring& folder() const { return folder_; }
-  std::wstring path() const { return folder_ + L"\\data.db"; }
-  std::wstring Dsn() const { return L"Provider=Embedded;Data Source=" + path(); }
+  const std::wstring& folder() const { return folder_.path(); }
+  std::wstring path() const { return folder_.file(); }
+  std::wstring Dsn() const { return folder_.Dsn(); }
   // Whether somebody has the file open.
   bool IsOpen() const;
 
  private:
-  void Remove() const;
-
-  std::wstring folder_;
+  com::test::DatabaseFolder folder_;
 };
 
 } // namespace standin::test

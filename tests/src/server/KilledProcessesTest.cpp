@@ -14,9 +14,9 @@
 #include "com/Text.h"
 #include "tests/support/Client.h"
 #include "tests/support/Collections.h"
+#include "tests/support/DatabaseFolder.h"
 #include "tests/support/ImportedBom.h"
 #include "tests/support/StartedProcess.h"
-#include "tsql/tsql.h"
 
 namespace mbom::test {
 namespace {
@@ -103,29 +103,9 @@ class Worker {
 
 // ---- the test that kills
 
-// A folder with the database and the answers of the process, gone with this object.
-class Folder {
- public:
-  Folder() {
-    std::wstring temporary(MAX_PATH, L'\0');
-    temporary.resize(GetTempPathW(MAX_PATH, temporary.data()));
-    path_ = temporary + L"killed" + std::to_wstring(GetCurrentProcessId());
-    CreateDirectoryW(path_.c_str(), nullptr);
-    tsql::Database::Open(com::ToUtf8(file()), tsql::OpenMode::Create);
-  }
-  ~Folder() {
-    for (const wchar_t* suffix : {L"", L"-wal", L"-shm"}) DeleteFileW((file() + suffix).c_str());
-    DeleteFileW(answers().c_str());
-    RemoveDirectoryW(path_.c_str());
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::wstring file() const { return path_ + L"\\data.db"; }
-  std::wstring answers() const { return path_ + L"\\answers"; }
-
- private:
-  std::wstring path_;
+// A folder with the database and the answers of the process.
+struct Folder : com::test::DatabaseFolder {
+  std::wstring answers() const { return path() + L"\\answers"; }
 };
 
 std::vector<std::string> LinesOf(const std::wstring& path) {
@@ -213,14 +193,14 @@ TEST(KilledProcesses, LeaveWholeUnitsOfWork) {
   int numbers = 0;
   std::chrono::milliseconds longest{0};
   InApartment([&] {
-    const TestDatabase database(L"Provider=Embedded;Data Source=" + folder.file());
+    const TestDatabase database(folder.Dsn());
     for (const char* script : {"factory", "ecn"})
       database.RunScript("standin/database/" + std::string(script) + ".sql");
   });
   const auto inNewApartment = [&](const auto& look) {
     // Its sessions go with it, so that a killed process is alone with its file.
     InApartment([&] {
-      const TestDatabase database(L"Provider=Embedded;Data Source=" + folder.file());
+      const TestDatabase database(folder.Dsn());
       look(database);
     });
   };
