@@ -13,11 +13,38 @@ void RunOnce(PreparedStatement& statement) {
   statement.Step();
 }
 
+// While it lives, SQLite commits because that is asked for.
+class Commitment {
+ public:
+  explicit Commitment(bool& commits) : commits_(commits) { commits_ = true; }
+  Commitment(const Commitment&) = delete;
+  Commitment& operator=(const Commitment&) = delete;
+  ~Commitment() { commits_ = false; }
+
+ private:
+  bool& commits_;
+};
+
 } // namespace
 
 Transaction::Transaction(const Connection& connection, Catalog& catalog)
     : connection_(connection), catalog_(catalog), savepoint_(connection.Prepare("SAVEPOINT statement")),
-      release_(connection.Prepare("RELEASE statement")) {}
+      release_(connection.Prepare("RELEASE statement")) {
+  sqlite3_commit_hook(connection_.Handle(), &ForbidsCommit, this);
+}
+
+Transaction::~Transaction() {
+  sqlite3_commit_hook(connection_.Handle(), nullptr, nullptr);
+}
+
+// Before SQLite prepares a statement anew, because the schema has changed, it undoes what the statement has
+// begun. Without the memory for that it undoes the whole transaction and says nothing: it runs the statement
+// as one of its own, whose commit would leave a part of what belongs together behind.
+int Transaction::ForbidsCommit(void* transaction) {
+  const auto& self = *static_cast<const Transaction*>(transaction);
+  const bool isWithinScope = self.innermost_ != nullptr && !self.innermost_->done_;
+  return (self.open_ || isWithinScope) && !self.commits_ ? 1 : 0;
+}
 
 void Transaction::LockMain() const {
   // A write that changes no row takes the lock. It waits as long as the session waits for locks.
@@ -48,6 +75,7 @@ void Transaction::Commit() {
   if (count_ == 0) Fail(3902, {});
   if (isDoomed_) FailDoomed();
   if (count_ == 1 && open_) {
+    const Commitment commitment(commits_);
     connection_.Run("COMMIT");
     EndScopes(0);
     open_ = false;
@@ -170,7 +198,10 @@ StatementScope::StatementScope(Transaction& transaction)
 
 void StatementScope::Complete() {
   if (done_) return;
-  RunOnce(transaction_.release_);
+  {
+    const Commitment commitment(transaction_.commits_);
+    RunOnce(transaction_.release_);
+  }
   done_ = true;
   // SQLite has released with the statement what was saved within it.
   if (transaction_.savepoints_.size() > savepoints_) transaction_.savepoints_.resize(savepoints_);

@@ -23,6 +23,9 @@ class StatementScope;
 class Transaction {
  public:
   Transaction(const Connection& connection, Catalog& catalog);
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction();
 
   void SetSurvivors(RollbackSurvivors& survivors) { survivors_ = &survivors; }
   int Count() const { return count_; }
@@ -63,6 +66,8 @@ class Transaction {
   };
 
   [[noreturn]] static void FailDoomed();
+  // What SQLite asks before each commit; other than 0 undoes instead.
+  static int ForbidsCommit(void* transaction);
   void LockMain() const;
   void UndoAll();
   void Forget();
@@ -78,6 +83,7 @@ class Transaction {
   PreparedStatement release_;
   int count_ = 0;
   bool open_ = false;
+  bool commits_ = false; // what is open is being committed, as it was asked for
   bool schemaChanged_ = false;
   bool needsRecovery_ = false;
   bool isDoomed_ = false;
