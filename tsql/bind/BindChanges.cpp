@@ -88,6 +88,12 @@ TablePtr Binder::RequireTarget(const ObjectName& name, TriggerEvent event) {
 BoundExprPtr Binder::AssignColumn(BoundExprPtr expr, const TableInfo& table, int column) const {
   const ColumnInfo& info = table.columns[static_cast<size_t>(column)];
   BoundExprPtr value = Assign(std::move(expr), info.type);
+  if (info.identity && table.CountsIdentity()) {
+    const Type type = value->type;
+    std::vector<BoundExprPtr> args;
+    args.push_back(std::move(value));
+    return MakeFunction(FunctionId::GivenIdentity, type, std::move(args));
+  }
   // For a NULL in the rowid column SQLite would make up a number instead of refusing it.
   if (column != table.rowidColumn || info.identity || !value->nullable) return value;
   const Type type = value->type;

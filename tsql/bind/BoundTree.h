@@ -143,7 +143,8 @@ enum class FunctionId : uint8_t {
   // Gives a variable, whose index and type are the first arguments, the value of the last, whose type is the
   // third. The result is that value.
   AssignVariable,
-  Then, // the second of two values, after the first has been computed
+  GivenIdentity, // the number that an INSERT gives to a row whose identity column the engine counts
+  Then,          // the second of two values, after the first has been computed
 };
 constexpr size_t kFunctionCount = static_cast<size_t>(FunctionId::Then) + 1;
 

@@ -1,6 +1,7 @@
 #include "tsql/catalog/DefinitionStore.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace tsql {
@@ -73,10 +74,25 @@ bool HasThirdVersion(const TableInfo& table) {
          std::ranges::any_of(table.columns, &ColumnInfo::IsComputed);
 }
 
-storage::ColumnValue ValueOf(const ColumnInfo& column) {
+storage::ColumnValue ValueOf(const TableInfo& table, const ColumnInfo& column) {
   using storage::ColumnValue;
   if (column.IsComputed()) return column.isPersisted ? ColumnValue::Persisted : ColumnValue::Computed;
-  return column.identity ? ColumnValue::Identity : ColumnValue::Given;
+  if (!column.identity) return ColumnValue::Given;
+  return table.CountsIdentity() ? ColumnValue::CountedIdentity : ColumnValue::Identity;
+}
+
+// What is kept with the value of the column: the source of its default or of its expression, or the increment
+// of an identity column that SQLite does not count.
+std::string TextOf(const TableInfo& table, const ColumnInfo& column) {
+  if (column.IsComputed()) return column.computedText;
+  return column.identity && table.CountsIdentity() ? std::to_string(table.increment) : column.defaultText;
+}
+
+int64_t IncrementOf(std::string_view text) {
+  int64_t increment = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), increment);
+  RequireIntact(error == std::errc() && end == text.data() + text.size() && increment != 0);
+  return increment;
 }
 
 // What a foreign key refers to: the table and its columns, a line each.
@@ -165,13 +181,20 @@ void DefinitionStore::ReadColumns(Place place, TablesByName& tables) const {
     RequireIntact(IsIntact(column.type));
     column.nullable = rows.ColumnInteger(3) != 0;
     const auto value = static_cast<storage::ColumnValue>(rows.ColumnInteger(4));
-    RequireIntact(value >= storage::ColumnValue::Given && value <= storage::ColumnValue::Persisted);
-    column.identity = value == storage::ColumnValue::Identity;
+    RequireIntact(value >= storage::ColumnValue::Given && value <= storage::ColumnValue::CountedIdentity);
+    const bool isCounted = value == storage::ColumnValue::CountedIdentity;
+    column.identity = isCounted || value == storage::ColumnValue::Identity;
     column.isPersisted = value == storage::ColumnValue::Persisted;
-    const bool isComputed = value >= storage::ColumnValue::Computed;
-    (isComputed ? column.computedText : column.defaultText) = std::string(rows.ColumnText(5));
+    const bool isComputed = column.isPersisted || value == storage::ColumnValue::Computed;
+    const std::string_view text = rows.ColumnText(5);
+    if (isCounted) {
+      table.increment = IncrementOf(text);
+    } else {
+      (isComputed ? column.computedText : column.defaultText) = std::string(text);
+    }
     RequireIntact(isComputed == column.IsComputed());
     if (column.identity) table.identityColumn = static_cast<int>(table.columns.size());
+    RequireIntact(!isCounted || table.CountsIdentity());
     table.columns.push_back(std::move(column));
   }
 }
@@ -224,6 +247,8 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
     storage::RequireVersion(connection_, storage::kFineVersion);
   if (table.place == Place::Main && HasThirdVersion(table))
     storage::RequireVersion(connection_, storage::kConstraintVersion);
+  if (table.place == Place::Main && table.CountsIdentity())
+    storage::RequireVersion(connection_, storage::kIdentityVersion);
   const auto insert = [&](const char* into, const char* values) {
     return "INSERT INTO " + Qualified(table.place, into) + " VALUES " + values;
   };
@@ -234,8 +259,7 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
     RunWith(connection_, insert(storage::kColumns, "(?, ?, ?, ?, ?, ?, ?)"),
             {Text(table.storageName), Datum::OfInteger(ordinal++), Text(column.name),
              Datum::OfInteger(EncodeType(column.type)), Datum::OfInteger(column.nullable ? 1 : 0),
-             Datum::OfInteger(static_cast<int64_t>(ValueOf(column))),
-             Text(column.IsComputed() ? column.computedText : column.defaultText)});
+             Datum::OfInteger(static_cast<int64_t>(ValueOf(table, column))), Text(TextOf(table, column))});
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
             {Text(table.storageName), Text(key.name),

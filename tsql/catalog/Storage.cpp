@@ -41,7 +41,7 @@ bool IsOwnName(std::string_view name) {
   if (SplitKey(name)) return true;
   constexpr std::string_view kSqlite = "sqlite_";
   if (EqualNames(name.substr(0, kSqlite.size()), kSqlite) || EqualNames(name, kRebuilt)) return true;
-  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules, kSchemas};
+  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules, kSchemas, kIdentities};
   return std::any_of(std::begin(kOwn), std::end(kOwn), [name](std::string_view quoted) {
     return EqualNames(name, quoted.substr(1, quoted.size() - 2));
   });

@@ -42,7 +42,7 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 5;
+constexpr int64_t kVersion = 6;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
@@ -50,6 +50,8 @@ constexpr int64_t kFineVersion = 2;     // the types time and datetime2
 constexpr int64_t kConstraintVersion = 3;
 constexpr int64_t kTriggerVersion = 4; // triggers
 constexpr int64_t kSchemaVersion = 5;  // schemas other than dbo
+// Identity columns that are not SQLite's rowid.
+constexpr int64_t kIdentityVersion = 6;
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -57,6 +59,7 @@ enum class ColumnValue : int64_t {
   Identity = 1,
   Computed = 2, // since version 3
   Persisted = 3,
+  CountedIdentity = 4, // since version 6: it is not SQLite's rowid
 };
 
 // Added to the kind of what is switched off: of a constraint since version 3, of a trigger since version 4.
@@ -68,6 +71,8 @@ inline constexpr const char* kColumns = "\"~columns\"";
 inline constexpr const char* kKeys = "\"~keys\"";
 inline constexpr const char* kModules = "\"~modules\"";
 inline constexpr const char* kSchemas = "\"~schemas\""; // since version 5, where there is or was a schema
+inline constexpr const char* kIdentities =
+    "\"~identities\""; // since version 6, where there is or was such a column
 // What a table is called while it is rebuilt, unquoted. Outside a transaction there is none of the name.
 inline constexpr const char* kRebuilt = "~rebuilt";
 

@@ -4,6 +4,7 @@
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
+#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 
@@ -53,6 +54,19 @@ std::string TableInfo::FullName(std::string_view databaseName) const {
 std::string TableInfo::ConstraintKey(const KeyInfo& key) const {
   if (schema.empty()) return key.name;
   return storageName.substr(0, storageName.size() - name.size()) + key.name;
+}
+
+IdentityRange IdentityRangeOf(const Type& type) {
+  switch (type.id) {
+  case TypeId::TinyInt: return {0, UINT8_MAX};
+  case TypeId::SmallInt: return {INT16_MIN, INT16_MAX};
+  case TypeId::Int: return {INT32_MIN, INT32_MAX};
+  case TypeId::Decimal: {
+    const int64_t largest = PowerOfTen(type.precision) - 1;
+    return {-largest, largest};
+  }
+  default: return {INT64_MIN, INT64_MAX};
+  }
 }
 
 bool IsSameModule(const ModuleInfo& left, const ModuleInfo& right) {

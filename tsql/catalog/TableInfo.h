@@ -44,10 +44,11 @@ struct TableInfo {
   Place place = Place::Main;
   std::vector<ColumnInfo> columns;
   std::vector<KeyInfo> keys;
-  // The column that is SQLite's rowid, -1 for none: the identity column, or an integer primary key of one
-  // column.
+  // The column that is SQLite's rowid, -1 for none: an identity column with the increment 1, or an integer
+  // primary key of one column.
   int rowidColumn = -1;
   int64_t seed = 1;        // of the identity column
+  int64_t increment = 1;   // of the same
   int identityColumn = -1; // -1 for none
   // A view in the place of a table, for changes that its triggers stand for. SQLite has no such table.
   bool isView = false;
@@ -55,6 +56,10 @@ struct TableInfo {
   int FindColumn(std::string_view columnName) const; // -1 when absent
   // The name of the column's DEFAULT: the given one, or one that the server could have made.
   std::string DefaultName(size_t column) const;
+  // Who numbers the rows of a table with an identity column: SQLite, or the engine where SQLite cannot. That
+  // is where the increment is another one, and where numbers may be there twice.
+  bool IdentityIsRowid() const { return identityColumn >= 0 && rowidColumn == identityColumn; }
+  bool CountsIdentity() const { return identityColumn >= 0 && rowidColumn != identityColumn; }
   bool IsVariable() const { return place == Place::Temp && name.starts_with('@'); }
   std::string SqlName() const;       // quoted, with its schema
   std::string StoredColumns() const; // quoted: all but the computed ones, which nobody can write
@@ -87,6 +92,13 @@ struct TriggerInfo {
   bool insteadOf = false;
 };
 using TriggerPtr = std::shared_ptr<const TriggerInfo>;
+
+// The numbers that an identity column of the type can have.
+struct IdentityRange {
+  int64_t smallest = 0;
+  int64_t largest = 0;
+};
+IdentityRange IdentityRangeOf(const Type& type);
 
 // Compares names as the server does; for maps.
 struct NameLess {

@@ -54,6 +54,9 @@ class Planner {
     return present != nullptr ? *present : MakeAssignmentPlan(statement);
   }
 
+  // Whether SET IDENTITY_INSERT is on for it.
+  bool InsertsIdentity(const ObjectName& target) const;
+
  private:
   void CompileList(const StatementList& statements);
   void Compile(const Statement& statement);
@@ -63,8 +66,6 @@ class Planner {
   void CompileExecute(const ExecuteStatement& statement);
   int RequireVariable(const std::string& name) const;
   bool Fires(const Statement& statement) const;
-  // Whether SET IDENTITY_INSERT is on for it.
-  bool InsertsIdentity(const ObjectName& target) const;
   bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
   // The plan of the number if the catalog has not changed since it was last current; else null.

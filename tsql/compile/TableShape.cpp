@@ -11,7 +11,6 @@
 #include "tsql/values/Errors.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
-#include "tsql/values/PowersOfTen.h"
 
 namespace tsql {
 namespace {
@@ -38,16 +37,6 @@ std::string GeneratedName(const char* prefix, const TableInfo& table) {
 
 } // namespace
 
-int64_t LargestIdentity(const Type& type) {
-  switch (type.id) {
-  case TypeId::TinyInt: return UINT8_MAX;
-  case TypeId::SmallInt: return INT16_MAX;
-  case TypeId::Int: return INT32_MAX;
-  case TypeId::Decimal: return PowerOfTen(type.precision) - 1;
-  default: return INT64_MAX;
-  }
-}
-
 void TableShape::AddColumn(TableInfo& table, const ColumnDefinition& definition) const {
   if (table.FindColumn(definition.name) >= 0) Fail(2705, {definition.name, table.name});
   ColumnInfo column;
@@ -64,8 +53,15 @@ void TableShape::AddColumn(TableInfo& table, const ColumnDefinition& definition)
     CheckIdentity(column);
     table.identityColumn = static_cast<int>(table.columns.size());
     table.seed = definition.seed;
-    if (table.seed > LargestIdentity(column.type) || (column.type.id == TypeId::TinyInt && table.seed < 0))
-      Fail(2752, {column.name});
+    table.increment = definition.increment;
+    const IdentityRange range = IdentityRangeOf(column.type);
+    const auto isWithin = [&range](int64_t number) {
+      return number >= range.smallest && number <= range.largest;
+    };
+    if (!isWithin(table.seed)) Fail(2752, {column.name});
+    // A tinyint column may count down.
+    if (table.increment == 0 || (table.increment > 0 && !isWithin(table.increment)))
+      Fail(2753, {column.name});
   }
   table.columns.push_back(std::move(column));
   if (definition.defaultName.empty()) return;
@@ -236,12 +232,12 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
 }
 
 void TableShape::ChooseRowid(TableInfo& table) const {
-  table.rowidColumn = table.identityColumn;
+  table.rowidColumn = table.increment == 1 ? table.identityColumn : -1;
   if (table.rowidColumn >= 0) return;
   for (const KeyInfo& key : table.keys) {
     if (key.kind != KeyKind::PrimaryKey || key.columns.size() != 1) continue;
     const ColumnInfo& column = table.columns[static_cast<size_t>(key.columns[0])];
-    if (FamilyOf(column.type.id) == Family::Integer && !column.IsComputed())
+    if (FamilyOf(column.type.id) == Family::Integer && !column.IsComputed() && !column.identity)
       table.rowidColumn = key.columns[0];
   }
 }

@@ -7,9 +7,6 @@
 
 namespace tsql {
 
-// The largest number that an identity column of the type can have.
-int64_t LargestIdentity(const Type& type);
-
 class TableShape {
  public:
   explicit TableShape(const Catalog& catalog) : catalog_(catalog) {}

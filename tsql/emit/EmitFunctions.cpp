@@ -109,6 +109,7 @@ constexpr std::array<Form, kFunctionCount> kForms = {{
     {FunctionId::RowLimit, names::kRowLimit},
     {FunctionId::AtLeast, names::kAtLeast},
     {FunctionId::AssignVariable, names::kAssignVariable},
+    {FunctionId::GivenIdentity, names::kGivenIdentity},
     {FunctionId::Then, names::kThen},
 }};
 

@@ -68,7 +68,8 @@ std::string SystemViewSql(const SystemView& view) {
            Objects();
   case Id::SysColumns:
     return "SELECT name, " + tableId + " AS id, ordinal + 1 AS colid, " + length +
-           " AS length, nullable AS isnullable, identity > 1 AS iscomputed FROM " + Main(storage::kColumns);
+           " AS length, nullable AS isnullable, identity IN (2, 3) AS iscomputed FROM " +
+           Main(storage::kColumns);
   case Id::Objects:
     return "SELECT " + name + ", " + id + " AS object_id, " + schema + " AS schema_id, iif(xtype = 'TR', " +
            parent + ", 0) AS parent_object_id, xtype AS type, description AS type_desc FROM " + Objects();
@@ -77,7 +78,7 @@ std::string SystemViewSql(const SystemView& view) {
            Main(storage::kTables);
   case Id::Columns:
     return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " + length +
-           " AS max_length, nullable AS is_nullable, identity = 1 AS is_identity, identity > 1 AS is_computed "
+           " AS max_length, nullable AS is_nullable, identity IN (1, 4) AS is_identity, identity IN (2, 3) AS is_computed "
            "FROM " +
            Main(storage::kColumns);
   case Id::Triggers:

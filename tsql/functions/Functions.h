@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tsql/catalog/Catalog.h"
+#include "tsql/functions/IdentityCounter.h"
 #include "tsql/functions/RandomNumbers.h"
 #include "tsql/values/DateTime.h"
 
@@ -50,6 +51,7 @@ struct FunctionContext {
   UserFunctions* userFunctions = nullptr;
   const StagedRows* staged = nullptr; // of the change that runs
   const FiredRows* fired = nullptr;   // of the trigger that runs
+  IdentityCounter* counter = nullptr; // of the insert that runs
   std::vector<std::string> suspects;  // names of foreign keys that the statement may have broken
 };
 
@@ -80,6 +82,20 @@ class FiredUse {
  private:
   FunctionContext& context_;
   const FiredRows* outer_;
+};
+
+// The same for the counter of an insert.
+class CounterUse {
+ public:
+  CounterUse(FunctionContext& context, IdentityCounter& counter)
+      : context_(context), outer_(std::exchange(context.counter, &counter)) {}
+  CounterUse(const CounterUse&) = delete;
+  CounterUse& operator=(const CounterUse&) = delete;
+  ~CounterUse() { context_.counter = outer_; }
+
+ private:
+  FunctionContext& context_;
+  IdentityCounter* outer_;
 };
 
 // Registers the functions and the collation "tsql"; the context outlives the connection.

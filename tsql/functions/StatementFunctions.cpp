@@ -93,6 +93,20 @@ void AssignVariable(const FunctionCall& call) {
   call.ReturnValue(3);
 }
 
+void NextIdentity(const FunctionCall& call) {
+  // Nobody but the engine can insert here.
+  IdentityCounter* const counter = call.Context().counter;
+  if (counter == nullptr) return call.ReturnNull();
+  call.ReturnInteger(counter->Next());
+}
+
+// The number that a statement gives to a row itself. The rows of an INSTEAD OF trigger have no counter.
+void GivenIdentity(const FunctionCall& call) {
+  IdentityCounter* const counter = call.Context().counter;
+  if (counter != nullptr && !call.IsNull(0)) counter->TakeGiven(call.Integer(0));
+  call.ReturnValue(0);
+}
+
 // t_then(first, second): SQLite computes arguments from left to right.
 void Then(const FunctionCall& call) {
   call.ReturnValue(1);
@@ -129,6 +143,8 @@ void RegisterStatementFunctions(sqlite3* connection, FunctionContext& context) {
   Register<RowLimit>(connection, context, names::kRowLimit, 1);
   Register<Variable>(connection, context, names::kVariable, 1, Purity::Volatile);
   Register<AssignVariable>(connection, context, names::kAssignVariable, 4, Purity::Volatile);
+  Register<NextIdentity>(connection, context, names::kNextIdentity, 0, Purity::Volatile);
+  Register<GivenIdentity>(connection, context, names::kGivenIdentity, 1, Purity::Volatile);
   Register<Then>(connection, context, names::kThen, 2, Purity::Volatile);
   Register<Suspect>(connection, context, names::kSuspect, 1, Purity::Volatile);
   Register<Recursion>(connection, context, names::kRecursion, 2);

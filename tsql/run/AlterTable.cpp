@@ -60,6 +60,12 @@ void TableAlteration::Run(const AlterTableStatement& statement) {
   Carry(statement.checksRows);
 }
 
+void TableAlteration::CountIdentity() {
+  after_.rowidColumn = -1;
+  rebuilds_ = true;
+  Carry(false);
+}
+
 // ---- ADD
 
 void TableAlteration::Add(const AlterTableStatement& statement) {
@@ -80,11 +86,18 @@ void TableAlteration::AddColumns(const AlterTableStatement& statement) {
     if (needsValue && column.defaultText.empty() && hasRows) Fail(4901, {column.name, after_.name});
     const bool fills = (needsValue || definition.withValues) && hasRows;
     fills_.push_back(fills);
-    values_.push_back(fills ? compiler_.CompileDefault(column) : "NULL");
-    if (column.identity) after_.rowidColumn = after_.identityColumn;
+    values_.push_back(fills ? compiler_.CompileDefault(column) : column.identity ? NumbersOfRows() : "NULL");
+    if (column.identity && after_.increment == 1) after_.rowidColumn = after_.identityColumn;
     if (column.identity || column.IsComputed()) rebuilds_ = true;
   }
   shape_.BindComputed(after_, before_->columns.size());
+}
+
+// What numbers the rows that are there in their order; SQLite does it for its rowid itself.
+std::string TableAlteration::NumbersOfRows() const {
+  if (after_.increment == 1) return "NULL";
+  return std::to_string(after_.seed) + " + (row_number() OVER (ORDER BY _rowid_) - 1) * " +
+         std::to_string(after_.increment);
 }
 
 void TableAlteration::AddConstraint(const ConstraintDefinition& constraint) {
@@ -188,7 +201,7 @@ void TableAlteration::DropColumn(const DroppedElement& element) {
     for (int& column : key.columns) move(column);
   if (after_.identityColumn == index) {
     after_.identityColumn = -1;
-    after_.seed = 1;
+    after_.seed = after_.increment = 1;
   }
   if (after_.rowidColumn == index) after_.rowidColumn = -1;
   move(after_.identityColumn);

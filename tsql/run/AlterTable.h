@@ -14,6 +14,8 @@ class TableAlteration {
                   const TableBuilder& builder, const TableShape& shape, const TablePtr& table);
 
   void Run(const AlterTableStatement& statement);
+  // No statement of the dialect: the identity column is SQLite's rowid no more.
+  void CountIdentity();
 
  private:
   // An object that a change of a column would break.
@@ -24,6 +26,7 @@ class TableAlteration {
 
   void Add(const AlterTableStatement& statement);
   void AddColumns(const AlterTableStatement& statement);
+  std::string NumbersOfRows() const;
   void AddConstraint(const ConstraintDefinition& constraint);
   void AlterColumn(const ColumnDefinition& definition);
   void Drop(const AlterTableStatement& statement);

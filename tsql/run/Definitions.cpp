@@ -72,6 +72,7 @@ void Definitions::DropTable(const TableInfo& table) {
   }
   if (table.place == Place::Temp) return DropTempTable(table);
   if (table.place == Place::Main) DropTriggers(table.storageName);
+  if (table.CountsIdentity()) IdentityStore(connection_).SetLast(table, std::nullopt);
   catalog_.RemoveTable(table);
   connection_.Run("DROP TABLE " + table.SqlName());
 }
@@ -95,7 +96,7 @@ void Definitions::DropTempTable(const TableInfo& table) {
 std::vector<std::string> Definitions::TruncatingSql(const TableInfo& table) {
   std::vector<std::string> statements = {"DELETE FROM " + table.SqlName()};
   if (table.identityColumn < 0) return statements;
-  std::ranges::move(TableBuilder::LastIdentitySql(table, table.seed - 1), std::back_inserter(statements));
+  std::ranges::move(IdentityStore::SetLastSql(table, std::nullopt), std::back_inserter(statements));
   return statements;
 }
 
@@ -103,6 +104,10 @@ void Definitions::TruncateTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))
     if (EqualNames(foreignKey.parent->storageName, table.storageName)) Fail(4712, {table.name});
   for (const std::string& statement : TruncatingSql(table)) connection_.Run(statement);
+}
+
+void Definitions::CountIdentity(const TablePtr& table) {
+  TableAlteration(connection_, catalog_, compiler_, builder_, shape_, table).CountIdentity();
 }
 
 void Definitions::AlterTable(const AlterTableStatement& statement) {

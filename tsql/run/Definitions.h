@@ -26,6 +26,8 @@ class Definitions {
   void TruncateTable(const TableInfo& table);
   // The statements that empty a table.
   static std::vector<std::string> TruncatingSql(const TableInfo& table);
+  // Makes the identity column of a table one that the engine counts, so that numbers may be there twice.
+  void CountIdentity(const TablePtr& table);
   void AlterTable(const AlterTableStatement& statement);
   void CreateIndex(const CreateIndexStatement& statement);
   void DropIndex(const ObjectName& tableName, const std::string& name, bool ifExists);

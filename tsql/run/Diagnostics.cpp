@@ -39,14 +39,10 @@ const KeyInfo* FindKeyByColumns(const TableInfo& table, std::string_view message
   return nullptr;
 }
 
-Error UniqueError(std::string_view message, const TableInfo& table) {
+std::optional<Error> UniqueError(std::string_view message, const TableInfo& table) {
   const KeyInfo* key = FindKeyByIndex(table, FailedPart(message));
   if (key == nullptr) key = FindKeyByColumns(table, FailedPart(message));
-  // Only the identity column is unique without a key: it is the number of the row in SQLite.
-  if (key == nullptr)
-    return MakeError(
-        kUnsupportedError, 0,
-        {RefusedConstruct("A value that is there twice in an identity column without a key").Name()});
+  if (key == nullptr) return std::nullopt;
   if (key->kind == KeyKind::UniqueIndex) return MakeError(2601, 0, {table.QualifiedName(), key->name});
   const char* kind = key->kind == KeyKind::PrimaryKey ? "PRIMARY KEY" : "UNIQUE KEY";
   return MakeError(2627, 0, {kind, key->name, table.QualifiedName()});
@@ -84,7 +80,8 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
   case SQLITE_CONSTRAINT_UNIQUE:
   case SQLITE_CONSTRAINT_PRIMARYKEY:
   case SQLITE_CONSTRAINT_ROWID:
-    if (target != nullptr) return UniqueError(message, *target);
+    if (target != nullptr)
+      if (const std::optional<Error> error = UniqueError(message, *target)) return *error;
     break;
   case SQLITE_CONSTRAINT_CHECK:
     if (const KeyInfo* check = target != nullptr ? FindCheck(*target, FailedPart(message)) : nullptr)
@@ -92,6 +89,7 @@ Error TranslateFailure(const SqliteFailure& failure, FunctionContext& context, c
     return MakeError(547, 0,
                      {verb, "CHECK", FailedPart(message), catalog.DatabaseName(),
                       target != nullptr ? target->QualifiedName() : std::string()});
+  case SQLITE_CONSTRAINT_COMMITHOOK: return StorageError("out of memory"); // a transaction was lost for it
   default: break;
   }
   const int kind = failure.code & 0xFF;

@@ -84,8 +84,10 @@ class Interpreter : public UserFunctions {
   // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change) {
-    return MakeCheckedChange(target, std::ref(change));
+    return target.CountsIdentity() ? MakeCountedChange(target, std::ref(change))
+                                   : MakeCheckedChange(target, std::ref(change));
   }
+  int64_t MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t StepChange(Plan& plan);
   int64_t RunStaged(const Statement& statement, Plan& plan, bool isOfCursor);
@@ -94,6 +96,8 @@ class Interpreter : public UserFunctions {
   // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
   void CheckIdentity(const TableInfo& table, int64_t count) const;
   bool IsOutOfNumbers(const TableInfo& table) const;
+  // Before numbers are given to an identity column; true when its table was made anew for that.
+  bool LetsNumbersRepeat(const TablePtr& table);
   void TakeIdentity(const TableInfo& table);
   Flow RunInsertExecute(const InsertExecuteStatement& statement);
   // Inserts what a procedure has given; stages the rows where something is to see them.
@@ -221,6 +225,7 @@ class Interpreter : public UserFunctions {
   const TableInfo* target_ = nullptr; // of the change that runs
   std::string_view verb_;             // and its word, as messages have it
   Datum identity_;
+  std::optional<int64_t> counted_; // the identity of the last row of the last change that was counted
   std::vector<Value> row_;         // that a result set is sent by; it keeps its memory
   std::vector<std::string> texts_; // of its values, where they are made for it
   int64_t rowCount_ = 0;

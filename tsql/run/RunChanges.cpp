@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <optional>
 
+#include "tsql/catalog/IdentityStore.h"
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/run/Interpreter.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/sqlite/Values.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
@@ -53,9 +53,10 @@ const char* VerbOf(StatementKind kind) {
 } // namespace
 
 void Interpreter::CheckIdentity(const TableInfo& table, int64_t count) const {
+  if (!table.IdentityIsRowid() || count == 0) return;
   const Type& type = table.columns[static_cast<size_t>(table.identityColumn)].type;
   const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
-  if (count == 0 || last <= LargestIdentity(type)) return;
+  if (last <= IdentityRangeOf(type).largest) return;
   // The rows of one statement have consecutive numbers, and no others are as great.
   connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ > " + std::to_string(last - count));
   Fail(8115, {"IDENTITY", TypeName(type.id)});
@@ -63,11 +64,21 @@ void Interpreter::CheckIdentity(const TableInfo& table, int64_t count) const {
 
 // Behind the largest number that SQLite has, it takes the file for full.
 bool Interpreter::IsOutOfNumbers(const TableInfo& table) const {
-  if (table.identityColumn < 0) return false;
-  PreparedStatement last =
-      connection_.Prepare(std::string("SELECT seq FROM ") + PlaceName(table.place) +
-                          ".sqlite_sequence WHERE name = " + QuoteText(table.storageName));
-  return last.Step() && last.ColumnInteger(0) == INT64_MAX;
+  return table.IdentityIsRowid() && IdentityStore(connection_).Last(table) == INT64_MAX;
+}
+
+// The numbers that the statement gives to its rows are kept with them.
+int64_t Interpreter::MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change) {
+  std::optional<StatementScope> scope;
+  BeginScope(scope, target, nullptr);
+  const IdentityStore identities(connection_);
+  IdentityCounter counter(target, identities.Last(target));
+  const CounterUse use(context_, counter);
+  const int64_t count = MakeCheckedChange(target, change);
+  if (counter.HasChanged()) identities.SetLast(target, counter.Last());
+  counted_ = counter.OfLastRow();
+  if (scope) scope->Complete();
+  return count;
 }
 
 int64_t Interpreter::MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change) {
@@ -120,9 +131,25 @@ void Interpreter::FailChange(const SqliteFailure& failure, const TableInfo& targ
   throw Error(Translate(failure)); // here, because the message needs the target
 }
 
+// Whoever gives the numbers of an identity column without a key may give one twice.
+bool Interpreter::LetsNumbersRepeat(const TablePtr& table) {
+  const auto isOverIdentity = [&table](const KeyInfo& key) {
+    const bool isUnique =
+        key.kind == KeyKind::PrimaryKey || key.kind == KeyKind::Unique || key.kind == KeyKind::UniqueIndex;
+    return isUnique && key.columns == std::vector<int>{table->identityColumn};
+  };
+  if (!table->IdentityIsRowid() || std::ranges::any_of(table->keys, isOverIdentity)) return false;
+  StatementScope scope(transaction_, table->place);
+  definitions_.CountIdentity(table);
+  scope.Complete();
+  MarkSchemaChange(table->place);
+  return true;
+}
+
 Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
+  if (plan.identityInsert && LetsNumbersRepeat(target)) return RunChange(statement);
   const TargetUse use(target_, target.get());
   verb_ = VerbOf(statement.kind);
   const CursorName* const cursor = CursorOf(statement);
@@ -138,8 +165,7 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
       if (!plan.assigned.empty()) before = running_->variables;
       try {
         const int64_t changed = StepChange(plan);
-        if (statement.kind == StatementKind::Insert && target->identityColumn >= 0)
-          CheckIdentity(*target, changed);
+        if (statement.kind == StatementKind::Insert) CheckIdentity(*target, changed);
         return changed;
       } catch (const SqliteFailure& failure) {
         if (statement.kind != StatementKind::Update || !IsDuplicate(failure)) throw;
@@ -165,7 +191,8 @@ bool Interpreter::IsDuplicate(const SqliteFailure& failure) {
 // The identity value of the row that was inserted last.
 void Interpreter::TakeIdentity(const TableInfo& table) {
   if (table.identityColumn < 0) return;
-  const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
+  const int64_t last =
+      table.CountsIdentity() ? counted_.value_or(0) : sqlite3_last_insert_rowid(connection_.Handle());
   identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
                       ConvertMode::Cast);
   running_->scopeIdentity = identity_;
@@ -224,6 +251,8 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
   if (flow != Flow::Next) return flow;
   BeginStatement();
   verb_ = "INSERT";
+  const TablePtr written = catalog_.FindTable(statement.table);
+  if (written && MakePlanner().InsertsIdentity(statement.table)) LetsNumbersRepeat(written);
   const TablePtr table = catalog_.FindTable(statement.table);
   if (table && Fires(*table, StatementKind::Insert)) {
     FiredRows fired;
@@ -263,12 +292,12 @@ int64_t Interpreter::InsertKept(const InsertExecuteStatement& statement, const K
         } else {
           StepChange(plan);
         }
-        if (form != InsertForm::RowsOnly) TakeIdentity(*target);
       }
       return static_cast<int64_t>(result.rows.size());
     };
     try {
       count += MakeChange(*target, insertRows);
+      if (form != InsertForm::RowsOnly && !result.rows.empty()) TakeIdentity(*target);
     } catch (const SqliteFailure& failure) {
       if (limits_.Ended(failure)) throw;
       throw Error(Translate(failure)); // here, because the message needs the target

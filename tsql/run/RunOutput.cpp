@@ -50,7 +50,7 @@ void Interpreter::StageChange(const Statement& statement, Plan& plan, const Stag
                               StagedRows& rows) {
   if (statement.kind == StatementKind::Insert) {
     ReadRows(plan, rows);
-    if (plan.target->identityColumn >= 0) CheckIdentity(*plan.target, static_cast<int64_t>(rows.size()));
+    CheckIdentity(*plan.target, static_cast<int64_t>(rows.size()));
     return;
   }
   Plan query = MakePlanner().PlanOnce(staged.sql.rows);
@@ -79,7 +79,7 @@ void Interpreter::PutOutput(StagedPlan& staged) {
   Plan rows = MakePlanner().PlanOnce(staged.outputSql);
   BindParameters(rows);
   target_ = staged.into.get();
-  StepChange(rows);
+  MakeChange(*target_, [&] { return StepChange(rows); });
 }
 
 } // namespace tsql

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tsql/functions/FunctionNames.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Errors.h"
 
@@ -47,10 +48,6 @@ class UncheckedRows {
   const Connection& connection_;
 };
 
-std::string Sequence(const TableInfo& table) {
-  return std::string(PlaceName(table.place)) + ".sqlite_sequence";
-}
-
 } // namespace
 
 std::string TableBuilder::ColumnSql(const TableInfo& table, size_t column) const {
@@ -61,6 +58,8 @@ std::string TableBuilder::ColumnSql(const TableInfo& table, size_t column) const
     if (info.identity) sql += " AUTOINCREMENT"; // the number of a deleted row is not used again
   }
   if (!info.nullable) sql += " NOT NULL";
+  if (info.identity && table.CountsIdentity())
+    sql.append(" DEFAULT (").append(names::kNextIdentity).append("())");
   if (info.IsComputed())
     sql += " AS (" + compiler_.CompileComputed(table, info) + (info.isPersisted ? ") STORED" : ") VIRTUAL");
   return sql;
@@ -72,6 +71,7 @@ std::string TableBuilder::CheckSql(const TableInfo& table, const KeyInfo& key) c
 }
 
 void TableBuilder::CreateBare(const TableInfo& table) const {
+  identities_.Prepare(table);
   std::string sql = "CREATE TABLE " + table.SqlName() + "(";
   for (size_t i = 0; i < table.columns.size(); ++i) sql += (i > 0 ? ", " : "") + ColumnSql(table, i);
   for (const KeyInfo& key : table.keys)
@@ -82,7 +82,7 @@ void TableBuilder::CreateBare(const TableInfo& table) const {
 void TableBuilder::Build(const TableInfo& table) const {
   CreateBare(table);
   for (const KeyInfo& key : table.keys) BuildIndex(table, key);
-  if (table.identityColumn >= 0 && table.seed != 1) SetLastIdentity(table, table.seed - 1);
+  if (table.IdentityIsRowid() && table.seed != 1) identities_.SetLast(table, std::nullopt);
 }
 
 void TableBuilder::BuildIndex(const TableInfo& table, const KeyInfo& key) const {
@@ -132,26 +132,11 @@ void TableBuilder::DropIndex(const TableInfo& table, const KeyInfo& key) const {
 
 void TableBuilder::Rename(const TableInfo& before, const TableInfo& after) const {
   connection_.Run("ALTER TABLE " + before.SqlName() + " RENAME TO " + QuoteName(after.storageName));
+  identities_.Rename(before, after);
 }
 
 bool TableBuilder::HasRows(const TableInfo& table) const {
   return connection_.Prepare("SELECT 1 FROM " + table.SqlName() + " LIMIT 1").Step();
-}
-
-std::vector<std::string> TableBuilder::LastIdentitySql(const TableInfo& table, int64_t last) {
-  const std::string name = QuoteText(table.storageName);
-  return {"DELETE FROM " + Sequence(table) + " WHERE name = " + name,
-          "INSERT INTO " + Sequence(table) + " VALUES (" + name + ", " + std::to_string(last) + ")"};
-}
-
-void TableBuilder::SetLastIdentity(const TableInfo& table, int64_t last) const {
-  for (const std::string& statement : LastIdentitySql(table, last)) connection_.Run(statement);
-}
-
-std::optional<int64_t> TableBuilder::LastIdentity(const TableInfo& table) const {
-  PreparedStatement last = connection_.Prepare("SELECT seq FROM " + Sequence(table) +
-                                               " WHERE name = " + QuoteText(table.storageName));
-  return last.Step() ? std::optional<int64_t>(last.ColumnInteger(0)) : std::nullopt;
 }
 
 void TableBuilder::AddColumn(const TableInfo& table, bool fillsRows, std::string_view databaseName) const {
@@ -199,10 +184,9 @@ void TableBuilder::Rebuild(const TableInfo& before, const TableInfo& after,
   TableInfo made = after;
   made.storageName = storage::kRebuilt;
   CreateBare(made);
-  if (made.identityColumn >= 0) {
-    const std::optional<int64_t> last = before.identityColumn >= 0 ? LastIdentity(before) : made.seed - 1;
-    if (last) SetLastIdentity(made, *last);
-  }
+  std::optional<int64_t> last; // what the rows that are copied continue
+  if (before.identityColumn >= 0) last = identities_.Last(before);
+  if (made.identityColumn >= 0) identities_.SetLast(made, last);
   try {
     CopyRows(before, made, values);
   } catch (const SqliteFailure& failure) {
@@ -210,8 +194,18 @@ void TableBuilder::Rebuild(const TableInfo& before, const TableInfo& after,
     const std::string_view message = failure.what();
     Fail(515, {message.substr(message.rfind('.') + 1), after.FullName(databaseName), "UPDATE"});
   }
+  if (made.CountsIdentity() && before.identityColumn < 0) identities_.SetLast(made, LastNumber(made));
+  if (before.CountsIdentity()) identities_.SetLast(before, std::nullopt);
   connection_.Run("DROP TABLE " + before.SqlName());
   Rename(made, after);
+}
+
+// The number of the row that was inserted last.
+std::optional<int64_t> TableBuilder::LastNumber(const TableInfo& table) const {
+  const std::string& column = table.columns[static_cast<size_t>(table.identityColumn)].name;
+  PreparedStatement last = connection_.Prepare("SELECT " + QuoteName(column) + " FROM " + table.SqlName() +
+                                               " ORDER BY _rowid_ DESC LIMIT 1");
+  return last.Step() ? std::optional(last.ColumnInteger(0)) : std::nullopt;
 }
 
 } // namespace tsql

@@ -5,6 +5,7 @@
 // another name, its rows are copied, and it takes the place of the old one.
 #pragma once
 
+#include "tsql/catalog/IdentityStore.h"
 #include "tsql/compile/Compiler.h"
 
 namespace tsql {
@@ -12,7 +13,7 @@ namespace tsql {
 class TableBuilder {
  public:
   TableBuilder(const Connection& connection, const Compiler& compiler)
-      : connection_(connection), compiler_(compiler) {}
+      : connection_(connection), compiler_(compiler), identities_(connection) {}
 
   // The table with its indexes.
   void Build(const TableInfo& table) const;
@@ -29,9 +30,6 @@ class TableBuilder {
   // Gives the table another name in SQLite. Its indexes and foreign keys are gone before.
   void Rename(const TableInfo& before, const TableInfo& after) const;
   bool HasRows(const TableInfo& table) const;
-  void SetLastIdentity(const TableInfo& table, int64_t last) const;
-  // The statements that do that.
-  static std::vector<std::string> LastIdentitySql(const TableInfo& table, int64_t last);
 
  private:
   void CreateBare(const TableInfo& table) const;
@@ -39,10 +37,11 @@ class TableBuilder {
   std::string CheckSql(const TableInfo& table, const KeyInfo& key) const;
   void CopyRows(const TableInfo& before, const TableInfo& after,
                 const std::vector<std::string>& values) const;
-  std::optional<int64_t> LastIdentity(const TableInfo& table) const;
+  std::optional<int64_t> LastNumber(const TableInfo& table) const;
 
   const Connection& connection_;
   const Compiler& compiler_;
+  const IdentityStore identities_;
 };
 
 } // namespace tsql

@@ -4,12 +4,10 @@
 #include <iterator>
 #include <utility>
 
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/catalog/IdentityStore.h"
 
 namespace tsql {
 namespace {
-
-constexpr const char* kSequence = "temp.sqlite_sequence";
 
 // What is written of all rows: their columns, with the row's number in front unless a column is that number.
 std::string AllColumns(const TableInfo& table) {
@@ -57,17 +55,14 @@ void TableVariables::ReadRows(Kept& kept) const {
     std::vector<Datum>& row = kept.rows.emplace_back();
     for (int i = 0; i < count; ++i) row.push_back(rows.ColumnDatum(i));
   }
-  if (table.identityColumn < 0) return;
-  PreparedStatement last = connection_.Prepare(std::string("SELECT seq FROM ") + kSequence +
-                                               " WHERE name = " + QuoteText(table.storageName));
-  if (last.Step()) kept.lastIdentity = last.ColumnInteger(0);
+  if (table.identityColumn >= 0) kept.lastIdentity = IdentityStore(connection_).Last(table);
 }
 
 void TableVariables::Keep() {
   kept_.clear();
   const bool isThere = sqlite3_get_autocommit(connection_.Handle()) == 0;
   for (const Catalog::TempTable& variable : catalog_.TableVariables()) {
-    Kept kept{variable, {}, 0};
+    Kept kept{variable, {}, std::nullopt};
     // After a failure SQLite may have rolled back by itself. Then the rows are lost.
     if (isThere) ReadRows(kept);
     kept_.push_back(std::move(kept));
@@ -89,10 +84,7 @@ void TableVariables::WriteRows(const Kept& kept) const {
       insert.Reset();
     }
   }
-  if (table.identityColumn < 0) return;
-  connection_.Run(std::string("DELETE FROM ") + kSequence + " WHERE name = " + QuoteText(table.storageName) +
-                  "; INSERT INTO " + kSequence + " VALUES (" + QuoteText(table.storageName) + ", " +
-                  std::to_string(kept.lastIdentity) + ")");
+  if (table.identityColumn >= 0) IdentityStore(connection_).SetLast(table, kept.lastIdentity);
 }
 
 void TableVariables::Restore() {

@@ -32,7 +32,7 @@ class TableVariables : public RollbackSurvivors {
   struct Kept {
     Catalog::TempTable variable;
     std::vector<std::vector<Datum>> rows; // with the row's number in SQLite in front
-    int64_t lastIdentity = 0;
+    std::optional<int64_t> lastIdentity;
   };
 
   void ReadRows(Kept& kept) const;

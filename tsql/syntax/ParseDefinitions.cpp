@@ -255,21 +255,22 @@ bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<Constrain
 }
 
 void Parser::ParseIdentity(ColumnDefinition& column) {
-  const int line = Current().line;
   ExpectWord("identity");
   column.identity = true;
   if (!TakeSymbol("(")) return;
-  const auto takeInteger = [this] {
+  const auto takeInteger = [&](int errorOfRange) {
     const bool negative = TakeSymbol("-");
     if (Current().kind != TokenKind::Integer) SyntaxError();
     int64_t value = 0;
-    const std::string& text = tokens_[at_++].text;
-    std::from_chars(text.data(), text.data() + text.size(), value);
+    const Token& number = tokens_[at_++];
+    const char* const end = number.text.data() + number.text.size();
+    if (std::from_chars(number.text.data(), end, value).ec != std::errc())
+      Fail(errorOfRange, {column.name}, number.line);
     return negative ? -value : value;
   };
-  column.seed = takeInteger();
+  column.seed = takeInteger(2752);
   ExpectSymbol(",");
-  if (takeInteger() != 1) Refuse("An IDENTITY increment other than 1", line);
+  column.increment = takeInteger(2753);
   ExpectSymbol(")");
 }
 

@@ -85,8 +85,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"Changing a view", "UPDATE v SET a = 1"},
     {"Changing a view or a derived table", "UPDATE x SET a = 1 FROM (SELECT a FROM t) y, v x"},
     {"Changing a common table expression", "WITH x AS (SELECT a FROM t) DELETE FROM x"},
-    {"A value that is there twice in an identity column without a key",
-     "SET IDENTITY_INSERT i ON INSERT INTO i (id) VALUES (1) INSERT INTO i (id) VALUES (1)"},
     // statements
     {"A parameter or result that is a cursor", "CREATE PROCEDURE x @c CURSOR VARYING OUTPUT AS SELECT 1"},
     {"WAITFOR of a statement", "WAITFOR (RECEIVE 1 FROM q)"},
@@ -125,7 +123,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"A table of computed columns alone", "CREATE TABLE x (a AS 1)"},
     {"A property of a column such as SPARSE or ROWGUIDCOL", "CREATE TABLE x (a INT SPARSE)"},
     {"An identity column of more than 18 digits", "CREATE TABLE x (a DECIMAL(38,0) IDENTITY(1,1))"},
-    {"An IDENTITY increment other than 1", "CREATE TABLE x (a INT IDENTITY(1,2))"},
     {"An index within CREATE TABLE", "CREATE TABLE x (a INT, INDEX ix (a))"},
     {"A period of SYSTEM_TIME", "CREATE TABLE x (a INT, PERIOD FOR SYSTEM_TIME (b, c))"},
     {"A file table or a graph table", "CREATE TABLE x (a INT) AS NODE"},

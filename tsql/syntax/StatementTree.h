@@ -127,6 +127,7 @@ struct ColumnDefinition {
   std::optional<bool> nullable;
   bool identity = false;
   int64_t seed = 1;
+  int64_t increment = 1;
   std::string defaultText;  // source of the DEFAULT expression
   std::string defaultName;  // of its constraint; empty where none was given
   std::string computedText; // source of a computed column's expression

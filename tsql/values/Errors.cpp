@@ -290,6 +290,7 @@ constexpr ErrorText kErrors[] = {
      "Column, parameter, or variable #%1: Specified column scale %2 is greater than the specified precision "
      "of %3."},
     {2752, 16, 1, "Identity column '%1' contains invalid SEED."},
+    {2753, 16, 1, "Identity column '%1' contains invalid INCREMENT."},
     {2772, 16, 1, "Cannot access temporary tables from within a function."},
     {2754, 16, 1,
      "Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the "

@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 6");
+  Ask("PRAGMA user_version = 7");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,11 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 6. This server supports version 5 "
+                    "' cannot be opened because it is version 7. This server supports version 6 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
 }
 
 TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
@@ -190,6 +190,25 @@ TEST_F(StorageTest, ComputedColumns) {
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"3"}));
   EXPECT_EQ(Ask("SELECT name, type, nullable, identity, default_text FROM \"~columns\" ORDER BY ordinal"),
             Lines({"a|2|1|0|", "b|2|1|2|a * 2", "c|2|1|3|(a + 1)"}));
+}
+
+TEST_F(StorageTest, IdentityColumnsThatAreNotTheRowid) {
+  Must("CREATE TABLE t (id INT IDENTITY(3,1), a INT) INSERT INTO t VALUES (1)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE TABLE u (id INT IDENTITY(3,-2), a INT) INSERT INTO u VALUES (1), (2)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  EXPECT_EQ(Ask("SELECT name, seed, rowid_column FROM \"~tables\" ORDER BY name"),
+            Lines({"t|3|0", "u|3|-1"}));
+  EXPECT_EQ(Ask("SELECT table_name, identity, default_text FROM \"~columns\" WHERE identity > 0 ORDER BY 1"),
+            Lines({"t|1|", "u|4|-2"}));
+  EXPECT_EQ(Ask("SELECT * FROM \"~identities\""), Lines({"u|1"}));
+  // A number that is given may be there twice.
+  Must("SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (3, 2), (9, 3)");
+  EXPECT_EQ(Ask("SELECT rowid_column FROM \"~tables\" WHERE name = 't'"), Lines({"-1"}));
+  EXPECT_EQ(Ask("SELECT name, last FROM \"~identities\" ORDER BY name"), Lines({"t|9", "u|1"}));
+  Must("DROP TABLE t TRUNCATE TABLE u");
+  EXPECT_EQ(Ask("SELECT * FROM \"~identities\""), Lines({}));
+  EXPECT_EQ(OpenError(path_, OpenMode::Existing), 0);
 }
 
 TEST_F(StorageTest, FilesWithoutVersionAreReadAndMarked) {

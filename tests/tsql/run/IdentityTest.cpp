@@ -44,14 +44,125 @@ TEST_F(IdentityTest, BehindTheLargestNumberIs8115) {
   EXPECT_EQ(Rows("SELECT a FROM t"), Lines({"1"}));
 }
 
-TEST_F(IdentityTest, ADuplicateWithoutAKeyIsRefusedByName) {
-  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) INSERT INTO t VALUES (1)");
-  EXPECT_EQ(ErrorText("SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (1, 2)"),
-            "40510 1 A value that is there twice in an identity column without a key is not supported.");
+TEST_F(IdentityTest, WithoutAKeyANumberMayBeThereTwice) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) INSERT INTO t VALUES (1), (2)"
+       " SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (1, 3)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t ORDER BY a"), Lines({"1|1", "2|2", "1|3"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON INSERT INTO t (id, a) VALUES (1, 4), (7, 5), (6, 6) SELECT @@IDENTITY, SCOPE_IDENTITY()"),
+      Lines({"6|6"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON SET IDENTITY_INSERT t OFF INSERT INTO t VALUES (7) SELECT @@IDENTITY, COUNT(*) FROM t"),
+      Lines({"8|7"}))
+      << "counting goes on from the largest number";
+  // A key over the numbers refuses them as before, and finds those that are there.
+  EXPECT_EQ(ErrorOf("CREATE UNIQUE INDEX u ON t (id)"), 1505);
+  Must("DELETE FROM t WHERE a IN (1, 3) ALTER TABLE t ADD CONSTRAINT pk_t PRIMARY KEY (id)");
+  EXPECT_EQ(ErrorOf("SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (8, 9)"), 2627);
+}
+
+TEST_F(IdentityTest, AKeyRefusesANumberThatIsThere) {
   Must("CREATE TABLE k (id INT IDENTITY(1,1) CONSTRAINT pk_k PRIMARY KEY, a INT) INSERT INTO k VALUES (1)");
   EXPECT_EQ(
-      ErrorText("SET IDENTITY_INSERT t OFF SET IDENTITY_INSERT k ON INSERT INTO k (id, a) VALUES (1, 2)"),
+      ErrorText("SET IDENTITY_INSERT k ON INSERT INTO k (id, a) VALUES (1, 2)"),
       "2627 1 Violation of PRIMARY KEY constraint 'pk_k'. Cannot insert duplicate key in object 'dbo.k'.");
+}
+
+TEST_F(IdentityTest, NumbersRepeatHoweverTheyAreGiven) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) CREATE TABLE log (id INT IDENTITY(1,1), a INT)"
+       " CREATE TABLE #x (id INT IDENTITY(1,1), a INT) CREATE TABLE o (id INT)");
+  Must("CREATE TRIGGER tr ON t FOR INSERT AS INSERT INTO log SELECT a FROM inserted");
+  Must("CREATE PROCEDURE p AS SELECT 1, 5 UNION ALL SELECT 1, 6");
+  Must(
+      "SET IDENTITY_INSERT t ON INSERT INTO t (id, a) EXEC p INSERT INTO t (id, a) OUTPUT inserted.id INTO o VALUES (1, 7)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t ORDER BY a"), Lines({"1|5", "1|6", "1|7"}));
+  EXPECT_EQ(Rows("SELECT id, a FROM log ORDER BY a"), Lines({"1|5", "2|6", "3|7"}));
+  EXPECT_EQ(Rows("SELECT id FROM o"), Lines({"1"}));
+  Must(
+      "SET IDENTITY_INSERT t OFF SET IDENTITY_INSERT #x ON INSERT INTO #x (id, a) VALUES (3, 1) INSERT INTO #x (id, a) SELECT 3, 2");
+  EXPECT_EQ(Rows("SELECT id, a FROM #x ORDER BY a"), Lines({"3|1", "3|2"}));
+}
+
+TEST_F(IdentityTest, AnIncrementMayBeAnyOtherNumber) {
+  Must(
+      "CREATE TABLE t (id INT IDENTITY(10,5) PRIMARY KEY, a INT NULL) INSERT INTO t VALUES (1), (2)"
+      " INSERT INTO t DEFAULT VALUES INSERT INTO t SELECT a + 10 FROM t WHERE a IS NOT NULL ORDER BY a DESC");
+  EXPECT_EQ(Rows("SELECT id, a FROM t ORDER BY id"), Lines({"10|1", "15|2", "20|NULL", "25|12", "30|11"}));
+  EXPECT_EQ(Rows("SELECT @@IDENTITY"), Lines({"30"}));
+  EXPECT_EQ(Rows("INSERT INTO t OUTPUT inserted.id, inserted.a VALUES (7), (8)"), Lines({"35|7", "40|8"}));
+  Must("CREATE TABLE down (id SMALLINT IDENTITY(-1,-3), a INT) INSERT INTO down VALUES (1), (2), (3)");
+  EXPECT_EQ(Rows("SELECT id FROM down ORDER BY a"), Lines({"-1", "-4", "-7"}));
+  Must(
+      "SET IDENTITY_INSERT down ON INSERT INTO down (id, a) VALUES (-5, 4), (-20, 5) SET IDENTITY_INSERT down OFF"
+      " INSERT INTO down VALUES (6)");
+  EXPECT_EQ(Rows("SELECT id FROM down WHERE a > 3 ORDER BY a"), Lines({"-5", "-20", "-23"}));
+  Must("TRUNCATE TABLE down INSERT INTO down VALUES (1)");
+  EXPECT_EQ(Rows("SELECT id FROM down"), Lines({"-1"}));
+  EXPECT_EQ(ErrorOf("CREATE TABLE z (id INT IDENTITY(1,0))"), 2753);
+  EXPECT_EQ(ErrorOf("CREATE TABLE z (id SMALLINT IDENTITY(1,40000))"), 2753);
+  EXPECT_EQ(ErrorOf("CREATE TABLE z (id INT IDENTITY(99999999999999999999,1))"), 2752);
+}
+
+TEST_F(IdentityTest, TheTypeLimitsOtherIncrementsToo) {
+  Must("CREATE TABLE t (id TINYINT IDENTITY(253,2), a INT) INSERT INTO t VALUES (1), (2)");
+  EXPECT_EQ(ErrorText("INSERT INTO t VALUES (3)"),
+            "8115 1 Arithmetic overflow error converting IDENTITY to data type tinyint.");
+  Must("CREATE TABLE d (id TINYINT IDENTITY(1,-1), a INT) INSERT INTO d VALUES (1), (2)");
+  EXPECT_EQ(ErrorOf("INSERT INTO d VALUES (3)"), 8115);
+  Must("CREATE TABLE b (id BIGINT IDENTITY(9223372036854775806,3), a INT) INSERT INTO b VALUES (1)");
+  EXPECT_EQ(ErrorOf("INSERT INTO b VALUES (2)"), 8115);
+  EXPECT_EQ(Rows("SELECT (SELECT COUNT(*) FROM t), (SELECT COUNT(*) FROM d), (SELECT COUNT(*) FROM b)"),
+            Lines({"2|2|1"}));
+}
+
+TEST_F(IdentityTest, AFailedInsertLeavesTheCountAndTheRowsAlone) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,2), a INT CHECK (a < 10)) INSERT INTO t VALUES (1)");
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (2), (20)"), 547);
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1"}));
+  Must("INSERT INTO t VALUES (3)");
+  EXPECT_EQ(Rows("SELECT COUNT(DISTINCT id), COUNT(*) FROM t"), Lines({"2|2"}));
+}
+
+TEST_F(IdentityTest, OtherIncrementsInTableVariablesAndTemporaryTables) {
+  EXPECT_EQ(
+      Rows("SET NOCOUNT ON DECLARE @t TABLE (id INT IDENTITY(5,5), a INT) INSERT @t VALUES (1), (2)"
+           " BEGIN TRAN INSERT @t VALUES (3) ROLLBACK INSERT @t VALUES (4) SELECT id, a FROM @t ORDER BY a"),
+      Lines({"5|1", "10|2", "15|3", "20|4"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON CREATE TABLE #t (id INT IDENTITY(5,5), a INT) INSERT #t VALUES (1), (2) DROP TABLE #t"
+          " CREATE TABLE #t (id INT IDENTITY(5,5), a INT) INSERT #t VALUES (3) SELECT id, a FROM #t"),
+      Lines({"5|3"}));
+  Must("CREATE FUNCTION f (@n INT) RETURNS @t TABLE (id INT IDENTITY(1,10), a INT) AS BEGIN"
+       " INSERT @t VALUES (@n), (@n + 1) RETURN END");
+  EXPECT_EQ(Rows("SELECT x.id, x.a FROM f(7) x JOIN f(8) y ON x.a = y.a"), Lines({"11|8"}));
+}
+
+TEST_F(IdentityTest, TablesKeepTheirCountWhenTheyAreChanged) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,10), a INT) INSERT INTO t VALUES (1), (2)"
+       " ALTER TABLE t ADD b INT NULL ALTER TABLE t ALTER COLUMN a BIGINT CREATE INDEX ix ON t (a)"
+       " INSERT INTO t (a) VALUES (3) EXEC sp_rename 't', 'u' INSERT INTO u (a) VALUES (4)");
+  EXPECT_EQ(Rows("SELECT id FROM u ORDER BY a"), Lines({"1", "11", "21", "31"}));
+  Must("DROP TABLE u CREATE TABLE u (id INT IDENTITY(1,10), a INT) INSERT INTO u VALUES (1)");
+  EXPECT_EQ(Rows("SELECT id FROM u"), Lines({"1"}));
+  Must(
+      "CREATE TABLE n (a INT) INSERT INTO n VALUES (30), (10), (20) ALTER TABLE n ADD id INT IDENTITY(100,-10)"
+      " INSERT INTO n VALUES (40)");
+  EXPECT_EQ(Rows("SELECT a, id FROM n ORDER BY id"), Lines({"40|70", "20|80", "10|90", "30|100"}));
+}
+
+TEST_F(IdentityTest, SystemViewsKnowBothKinds) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,2), a INT, c AS a + 1) CREATE TABLE u (id INT IDENTITY(1,1))");
+  EXPECT_EQ(
+      Rows(
+          "SELECT OBJECT_NAME(object_id), name, is_identity, is_computed FROM sys.columns ORDER BY 1, column_id"),
+      Lines({"t|id|1|0", "t|a|0|0", "t|c|0|1", "u|id|1|0"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT COLUMNPROPERTY(OBJECT_ID('t'), 'id', 'IsIdentity'), OBJECTPROPERTY(OBJECT_ID('t'), 'TableHasIdentity')"),
+      Lines({"1|1"}));
 }
 
 TEST_F(IdentityTest, IdentityInsertIsOnForOneTable) {
