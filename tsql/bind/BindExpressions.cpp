@@ -50,10 +50,11 @@ bool HasGlobal(const BoundExpr& expr) {
 
 bool AsksCatalog(const BoundExpr& expr) {
   constexpr FunctionId kFunctions[] = {
-      FunctionId::ObjectId,     FunctionId::ObjectName,      FunctionId::ObjectSchemaName,
-      FunctionId::SchemaName,   FunctionId::SchemaId,        FunctionId::ColLength,
-      FunctionId::CursorStatus, FunctionId::ObjectProperty,  FunctionId::ColumnProperty,
-      FunctionId::ColumnName,   FunctionId::ObjectDefinition};
+      FunctionId::ObjectId,          FunctionId::ObjectName,       FunctionId::ObjectSchemaName,
+      FunctionId::SchemaName,        FunctionId::SchemaId,         FunctionId::ColLength,
+      FunctionId::CursorStatus,      FunctionId::ObjectProperty,   FunctionId::ColumnProperty,
+      FunctionId::ColumnName,        FunctionId::ObjectDefinition, FunctionId::IdentitySeed,
+      FunctionId::IdentityIncrement, FunctionId::CurrentIdentity};
   const bool asks = expr.kind == BoundExpr::Kind::Function &&
                     std::ranges::find(kFunctions, expr.function) != std::end(kFunctions);
   return asks || std::ranges::any_of(expr.args, [](const BoundExprPtr& arg) { return AsksCatalog(*arg); });

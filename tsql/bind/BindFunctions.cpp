@@ -139,6 +139,9 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"round", FunctionId::Round, &Binder::BindRounding},
       {"newid", FunctionId::NewId, &Binder::BindNewId},
       {"object_id", FunctionId::ObjectId, &Binder::BindObjectSize},
+      {"ident_seed", FunctionId::IdentitySeed, &Binder::BindIdentityNumber},
+      {"ident_incr", FunctionId::IdentityIncrement, &Binder::BindIdentityNumber},
+      {"ident_current", FunctionId::CurrentIdentity, &Binder::BindIdentityNumber},
       {"cursor_status", FunctionId::CursorStatus, &Binder::BindCursorStatus},
       {"update", FunctionId::Updated, &Binder::BindUpdated},
       {"col_length", FunctionId::ColLength, &Binder::BindObjectSize},
@@ -295,6 +298,13 @@ BoundExprPtr Binder::BindObjectSize(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindArguments(expr, 1, 2);
   for (BoundExprPtr& arg : args) arg = ConvertText(std::move(arg));
   return MakeFunction(function, MakeType(isObjectId ? TypeId::Int : TypeId::SmallInt), std::move(args));
+}
+
+// The name of a table.
+BoundExprPtr Binder::BindIdentityNumber(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  args[0] = ConvertText(std::move(args[0]));
+  return MakeFunction(function, MakeDecimal(kMaxPrecision, 0), std::move(args));
 }
 
 BoundExprPtr Binder::BindCursorStatus(const Expr& expr, FunctionId function) {

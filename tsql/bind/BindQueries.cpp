@@ -79,6 +79,7 @@ BoundQueryPtr Binder::BindQuery(const Query& query, bool isInner) {
     bound = std::make_unique<BoundQuery>();
     bound->select = BindSelect(*query.select, query.orderBy, bound->orderBy);
     if (isInner || query.select->into) RefuseCollations(*bound->select);
+    if (query.select->into) bound->identity = std::exchange(intoIdentity_, std::nullopt);
     RefreshColumns(*bound);
   } else {
     bound = BindSetOperation(query);
@@ -183,6 +184,7 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->windowed = scope.hasWindow;
   bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
   if (bound->grouped) CheckGrouping(*bound, order);
+  if (select.into) InheritIdentity(select, *bound);
   scope_ = saved;
   return bound;
 }
@@ -238,7 +240,9 @@ void Binder::BindItems(const Select& select, BoundSelect& bound) {
   bool returns = false;
   for (const SelectItem& item : select.items) {
     (item.variable.empty() ? returns : assigns) = true;
-    if (!item.expr) {
+    if (item.identity) {
+      BindIdentityItem(item, select, bound);
+    } else if (!item.expr) {
       ExpandStar(item, bound);
     } else if (!item.variable.empty()) {
       BindAssignmentItem(item, bound);
@@ -251,6 +255,35 @@ void Binder::BindItems(const Select& select, BoundSelect& bound) {
     }
   }
   if (assigns && returns) Fail(141, {});
+}
+
+void Binder::BindIdentityItem(const SelectItem& item, const Select& select, const BoundSelect& bound) {
+  if (!select.into) Fail(177, {});
+  if (intoIdentity_) Fail(2744, {select.into->name});
+  intoIdentity_.emplace();
+  intoIdentity_->isGenerated = true;
+  intoIdentity_->column = bound.items.size();
+  intoIdentity_->name = item.alias;
+  intoIdentity_->type = item.identityType;
+  intoIdentity_->numbers = *item.identity;
+}
+
+// A column that is taken as it is from the only table. One that is there twice is an ordinary one.
+void Binder::InheritIdentity(const Select& select, const BoundSelect& bound) {
+  if (scope_->sources.size() != 1 || select.distinct || bound.grouped) return;
+  const TablePtr table = scope_->sources.front().isTable ? scope_->sources.front().table : nullptr;
+  if (!table || table->identityColumn < 0) return;
+  const std::string& column = table->columns[static_cast<size_t>(table->identityColumn)].name;
+  const auto isIdentity = [&](const BoundItem& item) {
+    return item.expr->kind == BoundExpr::Kind::Column && EqualNames(item.expr->name, column);
+  };
+  if (std::ranges::count_if(bound.items, isIdentity) != 1) return;
+  const auto found = std::ranges::find_if(bound.items, isIdentity);
+  if (intoIdentity_) Fail(8108, {select.into->name, found->name});
+  intoIdentity_.emplace();
+  intoIdentity_->column = static_cast<size_t>(found - bound.items.begin());
+  intoIdentity_->numbers = {table->seed, table->increment};
+  intoIdentity_->mayRepeat = table->CountsIdentity();
 }
 
 void Binder::BindAssignmentItem(const SelectItem& item, BoundSelect& bound) {

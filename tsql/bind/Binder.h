@@ -198,6 +198,7 @@ class Binder {
   BoundExprPtr BindColumnName(const Expr& expr, FunctionId function);
   BoundExprPtr BindSchemaName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
+  BoundExprPtr BindIdentityNumber(const Expr& expr, FunctionId function);
   BoundExprPtr BindCursorStatus(const Expr& expr, FunctionId function);
   BoundExprPtr BindUpdated(const Expr& expr, FunctionId function);
   BoundExprPtr BindConstantFunction(const Expr& expr);
@@ -261,6 +262,9 @@ class Binder {
   BoundExprPtr BindWithoutRows(const Expr& expr);
   void BindItems(const Select& select, BoundSelect& bound);
   void ExpandStar(const SelectItem& item, BoundSelect& bound);
+  void BindIdentityItem(const SelectItem& item, const Select& select, const BoundSelect& bound);
+  // The identity column that the table of SELECT ... INTO has from the one of its source.
+  void InheritIdentity(const Select& select, const BoundSelect& bound);
   void BindAssignmentItem(const SelectItem& item, BoundSelect& bound);
   void BindOrder(const std::vector<OrderItem>& orderBy, const BoundSelect& select,
                  std::vector<BoundOrder>& order);
@@ -353,7 +357,8 @@ class Binder {
   int nextSource_ = 0;
   int nextCommon_ = 0;
   int viewDepth_ = 0;
-  int maxRecursion_ = kMaxRecursion; // of the statement
+  int maxRecursion_ = kMaxRecursion;         // of the statement
+  std::optional<IntoIdentity> intoIdentity_; // of the SELECT ... INTO that is being bound
   bool wantsUpdateLock_ = false;
   const std::vector<TablePtr>* tableVariables_ = nullptr;
   Variables variablesAre_ = Variables::Declared;

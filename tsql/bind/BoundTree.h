@@ -132,6 +132,9 @@ enum class FunctionId : uint8_t {
   SchemaName,
   SchemaId,
   ColLength,
+  IdentitySeed,
+  IdentityIncrement,
+  CurrentIdentity,
   CursorStatus,
   Updated, // UPDATE() of the column whose position is the argument
   // The value, unless it is null, which is an error: for a column whose name is the second argument.
@@ -295,6 +298,16 @@ struct BoundCommon {
   std::unique_ptr<BoundQuery> query;
 };
 
+// The identity column of the table that SELECT ... INTO makes.
+struct IntoIdentity {
+  bool isGenerated = false; // by IDENTITY(), beside the query's columns; else it is one of them
+  size_t column = 0;        // its place among the columns of the table
+  std::string name;
+  Type type;
+  IdentityDefinition numbers;
+  bool mayRepeat = false; // the column that it is made after is counted by the engine
+};
+
 struct BoundQuery {
   std::vector<BoundCommon> commons;
   SetOp op = SetOp::None;
@@ -305,6 +318,7 @@ struct BoundQuery {
   BoundExprPtr offset;
   BoundExprPtr fetch;
   std::vector<Column> columns;
+  std::optional<IntoIdentity> identity; // of SELECT ... INTO
 };
 using BoundQueryPtr = std::unique_ptr<BoundQuery>;
 

@@ -254,7 +254,10 @@ Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table,
   BoundInsert insert;
   insert.query = std::move(query);
   insert.table = table;
-  for (size_t i = 0; i < insert.query->columns.size(); ++i) insert.columns.push_back(static_cast<int>(i));
+  const std::optional<IntoIdentity>& identity = insert.query->identity;
+  for (size_t i = 0; i < table->columns.size(); ++i)
+    if (!identity || !identity->isGenerated || i != identity->column)
+      insert.columns.push_back(static_cast<int>(i));
   EmittedSql emitted = Emitter().EmitInsert(insert);
   Plan plan;
   plan.callsFunctions = std::ranges::any_of(dependencies, IsCall);

@@ -231,7 +231,7 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
   table.keys.push_back(std::move(key));
 }
 
-void TableShape::ChooseRowid(TableInfo& table) const {
+void TableShape::ChooseRowid(TableInfo& table) {
   table.rowidColumn = table.increment == 1 ? table.identityColumn : -1;
   if (table.rowidColumn >= 0) return;
   for (const KeyInfo& key : table.keys) {

@@ -27,11 +27,13 @@ class TableShape {
   // The table that a foreign key refers to. That may be the table itself, which is not in the catalog yet.
   TablePtr FindReferenced(const TableInfo& table, const KeyInfo& key) const;
 
+  // Chooses the column that is SQLite's rowid, when the columns and keys are known.
+  static void ChooseRowid(TableInfo& table);
+
  private:
   void AddDefault(TableInfo& table, const ConstraintDefinition& definition) const;
   void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
   void CheckKeyName(const TableInfo& table, const KeyInfo& key) const;
-  void ChooseRowid(TableInfo& table) const;
 
   const Catalog& catalog_;
 };

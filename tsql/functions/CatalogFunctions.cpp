@@ -89,6 +89,29 @@ void CursorStatusOf(const FunctionCall& call) {
   call.ReturnInteger(call.Context().userFunctions->CursorStatus(call.Text(0), call.Text(1)));
 }
 
+// IDENT_SEED, IDENT_INCR and IDENT_CURRENT of the table of that name; null where it has no identity column.
+template <typename NumberOf>
+void AnswerIdentity(const FunctionCall& call, NumberOf numberOf) {
+  const TablePtr table = call.AnyNull() ? nullptr : call.Context().catalog->FindTable(NameIn(call.Text(0)));
+  if (!table || table->identityColumn < 0) return call.ReturnNull();
+  call.Return(Convert(Datum::OfInteger(numberOf(*table)), MakeType(TypeId::BigInt),
+                      MakeDecimal(kMaxPrecision, 0), ConvertMode::Cast));
+}
+
+void IdentitySeed(const FunctionCall& call) {
+  AnswerIdentity(call, [](const TableInfo& table) { return table.seed; });
+}
+
+void IdentityIncrement(const FunctionCall& call) {
+  AnswerIdentity(call, [](const TableInfo& table) { return table.increment; });
+}
+
+void CurrentIdentity(const FunctionCall& call) {
+  AnswerIdentity(call, [&call](const TableInfo& table) {
+    return call.Context().userFunctions->LastIdentity(table).value_or(table.seed);
+  });
+}
+
 TriggerPtr TriggerOf(const FunctionCall& call) {
   for (const TriggerPtr& trigger : call.Context().catalog->Triggers())
     if (EqualNames(trigger->module->key, call.Text(0))) return trigger;
@@ -172,6 +195,9 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<KeyName>(connection, context, names::kKeyName, 1, Purity::Volatile);
   Register<KeySchema>(connection, context, names::kKeySchema, 1, Purity::Volatile);
   Register<KeyColLength>(connection, context, names::kKeyColLength, 2, Purity::Volatile);
+  Register<IdentitySeed>(connection, context, names::kIdentitySeed, 1, Purity::Volatile);
+  Register<IdentityIncrement>(connection, context, names::kIdentityIncrement, 1, Purity::Volatile);
+  Register<CurrentIdentity>(connection, context, names::kCurrentIdentity, 1, Purity::Volatile);
   Register<CursorStatusOf>(connection, context, names::kCursorStatus, 2, Purity::Volatile);
   Register<TriggerTableOf>(connection, context, names::kTriggerTable, 1, Purity::Volatile);
   Register<IsInsteadOf>(connection, context, names::kIsInsteadOf, 1, Purity::Volatile);

@@ -123,6 +123,9 @@ inline constexpr const char* kSquare = "t_square";
 // The catalog.
 inline constexpr const char* kNewId = "t_newid";
 inline constexpr const char* kObjectId = "t_object_id";
+inline constexpr const char* kIdentitySeed = "t_ident_seed";
+inline constexpr const char* kIdentityIncrement = "t_ident_incr";
+inline constexpr const char* kCurrentIdentity = "t_ident_current";
 inline constexpr const char* kCursorStatus = "t_cursor_status";
 inline constexpr const char* kTriggerTable = "t_trigger_table";
 inline constexpr const char* kIsInsteadOf = "t_is_instead_of";

@@ -13,8 +13,8 @@
 
 namespace tsql {
 
-// What whoever runs statements answers to them: cursors, and the functions of users, which are batches like
-// any other: whoever runs statements runs them too. A failure is thrown as the server's error.
+// What whoever runs statements answers to them: cursors, identities, and the functions of users, which are
+// batches like any other: whoever runs statements runs them too. A failure is thrown as the server's error.
 class UserFunctions {
  public:
   using Rows = std::vector<std::vector<Datum>>;
@@ -25,6 +25,8 @@ class UserFunctions {
   virtual ~UserFunctions() = default;
   virtual Datum CallScalar(std::string_view name, std::vector<Datum> arguments) = 0;
   virtual int CursorStatus(std::string_view kind, std::string_view name) const = 0;
+  // The last number of a table's identity column; none before the first.
+  virtual std::optional<int64_t> LastIdentity(const TableInfo& table) const = 0;
   virtual Rows CallTable(std::string_view name, std::vector<Datum> arguments) = 0;
 };
 

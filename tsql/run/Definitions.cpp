@@ -35,18 +35,35 @@ void Definitions::CreateVariable(const TableInfo& declared) {
   catalog_.AddTable(table);
 }
 
-void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>& columns) {
+void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>& columns,
+                              const std::optional<IntoIdentity>& identity) {
   CheckNew(name);
   TableInfo table = shape_.MakeEmpty(name);
   if (table.place == Place::Temp) table.storageName = catalog_.TempStorageName(table.name);
-  for (const Column& column : columns) {
-    if (column.name.empty()) Fail(1038, {});
+  const auto add = [&](const std::string& columnName, const Type& type, bool nullable) {
+    if (columnName.empty()) Fail(1038, {});
     ColumnDefinition definition;
-    definition.name = column.name;
-    definition.type = column.type;
-    definition.nullable = column.nullable;
+    definition.name = columnName;
+    definition.type = type;
+    definition.nullable = nullable;
+    if (identity && table.columns.size() == identity->column) {
+      definition.identity = true;
+      definition.nullable = false;
+      definition.seed = identity->numbers.seed;
+      definition.increment = identity->numbers.increment;
+    }
     shape_.AddColumn(table, definition);
+  };
+  const auto addGenerated = [&] {
+    if (identity && identity->isGenerated && table.columns.size() == identity->column)
+      add(identity->name, identity->type, false);
+  };
+  for (const Column& column : columns) {
+    addGenerated();
+    add(column.name, column.type, column.nullable);
   }
+  addGenerated();
+  if (identity && !identity->mayRepeat) TableShape::ChooseRowid(table);
   Build(table);
   catalog_.AddTable(table);
 }

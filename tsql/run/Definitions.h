@@ -16,7 +16,8 @@ class Definitions {
 
   void CreateTable(const CreateTableStatement& statement);
   // The table of SELECT ... INTO, which has no keys.
-  void CreateTable(const ObjectName& name, const std::vector<Column>& columns);
+  void CreateTable(const ObjectName& name, const std::vector<Column>& columns,
+                   const std::optional<IntoIdentity>& identity);
   // A table variable of the unit that begins to run, as it was declared.
   void CreateVariable(const TableInfo& declared);
   // The same without an entry in the catalog.

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+#include "tsql/catalog/IdentityStore.h"
 #include "tsql/compile/Compiler.h"
 #include "tsql/compile/SystemProcedures.h"
 #include "tsql/functions/Functions.h"
@@ -36,6 +37,9 @@ class Interpreter : public UserFunctions {
   Datum CallScalar(std::string_view name, std::vector<Datum> arguments) override;
   Rows CallTable(std::string_view name, std::vector<Datum> arguments) override;
   int CursorStatus(std::string_view kind, std::string_view name) const override;
+  std::optional<int64_t> LastIdentity(const TableInfo& table) const override {
+    return IdentityStore(connection_).Last(table);
+  }
 
   // Sends an error to the sink; the batch has failed.
   void Report(const Error& error, ResultSink& sink);

@@ -70,13 +70,21 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
   StatementScope scope(transaction_, PlaceOf(name));
   std::vector<Dependency> dependencies;
   BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit, dependencies);
-  definitions_.CreateTable(name, query->columns);
-  Plan plan = compiler_.PlanInto(std::move(query), catalog_.FindTable(name), std::move(dependencies));
+  const bool isNumbered = query->identity && query->identity->isGenerated;
+  definitions_.CreateTable(name, query->columns, query->identity);
+  const TablePtr table = catalog_.FindTable(name);
+  Plan plan = compiler_.PlanInto(std::move(query), table, std::move(dependencies));
   BindParameters(plan);
-  plan.statement.Step();
+  const int64_t count = MakeChange(*table, [&] {
+    const int64_t inserted = StepChange(plan);
+    CheckIdentity(*table, inserted);
+    return inserted;
+  });
+  if (isNumbered && count > 0) TakeIdentity(*table);
+  if (!isNumbered && table->CountsIdentity()) IdentityStore(connection_).ContinueRows(*table);
   scope.Complete();
   MarkSchemaChange(PlaceOf(name));
-  SendRowCount(sqlite3_changes64(connection_.Handle()));
+  SendRowCount(count);
 }
 
 } // namespace tsql

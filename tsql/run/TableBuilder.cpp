@@ -194,18 +194,10 @@ void TableBuilder::Rebuild(const TableInfo& before, const TableInfo& after,
     const std::string_view message = failure.what();
     Fail(515, {message.substr(message.rfind('.') + 1), after.FullName(databaseName), "UPDATE"});
   }
-  if (made.CountsIdentity() && before.identityColumn < 0) identities_.SetLast(made, LastNumber(made));
+  if (made.CountsIdentity() && before.identityColumn < 0) identities_.ContinueRows(made);
   if (before.CountsIdentity()) identities_.SetLast(before, std::nullopt);
   connection_.Run("DROP TABLE " + before.SqlName());
   Rename(made, after);
-}
-
-// The number of the row that was inserted last.
-std::optional<int64_t> TableBuilder::LastNumber(const TableInfo& table) const {
-  const std::string& column = table.columns[static_cast<size_t>(table.identityColumn)].name;
-  PreparedStatement last = connection_.Prepare("SELECT " + QuoteName(column) + " FROM " + table.SqlName() +
-                                               " ORDER BY _rowid_ DESC LIMIT 1");
-  return last.Step() ? std::optional(last.ColumnInteger(0)) : std::nullopt;
 }
 
 } // namespace tsql

@@ -37,7 +37,6 @@ class TableBuilder {
   std::string CheckSql(const TableInfo& table, const KeyInfo& key) const;
   void CopyRows(const TableInfo& before, const TableInfo& after,
                 const std::vector<std::string>& values) const;
-  std::optional<int64_t> LastNumber(const TableInfo& table) const;
 
   const Connection& connection_;
   const Compiler& compiler_;

@@ -258,6 +258,13 @@ void Parser::ParseIdentity(ColumnDefinition& column) {
   ExpectWord("identity");
   column.identity = true;
   if (!TakeSymbol("(")) return;
+  const IdentityDefinition numbers = ParseIdentityNumbers(column.name);
+  column.seed = numbers.seed;
+  column.increment = numbers.increment;
+  ExpectSymbol(")");
+}
+
+IdentityDefinition Parser::ParseIdentityNumbers(const std::string& column) {
   const auto takeInteger = [&](int errorOfRange) {
     const bool negative = TakeSymbol("-");
     if (Current().kind != TokenKind::Integer) SyntaxError();
@@ -265,13 +272,14 @@ void Parser::ParseIdentity(ColumnDefinition& column) {
     const Token& number = tokens_[at_++];
     const char* const end = number.text.data() + number.text.size();
     if (std::from_chars(number.text.data(), end, value).ec != std::errc())
-      Fail(errorOfRange, {column.name}, number.line);
+      Fail(errorOfRange, {column}, number.line);
     return negative ? -value : value;
   };
-  column.seed = takeInteger(2752);
+  IdentityDefinition numbers;
+  numbers.seed = takeInteger(2752);
   ExpectSymbol(",");
-  column.increment = takeInteger(2753);
-  ExpectSymbol(")");
+  numbers.increment = takeInteger(2753);
+  return numbers;
 }
 
 void Parser::RefuseSubqueries(size_t firstToken, int error) const {

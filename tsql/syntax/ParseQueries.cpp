@@ -332,12 +332,29 @@ SelectItem Parser::ParseSelectItem() {
   if (named && IsSymbolAt(1, "=")) {
     item.alias = TakeAlias();
     ExpectSymbol("=");
-    item.expr = ParseExpression();
+    if (IsIdentityItem()) {
+      ParseIdentityItem(item);
+    } else {
+      item.expr = ParseExpression();
+    }
     return item;
   }
-  item.expr = ParseExpression();
+  if (IsIdentityItem()) {
+    ParseIdentityItem(item);
+  } else {
+    item.expr = ParseExpression();
+  }
   if (TakeWord("as") || IsName() || Current().kind == TokenKind::Text) item.alias = TakeAlias();
   return item;
+}
+
+void Parser::ParseIdentityItem(SelectItem& item) {
+  ExpectWord("identity");
+  ExpectSymbol("(");
+  item.identityType = ParseType(1);
+  item.identity.emplace();
+  if (TakeSymbol(",")) item.identity = ParseIdentityNumbers(item.alias);
+  ExpectSymbol(")");
 }
 
 std::vector<OrderItem> Parser::ParseOrderBy() {

@@ -232,6 +232,10 @@ class Parser {
   void ParseComputedColumn(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   bool ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints);
   void ParseIdentity(ColumnDefinition& column);
+  // The two numbers of an identity column, which messages call by its name.
+  IdentityDefinition ParseIdentityNumbers(const std::string& column);
+  bool IsIdentityItem() const { return isQueryStatement_ && IsWord("identity") && IsSymbolAt(1, "("); }
+  void ParseIdentityItem(SelectItem& item);
   void ParseDefaultClause(ColumnDefinition& column);
   // With this error, where one stands between the token and here.
   void RefuseSubqueries(size_t firstToken, int error) const;

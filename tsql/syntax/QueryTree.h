@@ -114,8 +114,17 @@ struct TableSource {
 };
 using TableSourcePtr = std::unique_ptr<TableSource>;
 
+// What an identity column counts.
+struct IdentityDefinition {
+  int64_t seed = 1;
+  int64_t increment = 1;
+};
+
 struct SelectItem {
-  ExprPtr expr; // null for a star
+  ExprPtr expr; // null for a star and for IDENTITY()
+  // IDENTITY(type, seed, increment) of SELECT ... INTO.
+  std::optional<IdentityDefinition> identity;
+  Type identityType;
   std::string alias;
   std::string variable; // SELECT @v = expr
   std::vector<std::string> starPrefix;

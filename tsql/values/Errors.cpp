@@ -78,6 +78,7 @@ constexpr ErrorText kErrors[] = {
     {158, 15, 1, "An aggregate may not appear in the OUTPUT clause."},
     {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
     {174, 15, 1, "The %1 function requires %2 argument(s)."},
+    {177, 15, 1, "The IDENTITY function can only be used when the SELECT statement has an INTO clause."},
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},
     {180, 15, 1, "There are not enough parameters: the marker %1 of the batch has no value."},
     {189, 15, 1, "The %1 function requires %2 arguments."},
@@ -395,6 +396,9 @@ constexpr ErrorText kErrors[] = {
     {8106, 16, 1, "Table '%1' does not have the identity property. Cannot perform SET operation."},
     {8107, 16, 1,
      "IDENTITY_INSERT is already ON for table '%1'. Cannot perform SET operation for table '%2'."},
+    {8108, 16, 1,
+     "Cannot add identity column, using the SELECT INTO statement, to table '%1', which already has column '%2' "
+     "that inherits the identity property."},
     {8110, 16, 0, "Cannot add multiple PRIMARY KEY constraints to table '%1'."},
     {8111, 16, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '%1'."},
     {8114, 16, 5, "Error converting data type %1 to %2."},

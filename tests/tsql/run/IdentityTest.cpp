@@ -165,6 +165,62 @@ TEST_F(IdentityTest, SystemViewsKnowBothKinds) {
       Lines({"1|1"}));
 }
 
+TEST_F(IdentityTest, SeedIncrementAndCurrentNumberOfATable) {
+  Must(
+      "CREATE TABLE t (id INT IDENTITY(10,5), a INT) CREATE TABLE u (id INT IDENTITY(7,1), a INT) CREATE TABLE n (a INT)");
+  const std::string numbers =
+      "SELECT IDENT_SEED('t'), IDENT_INCR('dbo.t'), IDENT_CURRENT('t'), IDENT_SEED('u'), IDENT_INCR('u'),"
+      " IDENT_CURRENT('u')";
+  EXPECT_EQ(Rows(numbers), Lines({"10|5|10|7|1|7"}));
+  Must("INSERT INTO t VALUES (1), (2) INSERT INTO u VALUES (1), (2), (3)");
+  EXPECT_EQ(Rows(numbers), Lines({"10|5|15|7|1|9"}));
+  Must("DELETE FROM t DELETE FROM u");
+  EXPECT_EQ(Rows(numbers), Lines({"10|5|15|7|1|9"})) << "rows that go take no number with them";
+  Must("TRUNCATE TABLE t TRUNCATE TABLE u");
+  EXPECT_EQ(Rows(numbers), Lines({"10|5|10|7|1|7"}));
+  EXPECT_EQ(Rows("SELECT IDENT_SEED('n'), IDENT_INCR('missing'), IDENT_CURRENT(NULL)"),
+            Lines({"NULL|NULL|NULL"}));
+}
+
+TEST_F(IdentityTest, SelectIntoNumbersItsRows) {
+  Must("CREATE TABLE s (a INT, b VARCHAR(5)) INSERT INTO s VALUES (3, 'x'), (1, 'y'), (2, 'z')"
+       " SELECT IDENTITY(INT, 1, 1) AS id, a, b INTO t FROM s ORDER BY a");
+  EXPECT_EQ(Rows("SELECT id, a, b FROM t ORDER BY id"), Lines({"1|1|y", "2|2|z", "3|3|x"}));
+  EXPECT_EQ(Rows("SET NOCOUNT ON INSERT INTO t (a, b) VALUES (9, 'n') SELECT SCOPE_IDENTITY()"),
+            Lines({"4"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON SELECT a, n = IDENTITY(BIGINT, 100, -10), b INTO #u FROM s WHERE a > 1 ORDER BY a DESC"
+          " SELECT @@IDENTITY INSERT INTO #u VALUES (7, 'm')"),
+      Lines({"90"}));
+  EXPECT_EQ(Rows("SELECT * FROM #u ORDER BY n"), Lines({"7|80|m", "2|90|z", "3|100|x"}));
+  EXPECT_EQ(ErrorOf("SELECT IDENTITY(INT, 1, 1) AS id FROM s"), 177);
+  EXPECT_EQ(ErrorOf("SELECT IDENTITY(INT, 1, 1), a INTO v FROM s"), 1038);
+  EXPECT_EQ(ErrorOf("SELECT IDENTITY(INT) AS i, IDENTITY(INT) AS j INTO v FROM s"), 2744);
+  EXPECT_EQ(ErrorOf("SELECT IDENTITY(VARCHAR(5), 1, 1) AS i INTO v FROM s"), 2749);
+  EXPECT_EQ(ErrorOf("SELECT IDENTITY(TINYINT, 254, 1) AS i, a INTO v FROM s"), 8115);
+  EXPECT_EQ(
+      ErrorText("SELECT IDENTITY(INT, 1, 1) AS i, id INTO v FROM t"),
+      "8108 1 Cannot add identity column, using the SELECT INTO statement, to table 'v', which already has column "
+      "'id' that inherits the identity property.");
+}
+
+TEST_F(IdentityTest, SelectIntoKeepsTheIdentityOfItsOnlyTable) {
+  Must(
+      "CREATE TABLE t (id INT IDENTITY(10,5), a INT) INSERT INTO t VALUES (1), (2) SELECT id AS n, a INTO u FROM t"
+      " INSERT INTO u VALUES (3)");
+  EXPECT_EQ(Rows("SELECT n, a FROM u ORDER BY n"), Lines({"10|1", "15|2", "20|3"}));
+  EXPECT_EQ(ErrorOf("INSERT INTO u (n, a) VALUES (1, 1)"), 544);
+  Must("CREATE TABLE k (id INT IDENTITY(5,1) PRIMARY KEY, a INT) INSERT INTO k VALUES (1), (2)"
+       " SELECT * INTO #c FROM k WHERE a = 2 INSERT INTO #c VALUES (3)");
+  EXPECT_EQ(Rows("SELECT id, a FROM #c ORDER BY id"), Lines({"6|2", "7|3"}));
+  // In a join, an expression, an aggregate or twice, it is an ordinary column.
+  Must("SELECT k.id INTO j FROM k JOIN t ON k.a = t.a INSERT INTO j VALUES (1)"
+       " SELECT id + 0 AS id INTO e FROM k INSERT INTO e VALUES (1)"
+       " SELECT id, id AS again INTO w FROM k INSERT INTO w VALUES (1, 1)"
+       " SELECT id, COUNT(*) AS n INTO g FROM k GROUP BY id INSERT INTO g VALUES (1, 1)");
+}
+
 TEST_F(IdentityTest, IdentityInsertIsOnForOneTable) {
   Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) CREATE TABLE u (id INT IDENTITY(1,1), a INT) "
        "CREATE TABLE w (a INT)");
