@@ -38,12 +38,12 @@ void IdentityStore::SetLast(const TableInfo& table, std::optional<int64_t> last)
   for (const std::string& statement : SetLastSql(table, last)) connection_.Run(statement);
 }
 
-void IdentityStore::ContinueRows(const TableInfo& table) const {
+std::optional<int64_t> IdentityStore::Farthest(const TableInfo& table) const {
   const std::string column = QuoteName(table.columns[static_cast<size_t>(table.identityColumn)].name);
-  PreparedStatement farthest =
+  PreparedStatement rows =
       connection_.Prepare("SELECT " + column + " FROM " + table.SqlName() + " ORDER BY " + column +
                           (table.increment > 0 ? " DESC" : "") + " LIMIT 1");
-  SetLast(table, farthest.Step() ? std::optional(farthest.ColumnInteger(0)) : std::nullopt);
+  return rows.Step() ? std::optional(rows.ColumnInteger(0)) : std::nullopt;
 }
 
 void IdentityStore::Prepare(const TableInfo& table) const {

@@ -17,8 +17,8 @@ class IdentityStore {
   void SetLast(const TableInfo& table, std::optional<int64_t> last) const;
   // The statements that do that.
   static std::vector<std::string> SetLastSql(const TableInfo& table, std::optional<int64_t> last);
-  // Makes the count go on behind the rows that are there, of a table whose identity column the engine counts.
-  void ContinueRows(const TableInfo& table) const;
+  // The number of a row of the table that is the farthest from its seed; none without rows.
+  std::optional<int64_t> Farthest(const TableInfo& table) const;
   // Makes what a table with such numbers needs in its place.
   void Prepare(const TableInfo& table) const;
   // The table gets another name in SQLite.

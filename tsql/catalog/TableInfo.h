@@ -60,6 +60,10 @@ struct TableInfo {
   // is where the increment is another one, and where numbers may be there twice.
   bool IdentityIsRowid() const { return identityColumn >= 0 && rowidColumn == identityColumn; }
   bool CountsIdentity() const { return identityColumn >= 0 && rowidColumn != identityColumn; }
+  // Whether its count has reached the one number after the other.
+  bool IsBeyond(int64_t number, int64_t other) const {
+    return increment > 0 ? number > other : number < other;
+  }
   bool IsVariable() const { return place == Place::Temp && name.starts_with('@'); }
   std::string SqlName() const;       // quoted, with its schema
   std::string StoredColumns() const; // quoted: all but the computed ones, which nobody can write

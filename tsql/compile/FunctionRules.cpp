@@ -69,6 +69,7 @@ std::string SideEffect(const Statement& statement) {
   case StatementKind::AlterSchema: return "ALTER SCHEMA";
   case StatementKind::Drop: return "DROP OBJECT";
   case StatementKind::Truncate: return "TRUNCATE TABLE";
+  case StatementKind::CheckIdentity: return "DBCC";
   default: return "";
   }
 }

@@ -230,6 +230,9 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
     break;
   case StatementKind::Cursor: RunCursor(static_cast<const CursorStatement&>(statement)); break;
   case StatementKind::Fetch: RunFetch(static_cast<const FetchStatement&>(statement)); break;
+  case StatementKind::CheckIdentity:
+    RunCheckIdentity(static_cast<const CheckIdentityStatement&>(statement));
+    break;
   case StatementKind::Use: RunUse(static_cast<const UseStatement&>(statement)); break;
   case StatementKind::WaitFor: RunWaitFor(static_cast<const WaitForStatement&>(statement)); break;
   case StatementKind::TryCatch: return RunTryCatch(static_cast<const TryCatchStatement&>(statement));

@@ -91,18 +91,11 @@ class Interpreter : public UserFunctions {
     return target.CountsIdentity() ? MakeCountedChange(target, std::ref(change))
                                    : MakeCheckedChange(target, std::ref(change));
   }
-  int64_t MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t StepChange(Plan& plan);
   int64_t RunStaged(const Statement& statement, Plan& plan, bool isOfCursor);
   // A failure of the change that runs as the server's error.
   [[noreturn]] void FailChange(const SqliteFailure& failure, const TableInfo& target);
-  // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
-  void CheckIdentity(const TableInfo& table, int64_t count) const;
-  bool IsOutOfNumbers(const TableInfo& table) const;
-  // Before numbers are given to an identity column; true when its table was made anew for that.
-  bool LetsNumbersRepeat(const TablePtr& table);
-  void TakeIdentity(const TableInfo& table);
   Flow RunInsertExecute(const InsertExecuteStatement& statement);
   // Inserts what a procedure has given; stages the rows where something is to see them.
   struct KeptRows;
@@ -117,6 +110,17 @@ class Interpreter : public UserFunctions {
   void GiveOutput(StagedPlan& staged, int64_t count);
   void PutOutput(StagedPlan& staged); // into its table
   int64_t ReplaceRows(const Statement& statement, const TableInfo& table);
+
+  // identity columns (RunIdentities.cpp)
+  int64_t MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change);
+  // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
+  void CheckIdentity(const TableInfo& table, int64_t count) const;
+  bool IsOutOfNumbers(const TableInfo& table) const;
+  // Before numbers are given to an identity column; true when its table was made anew for that.
+  bool LetsNumbersRepeat(const TablePtr& table);
+  void TakeIdentity(const TableInfo& table);
+  void RunCheckIdentity(const CheckIdentityStatement& statement);
+  void Reseed(const TablePtr& table, const std::optional<int64_t>& last, int64_t number);
 
   // changes of tables with triggers (RunTriggers.cpp)
   class OwnTransaction;

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <optional>
 
-#include "tsql/catalog/IdentityStore.h"
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Values.h"
@@ -51,35 +50,6 @@ const char* VerbOf(StatementKind kind) {
 }
 
 } // namespace
-
-void Interpreter::CheckIdentity(const TableInfo& table, int64_t count) const {
-  if (!table.IdentityIsRowid() || count == 0) return;
-  const Type& type = table.columns[static_cast<size_t>(table.identityColumn)].type;
-  const int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
-  if (last <= IdentityRangeOf(type).largest) return;
-  // The rows of one statement have consecutive numbers, and no others are as great.
-  connection_.Run("DELETE FROM " + table.SqlName() + " WHERE _rowid_ > " + std::to_string(last - count));
-  Fail(8115, {"IDENTITY", TypeName(type.id)});
-}
-
-// Behind the largest number that SQLite has, it takes the file for full.
-bool Interpreter::IsOutOfNumbers(const TableInfo& table) const {
-  return table.IdentityIsRowid() && IdentityStore(connection_).Last(table) == INT64_MAX;
-}
-
-// The numbers that the statement gives to its rows are kept with them.
-int64_t Interpreter::MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change) {
-  std::optional<StatementScope> scope;
-  BeginScope(scope, target, nullptr);
-  const IdentityStore identities(connection_);
-  IdentityCounter counter(target, identities.Last(target));
-  const CounterUse use(context_, counter);
-  const int64_t count = MakeCheckedChange(target, change);
-  if (counter.HasChanged()) identities.SetLast(target, counter.Last());
-  counted_ = counter.OfLastRow();
-  if (scope) scope->Complete();
-  return count;
-}
 
 int64_t Interpreter::MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change) {
   if (catalog_.TablesWithForeignKeys().empty() || target.place != Place::Main) return change();
@@ -131,21 +101,6 @@ void Interpreter::FailChange(const SqliteFailure& failure, const TableInfo& targ
   throw Error(Translate(failure)); // here, because the message needs the target
 }
 
-// Whoever gives the numbers of an identity column without a key may give one twice.
-bool Interpreter::LetsNumbersRepeat(const TablePtr& table) {
-  const auto isOverIdentity = [&table](const KeyInfo& key) {
-    const bool isUnique =
-        key.kind == KeyKind::PrimaryKey || key.kind == KeyKind::Unique || key.kind == KeyKind::UniqueIndex;
-    return isUnique && key.columns == std::vector<int>{table->identityColumn};
-  };
-  if (!table->IdentityIsRowid() || std::ranges::any_of(table->keys, isOverIdentity)) return false;
-  StatementScope scope(transaction_, table->place);
-  definitions_.CountIdentity(table);
-  scope.Complete();
-  MarkSchemaChange(table->place);
-  return true;
-}
-
 Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
@@ -186,16 +141,6 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
 bool Interpreter::IsDuplicate(const SqliteFailure& failure) {
   return failure.code == SQLITE_CONSTRAINT_UNIQUE || failure.code == SQLITE_CONSTRAINT_PRIMARYKEY ||
          failure.code == SQLITE_CONSTRAINT_ROWID;
-}
-
-// The identity value of the row that was inserted last.
-void Interpreter::TakeIdentity(const TableInfo& table) {
-  if (table.identityColumn < 0) return;
-  const int64_t last =
-      table.CountsIdentity() ? counted_.value_or(0) : sqlite3_last_insert_rowid(connection_.Handle());
-  identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
-                      ConvertMode::Cast);
-  running_->scopeIdentity = identity_;
 }
 
 // ---- INSERT ... EXEC

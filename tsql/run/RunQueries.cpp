@@ -81,7 +81,8 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
     return inserted;
   });
   if (isNumbered && count > 0) TakeIdentity(*table);
-  if (!isNumbered && table->CountsIdentity()) IdentityStore(connection_).ContinueRows(*table);
+  const IdentityStore identities(connection_);
+  if (!isNumbered && table->CountsIdentity()) identities.SetLast(*table, identities.Farthest(*table));
   scope.Complete();
   MarkSchemaChange(PlaceOf(name));
   SendRowCount(count);

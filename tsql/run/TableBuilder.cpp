@@ -194,7 +194,8 @@ void TableBuilder::Rebuild(const TableInfo& before, const TableInfo& after,
     const std::string_view message = failure.what();
     Fail(515, {message.substr(message.rfind('.') + 1), after.FullName(databaseName), "UPDATE"});
   }
-  if (made.CountsIdentity() && before.identityColumn < 0) identities_.ContinueRows(made);
+  if (made.CountsIdentity() && before.identityColumn < 0)
+    identities_.SetLast(made, identities_.Farthest(made));
   if (before.CountsIdentity()) identities_.SetLast(before, std::nullopt);
   connection_.Run("DROP TABLE " + before.SqlName());
   Rename(made, after);

@@ -57,6 +57,7 @@ StatementPtr Parser::ParseUnterminated() {
   if (IsSymbol("(") && StartsQuery()) return ParseQueryStatement();
   if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
   if (Current().kind == TokenKind::Word) {
+    if (AreWordsAt(0, "DBCC CHECKIDENT")) return ParseCheckIdentity();
     RefuseWords(RefusedKind::Statement);
     if (AreWordsAt(0, "ENABLE TRIGGER") || AreWordsAt(0, "DISABLE TRIGGER")) return ParseSwitchTriggers();
     for (const Entry& entry : kRules)
@@ -258,6 +259,30 @@ bool Parser::ParseFixedOption(SetOptionStatement& statement) {
   };
   if (std::ranges::none_of(found->values, isValue)) Refuse(found->refusal, line);
   return true;
+}
+
+StatementPtr Parser::ParseCheckIdentity() {
+  auto statement = MakeStatement<CheckIdentityStatement>(at_);
+  at_ += 2;
+  ExpectSymbol("(");
+  if (IsName()) {
+    statement->table = ParseDefinedName();
+  } else {
+    statement->nameText = ParseExpression();
+  }
+  if (TakeSymbol(",")) {
+    statement->reseeds = !TakeWord("noreseed");
+    if (statement->reseeds) {
+      ExpectWord("reseed");
+      if (TakeSymbol(",")) statement->newSeed = ParseExpression();
+    }
+  }
+  ExpectSymbol(")");
+  if (TakeWord("with")) {
+    ExpectWord("no_infomsgs");
+    statement->isSilent = true;
+  }
+  return statement;
 }
 
 StatementPtr Parser::ParseUse() {

@@ -162,6 +162,7 @@ class Parser {
   StatementPtr ParseSetOption();
   void ParseOptionValue(SetOptionStatement& statement, const Token& name);
   bool ParseFixedOption(SetOptionStatement& statement);
+  StatementPtr ParseCheckIdentity();
   StatementPtr ParseUse();
   void ParseIsolationLevel();
   StatementPtr ParseIf();

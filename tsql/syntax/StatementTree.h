@@ -39,6 +39,7 @@ enum class StatementKind : uint8_t {
   Goto,
   WaitFor,
   Use,
+  CheckIdentity,
   TryCatch,
   DeclareCursor,
   Cursor,
@@ -301,6 +302,16 @@ struct SetOptionStatement : Statement {
   std::string option; // lower case
   std::string value;  // ON, OFF or what was written; a variable's name
   ObjectName table;   // of IDENTITY_INSERT
+};
+
+// DBCC CHECKIDENT. The table is given by its name, or by a text that has it.
+struct CheckIdentityStatement : Statement {
+  CheckIdentityStatement() : Statement(StatementKind::CheckIdentity) {}
+  ObjectName table;
+  ExprPtr nameText;
+  bool reseeds = true;
+  ExprPtr newSeed;
+  bool isSilent = false;
 };
 
 struct UseStatement : Statement {

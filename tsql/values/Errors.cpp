@@ -259,6 +259,10 @@ constexpr ErrorText kErrors[] = {
     {2110, 16, 1, "Cannot alter trigger '%1' on '%2' because this trigger does not belong to this object."},
     {2111, 16, 1,
      "Cannot %1 trigger '%2' on %3 '%4' because an INSTEAD OF %5 trigger already exists on this object."},
+    {2501, 16, 45, "Cannot find a table or object with the name \"%1\". Check the system catalog."},
+    {2528, 0, 1,
+     "DBCC execution completed. If DBCC printed error messages, contact your system administrator."},
+    {2560, 16, 9, "Parameter %1 is incorrect for this DBCC statement."},
     {2601, 14, 1, "Cannot insert duplicate key row in object '%1' with unique index '%2'."},
     {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object '%3'."},
     {2705, 16, 3,
@@ -389,6 +393,9 @@ constexpr ErrorText kErrors[] = {
      "clause expressions."},
     {5703, 0, 1, "Changed language setting to %1."},
     {6401, 16, 1, "Cannot roll back %1. No transaction or savepoint of that name was found."},
+    {7995, 0, 1, "Checking identity information: current identity value '%1'."},
+    {7997, 16, 1, "'%1' does not contain an identity column."},
+    {7998, 0, 1, "Checking identity information: current identity value '%1', current column value '%2'."},
     {8101, 16, 1,
      "An explicit value for the identity column in table '%1' can only be specified when a column list is "
      "used and IDENTITY_INSERT is ON."},
@@ -595,6 +602,8 @@ bool EndsBatch(const Error& error) {
   case 1505:
   case 1750:
   case 1913:
+  case 2501:
+  case 2560:
   case 2601:
   case 2627:
   case 2747:
@@ -612,6 +621,7 @@ bool EndsBatch(const Error& error) {
   case 3903:
   case 4712:
   case 6401:
+  case 7997:
   case 8115:
   case 8134:
   case 8144:

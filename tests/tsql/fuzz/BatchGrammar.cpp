@@ -144,6 +144,7 @@ const std::vector<Rule>& Rules() {
         "SET IDENTITY_INSERT ICBOMGroup OFF",
         "SET TRANSACTION ISOLATION LEVEL READ UNCOMMITTED", "SET NUMERIC_ROUNDABORT OFF",
         "SET STATISTICS IO, TIME OFF", "SET LANGUAGE us_english", "SET DATEFIRST 7", "USE master",
+        "DBCC CHECKIDENT ('ICBOMGroup', RESEED, <num>)", "DBCC CHECKIDENT (<table>) WITH NO_INFOMSGS",
         "IF @@OPTIONS & 512 > 0 SELECT @@SPID, @@LOCK_TIMEOUT, SYSTEM_USER",
         "SET ROWCOUNT 2 <statement> SET ROWCOUNT 0", "SET ROWCOUNT @i <statement>"}},
       {"execute",

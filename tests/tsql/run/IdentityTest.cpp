@@ -221,6 +221,56 @@ TEST_F(IdentityTest, SelectIntoKeepsTheIdentityOfItsOnlyTable) {
        " SELECT id, COUNT(*) AS n INTO g FROM k GROUP BY id INSERT INTO g VALUES (1, 1)");
 }
 
+constexpr char kCompleted[] =
+    "DBCC execution completed. If DBCC printed error messages, contact your system administrator.";
+
+std::string Checked(const std::string& current, const std::string& column) {
+  return "Checking identity information: current identity value '" + current + "', current column value '" +
+         column + "'.";
+}
+
+TEST_F(IdentityTest, CheckIdentTellsAndMends) {
+  Must("CREATE TABLE t (id INT IDENTITY(10,5) PRIMARY KEY, a INT) CREATE TABLE n (a INT)");
+  EXPECT_EQ(Run("DBCC CHECKIDENT ('t', NORESEED)").messages, Lines({Checked("NULL", "NULL"), kCompleted}));
+  Must("INSERT INTO t VALUES (1), (2)");
+  EXPECT_EQ(Run("DBCC CHECKIDENT (t) DBCC CHECKIDENT ([dbo].[t], RESEED) WITH NO_INFOMSGS").messages,
+            Lines({Checked("15", "15"), kCompleted}));
+  Must("DELETE FROM t WHERE a = 2");
+  EXPECT_EQ(Run("DECLARE @t VARCHAR(9), @n INT SELECT @t = 'dbo.t', @n = 40 DBCC CHECKIDENT (@t, RESEED, @n)")
+                .messages,
+            Lines({"Checking identity information: current identity value '15'.", kCompleted}));
+  EXPECT_EQ(Rows("INSERT INTO t OUTPUT inserted.id VALUES (3)"), Lines({"45"}));
+  EXPECT_EQ(ErrorText("DBCC CHECKIDENT (missing)"),
+            "2501 1 Cannot find a table or object with the name \"missing\". Check the system catalog.");
+  EXPECT_EQ(ErrorText("DBCC CHECKIDENT ('n')"), "7997 1 'n' does not contain an identity column.");
+  EXPECT_EQ(ErrorOf("DBCC CHECKIDENT ('t', RESEED, 3000000000)"), 2560);
+  EXPECT_EQ(ErrorOf("CREATE FUNCTION f () RETURNS INT AS BEGIN DBCC CHECKIDENT (t) RETURN 1 END"), 443);
+  EXPECT_EQ(ErrorOf("DBCC CHECKDB"), 40510);
+}
+
+TEST_F(IdentityTest, ReseedingBackGivesNumbersAgain) {
+  for (const char* increment : {"1", "10"}) {
+    Must(std::string("CREATE TABLE k (id INT IDENTITY(1,") + increment +
+         ") CONSTRAINT pk PRIMARY KEY, a INT)"
+         " INSERT INTO k VALUES (1), (2), (3) DBCC CHECKIDENT ('k', RESEED, 1)");
+    EXPECT_EQ(ErrorText("INSERT INTO k VALUES (4)").substr(0, 4), "2627") << "the key refuses what is there";
+    Must("DELETE FROM k DBCC CHECKIDENT ('k', RESEED, 0)");
+    EXPECT_EQ(Rows("INSERT INTO k OUTPUT inserted.id VALUES (5)"), Lines({increment}));
+    Must("TRUNCATE TABLE k DBCC CHECKIDENT ('k', RESEED, 7)");
+    EXPECT_EQ(Rows("INSERT INTO k OUTPUT inserted.id VALUES (6)"), Lines({"7"}))
+        << "the first row of an empty table has the number itself";
+    Must("DROP TABLE k");
+  }
+  Must(
+      "CREATE TABLE #h (id INT IDENTITY, a INT) INSERT INTO #h VALUES (1), (2) DBCC CHECKIDENT ('#h', RESEED, 0)"
+      " INSERT INTO #h VALUES (3)");
+  EXPECT_EQ(Rows("SELECT id, a FROM #h ORDER BY a"), Lines({"1|1", "2|2", "1|3"}));
+  // Numbers that were given are counted again.
+  Must("SET IDENTITY_INSERT #h ON INSERT INTO #h (id, a) VALUES (50, 4) SET IDENTITY_INSERT #h OFF"
+       " DBCC CHECKIDENT ('#h', RESEED, 3) DBCC CHECKIDENT ('#h', RESEED) INSERT INTO #h VALUES (5)");
+  EXPECT_EQ(Rows("SELECT id FROM #h WHERE a = 5"), Lines({"51"}));
+}
+
 TEST_F(IdentityTest, IdentityInsertIsOnForOneTable) {
   Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) CREATE TABLE u (id INT IDENTITY(1,1), a INT) "
        "CREATE TABLE w (a INT)");
