@@ -110,6 +110,7 @@ BoundExprPtr Binder::BindStringAggregate(const Expr& expr) {
 BoundExprPtr Binder::MakeAggregate(const Expr& expr, AggregateId aggregate, BoundExprPtr arg) const {
   const bool isCount = aggregate == AggregateId::Count || aggregate == AggregateId::CountBig;
   const bool isTotal = aggregate == AggregateId::Sum || aggregate == AggregateId::Average;
+  const bool isSpread = aggregate >= AggregateId::Deviation && aggregate <= AggregateId::PopulationVariance;
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Aggregate, {});
   node->aggregate = aggregate;
   node->distinct = expr.distinct;
@@ -122,9 +123,10 @@ BoundExprPtr Binder::MakeAggregate(const Expr& expr, AggregateId aggregate, Boun
     return node;
   }
   const bool isNumeric = IsNumeric(arg->type) && arg->type.id != TypeId::Bit;
-  if (isTotal && !isNumeric) Fail(8117, {TypeName(arg->type.id), expr.text});
+  if ((isTotal || isSpread) && !isNumeric) Fail(8117, {TypeName(arg->type.id), expr.text});
   if (!isCount && (IsLob(arg->type.id) || arg->type.id == TypeId::Bit))
     Fail(8117, {TypeName(arg->type.id), expr.text});
+  if (isSpread) arg = Convert(std::move(arg), MakeType(TypeId::Float));
   if (!isCount) {
     node->type = arg->type;
     if (FamilyOf(node->type.id) == Family::Integer) node->type.precision = 0;

@@ -20,6 +20,10 @@ constexpr std::pair<std::string_view, AggregateId> kAggregates[] = {
     {"avg", AggregateId::Average},
     {"min", AggregateId::Min},
     {"max", AggregateId::Max},
+    {"stdev", AggregateId::Deviation},
+    {"stdevp", AggregateId::PopulationDeviation},
+    {"var", AggregateId::Variance},
+    {"varp", AggregateId::PopulationVariance},
     {"string_agg", AggregateId::StringAggregate}};
 
 // Functions that read what the session knows.

@@ -37,7 +37,19 @@ enum class GlobalValue : uint8_t {
   CurrentRow, // the number in SQLite of the row of WHERE CURRENT OF
 };
 
-enum class AggregateId : uint8_t { Count, CountBig, Sum, Average, Min, Max, StringAggregate };
+enum class AggregateId : uint8_t {
+  Count,
+  CountBig,
+  Sum,
+  Average,
+  Min,
+  Max,
+  Deviation, // of a sample; the next ones of a population, and the variances
+  PopulationDeviation,
+  Variance,
+  PopulationVariance,
+  StringAggregate
+};
 
 // The functions that look at other rows of the result; they stand only with OVER.
 enum class WindowId : uint8_t {

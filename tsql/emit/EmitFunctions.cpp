@@ -246,6 +246,13 @@ void Emitter::EmitOver(const BoundExpr& expr) {
   Text(")");
 }
 
+// An aggregate of type float, whose value must be one of that type.
+void Emitter::EmitFinite(const char* aggregate, const BoundExpr& expr) {
+  Open(names::kFinite);
+  EmitNativeAggregate(aggregate, expr);
+  Text(")");
+}
+
 void Emitter::EmitAggregate(const BoundExpr& expr) {
   if (OwnArguments(expr) == 0) {
     Text("count(*)");
@@ -258,16 +265,16 @@ void Emitter::EmitAggregate(const BoundExpr& expr) {
   case AggregateId::Min: return EmitNativeAggregate("min", expr);
   case AggregateId::Max: return EmitNativeAggregate("max", expr);
   case AggregateId::StringAggregate: return EmitStringAggregate(expr);
+  case AggregateId::Deviation: return EmitFinite(names::kDeviation, expr);
+  case AggregateId::PopulationDeviation: return EmitFinite(names::kPopulationDeviation, expr);
+  case AggregateId::Variance: return EmitFinite(names::kVariance, expr);
+  case AggregateId::PopulationVariance: return EmitFinite(names::kPopulationVariance, expr);
   case AggregateId::Sum:
   case AggregateId::Average: break;
   }
   const bool isAverage = expr.aggregate == AggregateId::Average;
   switch (FamilyOf(expr.type.id)) {
-  case Family::Float:
-    Open(names::kFinite);
-    EmitNativeAggregate(isAverage ? "avg" : "sum", expr);
-    Text(")");
-    break;
+  case Family::Float: EmitFinite(isAverage ? "avg" : "sum", expr); break;
   case Family::Integer:
     // The sum must fit into the type, even if only the average is wanted.
     if (isAverage) Text("(");

@@ -111,6 +111,7 @@ class Emitter {
   void EmitFunction(const BoundExpr& expr);
   void EmitUserCall(const char* call, const std::string& name, const std::vector<BoundExprPtr>& args);
   bool EmitSubstring(const BoundExpr& expr);
+  void EmitFinite(const char* aggregate, const BoundExpr& expr);
   void EmitAggregate(const BoundExpr& expr);
   void EmitNativeAggregate(std::string_view name, const BoundExpr& expr);
   void EmitStringAggregate(const BoundExpr& expr);

@@ -1,4 +1,6 @@
 // Aggregates that SQLite lacks: exact sums and averages, and the only value of a subquery.
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -83,6 +85,48 @@ void SumFinal(sqlite3_context* context) {
   });
 }
 
+// How far values lie from their mean: the sum of the squares, kept while values come and, in a window, go.
+struct Spread {
+  int64_t count;
+  double mean;
+  double squares;
+};
+
+void SpreadStep(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  auto* state = static_cast<Spread*>(sqlite3_aggregate_context(context, sizeof(Spread)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+  const double value = sqlite3_value_double(values[0]);
+  const double before = value - state->mean;
+  ++state->count;
+  state->mean += before / static_cast<double>(state->count);
+  state->squares += before * (value - state->mean);
+}
+
+void SpreadInverse(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  auto* state = static_cast<Spread*>(sqlite3_aggregate_context(context, sizeof(Spread)));
+  if (state == nullptr) return sqlite3_result_error_nomem(context);
+  if (sqlite3_value_type(values[0]) == SQLITE_NULL) return;
+  if (--state->count == 0) {
+    *state = {};
+    return;
+  }
+  const double value = sqlite3_value_double(values[0]);
+  const double after = value - state->mean;
+  state->mean -= after / static_cast<double>(state->count);
+  state->squares -= after * (value - state->mean);
+}
+
+// Of a sample one value is not free; without another one there is no answer.
+template <bool IsPopulation, bool IsRoot>
+void SpreadFinal(sqlite3_context* context) {
+  const auto* state = static_cast<Spread*>(sqlite3_aggregate_context(context, 0));
+  const int64_t free = state == nullptr ? 0 : state->count - (IsPopulation ? 0 : 1);
+  if (free <= 0) return sqlite3_result_null(context);
+  const double variance = std::max(state->squares, 0.0) / static_cast<double>(free);
+  sqlite3_result_double(context, IsRoot ? std::sqrt(variance) : variance);
+}
+
 // The value of a subquery's only row. A second row is an error.
 struct Single {
   sqlite3_value* value;
@@ -157,6 +201,10 @@ void RegisterAggregateFunctions(sqlite3* connection, FunctionContext& context) {
   };
   addWindow(names::kSum, 3, TypedStep, SumFinal<false>, InverseStep);
   addWindow(names::kAverage, 3, TypedStep, SumFinal<true>, InverseStep);
+  addWindow(names::kDeviation, 1, SpreadStep, SpreadFinal<false, true>, SpreadInverse);
+  addWindow(names::kPopulationDeviation, 1, SpreadStep, SpreadFinal<true, true>, SpreadInverse);
+  addWindow(names::kVariance, 1, SpreadStep, SpreadFinal<false, false>, SpreadInverse);
+  addWindow(names::kPopulationVariance, 1, SpreadStep, SpreadFinal<true, false>, SpreadInverse);
   add(names::kStringAggregate, 3, kFlags, JoinStep, JoinFinal);
   add(names::kSingle, 1, SQLITE_UTF8 | SQLITE_INNOCUOUS, SingleStep, SingleFinal);
 }

@@ -47,6 +47,10 @@ inline constexpr const char* kNegate = "t_negate";
 inline constexpr const char* kCompute = "t_compute";
 inline constexpr const char* kSum = "t_sum";
 inline constexpr const char* kAverage = "t_average";
+inline constexpr const char* kDeviation = "t_stdev";
+inline constexpr const char* kPopulationDeviation = "t_stdevp";
+inline constexpr const char* kVariance = "t_var";
+inline constexpr const char* kPopulationVariance = "t_varp";
 inline constexpr const char* kMoment = "t_moment";
 
 // Binary values.
