@@ -31,6 +31,8 @@ const TableSource* Binder::FindTargetSource(const TableSource& from, const Objec
     const TableSource* found = FindTargetSource(*from.left, name, byAlias);
     return found != nullptr ? found : FindTargetSource(*from.right, name, byAlias);
   }
+  if (from.kind == TableSource::Kind::Derived)
+    return byAlias && EqualNames(from.alias, name.name) ? &from : nullptr;
   if (from.kind != TableSource::Kind::Named) return nullptr;
   if (byAlias && !from.alias.empty()) return EqualNames(from.alias, name.name) ? &from : nullptr;
   if (!EqualNames(from.name.name, name.name)) return nullptr;
@@ -239,14 +241,14 @@ void Binder::AddDefaults(BoundInsert& bound) {
 
 TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
                             BoundSourcePtr& source, int& target) {
-  if (FindCommon(name) != nullptr) Refuse("Changing a common table expression");
   if (from == nullptr) {
-    if (const ModulePtr view = FindTarget(name, event)) {
+    const ModulePtr fired = FindCommon(name) == nullptr ? FindTarget(name, event) : nullptr;
+    if (fired || FindCommon(name) != nullptr || (!FindTable(name) && (catalog_.FindView(name) || FindSystemView(name) != nullptr))) {
       TableSource own;
       own.name = name;
       source = BindNamed(own, scope);
       target = source->id;
-      return ViewTable(*view);
+      return fired ? ViewTable(*fired) : nullptr;
     }
     TablePtr table = RequireTable(name);
     ScopeSource entry;
@@ -272,7 +274,6 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
     source->right = BindSource(*from, scope);
     target = source->left->id;
     if (IsFired(name)) Fail(286, {});
-    if (!source->left->table) Refuse("Changing a view");
     return source->left->table;
   }
   source = BindSource(*from, scope);
@@ -282,11 +283,79 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
     if (targetSource->alias.empty() && entry.table && entry.table != catalog_.FindTable(targetSource->name))
       continue;
     if (entry.isFired) Fail(286, {});
-    if (!entry.table) Refuse("Changing a view or a derived table");
     target = entry.id;
     return entry.table;
   }
   Fail(208, {name.name});
+}
+
+// A query's rows are changed in the table that it selects from: the query gives their numbers as one more
+// column, by which the table is joined to it.
+TablePtr Binder::BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& commons,
+                                  BoundSourcePtr& source, int& target) {
+  const BoundSource* const node = FindSource(*source, target);
+  const auto isTarget = [target](const ScopeSource& entry) { return entry.id == target; };
+  const auto entry = std::find_if(scope.sources.begin(), scope.sources.end(), isTarget);
+  if (entry->system != nullptr) Fail(259, {});
+  BoundQuery* query = node->query.get();
+  if (node->kind == BoundSource::Kind::Common)
+    for (const BoundCommon& common : commons)
+      if (common.id == node->common) query = common.query.get();
+  if (query == nullptr) Refuse("Changing a query of several tables or of another query");
+  if (query->op != SetOp::None) Fail(4426, {entry->exposed});
+  BoundSelect& select = *query->select;
+  if (select.distinct || select.grouped) Fail(4403, {entry->exposed});
+  if (!select.from || select.from->kind != BoundSource::Kind::Table)
+    Refuse("Changing a query of several tables or of another query");
+  const TablePtr table = select.from->table;
+  Through through;
+  through.source = target;
+  through.name = entry->exposed;
+  for (size_t i = 0; i < entry->columns.size(); ++i) {
+    const BoundExpr& item = *select.items[i].expr;
+    const bool isColumn = item.kind == BoundExpr::Kind::Column && item.source == select.from->id;
+    through.columns.emplace_back(entry->columns[i].name, isColumn ? table->FindColumn(item.name) : -1);
+  }
+  through_ = std::move(through);
+  BoundItem number;
+  number.expr = RowNumberOf(select.from->id);
+  select.items.push_back(std::move(number));
+
+  auto own = std::make_unique<BoundSource>();
+  own->kind = BoundSource::Kind::Table;
+  own->table = table;
+  own->id = nextSource_++;
+  BoundExprPtr given = RowNumberOf(target);
+  given->name = ResultColumnName(select.items.size() - 1);
+  BoundExprPtr compare = MakeNode(BoundExpr::Kind::Compare, {});
+  compare->args.push_back(RowNumberOf(own->id));
+  compare->args.push_back(std::move(given));
+  target = own->id;
+  auto join = std::make_unique<BoundSource>();
+  join->kind = BoundSource::Kind::Join;
+  join->join = JoinKind::Inner;
+  join->left = std::move(own);
+  join->right = std::move(source);
+  join->on = std::move(compare);
+  source = std::move(join);
+  return table;
+}
+
+const BoundSource* Binder::FindSource(const BoundSource& tree, int id) {
+  if (tree.kind != BoundSource::Kind::Join) return tree.id == id ? &tree : nullptr;
+  const BoundSource* const found = FindSource(*tree.left, id);
+  return found != nullptr ? found : FindSource(*tree.right, id);
+}
+
+// The column of the table that is changed; -1 when there is none of the name.
+int Binder::FindAssigned(const std::string& name, const TableInfo& table) const {
+  if (!through_) return table.FindColumn(name);
+  for (const auto& [own, column] : through_->columns) {
+    if (!EqualNames(own, name)) continue;
+    if (column < 0) Fail(4406, {through_->name});
+    return column;
+  }
+  return -1;
 }
 
 // The lower one of TOP and SET ROWCOUNT; null without both.
@@ -350,6 +419,8 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   Scope scope;
   bound.table = BindTarget(statement.target, TriggerEvent::Update, statement.from.get(), scope, bound.from,
                            bound.target);
+  if (!bound.table) bound.table = BindThroughQuery(scope, bound.commons, bound.from, bound.target);
+  if (through_ && statement.output) Refuse("OUTPUT of a change through a query or view");
   scope_ = &scope;
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
@@ -385,10 +456,13 @@ void Binder::JoinAssignments(std::vector<BoundExprPtr> variables, BoundUpdate& b
   if (bound.assignments.empty()) {
     int column = 0;
     while (table.columns[static_cast<size_t>(column)].IsComputed()) ++column;
+    ScopeSource own; // of a change through a query, whose table nobody can name
+    own.id = bound.target;
+    own.columns = ColumnsOf(table);
+    const ScopeSource* target = &own;
     for (const ScopeSource& source : scope_->sources)
-      if (source.id == bound.target)
-        bound.assignments.emplace_back(column,
-                                       MakeColumn(source, source.columns[static_cast<size_t>(column)]));
+      if (source.id == bound.target) target = &source;
+    bound.assignments.emplace_back(column, MakeColumn(*target, target->columns[static_cast<size_t>(column)]));
   }
   const auto isBefore = [&](const auto& left, const auto& right) {
     if (left.first == table.rowidColumn || right.first == table.rowidColumn)
@@ -417,12 +491,12 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
       continue;
     }
     const std::string& name = assignment.column.back();
-    const int column = bound.table->FindColumn(name);
+    const int column = FindAssigned(name, *bound.table);
     if (assignment.column.size() > 1) {
       bool prefixFound = false;
       const Resolved found = ResolveIn(*scope_, assignment.column, prefixFound);
       if (!prefixFound) Fail(4104, {assignment.column[assignment.column.size() - 2] + "." + name});
-      if (found.source != nullptr && found.source->id != bound.target)
+      if (found.source != nullptr && found.source->id != (through_ ? through_->source : bound.target))
         Fail(4104, {assignment.column[assignment.column.size() - 2] + "." + name});
     }
     if (column < 0) Fail(207, {name});
@@ -447,6 +521,8 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   Scope scope;
   bound.table = BindTarget(statement.target, TriggerEvent::Delete, statement.from.get(), scope, bound.from,
                            bound.target);
+  if (!bound.table) bound.table = BindThroughQuery(scope, bound.commons, bound.from, bound.target);
+  if (through_ && statement.output) Refuse("OUTPUT of a change through a query or view");
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);

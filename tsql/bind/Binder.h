@@ -334,6 +334,12 @@ class Binder {
   TablePtr BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
                       BoundSourcePtr& source, int& target);
   BoundExprPtr BindChangeTop(const ExprPtr& top);
+  // What BindTarget gives null for: a derived table, a common table expression or a view without triggers.
+  // Makes the table that it selects from the target, and returns it.
+  TablePtr BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& commons, BoundSourcePtr& source,
+                            int& target);
+  static const BoundSource* FindSource(const BoundSource& tree, int id); // null when it is not in the tree
+  int FindAssigned(const std::string& name, const TableInfo& table) const;
   static BoundExprPtr RowNumberOf(int source);
   static BoundExprPtr BindCurrentOf(int target);
   void BindAssignments(const UpdateStatement& statement, BoundUpdate& bound);
@@ -357,7 +363,15 @@ class Binder {
   int nextSource_ = 0;
   int nextCommon_ = 0;
   int viewDepth_ = 0;
-  int maxRecursion_ = kMaxRecursion;         // of the statement
+  int maxRecursion_ = kMaxRecursion; // of the statement
+  // The query that an UPDATE or DELETE changes the rows of its table through: its columns, each with the
+  // column of the table that it is, -1 for none.
+  struct Through {
+    int source = -1;
+    std::string name;
+    std::vector<std::pair<std::string, int>> columns;
+  };
+  std::optional<Through> through_;
   std::optional<IntoIdentity> intoIdentity_; // of the SELECT ... INTO that is being bound
   bool wantsUpdateLock_ = false;
   const std::vector<TablePtr>* tableVariables_ = nullptr;

@@ -117,6 +117,7 @@ constexpr ErrorText kErrors[] = {
     {257, 16, 3,
      "Implicit conversion from data type %1 to %2 is not allowed. Use the CONVERT function to run this "
      "query."},
+    {259, 16, 1, "Ad hoc updates to system catalogs are not allowed."},
     {264, 16, 1,
      "The column name '%1' is specified more than once in the SET clause or column list of an INSERT. A "
      "column cannot be assigned more than one value in the same clause. Modify the clause to make sure that "
@@ -355,6 +356,12 @@ constexpr ErrorText kErrors[] = {
      "has to be known."},
     {4193, 16, 1, "'BETWEEN %1 AND %2' is not a valid window frame and cannot be used with the OVER clause."},
     {4194, 16, 1, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters."},
+    {4403, 16, 1,
+     "Cannot update the view or function '%1' because it contains aggregates, or a DISTINCT or GROUP BY clause, "
+     "or PIVOT or UNPIVOT operator."},
+    {4406, 16, 1,
+     "Update or insert of view or function '%1' failed because it contains a derived or constant field."},
+    {4426, 16, 1, "View '%1' is not updatable because the definition contains a UNION operator."},
     {4506, 16, 1,
      "Column names in each view or function must be unique. Column name '%1' in view or function '%2' is "
      "specified more than once."},

@@ -1,0 +1,91 @@
+// UPDATE and DELETE of the rows that a common table expression, a derived table or a view gives.
+#include "tests/tsql/EngineFixture.h"
+
+namespace tsql::test {
+namespace {
+
+class ChangedQueriesTest : public EngineTest {
+ protected:
+  void SetUp() override {
+    Must("CREATE TABLE t (id INT, k VARCHAR(5), n INT NULL)"
+         " INSERT INTO t VALUES (1, 'a', 10), (2, 'a', 20), (3, 'b', 30), (4, 'a', 40), (5, 'b', 50)");
+  }
+  Lines Left() { return Rows("SELECT id, n FROM t ORDER BY id"); }
+};
+
+TEST_F(ChangedQueriesTest, RowsAreDeletedByTheirPlace) {
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON;WITH d AS (SELECT *, ROW_NUMBER() OVER (PARTITION BY k ORDER BY id DESC) AS place FROM t)"
+          " DELETE FROM d WHERE place > 1 SELECT @@ROWCOUNT"),
+      Lines({"3"}));
+  EXPECT_EQ(Left(), Lines({"4|40", "5|50"}));
+}
+
+TEST_F(ChangedQueriesTest, TheFirstRowsOfAnOrder) {
+  Must("WITH d AS (SELECT TOP 2 * FROM t ORDER BY n DESC) DELETE FROM d");
+  EXPECT_EQ(Left(), Lines({"1|10", "2|20", "3|30"}));
+  Must("WITH d AS (SELECT TOP (1) n FROM t ORDER BY id) UPDATE d SET n = n + 1");
+  EXPECT_EQ(Left(), Lines({"1|11", "2|20", "3|30"}));
+  Must("WITH d AS (SELECT * FROM t) DELETE TOP (1) FROM d WHERE n > 15");
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM t"), Lines({"2"}));
+}
+
+TEST_F(ChangedQueriesTest, AnUpdateTakesWhatTheQueryComputes) {
+  Must(
+      "WITH d (number, place, total) AS (SELECT n, ROW_NUMBER() OVER (ORDER BY id DESC), SUM(n) OVER (PARTITION BY k) FROM t)"
+      " UPDATE d SET number = place * 100 + total WHERE place <> 3");
+  EXPECT_EQ(Left(), Lines({"1|570", "2|470", "3|30", "4|270", "5|180"}));
+  Must("UPDATE x SET x.n = y.id FROM (SELECT id, n FROM t WHERE k = 'b') x JOIN t y ON y.id = x.id - 1");
+  EXPECT_EQ(Left(), Lines({"1|570", "2|470", "3|2", "4|270", "5|4"}));
+  Must("DELETE x FROM (SELECT TOP 1 id FROM t ORDER BY id) AS x WHERE x.id = 1");
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM t"), Lines({"4"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON DECLARE @s INT SET @s = 0;WITH d AS (SELECT n FROM t WHERE k = 'b') UPDATE d SET @s += n, n = 0"
+          " SELECT @s"),
+      Lines({"6"}));
+  EXPECT_EQ(
+      Rows(
+          "SET NOCOUNT ON DECLARE @s INT SET @s = 0;WITH d AS (SELECT id FROM t) UPDATE d SET @s = @s + id SELECT @s"),
+      Lines({"14"}));
+}
+
+TEST_F(ChangedQueriesTest, AViewIsItsTable) {
+  Must("CREATE VIEW v AS SELECT id AS number, n, n * 2 AS twice FROM t WHERE k = 'a'");
+  Must("UPDATE v SET n = twice WHERE number > 1 DELETE v WHERE number = 1");
+  EXPECT_EQ(Left(), Lines({"2|40", "3|30", "4|80", "5|50"}));
+  Must("UPDATE x SET n = 7 FROM v x JOIN t ON t.id = x.number + 1 WHERE t.k = 'b'");
+  EXPECT_EQ(Left(), Lines({"2|7", "3|30", "4|7", "5|50"}));
+  EXPECT_EQ(
+      ErrorText("UPDATE v SET twice = 1"),
+      "4406 1 Update or insert of view or function 'v' failed because it contains a derived or constant field.");
+  EXPECT_EQ(ErrorOf("UPDATE v SET k = 'b'"), 207);
+  EXPECT_EQ(ErrorOf("UPDATE v SET id = 1"), 207);
+}
+
+TEST_F(ChangedQueriesTest, TriggersAndKeysOfTheTable) {
+  Must("CREATE TABLE log (id INT, was INT, becomes INT)");
+  Must("CREATE TRIGGER tr ON t FOR UPDATE, DELETE AS INSERT INTO log SELECT d.id, d.n, i.n FROM deleted d"
+       " LEFT JOIN inserted i ON i.id = d.id");
+  Must(
+      "WITH d AS (SELECT n, ROW_NUMBER() OVER (ORDER BY id) AS place FROM t) UPDATE d SET n = place WHERE place < 3"
+      ";WITH d AS (SELECT id FROM t) DELETE FROM d WHERE id = 5");
+  EXPECT_EQ(Rows("SELECT id, was, becomes FROM log ORDER BY id"), Lines({"1|10|1", "2|20|2", "5|50|NULL"}));
+  Must("CREATE TABLE u (id INT PRIMARY KEY, n INT) INSERT INTO u VALUES (1, 1), (2, 2)"
+       ";WITH d AS (SELECT id, n FROM u) UPDATE d SET id = 3 - id");
+  EXPECT_EQ(Rows("SELECT id, n FROM u ORDER BY id"), Lines({"1|2", "2|1"}));
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT id FROM u) UPDATE d SET id = 1"), 2627);
+}
+
+TEST_F(ChangedQueriesTest, WhatCannotBeChanged) {
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT k, SUM(n) AS n FROM t GROUP BY k) UPDATE d SET n = 1"), 4403);
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT DISTINCT k FROM t) DELETE FROM d"), 4403);
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT k FROM t UNION ALL SELECT 'x') DELETE FROM d"), 4426);
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT a.k FROM t a, t b) DELETE FROM d"), 40510);
+  EXPECT_EQ(ErrorOf("DELETE FROM sys.objects"), 259);
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM t"), Lines({"5"}));
+}
+
+} // namespace
+} // namespace tsql::test
