@@ -42,7 +42,7 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 5;
+constexpr int64_t kVersion = 6;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
@@ -50,6 +50,7 @@ constexpr int64_t kFineVersion = 2;     // the types time and datetime2
 constexpr int64_t kConstraintVersion = 3;
 constexpr int64_t kTriggerVersion = 4; // triggers
 constexpr int64_t kSchemaVersion = 5;  // schemas other than dbo
+constexpr int64_t kActionVersion = 6;  // foreign keys with referential actions
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -61,6 +62,11 @@ enum class ColumnValue : int64_t {
 
 // Added to the kind of what is switched off: of a constraint since version 3, of a trigger since version 4.
 constexpr int64_t kDisabled = 16;
+// The number of a foreign key's referential action on DELETE is added to its kind so many times, and that on
+// UPDATE. Since version 6.
+constexpr int64_t kOnDelete = 32;
+constexpr int64_t kOnUpdate = 128;
+constexpr int64_t kActions = 4; // how many there are
 
 // The engine's own tables, quoted.
 inline constexpr const char* kTables = "\"~tables\"";

@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 6");
+  Ask("PRAGMA user_version = 7");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,26 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 6. This server supports version 5 "
+                    "' cannot be opened because it is version 7. This server supports version 6 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
+}
+
+TEST_F(StorageTest, AReferentialActionMakesTheFileOneOfTheSixthVersion) {
+  Must("CREATE TABLE p (id INT PRIMARY KEY)"
+       " CREATE TABLE t (a INT CONSTRAINT plain REFERENCES p ON DELETE NO ACTION ON UPDATE NO ACTION)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("BEGIN TRAN CREATE TABLE u (a INT REFERENCES p ON DELETE CASCADE) ROLLBACK");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE TABLE u (a INT CONSTRAINT d REFERENCES p ON DELETE CASCADE)");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  Must("CREATE TABLE v (a INT CONSTRAINT b REFERENCES p ON DELETE SET DEFAULT ON UPDATE SET NULL)"
+       " CREATE TABLE w (a INT CONSTRAINT o REFERENCES p ON UPDATE CASCADE)"
+       " ALTER TABLE w NOCHECK CONSTRAINT o");
+  EXPECT_EQ(Ask("SELECT name, kind FROM \"~keys\" WHERE check_text <> '' ORDER BY name"),
+            Lines({"b|357", "d|37", "o|149", "plain|5"}));
 }
 
 TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
