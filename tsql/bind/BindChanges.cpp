@@ -243,7 +243,8 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
                             BoundSourcePtr& source, int& target) {
   if (from == nullptr) {
     const ModulePtr fired = FindCommon(name) == nullptr ? FindTarget(name, event) : nullptr;
-    if (fired || FindCommon(name) != nullptr || (!FindTable(name) && (catalog_.FindView(name) || FindSystemView(name) != nullptr))) {
+    if (fired || FindCommon(name) != nullptr ||
+        (!FindTable(name) && (catalog_.FindView(name) || FindSystemView(name) != nullptr))) {
       TableSource own;
       own.name = name;
       source = BindNamed(own, scope);
@@ -291,7 +292,7 @@ TablePtr Binder::BindTarget(const ObjectName& name, TriggerEvent event, const Ta
 
 // A query's rows are changed in the table that it selects from: the query gives their numbers as one more
 // column, by which the table is joined to it.
-TablePtr Binder::BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& commons,
+TablePtr Binder::BindThroughQuery(TriggerEvent event, const Scope& scope, std::vector<BoundCommon>& commons,
                                   BoundSourcePtr& source, int& target) {
   const BoundSource* const node = FindSource(*source, target);
   const auto isTarget = [target](const ScopeSource& entry) { return entry.id == target; };
@@ -305,6 +306,8 @@ TablePtr Binder::BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& 
   if (query->op != SetOp::None) Fail(4426, {entry->exposed});
   BoundSelect& select = *query->select;
   if (select.distinct || select.grouped) Fail(4403, {entry->exposed});
+  const bool isJoin = select.from && select.from->kind == BoundSource::Kind::Join;
+  if (isJoin && event == TriggerEvent::Delete) Fail(4405, {entry->exposed});
   if (!select.from || select.from->kind != BoundSource::Kind::Table)
     Refuse("Changing a query of several tables or of another query");
   const TablePtr table = select.from->table;
@@ -334,8 +337,8 @@ TablePtr Binder::BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& 
   auto join = std::make_unique<BoundSource>();
   join->kind = BoundSource::Kind::Join;
   join->join = JoinKind::Inner;
-  join->left = std::move(own);
-  join->right = std::move(source);
+  join->left = std::move(source);
+  join->right = std::move(own);
   join->on = std::move(compare);
   source = std::move(join);
   return table;
@@ -419,7 +422,8 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   Scope scope;
   bound.table = BindTarget(statement.target, TriggerEvent::Update, statement.from.get(), scope, bound.from,
                            bound.target);
-  if (!bound.table) bound.table = BindThroughQuery(scope, bound.commons, bound.from, bound.target);
+  if (!bound.table)
+    bound.table = BindThroughQuery(TriggerEvent::Update, scope, bound.commons, bound.from, bound.target);
   if (through_ && statement.output) Refuse("OUTPUT of a change through a query or view");
   scope_ = &scope;
   BindAssignments(statement, bound);
@@ -510,6 +514,7 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
     value = AssignColumn(std::move(value), *bound.table, column);
     if (!assignment.variable.empty()) value = AssignVariable(assignment.variable, std::move(value), bound);
     bound.assignments.emplace_back(column, std::move(value));
+    bound.named.push_back(column);
   }
   if (!variables.empty()) JoinAssignments(std::move(variables), bound);
 }
@@ -521,7 +526,8 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   Scope scope;
   bound.table = BindTarget(statement.target, TriggerEvent::Delete, statement.from.get(), scope, bound.from,
                            bound.target);
-  if (!bound.table) bound.table = BindThroughQuery(scope, bound.commons, bound.from, bound.target);
+  if (!bound.table)
+    bound.table = BindThroughQuery(TriggerEvent::Delete, scope, bound.commons, bound.from, bound.target);
   if (through_ && statement.output) Refuse("OUTPUT of a change through a query or view");
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);

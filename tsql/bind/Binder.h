@@ -336,8 +336,8 @@ class Binder {
   BoundExprPtr BindChangeTop(const ExprPtr& top);
   // What BindTarget gives null for: a derived table, a common table expression or a view without triggers.
   // Makes the table that it selects from the target, and returns it.
-  TablePtr BindThroughQuery(const Scope& scope, std::vector<BoundCommon>& commons, BoundSourcePtr& source,
-                            int& target);
+  TablePtr BindThroughQuery(TriggerEvent event, const Scope& scope, std::vector<BoundCommon>& commons,
+                            BoundSourcePtr& source, int& target);
   static const BoundSource* FindSource(const BoundSource& tree, int id); // null when it is not in the tree
   int FindAssigned(const std::string& name, const TableInfo& table) const;
   static BoundExprPtr RowNumberOf(int source);

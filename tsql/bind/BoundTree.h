@@ -365,6 +365,7 @@ std::string StagedOldName(size_t column);
 std::string StagedOtherName(const TableInfo& table, size_t index);
 
 struct BoundUpdate {
+  std::vector<int> named; // the columns that the statement gives values
   std::vector<BoundCommon> commons;
   TablePtr table;
   int target = 0; // the source's number

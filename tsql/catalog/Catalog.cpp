@@ -110,11 +110,13 @@ Catalog::Contents Catalog::Load(Place place) const {
 
 void Catalog::FindForeignKeys(Contents& contents) {
   contents.withForeignKeys.clear();
+  contents.hasActions = false;
   for (const auto& entry : contents.tables) {
     const std::vector<KeyInfo>& keys = entry.second->keys;
     if (std::any_of(keys.begin(), keys.end(),
                     [](const KeyInfo& key) { return key.kind == KeyKind::ForeignKey; }))
       contents.withForeignKeys.push_back(entry.second);
+    contents.hasActions = contents.hasActions || std::ranges::any_of(keys, &KeyInfo::HasAction);
   }
 }
 

@@ -59,6 +59,8 @@ class Catalog {
   // The key of the table, view or function that the name means.
   std::string KeyOf(const ObjectName& name) const;
   const std::vector<TablePtr>& TablesWithForeignKeys() const { return main_.withForeignKeys; }
+  // Whether some foreign key has a referential action.
+  bool HasReferentialActions() const { return main_.hasActions; }
   bool ConstraintExists(const std::string& schema, const std::string& name) const;
 
   // Schemas: their numbers by their names, and the other way round. Those of the server are among them.
@@ -144,6 +146,7 @@ class Catalog {
     Modules functions;
     Modules& ModulesOf(ModuleKind kind);
     std::vector<TablePtr> withForeignKeys;
+    bool hasActions = false; // of foreign keys
     std::vector<TriggerPtr> triggers;
     uint64_t version = 0; // 0 when it must be read
   };

@@ -74,6 +74,23 @@ bool HasThirdVersion(const TableInfo& table) {
          std::ranges::any_of(table.columns, &ColumnInfo::IsComputed);
 }
 
+// The kind of a key and what goes with it, as one number.
+int64_t EncodeKind(const KeyInfo& key) {
+  return static_cast<int64_t>(key.kind) + (key.disabled ? storage::kDisabled : 0) +
+         static_cast<int64_t>(key.onDelete) * storage::kOnDelete +
+         static_cast<int64_t>(key.onUpdate) * storage::kOnUpdate;
+}
+
+void DecodeKind(int64_t number, KeyInfo& key) {
+  RequireIntact(number >= 0 && number < storage::kActions * storage::kOnUpdate);
+  key.kind = static_cast<KeyKind>(number % storage::kDisabled);
+  key.disabled = number % storage::kOnDelete >= storage::kDisabled;
+  key.onDelete = static_cast<ReferentialAction>(number / storage::kOnDelete % storage::kActions);
+  key.onUpdate = static_cast<ReferentialAction>(number / storage::kOnUpdate);
+  RequireIntact(key.kind <= KeyKind::Default);
+  RequireIntact(key.kind == KeyKind::ForeignKey || !key.HasAction());
+}
+
 storage::ColumnValue ValueOf(const TableInfo& table, const ColumnInfo& column) {
   using storage::ColumnValue;
   if (column.IsComputed()) return column.isPersisted ? ColumnValue::Persisted : ColumnValue::Computed;
@@ -205,11 +222,7 @@ void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
   while (rows.Step()) {
     KeyInfo key;
     key.name = std::string(rows.ColumnText(1));
-    const int64_t kind = rows.ColumnInteger(2);
-    RequireIntact(kind >= 0 && kind < 2 * storage::kDisabled);
-    key.kind = static_cast<KeyKind>(kind % storage::kDisabled);
-    key.disabled = kind >= storage::kDisabled;
-    RequireIntact(key.kind <= KeyKind::Default);
+    DecodeKind(rows.ColumnInteger(2), key);
     SplitNumbers(rows.ColumnText(3), key);
     key.checkText = std::string(rows.ColumnText(4));
     if (key.kind == KeyKind::ForeignKey) SplitReference(key);
@@ -249,6 +262,8 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
     storage::RequireVersion(connection_, storage::kConstraintVersion);
   if (table.place == Place::Main && table.CountsIdentity())
     storage::RequireVersion(connection_, storage::kIdentityVersion);
+  if (table.place == Place::Main && std::ranges::any_of(table.keys, &KeyInfo::HasAction))
+    storage::RequireVersion(connection_, storage::kActionVersion);
   const auto insert = [&](const char* into, const char* values) {
     return "INSERT INTO " + Qualified(table.place, into) + " VALUES " + values;
   };
@@ -262,8 +277,7 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
              Datum::OfInteger(static_cast<int64_t>(ValueOf(table, column))), Text(TextOf(table, column))});
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
-            {Text(table.storageName), Text(key.name),
-             Datum::OfInteger(static_cast<int64_t>(key.kind) + (key.disabled ? storage::kDisabled : 0)),
+            {Text(table.storageName), Text(key.name), Datum::OfInteger(EncodeKind(key)),
              Text(JoinNumbers(key.columns, key.descending)),
              Text(key.kind == KeyKind::ForeignKey ? JoinReference(key) : key.checkText)});
 }

@@ -52,6 +52,7 @@ constexpr int64_t kTriggerVersion = 4; // triggers
 constexpr int64_t kSchemaVersion = 5;  // schemas other than dbo
 // Identity columns that are not SQLite's rowid.
 constexpr int64_t kIdentityVersion = 6;
+constexpr int64_t kActionVersion = 6; // foreign keys with referential actions
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -64,6 +65,11 @@ enum class ColumnValue : int64_t {
 
 // Added to the kind of what is switched off: of a constraint since version 3, of a trigger since version 4.
 constexpr int64_t kDisabled = 16;
+// The number of a foreign key's referential action on DELETE is added to its kind so many times, and that on
+// UPDATE. Since version 6.
+constexpr int64_t kOnDelete = 32;
+constexpr int64_t kOnUpdate = 128;
+constexpr int64_t kActions = 4; // how many there are
 
 // The engine's own tables, quoted.
 inline constexpr const char* kTables = "\"~tables\"";

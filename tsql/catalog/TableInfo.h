@@ -31,8 +31,18 @@ struct KeyInfo {
   std::string checkText;       // the source of a CHECK condition
   std::string referencedTable; // of a foreign key: that table's key
   std::vector<std::string> referencedColumns;
+  ReferentialAction onDelete = ReferentialAction::NoAction; // of the referenced row
+  ReferentialAction onUpdate = ReferentialAction::NoAction;
   bool disabled = false; // a CHECK or foreign key that is not looked at
   bool IsIndexOnly() const { return kind == KeyKind::Index || kind == KeyKind::UniqueIndex; }
+  // What is done with the table's rows when those that they refer to are changed so.
+  ReferentialAction ActionOn(TriggerEvent event) const {
+    if (event == TriggerEvent::Insert) return ReferentialAction::NoAction;
+    return event == TriggerEvent::Delete ? onDelete : onUpdate;
+  }
+  bool HasAction() const {
+    return onDelete != ReferentialAction::NoAction || onUpdate != ReferentialAction::NoAction;
+  }
   bool HasIndex() const { return IsIndexOnly() || kind == KeyKind::PrimaryKey || kind == KeyKind::Unique; }
   bool operator==(const KeyInfo&) const = default;
 };

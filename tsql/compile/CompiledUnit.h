@@ -24,6 +24,7 @@ struct Plan {
   std::vector<Dependency> dependencies;
   std::vector<ParameterRef> parameters;
   std::vector<Column> columns;      // of a result
+  std::vector<int> named;           // columns to which an UPDATE gives values
   std::vector<int> assigned;        // variables that a SELECT or SET assigns, by item
   TablePtr target;                  // of a change
   std::vector<TablePtr> changeable; // through a cursor: those whose rows' numbers follow the columns

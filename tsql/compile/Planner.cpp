@@ -150,6 +150,7 @@ Plan& Planner::ChangePlan(const Statement& statement) {
     const BoundUpdate update = binder.BindUpdate(static_cast<const UpdateStatement&>(statement));
     plan.target = update.table;
     plan.assigned = update.variables;
+    plan.named = update.named;
     Finish(plan, binder,
            update.table->isView ? Emitter::EmitStaged(update).rows : Emitter().EmitUpdate(update));
     break;

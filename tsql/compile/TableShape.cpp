@@ -1,6 +1,8 @@
 #include "tsql/compile/TableShape.h"
 
 #include <algorithm>
+#include <array>
+#include <set>
 #include <utility>
 
 #include "tsql/bind/Binder.h"
@@ -228,7 +230,66 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
     if (!isSame) Fail(1778, {parent->name, other.name, table.name, own.name, key.name});
     key.referencedColumns.push_back(other.name);
   }
+  key.onDelete = definition.onDelete;
+  key.onUpdate = definition.onUpdate;
+  if (key.HasAction()) CheckActions(table, key);
   table.keys.push_back(std::move(key));
+}
+
+void TableShape::CheckActions(const TableInfo& table, const KeyInfo& key) const {
+  const auto isSet = [](ReferentialAction action) { return action > ReferentialAction::Cascade; };
+  const auto has = [&](ReferentialAction action) { return key.onDelete == action || key.onUpdate == action; };
+  for (const int index : key.columns) {
+    const ColumnInfo& column = table.columns[static_cast<size_t>(index)];
+    if (column.IsComputed() && isSet(key.onDelete)) Fail(1765, {key.name, column.name});
+    if (column.IsComputed() && key.onUpdate != ReferentialAction::NoAction)
+      Fail(1715, {key.name, column.name});
+    if (column.identity && (isSet(key.onDelete) || key.onUpdate != ReferentialAction::NoAction))
+      Fail(1788, {key.name, table.name, column.name});
+    if (!column.nullable && has(ReferentialAction::SetNull)) Fail(1761, {key.name});
+    if (!column.nullable && column.defaultText.empty() && has(ReferentialAction::SetDefault))
+      Fail(1762, {key.name});
+  }
+  for (const TriggerPtr& trigger : catalog_.Triggers()) {
+    if (!trigger->insteadOf || !EqualNames(trigger->table, table.storageName)) continue;
+    for (const TriggerEvent event : trigger->events)
+      if (key.ActionOn(event) != ReferentialAction::NoAction) Fail(1787, {key.name, table.name});
+  }
+  if (HasSeveralPaths(table, key)) Fail(1785, {key.name, table.name});
+}
+
+// Whether one DELETE or UPDATE of some table could come to the rows of another, or its own, on two ways, once
+// the key is there. What the actions would do with the rows does not count.
+bool TableShape::HasSeveralPaths(const TableInfo& table, const KeyInfo& key) const {
+  struct Edge {
+    std::string parent;
+    std::string child;
+    const KeyInfo* key;
+  };
+  std::vector<Edge> edges = {{key.referencedTable, table.storageName, &key}};
+  const auto addKeys = [&edges](const TableInfo& child) {
+    for (const KeyInfo& other : child.keys)
+      if (other.HasAction()) edges.push_back({other.referencedTable, child.storageName, &other});
+  };
+  addKeys(table); // which is not in the catalog as it is going to be
+  for (const TablePtr& other : catalog_.TablesWithForeignKeys())
+    if (!EqualNames(other->storageName, table.storageName)) addKeys(*other);
+  std::set<std::string, NameLess> reached;
+  const auto meetsAgain = [&](const auto& self, const std::string& from, TriggerEvent event) -> bool {
+    return std::ranges::any_of(edges, [&](const Edge& edge) {
+      const ReferentialAction action = edge.key->ActionOn(event);
+      if (action == ReferentialAction::NoAction || !EqualNames(edge.parent, from)) return false;
+      if (!reached.insert(edge.child).second) return true;
+      return self(self, edge.child, action == ReferentialAction::Cascade ? event : TriggerEvent::Update);
+    });
+  };
+  return std::ranges::any_of(edges, [&](const Edge& start) {
+    return std::ranges::any_of(std::array{TriggerEvent::Delete, TriggerEvent::Update},
+                               [&](TriggerEvent event) {
+                                 reached = {start.parent};
+                                 return meetsAgain(meetsAgain, start.parent, event);
+                               });
+  });
 }
 
 void TableShape::ChooseRowid(TableInfo& table) {

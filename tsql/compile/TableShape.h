@@ -33,6 +33,9 @@ class TableShape {
  private:
   void AddDefault(TableInfo& table, const ConstraintDefinition& definition) const;
   void AddForeignKey(TableInfo& table, const ConstraintDefinition& definition) const;
+  // Refuses referential actions that could not be carried out.
+  void CheckActions(const TableInfo& table, const KeyInfo& key) const;
+  bool HasSeveralPaths(const TableInfo& table, const KeyInfo& key) const;
   void CheckKeyName(const TableInfo& table, const KeyInfo& key) const;
 
   const Catalog& catalog_;

@@ -52,11 +52,17 @@ EmittedSql Emitter::EmitRowsOf(const BoundInsert& insert) {
 }
 
 EmittedChange Emitter::EmitStaged(const BoundUpdate& update) {
-  const TableInfo& table = *update.table;
-  EmittedChange emitted;
+  std::vector<int> columns;
+  for (const auto& [column, value] : update.assignments) columns.push_back(column);
+  EmittedChange emitted = EmitStagedUpdate(*update.table, columns);
   emitted.rows = Emitter().EmitRowsOf(update, &update);
+  return emitted;
+}
+
+EmittedChange Emitter::EmitStagedUpdate(const TableInfo& table, const std::vector<int>& columns) {
+  EmittedChange emitted;
   std::string assignments;
-  for (const auto& [column, value] : update.assignments) {
+  for (const int column : columns) {
     const auto index = static_cast<size_t>(column);
     assignments += (assignments.empty() ? "" : ", ") + QuoteName(table.columns[index].name) + " = q." +
                    StagedNewName(index);
@@ -73,9 +79,14 @@ EmittedChange Emitter::EmitStaged(const BoundUpdate& update) {
 }
 
 EmittedChange Emitter::EmitStaged(const BoundDelete& statement) {
-  EmittedChange emitted;
+  EmittedChange emitted = EmitStagedDelete(*statement.table);
   emitted.rows = Emitter().EmitRowsOf(statement, nullptr);
-  emitted.change = DeleteStaged(*statement.table);
+  return emitted;
+}
+
+EmittedChange Emitter::EmitStagedDelete(const TableInfo& table) {
+  EmittedChange emitted;
+  emitted.change = DeleteStaged(table);
   return emitted;
 }
 

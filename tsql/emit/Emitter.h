@@ -47,6 +47,9 @@ class Emitter {
   EmittedSql EmitReturningInsert(const BoundInsert& insert);
   static EmittedChange EmitStaged(const BoundUpdate& update);
   static EmittedChange EmitStaged(const BoundDelete& statement);
+  // The change of rows that are staged by whoever asks for it: of the columns, or all of the row.
+  static EmittedChange EmitStagedUpdate(const TableInfo& table, const std::vector<int>& columns);
+  static EmittedChange EmitStagedDelete(const TableInfo& table);
   // What the clause gives, as a result or put into a table.
   EmittedSql EmitOutputRows(const BoundOutput& output);
   // An expression without parameters, as a part of a definition; a CHECK condition names bare columns.

@@ -167,13 +167,20 @@ Row ConstraintRow(const Catalog& catalog, const TableInfo& table, const KeyInfo&
           NameValue(description)};
 }
 
+Datum ActionName(ReferentialAction action) {
+  constexpr const char* kNames[] = {"NO_ACTION", "CASCADE", "SET_NULL", "SET_DEFAULT"};
+  return NameValue(kNames[static_cast<size_t>(action)]);
+}
+
 Rows ForeignKeyRows(const Catalog& catalog) {
   Rows rows;
   ForEachKey(catalog, [&](const TableInfo& table, const KeyInfo& key) {
     if (key.kind != KeyKind::ForeignKey) return;
     Row row = ConstraintRow(catalog, table, key, "F ", "FOREIGN_KEY_CONSTRAINT");
-    for (Datum& value : Row{IdOf(key.referencedTable), Flag(key.disabled), Datum::OfInteger(0),
-                            NameValue("NO_ACTION"), Datum::OfInteger(0), NameValue("NO_ACTION")})
+    const auto number = [](ReferentialAction action) { return static_cast<int64_t>(action); };
+    for (Datum& value :
+         Row{IdOf(key.referencedTable), Flag(key.disabled), Datum::OfInteger(number(key.onDelete)),
+             ActionName(key.onDelete), Datum::OfInteger(number(key.onUpdate)), ActionName(key.onUpdate)})
       row.push_back(std::move(value));
     rows.push_back(std::move(row));
   });

@@ -371,7 +371,7 @@ void TableAlteration::CheckRows(const KeyInfo& key) const {
     for (const ForeignKey& foreignKey : ForeignKeysOf(after_, catalog_)) {
       const bool isSame = foreignKey.key->name == key.name;
       if (isSame && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
-        throw Error(ForeignKeyError(foreignKey, after_, "ALTER TABLE", catalog_));
+        throw Error(ForeignKeyError(foreignKey, true, "ALTER TABLE", catalog_));
     }
     return;
   }

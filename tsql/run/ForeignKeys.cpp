@@ -1,5 +1,7 @@
 #include "tsql/run/ForeignKeys.h"
 
+#include <algorithm>
+
 #include "tsql/functions/FunctionNames.h"
 #include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
@@ -95,16 +97,30 @@ bool IsViolated(const Connection& connection, const TableInfo& child, const KeyI
   return orphans.Step();
 }
 
-Error ForeignKeyError(const ForeignKey& foreignKey, const TableInfo& target, std::string_view verb,
+std::vector<ForeignKey> ActingKeys(const TableInfo& parent, TriggerEvent event,
+                                   const std::vector<bool>& updated, const Catalog& catalog) {
+  std::vector<ForeignKey> acting = ForeignKeysOf(parent, catalog);
+  std::erase_if(acting, [&](const ForeignKey& foreignKey) {
+    const KeyInfo& key = *foreignKey.key;
+    if (key.disabled || key.ActionOn(event) == ReferentialAction::NoAction) return true;
+    if (!EqualNames(key.referencedTable, parent.storageName)) return true;
+    return event == TriggerEvent::Update &&
+           std::ranges::none_of(key.referencedColumns, [&](const std::string& name) {
+             return updated[static_cast<size_t>(parent.FindColumn(name))];
+           });
+  });
+  return acting;
+}
+
+Error ForeignKeyError(const ForeignKey& foreignKey, bool isOfChild, std::string_view verb,
                       const Catalog& catalog) {
   const KeyInfo& key = *foreignKey.key;
   const bool isSame = foreignKey.child == foreignKey.parent;
-  const bool isChild = verb != "DELETE" && EqualNames(foreignKey.child->storageName, target.storageName);
-  const TableInfo& other = isChild ? *foreignKey.parent : *foreignKey.child;
-  const std::string& column = isChild ? key.referencedColumns[0]
-                                      : foreignKey.child->columns[static_cast<size_t>(key.columns[0])].name;
-  const char* kind = isChild ? (isSame ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY")
-                             : (isSame ? "SAME TABLE REFERENCE" : "REFERENCE");
+  const TableInfo& other = isOfChild ? *foreignKey.parent : *foreignKey.child;
+  const std::string& column = isOfChild ? key.referencedColumns[0]
+                                        : foreignKey.child->columns[static_cast<size_t>(key.columns[0])].name;
+  const char* kind = isOfChild ? (isSame ? "FOREIGN KEY SAME TABLE" : "FOREIGN KEY")
+                               : (isSame ? "SAME TABLE REFERENCE" : "REFERENCE");
   return MakeError(547, 0,
                    {verb, kind, key.name, catalog.DatabaseName(), other.QualifiedName(),
                     key.columns.size() == 1 ? ", column '" + column + "'" : std::string()});

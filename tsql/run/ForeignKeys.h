@@ -1,4 +1,5 @@
-// FOREIGN KEY constraints without referential actions, checked when a statement has ended.
+// FOREIGN KEY constraints, checked when a statement has ended and its referential actions are carried out
+// (RunCascades.cpp).
 //
 // Triggers notice rows that may break a constraint and note its name; when the statement has ended, the
 // constraints that were noted are looked at as a whole. So the rows of one statement may come in any order,
@@ -27,8 +28,13 @@ void DropForeignKeyTriggers(const Connection& connection, const TableInfo& child
 bool IsViolated(const Connection& connection, const TableInfo& child, const KeyInfo& key,
                 const TableInfo& parent);
 
-// Error 547 of a statement on `target`, which is the child or the parent.
-Error ForeignKeyError(const ForeignKey& foreignKey, const TableInfo& target, std::string_view verb,
+// The constraints by which a change of the parent's rows is one of other tables' rows too. `updated` are the
+// columns that it gives values to.
+std::vector<ForeignKey> ActingKeys(const TableInfo& parent, TriggerEvent event,
+                                   const std::vector<bool>& updated, const Catalog& catalog);
+
+// Error 547 of a statement that has changed the child, or the parent.
+Error ForeignKeyError(const ForeignKey& foreignKey, bool isOfChild, std::string_view verb,
                       const Catalog& catalog);
 
 } // namespace tsql

@@ -3,6 +3,7 @@
 // the server.
 #pragma once
 
+#include <deque>
 #include <functional>
 
 #include "tsql/catalog/IdentityStore.h"
@@ -11,6 +12,7 @@
 #include "tsql/functions/Functions.h"
 #include "tsql/run/Cursor.h"
 #include "tsql/run/Definitions.h"
+#include "tsql/run/ForeignKeys.h"
 #include "tsql/run/Limits.h"
 #include "tsql/run/RunningUnit.h"
 #include "tsql/run/TableVariables.h"
@@ -92,6 +94,9 @@ class Interpreter : public UserFunctions {
                                    : MakeCheckedChange(target, std::ref(change));
   }
   int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
+  // 547 when the change of the table's rows has broken one of the constraints.
+  void CheckForeignKeys(const std::vector<ForeignKey>& foreignKeys, const TableInfo& changed,
+                        bool deletes) const;
   int64_t StepChange(Plan& plan);
   int64_t RunStaged(const Statement& statement, Plan& plan, bool isOfCursor);
   // A failure of the change that runs as the server's error.
@@ -104,6 +109,7 @@ class Interpreter : public UserFunctions {
   static bool IsDuplicate(const SqliteFailure& failure);
   // changes whose rows are staged (RunOutput.cpp)
   void StageChange(const Statement& statement, Plan& plan, const StagedPlan& staged, StagedRows& rows);
+  void ChangeStaged(const EmittedChange& change) const;
   // Makes several statements of SQLite one.
   void BeginScope(std::optional<StatementScope>& scope, const TableInfo& target, const TableInfo* into);
   static void ReadRows(Plan& plan, StagedRows& rows);
@@ -128,15 +134,27 @@ class Interpreter : public UserFunctions {
   // Whether triggers wait for the change of the table.
   bool Fires(const TableInfo& target, StatementKind kind) const;
   Flow RunFiring(const Statement& statement, Plan& plan, bool isOfCursor);
+  // What foreign keys change beside the rows of a statement, in the order in which it is done.
+  struct CascadedRows {
+    TablePtr table;
+    FiredRows fired;
+  };
   // Makes a change that stages its rows and returns their number, and lets the triggers run.
   Flow ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
-                     const std::function<int64_t()>& change);
+                     const std::deque<CascadedRows>& cascaded, const std::function<int64_t()>& change);
   // Those that run now, one after the other.
   Flow FireTriggers(const TableInfo& target, const FiredRows& fired, bool insteadOf, int64_t count);
   // Whether a trigger runs in place of the change, which then is not made.
   bool HasInsteadOf(const TableInfo& target, TriggerEvent event) const;
   bool IsInnermost(const TriggerInfo& trigger) const;
   Flow RunTrigger(const TriggerInfo& trigger, const FiredRows& fired);
+  // referential actions (RunCascades.cpp)
+  // Whether a foreign key does something with other rows when the statement is made.
+  bool Cascades(StatementKind kind, const Plan& plan) const;
+  // Carries out what follows from the change of the target's rows, and checks what came of it.
+  void Cascade(const TableInfo& target, const FiredRows& changed, std::deque<CascadedRows>& cascaded);
+  void CascadeFrom(const TableInfo& parent, const FiredRows& changed, std::deque<CascadedRows>& cascaded);
+  void ReadReferring(const ForeignKey& foreignKey, const FiredRows& changed, StagedRows& rows);
   // An update knows the values of its computed columns when it is made.
   void ReadComputed(const TableInfo& target, StagedRows& rows) const;
 

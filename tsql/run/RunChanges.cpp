@@ -4,6 +4,7 @@
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/run/Interpreter.h"
 #include "tsql/sqlite/Values.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
 
@@ -58,15 +59,22 @@ int64_t Interpreter::MakeCheckedChange(const TableInfo& target, const std::funct
   context_.suspects.clear();
   StatementScope scope(transaction_, Place::Main);
   const int64_t count = change();
+  CheckForeignKeys(foreignKeys, target, verb_ == VerbOf(StatementKind::Delete));
+  scope.Complete();
+  return count;
+}
+
+void Interpreter::CheckForeignKeys(const std::vector<ForeignKey>& foreignKeys, const TableInfo& changed,
+                                   bool deletes) const {
   for (const ForeignKey& foreignKey : foreignKeys) {
     const bool isSuspected =
         std::find(context_.suspects.begin(), context_.suspects.end(),
                   foreignKey.child->ConstraintKey(*foreignKey.key)) != context_.suspects.end();
-    if (isSuspected && IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
-      throw Error(ForeignKeyError(foreignKey, target, verb_, catalog_));
+    if (!isSuspected || !IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
+      continue;
+    const bool isOfChild = !deletes && EqualNames(foreignKey.child->storageName, changed.storageName);
+    throw Error(ForeignKeyError(foreignKey, isOfChild, verb_, catalog_));
   }
-  scope.Complete();
-  return count;
 }
 
 int64_t Interpreter::StepChange(Plan& plan) {
@@ -111,7 +119,8 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   if (cursor != nullptr) TakeCurrentRow(*cursor, *target);
   if (!target->IsVariable()) transaction_.BeforeWrite(); // a rollback leaves those
   BindParameters(plan);
-  if (Fires(*target, statement.kind)) return RunFiring(statement, plan, cursor != nullptr);
+  if (Fires(*target, statement.kind) || Cascades(statement.kind, plan))
+    return RunFiring(statement, plan, cursor != nullptr);
   const bool hasOutput = HasOutput(statement);
   int64_t count = 0;
   try {
@@ -204,8 +213,12 @@ Interpreter::Flow Interpreter::RunInsertExecute(const InsertExecuteStatement& st
     fired.updated.resize(table->columns.size(), true);
     const bool insteadOf = HasInsteadOf(*table, TriggerEvent::Insert);
     const InsertForm form = insteadOf ? InsertForm::RowsOnly : InsertForm::Returning;
-    flow = ChangeAndFire(*table, fired, insteadOf,
-                         [&] { return InsertKept(statement, kept, &fired.rows, form); });
+    int64_t count = 0;
+    flow = ChangeAndFire(*table, fired, insteadOf, {}, [&] {
+      count = InsertKept(statement, kept, &fired.rows, form);
+      return count;
+    });
+    if (flow == Flow::Next) SendRowCount(count);
   } else {
     StatementScope scope(transaction_, PlaceOf(statement.table));
     const int64_t count = InsertKept(statement, kept, nullptr, InsertForm::Plain);

@@ -72,6 +72,14 @@ void Interpreter::RunCreateTrigger(const CreateTriggerStatement& statement) {
   if (statement.form != DefinitionForm::Create && existing && !EqualNames(existing->table, key))
     Fail(2110, {statement.name.name, statement.table.name});
   if (statement.insteadOf) {
+    const bool isCreated = statement.form != DefinitionForm::Alter;
+    const auto hasAction = [&](const KeyInfo& other) {
+      return std::ranges::any_of(statement.events, [&](TriggerEvent event) {
+        return other.ActionOn(event) != ReferentialAction::NoAction;
+      });
+    };
+    if (table && std::ranges::any_of(table->keys, hasAction))
+      Fail(2113, {isCreated ? "CREATE" : "ALTER", statement.name.name, table->name});
     // One for each event.
     constexpr const char* kEvents[] = {"INSERT", "UPDATE", "DELETE"};
     for (const TriggerPtr& other : catalog_.Triggers()) {

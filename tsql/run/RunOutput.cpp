@@ -56,11 +56,15 @@ void Interpreter::StageChange(const Statement& statement, Plan& plan, const Stag
   Plan query = MakePlanner().PlanOnce(staged.sql.rows);
   BindParameters(query);
   ReadRows(query, rows);
+  ChangeStaged(staged.sql);
+}
+
+void Interpreter::ChangeStaged(const EmittedChange& change) const {
   try {
-    connection_.Run(staged.sql.change);
+    connection_.Run(change.change);
   } catch (const SqliteFailure& failure) {
-    if (!IsDuplicate(failure) || staged.sql.replacements.empty()) throw;
-    for (const std::string& replacement : staged.sql.replacements) connection_.Run(replacement);
+    if (!IsDuplicate(failure) || change.replacements.empty()) throw;
+    for (const std::string& replacement : change.replacements) connection_.Run(replacement);
   }
 }
 

@@ -23,14 +23,9 @@ TriggerEvent EventOf(StatementKind kind) {
 }
 
 // The columns of which UPDATE() says that the statement gives them values: all of an INSERT.
-std::vector<bool> UpdatedColumns(const Statement& statement, const TableInfo& table) {
-  std::vector<bool> updated(table.columns.size(), EventOf(statement.kind) == TriggerEvent::Insert);
-  if (statement.kind != StatementKind::Update) return updated;
-  for (const Assignment& assignment : static_cast<const UpdateStatement&>(statement).assignments) {
-    if (assignment.column.empty()) continue; // a variable alone
-    const int column = table.FindColumn(assignment.column.back());
-    if (column >= 0) updated[static_cast<size_t>(column)] = true;
-  }
+std::vector<bool> UpdatedColumns(StatementKind kind, const Plan& plan) {
+  std::vector<bool> updated(plan.target->columns.size(), EventOf(kind) == TriggerEvent::Insert);
+  for (const int column : plan.named) updated[static_cast<size_t>(column)] = true;
   return updated;
 }
 
@@ -85,6 +80,14 @@ bool Interpreter::Fires(const TableInfo& target, StatementKind kind) const {
   return catalog_.HasTriggers(target.storageName, EventOf(kind));
 }
 
+bool Interpreter::Cascades(StatementKind kind, const Plan& plan) const {
+  const TableInfo& target = *plan.target;
+  if (!catalog_.HasReferentialActions() || target.place != Place::Main) return false;
+  const TriggerEvent event = EventOf(kind);
+  return event != TriggerEvent::Insert &&
+         !ActingKeys(target, event, UpdatedColumns(kind, plan), catalog_).empty();
+}
+
 void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const {
   std::vector<size_t> columns;
   std::string list;
@@ -110,13 +113,16 @@ void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const 
 Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan, bool isOfCursor) {
   const TablePtr target = plan.target;
   StagedPlan staged = MakePlanner().PlanStaged(statement);
-  if (!staged.columns.empty()) Fail(334, {target->name});
+  const bool returnsRows = !staged.columns.empty();
+  if (returnsRows && Fires(*target, statement.kind)) Fail(334, {target->name});
   FiredRows fired;
   fired.event = EventOf(statement.kind);
-  fired.updated = UpdatedColumns(statement, *target);
+  fired.updated = UpdatedColumns(statement.kind, plan);
   const bool insteadOf = HasInsteadOf(*target, fired.event);
   if (target->isView && !insteadOf) Refuse("Changing a view"); // the trigger's own change of it
-  return ChangeAndFire(*target, fired, insteadOf, [&] {
+  std::deque<CascadedRows> cascaded;
+  int64_t count = 0;
+  const Flow flow = ChangeAndFire(*target, fired, insteadOf, cascaded, [&] {
     const StagedUse use(context_, fired.rows);
     if (insteadOf) {
       Plan rows = statement.kind == StatementKind::Insert
@@ -127,16 +133,28 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
     } else {
       MakeChange(*target, [&] {
         StageChange(statement, plan, staged, fired.rows);
+        Cascade(*target, fired, cascaded);
         return static_cast<int64_t>(fired.rows.size());
       });
       if (statement.kind == StatementKind::Update) ReadComputed(*target, fired.rows);
     }
-    const auto count = static_cast<int64_t>(fired.rows.size());
+    count = static_cast<int64_t>(fired.rows.size());
     if (isOfCursor && count == 0) Fail(16947, {});
     if (!insteadOf && statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
-    if (staged.into) PutOutput(staged);
+    if (staged.into) {
+      PutOutput(staged);
+    } else if (returnsRows) {
+      GiveOutput(staged, count);
+    }
     return count;
   });
+  if (flow != Flow::Next) return flow;
+  if (returnsRows) {
+    rowCount_ = count;
+  } else {
+    SendRowCount(count);
+  }
+  return flow;
 }
 
 bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) const {
@@ -145,6 +163,7 @@ bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) cons
 }
 
 Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const FiredRows& fired, bool insteadOf,
+                                             const std::deque<CascadedRows>& cascaded,
                                              const std::function<int64_t()>& change) {
   OwnTransaction transaction(transaction_);
   StatementScope scope(transaction_, Place::Main);
@@ -154,10 +173,14 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
   } catch (const SqliteFailure& failure) {
     FailChange(failure, target);
   }
+  // The triggers of what was changed last come first.
+  for (auto changed = cascaded.rbegin(); changed != cascaded.rend(); ++changed) {
+    const auto rows = static_cast<int64_t>(changed->fired.rows.size());
+    if (FireTriggers(*changed->table, changed->fired, false, rows) == Flow::Abort) return Flow::Abort;
+  }
   if (FireTriggers(target, fired, insteadOf, count) == Flow::Abort) return Flow::Abort;
   scope.Complete();
   transaction.Commit();
-  SendRowCount(count);
   return Flow::Next;
 }
 

@@ -323,6 +323,29 @@ std::vector<std::string> Parser::ParseKeyColumns(std::vector<bool>* descending) 
   return columns;
 }
 
+void Parser::ParseReferentialActions(ConstraintDefinition& constraint) {
+  bool isDeleteKnown = false;
+  bool isUpdateKnown = false;
+  while (IsWord("on") && (IsWordAt(1, "delete") || IsWordAt(1, "update"))) {
+    const bool isDelete = IsWordAt(1, "delete");
+    bool& isKnown = isDelete ? isDeleteKnown : isUpdateKnown;
+    if (isKnown) SyntaxError();
+    isKnown = true;
+    at_ += 2;
+    ReferentialAction& action = isDelete ? constraint.onDelete : constraint.onUpdate;
+    if (TakeWord("cascade")) {
+      action = ReferentialAction::Cascade;
+    } else if (TakeWord("set")) {
+      const bool isNull = TakeWord("null");
+      if (!isNull) ExpectWord("default");
+      action = isNull ? ReferentialAction::SetNull : ReferentialAction::SetDefault;
+    } else {
+      ExpectWord("no");
+      ExpectWord("action");
+    }
+  }
+}
+
 ConstraintDefinition Parser::ParseConstraint(std::string name) {
   ConstraintDefinition constraint;
   constraint.name = std::move(name);
@@ -346,13 +369,7 @@ ConstraintDefinition Parser::ParseConstraint(std::string name) {
     ExpectWord("references");
     constraint.referenced = ParseDefinedName();
     if (IsSymbol("(")) constraint.referencedColumns = ParseNameList();
-    while (IsWord("on") && (IsWordAt(1, "delete") || IsWordAt(1, "update"))) {
-      if (IsWordAt(2, "cascade") || IsWordAt(2, "set"))
-        RefuseHere("A referential action other than NO ACTION");
-      at_ += 2;
-      ExpectWord("no");
-      ExpectWord("action");
-    }
+    ParseReferentialActions(constraint);
     SkipNotForReplication();
     return constraint;
   }

@@ -241,6 +241,7 @@ class Parser {
   // With this error, where one stands between the token and here.
   void RefuseSubqueries(size_t firstToken, int error) const;
   ConstraintDefinition ParseConstraint(std::string name);
+  void ParseReferentialActions(ConstraintDefinition& constraint);
   std::vector<std::string> ParseKeyColumns(std::vector<bool>* descending);
   void SkipStorageOptions();
   bool StartsOldOption(size_t ahead) const;

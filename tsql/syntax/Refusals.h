@@ -133,8 +133,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"WHERE of an index", "CREATE INDEX ix ON t (a) WHERE a > 1"},
     {"A value of the session in a CHECK constraint or computed column",
      "CREATE TABLE x (a INT CHECK (a > @@ROWCOUNT))"},
-    {"A referential action other than NO ACTION",
-     "CREATE TABLE x (a INT REFERENCES t (a) ON DELETE CASCADE)"},
     {"A FOREIGN KEY constraint of a temporary table", "CREATE TABLE #x (a INT REFERENCES t (a))"},
     {"ALTER COLUMN ADD or DROP of a property", "ALTER TABLE t ALTER COLUMN a ADD SPARSE"},
     {"A view WITH SCHEMABINDING, ENCRYPTION or VIEW_METADATA",

@@ -137,6 +137,10 @@ struct ColumnDefinition {
   int line = 1;
 };
 
+// What becomes of rows that refer to a row which is deleted, or whose key gets another value. Files keep the
+// numbers.
+enum class ReferentialAction : uint8_t { NoAction = 0, Cascade = 1, SetNull = 2, SetDefault = 3 };
+
 struct ConstraintDefinition {
   enum class Kind : uint8_t { PrimaryKey, Unique, Check, ForeignKey, Default };
   Kind kind = Kind::PrimaryKey;
@@ -145,6 +149,8 @@ struct ConstraintDefinition {
   std::string checkText; // source of the condition, or of the DEFAULT expression
   ObjectName referenced;
   std::vector<std::string> referencedColumns;
+  ReferentialAction onDelete = ReferentialAction::NoAction;
+  ReferentialAction onUpdate = ReferentialAction::NoAction;
 };
 
 struct CreateTableStatement : Statement {

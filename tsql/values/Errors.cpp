@@ -230,13 +230,25 @@ constexpr ErrorText kErrors[] = {
     {1711, 16, 1,
      "Cannot define PRIMARY KEY constraint on column '%1' in table '%2'. The computed column has to be persisted "
      "and not nullable."},
+    {1715, 16, 1,
+     "Foreign key '%1' creation failed. Only NO ACTION referential update action is allowed for referencing "
+     "computed column '%2'."},
     {1752, 16, 0, "Column '%1' in table '%2' is invalid for creating a default constraint."},
     {1754, 16, 0,
      "Defaults cannot be created on columns with an IDENTITY attribute. Table '%1', column '%2'."},
     {1759, 16, 0,
      "Computed column '%1' in table '%2' is not allowed to be used in another computed-column definition."},
+    {1761, 16, 0,
+     "Cannot create the foreign key \"%1\" with the SET NULL referential action, because one or more referencing "
+     "columns are not nullable."},
+    {1762, 16, 0,
+     "Cannot create the foreign key \"%1\" with the SET DEFAULT referential action, because one or more "
+     "referencing not-nullable columns lack a default constraint."},
     {1764, 16, 1,
      "Computed Column '%1' in table '%2' is invalid for use in '%3' because it is not persisted."},
+    {1765, 16, 1,
+     "Foreign key '%1' creation failed. Only NO ACTION and CASCADE referential delete actions are allowed for "
+     "referencing computed column '%2'."},
     {1767, 16, 1, "Foreign key '%1' references invalid table '%2'."},
     {1769, 16, 1, "Foreign key '%1' references invalid column '%2' in referencing table '%3'."},
     {1770, 16, 1, "Foreign key '%1' references invalid column '%2' in referenced table '%3'."},
@@ -251,6 +263,14 @@ constexpr ErrorText kErrors[] = {
      "Column '%1.%2' is not the same data type as referencing column '%3.%4' in foreign key '%5'."},
     {1779, 16, 0, "Table '%1' already has a primary key defined on it."},
     {1781, 16, 1, "Column already has a DEFAULT bound to it."},
+    {1785, 16, 0,
+     "Introducing FOREIGN KEY constraint '%1' on table '%2' may cause cycles or multiple cascade paths. Specify ON "
+     "DELETE NO ACTION or ON UPDATE NO ACTION, or modify other FOREIGN KEY constraints."},
+    {1787, 16, 0,
+     "Cannot define foreign key constraint '%1' with cascaded DELETE or UPDATE on table '%2' because the table has "
+     "an INSTEAD OF DELETE or UPDATE TRIGGER defined on it."},
+    {1788, 16, 0,
+     "Cascading foreign key '%1' cannot be created where the referencing column '%2.%3' is an identity column."},
     {1911, 16, 1, "Column name '%1' does not exist in the target table or view."},
     {1913, 16, 1,
      "The operation failed because an index or statistics with name '%1' already exists on table '%2'."},
@@ -260,6 +280,9 @@ constexpr ErrorText kErrors[] = {
     {2110, 16, 1, "Cannot alter trigger '%1' on '%2' because this trigger does not belong to this object."},
     {2111, 16, 1,
      "Cannot %1 trigger '%2' on %3 '%4' because an INSTEAD OF %5 trigger already exists on this object."},
+    {2113, 16, 1,
+     "Cannot %1 INSTEAD OF DELETE or INSTEAD OF UPDATE TRIGGER '%2' on table '%3'. This is because the table has a "
+     "FOREIGN KEY with cascading DELETE or UPDATE."},
     {2501, 16, 45, "Cannot find a table or object with the name \"%1\". Check the system catalog."},
     {2528, 0, 1,
      "DBCC execution completed. If DBCC printed error messages, contact your system administrator."},
@@ -359,6 +382,8 @@ constexpr ErrorText kErrors[] = {
     {4403, 16, 1,
      "Cannot update the view or function '%1' because it contains aggregates, or a DISTINCT or GROUP BY clause, "
      "or PIVOT or UNPIVOT operator."},
+    {4405, 16, 1,
+     "View or function '%1' is not updatable because the modification affects multiple base tables."},
     {4406, 16, 1,
      "Update or insert of view or function '%1' failed because it contains a derived or constant field."},
     {4426, 16, 1, "View '%1' is not updatable because the definition contains a UNION operator."},

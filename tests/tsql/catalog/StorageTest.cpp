@@ -101,6 +101,21 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
 }
 
+TEST_F(StorageTest, AReferentialActionMakesTheFileOneOfTheSixthVersion) {
+  Must("CREATE TABLE p (id INT PRIMARY KEY)"
+       " CREATE TABLE t (a INT CONSTRAINT plain REFERENCES p ON DELETE NO ACTION ON UPDATE NO ACTION)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("BEGIN TRAN CREATE TABLE u (a INT REFERENCES p ON DELETE CASCADE) ROLLBACK");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE TABLE u (a INT CONSTRAINT d REFERENCES p ON DELETE CASCADE)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"6"}));
+  Must("CREATE TABLE v (a INT CONSTRAINT b REFERENCES p ON DELETE SET DEFAULT ON UPDATE SET NULL)"
+       " CREATE TABLE w (a INT CONSTRAINT o REFERENCES p ON UPDATE CASCADE)"
+       " ALTER TABLE w NOCHECK CONSTRAINT o");
+  EXPECT_EQ(Ask("SELECT name, kind FROM \"~keys\" WHERE check_text <> '' ORDER BY name"),
+            Lines({"b|357", "d|37", "o|149", "plain|5"}));
+}
+
 TEST_F(StorageTest, ATriggerMakesTheFileOneOfTheFourthVersion) {
   Must("CREATE TABLE t (a INT)");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));

@@ -167,6 +167,11 @@ const std::vector<Rule>& Rules() {
         "DROP TABLE IF EXISTS #x, x",
         "CREATE TABLE x (a INT NOT NULL PRIMARY KEY, b INT NULL REFERENCES ICBOM (FInterID)) INSERT INTO x "
         "VALUES (<num>, <num>) DELETE FROM ICBOM <where>",
+        "CREATE TABLE x (a INT NOT NULL PRIMARY KEY, b INT NULL DEFAULT <num> REFERENCES ICBOM (FInterID)"
+        " <action>, c INT NULL UNIQUE) CREATE TABLE x2 (a INT NULL REFERENCES x (<key column>) <action>) INSERT INTO"
+        " x SELECT FInterID, FInterID, FInterID FROM ICBOM INSERT INTO x2 SELECT a FROM x"
+        " UPDATE ICBOM SET FInterID = FInterID + <num> <where> DELETE FROM ICBOM <where> DELETE FROM x"
+        " DROP TABLE x2 DROP TABLE x",
         "<alter>",
         "<alter>",
         "<alter> <statement> <alter>",
@@ -184,6 +189,10 @@ const std::vector<Rule>& Rules() {
         "DROP TRIGGER tr",
         "DISABLE TRIGGER tr ON ICBOM",
         "ALTER TABLE <table> DISABLE TRIGGER ALL <statement> ALTER TABLE <table> ENABLE TRIGGER ALL"}},
+      {"action",
+       {"ON DELETE CASCADE", "ON UPDATE CASCADE", "ON DELETE CASCADE ON UPDATE SET NULL",
+        "ON UPDATE CASCADE ON DELETE SET DEFAULT", "ON DELETE SET NULL ON UPDATE SET DEFAULT"}},
+      {"key column", {"a", "c"}},
       {"alter",
        {"ALTER TABLE x ADD c <type> NULL", "ALTER TABLE ICBOM ADD FNew <type> NOT NULL DEFAULT <constant>",
         "ALTER TABLE x ADD CONSTRAINT u UNIQUE (a)",

@@ -72,6 +72,10 @@ TEST_F(ChangedQueriesTest, TriggersAndKeysOfTheTable) {
       "WITH d AS (SELECT n, ROW_NUMBER() OVER (ORDER BY id) AS place FROM t) UPDATE d SET n = place WHERE place < 3"
       ";WITH d AS (SELECT id FROM t) DELETE FROM d WHERE id = 5");
   EXPECT_EQ(Rows("SELECT id, was, becomes FROM log ORDER BY id"), Lines({"1|10|1", "2|20|2", "5|50|NULL"}));
+  Must("CREATE TABLE z (id INT PRIMARY KEY) CREATE TABLE y (id INT REFERENCES z ON UPDATE CASCADE)"
+       " INSERT INTO z VALUES (1), (2) INSERT INTO y VALUES (2)"
+       ";WITH d (number) AS (SELECT id FROM z) UPDATE d SET number = 7 WHERE number = 2");
+  EXPECT_EQ(Rows("SELECT id FROM y"), Lines({"7"}));
   Must("CREATE TABLE u (id INT PRIMARY KEY, n INT) INSERT INTO u VALUES (1, 1), (2, 2)"
        ";WITH d AS (SELECT id, n FROM u) UPDATE d SET id = 3 - id");
   EXPECT_EQ(Rows("SELECT id, n FROM u ORDER BY id"), Lines({"1|2", "2|1"}));
@@ -82,7 +86,8 @@ TEST_F(ChangedQueriesTest, WhatCannotBeChanged) {
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT k, SUM(n) AS n FROM t GROUP BY k) UPDATE d SET n = 1"), 4403);
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT DISTINCT k FROM t) DELETE FROM d"), 4403);
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT k FROM t UNION ALL SELECT 'x') DELETE FROM d"), 4426);
-  EXPECT_EQ(ErrorOf("WITH d AS (SELECT a.k FROM t a, t b) DELETE FROM d"), 40510);
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT a.k FROM t a, t b) DELETE FROM d"), 4405);
+  EXPECT_EQ(ErrorOf("WITH d AS (SELECT a.k FROM t a, t b) UPDATE d SET k = 'x'"), 40510);
   EXPECT_EQ(ErrorOf("DELETE FROM sys.objects"), 259);
   EXPECT_EQ(Rows("SELECT COUNT(*) FROM t"), Lines({"5"}));
 }

@@ -87,8 +87,6 @@ TEST_F(ForeignKeysTest, Definitions) {
   EXPECT_EQ(ErrorOf("CREATE TABLE u (a INT) CREATE TABLE t (a INT REFERENCES u)"), 1773);
   EXPECT_EQ(ErrorOf("CREATE TABLE t (a INT REFERENCES item (unit))"), 1776);
   EXPECT_EQ(ErrorOf("CREATE TABLE t (a SMALLINT REFERENCES unit (id))"), 1778);
-  EXPECT_EQ(ErrorText("CREATE TABLE t (a INT REFERENCES unit ON DELETE CASCADE)"),
-            "40510 1 A referential action other than NO ACTION is not supported.");
   EXPECT_EQ(ErrorText("CREATE TABLE #t (a INT REFERENCES unit)"),
             "40510 1 A FOREIGN KEY constraint of a temporary table is not supported.");
 }

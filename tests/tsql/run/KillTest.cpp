@@ -144,6 +144,21 @@ TEST_F(KillTest, StatementsWithTriggersAreWholeOrGone) {
   EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 130);
 }
 
+TEST_F(KillTest, StatementsWithReferentialActionsAreWholeOrGone) {
+  Must("CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE) INSERT INTO share VALUES (2)");
+  Must(
+      "CREATE TRIGGER on_share ON share FOR UPDATE AS INSERT INTO journal SELECT REPLICATE('x', 2000) FROM inserted");
+  // One statement, of which two are seen to end: the trigger's and itself.
+  for (const int steps : {1, 2, 3, 4, 101, 202}) {
+    RunAndKill("WHILE 1 = 1 UPDATE account SET id = id + 1 WHERE id > 1", steps);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(Rows("SELECT s.id - MAX(a.id), s.id - (SELECT COUNT(*) FROM journal) FROM account a, share s"
+                   " GROUP BY s.id"),
+              Lines({"0|2"}));
+  }
+  EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 150);
+}
+
 TEST_F(KillTest, OpenTransactionIsUndone) {
   RunAndKill(
       "BEGIN TRAN DELETE FROM account SELECT * INTO #copy FROM journal INSERT INTO journal VALUES ('a')"

@@ -22,12 +22,12 @@ int64_t Every(int64_t usual) {
 
 // Something of everything that the engine does: functions of text, dates and decimals, a subquery, an
 // aggregate, a temporary table, an error that is caught, variables, a procedure, a function, a table
-// variable, a cursor, a change with OUTPUT, a trigger and a schema.
+// variable, a cursor, a change with OUTPUT, a trigger, a key that others follow and a schema.
 constexpr char kTables[] =
     "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 99999999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
-    " CREATE TABLE seen (text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
-    " INSERT INTO account VALUES (1, 0), (2, 0)";
+    " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE) CREATE TABLE seen (text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
+    " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO share VALUES (2)";
 constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @lines INT OUTPUT AS"
                               " CREATE TABLE #found (n INT NOT NULL)"
                               " INSERT INTO #found SELECT n FROM journal WHERE text LIKE '%' + @text"
@@ -55,6 +55,7 @@ constexpr char kWork[] =
     " INSERT INTO journal (text) SELECT TOP 1 b + UPPER('x') FROM #t ORDER BY a DESC"
     " SELECT SUM(amount), CAST(AVG(amount) AS DECIMAL(20,4)), (SELECT COUNT(*) FROM journal) - @before"
     " FROM account WHERE EXISTS (SELECT * FROM @o)"
+    " UPDATE account SET id = 3 WHERE id = 2 UPDATE account SET id = id - 1 WHERE id = 3"
     " DROP TABLE #t EXEC ('CREATE SCHEMA passing') ALTER SCHEMA passing TRANSFER seen"
     " UPDATE passing.seen SET was = was ALTER SCHEMA dbo TRANSFER passing.seen DROP SCHEMA passing";
 
@@ -94,7 +95,7 @@ int Done(Session& session) {
   Output output;
   session.Execute(
       "SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
-      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
+      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) AND 2 = (SELECT id FROM share) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
       {}, output);
   EXPECT_TRUE(output.errors.empty());
   return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));

@@ -28,7 +28,9 @@ class StorageFaultsTest : public FileTest {
                       "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount INT NOT NULL)"
                       " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) NOT NULL)"
                       " CREATE TABLE changes (by_how_much INT NOT NULL, text VARCHAR(8000) NOT NULL)"
-                      " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')")
+                      " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE)"
+                      " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')"
+                      " INSERT INTO share VALUES (2)")
                     .errors.empty());
     EXPECT_TRUE(RunOn(*session, "CREATE FUNCTION Plus (@n INT) RETURNS INT AS BEGIN DECLARE @t TABLE (a INT)"
                                 " INSERT @t VALUES (1) SELECT @n = @n + a FROM @t RETURN @n END")
@@ -41,7 +43,8 @@ class StorageFaultsTest : public FileTest {
   }
 
   // Moves one from account to account, by a cursor and a function, and counts that in the journal, where a
-  // line of some pages comes and goes, and which goes to another schema and back. What failed, empty when it
+  // line of some pages comes and goes, and which goes to another schema and back. The number of an account
+  // changes for a moment, and with it what refers to it. What failed, empty when it
   // was committed.
   static std::string Work(Session& session) {
     std::string failures;
@@ -56,6 +59,7 @@ class StorageFaultsTest : public FileTest {
                  " INSERT INTO journal VALUES (0, REPLICATE('y', 8000))"
                  " UPDATE journal SET n = n + 1, text = REPLICATE('x', 4000 + n % 2 * 4000)"
                  " WHERE text LIKE 'x%' DELETE FROM journal WHERE text LIKE 'y%'"
+                 " UPDATE account SET id = 3 WHERE id = 2 UPDATE account SET id = 2 WHERE id = 3"
                  " EXEC ('CREATE SCHEMA passing') ALTER SCHEMA passing TRANSFER journal"
                  " EXEC sp_rename 'passing.journal.n', 'm' EXEC sp_rename 'passing.journal.m', 'n'"
                  " EXEC sp_rename 'passing.journal', 'diary' EXEC sp_rename 'passing.diary', 'journal'"
@@ -78,7 +82,7 @@ class StorageFaultsTest : public FileTest {
         RunOn(session, "SELECT CASE WHEN SUM(amount) = 0"
                        " AND MAX(amount) = (SELECT SUM(n) FROM journal)"
                        " AND MAX(amount) = (SELECT ISNULL(SUM(by_how_much), 0) FROM changes)"
-                       " THEN MAX(amount) ELSE -1 END FROM account");
+                       " AND 2 = (SELECT id FROM share) THEN MAX(amount) ELSE -1 END FROM account");
     for (const Error& error : output.errors) ADD_FAILURE() << error.what();
     return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));
   }
