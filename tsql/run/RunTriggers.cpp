@@ -3,6 +3,7 @@
 // it is one statement.
 #include <algorithm>
 #include <optional>
+#include <ranges>
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
@@ -178,9 +179,9 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
     FailChange(failure, target);
   }
   // The triggers of what was changed last come first.
-  for (auto changed = cascaded.rbegin(); changed != cascaded.rend(); ++changed) {
-    const auto rows = static_cast<int64_t>(changed->fired.rows.size());
-    if (FireTriggers(*changed->table, changed->fired, false, rows) == Flow::Abort) return Flow::Abort;
+  for (const CascadedRows& changed : std::ranges::reverse_view(cascaded)) {
+    const auto rows = static_cast<int64_t>(changed.fired.rows.size());
+    if (FireTriggers(*changed.table, changed.fired, false, rows) == Flow::Abort) return Flow::Abort;
   }
   if (FireTriggers(target, fired, insteadOf, count) == Flow::Abort) return Flow::Abort;
   scope.Complete();
