@@ -86,6 +86,9 @@ enum class FunctionId : uint8_t {
   Char,
   NChar,
   Str,
+  Soundex,
+  Difference,
+  HashBytes,
   IsNumeric,
   IsDate,
   GetDate,
@@ -132,6 +135,13 @@ enum class FunctionId : uint8_t {
   SchemaName,
   SchemaId,
   ColLength,
+  DatabaseId,
+  DatabaseName,
+  UserName,
+  LoginName,
+  TypeId,
+  TypeName,
+  IsMember,
   CursorStatus,
   Updated, // UPDATE() of the column whose position is the argument
   // The value, unless it is null, which is an error: for a column whose name is the second argument.

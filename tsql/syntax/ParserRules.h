@@ -163,6 +163,10 @@ class Parser {
   void ParseOptionValue(SetOptionStatement& statement, const Token& name);
   bool ParseFixedOption(SetOptionStatement& statement);
   StatementPtr ParseUse();
+  StatementPtr ParsePermission();
+  void ParsePermissionName(AdministrationStatement& statement);
+  StatementPtr ParseUpdateStatistics();
+  StatementPtr ParseCheckpoint();
   void ParseIsolationLevel();
   StatementPtr ParseIf();
   StatementPtr ParseWhile();
