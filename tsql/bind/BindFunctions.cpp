@@ -50,9 +50,18 @@ std::span<const GlobalFunction> GlobalFunctions() {
 
 // Functions whose value is a name. The engine knows no logins and no network: who asks and where is always
 // the same. The name of the database is put in where there is none.
-constexpr std::pair<std::string_view, std::string_view> kNameFunctions[] = {
-    {"db_name", {}},          {"user_name", "dbo"},       {"suser_sname", "sa"}, {"suser_name", "sa"},
-    {"original_login", "sa"}, {"host_name", "localhost"}, {"app_name", "tsql"}};
+struct NameFunction {
+  std::string_view name;
+  std::string_view value;
+  std::optional<FunctionId> ofArgument; // what it is with an argument
+};
+constexpr NameFunction kNameFunctions[] = {{"db_name", {}, FunctionId::DatabaseName},
+                                           {"user_name", "dbo", FunctionId::UserName},
+                                           {"suser_sname", "sa", FunctionId::LoginName},
+                                           {"suser_name", "sa", FunctionId::LoginName},
+                                           {"original_login", "sa", std::nullopt},
+                                           {"host_name", "localhost", std::nullopt},
+                                           {"app_name", "tsql", std::nullopt}};
 
 constexpr std::string_view kPi = "pi";
 
@@ -99,6 +108,9 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"char", FunctionId::Char, &Binder::BindCharacter},
       {"nchar", FunctionId::NChar, &Binder::BindCharacter},
       {"str", FunctionId::Str, &Binder::BindStr},
+      {"soundex", FunctionId::Soundex, &Binder::BindSoundex},
+      {"difference", FunctionId::Difference, &Binder::BindSoundex},
+      {"hashbytes", FunctionId::HashBytes, &Binder::BindHashBytes},
       {"isnumeric", FunctionId::IsNumeric, &Binder::BindTextTest},
       {"isdate", FunctionId::IsDate, &Binder::BindTextTest},
       {"getdate", FunctionId::GetDate, &Binder::BindGetDate},
@@ -155,6 +167,11 @@ std::span<const Binder::FunctionEntry> Binder::FunctionTable() {
       {"columnproperty", FunctionId::ColumnProperty, &Binder::BindProperty},
       {"col_name", FunctionId::ColumnName, &Binder::BindColumnName},
       {"object_definition", FunctionId::ObjectDefinition, &Binder::BindObjectName},
+      {"db_id", FunctionId::DatabaseId, &Binder::BindServerNumber},
+      {"type_id", FunctionId::TypeId, &Binder::BindServerNumber},
+      {"type_name", FunctionId::TypeName, &Binder::BindServerName},
+      {"is_member", FunctionId::IsMember, &Binder::BindMembership},
+      {"is_srvrolemember", FunctionId::IsMember, &Binder::BindMembership},
       {"schema_name", FunctionId::SchemaName, &Binder::BindSchemaName},
       {"schema_id", FunctionId::SchemaId, &Binder::BindSchemaName},
   };
@@ -167,7 +184,7 @@ std::vector<std::string_view> Binder::FunctionNames() {
   for (const FunctionEntry& entry : FunctionTable()) names.push_back(entry.name);
   for (const WindowEntry& entry : WindowTable()) names.push_back(entry.name);
   for (const GlobalFunction& function : GlobalFunctions()) names.push_back(function.name);
-  for (const auto& [name, value] : kNameFunctions) names.push_back(name);
+  for (const NameFunction& function : kNameFunctions) names.push_back(function.name);
   return names;
 }
 
@@ -286,6 +303,33 @@ BoundExprPtr Binder::BindColumnName(const Expr& expr, FunctionId function) {
   return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
 }
 
+// DB_ID, which is the own database's without a name, and TYPE_ID.
+BoundExprPtr Binder::BindServerNumber(const Expr& expr, FunctionId function) {
+  std::vector<BoundExprPtr> args = BindArguments(expr, function == FunctionId::DatabaseId ? 0 : 1, 1);
+  if (!args.empty()) args[0] = ConvertText(std::move(args[0]));
+  return MakeFunction(function, MakeType(TypeId::Int), std::move(args));
+}
+
+// The name of what has the number. A login may have its bytes instead.
+BoundExprPtr Binder::BindServerName(const Expr& expr, FunctionId function) {
+  constexpr int32_t kMostBytes = 85;
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  const bool hasBytes = expr.text == "suser_sname";
+  args[0] =
+      Convert(std::move(args[0]), hasBytes ? MakeType(TypeId::VarBinary, kMostBytes) : MakeType(TypeId::Int));
+  return MakeFunction(function, MakeType(TypeId::NVarChar, kNameLength), std::move(args));
+}
+
+// IS_MEMBER, IS_SRVROLEMEMBER: a role, and whether it is one of the server.
+BoundExprPtr Binder::BindMembership(const Expr& expr, FunctionId function) {
+  const bool isOfServer = expr.text == "is_srvrolemember";
+  if (isOfServer && expr.args.size() == 2) Refuse("IS_SRVROLEMEMBER of a login");
+  std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);
+  args[0] = ConvertText(std::move(args[0]));
+  args.push_back(MakeConstant(Datum::OfInteger(isOfServer ? 1 : 0), MakeType(TypeId::Int)));
+  return MakeFunction(function, MakeType(TypeId::Int), std::move(args));
+}
+
 // Without an argument they ask for dbo, the schema of everyone who asks.
 BoundExprPtr Binder::BindSchemaName(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindArguments(expr, 0, 1);
@@ -341,9 +385,10 @@ BoundExprPtr Binder::BindConstantFunction(const Expr& expr) {
     BindArguments(expr, 0, 0);
     return MakeConstant(Datum::OfReal(std::numbers::pi), MakeType(TypeId::Float));
   }
-  for (const auto& [name, value] : kNameFunctions) {
+  for (const auto& [name, value, ofArgument] : kNameFunctions) {
     if (expr.text != name) continue;
-    if (!expr.args.empty()) Refuse("A function of the server that gives a name, with an argument");
+    if (!expr.args.empty() && !ofArgument) Fail(174, {expr.text, "0"});
+    if (!expr.args.empty()) return BindServerName(expr, *ofArgument);
     return MakeConstant(Datum::OfText(value.empty() ? catalog_.DatabaseName() : std::string(value)),
                         MakeType(TypeId::NVarChar, kNameLength));
   }

@@ -55,6 +55,34 @@ std::vector<BoundExprPtr> Binder::BindTextArguments(const Expr& expr, size_t lea
   return args;
 }
 
+// SOUNDEX, DIFFERENCE
+BoundExprPtr Binder::BindSoundex(const Expr& expr, FunctionId function) {
+  constexpr int32_t kCodeLength = 4;
+  const bool isOne = function == FunctionId::Soundex;
+  std::vector<BoundExprPtr> args = BindArguments(expr, isOne ? 1 : 2, isOne ? 1 : 2);
+  for (BoundExprPtr& arg : args) arg = ConvertText(std::move(arg));
+  return MakeFunction(function, isOne ? MakeType(TypeId::VarChar, kCodeLength) : IntType(), std::move(args));
+}
+
+// HASHBYTES: of a text the bytes count that the server keeps for it.
+BoundExprPtr Binder::BindHashBytes(const Expr& expr, FunctionId function) {
+  constexpr int32_t kMaxBinary = 8000;
+  std::vector<BoundExprPtr> args = BindTextArguments(expr, 2, 2);
+  const Type given = args[1]->type;
+  const bool isBinary = FamilyOf(given.id) == Family::Binary;
+  if (IsNullConstant(*args[1])) {
+    args[1]->type = MakeType(TypeId::VarBinary, 1);
+  } else if (IsLob(given.id) || (!isBinary && !IsText(given))) {
+    FailArgument(std::string(TypeName(given.id)), 2, expr);
+  } else if (!isBinary) {
+    BoundExprPtr bytes = MakeNode(BoundExpr::Kind::Cast, MakeType(TypeId::VarBinary, -1));
+    bytes->nullable = args[1]->nullable;
+    bytes->args.push_back(std::move(args[1]));
+    args[1] = std::move(bytes);
+  }
+  return MakeFunction(function, MakeType(TypeId::VarBinary, kMaxBinary), std::move(args));
+}
+
 // LEN, ASCII, UNICODE
 BoundExprPtr Binder::BindTextMeasure(const Expr& expr, FunctionId function) {
   std::vector<BoundExprPtr> args = BindArguments(expr, 1, 1);

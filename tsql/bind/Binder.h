@@ -196,6 +196,9 @@ class Binder {
   BoundExprPtr BindObjectName(const Expr& expr, FunctionId function);
   BoundExprPtr BindProperty(const Expr& expr, FunctionId function);
   BoundExprPtr BindColumnName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindServerNumber(const Expr& expr, FunctionId function);
+  BoundExprPtr BindServerName(const Expr& expr, FunctionId function);
+  BoundExprPtr BindMembership(const Expr& expr, FunctionId function);
   BoundExprPtr BindSchemaName(const Expr& expr, FunctionId function);
   BoundExprPtr BindObjectSize(const Expr& expr, FunctionId function);
   BoundExprPtr BindIdentityNumber(const Expr& expr, FunctionId function);
@@ -225,6 +228,8 @@ class Binder {
   BoundExprPtr BindTextMap(const Expr& expr, FunctionId function);
   BoundExprPtr BindTrim(const Expr& expr, FunctionId function);
   BoundExprPtr BindTranslate(const Expr& expr, FunctionId function);
+  BoundExprPtr BindSoundex(const Expr& expr, FunctionId function);
+  BoundExprPtr BindHashBytes(const Expr& expr, FunctionId function);
   BoundExprPtr BindParseName(const Expr& expr, FunctionId function);
   BoundExprPtr BindTextEnd(const Expr& expr, FunctionId function);
   BoundExprPtr BindSubstring(const Expr& expr, FunctionId function);

@@ -98,6 +98,9 @@ enum class FunctionId : uint8_t {
   Char,
   NChar,
   Str,
+  Soundex,
+  Difference,
+  HashBytes,
   IsNumeric,
   IsDate,
   GetDate,
@@ -147,6 +150,13 @@ enum class FunctionId : uint8_t {
   IdentitySeed,
   IdentityIncrement,
   CurrentIdentity,
+  DatabaseId,
+  DatabaseName,
+  UserName,
+  LoginName,
+  TypeId,
+  TypeName,
+  IsMember,
   CursorStatus,
   Updated, // UPDATE() of the column whose position is the argument
   // The value, unless it is null, which is an error: for a column whose name is the second argument.

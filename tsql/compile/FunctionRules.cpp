@@ -63,6 +63,7 @@ std::string SideEffect(const Statement& statement) {
   case StatementKind::Throw: return "THROW";
   case StatementKind::TryCatch: return "BEGIN TRY";
   case StatementKind::WaitFor: return "WAITFOR";
+  case StatementKind::Administration: return "GRANT";
   case StatementKind::CreateTable: return "CREATE TABLE";
   case StatementKind::CreateIndex: return "CREATE INDEX";
   case StatementKind::AlterTable: return "ALTER TABLE";

@@ -347,6 +347,7 @@ void Planner::Compile(const Statement& statement) {
 
 void Planner::CompileExecute(const ExecuteStatement& statement) {
   if (!statement.returnVariable.empty()) RequireVariable(statement.returnVariable);
+  if (!statement.nameVariable.empty()) RequireVariable(statement.nameVariable);
   for (const ExecuteArgument& argument : statement.arguments)
     if (!argument.outputVariable.empty()) RequireVariable(argument.outputVariable);
 }

@@ -77,8 +77,12 @@ std::string SystemViewSql(const SystemView& view) {
     return "SELECT " + name + ", " + id + " AS object_id, " + schema + " AS schema_id FROM " +
            Main(storage::kTables);
   case Id::Columns:
-    return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " + length +
-           " AS max_length, nullable AS is_nullable, identity IN (1, 4) AS is_identity, identity IN (2, 3) AS is_computed "
+    return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " +
+           Call(names::kTypeId, "type") + " AS system_type_id, " + Call(names::kTypeId, "type") +
+           " AS user_type_id, " + length + " AS max_length, " + Call(names::kTypePrecision, "type") +
+           " AS \"precision\", " + Call(names::kTypeScale, "type") + " AS scale, " +
+           Call(names::kTypeCollation, "type") +
+           " AS collation_name, nullable AS is_nullable, identity IN (1, 4) AS is_identity, identity IN (2, 3) AS is_computed "
            "FROM " +
            Main(storage::kColumns);
   case Id::Triggers:

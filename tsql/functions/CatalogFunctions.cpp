@@ -4,6 +4,7 @@
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/functions/ObjectNumbers.h"
+#include "tsql/functions/ServerTypes.h"
 #include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
@@ -11,6 +12,9 @@
 
 namespace tsql {
 namespace {
+
+// The collation of the database, and so of all columns of texts.
+constexpr std::string_view kCollationName = "Chinese_PRC_CI_AS";
 
 void NewId(const FunctionCall& call) {
   static thread_local std::mt19937_64 generator{std::random_device{}()};
@@ -133,6 +137,16 @@ void TypeNameOf(const FunctionCall& call) {
   call.ReturnText(TypeName(call.TypeAt(0).id));
 }
 
+template <int ServerType::*Fact>
+void TypeFact(const FunctionCall& call) {
+  call.ReturnInteger(ServerTypeOf(call.TypeAt(0)).*Fact);
+}
+
+void TypeCollation(const FunctionCall& call) {
+  if (!IsText(call.TypeAt(0))) return call.ReturnNull();
+  call.ReturnText(kCollationName);
+}
+
 void CharLengthOf(const FunctionCall& call) {
   const Type type = call.TypeAt(0);
   if (!TakesLength(type.id) || type.length == 0) return call.ReturnNull();
@@ -202,6 +216,10 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<TriggerTableOf>(connection, context, names::kTriggerTable, 1, Purity::Volatile);
   Register<IsInsteadOf>(connection, context, names::kIsInsteadOf, 1, Purity::Volatile);
   Register<TypeNameOf>(connection, context, names::kTypeName, 1);
+  Register<TypeFact<&ServerType::id>>(connection, context, names::kTypeId, 1);
+  Register<TypeFact<&ServerType::precision>>(connection, context, names::kTypePrecision, 1);
+  Register<TypeFact<&ServerType::scale>>(connection, context, names::kTypeScale, 1);
+  Register<TypeCollation>(connection, context, names::kTypeCollation, 1);
   Register<CharLengthOf>(connection, context, names::kCharLength, 1);
   Register<ColLength>(connection, context, names::kColLength, 2, Purity::Volatile);
 }

@@ -84,6 +84,9 @@ inline constexpr const char* kAscii = "t_ascii";
 inline constexpr const char* kUnicode = "t_unicode";
 inline constexpr const char* kQuoteName = "t_quotename";
 inline constexpr const char* kStr = "t_str";
+inline constexpr const char* kSoundex = "t_soundex";
+inline constexpr const char* kDifference = "t_difference";
+inline constexpr const char* kHashBytes = "t_hashbytes";
 inline constexpr const char* kIsNumeric = "t_isnumeric";
 inline constexpr const char* kIsDate = "t_isdate";
 
@@ -142,12 +145,23 @@ inline constexpr const char* kObjectDefinition = "t_object_definition";
 inline constexpr const char* kSchemaName = "t_schema_name";
 inline constexpr const char* kSchemaId = "t_schema_id";
 inline constexpr const char* kColLength = "t_col_length";
+inline constexpr const char* kDatabaseId = "t_db_id";
+inline constexpr const char* kDatabaseName = "t_db_name";
+inline constexpr const char* kUserName = "t_user_name";
+inline constexpr const char* kLoginName = "t_login_name";
+inline constexpr const char* kServerTypeId = "t_server_type_id";
+inline constexpr const char* kServerTypeName = "t_server_type_name";
+inline constexpr const char* kIsMember = "t_is_member";
 // Of objects by their keys, which no batch can write.
 inline constexpr const char* kKeyId = "t_key_id";
 inline constexpr const char* kKeyName = "t_key_name";
 inline constexpr const char* kKeySchema = "t_key_schema";
 inline constexpr const char* kKeyColLength = "t_key_col_length";
 inline constexpr const char* kTypeName = "t_type_name";
+inline constexpr const char* kTypeId = "t_type_id";
+inline constexpr const char* kTypePrecision = "t_type_precision";
+inline constexpr const char* kTypeScale = "t_type_scale";
+inline constexpr const char* kTypeCollation = "t_type_collation";
 inline constexpr const char* kCharLength = "t_char_length";
 
 } // namespace tsql::names

@@ -31,7 +31,9 @@ void RegisterFunctions(sqlite3* connection, FunctionContext& context) {
   RegisterDecimalFunctions(connection, context);
   RegisterNumericFunctions(connection, context);
   RegisterTextFunctions(connection, context);
+  RegisterTextCodes(connection, context);
   RegisterDateFunctions(connection, context);
+  RegisterServerFunctions(connection, context);
   RegisterStagedRows(connection, context);
   RegisterUserFunctions(connection, context);
 }

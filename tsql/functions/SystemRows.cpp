@@ -4,6 +4,7 @@
 
 #include "tsql/catalog/Schemas.h"
 #include "tsql/functions/ObjectNumbers.h"
+#include "tsql/functions/ServerTypes.h"
 #include "tsql/values/Collation.h"
 
 namespace tsql {
@@ -69,29 +70,10 @@ Rows SchemataRows(const Catalog& catalog) {
   return rows;
 }
 
-// A type as the server numbers it; its size is that of the longest one.
-struct ServerType {
-  std::string_view name;
-  int id;
-  int length;
-  int precision;
-  int scale;
-};
-constexpr ServerType kServerTypes[] = {
-    {"image", 34, 16, 0, 0},         {"text", 35, 16, 0, 0},       {"uniqueidentifier", 36, 16, 0, 0},
-    {"date", 40, 3, 10, 0},          {"time", 41, 5, 16, 7},       {"datetime2", 42, 8, 27, 7},
-    {"tinyint", 48, 1, 3, 0},        {"smallint", 52, 2, 5, 0},    {"int", 56, 4, 10, 0},
-    {"smalldatetime", 58, 4, 16, 0}, {"real", 59, 4, 24, 0},       {"money", 60, 8, 19, 4},
-    {"datetime", 61, 8, 23, 3},      {"float", 62, 8, 53, 0},      {"ntext", 99, 16, 0, 0},
-    {"bit", 104, 1, 1, 0},           {"decimal", 106, 17, 38, 38}, {"numeric", 108, 17, 38, 38},
-    {"smallmoney", 122, 4, 10, 4},   {"bigint", 127, 8, 19, 0},    {"varbinary", 165, 8000, 0, 0},
-    {"varchar", 167, 8000, 0, 0},    {"binary", 173, 8000, 0, 0},  {"char", 175, 8000, 0, 0},
-    {"nvarchar", 231, 8000, 0, 0},   {"nchar", 239, 8000, 0, 0}};
-
 Rows TypeRows() {
   constexpr int64_t kSystemSchema = 4;
   Rows rows;
-  for (const ServerType& type : kServerTypes)
+  for (const ServerType& type : ServerTypes())
     rows.push_back({NameValue(type.name), Datum::OfInteger(type.id), Datum::OfInteger(type.id),
                     Datum::OfInteger(kSystemSchema), Datum::OfInteger(type.length),
                     Datum::OfInteger(type.precision), Datum::OfInteger(type.scale), Flag(true), Flag(false)});

@@ -199,6 +199,7 @@ class Interpreter : public UserFunctions {
   // procedures (RunProcedures.cpp)
   Flow RunExecute(const ExecuteStatement& statement);
   Flow RunText(const ExecuteStatement& statement);
+  ObjectName ProcedureName(const ExecuteStatement& statement) const;
   // sp_executesql (RunDynamic.cpp)
   Flow RunDynamic(const ExecuteStatement& statement);
   std::string EvaluateDynamicText(const ExecuteArgument& argument, const char* parameter);
@@ -214,6 +215,8 @@ class Interpreter : public UserFunctions {
   void RunDefinition(const Statement& statement);
   void RunDrop(const DropStatement& statement);
   void RunCreateTrigger(const CreateTriggerStatement& statement);
+  void RunAdministration(const AdministrationStatement& statement) const;
+  void CheckPermission(const AdministrationStatement& statement) const;
   void RunSwitchTriggers(const SwitchTriggersStatement& statement);
   void RunCreateFunction(const CreateFunctionStatement& statement);
   ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;

@@ -242,6 +242,9 @@ void Interpreter::RunDefinition(const Statement& statement) {
   case StatementKind::SwitchTriggers:
     RunSwitchTriggers(static_cast<const SwitchTriggersStatement&>(statement));
     break;
+  case StatementKind::Administration:
+    RunAdministration(static_cast<const AdministrationStatement&>(statement));
+    break;
   case StatementKind::CreateFunction:
     RunCreateFunction(static_cast<const CreateFunctionStatement&>(statement));
     break;

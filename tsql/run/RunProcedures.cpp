@@ -1,8 +1,12 @@
+#include <optional>
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
+#include "tsql/syntax/Refusals.h"
+#include "tsql/values/Collation.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/NameText.h"
 
 namespace tsql {
 namespace {
@@ -136,11 +140,29 @@ void Interpreter::TakeOutputs(const ExecuteStatement& statement, const CompiledU
   }
 }
 
+// The name as it is written, or as a variable has it now. No procedure has a name that is none.
+ObjectName Interpreter::ProcedureName(const ExecuteStatement& statement) const {
+  if (statement.nameVariable.empty()) return statement.procedure;
+  const auto index = static_cast<size_t>(FindVariable(running_->unit->variables, statement.nameVariable));
+  const Datum text = Convert(running_->variables[index], running_->unit->variables[index].type,
+                             MakeType(TypeId::NVarChar, -1), ConvertMode::Cast);
+  const std::string written(TrimTrailingBlanks(text.text));
+  const std::optional<std::vector<std::string>> parts = NameParts(written);
+  if (!parts) Fail(2812, {written});
+  if (parts->size() > 2) Refuse("A name with a database part");
+  ObjectName name = statement.procedure;
+  name.name = parts->back();
+  if (parts->size() > 1) name.schema = parts->front();
+  if (!name.schema.empty()) name.home.clear();
+  return name;
+}
+
 Interpreter::Flow Interpreter::RunExecute(const ExecuteStatement& statement) {
   if (functions_ > 0) Fail(557, {});
   if (statement.text) return RunText(statement);
-  if (statement.isDynamic) return RunDynamic(statement);
-  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(statement.procedure);
+  const ObjectName name = ProcedureName(statement);
+  if (statement.isDynamic || EqualNames(name.name, kDynamicProcedure)) return RunDynamic(statement);
+  const std::shared_ptr<CompiledUnit> unit = compiler_.CompileProcedure(name);
   RunningUnit callee;
   callee.procedure = unit->procedure->name.name;
   BindArguments(statement, *unit, callee);

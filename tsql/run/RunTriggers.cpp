@@ -174,9 +174,10 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
     FailChange(failure, target);
   }
   // The triggers of what was changed last come first.
-  for (auto changed = cascaded.rbegin(); changed != cascaded.rend(); ++changed) {
-    const auto rows = static_cast<int64_t>(changed->fired.rows.size());
-    if (FireTriggers(*changed->table, changed->fired, false, rows) == Flow::Abort) return Flow::Abort;
+  for (size_t left = cascaded.size(); left > 0; --left) {
+    const CascadedRows& changed = cascaded[left - 1];
+    const auto rows = static_cast<int64_t>(changed.fired.rows.size());
+    if (FireTriggers(*changed.table, changed.fired, false, rows) == Flow::Abort) return Flow::Abort;
   }
   if (FireTriggers(target, fired, insteadOf, count) == Flow::Abort) return Flow::Abort;
   scope.Complete();

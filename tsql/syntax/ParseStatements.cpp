@@ -22,7 +22,7 @@ StatementPtr Parser::ParseUnterminated() {
     std::string_view word;
     Rule rule;
   };
-  constexpr std::array<Entry, 32> kRules = {{{"select", &Parser::ParseQueryStatement},
+  constexpr std::array<Entry, 36> kRules = {{{"select", &Parser::ParseQueryStatement},
                                              {"with", &Parser::ParseWith},
                                              {"insert", &Parser::ParseInsert},
                                              {"update", &Parser::ParseUpdate},
@@ -50,6 +50,10 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"goto", &Parser::ParseGoto},
                                              {"waitfor", &Parser::ParseWaitFor},
                                              {"use", &Parser::ParseUse},
+                                             {"grant", &Parser::ParsePermission},
+                                             {"deny", &Parser::ParsePermission},
+                                             {"revoke", &Parser::ParsePermission},
+                                             {"checkpoint", &Parser::ParseCheckpoint},
                                              {"open", &Parser::ParseCursor},
                                              {"close", &Parser::ParseCursor},
                                              {"deallocate", &Parser::ParseCursor},
@@ -59,6 +63,7 @@ StatementPtr Parser::ParseUnterminated() {
   if (Current().kind == TokenKind::Word) {
     if (AreWordsAt(0, "DBCC CHECKIDENT")) return ParseCheckIdentity();
     RefuseWords(RefusedKind::Statement);
+    if (AreWordsAt(0, "UPDATE STATISTICS")) return ParseUpdateStatistics();
     if (AreWordsAt(0, "ENABLE TRIGGER") || AreWordsAt(0, "DISABLE TRIGGER")) return ParseSwitchTriggers();
     for (const Entry& entry : kRules)
       if (IsWord(entry.word)) return (this->*entry.rule)();
@@ -529,14 +534,17 @@ StatementPtr Parser::ParseExecute() {
     RefuseExecuteOption();
     return statement;
   }
-  if (Current().kind == TokenKind::Variable) {
-    if (!IsSymbolAt(1, "=")) RefuseHere("EXEC with the procedure's name in a variable");
+  if (Current().kind == TokenKind::Variable && IsSymbolAt(1, "=")) {
     statement->returnVariable = TakeVariable();
     ExpectSymbol("=");
-    if (Current().kind == TokenKind::Variable) RefuseHere("EXEC with the procedure's name in a variable");
   }
-  statement->procedure = ParseObjectName();
-  statement->isDynamic = EqualNames(statement->procedure.name, kDynamicProcedure);
+  if (Current().kind == TokenKind::Variable) {
+    statement->nameVariable = TakeVariable();
+    statement->procedure.home = home_;
+  } else {
+    statement->procedure = ParseObjectName();
+    statement->isDynamic = EqualNames(statement->procedure.name, kDynamicProcedure);
+  }
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
   RefuseExecuteOption();
   const bool hasArguments =

@@ -164,6 +164,10 @@ class Parser {
   bool ParseFixedOption(SetOptionStatement& statement);
   StatementPtr ParseCheckIdentity();
   StatementPtr ParseUse();
+  StatementPtr ParsePermission();
+  void ParsePermissionName(AdministrationStatement& statement);
+  StatementPtr ParseUpdateStatistics();
+  StatementPtr ParseCheckpoint();
   void ParseIsolationLevel();
   StatementPtr ParseIf();
   StatementPtr ParseWhile();

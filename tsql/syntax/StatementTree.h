@@ -40,6 +40,7 @@ enum class StatementKind : uint8_t {
   WaitFor,
   Use,
   CheckIdentity,
+  Administration,
   TryCatch,
   DeclareCursor,
   Cursor,
@@ -199,6 +200,19 @@ struct DropStatement : Statement {
   std::vector<ObjectName> names;
   std::vector<ObjectName> tables; // of indexes
   bool ifExists = false;
+};
+
+// GRANT, DENY, REVOKE, UPDATE STATISTICS, CHECKPOINT: what they name must be there, and nothing more becomes
+// of it. Whoever runs statements owns the database, so that no permission counts, and there are no
+// statistics.
+struct AdministrationStatement : Statement {
+  enum class Action : uint8_t { Permission, Statistics, Checkpoint };
+  AdministrationStatement() : Statement(StatementKind::Administration) {}
+  Action action = Action::Checkpoint;
+  ObjectName object; // or a schema's name
+  bool isSchema = false;
+  std::vector<std::string> columns;    // that a permission is for
+  std::vector<std::string> statistics; // of the table
 };
 
 struct CreateSchemaStatement : Statement {
@@ -443,8 +457,9 @@ struct ExecuteStatement : Statement {
   ExecuteStatement() : Statement(StatementKind::Execute) {}
   std::string returnVariable;
   ObjectName procedure;
-  bool isDynamic = false; // kDynamicProcedure, whose first argument is the text
-  ExprPtr text;           // EXEC(text)
+  std::string nameVariable; // that has the procedure's name; empty where it is written
+  bool isDynamic = false;   // kDynamicProcedure, whose first argument is the text
+  ExprPtr text;             // EXEC(text)
   std::vector<ExecuteArgument> arguments;
 };
 

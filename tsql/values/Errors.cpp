@@ -289,6 +289,8 @@ constexpr ErrorText kErrors[] = {
     {2560, 16, 9, "Parameter %1 is incorrect for this DBCC statement."},
     {2601, 14, 1, "Cannot insert duplicate key row in object '%1' with unique index '%2'."},
     {2627, 14, 1, "Violation of %1 constraint '%2'. Cannot insert duplicate key in object '%3'."},
+    {2706, 16, 6, "Table '%1' does not exist."},
+    {2767, 16, 1, "Could not locate statistics '%1' in the system catalogs."},
     {2705, 16, 3,
      "Column names in each table must be unique. Column name '%1' in table '%2' is specified more than "
      "once."},

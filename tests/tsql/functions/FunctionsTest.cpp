@@ -205,8 +205,64 @@ TEST_F(FunctionsTest, Names) {
   EXPECT_EQ(Scalar("OBJECT_NAME(OBJECT_ID('dbo.named'))"), "Named");
   EXPECT_EQ(Scalar("OBJECT_NAME(0)"), "NULL");
   EXPECT_EQ(Scalar("USER_NAME() + ' ' + SUSER_SNAME() + ' ' + HOST_NAME()"), "dbo sa localhost");
-  EXPECT_EQ(ErrorText("SELECT USER_NAME(1)"),
-            "40510 1 A function of the server that gives a name, with an argument is not supported.");
+}
+
+TEST_F(FunctionsTest, NamesAndNumbersOfTheServer) {
+  EXPECT_EQ(Rows("SELECT DB_ID(), DB_ID(DB_NAME()), DB_ID('TempDB '), DB_ID('none'), DB_ID(NULL)"),
+            Lines({"5|5|2|NULL|NULL"}));
+  EXPECT_EQ(Rows("SELECT DB_NAME(1), CASE WHEN DB_NAME(5) = DB_NAME() THEN 'own' END, DB_NAME(6)"),
+            Lines({"master|own|NULL"}));
+  EXPECT_EQ(Rows("SELECT USER_NAME(1), USER_NAME(0), USER_NAME(99), SUSER_NAME(1), SUSER_SNAME(0x01),"
+                 " SUSER_SNAME(0x02), SUSER_NAME(NULL)"),
+            Lines({"dbo|public|NULL|sa|sa|NULL|NULL"}));
+  EXPECT_EQ(Rows("SELECT TYPE_NAME(56), TYPE_NAME(231), TYPE_NAME(256), TYPE_NAME(1), TYPE_ID('INT'),"
+                 " TYPE_ID('sys.datetime2'), TYPE_ID('sysname'), TYPE_ID('none')"),
+            Lines({"int|nvarchar|sysname|NULL|56|42|256|NULL"}));
+  EXPECT_EQ(Rows("SELECT IS_MEMBER('public'), IS_MEMBER('DB_OWNER'), IS_MEMBER('none'),"
+                 " IS_SRVROLEMEMBER('sysadmin'), IS_SRVROLEMEMBER('db_owner'), IS_MEMBER(NULL)"),
+            Lines({"1|1|NULL|1|NULL|NULL"}));
+  EXPECT_EQ(ErrorText("SELECT IS_SRVROLEMEMBER('dbcreator')"),
+            "40510 1 Membership of a role other than public, db_owner and sysadmin is not supported.");
+  EXPECT_EQ(ErrorText("SELECT HOST_NAME(1)"), "174 1 The host_name function requires 0 argument(s).");
+}
+
+TEST_F(FunctionsTest, HowTextsSound) {
+  EXPECT_EQ(Rows("SELECT SOUNDEX('Smith'), SOUNDEX('Smythe'), SOUNDEX('Blotchet-Halls'), SOUNDEX('Green'),"
+                 " SOUNDEX('greene')"),
+            Lines({"S530|S530|B432|G650|G650"}));
+  // Letters of one digit count once, the first one's and those on both sides of H or W too; a vowel parts
+  // them.
+  EXPECT_EQ(Rows("SELECT SOUNDEX('Pfister'), SOUNDEX('Ashcraft'), SOUNDEX('Tymczak'), SOUNDEX('Jackson'),"
+                 " SOUNDEX('Gutierrez'), SOUNDEX('VanDeusen')"),
+            Lines({"P236|A261|T522|J250|G362|V532"}));
+  EXPECT_EQ(
+      Rows("SELECT SOUNDEX(''), SOUNDEX('12'), SOUNDEX(NULL), SOUNDEX(N'a'), DATALENGTH(SOUNDEX(N'a'))"),
+      Lines({"0000|0000|NULL|A000|4"}));
+  EXPECT_EQ(Rows("SELECT DIFFERENCE('Smithers', 'Smythers'), DIFFERENCE('Anothers', 'Brothers'),"
+                 " DIFFERENCE('Blotchet-Halls', 'Greene'), DIFFERENCE('a', NULL)"),
+            Lines({"4|2|0|NULL"}));
+}
+
+// The digests of "abc" are those of the standards.
+TEST_F(FunctionsTest, Digests) {
+  const auto digest = [this](const std::string& name, const std::string& value) {
+    return Scalar("CONVERT(VARCHAR(200), HASHBYTES('" + name + "', " + value + "), 2)");
+  };
+  EXPECT_EQ(digest("md5", "'abc'"), "900150983CD24FB0D6963F7D28E17F72");
+  EXPECT_EQ(digest("SHA", "'abc'"), "A9993E364706816ABA3E25717850C26C9CD0D89D");
+  EXPECT_EQ(digest("sha1", "0x0001FF"), "C63E8274458BC7501E7C981F6394CED6D4490FDA");
+  EXPECT_EQ(digest("SHA2_256", "'abc'"), "BA7816BF8F01CFEA414140DE5DAE2223B00361A396177A9CB410FF61F20015AD");
+  EXPECT_EQ(digest("SHA2_512", "'abc'"), "DDAF35A193617ABACC417349AE20413112E6FA4E89A97EA20A9EEEE64B55D39A"
+                                         "2192992A274FC1A836BA3C23A3FEEBBD454D4423643CE80E2A9AC94FA54CA49F");
+  // The bytes are those of the type: of the code page, or two for a character.
+  EXPECT_EQ(digest("MD5", "N'abc'"), "CE1473CF80C6B3FDA8E3DFC006ADC315");
+  EXPECT_EQ(digest("MD5", "CAST(N'\xe5\xad\x97' AS VARCHAR(5))"), "11BEDABB71DB35385F6E0A73F3CAAFC9");
+  EXPECT_EQ(digest("MD5", "''"), "D41D8CD98F00B204E9800998ECF8427E");
+  EXPECT_EQ(digest("MD6", "'abc'"), "NULL");
+  EXPECT_EQ(digest("MD5", "NULL"), "NULL");
+  EXPECT_EQ(ErrorText("SELECT HASHBYTES('MD5', 1)"),
+            "8116 1 Argument data type int is invalid for argument 2 of hashbytes function.");
+  EXPECT_EQ(ErrorText("SELECT HASHBYTES('MD4', 'a')"), "40510 1 HASHBYTES with MD2 or MD4 is not supported.");
 }
 
 TEST_F(FunctionsTest, SystemViews) {

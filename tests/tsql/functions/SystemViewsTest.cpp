@@ -35,6 +35,20 @@ TEST_F(SystemViewsTest, Types) {
   EXPECT_EQ(Rows("SELECT COUNT(*) FROM sys.types WHERE is_user_defined = 1 OR schema_id <> 4"), Lines({"0"}));
 }
 
+TEST_F(SystemViewsTest, ColumnsHaveTheTypesOfTheServer) {
+  Must("CREATE TABLE typed (i INT IDENTITY, d DECIMAL(9,2), f FLOAT, n NVARCHAR(30), t TIME(0), u TIME(3),"
+       " w DATETIME2(7), x DATETIME2(0), m MONEY, b VARBINARY(MAX), c AS i + 1)");
+  EXPECT_EQ(
+      Rows(
+          "SELECT c.name, t.name, c.system_type_id, c.max_length, c.[precision], c.scale, c.collation_name,"
+          " c.is_identity, c.is_computed FROM sys.columns c JOIN sys.types t ON t.user_type_id = c.user_type_id"
+          " WHERE c.object_id = OBJECT_ID('typed') ORDER BY c.column_id"),
+      Lines({"i|int|56|4|10|0|NULL|1|0", "d|decimal|106|5|9|2|NULL|0|0", "f|float|62|8|53|0|NULL|0|0",
+             "n|nvarchar|231|60|0|0|Chinese_PRC_CI_AS|0|0", "t|time|41|3|8|0|NULL|0|0",
+             "u|time|41|4|12|3|NULL|0|0", "w|datetime2|42|8|27|7|NULL|0|0", "x|datetime2|42|6|19|0|NULL|0|0",
+             "m|money|60|8|19|4|NULL|0|0", "b|varbinary|165|-1|0|0|NULL|0|0", "c|int|56|4|10|0|NULL|0|1"}));
+}
+
 TEST_F(SystemViewsTest, Indexes) {
   EXPECT_EQ(
       Rows("SELECT OBJECT_NAME(object_id), name, index_id, is_unique, is_primary_key, is_unique_constraint"

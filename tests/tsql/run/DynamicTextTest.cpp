@@ -17,6 +17,30 @@ TEST_F(DynamicTextTest, ParametersByPositionAndByName) {
   EXPECT_EQ(Rows("EXEC dbo.sp_executesql N'SELECT 1'"), Lines({"1"}));
 }
 
+TEST_F(DynamicTextTest, AProceduresNameInAVariable) {
+  Must("CREATE PROCEDURE p @a INT = 1, @b INT = 2 OUTPUT AS SELECT @a, @b SET @b = @a * 10 RETURN @a");
+  EXPECT_EQ(Rows("DECLARE @name VARCHAR(50) SET @name = 'p' EXEC @name 5"), Lines({"5|2"}));
+  EXPECT_EQ(Rows("DECLARE @name NVARCHAR(50), @v INT SET @name = N'dbo.[P] ' EXECUTE @name @b = 7, @a = -1"),
+            Lines({"-1|7"}));
+  const Output output =
+      Run("DECLARE @name SYSNAME, @r INT, @o INT SET @name = 'p' EXEC @r = @name 4, @o OUTPUT"
+          " SELECT @r, @o");
+  EXPECT_EQ(output.results, std::vector<Lines>({{"4|NULL"}, {"4|40"}}));
+  EXPECT_EQ(
+      Rows("DECLARE @name VARCHAR(50) SET @name = 'sp_executesql' EXEC @name N'SELECT @x', N'@x INT', 3"),
+      Lines({"3"}));
+  EXPECT_EQ(Rows("DECLARE @name VARCHAR(9) SET @name = 'p' DECLARE @t TABLE (a INT, b INT)"
+                 " INSERT INTO @t EXEC @name 8 SELECT a, b FROM @t"),
+            Lines({"8|2"}));
+  EXPECT_EQ(ErrorText("DECLARE @name VARCHAR(50) SET @name = 'none.such' EXEC @name"),
+            "2812 1 Could not find stored procedure 'none.such'.");
+  EXPECT_EQ(ErrorText("DECLARE @name VARCHAR(50) EXEC @name"), "2812 1 Could not find stored procedure ''.");
+  EXPECT_EQ(ErrorOf("DECLARE @name VARCHAR(50) SET @name = '[p' EXEC @name"), 2812);
+  EXPECT_EQ(ErrorOf("DECLARE @name VARCHAR(50) SET @name = 'sp_who' EXEC @name"), 40510);
+  EXPECT_EQ(ErrorOf("DECLARE @name VARCHAR(50) SET @name = 'other.dbo.p' EXEC @name"), 40510);
+  EXPECT_EQ(ErrorText("EXEC @name"), "137 1 Must declare the scalar variable \"@name\".");
+}
+
 TEST_F(DynamicTextTest, ValuesComeBack) {
   EXPECT_EQ(
       Rows("DECLARE @n INT, @rc INT EXEC @rc = sp_executesql N'SET @x = @x * 2', N'@x INT OUTPUT', @n OUTPUT"

@@ -50,7 +50,7 @@ TEST_F(RefusalsTest, StatementsAreRefusedByTheirWords) {
   ExpectRefused("BEGIN TRY WAITFOR (RECEIVE 1 FROM q) END TRY BEGIN CATCH END CATCH",
                 "WAITFOR of a statement");
   ExpectRefused("WITH x AS (SELECT a FROM t) MERGE t USING x ON 1 = 1", "MERGE");
-  ExpectRefused("CREATE PROCEDURE q AS CHECKPOINT", "CHECKPOINT");
+  ExpectRefused("CREATE PROCEDURE q AS RECONFIGURE", "RECONFIGURE");
 }
 
 TEST_F(RefusalsTest, ObjectsAreRefusedByTheirWords) {
