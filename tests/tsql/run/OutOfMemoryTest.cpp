@@ -26,7 +26,7 @@ int64_t Every(int64_t usual) {
 constexpr char kTables[] =
     "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 99999999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
-    " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE) CREATE TABLE seen (text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
+    " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE) CREATE TABLE seen (n INT IDENTITY(1,2), text NVARCHAR(2000) NULL, was NVARCHAR(2000) NULL)"
     " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO share VALUES (2)";
 constexpr char kProcedure[] = "CREATE PROCEDURE CountLines @text NVARCHAR(40), @lines INT OUTPUT AS"
                               " CREATE TABLE #found (n INT NOT NULL)"
@@ -95,7 +95,8 @@ int Done(Session& session) {
   Output output;
   session.Execute(
       "SELECT CASE WHEN SUM(amount) = 0 AND MAX(amount) = (SELECT COUNT(*) FROM journal)"
-      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) AND 2 = (SELECT id FROM share) THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
+      " AND MAX(amount) = (SELECT COUNT(*) FROM seen WHERE was IS NULL) AND 2 = (SELECT id FROM share)"
+      " AND (SELECT ISNULL(MAX(n), -1) FROM seen) = 2 * (SELECT COUNT(*) FROM seen) - 1 THEN CAST(MAX(amount) AS INT) ELSE -1 END FROM account",
       {}, output);
   EXPECT_TRUE(output.errors.empty());
   return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));

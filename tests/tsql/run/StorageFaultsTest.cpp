@@ -24,14 +24,16 @@ class StorageFaultsTest : public FileTest {
  protected:
   StorageFaultsTest() {
     const auto session = Session::Open(Database::Open(path_, OpenMode::Create));
-    EXPECT_TRUE(RunOn(*session,
-                      "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount INT NOT NULL)"
-                      " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) NOT NULL)"
-                      " CREATE TABLE changes (by_how_much INT NOT NULL, text VARCHAR(8000) NOT NULL)"
-                      " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE)"
-                      " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')"
-                      " INSERT INTO share VALUES (2)")
-                    .errors.empty());
+    EXPECT_TRUE(
+        RunOn(
+            *session,
+            "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount INT NOT NULL)"
+            " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) NOT NULL)"
+            " CREATE TABLE changes (step INT IDENTITY(5,5), by_how_much INT NOT NULL, text VARCHAR(8000) NOT NULL)"
+            " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE)"
+            " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')"
+            " INSERT INTO share VALUES (2)")
+            .errors.empty());
     EXPECT_TRUE(RunOn(*session, "CREATE FUNCTION Plus (@n INT) RETURNS INT AS BEGIN DECLARE @t TABLE (a INT)"
                                 " INSERT @t VALUES (1) SELECT @n = @n + a FROM @t RETURN @n END")
                     .errors.empty());
@@ -82,6 +84,7 @@ class StorageFaultsTest : public FileTest {
         RunOn(session, "SELECT CASE WHEN SUM(amount) = 0"
                        " AND MAX(amount) = (SELECT SUM(n) FROM journal)"
                        " AND MAX(amount) = (SELECT ISNULL(SUM(by_how_much), 0) FROM changes)"
+                       " AND 10 * MAX(amount) = (SELECT ISNULL(MAX(step), 0) FROM changes)"
                        " AND 2 = (SELECT id FROM share) THEN MAX(amount) ELSE -1 END FROM account");
     for (const Error& error : output.errors) ADD_FAILURE() << error.what();
     return output.results.empty() ? -2 : std::stoi(output.results[0].at(0));
