@@ -200,6 +200,7 @@ void RunApartments(const std::wstring& dsn, const Rounds& rounds, Figures& figur
     });
   };
   std::vector<std::thread> apartments;
+  apartments.reserve(kWriters + kReaders);
   for (int i = 0; i < kWriters; ++i)
     apartments.push_back(start([&dsn, &figures, i] {
       return Writer(dsn, std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(i) + L"-", figures);
