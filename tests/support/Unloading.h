@@ -13,30 +13,19 @@
 #include "com/ComError.h"
 #include "com/Module.h"
 #include "com/Object.h"
+#include "tests/support/HeapUse.h"
 
 namespace com::test {
 
 // What a process has of things that unloaded modules may have left to it.
 struct Left {
-  size_t blocks = 0; // of all heaps
-  size_t bytes = 0;
+  HeapUse heap;
   DWORD slot = 0;       // the next free slot of thread-local storage
   uintptr_t handle = 0; // the number of the next handle
 
+  // Throws what HeapUse::Now does.
   static Left Now() {
-    Left left;
-    std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
-    heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
-    for (HANDLE heap : heaps) {
-      PROCESS_HEAP_ENTRY entry{};
-      HeapLock(heap);
-      while (HeapWalk(heap, &entry)) {
-        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) == 0) continue;
-        ++left.blocks;
-        left.bytes += entry.cbData;
-      }
-      HeapUnlock(heap);
-    }
+    Left left{.heap = HeapUse::Now()};
     left.slot = TlsAlloc();
     TlsFree(left.slot);
     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -109,11 +98,11 @@ inline int GrowingRounds(const std::function<void()>& cycle, std::ostream& out) 
   for (int round = 0; round < kRounds; ++round) {
     for (int i = 0; i < cycles / kRounds; ++i) cycle();
     const Left after = Left::Now();
-    out << cycles / kRounds << " cycles: blocks " << before.blocks << " to " << after.blocks << ", bytes "
-        << before.bytes << " to " << after.bytes << ", slot " << before.slot << " to " << after.slot
-        << ", handle " << before.handle << " to " << after.handle << "\n";
-    if (after.blocks > before.blocks || after.bytes > before.bytes || after.slot > before.slot ||
-        after.handle > before.handle)
+    out << cycles / kRounds << " cycles: blocks " << before.heap.blocks << " to " << after.heap.blocks
+        << ", bytes " << before.heap.bytes << " to " << after.heap.bytes << ", slot " << before.slot << " to "
+        << after.slot << ", handle " << before.handle << " to " << after.handle << "\n";
+    if (after.heap.blocks > before.heap.blocks || after.heap.bytes > before.heap.bytes ||
+        after.slot > before.slot || after.handle > before.handle)
       ++growing;
     before = after;
   }

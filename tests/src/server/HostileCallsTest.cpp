@@ -20,7 +20,7 @@
 #include "com/Text.h"
 #include "src/server/Classes.h"
 #include "tests/support/Client.h"
-#include "tests/support/HeapBlocks.h"
+#include "tests/support/HeapUse.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -28,6 +28,7 @@ namespace {
 
 using com::Object;
 using com::Variant;
+using com::test::HeapUse;
 
 uint32_t FromEnvironment(const char* name, uint32_t otherwise) {
   const char* const text = std::getenv(name);
@@ -412,7 +413,7 @@ TEST(HostileCalls, NeitherEndNorWearOutTheProcess) {
     EXPECT_GT(generator.succeeded(), generator.calls() / 100);
     EXPECT_GT(generator.raised(), generator.calls() / 200);
     EXPECT_EQ(HostileObject::alive, 0) << "an argument is still held";
-    const long after = HeapBlocks();
+    const auto after = static_cast<long>(HeapUse::Now().blocks);
     // One block in a hundred calls would show, but for the tens that first calls of something leave for later
     // ones while there were few.
     constexpr long kKeptByFirstCalls = 64;

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -210,24 +211,37 @@ void RunApartments(const std::wstring& dsn, const Rounds& rounds, Figures& figur
   for (std::thread& apartment : apartments) apartment.join();
 }
 
+// What the host's process has left at a moment; nothing where its heaps cannot be walked.
+std::optional<Left> LeftNow() {
+  try {
+    return Left::Now();
+  } catch (const std::runtime_error& failure) {
+    std::printf("not compared: %s\n", failure.what());
+    return std::nullopt;
+  }
+}
+
 // A host: a process with apartments. Each apartment's outside objects stay in the process, so what the first
 // ones have left is what the others may leave, however many calls they make.
 void Serve(const std::wstring& dsn) {
   Figures figures;
-  const Left atFirst = Left::Now();
+  const std::optional<Left> atFirst = LeftNow();
   RunApartments(dsn, {0, kFirstRounds, {}}, figures);
-  const Left before = Left::Now();
+  const std::optional<Left> before = LeftNow();
   RunApartments(dsn, {kFirstRounds, kFirstRounds + 1, Clock::now() + Duration()}, figures);
-  const Left after = Left::Now();
-  std::printf("%lld calls, %lld of them made again, the longest answer took %lld ms; blocks %zu, %zu, %zu, "
-              "bytes %zu, %zu, %zu, handle %zu, %zu, %zu\n",
+  const std::optional<Left> after = LeftNow();
+  std::printf("%lld calls, %lld of them made again, the longest answer took %lld ms\n",
               static_cast<long long>(figures.calls), static_cast<long long>(figures.again),
-              static_cast<long long>(figures.longest), atFirst.blocks, before.blocks, after.blocks,
-              atFirst.bytes, before.bytes, after.bytes, static_cast<size_t>(atFirst.handle),
-              static_cast<size_t>(before.handle), static_cast<size_t>(after.handle));
-  EXPECT_LE(after.blocks - before.blocks, before.blocks - atFirst.blocks);
-  EXPECT_LE(after.bytes - before.bytes, before.bytes - atFirst.bytes);
-  EXPECT_LE(after.handle - before.handle, before.handle - atFirst.handle);
+              static_cast<long long>(figures.longest));
+  if (!atFirst || !before || !after) return;
+  std::printf("blocks %zu, %zu, %zu, bytes %zu, %zu, %zu, handle %zu, %zu, %zu\n", atFirst->heap.blocks,
+              before->heap.blocks, after->heap.blocks, atFirst->heap.bytes, before->heap.bytes,
+              after->heap.bytes, static_cast<size_t>(atFirst->handle), static_cast<size_t>(before->handle),
+              static_cast<size_t>(after->handle));
+  const auto growsNoMore = [&](auto left) { EXPECT_LE(left(*after) + left(*atFirst), 2 * left(*before)); };
+  growsNoMore([](const Left& left) { return left.heap.blocks; });
+  growsNoMore([](const Left& left) { return left.heap.bytes; });
+  growsNoMore([](const Left& left) { return left.handle; });
 }
 
 void Fill(const TestDatabase& database) {

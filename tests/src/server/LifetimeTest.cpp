@@ -9,7 +9,7 @@
 #include "com/Ptr.h"
 #include "tests/src/server/LoadedDll.h"
 #include "tests/support/Client.h"
-#include "tests/support/HeapBlocks.h"
+#include "tests/support/HeapUse.h"
 #include "tests/support/Printing.h"
 
 namespace mbom::test {
@@ -17,6 +17,7 @@ namespace {
 
 using com::Object;
 using com::Variant;
+using com::test::HeapUse;
 
 // Counts the blocks of COM's allocator, BSTRs among them, that are allocated and not yet freed.
 class MallocSpy final : public IMallocSpy {
@@ -110,10 +111,10 @@ TEST(Memory, StaysFlatOverAThousandCalls) {
   ASSERT_EQ(CoRegisterMallocSpy(&spy), S_OK);
   for (int i = 0; i < kWarmUp; ++i) EveryKindOfCall(database);
   const long comBlocks = spy.blocks();
-  const long heapBlocks = HeapBlocks();
+  const auto heapBlocks = static_cast<long>(HeapUse::Now().blocks);
   for (int i = 0; i < kRounds; ++i) EveryKindOfCall(database);
   EXPECT_LE(spy.blocks() - comBlocks, 0);
-  EXPECT_LE(HeapBlocks() - heapBlocks, kSlack);
+  EXPECT_LE(static_cast<long>(HeapUse::Now().blocks) - heapBlocks, kSlack);
   EXPECT_GT(comBlocks + heapBlocks, 0);
   CoRevokeMallocSpy();
 }

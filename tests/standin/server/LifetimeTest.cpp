@@ -5,32 +5,18 @@
 #include <thread>
 
 #include "tests/standin/Worker.h"
+#include "tests/support/HeapUse.h"
 
 namespace standin::test {
 namespace {
-
-// What is allocated from the process's heaps.
-size_t HeapBytes() {
-  std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
-  heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
-  size_t bytes = 0;
-  for (HANDLE heap : heaps) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heap);
-    while (HeapWalk(heap, &entry))
-      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
-    HeapUnlock(heap);
-  }
-  return bytes;
-}
 
 // The growth over many rounds after some to warm up.
 template <class Round>
 size_t Growth(int rounds, Round round) {
   for (int i = 0; i < rounds / 4; ++i) round();
-  const size_t before = HeapBytes();
+  const size_t before = com::test::HeapUse::Now().bytes;
   for (int i = 0; i < rounds; ++i) round();
-  const size_t after = HeapBytes();
+  const size_t after = com::test::HeapUse::Now().bytes;
   return after > before ? after - before : 0;
 }
 
