@@ -20,9 +20,29 @@ constexpr size_t kMaxCachedBatches = 512;
 const std::vector<VariableInfo> kNoVariables;
 const std::vector<Type> kNoMarkers;
 
-void AppendType(std::string& key, const Type& type) {
-  const auto code = EncodeType(type);
+using TypeCode = decltype(EncodeType(Type()));
+
+void AppendParameter(std::string& key, const Parameter& parameter) {
+  const TypeCode code = EncodeType(parameter.type);
+  key.append(1, '\0').append(parameter.name).append(1, ' ');
   key.append(reinterpret_cast<const char*>(&code), sizeof code);
+}
+
+// Whether the key is what the parameters make of the text, which is quicker to see than to make another one.
+bool IsKey(std::string_view key, std::string_view text, std::span<const Parameter> parameters) {
+  const auto takes = [&key](std::string_view part) {
+    if (!key.starts_with(part)) return false;
+    key.remove_prefix(part.size());
+    return true;
+  };
+  if (!takes(text)) return false;
+  for (const Parameter& parameter : parameters) {
+    const TypeCode code = EncodeType(parameter.type);
+    if (!takes({"\0", 1}) || !takes(parameter.name) || !takes(" ") ||
+        !takes({reinterpret_cast<const char*>(&code), sizeof code}))
+      return false;
+  }
+  return key.empty();
 }
 
 void CollectColumns(const BoundExpr& expr, const TableInfo& table, std::vector<int>& columns) {
@@ -36,13 +56,15 @@ void CollectColumns(const BoundExpr& expr, const TableInfo& table, std::vector<i
 
 std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
                                                      std::span<const Parameter> parameters) {
+  // The same batch again and again is the usual case.
+  if (lastBatch_ != nullptr && IsKey(lastBatch_->first, text, parameters)) return lastBatch_->second;
   key_.assign(text);
-  for (const Parameter& parameter : parameters) {
-    key_.append(1, '\0').append(parameter.name).append(1, ' ');
-    AppendType(key_, parameter.type);
-  }
+  for (const Parameter& parameter : parameters) AppendParameter(key_, parameter);
   const auto found = batches_.find(key_);
-  if (found != batches_.end()) return found->second;
+  if (found != batches_.end()) {
+    lastBatch_ = &*found;
+    return found->second;
+  }
   auto unit = std::make_shared<CompiledUnit>();
   unit->batch = ParseBatch(std::string(text));
   unit->body = &unit->batch->statements;
@@ -55,7 +77,10 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
     }
   }
   PlannerFor(*unit).CompileAll();
-  if (batches_.size() >= kMaxCachedBatches) batches_.clear();
+  if (batches_.size() >= kMaxCachedBatches) {
+    lastBatch_ = nullptr;
+    batches_.clear();
+  }
   batches_.emplace(key_, unit);
   return unit;
 }

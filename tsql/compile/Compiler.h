@@ -94,8 +94,10 @@ class Compiler {
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> procedures_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> systemProcedures_;
   std::map<std::string, std::shared_ptr<CompiledUnit>, NameLess> triggers_;
-  std::unordered_map<std::string, std::shared_ptr<CompiledUnit>> batches_;
-  std::string key_; // of the batch that is looked for; it keeps its memory
+  using Batches = std::unordered_map<std::string, std::shared_ptr<CompiledUnit>>;
+  Batches batches_;
+  const Batches::value_type* lastBatch_ = nullptr; // that was found
+  std::string key_;                                // of the batch that is looked for; it keeps its memory
 };
 
 } // namespace tsql

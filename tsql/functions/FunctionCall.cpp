@@ -4,30 +4,6 @@
 
 namespace tsql {
 
-std::string_view FunctionCall::Text(int i) const {
-  const void* bytes = sqlite3_value_blob(values_[i]);
-  const int size = sqlite3_value_bytes(values_[i]);
-  if (bytes == nullptr) return {};
-  return {static_cast<const char*>(bytes), static_cast<size_t>(size)};
-}
-
-Datum FunctionCall::Value(int i) const {
-  switch (sqlite3_value_type(values_[i])) {
-  case SQLITE_INTEGER: return Datum::OfInteger(Integer(i));
-  case SQLITE_FLOAT: return Datum::OfReal(Real(i));
-  case SQLITE_TEXT: return Datum::OfText(std::string(Text(i)));
-  case SQLITE_BLOB: return Datum::OfBlob(std::string(Text(i)));
-  default: return {};
-  }
-}
-
-Decimal FunctionCall::DecimalAt(int i, const Type& type) const {
-  if (sqlite3_value_type(values_[i]) == SQLITE_BLOB) return DecodeWide(Text(i), type.scale);
-  Decimal value = DecimalFromInteger(Integer(i));
-  value.scale = type.scale;
-  return value;
-}
-
 void FunctionCall::ReturnDecimal(const Decimal& value, const Type& type) const {
   if (!IsWide(type)) {
     ReturnInteger(DatumOfDecimal(value, type).integer);

@@ -29,12 +29,12 @@ class FunctionCall {
   sqlite3_value* Raw(int i) const { return values_[i]; }
   int64_t Integer(int i) const { return sqlite3_value_int64(values_[i]); }
   double Real(int i) const { return sqlite3_value_double(values_[i]); }
-  std::string_view Text(int i) const;
-  Datum Value(int i) const;
+  std::string_view Text(int i) const { return BytesOf(values_[i]); }
+  Datum Value(int i) const { return DatumOf(values_[i]); }
   Type TypeAt(int i) const { return DecodeType(Integer(i)); }
 
   // A value of a decimal type in either form.
-  Decimal DecimalAt(int i, const Type& type) const;
+  Decimal DecimalAt(int i, const Type& type) const { return DecimalOf(values_[i], type); }
   void ReturnDecimal(const Decimal& value, const Type& type) const;
 
   void ReturnNull() const { sqlite3_result_null(context_); }

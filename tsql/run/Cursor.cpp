@@ -7,20 +7,21 @@ namespace tsql {
 void CursorRows::Append(const PreparedStatement& row, int columns) {
   for (int i = 0; i < columns; ++i) {
     Cell& cell = cells_.emplace_back();
-    const int type = sqlite3_column_type(row.Handle(), i);
+    sqlite3_value* const value = row.Column(i);
+    const int type = sqlite3_value_type(value);
     switch (type) {
     case SQLITE_NULL: break;
     case SQLITE_INTEGER:
       cell.kind = Datum::Kind::Integer;
-      cell.number = row.ColumnInteger(i);
+      cell.number = sqlite3_value_int64(value);
       break;
     case SQLITE_FLOAT:
       cell.kind = Datum::Kind::Real;
-      cell.number = std::bit_cast<int64_t>(sqlite3_column_double(row.Handle(), i));
+      cell.number = std::bit_cast<int64_t>(sqlite3_value_double(value));
       break;
     default: {
       cell.kind = type == SQLITE_TEXT ? Datum::Kind::Text : Datum::Kind::Blob;
-      const std::string_view text = row.ColumnText(i);
+      const std::string_view text = BytesOf(value);
       cell.number = static_cast<int64_t>(texts_.size());
       cell.size = static_cast<uint32_t>(text.size());
       texts_ += text;

@@ -128,7 +128,9 @@ Connection DatabaseImpl::Connect() const {
                               ? Attach(path_, 0)
                               : Attach("file:/tsql-" + EncodeUri(name_) + "?vfs=memdb", SQLITE_OPEN_CREATE);
   if (isFile_ && !storage::IsMarked(connection)) Fail(4060, {path_});
-  connection.Run("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
+  // Pages of a database in memory are copied from there whenever the cache has them no more: a large cache
+  // would only keep them twice.
+  if (isFile_) connection.Run("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
   return connection;
 }
 

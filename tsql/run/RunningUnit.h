@@ -16,6 +16,18 @@ struct RunningUnit {
   int32_t returnStatus = 0;
   Datum result;                                 // of a scalar function
   std::vector<std::shared_ptr<Cursor>> cursors; // the local ones, which end with the unit
+
+  // Makes it as new, but for the memory that it has.
+  void Clear() {
+    unit = nullptr;
+    variables.clear();
+    markers.clear();
+    scopeIdentity = Datum();
+    procedure.clear();
+    returnStatus = 0;
+    result = Datum();
+    cursors.clear();
+  }
 };
 
 } // namespace tsql

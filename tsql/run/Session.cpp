@@ -60,6 +60,14 @@ class SessionImpl : public Session {
  private:
   // sp_executesql, which is no procedure that is kept but a form of EXECUTE.
   std::optional<int32_t> CallDynamic(std::span<Parameter> parameters, ResultSink& sink);
+  // The state of a batch, which keeps its memory for the next one.
+  struct Lent {
+    explicit Lent(RunningUnit& running) : unit(running) {}
+    Lent(const Lent&) = delete;
+    Lent& operator=(const Lent&) = delete;
+    ~Lent() { unit.Clear(); }
+    RunningUnit& unit;
+  };
   void Refresh();
   void DropLocalTables();
   void DropGlobalTables();
@@ -85,6 +93,7 @@ class SessionImpl : public Session {
   PreparedStatement schemaVersion_;
   PreparedStatement dataVersion_;
   Interpreter interpreter_;
+  RunningUnit running_; // of a batch
 };
 
 SessionImpl::~SessionImpl() {
@@ -211,7 +220,8 @@ void SessionImpl::Cancel(const Canceled& canceled, ResultSink& sink) {
 bool SessionImpl::Execute(std::string_view batch, std::span<Parameter> parameters, ResultSink& sink) {
   return Guard(sink, [&] {
     const std::shared_ptr<CompiledUnit> unit = compiler_.CompileBatch(batch, parameters);
-    RunningUnit running;
+    const Lent lent(running_);
+    RunningUnit& running = lent.unit;
     ReadArguments(parameters, *unit, running);
     if (static_cast<size_t>(unit->batch->markers) > running.markers.size())
       Fail(180, {std::to_string(running.markers.size() + 1)});

@@ -35,22 +35,4 @@ bool PreparedStatement::Step() {
   ThrowFailure(sqlite3_db_handle(statement_.get()));
 }
 
-std::string_view PreparedStatement::ColumnText(int index) const {
-  const void* bytes = sqlite3_column_blob(statement_.get(), index);
-  const int size = sqlite3_column_bytes(statement_.get(), index);
-  if (bytes == nullptr) return {};
-  return {static_cast<const char*>(bytes), static_cast<size_t>(size)};
-}
-
-Datum PreparedStatement::ColumnDatum(int index) const {
-  sqlite3_stmt* statement = statement_.get();
-  switch (sqlite3_column_type(statement, index)) {
-  case SQLITE_INTEGER: return Datum::OfInteger(sqlite3_column_int64(statement, index));
-  case SQLITE_FLOAT: return Datum::OfReal(sqlite3_column_double(statement, index));
-  case SQLITE_TEXT: return Datum::OfText(std::string(ColumnText(index)));
-  case SQLITE_BLOB: return Datum::OfBlob(std::string(ColumnText(index)));
-  default: return {};
-  }
-}
-
 } // namespace tsql

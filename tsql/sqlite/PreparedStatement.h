@@ -7,7 +7,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tsql/values/Datum.h"
+#include "tsql/sqlite/StoredValue.h"
 
 namespace tsql {
 
@@ -28,9 +28,10 @@ class PreparedStatement {
   void BindCopy(int index, const Datum& value) { Bind(index, value, SQLITE_TRANSIENT); }
   bool Step(); // true on a row
   void Reset() { sqlite3_reset(statement_.get()); }
-  Datum ColumnDatum(int index) const;
+  sqlite3_value* Column(int index) const { return sqlite3_column_value(statement_.get(), index); }
+  Datum ColumnDatum(int index) const { return DatumOf(Column(index)); }
   int64_t ColumnInteger(int index) const { return sqlite3_column_int64(statement_.get(), index); }
-  std::string_view ColumnText(int index) const;
+  std::string_view ColumnText(int index) const { return BytesOf(Column(index)); }
   sqlite3_stmt* Handle() const { return statement_.get(); }
 
  private:

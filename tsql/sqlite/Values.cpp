@@ -88,34 +88,27 @@ Value ValueOfDatum(const Datum& datum, const Type& type, std::string& storage) {
 void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value,
                 std::string& storage) {
   value = {};
-  sqlite3_stmt* handle = statement.Handle();
-  const int stored = sqlite3_column_type(handle, index);
-  if (stored == SQLITE_NULL) return;
+  sqlite3_value* const stored = statement.Column(index);
+  if (sqlite3_value_type(stored) == SQLITE_NULL) return;
   switch (FamilyOf(type.id)) {
   case Family::Integer:
     value.kind = Value::Kind::Integer;
-    value.integer = sqlite3_column_int64(handle, index);
+    value.integer = sqlite3_value_int64(stored);
     break;
-  case Family::Decimal:
-    if (stored == SQLITE_BLOB) {
-      SetDecimal(value, DecodeWide(statement.ColumnText(index), type.scale));
-    } else {
-      SetDecimal(value, DecimalOf(Datum::OfInteger(sqlite3_column_int64(handle, index)), type));
-    }
-    break;
+  case Family::Decimal: SetDecimal(value, DecimalOf(stored, type)); break;
   case Family::Float:
     value.kind = Value::Kind::Float;
-    value.real = sqlite3_column_double(handle, index);
+    value.real = sqlite3_value_double(stored);
     break;
-  case Family::DateTime: SetMoment(value, sqlite3_column_int64(handle, index), type, storage); break;
+  case Family::DateTime: SetMoment(value, sqlite3_value_int64(stored), type, storage); break;
   case Family::Binary:
     value.kind = Value::Kind::Bytes;
-    value.text = statement.ColumnText(index);
+    value.text = BytesOf(stored);
     break;
   case Family::Text:
   case Family::Guid:
     value.kind = Value::Kind::Text;
-    value.text = statement.ColumnText(index);
+    value.text = BytesOf(stored);
     break;
   }
 }
