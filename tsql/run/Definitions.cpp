@@ -79,6 +79,7 @@ bool Definitions::BuildFromSpare(const TableInfo& table) {
 }
 
 void Definitions::Build(const TableInfo& table) {
+  givenNumbers_.Forget(table);
   if (!BuildFromSpare(table)) builder_.Build(table);
 }
 
@@ -121,6 +122,7 @@ void Definitions::TruncateTable(const TableInfo& table) {
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))
     if (EqualNames(foreignKey.parent->storageName, table.storageName)) Fail(4712, {table.name});
   for (const std::string& statement : TruncatingSql(table)) connection_.Run(statement);
+  givenNumbers_.Forget(table);
 }
 
 void Definitions::CountIdentity(const TablePtr& table) {

@@ -4,6 +4,7 @@
 
 #include "tsql/compile/Compiler.h"
 #include "tsql/compile/TableShape.h"
+#include "tsql/run/GivenNumbers.h"
 #include "tsql/run/TableBuilder.h"
 
 namespace tsql {
@@ -43,6 +44,9 @@ class Definitions {
   void RenameColumn(const TableInfo& table, const std::string& name, const std::string& newName,
                     const std::string& written);
   void RenameIndex(const TableInfo& table, const std::string& name, const std::string& newName);
+  // Of the identity columns; definitions let their counts begin.
+  GivenNumbers& givenNumbers() { return givenNumbers_; }
+  const GivenNumbers& givenNumbers() const { return givenNumbers_; }
 
  private:
   void DropTempTable(const TableInfo& table);
@@ -59,6 +63,7 @@ class Definitions {
   const Compiler& compiler_;
   TableShape shape_;
   TableBuilder builder_;
+  GivenNumbers givenNumbers_;
 };
 
 } // namespace tsql

@@ -63,6 +63,7 @@ void Interpreter::Reset() {
   cursors_.clear();
   cursorRows_ = 0;
   fetchStatus_ = 0;
+  definitions_.givenNumbers().Clear();
 }
 
 void Interpreter::BeginWork() {

@@ -39,9 +39,7 @@ class Interpreter : public UserFunctions {
   Datum CallScalar(std::string_view name, std::vector<Datum> arguments) override;
   Rows CallTable(std::string_view name, std::vector<Datum> arguments) override;
   int CursorStatus(std::string_view kind, std::string_view name) const override;
-  std::optional<int64_t> LastIdentity(const TableInfo& table) const override {
-    return IdentityStore(connection_).Last(table);
-  }
+  std::optional<int64_t> LastIdentity(const TableInfo& table) const override;
 
   // Sends an error to the sink; the batch has failed.
   void Report(const Error& error, ResultSink& sink);
@@ -90,8 +88,9 @@ class Interpreter : public UserFunctions {
   // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change) {
-    return target.CountsIdentity() ? MakeCountedChange(target, std::ref(change))
-                                   : MakeCheckedChange(target, std::ref(change));
+    const bool givesNumbers = target.identityColumn >= 0 && verb_ == "INSERT";
+    return givesNumbers || target.CountsIdentity() ? MakeNumberedChange(target, std::ref(change))
+                                                   : MakeCheckedChange(target, std::ref(change));
   }
   int64_t MakeCheckedChange(const TableInfo& target, const std::function<int64_t()>& change);
   // 547 when the change of the table's rows has broken one of the constraints.
@@ -118,7 +117,15 @@ class Interpreter : public UserFunctions {
   int64_t ReplaceRows(const Statement& statement, const TableInfo& table);
 
   // identity columns (RunIdentities.cpp)
+  // The rows of an INSERT get numbers that were never given before.
+  int64_t MakeNumberedChange(const TableInfo& target, const std::function<int64_t()>& change);
   int64_t MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change);
+  // The insert has failed. The server has given its rows numbers nevertheless, up to this one.
+  void NoteLostNumber(const TableInfo& table, int64_t number);
+  // The same where SQLite gives the numbers: `failing` rows had none yet when it failed.
+  void NoteLostRows(const TableInfo& table, int failing);
+  // SQLite counts on from the numbers that were given.
+  void CountOn(const TableInfo& table);
   // 8115 when the insert of so many rows has run out of the identity column's type; then it is undone.
   void CheckIdentity(const TableInfo& table, int64_t count) const;
   bool IsOutOfNumbers(const TableInfo& table) const;

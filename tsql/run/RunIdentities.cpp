@@ -30,14 +30,75 @@ bool Interpreter::IsOutOfNumbers(const TableInfo& table) const {
   return table.IdentityIsRowid() && IdentityStore(connection_).Last(table) == INT64_MAX;
 }
 
+std::optional<int64_t> Interpreter::LastIdentity(const TableInfo& table) const {
+  const std::optional<int64_t> last = IdentityStore(connection_).Last(table);
+  const std::optional<int64_t> given = definitions_.givenNumbers().Unknown(table, transaction_.Undone());
+  return given && (!last || table.IsBeyond(*given, *last)) ? given : last;
+}
+
+void Interpreter::CountOn(const TableInfo& table) {
+  GivenNumbers& numbers = definitions_.givenNumbers();
+  const std::optional<int64_t> given = numbers.Unknown(table, transaction_.Undone());
+  if (!given) return;
+  std::optional<StatementScope> scope;
+  BeginScope(scope, table, nullptr);
+  IdentityStore(connection_).SetLast(table, LastIdentity(table));
+  if (scope) scope->Complete();
+  numbers.Note(table, *given, transaction_.Undone());
+}
+
+void Interpreter::NoteLostNumber(const TableInfo& table, int64_t number) {
+  // A statement that gives the numbers itself loses none.
+  const TablePtr& given = compiler_.IdentityInsert();
+  if (given && given->place == table.place && given->storageName == table.storageName) return;
+  constexpr uint64_t kNever = 0;
+  definitions_.givenNumbers().Note(table, number, kNever);
+}
+
+// No row has this number: an INSERT that leaves it has inserted none.
+constexpr int64_t kNoRow = INT64_MIN;
+
+void Interpreter::NoteLostRows(const TableInfo& table, int failing) {
+  int64_t last = sqlite3_last_insert_rowid(connection_.Handle());
+  if (last == kNoRow) {
+    if (failing == 0) return;
+    last = LastIdentity(table).value_or(table.seed - 1);
+  }
+  const int64_t largest =
+      IdentityRangeOf(table.columns[static_cast<size_t>(table.identityColumn)].type).largest;
+  NoteLostNumber(table, last > largest - failing ? largest : last + failing);
+}
+
+int64_t Interpreter::MakeNumberedChange(const TableInfo& target, const std::function<int64_t()>& change) {
+  if (target.CountsIdentity()) return MakeCountedChange(target, change);
+  CountOn(target);
+  sqlite3_set_last_insert_rowid(connection_.Handle(), kNoRow);
+  try {
+    return MakeCheckedChange(target, change);
+  } catch (const SqliteFailure& failure) {
+    // The row that breaks a constraint has its number already.
+    if ((failure.code & 0xFF) == SQLITE_CONSTRAINT) NoteLostRows(target, 1);
+    throw;
+  } catch (const Error&) {
+    NoteLostRows(target, 0);
+    throw;
+  }
+}
+
 // The numbers that the statement gives to its rows are kept with them.
 int64_t Interpreter::MakeCountedChange(const TableInfo& target, const std::function<int64_t()>& change) {
   std::optional<StatementScope> scope;
   BeginScope(scope, target, nullptr);
   const IdentityStore identities(connection_);
-  IdentityCounter counter(target, identities.Last(target));
+  IdentityCounter counter(target, LastIdentity(target));
   const CounterUse use(context_, counter);
-  const int64_t count = MakeCheckedChange(target, change);
+  int64_t count = 0;
+  try {
+    count = MakeCheckedChange(target, change);
+  } catch (...) {
+    if (counter.HasChanged()) NoteLostNumber(target, *counter.Last());
+    throw;
+  }
   if (counter.HasChanged()) identities.SetLast(target, counter.Last());
   counted_ = counter.OfLastRow();
   if (scope) scope->Complete();
@@ -64,6 +125,7 @@ void Interpreter::TakeIdentity(const TableInfo& table) {
   if (table.identityColumn < 0) return;
   const int64_t last =
       table.CountsIdentity() ? counted_.value_or(0) : sqlite3_last_insert_rowid(connection_.Handle());
+  if (transaction_.MayUndo()) definitions_.givenNumbers().Note(table, last, transaction_.Undone());
   identity_ = Convert(Datum::OfInteger(last), MakeType(TypeId::BigInt), MakeDecimal(kMaxPrecision, 0),
                       ConvertMode::Cast);
   running_->scopeIdentity = identity_;
@@ -86,7 +148,7 @@ void Interpreter::RunCheckIdentity(const CheckIdentityStatement& statement) {
   if (table->identityColumn < 0) Fail(7997, {table->name});
   StatementScope scope(transaction_, table->place);
   const IdentityStore identities(connection_);
-  const std::optional<int64_t> last = identities.Last(*table);
+  const std::optional<int64_t> last = LastIdentity(*table);
   const std::optional<int64_t> farthest = identities.Farthest(*table);
   if (statement.newSeed) {
     Type type;
@@ -115,6 +177,7 @@ void Interpreter::Reseed(const TablePtr& table, const std::optional<int64_t>& la
       table->increment > 0 ? number >= INT64_MIN + table->increment : number <= INT64_MAX + table->increment;
   if (!isWithin || !hasPrevious) Fail(2560, {"3"});
   const IdentityStore identities(connection_);
+  definitions_.givenNumbers().Forget(*table);
   const int64_t previous = last ? number : number - table->increment;
   // SQLite never goes back behind the numbers that are there.
   const std::optional<int64_t> farthest = identities.Farthest(*table);

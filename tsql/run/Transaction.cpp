@@ -122,6 +122,7 @@ void Transaction::RollbackTo(const std::string& name) {
   if (isDoomed_) Fail(3931, {});
   if (survivors_ != nullptr) survivors_->Keep();
   const auto index = static_cast<size_t>(savepoints_.rend() - found) - 1;
+  ++undone_;
   connection_.Run("ROLLBACK TO \"save " + std::to_string(index) + "\"");
   EndScopes(index + 1);
   savepoints_.resize(index + 1);
@@ -132,6 +133,7 @@ void Transaction::RollbackTo(const std::string& name) {
 
 void Transaction::UndoAll() {
   const bool wasOpen = open_;
+  ++undone_;
   if (wasOpen && survivors_ != nullptr) survivors_->Keep();
   if (sqlite3_get_autocommit(connection_.Handle()) == 0) connection_.Run("ROLLBACK");
   needsRecovery_ = false;
@@ -210,6 +212,7 @@ void StatementScope::Complete() {
 StatementScope::~StatementScope() {
   transaction_.innermost_ = outer_;
   if (done_) return;
+  ++transaction_.undone_;
   if (transaction_.savepoints_.size() > savepoints_) transaction_.savepoints_.resize(savepoints_);
   transaction_.RunOrRecoverLater("ROLLBACK TO statement; RELEASE statement");
   transaction_.catalog_.RestoreOwnTables(std::move(tables_));

@@ -54,6 +54,10 @@ class Transaction {
   // Undoes what is left of a statement that could not be undone at its time, for want of memory. The whole
   // transaction goes with it: 3930 when it was a counted one.
   void Recover();
+  // How often something was undone since the session began, from 1 on.
+  uint64_t Undone() const { return undone_; }
+  // Whether what is done now may yet be undone.
+  bool MayUndo() const { return count_ > 0 || innermost_ != nullptr; }
   void MarkSchemaChange() { schemaChanged_ = true; }
   // Whether a change of the schema has been committed or undone since the last call.
   bool TakeSchemaChange();
@@ -82,6 +86,7 @@ class Transaction {
   PreparedStatement savepoint_;
   PreparedStatement release_;
   int count_ = 0;
+  uint64_t undone_ = 1;
   bool open_ = false;
   bool commits_ = false; // what is open is being committed, as it was asked for
   bool schemaChanged_ = false;

@@ -372,9 +372,9 @@ TEST_F(AlterTableTest, ATransactionUndoesItWhole) {
        " INSERT INTO t (b) VALUES ('n') ROLLBACK");
   EXPECT_EQ(All(), kRows);
   Must("INSERT INTO t (b) VALUES ('q')");
-  EXPECT_EQ(Rows("SELECT id FROM t WHERE b = 'q'"), Lines({"8"}));
+  EXPECT_EQ(Rows("SELECT id FROM t WHERE b = 'q'"), Lines({"9"})) << "8 was given";
   Must("BEGIN TRAN SAVE TRAN s ALTER TABLE t DROP COLUMN b ROLLBACK TRAN s COMMIT");
-  EXPECT_EQ(Rows("SELECT b FROM t WHERE id = 8"), Lines({"q"}));
+  EXPECT_EQ(Rows("SELECT b FROM t WHERE id = 9"), Lines({"q"}));
 }
 
 TEST_F(AlterTableTest, OtherSessionsSeeIt) {

@@ -271,6 +271,95 @@ TEST_F(IdentityTest, ReseedingBackGivesNumbersAgain) {
   EXPECT_EQ(Rows("SELECT id FROM #h WHERE a = 5"), Lines({"51"}));
 }
 
+// A number is given once, whatever comes of its row.
+TEST_F(IdentityTest, ARolledBackNumberIsNotGivenAgain) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) CREATE TABLE s (id INT IDENTITY(10,-5), a INT)");
+  Must("INSERT INTO t VALUES (1) INSERT INTO s VALUES (1)");
+  Must("BEGIN TRAN INSERT INTO t VALUES (2), (3) INSERT INTO s VALUES (2) ROLLBACK");
+  EXPECT_EQ(Rows("SELECT IDENT_CURRENT('t'), IDENT_CURRENT('s')"), Lines({"3|5"}));
+  Must("INSERT INTO t VALUES (4) INSERT INTO s VALUES (3)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1", "4|4"}));
+  EXPECT_EQ(Rows("SELECT id, a FROM s ORDER BY a"), Lines({"10|1", "0|3"}));
+  // What is undone twice is counted twice.
+  Must("BEGIN TRAN INSERT INTO t VALUES (5) ROLLBACK BEGIN TRAN INSERT INTO t VALUES (6) ROLLBACK");
+  Must("BEGIN TRAN INSERT INTO t VALUES (7) COMMIT");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1", "4|4", "7|7"}));
+}
+
+TEST_F(IdentityTest, ASavepointGivesNoNumberBack) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT)"
+       " BEGIN TRAN INSERT INTO t VALUES (1) SAVE TRAN x INSERT INTO t VALUES (2) ROLLBACK TRAN x"
+       " INSERT INTO t VALUES (3) COMMIT");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1", "3|3"}));
+  Must("BEGIN TRAN SAVE TRAN x INSERT INTO t VALUES (4) ROLLBACK TRAN x ROLLBACK INSERT INTO t VALUES (5)");
+  EXPECT_EQ(Rows("SELECT MAX(id) FROM t"), Lines({"5"}));
+}
+
+TEST_F(IdentityTest, AFailedRowHasHadItsNumber) {
+  Must(
+      "CREATE TABLE t (id INT IDENTITY(1,1), a INT NOT NULL CONSTRAINT u UNIQUE CONSTRAINT c CHECK (a > 0))");
+  Must("CREATE TABLE s (id INT IDENTITY(0,10), a INT UNIQUE)");
+  Must("INSERT INTO t VALUES (1) INSERT INTO s VALUES (1)");
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (1)"), 2627);     // 2
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (0)"), 547);      // 3
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a) SELECT NULL"), 515); // 4
+  EXPECT_EQ(ErrorOf("INSERT INTO s VALUES (1)"), 2627);
+  EXPECT_EQ(Rows("SELECT IDENT_CURRENT('t')"), Lines({"4"}));
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (5), (6), (1), (7)"), 2627); // 5, 6 and 7
+  Must("INSERT INTO t VALUES (8) INSERT INTO s VALUES (2)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1", "8|8"}));
+  EXPECT_EQ(Rows("SELECT id, a FROM s"), Lines({"0|1", "20|2"}));
+  // Within a transaction too, and @@IDENTITY is the last one that stayed.
+  Must("CREATE TABLE p (k INT PRIMARY KEY) ALTER TABLE t ADD f INT NULL REFERENCES p");
+  EXPECT_EQ(ErrorOf("INSERT INTO t (a, f) VALUES (9, 77)"), 547); // 9
+  EXPECT_EQ(Rows("SET NOCOUNT ON BEGIN TRAN INSERT INTO t (a) VALUES (10) COMMIT SELECT @@IDENTITY"),
+            Lines({"10"}));
+}
+
+TEST_F(IdentityTest, ATableThatBeginsAnewForgetsLostNumbers) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT)"
+       " BEGIN TRAN INSERT INTO t VALUES (1) ROLLBACK TRUNCATE TABLE t INSERT INTO t VALUES (2)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|2"}));
+  Must(
+      "BEGIN TRAN INSERT INTO t VALUES (3), (4) ROLLBACK DBCC CHECKIDENT (t, RESEED, 1) INSERT INTO t VALUES (5)");
+  EXPECT_EQ(Rows("SELECT MAX(id) FROM t"), Lines({"2"}));
+  Must("BEGIN TRAN INSERT INTO t VALUES (6) ROLLBACK DROP TABLE t"
+       " CREATE TABLE t (id INT IDENTITY(1,1), a INT) INSERT INTO t VALUES (7)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|7"}));
+  Must("BEGIN TRAN CREATE TABLE n (id INT IDENTITY(1,1), a INT) INSERT INTO n VALUES (1) ROLLBACK");
+  Must("CREATE TABLE n (id INT IDENTITY(1,1), a INT) INSERT INTO n VALUES (1)");
+  EXPECT_EQ(Rows("SELECT id FROM n"), Lines({"1"}));
+}
+
+TEST_F(IdentityTest, NumbersThatAreGivenByTheStatementAreNotLost) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1) PRIMARY KEY, a INT UNIQUE) INSERT INTO t VALUES (1)");
+  EXPECT_EQ(ErrorOf("SET IDENTITY_INSERT t ON INSERT INTO t (id, a) VALUES (50, 1)"), 2627);
+  Must("SET IDENTITY_INSERT t OFF INSERT INTO t VALUES (2)");
+  EXPECT_EQ(Rows("SELECT MAX(id) FROM t"), Lines({"2"}));
+}
+
+TEST_F(IdentityTest, ATriggersRollbackGivesNoNumberBack) {
+  Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT)");
+  Must("CREATE TRIGGER tr ON t FOR INSERT AS IF EXISTS (SELECT * FROM inserted WHERE a < 0) ROLLBACK");
+  Must("INSERT INTO t VALUES (1)");
+  EXPECT_EQ(ErrorOf("INSERT INTO t VALUES (-1)"), 3609);
+  Must("INSERT INTO t VALUES (2)");
+  EXPECT_EQ(Rows("SELECT id, a FROM t"), Lines({"1|1", "3|2"}));
+}
+
+TEST_F(IdentityTest, ATableVariableCountsItsFailedRowsToo) {
+  EXPECT_EQ(Rows("SET NOCOUNT ON DECLARE @t TABLE (id INT IDENTITY(1,1), a INT UNIQUE) INSERT @t VALUES (1)"
+                 " BEGIN TRY INSERT @t VALUES (1) END TRY BEGIN CATCH END CATCH"
+                 " BEGIN TRAN INSERT @t VALUES (2) ROLLBACK INSERT @t VALUES (3) SELECT id, a FROM @t"),
+            Lines({"1|1", "3|2", "4|3"}));
+}
+
+TEST_F(IdentityTest, ARollbackOfATemporaryTableGivesNoNumberBack) {
+  Must("CREATE TABLE #t (id INT IDENTITY(1,1), a INT) BEGIN TRAN INSERT INTO #t VALUES (1) ROLLBACK"
+       " INSERT INTO #t VALUES (2)");
+  EXPECT_EQ(Rows("SELECT id, a FROM #t"), Lines({"2|2"}));
+}
+
 TEST_F(IdentityTest, IdentityInsertIsOnForOneTable) {
   Must("CREATE TABLE t (id INT IDENTITY(1,1), a INT) CREATE TABLE u (id INT IDENTITY(1,1), a INT) "
        "CREATE TABLE w (a INT)");
