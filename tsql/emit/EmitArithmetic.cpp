@@ -1,4 +1,6 @@
 #include <array>
+#include <cmath>
+#include <limits>
 
 #include "tsql/emit/Emitter.h"
 #include "tsql/functions/ComputeProgram.h"
@@ -63,7 +65,111 @@ void WriteProgram(const BoundExpr& expr, std::string& program, std::vector<const
   write(EncodeType(expr.type));
 }
 
+// ---- programs that SQLite's own arithmetic can run
+
+constexpr double kUnbounded = std::numeric_limits<double>::infinity();
+// 64 bits hold a little more; what a double loses of it does not matter so.
+constexpr double kMostUnits = 9.0e18;
+
+int ScaleOf(const Type& type) {
+  return FamilyOf(type.id) == Family::Integer ? 0 : type.scale;
+}
+
+double UnitsOfOperand(const BoundExpr& operand) {
+  if (!IsLeaf(operand)) return kUnbounded; // it is computed twice
+  const bool isNumber = operand.type.id == TypeId::Decimal || FamilyOf(operand.type.id) == Family::Integer;
+  if (!isNumber || IsWide(operand.type)) return kUnbounded;
+  if (operand.kind == BoundExpr::Kind::Constant)
+    return operand.constant.kind == Datum::Kind::Integer
+               ? std::abs(static_cast<double>(operand.constant.integer))
+               : kUnbounded;
+  switch (operand.type.id) {
+  case TypeId::Decimal: return std::pow(10.0, operand.type.precision);
+  case TypeId::Bit:
+  case TypeId::TinyInt: return UINT8_MAX;
+  case TypeId::SmallInt: return -static_cast<double>(INT16_MIN);
+  case TypeId::Int: return -static_cast<double>(INT32_MIN);
+  default: return kUnbounded;
+  }
+}
+
+// How large the number may become that the expression is, in units of its scale: unbounded where 64 bits may
+// not suffice for it, or where more is to be done than to add and to multiply.
+double UnitsOf(const BoundExpr& expr, bool isOutermost = true) {
+  if (!IsComputed(expr)) return UnitsOfOperand(expr);
+  const int scale = ScaleOf(expr.type);
+  const auto unitsAt = [](const BoundExpr& side, int wanted) {
+    const int more = wanted - ScaleOf(side.type);
+    return more < 0 || more > kMaxPowerOfTen ? kUnbounded : UnitsOf(side, false) * std::pow(10.0, more);
+  };
+  const BoundExpr& left = *expr.args[0];
+  double units = kUnbounded;
+  if (expr.kind == BoundExpr::Kind::Cast) {
+    units = unitsAt(left, scale);
+  } else if (expr.arithmetic == ArithmeticOp::Multiply) {
+    const BoundExpr& right = *expr.args[1];
+    if (scale == ScaleOf(left.type) + ScaleOf(right.type))
+      units = UnitsOf(left, false) * UnitsOf(right, false);
+  } else if (expr.arithmetic == ArithmeticOp::Add || expr.arithmetic == ArithmeticOp::Subtract) {
+    units = unitsAt(left, scale) + unitsAt(*expr.args[1], scale);
+  }
+  // What is too large for its type on the way is an error, which a program finds.
+  const bool fits = units < kMostUnits && (isOutermost || units < std::pow(10.0, expr.type.precision));
+  return fits ? units : kUnbounded;
+}
+
 } // namespace
+
+// The expression in units of the scale.
+void Emitter::EmitUnits(const BoundExpr& expr, int scale) {
+  const int64_t factor = PowerOfTen(scale - ScaleOf(expr.type));
+  if (expr.kind == BoundExpr::Kind::Constant) return Number(expr.constant.integer * factor);
+  if (factor != 1) Text("(");
+  if (!IsComputed(expr)) {
+    Emit(expr);
+  } else if (expr.kind == BoundExpr::Kind::Cast) {
+    EmitUnits(*expr.args[0], ScaleOf(expr.type));
+  } else {
+    const bool multiplies = expr.arithmetic == ArithmeticOp::Multiply;
+    Text("(");
+    for (size_t i = 0; i < expr.args.size(); ++i) {
+      if (i > 0) Text(ArithmeticSymbol(expr.arithmetic));
+      EmitUnits(*expr.args[i], multiplies ? ScaleOf(expr.args[i]->type) : ScaleOf(expr.type));
+    }
+    Text(")");
+  }
+  if (factor == 1) return;
+  Text(" * ");
+  Number(factor);
+  Text(")");
+}
+
+// A program that needs no more than 64 bits is cheaper as arithmetic of SQLite, even where it is written
+// twice to see whether its type holds the result. Only what it does not hold, and null, comes to the program.
+bool Emitter::EmitInline(const BoundExpr& expr, const std::function<void()>& emitProgram) {
+  constexpr size_t kMostOperands = 4;
+  if (IsWide(expr.type) || CountOperands(expr) > kMostOperands) return false;
+  const double units = UnitsOf(expr);
+  if (units == kUnbounded) return false;
+  const int scale = ScaleOf(expr.type);
+  if (units < std::pow(10.0, expr.type.precision)) {
+    EmitUnits(expr, scale);
+    return true;
+  }
+  const int64_t largest = PowerOfTen(expr.type.precision) - 1;
+  Text("iif(");
+  EmitUnits(expr, scale);
+  Text(" BETWEEN ");
+  Number(-largest);
+  Text(" AND ");
+  Number(largest);
+  Text(", ");
+  EmitUnits(expr, scale);
+  Text(", ");
+  emitProgram();
+  Text(")");
+  return true;
+}
 
 void Emitter::EmitStaysInRange(const BoundExpr& expr) {
   const BoundExpr& left = *expr.args[0];
@@ -283,16 +389,19 @@ void Emitter::EmitDecimalArithmetic(const BoundExpr& expr) {
 
 bool Emitter::EmitComputed(const BoundExpr& expr) {
   if (!IsComputed(expr)) return false;
-  std::string program;
-  std::vector<const BoundExpr*> operands;
-  WriteProgram(expr, program, operands);
-  Open(names::kCompute);
-  Text("'" + program + "'");
-  for (const BoundExpr* operand : operands) {
-    Text(", ");
-    Emit(*operand);
-  }
-  Text(")");
+  const auto emitProgram = [&] {
+    std::string program;
+    std::vector<const BoundExpr*> operands;
+    WriteProgram(expr, program, operands);
+    Open(names::kCompute);
+    Text("'" + program + "'");
+    for (const BoundExpr* operand : operands) {
+      Text(", ");
+      Emit(*operand);
+    }
+    Text(")");
+  };
+  if (!EmitInline(expr, emitProgram)) emitProgram();
   return true;
 }
 

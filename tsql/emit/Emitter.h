@@ -4,6 +4,8 @@
 // Variables, markers and global values become numbered parameters, which are listed beside the text.
 #pragma once
 
+#include <functional>
+
 #include "tsql/bind/BoundTree.h"
 
 namespace tsql {
@@ -109,6 +111,8 @@ class Emitter {
   void EmitStaysInRange(const BoundExpr& expr);
   // As one program for all decimal operations of the expression; false where it is none.
   bool EmitComputed(const BoundExpr& expr);
+  bool EmitInline(const BoundExpr& expr, const std::function<void()>& emitProgram);
+  void EmitUnits(const BoundExpr& expr, int scale);
 
   // functions (EmitFunctions.cpp)
   void EmitFunction(const BoundExpr& expr);

@@ -1,12 +1,32 @@
 #include "tsql/values/Collation.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tsql {
 namespace {
 
 constexpr bool IsAscii(char character) {
   return static_cast<unsigned char>(character) < 0x80;
+}
+
+// Whether the byte is within a character, behind its first one.
+constexpr bool IsContinuation(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// How many bytes both begin with alike, in whole characters: most of them, for it looks at eight at a time.
+size_t EqualStart(std::string_view left, std::string_view right) {
+  constexpr size_t kStep = 8;
+  const size_t size = std::min(left.size(), right.size());
+  size_t equal = 0;
+  while (equal + kStep <= size && std::memcmp(left.data() + equal, right.data() + equal, kStep) == 0)
+    equal += kStep;
+  const auto isWithinCharacter = [&equal](std::string_view text) {
+    return equal < text.size() && IsContinuation(text[equal]);
+  };
+  while (equal > 0 && (isWithinCharacter(left) || isWithinCharacter(right))) --equal;
+  return equal;
 }
 
 constexpr unsigned char LowerByte(char character) {
@@ -189,9 +209,8 @@ std::string ToUpper(std::string_view text) {
 }
 
 size_t CharCount(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-  }));
+  return static_cast<size_t>(
+      std::count_if(text.begin(), text.end(), [](char byte) { return !IsContinuation(byte); }));
 }
 
 size_t CharOffset(std::string_view text, size_t index) {
@@ -208,8 +227,8 @@ std::string_view TrimTrailingBlanks(std::string_view text) {
 int CompareText(std::string_view left, std::string_view right) {
   left = TrimTrailingBlanks(left);
   right = TrimTrailingBlanks(right);
-  size_t i = 0;
-  size_t j = 0;
+  size_t i = EqualStart(left, right);
+  size_t j = i;
   while (i < left.size() && j < right.size()) {
     // Nearly all characters are ASCII and need no decoding.
     if (IsAscii(left[i]) && IsAscii(right[j])) {

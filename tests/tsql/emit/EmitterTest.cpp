@@ -22,7 +22,9 @@ class EmitterTest : public ::testing::Test {
   const std::vector<VariableInfo> variables_{{"@i", MakeType(TypeId::Int)},
                                              {"@f", MakeType(TypeId::Float)},
                                              {"@s", MakeType(TypeId::VarChar, 20)},
-                                             {"@b", MakeType(TypeId::BigInt)}};
+                                             {"@b", MakeType(TypeId::BigInt)},
+                                             {"@d", MakeDecimal(5, 2)},
+                                             {"@n", MakeDecimal(18, 4)}};
 };
 
 TEST_F(EmitterTest, SubstringsWithinTheTextAreSqlites) {
@@ -48,6 +50,22 @@ TEST_F(EmitterTest, IntegerResultsAreChecked) {
   EXPECT_EQ(Sql("@i - 8"), "iif(?1 >= -2147483640, (?1 - 8), t_range((?1 - 8), 2))");
   EXPECT_EQ(Sql("@i / 2"), "(?1 / 2)");
   EXPECT_EQ(Sql("@i / @i"), "t_range(t_divide(?1, ?1), 2)");
+}
+
+TEST_F(EmitterTest, DecimalsThat64BitsSufficeForAreSqlites) {
+  // The result's type holds whatever comes of it.
+  EXPECT_EQ(Sql("@d * @d"), "(?1 * ?1)");
+  EXPECT_EQ(Sql("@d * 3"), "(?1 * 3)");
+  EXPECT_EQ(Sql("@d * @d * 0.5"), "((?1 * ?1) * 5)");
+  EXPECT_EQ(Sql("CAST(@i AS DECIMAL(12,2))"), "(?1 * 100)");
+  // It may not hold it: decimal(9,0) has no more than nine digits.
+  EXPECT_EQ(Sql("CAST(@i AS DECIMAL(9,0))").substr(0, 55),
+            "iif(?1 BETWEEN -999999999 AND 999999999, ?1, t_compute(");
+  EXPECT_EQ(Sql("CAST(@d + 1 AS DECIMAL(4,2))").substr(0, 52),
+            "iif((?1 + 100) BETWEEN -9999 AND 9999, (?1 + 100), t");
+  // 18 digits by 9 are more than 64 bits hold, a division and a lost digit are to be rounded.
+  for (const char* other : {"@n * @d", "@d / 3", "CAST(@d AS DECIMAL(5,1))", "CAST(@b AS DECIMAL(18,0))"})
+    EXPECT_EQ(Sql(other).find("iif("), std::string::npos) << other;
 }
 
 TEST_F(EmitterTest, ConversionsThatLoseNothingAreSqlites) {
