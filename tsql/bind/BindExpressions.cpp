@@ -377,6 +377,18 @@ BoundExprPtr Binder::BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, Boun
   return node;
 }
 
+BoundExprPtr Binder::BindConcatenation(BoundExprPtr left, BoundExprPtr right) {
+  const bool isMax = left->type.length < 0 || right->type.length < 0;
+  constexpr int32_t kMost = 8000;
+  const int32_t length = isMax ? -1 : std::min(left->type.length + right->type.length, kMost);
+  BoundExprPtr node = MakeNode(BoundExpr::Kind::Arithmetic, MakeType(TypeId::VarBinary, length));
+  node->arithmetic = ArithmeticOp::Add;
+  node->nullable = left->nullable || right->nullable;
+  node->args.push_back(std::move(left));
+  node->args.push_back(std::move(right));
+  return node;
+}
+
 BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
   const ArithmeticOp op = expr.arithmetic;
   BoundExprPtr left = Bind(*expr.args[0]);
@@ -392,7 +404,7 @@ BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
     return BindDateArithmetic(op, std::move(left), std::move(right));
   const bool bothBinary =
       FamilyOf(left->type.id) == Family::Binary && FamilyOf(right->type.id) == Family::Binary;
-  if (bothBinary && op == ArithmeticOp::Add) Refuse("A concatenation of binary values");
+  if (bothBinary && op == ArithmeticOp::Add) return BindConcatenation(std::move(left), std::move(right));
   if (!bothText && IsText(left->type)) left = Convert(std::move(left), right->type);
   if (!bothText && IsText(right->type)) right = Convert(std::move(right), left->type);
   const Type common = CommonType(left->type, right->type);

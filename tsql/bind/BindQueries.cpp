@@ -368,7 +368,7 @@ void Binder::BindCompoundOrder(const std::vector<OrderItem>& orderBy, BoundQuery
         if (EqualNames(query.columns[i].name, text)) order.ordinal = static_cast<int>(i);
       if (order.ordinal < 0) Fail(207, {text});
     } else {
-      Refuse("An expression in the ORDER BY of a UNION");
+      Fail(104, {});
     }
     query.orderBy.push_back(std::move(order));
   }

@@ -154,6 +154,7 @@ class Binder {
   static BoundExprPtr BindConstantVariable(std::string_view name);
   BoundExprPtr BindMarker(const Expr& expr) const;
   BoundExprPtr BindArithmetic(const Expr& expr);
+  static BoundExprPtr BindConcatenation(BoundExprPtr left, BoundExprPtr right); // of binary values
   BoundExprPtr BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const;
   BoundExprPtr BindNegation(const Expr& expr);
   BoundExprPtr BindComparison(const Expr& expr);

@@ -259,7 +259,8 @@ void Emitter::EmitNegation(const BoundExpr& expr) {
 
 void Emitter::EmitArithmetic(const BoundExpr& expr) {
   switch (FamilyOf(expr.type.id)) {
-  case Family::Text: EmitBinary(*expr.args[0], " || ", *expr.args[1]); break;
+  case Family::Text:
+  case Family::Binary: EmitConcatenation(expr); break;
   case Family::DateTime:
     // The server adds days since 1900, and ticks since 1900 can be added in the same way.
     Open(names::kMoment);
@@ -272,6 +273,24 @@ void Emitter::EmitArithmetic(const BoundExpr& expr) {
   case Family::Decimal: EmitDecimalArithmetic(expr); break;
   default: EmitIntegerArithmetic(expr);
   }
+}
+
+void Emitter::EmitConcatenation(const BoundExpr& expr) {
+  // What is longer than the type can be is cut.
+  const int32_t left = expr.args[0]->type.length;
+  const int32_t right = expr.args[1]->type.length;
+  const bool isCut = expr.type.length >= 0 && left + right > expr.type.length;
+  const bool isBinary = FamilyOf(expr.type.id) == Family::Binary;
+  if (isCut) Open(names::kCast);
+  if (isBinary) Text("CAST("); // SQLite takes the bytes together and calls that a text
+  EmitBinary(*expr.args[0], " || ", *expr.args[1]);
+  if (isBinary) Text(" AS BLOB)");
+  if (!isCut) return;
+  Text(", ");
+  TypeCode(MakeType(expr.type.id, -1));
+  Text(", ");
+  TypeCode(expr.type);
+  Text(", 0)");
 }
 
 void Emitter::EmitBitwise(const BoundExpr& expr) {

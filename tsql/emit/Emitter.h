@@ -105,6 +105,7 @@ class Emitter {
   void EmitFloatArithmetic(const BoundExpr& expr);
   void EmitDoubleArithmetic(const BoundExpr& expr);
   void EmitBitwise(const BoundExpr& expr);
+  void EmitConcatenation(const BoundExpr& expr);
   // An operation whose result is checked for its type's range.
   void EmitExpressioned(const BoundExpr& expr);
   // The condition under which an operation on two ints needs no check.

@@ -149,6 +149,7 @@ void TypeCollation(const FunctionCall& call) {
 
 void CharLengthOf(const FunctionCall& call) {
   const Type type = call.TypeAt(0);
+  if (IsLob(type.id)) return call.ReturnInteger(type.id == TypeId::NText ? INT32_MAX / 2 : INT32_MAX);
   if (!TakesLength(type.id) || type.length == 0) return call.ReturnNull();
   call.ReturnInteger(type.length);
 }

@@ -57,6 +57,7 @@ void Interpreter::Reset() {
   rowCount_ = 0;
   lastError_ = 0;
   noCount_ = false;
+  locksReads_ = false;
   xactAbort_ = false;
   LimitRows(0);
   context_.firstDay = kUsualFirstDay;

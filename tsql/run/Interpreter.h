@@ -276,6 +276,7 @@ class Interpreter : public UserFunctions {
   int triggers_ = 0;                        // triggers within triggers
   const RunningTrigger* trigger_ = nullptr; // the innermost one
   bool noCount_ = false;
+  bool locksReads_ = false; // what a transaction reads stays as it is until its end
   bool xactAbort_ = false;
   bool failed_ = false;
   std::vector<std::shared_ptr<Cursor>> cursors_; // the global ones

@@ -210,9 +210,11 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
     values.push_back(std::move(value));
   }
   constexpr int64_t kLargestSeverity = 18; // without the log
+  constexpr int64_t kFatalSeverity = 20;
   const int64_t severity = EvaluateInteger(*statement.arguments[1]);
   const int64_t state = EvaluateInteger(*statement.arguments[2]);
-  if (severity > kLargestSeverity) Fail(2754, {});
+  if (severity > kLargestSeverity && !statement.isLogged) Fail(2754, {});
+  if (severity >= kFatalSeverity) Refuse("RAISERROR of a severity that ends the connection");
   if (!IsText(type)) FailMessageNumber(message, severity, state);
   const Error error(kUserError, severity < 0 ? 0 : static_cast<int>(severity),
                     state < 0 ? 1 : static_cast<int>(state), statement.line,
@@ -220,6 +222,7 @@ void Interpreter::RunRaiserror(const RaiserrorStatement& statement) {
   if (error.severity > 10) throw Error(error);
   sink_->Message(error);
   rowCount_ = 0;
+  lastError_ = statement.setsError ? kUserError : 0;
 }
 
 Interpreter::Flow Interpreter::RunThrow(const ThrowStatement& statement) {

@@ -26,6 +26,8 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
     SetRowLimit(statement);
   } else if (statement.option == "datefirst") {
     SetFirstDay(statement);
+  } else if (statement.option == "isolation") {
+    locksReads_ = statement.value == "SERIALIZABLE";
   } else if (statement.option == "language") {
     sink_->Message(MakeError(5703, statement.line, {"us_english"}));
     context_.firstDay = kUsualFirstDay;

@@ -32,8 +32,9 @@ class RunningSwap {
 struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, RunningUnit& running)
       : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
-        xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()), rowLimit(owner.rowLimit_),
-        firstDay(owner.context_.firstDay), identityInsert(owner.compiler_.IdentityInsert()) {
+        locksReads(owner.locksReads_), xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()),
+        rowLimit(owner.rowLimit_), firstDay(owner.context_.firstDay),
+        identityInsert(owner.compiler_.IdentityInsert()) {
     owner.catalog_.EnterScope();
     ++owner.nesting_;
   }
@@ -43,6 +44,7 @@ struct Interpreter::ProcedureScope {
     --owner.nesting_;
     owner.running_ = savedUnit;
     owner.noCount_ = noCount;
+    owner.locksReads_ = locksReads;
     owner.xactAbort_ = xactAbort;
     owner.LimitRows(rowLimit);
     owner.context_.firstDay = firstDay;
@@ -57,6 +59,7 @@ struct Interpreter::ProcedureScope {
   Interpreter& owner;
   RunningUnit* savedUnit;
   bool noCount;
+  bool locksReads;
   bool xactAbort;
   int lockTimeout;
   int64_t rowLimit;

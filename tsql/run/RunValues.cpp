@@ -37,6 +37,8 @@ Datum Interpreter::GlobalDatum(GlobalValue value) const {
 }
 
 void Interpreter::BindParameters(Plan& plan) {
+  // The one lock that there is keeps everybody else from changing anything.
+  if (locksReads_) transaction_.TakeLock();
   if (plan.callsFunctions) MakeFunctionsReady(plan);
   int number = 1;
   for (const ParameterRef& ref : plan.parameters) {

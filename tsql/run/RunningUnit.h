@@ -22,10 +22,10 @@ struct RunningUnit {
     unit = nullptr;
     variables.clear();
     markers.clear();
-    scopeIdentity = Datum();
+    if (!scopeIdentity.IsNull()) scopeIdentity = Datum();
     procedure.clear();
     returnStatus = 0;
-    result = Datum();
+    if (!result.IsNull()) result = Datum();
     cursors.clear();
   }
 };

@@ -131,8 +131,9 @@ ExprPtr Parser::ParsePredicateTail(ExprPtr left) {
     node->negated = negated;
     node->args.push_back(std::move(left));
     node->args.push_back(ParseExpression());
-    if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+    const bool isBraced = IsWordAt(1, "escape") && TakeSymbol("{");
     if (TakeWord("escape")) node->args.push_back(ParseExpression());
+    if (isBraced) ExpectSymbol("}");
     return node;
   }
   if (IsWord("between")) {
@@ -282,7 +283,7 @@ ExprPtr Parser::ParseOperand() {
       ++at_;
       return node;
     }
-    if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+    if (IsSymbol("{")) return ParseDateEscape();
     if (IsSymbol("::")) RefuseHere("A static method of a type");
     if (IsSymbol("$") && Next().kind == TokenKind::Word)
       RefuseHere("A name with a dollar sign, such as $IDENTITY");
@@ -325,6 +326,33 @@ ExprPtr Parser::ParseOperand() {
     isFunction = isFunction && std::any_of(kReservedFunctions.begin(), kReservedFunctions.end(), isCurrent);
   }
   return isFunction ? ParseCall() : ParseColumn();
+}
+
+// {d '2020-01-31'}, {ts '2020-01-31 10:00:00'} and {t '10:00:00'}, the last of the present day: all of them
+// are a datetime.
+ExprPtr Parser::ParseDateEscape() {
+  const bool isText = at_ + 2 < tokens_.size() && tokens_[at_ + 2].kind == TokenKind::Text;
+  if (!isText || !(IsWordAt(1, "d") || IsWordAt(1, "ts") || IsWordAt(1, "t")))
+    RefuseHere("An ODBC escape sequence other than of a date or time");
+  const bool isTime = IsWordAt(1, "t");
+  const auto castTo = [this](TypeId type, ExprPtr value) {
+    ExprPtr cast = MakeExpr(ExprKind::Cast);
+    cast->type = MakeType(type);
+    cast->args.push_back(std::move(value));
+    return cast;
+  };
+  at_ += 2;
+  ExprPtr moment = castTo(TypeId::DateTime, ParseLiteral());
+  ExpectSymbol("}");
+  if (!isTime) return moment;
+  // A time alone is one of 1900-01-01, which is the zero of the dates.
+  ExprPtr clock = MakeExpr(ExprKind::Call);
+  clock->text = "getdate";
+  ExprPtr sum = MakeExpr(ExprKind::Arithmetic);
+  sum->arithmetic = ArithmeticOp::Add;
+  sum->args.push_back(castTo(TypeId::DateTime, castTo(TypeId::Date, std::move(clock))));
+  sum->args.push_back(std::move(moment));
+  return sum;
 }
 
 ExprPtr Parser::ParseParenthesis() {
@@ -556,12 +584,27 @@ void CheckLength(TypeId id, int length, int line) {
   if (IsUnicode(id) && length > kMaxBytes / 2) Fail(2717, {std::to_string(length), TypeName(id)}, line);
 }
 
+// NATIONAL CHAR is nchar, and so on; none where there is no such type.
+std::optional<TypeId> NationalType(std::optional<TypeId> id) {
+  if (id == TypeId::Char) return TypeId::NChar;
+  if (id == TypeId::Text) return TypeId::NText;
+  return std::nullopt;
+}
+
+// CHAR VARYING is varchar.
+std::optional<TypeId> VaryingType(std::optional<TypeId> id) {
+  if (id == TypeId::Char) return TypeId::VarChar;
+  if (id == TypeId::NChar) return TypeId::NVarChar;
+  if (id == TypeId::Binary) return TypeId::VarBinary;
+  return std::nullopt;
+}
+
 } // namespace
 
 Type Parser::ParseType(int32_t defaultLength) {
   const Token& token = Current();
   if (IsWord("cursor")) RefuseHere("A parameter or result that is a cursor");
-  if (IsWord("national")) RefuseHere("A type name of several words");
+  const bool isNational = TakeWord("national");
   const bool isDouble = IsWord("double") && IsWordAt(1, "precision");
   std::string name = isDouble ? tokens_[at_++].text : TakeName();
   if (TakeSymbol(".")) {
@@ -569,11 +612,13 @@ Type Parser::ParseType(int32_t defaultLength) {
     const std::string own = TakeName();
     name = EqualNames(name, "sys") ? own : name + "." + own;
   }
-  const std::optional<TypeId> id = FindType(name);
+  std::optional<TypeId> id = FindType(name);
+  if (isNational) id = NationalType(id);
   if (!id) RefuseIfListed(RefusedKind::Type, name, token.line);
   if (!id) Fail(2715, {"1", name}, token.line);
   if (isDouble) ExpectWord("precision");
-  if (IsWord("varying")) RefuseHere("A type name of several words");
+  if (TakeWord("varying")) id = VaryingType(id);
+  if (!id) SyntaxErrorAt(at_ - 1);
   if (EqualNames(name, "sysname")) return MakeType(*id, 128);
   bool given = false;
   const auto [first, second] = ParseTypeArguments(given);

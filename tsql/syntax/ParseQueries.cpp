@@ -575,7 +575,7 @@ ObjectName Parser::ParseTarget() {
   if (Current().kind == TokenKind::Word && IsRowsetFunction(Current().text))
     RefuseHere("A function in place of a table");
   if (IsSymbol("::")) RefuseHere("A function in place of a table");
-  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence other than of a date or time");
   return ParseObjectName();
 }
 

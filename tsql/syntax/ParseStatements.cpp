@@ -59,7 +59,7 @@ StatementPtr Parser::ParseUnterminated() {
                                              {"deallocate", &Parser::ParseCursor},
                                              {"fetch", &Parser::ParseFetch}}};
   if (IsSymbol("(") && StartsQuery()) return ParseQueryStatement();
-  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence");
+  if (IsSymbol("{")) RefuseHere("An ODBC escape sequence other than of a date or time");
   if (Current().kind == TokenKind::Word) {
     if (AreWordsAt(0, "DBCC CHECKIDENT")) return ParseCheckIdentity();
     RefuseWords(RefusedKind::Statement);
@@ -158,13 +158,15 @@ StatementPtr Parser::ParseSet() {
   return statement;
 }
 
-void Parser::ParseIsolationLevel() {
+void Parser::ParseIsolationLevel(SetOptionStatement& statement) {
   ExpectWord("isolation");
   ExpectWord("level");
-  if (AreWordsAt(0, "REPEATABLE READ") || IsWord("serializable") || IsWord("snapshot"))
-    RefuseHere("An isolation level other than READ COMMITTED");
+  if (IsWord("snapshot")) RefuseHere("The isolation level SNAPSHOT");
+  const bool isRepeatable = TakeWord("repeatable");
+  statement.value = isRepeatable || IsWord("serializable") ? "SERIALIZABLE" : "READ COMMITTED";
+  if (!isRepeatable && TakeWord("serializable")) return;
   ExpectWord("read");
-  if (!TakeWord("committed")) ExpectWord("uncommitted");
+  if (!isRepeatable && !TakeWord("committed")) ExpectWord("uncommitted");
 }
 
 StatementPtr Parser::ParseSetOption() {
@@ -172,15 +174,38 @@ StatementPtr Parser::ParseSetOption() {
   ExpectWord("set");
   if (TakeWord("transaction")) {
     statement->option = "isolation";
-    ParseIsolationLevel();
+    ParseIsolationLevel(*statement);
     return statement;
   }
   if (Current().kind != TokenKind::Word) SyntaxError();
+  if (IsSymbolAt(1, ",")) return ParseSwitches();
   const Token& name = tokens_[at_++];
   RefuseIfListed(RefusedKind::Option, name.text, name.line);
   statement->option = ToLower(name.text);
   ParseOptionValue(*statement, name);
   return statement;
+}
+
+// SET a, b ON: each is a statement of its own.
+StatementPtr Parser::ParseSwitches() {
+  auto block = MakeStatement<BlockStatement>(at_);
+  std::vector<size_t> names;
+  do {
+    if (Current().kind != TokenKind::Word) SyntaxError();
+    names.push_back(at_++);
+  } while (TakeSymbol(","));
+  const size_t end = at_;
+  for (const size_t at : names) {
+    const Token& name = tokens_[at];
+    if (EqualNames(name.text, "identity_insert") || EqualNames(name.text, "statistics")) SyntaxErrorAt(at);
+    RefuseIfListed(RefusedKind::Option, name.text, name.line);
+    auto statement = MakeStatement<SetOptionStatement>(at);
+    statement->option = ToLower(name.text);
+    at_ = end;
+    ParseOptionValue(*statement, name);
+    block->statements.push_back(std::move(statement));
+  }
+  return block;
 }
 
 void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) {
@@ -210,6 +235,16 @@ void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) 
                                                           "showplan_xml"};
   const std::string& option = statement.option;
   if (ParseFixedOption(statement)) return;
+  if (option == "deadlock_priority") {
+    // Whoever waits too long for a lock gives up, so that nobody is chosen to.
+    if (TakeWord("low") || TakeWord("normal") || TakeWord("high")) return;
+    const bool isNegative = TakeSymbol("-");
+    const bool isVariable = !isNegative && Current().kind == TokenKind::Variable;
+    if (!isVariable && (Current().kind != TokenKind::Integer || std::stol(Current().text) > 10))
+      SyntaxError();
+    ++at_;
+    return;
+  }
   if (option == "lock_timeout") {
     if (TakeSymbol("-")) statement.value = "-";
     if (Current().kind != TokenKind::Integer) SyntaxError();
@@ -224,7 +259,6 @@ void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) 
   const bool isStatistics = option == "statistics";
   if (!isStatistics && std::find(kSwitches.begin(), kSwitches.end(), option) == kSwitches.end())
     throw Error(195, 15, 5, name.line, "'" + name.text + "' is not a recognized SET option.");
-  if (IsSymbol(",")) RefuseHere("SET of several options");
   if (option == "identity_insert") statement.table = ParseDefinedName();
   std::string what = option;
   if (isStatistics) {
@@ -249,9 +283,7 @@ bool Parser::ParseFixedOption(SetOptionStatement& statement) {
       {"language", {"us_english", "english"}, "SET LANGUAGE of another one than us_english"},
       {"dateformat", {"mdy"}, "SET DATEFORMAT of another one than mdy"},
       {"textsize", {"-1", "2147483647"}, "SET TEXTSIZE that cuts texts"},
-      {"query_governor_cost_limit", {"0"}, "SET QUERY_GOVERNOR_COST_LIMIT of another one than 0"},
-      // Whoever waits too long for a lock gives up, so that nobody is chosen to.
-      {"deadlock_priority", {"low", "normal", "high"}, "SET DEADLOCK_PRIORITY of a number"}};
+      {"query_governor_cost_limit", {"0"}, "SET QUERY_GOVERNOR_COST_LIMIT of another one than 0"}};
   const auto found = std::ranges::find(kOptions, statement.option, &FixedOption::name);
   if (found == std::end(kOptions)) return false;
   const int line = Current().line;
@@ -378,9 +410,23 @@ StatementPtr Parser::ParseTransaction() {
   }
   const bool isNamed = statement->nameValue || !statement->name.empty();
   if (statement->action == TransactionAction::Save && !isNamed) SyntaxError();
-  if (AreWordsAt(0, "WITH MARK")) RefuseHere("BEGIN TRANSACTION WITH MARK");
-  if (IsWord("with") && IsSymbolAt(1, "(")) RefuseHere("COMMIT WITH an option");
+  if (isNamed && statement->action == TransactionAction::Begin && AreWordsAt(0, "WITH MARK")) {
+    // There is no log to be restored from.
+    at_ += 2;
+    if (Current().kind == TokenKind::Text || Current().kind == TokenKind::UnicodeText) ++at_;
+  }
+  if (statement->action == TransactionAction::Commit && IsWord("with")) ParseDurability();
   return statement;
+}
+
+// A commit is as durable as the database makes it.
+void Parser::ParseDurability() {
+  ExpectWord("with");
+  ExpectSymbol("(");
+  ExpectWord("delayed_durability");
+  ExpectSymbol("=");
+  if (!TakeWord("on")) ExpectWord("off");
+  ExpectSymbol(")");
 }
 
 // ---- jumps
@@ -474,8 +520,13 @@ StatementPtr Parser::ParseRaiserror() {
   if (statement->arguments.size() < 3) SyntaxError();
   if (TakeWord("with")) {
     do {
-      if (IsWord("log") || IsWord("seterror")) RefuseHere("RAISERROR WITH LOG or SETERROR");
-      ExpectWord("nowait");
+      if (TakeWord("log")) {
+        statement->isLogged = true;
+      } else if (TakeWord("seterror")) {
+        statement->setsError = true;
+      } else {
+        ExpectWord("nowait");
+      }
     } while (TakeSymbol(","));
   }
   return statement;
@@ -520,8 +571,9 @@ ExecuteArgument Parser::ParseExecuteArgument() {
   return argument;
 }
 
-void Parser::RefuseExecuteOption() const {
-  if (AreWordsAt(0, "WITH RECOMPILE") || AreWordsAt(0, "WITH RESULT")) RefuseHere("EXEC WITH an option");
+void Parser::ParseExecuteOption() {
+  if (AreWordsAt(0, "WITH RESULT")) RefuseHere("EXEC WITH RESULT SETS");
+  if (AreWordsAt(0, "WITH RECOMPILE")) at_ += 2; // whatever has changed is compiled anew anyway
 }
 
 StatementPtr Parser::ParseExecute() {
@@ -531,7 +583,7 @@ StatementPtr Parser::ParseExecute() {
     statement->text = ParseExpression();
     ExpectSymbol(")");
     if (IsWord("at") || IsWord("as")) RefuseHere("EXEC of a text AT a server or AS a user");
-    RefuseExecuteOption();
+    ParseExecuteOption();
     return statement;
   }
   if (Current().kind == TokenKind::Variable && IsSymbolAt(1, "=")) {
@@ -546,7 +598,7 @@ StatementPtr Parser::ParseExecute() {
     statement->isDynamic = EqualNames(statement->procedure.name, kDynamicProcedure);
   }
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
-  RefuseExecuteOption();
+  ParseExecuteOption();
   const bool hasArguments =
       !IsAtEnd() && !IsSymbol(";") &&
       (Current().kind != TokenKind::Word || IsName() || IsWord("default") || IsWord("null"));
@@ -559,7 +611,7 @@ StatementPtr Parser::ParseExecute() {
     if (named && !isNamed) Fail(119, {std::to_string(statement->arguments.size())}, line);
     named = isNamed;
   } while (TakeSymbol(","));
-  RefuseExecuteOption();
+  ParseExecuteOption();
   return statement;
 }
 

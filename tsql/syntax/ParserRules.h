@@ -83,6 +83,7 @@ class Parser {
   void RefuseAfterOperand() const;
   std::unique_ptr<Query> ParseSubquery(Expr& owner);
   ExprPtr ParseParenthesis();
+  ExprPtr ParseDateEscape();
   ExprPtr ParseLiteral();
   ExprPtr ParseCase();
   ExprPtr ParseIif();
@@ -160,6 +161,7 @@ class Parser {
   StatementPtr ParseDeclare();
   StatementPtr ParseSet();
   StatementPtr ParseSetOption();
+  StatementPtr ParseSwitches();
   void ParseOptionValue(SetOptionStatement& statement, const Token& name);
   bool ParseFixedOption(SetOptionStatement& statement);
   StatementPtr ParseCheckIdentity();
@@ -168,7 +170,8 @@ class Parser {
   void ParsePermissionName(AdministrationStatement& statement);
   StatementPtr ParseUpdateStatistics();
   StatementPtr ParseCheckpoint();
-  void ParseIsolationLevel();
+  void ParseIsolationLevel(SetOptionStatement& statement);
+  void ParseDurability();
   StatementPtr ParseIf();
   StatementPtr ParseWhile();
   StatementPtr ParseBegin();
@@ -192,7 +195,7 @@ class Parser {
   // Finds the labels of the GOTO statements of the batch or procedure that ends here: 133, 1026.
   void ResolveLabels();
   ExecuteArgument ParseExecuteArgument();
-  void RefuseExecuteOption() const;
+  void ParseExecuteOption();
   StatementList ParseStatementsUntilEnd();
   template <typename Node>
   std::unique_ptr<Node> MakeStatement(size_t token);

@@ -436,6 +436,8 @@ struct RaiserrorStatement : Statement {
   RaiserrorStatement() : Statement(StatementKind::Raiserror) {}
   std::vector<ExprPtr> arguments; // message, severity, state, values
   int errorNumber = 0;            // of the old form RAISERROR 50001 'message'; 0 for the other
+  bool isLogged = false;          // WITH LOG, which lets the severity be 19
+  bool setsError = false;         // WITH SETERROR: @@ERROR is the number, whatever the severity
 };
 
 struct ThrowStatement : Statement {

@@ -17,6 +17,9 @@ constexpr ErrorText kErrors[] = {
     {kTimeoutExpired, 11, 0, "Timeout expired"},
     {102, 15, 1, "Incorrect syntax near '%1'."},
     {103, 15, 4, "The identifier that starts with '%1' is too long. Maximum length is 128."},
+    {104, 15, 1,
+     "ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
+     "operator."},
     {105, 15, 1, "Unclosed quotation mark after the character string '%1'."},
     {106, 15, 1, "Too many table names in the query. The maximum allowable is %1."},
     {107, 15, 1, "The column prefix '%1' does not match with a table name or alias name used in the query."},

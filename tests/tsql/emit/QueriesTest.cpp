@@ -226,6 +226,13 @@ TEST_F(QueryTest, TopOfAChangeCountsRowsOfTheTarget) {
   EXPECT_EQ(Scalar("COUNT(*) FROM target"), "1");
 }
 
+TEST_F(QueryTest, AUnionIsOrderedByItsColumns) {
+  EXPECT_EQ(
+      ErrorText("SELECT 1 AS a UNION SELECT 2 ORDER BY a + 1"),
+      "104 1 ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
+      "operator.");
+}
+
 TEST_F(QueryTest, NoVariablesAreAssignedInAUnion) {
   EXPECT_EQ(ErrorOf("DECLARE @a INT SELECT @a = 1 UNION SELECT 2"), 10734);
   EXPECT_EQ(ErrorOf("DECLARE @a INT SELECT 1 UNION ALL SELECT @a = 2"), 10734);

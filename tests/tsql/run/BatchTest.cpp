@@ -264,8 +264,28 @@ TEST_F(BatchTest, SeverityAndStateOfRaiserrorHaveLimits) {
   EXPECT_EQ(Run("RAISERROR('x', 18, 1)").errors.at(0).severity, 18);
   EXPECT_EQ(Run("RAISERROR('x', 16, -5)").errors.at(0).state, 1);
   EXPECT_EQ(Run("RAISERROR('x', -5, 1) WITH NOWAIT, NOWAIT").messages, Lines({"x"}));
-  EXPECT_EQ(ErrorText("RAISERROR('x', 16, 1) WITH NOWAIT, SETERROR"),
-            "40510 1 RAISERROR WITH LOG or SETERROR is not supported.");
+  EXPECT_EQ(Run("RAISERROR('x', 19, 1) WITH LOG, NOWAIT").errors.at(0).severity, 19);
+  EXPECT_EQ(ErrorText("RAISERROR('x', 20, 1) WITH LOG"),
+            "40510 1 RAISERROR of a severity that ends the connection is not supported.");
+}
+
+TEST_F(BatchTest, AMessageSetsTheErrorWhenItIsAskedTo) {
+  EXPECT_EQ(Rows("RAISERROR('x', 5, 1) SELECT @@ERROR"), Lines({"0"}));
+  EXPECT_EQ(Rows("RAISERROR('x', 5, 1) WITH NOWAIT, SETERROR SELECT @@ERROR"), Lines({"50000"}));
+  EXPECT_EQ(Run("RAISERROR('x', 16, 1) WITH SETERROR SELECT @@ERROR").results,
+            std::vector<Lines>({{"50000"}}));
+}
+
+TEST_F(BatchTest, OptionsThatChangeNothing) {
+  Must("CREATE PROCEDURE p @a INT = 1 AS SELECT @a");
+  EXPECT_EQ(Rows("EXEC p WITH RECOMPILE"), Lines({"1"}));
+  EXPECT_EQ(Rows("EXEC p 2 WITH RECOMPILE"), Lines({"2"}));
+  EXPECT_EQ(Rows("BEGIN TRAN x WITH MARK 'a mark' SELECT @@TRANCOUNT COMMIT WITH (DELAYED_DURABILITY = ON)"),
+            Lines({"1"}));
+  EXPECT_EQ(Rows("BEGIN TRAN y WITH MARK COMMIT TRAN y WITH (DELAYED_DURABILITY = OFF) SELECT @@TRANCOUNT"),
+            Lines({"0"}));
+  EXPECT_NE(ErrorOf("BEGIN TRAN WITH MARK"), 0) << "a mark is of a name";
+  EXPECT_EQ(ErrorOf("BEGIN TRAN COMMIT WITH (FOO = ON)"), 102);
 }
 
 TEST_F(BatchTest, ThrowWantsANumberOfAUserOrACatchBlock) {

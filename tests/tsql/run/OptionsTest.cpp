@@ -25,16 +25,70 @@ TEST_F(OptionsTest, AnOptionMayBeSetToWhatItIs) {
     EXPECT_EQ(ErrorOf("SET " + std::string(option) + " OFF"), 0) << option;
     EXPECT_EQ(ErrorOf("SET " + std::string(option) + " ON"), 40510) << option;
   }
-  for (const char* setting : {"DATEFORMAT mdy", "TEXTSIZE 2147483647", "TEXTSIZE -1",
-                              "QUERY_GOVERNOR_COST_LIMIT 0", "DEADLOCK_PRIORITY LOW"})
+  for (const char* setting :
+       {"DATEFORMAT mdy", "TEXTSIZE 2147483647", "TEXTSIZE -1", "QUERY_GOVERNOR_COST_LIMIT 0",
+        "DEADLOCK_PRIORITY LOW", "DEADLOCK_PRIORITY 3", "DEADLOCK_PRIORITY -10"})
     EXPECT_EQ(ErrorOf("SET " + std::string(setting)), 0) << setting;
-  for (const char* setting : {"DATEFORMAT dmy", "DATEFORMAT ''", "TEXTSIZE 7", "QUERY_GOVERNOR_COST_LIMIT 9",
-                              "DEADLOCK_PRIORITY 3", "LANGUAGE German"})
+  for (const char* setting :
+       {"DATEFORMAT dmy", "DATEFORMAT ''", "TEXTSIZE 7", "QUERY_GOVERNOR_COST_LIMIT 9", "LANGUAGE German"})
     EXPECT_EQ(ErrorOf("DECLARE @d INT SET " + std::string(setting)), 40510) << setting;
   EXPECT_EQ(Run("SET LANGUAGE us_english").messages, Lines({"Changed language setting to us_english."}));
   EXPECT_EQ(ErrorText("SET FOO ON"), "195 1 'FOO' is not a recognized SET option.");
+  EXPECT_EQ(ErrorOf("SET DEADLOCK_PRIORITY 11"), 102);
   EXPECT_EQ(ErrorOf("SET DATEFIRST"), 102);
   EXPECT_EQ(ErrorOf("SET STATISTICS FOO OFF"), 102);
+}
+
+TEST_F(OptionsTest, SeveralSwitchesAtOnce) {
+  Must("SET ANSI_NULLS, QUOTED_IDENTIFIER, ANSI_WARNINGS ON");
+  EXPECT_EQ(Run("SET NOCOUNT, XACT_ABORT ON SELECT @@OPTIONS & (512 + 16384)").results,
+            std::vector<Lines>({{"16896"}}));
+  EXPECT_EQ(ErrorText("SET ANSI_NULLS, ANSI_PADDING OFF"), "40510 1 SET ANSI_NULLS OFF is not supported.");
+  EXPECT_EQ(ErrorText("SET NOCOUNT, FOO ON"), "195 1 'FOO' is not a recognized SET option.");
+  EXPECT_EQ(ErrorOf("SET NOCOUNT, IDENTITY_INSERT t ON"), 102);
+  EXPECT_EQ(ErrorOf("SET NOCOUNT, ON"), 102);
+}
+
+// What the other session gets when it wants to change what a transaction has read.
+class IsolationTest : public EngineTest {
+ protected:
+  IsolationTest() { Must("CREATE TABLE t (a INT) INSERT INTO t VALUES (1)"); }
+  int ChangeOfAnother() {
+    return RunOn(*other_, "SET LOCK_TIMEOUT 0 UPDATE t SET a = a + 1").errors.empty() ? 0 : 1222;
+  }
+  const std::unique_ptr<Session> other_ = Session::Open(database_);
+};
+
+TEST_F(IsolationTest, WhatATransactionHasReadStays) {
+  for (const std::string level : {"SERIALIZABLE", "REPEATABLE READ"}) {
+    Must("SET TRANSACTION ISOLATION LEVEL " + level + " BEGIN TRAN SELECT a FROM t");
+    EXPECT_EQ(ChangeOfAnother(), 1222) << level;
+    Must("COMMIT");
+    EXPECT_EQ(ChangeOfAnother(), 0) << level;
+    Must("BEGIN TRAN IF EXISTS (SELECT * FROM t) PRINT 'x'");
+    EXPECT_EQ(ChangeOfAnother(), 1222) << "a condition reads too";
+    Must("ROLLBACK SELECT a FROM t");
+    EXPECT_EQ(ChangeOfAnother(), 0) << "a statement alone holds nothing";
+  }
+}
+
+TEST_F(IsolationTest, OtherLevelsHoldNothing) {
+  for (const std::string level : {"READ COMMITTED", "READ UNCOMMITTED"}) {
+    Must("SET TRANSACTION ISOLATION LEVEL SERIALIZABLE SET TRANSACTION ISOLATION LEVEL " + level);
+    Must("BEGIN TRAN SELECT a FROM t");
+    EXPECT_EQ(ChangeOfAnother(), 0) << level;
+    Must("COMMIT");
+  }
+  EXPECT_EQ(ErrorText("SET TRANSACTION ISOLATION LEVEL SNAPSHOT"),
+            "40510 1 The isolation level SNAPSHOT is not supported.");
+  EXPECT_EQ(ErrorOf("SET TRANSACTION ISOLATION LEVEL REPEATABLE"), 102);
+}
+
+TEST_F(IsolationTest, TheLevelOfAProcedureEndsWithIt) {
+  Must("CREATE PROCEDURE p AS SET TRANSACTION ISOLATION LEVEL SERIALIZABLE");
+  Must("EXEC p BEGIN TRAN SELECT a FROM t");
+  EXPECT_EQ(ChangeOfAnother(), 0);
+  Must("COMMIT");
 }
 
 TEST_F(OptionsTest, TheFirstDayOfTheWeek) {

@@ -353,5 +353,51 @@ TEST_F(TypesTest, DecimalExpressions) {
             Lines({"92.25", "-4099999999999999959.00", "41.00"}));
 }
 
+TEST_F(TypesTest, NamesOfSeveralWords) {
+  Must(
+      "CREATE TABLE w (a NATIONAL CHARACTER VARYING(7), b CHAR VARYING(3), c NATIONAL CHAR(2), d BINARY VARYING(4),"
+      " e NCHAR VARYING(5), f CHARACTER VARYING(MAX), g NATIONAL TEXT)");
+  EXPECT_EQ(
+      Rows("SELECT DATA_TYPE, CHARACTER_MAXIMUM_LENGTH FROM INFORMATION_SCHEMA.COLUMNS WHERE TABLE_NAME = 'w'"
+           " ORDER BY ORDINAL_POSITION"),
+      Lines({"nvarchar|7", "varchar|3", "nchar|2", "varbinary|4", "nvarchar|5", "varchar|-1",
+             "ntext|1073741823"}));
+  EXPECT_EQ(ErrorOf("DECLARE @i INT VARYING"), 156);
+  EXPECT_EQ(ErrorOf("DECLARE @i NATIONAL INT"), 2715);
+}
+
+TEST_F(TypesTest, BinaryValuesAreTakenTogether) {
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(20), 0x01 + 0x0203, 1)"), "0x010203");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(20), CAST(0x00 AS BINARY(2)) + CAST('a' AS VARBINARY(5)) + 0x, 1)"),
+            "0x000061");
+  EXPECT_EQ(Scalar("0x01 + CAST(NULL AS VARBINARY(5))"), "NULL");
+  EXPECT_EQ(Scalar("DATALENGTH(CAST(0x AS BINARY(5000)) + CAST(0x AS BINARY(5000)))"), "8000");
+  Must("CREATE TABLE b (a BINARY(2), v VARBINARY(MAX)) INSERT INTO b VALUES (0x0A, 0xFF00)");
+  EXPECT_EQ(Rows("SELECT CONVERT(VARCHAR(20), a + v, 1), CONVERT(VARCHAR(20), v + a, 1) FROM b"),
+            Lines({"0x0A00FF00|0xFF000A00"}));
+  EXPECT_EQ(Rows("SELECT id FROM (SELECT 1 AS id, 0x01 + 0x02 AS v) x WHERE v = 0x0102"), Lines({"1"}));
+}
+
+TEST_F(TypesTest, AConcatenationIsCutAtTheLongestOfItsType) {
+  EXPECT_EQ(Scalar("LEN(REPLICATE('a', 5000) + REPLICATE('b', 5000))"), "8000");
+  EXPECT_EQ(Scalar("RIGHT(REPLICATE('a', 7999) + 'bc', 1)"), "b");
+  EXPECT_EQ(Scalar("LEN(REPLICATE(N'a', 3000) + REPLICATE('b', 3000))"), "4000");
+  EXPECT_EQ(Scalar("LEN(CAST(REPLICATE('a', 5000) AS VARCHAR(MAX)) + REPLICATE('b', 5000))"), "10000");
+  // A column of two characters and one of six: nothing is to be cut.
+  EXPECT_EQ(Scalar("'ab' + 'cdefgh'"), "abcdefgh");
+}
+
+TEST_F(TypesTest, DatesInEscapesOfOdbc) {
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(23), {d '2021-02-03'}, 121)"), "2021-02-03 00:00:00.000");
+  EXPECT_EQ(Scalar("CONVERT(VARCHAR(23), {ts '2021-02-03 04:05:06.007'}, 121)"), "2021-02-03 04:05:06.007");
+  EXPECT_EQ(Scalar("DATEDIFF(second, CAST(GETDATE() AS DATE), {t '01:00:07'})"), "3607");
+  EXPECT_EQ(
+      Scalar(
+          "CASE WHEN 'a%' LIKE 'a!%' {escape '!'} THEN DATEDIFF(day, {d '2021-01-01'}, {d '2021-01-03'}) END"),
+      "2");
+  EXPECT_EQ(ErrorOf("SELECT {d '2021-13-03'}"), 242);
+  EXPECT_EQ(ErrorOf("SELECT {d '2021-12-03'"), 102);
+}
+
 } // namespace
 } // namespace tsql::test
