@@ -8,6 +8,8 @@ endif()
 set(SQLITE_OPTIONS
   -DSQLITE_THREADSAFE=2 -DSQLITE_DQS=0 -DSQLITE_DEFAULT_MEMSTATUS=0 -DSQLITE_OMIT_DEPRECATED
   -DSQLITE_OMIT_LOAD_EXTENSION -DSQLITE_OMIT_SHARED_CACHE -DSQLITE_TEMP_STORE=2
+  # The server has 1,024 columns a table, 4,096 in a list, and SQLite takes all columns of some joins together.
+  -DSQLITE_MAX_COLUMN=32767
   # Counting pages takes a lock of the whole process for each.
   -DSQLITE_DISABLE_PAGECACHE_OVERFLOW_STATS -w)
 if(WIN32)

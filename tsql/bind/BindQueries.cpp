@@ -236,6 +236,7 @@ BoundExprPtr Binder::BindTop(const Expr& expr) {
 }
 
 void Binder::BindItems(const Select& select, BoundSelect& bound) {
+  constexpr size_t kMostItems = 4096;
   bool assigns = false;
   bool returns = false;
   for (const SelectItem& item : select.items) {
@@ -253,6 +254,7 @@ void Binder::BindItems(const Select& select, BoundSelect& bound) {
       if (target.name.empty() && item.expr->kind == ExprKind::Column) target.name = item.expr->parts.back();
       bound.items.push_back(std::move(target));
     }
+    if (bound.items.size() > kMostItems) Fail(1056, {});
   }
   if (assigns && returns) Fail(141, {});
 }

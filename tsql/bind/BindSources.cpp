@@ -253,7 +253,10 @@ BoundSourcePtr Binder::BindFired(const TableSource& source, Scope& scope) {
   entry.exposed = entry.isAlias ? source.alias : source.name.name;
   entry.isFired = true;
   entry.columns = ColumnsOf(*table);
-  for (size_t i = 0; i < entry.columns.size(); ++i) entry.columns[i].sqlName = ResultColumnName(i);
+  for (size_t i = 0; i < entry.columns.size(); ++i) {
+    entry.columns[i].sqlName = ResultColumnName(i);
+    node->columns.push_back({entry.columns[i].name, entry.columns[i].type, entry.columns[i].nullable});
+  }
   AddSource(scope, std::move(entry));
   return node;
 }

@@ -50,13 +50,17 @@ void Emitter::EmitLeaf(const BoundSource& source) {
   case BoundSource::Kind::Common: EmitCommonName(source.common); break;
   case BoundSource::Kind::Values: EmitValues(source.rows); break;
   case BoundSource::Kind::Staged: Text(kStagedRows); break;
-  case BoundSource::Kind::Fired: Text(source.isOld ? kDeletedRows : kInsertedRows); break;
+  case BoundSource::Kind::Fired:
+    // It has as many columns as a table may have, and SQLite takes all of them into some joins.
+    EmitColumnsOf(source);
+    Text(source.isOld ? kDeletedRows : kInsertedRows);
+    Text(")");
+    break;
   case BoundSource::Kind::Function:
     // With a LIMIT the query stays one by itself, so that the function is called once and not for each row of
     // a join.
-    Text("(SELECT ");
-    for (size_t i = 0; i < source.columns.size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
-    Text(" FROM temp."); // where no table of a user has such a name
+    EmitColumnsOf(source);
+    Text("temp."); // where no table of a user has such a name
     EmitUserCall(names::kFunctionRows, source.function, source.args);
     Text(" LIMIT -1)");
     break;
@@ -74,6 +78,12 @@ void Emitter::EmitLeaf(const BoundSource& source) {
   if (source.applied) Text("))");
   Text(" AS ");
   EmitAlias(source.id);
+}
+
+void Emitter::EmitColumnsOf(const BoundSource& source) {
+  Text("(SELECT ");
+  for (size_t i = 0; i < source.columns.size(); ++i) Text((i > 0 ? ", " : "") + ResultColumnName(i));
+  Text(" FROM ");
 }
 
 // As far as to the table whose rows are packed into one value and unpacked again.

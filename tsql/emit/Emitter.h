@@ -141,6 +141,7 @@ class Emitter {
   void EmitSource(const BoundSource& source);
   void EmitLeaf(const BoundSource& source);
   void EmitPacked(const BoundSource& source);
+  void EmitColumnsOf(const BoundSource& source); // as far as to what has them
   void EmitValues(const std::vector<std::vector<BoundExprPtr>>& rows);
   void EmitCommonName(int common);
 

@@ -39,7 +39,9 @@ struct StagedCursor {
 template <Image image>
 int ConnectStaged(sqlite3* connection, void* context, int /*count*/, const char* const* /*arguments*/,
                   sqlite3_vtab** table, char** /*message*/) {
-  const int result = DeclareColumns(connection, sqlite3_limit(connection, SQLITE_LIMIT_COLUMN, -1));
+  // Of each column of a table the values before and after, and the row's number.
+  constexpr int kMostColumns = 1 + 2 * 1024;
+  const int result = DeclareColumns(connection, kMostColumns);
   if (result != SQLITE_OK) return result;
   auto* made = new (std::nothrow) StagedRowsTable{{}, static_cast<const FunctionContext*>(context), image};
   if (made == nullptr) return SQLITE_NOMEM;

@@ -220,6 +220,8 @@ constexpr ErrorText kErrors[] = {
      "to a valid name."},
     {1046, 15, 1, "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
     {1048, 15, 1, "Conflicting cursor options %1 and %2."},
+    {1056, 15, 1,
+     "The number of elements in the select list exceeds the maximum allowed number of 4096 elements."},
     {1060, 15, 1,
      "The number of rows provided for a TOP or FETCH clauses row count parameter must be an integer."},
     {1062, 15, 1, "The TOP N WITH TIES clause is not allowed without a corresponding ORDER BY clause."},

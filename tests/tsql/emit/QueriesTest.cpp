@@ -248,6 +248,28 @@ TEST_F(QueryTest, SelectIntoOverTooManyTables) {
   EXPECT_EQ(ErrorOf("SELECT t0.id INTO #many FROM " + nested), 106);
 }
 
+TEST_F(QueryTest, JoinsOfTablesWithManyColumns) {
+  std::string columns = "c0 INT";
+  for (int i = 1; i < 1024; ++i) columns += ", c" + std::to_string(i) + " INT";
+  Must("CREATE TABLE wide (" + columns + ") INSERT INTO wide (c0) VALUES (7)");
+  EXPECT_EQ(Run("SELECT x.*, y.* FROM wide x JOIN wide y ON x.c0 = y.c0 SELECT @@ROWCOUNT").results.at(1),
+            Lines({"1"}));
+  Must("UPDATE x SET c1 = z.c0 FROM wide x JOIN wide y ON x.c0 = y.c0 JOIN wide z ON z.c0 = y.c0 JOIN wide v "
+       "ON v.c0 = z.c0");
+  EXPECT_EQ(
+      Rows(
+          "SELECT w.c1, d.c0 FROM wide w LEFT JOIN (wide b JOIN wide c ON b.c0 = c.c0 JOIN wide d ON d.c0 = c.c0)"
+          " ON b.c0 = w.c0"),
+      Lines({"7|7"}));
+  Must(
+      "CREATE TABLE log (n INT) EXEC ('CREATE TRIGGER tr ON wide FOR UPDATE AS INSERT INTO log SELECT i.c1 + d.c1 FROM"
+      " inserted i JOIN deleted d ON i.c0 = d.c0') UPDATE wide SET c1 = 8");
+  EXPECT_EQ(Rows("SELECT n FROM log"), Lines({"15"}));
+  EXPECT_EQ(
+      ErrorText("SELECT a.*, b.*, c.*, d.*, 1 FROM wide a, wide b, wide c, wide d"),
+      "1056 1 The number of elements in the select list exceeds the maximum allowed number of 4096 elements.");
+}
+
 TEST_F(QueryTest, NamesOfKeysAndIndexes) {
   Must("CREATE TABLE keyed (a INT NOT NULL, b INT NOT NULL) CREATE INDEX named ON keyed (a)");
   EXPECT_EQ(ErrorOf("ALTER TABLE keyed ADD CONSTRAINT named UNIQUE (b)"), 1913);

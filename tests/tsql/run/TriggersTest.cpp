@@ -530,5 +530,18 @@ TEST_F(TriggersInFileTest, AreThereAgainAndSeenByOthers) {
             std::vector<Lines>({{"11", "12", "21", "31", "41", "42"}}));
 }
 
+// SQLite takes all columns of such a join together.
+TEST_F(TriggersTest, AnUpdateFromAJoinWithTheRows) {
+  Must("CREATE TABLE parts (id INT NOT NULL PRIMARY KEY, q INT) INSERT INTO parts VALUES (1, 1), (2, 2)"
+       " CREATE TABLE lines (id INT, q INT) INSERT INTO lines VALUES (1, 10), (2, 20)");
+  Must(
+      "CREATE TRIGGER on_lines ON lines FOR UPDATE AS"
+      " UPDATE parts SET q = x.q FROM parts JOIN inserted i ON i.id = parts.id JOIN lines x ON x.id = i.id"
+      " UPDATE p SET q = p.q + d.q FROM parts p LEFT JOIN (inserted i JOIN deleted d ON d.id = i.id) ON i.id = p.id"
+      " WHERE i.id = 2");
+  Must("UPDATE lines SET q = q + 1");
+  EXPECT_EQ(Rows("SELECT id, q FROM parts ORDER BY id"), Lines({"1|11", "2|41"}));
+}
+
 } // namespace
 } // namespace tsql::test
