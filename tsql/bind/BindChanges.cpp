@@ -143,9 +143,13 @@ std::vector<int> Binder::InsertColumns(const std::vector<std::string>& names, co
 
 BoundInsert Binder::BindInsert(const InsertStatement& statement, bool identityInsert) {
   BoundInsert bound;
-  bound.table = RequireTarget(statement.table, TriggerEvent::Insert);
-  if (!statement.defaultValues)
-    bound.columns = InsertColumns(statement.columns, *bound.table, identityInsert);
+  const bool hasTable = IsFired(statement.table) || FindTable(statement.table) ||
+                        FindTarget(statement.table, TriggerEvent::Insert);
+  const ModulePtr view = hasTable ? nullptr : catalog_.FindView(statement.table);
+  std::vector<std::string> names = statement.columns;
+  bound.table =
+      view ? InsertThrough(statement, *view, names) : RequireTarget(statement.table, TriggerEvent::Insert);
+  if (!statement.defaultValues) bound.columns = InsertColumns(names, *bound.table, identityInsert);
   if (statement.query) {
     BindInsertQuery(statement, bound);
   } else {

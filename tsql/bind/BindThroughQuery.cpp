@@ -1,4 +1,5 @@
-// UPDATE and DELETE of what a query gives: a common table expression, a derived table or a view.
+// UPDATE and DELETE of what a query gives: a common table expression, a derived table or a view; and INSERT
+// into a view.
 #include <algorithm>
 
 #include "tsql/bind/Binder.h"
@@ -21,22 +22,13 @@ TablePtr Binder::BindThroughQuery(TriggerEvent event, const Scope& scope, std::v
     for (const BoundCommon& common : commons)
       if (common.id == node->common) query = common.query.get();
   if (query == nullptr) Refuse("Changing a query of several tables or of another query");
-  if (query->op != SetOp::None) Fail(4426, {entry->exposed});
+  TablePtr table = ChangedTable(*query, entry->exposed, event);
   BoundSelect& select = *query->select;
-  if (select.distinct || select.grouped) Fail(4403, {entry->exposed});
-  const bool isJoin = select.from && select.from->kind == BoundSource::Kind::Join;
-  if (isJoin && event == TriggerEvent::Delete) Fail(4405, {entry->exposed});
-  if (!select.from || select.from->kind != BoundSource::Kind::Table)
-    Refuse("Changing a query of several tables or of another query");
-  TablePtr table = select.from->table;
   Through through;
   through.source = target;
   through.name = entry->exposed;
-  for (size_t i = 0; i < entry->columns.size(); ++i) {
-    const BoundExpr& item = *select.items[i].expr;
-    const bool isColumn = item.kind == BoundExpr::Kind::Column && item.source == select.from->id;
-    through.columns.emplace_back(entry->columns[i].name, isColumn ? table->FindColumn(item.name) : -1);
-  }
+  for (size_t i = 0; i < entry->columns.size(); ++i)
+    through.columns.emplace_back(entry->columns[i].name, ChangedColumn(*query, i));
   through_ = std::move(through);
   BoundItem number;
   number.expr = RowNumberOf(select.from->id);
@@ -66,6 +58,53 @@ const BoundSource* Binder::FindSource(const BoundSource& tree, int id) {
   if (tree.kind != BoundSource::Kind::Join) return tree.id == id ? &tree : nullptr;
   const BoundSource* const found = FindSource(*tree.left, id);
   return found != nullptr ? found : FindSource(*tree.right, id);
+}
+
+// The one table that a query selects from, when its rows may be changed through it; `name` is the query's.
+TablePtr Binder::ChangedTable(const BoundQuery& query, const std::string& name, TriggerEvent event) {
+  if (query.op != SetOp::None) Fail(4426, {name});
+  const BoundSelect& select = *query.select;
+  if (select.distinct || select.grouped) Fail(4403, {name});
+  const bool isJoin = select.from && select.from->kind == BoundSource::Kind::Join;
+  if (isJoin && event == TriggerEvent::Delete) Fail(4405, {name});
+  if (!select.from || select.from->kind != BoundSource::Kind::Table)
+    Refuse("Changing a query of several tables or of another query");
+  return select.from->table;
+}
+
+int Binder::ChangedColumn(const BoundQuery& query, size_t index) {
+  const BoundExpr& item = *query.select->items[index].expr;
+  const bool isColumn = item.kind == BoundExpr::Kind::Column && item.source == query.select->from->id;
+  return isColumn ? query.select->from->table->FindColumn(item.name) : -1;
+}
+
+TablePtr Binder::InsertThrough(const InsertStatement& statement, const ModuleInfo& view,
+                               std::vector<std::string>& names) {
+  if (statement.output) Refuse("OUTPUT of a change through a query or view");
+  dependencies_.push_back({statement.table, nullptr, catalog_.FindView(statement.table)});
+  Scope scope;
+  TableSource source;
+  source.name = statement.table;
+  const BoundSourcePtr bound = BindView(view, source, scope);
+  const std::vector<ScopeColumn>& columns = scope.sources.front().columns;
+  TablePtr table = ChangedTable(*bound->query, view.name, TriggerEvent::Insert);
+  std::vector<std::string> own;
+  for (size_t i = 0; i < columns.size() && names.empty(); ++i) {
+    const int column = ChangedColumn(*bound->query, i);
+    if (column < 0) Fail(4406, {view.name});
+    const ColumnInfo& info = table->columns[static_cast<size_t>(column)];
+    if (!info.identity && !info.IsComputed()) own.push_back(info.name);
+  }
+  for (const std::string& name : names) {
+    const auto found = std::ranges::find_if(
+        columns, [&name](const ScopeColumn& column) { return EqualNames(column.name, name); });
+    if (found == columns.end()) Fail(207, {name});
+    const int column = ChangedColumn(*bound->query, static_cast<size_t>(found - columns.begin()));
+    if (column < 0) Fail(4406, {view.name});
+    own.push_back(table->columns[static_cast<size_t>(column)].name);
+  }
+  names = std::move(own);
+  return table;
 }
 
 // The column of the table that is changed; -1 when there is none of the name.

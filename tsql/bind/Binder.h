@@ -344,6 +344,13 @@ class Binder {
   // Makes the table that it selects from the target, and returns it.
   TablePtr BindThroughQuery(TriggerEvent event, const Scope& scope, std::vector<BoundCommon>& commons,
                             BoundSourcePtr& source, int& target);
+  // What an INSERT into a view comes into. `names` are the view's columns that get values, none for all of
+  // them, and become the table's.
+  TablePtr InsertThrough(const InsertStatement& statement, const ModuleInfo& view,
+                         std::vector<std::string>& names);
+  static TablePtr ChangedTable(const BoundQuery& query, const std::string& name, TriggerEvent event);
+  // The column of that table which a column of the query is; -1 for none.
+  static int ChangedColumn(const BoundQuery& query, size_t index);
   static const BoundSource* FindSource(const BoundSource& tree, int id); // null when it is not in the tree
   int FindAssigned(const std::string& name, const TableInfo& table) const;
   static BoundExprPtr RowNumberOf(int source);

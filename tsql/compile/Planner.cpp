@@ -112,7 +112,10 @@ bool Planner::Fires(const Statement& statement) const {
   const TriggerEvent event = statement.kind == StatementKind::Insert   ? TriggerEvent::Insert
                              : statement.kind == StatementKind::Update ? TriggerEvent::Update
                                                                        : TriggerEvent::Delete;
-  return catalog.HasTriggers(catalog.KeyOf(TargetOf(statement)), event);
+  const ObjectName& target = TargetOf(statement);
+  if (catalog.HasTriggers(catalog.KeyOf(target), event)) return true;
+  // Rows that are inserted into a view may come into a table with triggers.
+  return statement.kind == StatementKind::Insert && !catalog.FindTable(target) && catalog.FindView(target);
 }
 
 bool Planner::InsertsIdentity(const ObjectName& target) const {

@@ -82,7 +82,7 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"A common table expression with INSERT ... VALUES",
      "WITH x AS (SELECT 1 AS a) INSERT INTO t (a) VALUES ((SELECT a FROM x))"},
     {"A method in the SET of an UPDATE", "UPDATE t SET b.WRITE('x', 0, 1)"},
-    {"Changing a view", "INSERT INTO v (a) VALUES (1)"},
+    {"Changing a view", "INSERT INTO v (a) EXEC ('SELECT 1')"},
     {"Changing a query of several tables or of another query",
      "UPDATE x SET a = 1 FROM (SELECT y.a FROM t y, t z) x"},
     {"OUTPUT of a change through a query or view",

@@ -82,6 +82,47 @@ TEST_F(ChangedQueriesTest, TriggersAndKeysOfTheTable) {
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT id FROM u) UPDATE d SET id = 1"), 2627);
 }
 
+TEST_F(ChangedQueriesTest, RowsAreInsertedThroughAView) {
+  Must("CREATE TABLE p (id INT IDENTITY(1,1), a INT NOT NULL, b VARCHAR(5) DEFAULT 'z', c AS a * 2)");
+  Must("CREATE VIEW pv AS SELECT id, a AS first_one, b FROM p WHERE a < 100");
+  Must(
+      "INSERT INTO pv (first_one) VALUES (1), (200) INSERT pv (b, first_one) SELECT 'y', 2 INSERT INTO pv VALUES (3, 'x')");
+  EXPECT_EQ(Rows("SELECT id, a, b, c FROM p ORDER BY id"),
+            Lines({"1|1|z|2", "2|200|z|400", "3|2|y|4", "4|3|x|6"}))
+      << "its condition does not count without WITH CHECK OPTION";
+  EXPECT_EQ(Rows("SET NOCOUNT ON INSERT INTO pv (first_one) VALUES (5) SELECT @@IDENTITY"), Lines({"5"}));
+  EXPECT_EQ(ErrorOf("INSERT INTO pv (a) VALUES (1)"), 207);
+  EXPECT_EQ(ErrorOf("INSERT INTO pv (b) VALUES ('x')"), 515);
+  EXPECT_EQ(ErrorOf("INSERT INTO pv (id, first_one) VALUES (1, 1)"), 544);
+  EXPECT_EQ(ErrorOf("INSERT INTO pv VALUES (1)"), 213);
+  Must("CREATE VIEW derived AS SELECT a, a + 1 AS more FROM p");
+  Must("INSERT INTO derived (a) VALUES (6)");
+  EXPECT_EQ(
+      ErrorText("INSERT INTO derived VALUES (7, 8)"),
+      "4406 1 Update or insert of view or function 'derived' failed because it contains a derived or constant field.");
+  Must("CREATE VIEW grouped AS SELECT a, COUNT(*) AS n FROM p GROUP BY a");
+  EXPECT_EQ(ErrorOf("INSERT INTO grouped (a) VALUES (1)"), 4403);
+  Must("CREATE VIEW united AS SELECT a FROM p UNION ALL SELECT a FROM p");
+  EXPECT_EQ(ErrorOf("INSERT INTO united (a) VALUES (1)"), 4426);
+  EXPECT_EQ(ErrorText("INSERT INTO pv (first_one) OUTPUT inserted.first_one VALUES (1)"),
+            "40510 1 OUTPUT of a change through a query or view is not supported.");
+}
+
+TEST_F(ChangedQueriesTest, TriggersOfTheTableFireForRowsThroughAView) {
+  Must("CREATE TABLE p (a INT) CREATE TABLE log (a INT)");
+  Must("CREATE VIEW pv AS SELECT a FROM p");
+  Must("CREATE PROCEDURE put @a INT AS INSERT INTO pv VALUES (@a), (@a + 1)");
+  Must("EXEC put 1");
+  Must("CREATE TRIGGER tr ON p FOR INSERT AS INSERT INTO log SELECT a FROM inserted");
+  Must("EXEC put 10");
+  EXPECT_EQ(Rows("SELECT a FROM p ORDER BY a"), Lines({"1", "2", "10", "11"}));
+  EXPECT_EQ(Rows("SELECT a FROM log ORDER BY a"), Lines({"10", "11"}));
+  Must("DROP TRIGGER tr EXEC put 20 DROP VIEW pv");
+  Must("CREATE VIEW pv AS SELECT a AS b FROM log");
+  Must("EXEC put 30");
+  EXPECT_EQ(Rows("SELECT MAX(a) FROM log"), Lines({"31"})) << "the view is another one";
+}
+
 TEST_F(ChangedQueriesTest, WhatCannotBeChanged) {
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT k, SUM(n) AS n FROM t GROUP BY k) UPDATE d SET n = 1"), 4403);
   EXPECT_EQ(ErrorOf("WITH d AS (SELECT DISTINCT k FROM t) DELETE FROM d"), 4403);
