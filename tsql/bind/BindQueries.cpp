@@ -164,27 +164,27 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->topTies = select.topTies;
   if (select.topTies && orderBy.empty()) Fail(1062, {});
   if (select.where) bound->where = Bind(*select.where);
-  for (const ExprPtr& expr : select.groupBy) {
-    bound->groupBy.push_back(Bind(*expr));
-    int own = 0;
-    int outer = 0;
-    CountColumns(*bound->groupBy.back(), own, outer);
-    if (own == 0) Fail(164, {});
-    if (IsLob(bound->groupBy.back()->type.id))
-      Fail(402,
-           {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});
+  Grouping grouping;
+  BindGroupBy(select, *bound, grouping);
+  scope.groupBy = &bound->groupBy;
+  if (!grouping.sets.empty()) {
+    scope.grouping = &grouping;
+    ++groupings_;
   }
   scope.aggregatesAllowed = true;
   scope.windowsAllowed = true;
   BindItems(select, *bound);
   scope.windowsAllowed = false;
+  grouping.error = 8121;
   if (select.having) bound->having = Bind(*select.having);
+  grouping.error = 8127;
   scope.windowsAllowed = true;
   BindOrder(orderBy, *bound, order);
   bound->windowed = scope.hasWindow;
   bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
   if (bound->grouped) CheckGrouping(*bound, order);
   if (select.into) InheritIdentity(select, *bound);
+  if (scope.grouping != nullptr) SplitGroups(*bound, grouping);
   scope_ = saved;
   return bound;
 }
@@ -308,6 +308,7 @@ void Binder::ExpandStar(const SelectItem& item, BoundSelect& bound) {
       BoundItem target;
       target.name = column.name;
       target.expr = MakeColumn(source, column);
+      if (groupings_ > 0) target.expr = TakeGrouped(std::move(target.expr));
       bound.items.push_back(std::move(target));
     }
   }

@@ -23,7 +23,7 @@ TablePtr Binder::BindThroughQuery(TriggerEvent event, const Scope& scope, std::v
   if (query == nullptr) Refuse("Changing a query of several tables or of another query");
   if (query->op != SetOp::None) Fail(4426, {entry->exposed});
   BoundSelect& select = *query->select;
-  if (select.distinct || select.grouped) Fail(4403, {entry->exposed});
+  if (select.distinct || select.grouped || select.selectsGroups) Fail(4403, {entry->exposed});
   const bool isJoin = select.from && select.from->kind == BoundSource::Kind::Join;
   if (isJoin && event == TriggerEvent::Delete) Fail(4405, {entry->exposed});
   if (!select.from || select.from->kind != BoundSource::Kind::Table)

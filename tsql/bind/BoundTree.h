@@ -212,6 +212,7 @@ struct BoundExpr {
     UserFunction, // of a user, by name
     Aggregate,
     Window,
+    Grouping, // which of the keys that the arguments number are left out, a bit for each
   };
   Kind kind = Kind::Constant;
   Type type;
@@ -308,6 +309,10 @@ struct BoundSelect {
   BoundSourcePtr from;
   BoundExprPtr where;
   std::vector<BoundExprPtr> groupBy;
+  // The rows are grouped once for each set, whose bits say by which of groupBy; the first items are those
+  // of groupBy. Empty for a plain GROUP BY.
+  std::vector<uint32_t> groupingSets;
+  bool selectsGroups = false; // from a query with grouping sets, which with this one was a single one
   BoundExprPtr having;
 };
 

@@ -129,6 +129,8 @@ class Emitter {
   void EmitPlacedSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
                         const std::string& extra);
   void EmitRows(const BoundSelect& select, const std::string& extra);
+  void EmitGroupingSets(const BoundSelect& select);
+  void EmitGroupingSet(const BoundSelect& select, uint32_t set);
   void EmitOrder(const std::vector<BoundOrder>& order);
   void EmitOffset(const BoundQuery& query);
   void EmitCommons(const std::vector<BoundCommon>& commons);

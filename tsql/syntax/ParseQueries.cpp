@@ -259,20 +259,7 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   }
   if (TakeWord("from")) select->from = ParseFrom();
   if (TakeWord("where")) select->where = ParseCondition();
-  if (TakeWord("group")) {
-    ExpectWord("by");
-    if (IsWord("all")) RefuseHere("GROUP BY ALL");
-    do {
-      const bool isSet = AreWordsAt(0, "GROUPING SETS") || (IsSymbol("(") && IsSymbolAt(1, ")")) ||
-                         ((IsWord("rollup") || IsWord("cube")) && IsSymbolAt(1, "("));
-      if (isSet) RefuseHere("GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
-      const size_t first = at_;
-      select->groupBy.push_back(ParseExpression());
-      RefuseSubqueries(first, 144);
-    } while (TakeSymbol(","));
-    if (AreWordsAt(0, "WITH ROLLUP") || AreWordsAt(0, "WITH CUBE"))
-      RefuseHere("GROUP BY WITH ROLLUP or CUBE");
-  }
+  if (IsWord("group")) ParseGroupBy(*select);
   if (TakeWord("having")) select->having = ParseCondition();
   return select;
 }

@@ -108,6 +108,15 @@ class Parser {
   QueryPtr ParseIntersections();
   QueryPtr ParseQueryTerm();
   std::unique_ptr<Select> ParseSelect();
+  // GROUP BY (ParseGrouping.cpp)
+  using GroupingSets = std::vector<std::vector<size_t>>;
+  void ParseGroupBy(Select& select);
+  GroupingSets ParseGroupingItem(Select& select);
+  GroupingSets ParseGroupingSets(Select& select);
+  GroupingSets ParseGroupingSet(Select& select);
+  std::vector<size_t> ParseGroupingElement(Select& select);
+  size_t ParseGroupingExpression(Select& select);
+  bool StartsGroupingConstruct() const;
   ExprPtr ParseTopCount();
   ExprPtr ParseChangeTop();
   void ParseTop(Select& select);

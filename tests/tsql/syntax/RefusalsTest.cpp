@@ -109,8 +109,6 @@ TEST_F(RefusalsTest, VariantsOfConstructs) {
   ExpectRefused("SELECT a FROM t WHERE b LIKE 'x!%' {escape '!'}", "An ODBC escape sequence");
   ExpectRefused("SELECT a FROM OPENROWSET('SQLNCLI', 'x', 'SELECT 1') x", "A function in place of a table");
   ExpectRefused("SELECT a FROM t x UNPIVOT (v FOR n IN (a)) y", "PIVOT and UNPIVOT");
-  ExpectRefused("SELECT a FROM t GROUP BY ROLLUP (a)", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
-  ExpectRefused("SELECT a FROM t GROUP BY ()", "GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
   ExpectRefused("SELECT a FROM t FOR JSON PATH", "FOR XML, JSON or BROWSE");
   ExpectRefused("EXEC ('SELECT 1') AT other", "EXEC of a text AT a server or AS a user");
   ExpectRefused("EXEC p WITH RESULT SETS NONE", "EXEC WITH an option");
