@@ -48,7 +48,30 @@ bool IsUpdateLockWanted(const TableSource& source) {
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
   maxRecursion_ = query.maxRecursion;
-  return SortBeforeAssigning(BindQuery(query, false));
+  isUnionInto_ = query.op != SetOp::None && IntoOf(query) != nullptr;
+  BoundQueryPtr bound = SortBeforeAssigning(BindQuery(query, false));
+  return isUnionInto_ && isLimited_ ? LimitUnion(std::move(bound)) : std::move(bound);
+}
+
+// The rows of a UNION up to the limit of SET ROWCOUNT.
+BoundQueryPtr Binder::LimitUnion(BoundQueryPtr query) {
+  auto outer = std::make_unique<BoundQuery>();
+  outer->columns = query->columns;
+  outer->select = std::make_unique<BoundSelect>();
+  outer->select->top = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
+  auto source = std::make_unique<BoundSource>();
+  source->kind = BoundSource::Kind::Query;
+  source->id = nextSource_++;
+  for (size_t i = 0; i < query->columns.size(); ++i) {
+    BoundExprPtr column = MakeNode(BoundExpr::Kind::Column, query->columns[i].type);
+    column->nullable = query->columns[i].nullable;
+    column->source = source->id;
+    column->name = ResultColumnName(i);
+    outer->select->items.emplace_back().expr = std::move(column);
+  }
+  source->query = std::move(query);
+  outer->select->from = std::move(source);
+  return outer;
 }
 
 BoundQueryPtr Binder::BindViewQuery(const Query& query) {
@@ -155,7 +178,7 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->distinct = select.distinct;
   if (select.topPercent) {
     bound->top = BindTopPercent(*select.top);
-  } else if (select.into) {
+  } else if (select.into && !isUnionInto_) {
     bound->top = BindChangeTop(select.top);
   } else if (select.top) {
     bound->top = BindTop(*select.top);
@@ -183,7 +206,7 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->windowed = scope.hasWindow;
   bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
   if (bound->grouped) CheckGrouping(*bound, order);
-  if (select.into) InheritIdentity(select, *bound);
+  if (select.into && !isUnionInto_) InheritIdentity(select, *bound);
   if (scope.grouping != nullptr) SplitGroups(*bound, grouping);
   scope_ = saved;
   return bound;
@@ -259,6 +282,7 @@ void Binder::BindItems(const Select& select, BoundSelect& bound) {
 
 void Binder::BindIdentityItem(const SelectItem& item, const Select& select, const BoundSelect& bound) {
   if (!select.into) Fail(177, {});
+  if (isUnionInto_) Refuse("IDENTITY() in a SELECT INTO of a UNION, EXCEPT or INTERSECT");
   if (intoIdentity_) Fail(2744, {select.into->name});
   intoIdentity_.emplace();
   intoIdentity_->isGenerated = true;

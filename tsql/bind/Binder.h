@@ -282,6 +282,7 @@ class Binder {
   // queries (BindQueries.cpp)
   BoundQueryPtr BindQuery(const Query& query, bool isInner);
   BoundQueryPtr BindSetOperation(const Query& query);
+  BoundQueryPtr LimitUnion(BoundQueryPtr query);
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
                                           std::vector<BoundOrder>& order);
   BoundExprPtr BindTop(const Expr& expr);
@@ -362,6 +363,7 @@ class Binder {
   TablePtr BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
                       BoundSourcePtr& source, int& target);
   BoundExprPtr BindChangeTop(const ExprPtr& top);
+  void BindChangeLimit(const ExprPtr& top, bool isPercent, BoundChange& bound);
   // What BindTarget gives null for: a derived table, a common table expression or a view without triggers.
   // Makes the table that it selects from the target, and returns it.
   TablePtr BindThroughQuery(TriggerEvent event, const Scope& scope, std::vector<BoundCommon>& commons,
@@ -402,6 +404,7 @@ class Binder {
   };
   std::optional<Through> through_;
   std::optional<IntoIdentity> intoIdentity_; // of the SELECT ... INTO that is being bound
+  bool isUnionInto_ = false;                 // a SELECT ... INTO of a UNION is bound
   bool wantsUpdateLock_ = false;
   const std::vector<TablePtr>* tableVariables_ = nullptr;
   Variables variablesAre_ = Variables::Declared;

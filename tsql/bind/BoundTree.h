@@ -362,7 +362,7 @@ struct BoundInsert {
   // Conversions of the query's columns when they cannot be made inside it: over source `wrapper`.
   std::vector<BoundExprPtr> conversions;
   int wrapper = -1;
-  BoundExprPtr limit; // of the query's rows, over the wrapper; null for none
+  BoundExprPtr limit; // of the rows, of a query over the wrapper; null for none
   std::unique_ptr<BoundOutput> output;
 };
 
@@ -379,27 +379,25 @@ std::string StagedNewName(size_t column);
 std::string StagedOldName(size_t column);
 std::string StagedOtherName(const TableInfo& table, size_t index);
 
-struct BoundUpdate {
-  std::vector<int> named; // the columns that the statement gives values
+// What an UPDATE and a DELETE have in common.
+struct BoundChange {
   std::vector<BoundCommon> commons;
   TablePtr table;
-  int target = 0; // the source's number
-  std::vector<std::pair<int, BoundExprPtr>> assignments;
-  std::vector<int> variables; // that the values assign, row by row
-  BoundSourcePtr from;        // with the target in it; null without FROM
+  int target = 0;      // the source's number
+  BoundSourcePtr from; // with the target in it; null without FROM
   BoundExprPtr where;
   BoundExprPtr top;
+  bool topPercent = false;
+  BoundExprPtr limit; // of SET ROWCOUNT, beside TOP PERCENT; else TOP has it
   std::unique_ptr<BoundOutput> output;
 };
 
-struct BoundDelete {
-  std::vector<BoundCommon> commons;
-  TablePtr table;
-  int target = 0;
-  BoundSourcePtr from;
-  BoundExprPtr where;
-  BoundExprPtr top;
-  std::unique_ptr<BoundOutput> output;
+struct BoundUpdate : BoundChange {
+  std::vector<int> named; // the columns that the statement gives values
+  std::vector<std::pair<int, BoundExprPtr>> assignments;
+  std::vector<int> variables; // that the values assign, row by row
 };
+
+struct BoundDelete : BoundChange {};
 
 } // namespace tsql

@@ -145,8 +145,9 @@ class Emitter {
   std::string EmitExtras(const std::vector<BoundExprPtr>& extras);
   bool EmitUpdateDirect(const BoundUpdate& update);
   void EmitUpdateFromTree(const BoundUpdate& update);
-  void EmitTargetRows(int target, const BoundSource* from, const TableInfo& table, const BoundExpr* where,
-                      const BoundExpr* top);
+  void EmitChangedRows(const BoundChange& change);
+  void EmitChangeLimit(const BoundChange& change);
+  void EmitTargetRows(const BoundChange& change);
   void EmitAssignments(const BoundUpdate& update);
   void EmitInsertion(const BoundInsert& insert);
   void EmitInsertedValues(const BoundInsert& insert);

@@ -43,17 +43,22 @@ bool IsBuiltInTableFunction(std::string_view word) {
 }
 
 // In a UNION only the first SELECT may have an INTO.
-void CheckInto(const Query& query, bool isFirst, int line) {
+void CheckInto(const Query& query, bool isFirst) {
   if (query.op != SetOp::None) {
-    CheckInto(*query.left, isFirst, line);
-    CheckInto(*query.right, false, line);
-  } else if (query.select->into) {
-    if (!isFirst) Fail(196, {}, query.select->line);
-    Refuse("SELECT INTO of a UNION, EXCEPT or INTERSECT", line);
+    CheckInto(*query.left, isFirst);
+    CheckInto(*query.right, false);
+  } else if (query.select->into && !isFirst) {
+    Fail(196, {}, query.select->line);
   }
 }
 
 } // namespace
+
+const ObjectName* IntoOf(const Query& query) {
+  const Query* first = &query;
+  while (first->op != SetOp::None) first = first->left.get();
+  return first->select->into ? &*first->select->into : nullptr;
+}
 
 size_t Parser::AfterParenthesis(size_t ahead) const {
   int depth = 0;
@@ -89,10 +94,9 @@ QueryPtr Parser::ParseQuery() {
   const bool isStatement = std::exchange(startsQueryStatement_, false);
   const bool outer = std::exchange(isQueryStatement_, isStatement);
   if (IsWord("with")) commonTables = ParseCommonTables();
-  const int line = Current().line;
   QueryPtr query = ParseSetOperations();
   isQueryStatement_ = outer;
-  if (query->op != SetOp::None) CheckInto(*query, true, line);
+  if (query->op != SetOp::None) CheckInto(*query, true);
   query->commonTables = std::move(commonTables);
   if (IsWord("order")) {
     query->orderBy = ParseOrderBy();
@@ -286,10 +290,10 @@ void Parser::ParseTop(Select& select) {
   select.topTies = true;
 }
 
-ExprPtr Parser::ParseChangeTop() {
+ExprPtr Parser::ParseChangeTop(bool& isPercent) {
   if (!IsWord("top")) return nullptr;
   ExprPtr count = ParseTopCount();
-  if (IsWord("percent")) RefuseHere("TOP PERCENT of a changing statement");
+  isPercent = TakeWord("percent");
   return count;
 }
 

@@ -118,7 +118,7 @@ class Parser {
   size_t ParseGroupingExpression(Select& select);
   bool StartsGroupingConstruct() const;
   ExprPtr ParseTopCount();
-  ExprPtr ParseChangeTop();
+  ExprPtr ParseChangeTop(bool& isPercent);
   void ParseTop(Select& select);
   void ParseOffset(Query& query);
   SelectItem ParseSelectItem();

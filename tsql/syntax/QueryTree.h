@@ -190,4 +190,7 @@ struct Query {
 };
 using QueryPtr = std::unique_ptr<Query>;
 
+// The table that SELECT ... INTO makes, which the first SELECT of a UNION names; null for none.
+const ObjectName* IntoOf(const Query& query);
+
 } // namespace tsql

@@ -46,9 +46,9 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"ROWGUIDCOL", "SELECT ROWGUIDCOL FROM t"},
     {"A name with a dollar sign, such as $IDENTITY", "SELECT $IDENTITY FROM t"},
     // queries
-    {"TOP PERCENT of a changing statement", "DELETE TOP (10) PERCENT FROM t"},
     {"A column of an outer query in TOP, OFFSET or FETCH", "SELECT (SELECT TOP (x.a) a FROM t) FROM t x"},
-    {"SELECT INTO of a UNION, EXCEPT or INTERSECT", "SELECT a INTO u FROM t UNION ALL SELECT 1"},
+    {"IDENTITY() in a SELECT INTO of a UNION, EXCEPT or INTERSECT",
+     "SELECT IDENTITY(INT, 1, 1) AS i, a INTO u FROM t UNION ALL SELECT 1, 1"},
     {"SELECT INTO a filegroup", "SELECT a INTO u ON [PRIMARY] FROM t"},
     {"GROUP BY ALL", "SELECT a FROM t GROUP BY ALL a"},
     {"An aggregate of a column of an outer query", "SELECT (SELECT SUM(x.a) FROM t) FROM t x"},
@@ -76,7 +76,8 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"FOR SYSTEM_TIME", "SELECT a FROM t FOR SYSTEM_TIME ALL"},
     // changes
     {"A second OUTPUT clause", "DELETE FROM t OUTPUT deleted.a INTO t (a) OUTPUT deleted.a"},
-    {"INSERT TOP", "INSERT TOP (1) INTO t (a) SELECT 1"},
+    {"INSERT TOP PERCENT", "INSERT TOP (1) PERCENT INTO t (a) SELECT 1"},
+    {"INSERT TOP with EXEC or DEFAULT VALUES", "INSERT TOP (1) INTO t (a) EXEC p"},
     {"OUTPUT of an UPDATE of a table with computed columns",
      "CREATE TABLE #c (a INT, b AS a) UPDATE #c SET a = 1 OUTPUT inserted.b"},
     {"A common table expression with INSERT ... VALUES",
