@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/syntax/Refusals.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -85,9 +86,12 @@ BoundExprPtr Binder::BindGrouping(const Expr& expr) {
   const int groupings = std::exchange(groupings_, 0);
   for (size_t i = 0; i < expr.args.size(); ++i) {
     const BoundExprPtr arg = Bind(*expr.args[i]);
+    const auto isArg = [&](const BoundExprPtr& key) { return SameExpr(*key, *arg); };
     const std::vector<BoundExprPtr>& keys = *scope_->groupBy;
-    const auto found =
-        std::ranges::find_if(keys, [&](const BoundExprPtr& key) { return SameExpr(*key, *arg); });
+    const auto found = std::ranges::find_if(keys, isArg);
+    for (const Scope* outer = scope_->outer; found == keys.end() && outer != nullptr; outer = outer->outer)
+      if (outer->groupBy != nullptr && std::ranges::any_of(*outer->groupBy, isArg))
+        Refuse("An aggregate of a column of an outer query");
     if (found == keys.end()) Fail(8161, {std::to_string(i + 1), isSingle ? "GROUPING" : "GROUPING_ID"});
     node->args.push_back(MakeConstant(Datum::OfInteger(found - keys.begin()), MakeType(TypeId::Int)));
   }
