@@ -196,6 +196,7 @@ void Binder::BindInsertRows(const InsertStatement& statement, BoundInsert& bound
     }
     bound.rows.push_back(std::move(values));
   }
+  if (statement.top) bound.limit = BindChangeTop(statement.top);
 }
 
 void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& bound) {
@@ -206,8 +207,8 @@ void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& boun
     if (statement.columns.empty()) Fail(213, {});
     Fail(given < bound.columns.size() ? 120 : 121, {});
   }
-  if (isLimited_) bound.limit = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
-  if (!isLimited_ && !IsOrderSensitive(*bound.query)) {
+  bound.limit = BindChangeTop(statement.top);
+  if (!bound.limit && !IsOrderSensitive(*bound.query)) {
     for (size_t i = 0; i < given; ++i) {
       BoundExprPtr& expr = bound.query->select->items[i].expr;
       expr = AssignColumn(std::move(expr), *bound.table, bound.columns[i]);
@@ -312,6 +313,16 @@ BoundExprPtr Binder::BindChangeTop(const ExprPtr& top) {
   return lower;
 }
 
+void Binder::BindChangeLimit(const ExprPtr& top, bool isPercent, BoundChange& bound) {
+  if (!isPercent) {
+    bound.top = BindChangeTop(top);
+    return;
+  }
+  bound.top = BindTopPercent(*top);
+  bound.topPercent = true;
+  if (isLimited_) bound.limit = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
+}
+
 BoundExprPtr Binder::RowNumberOf(int source) {
   BoundExprPtr number = MakeNode(BoundExpr::Kind::Column, MakeType(TypeId::BigInt));
   number->source = source;
@@ -362,7 +373,7 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
-  bound.top = BindChangeTop(statement.top);
+  BindChangeLimit(statement.top, statement.topPercent, bound);
   scope_ = nullptr;
   if (statement.output && std::ranges::any_of(bound.table->columns, &ColumnInfo::IsComputed))
     Refuse("OUTPUT of an UPDATE of a table with computed columns");
@@ -465,7 +476,7 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
-  bound.top = BindChangeTop(statement.top);
+  BindChangeLimit(statement.top, statement.topPercent, bound);
   scope_ = nullptr;
   bound.output = BindOutput(statement.output.get(), statement.kind, bound.table, bound.target, scope);
   return bound;

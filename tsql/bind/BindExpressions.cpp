@@ -166,9 +166,11 @@ bool IsSearching(const BoundExpr& expr) {
 } // namespace
 
 BoundExprPtr Binder::Bind(const Expr& expr) {
+  if (groupings_ > 0)
+    if (BoundExprPtr key = FindKey(expr)) return key;
   BoundExprPtr node = BindKind(expr);
   InheritCollation(*node);
-  return node;
+  return groupings_ > 0 ? TakeGrouped(std::move(node)) : std::move(node);
 }
 
 void Binder::InheritCollation(BoundExpr& expr) {

@@ -183,6 +183,7 @@ std::vector<std::string_view> Binder::FunctionNames() {
   for (const auto& [name, aggregate] : kAggregates) names.push_back(name);
   for (const FunctionEntry& entry : FunctionTable()) names.push_back(entry.name);
   for (const WindowEntry& entry : WindowTable()) names.push_back(entry.name);
+  for (const std::string_view name : GroupingFunctions()) names.push_back(name);
   for (const GlobalFunction& function : GlobalFunctions()) names.push_back(function.name);
   for (const NameFunction& function : kNameFunctions) names.push_back(function.name);
   return names;
@@ -193,6 +194,8 @@ BoundExprPtr Binder::BindCall(const Expr& expr) {
   if (aggregate == AggregateId::StringAggregate) return BindStringAggregate(expr);
   if (!expr.within.empty()) Fail(10757, {expr.text});
   if (aggregate) return BindAggregate(expr, *aggregate);
+  if (std::ranges::find(GroupingFunctions(), expr.text) != GroupingFunctions().end())
+    return BindGrouping(expr);
   for (const FunctionEntry& entry : FunctionTable())
     if (entry.name == expr.text) return (this->*entry.rule)(expr, entry.function);
   if (BoundExprPtr bound = BindConstantFunction(expr)) return bound;

@@ -48,7 +48,30 @@ bool IsUpdateLockWanted(const TableSource& source) {
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
   maxRecursion_ = query.maxRecursion;
-  return SortBeforeAssigning(BindQuery(query, false));
+  isUnionInto_ = query.op != SetOp::None && IntoOf(query) != nullptr;
+  BoundQueryPtr bound = SortBeforeAssigning(BindQuery(query, false));
+  return isUnionInto_ && isLimited_ ? LimitUnion(std::move(bound)) : std::move(bound);
+}
+
+// The rows of a UNION up to the limit of SET ROWCOUNT.
+BoundQueryPtr Binder::LimitUnion(BoundQueryPtr query) {
+  auto outer = std::make_unique<BoundQuery>();
+  outer->columns = query->columns;
+  outer->select = std::make_unique<BoundSelect>();
+  outer->select->top = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
+  auto source = std::make_unique<BoundSource>();
+  source->kind = BoundSource::Kind::Query;
+  source->id = nextSource_++;
+  for (size_t i = 0; i < query->columns.size(); ++i) {
+    BoundExprPtr column = MakeNode(BoundExpr::Kind::Column, query->columns[i].type);
+    column->nullable = query->columns[i].nullable;
+    column->source = source->id;
+    column->name = ResultColumnName(i);
+    outer->select->items.emplace_back().expr = std::move(column);
+  }
+  source->query = std::move(query);
+  outer->select->from = std::move(source);
+  return outer;
 }
 
 BoundQueryPtr Binder::BindViewQuery(const Query& query) {
@@ -155,7 +178,7 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->distinct = select.distinct;
   if (select.topPercent) {
     bound->top = BindTopPercent(*select.top);
-  } else if (select.into) {
+  } else if (select.into && !isUnionInto_) {
     bound->top = BindChangeTop(select.top);
   } else if (select.top) {
     bound->top = BindTop(*select.top);
@@ -164,27 +187,27 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->topTies = select.topTies;
   if (select.topTies && orderBy.empty()) Fail(1062, {});
   if (select.where) bound->where = Bind(*select.where);
-  for (const ExprPtr& expr : select.groupBy) {
-    bound->groupBy.push_back(Bind(*expr));
-    int own = 0;
-    int outer = 0;
-    CountColumns(*bound->groupBy.back(), own, outer);
-    if (own == 0) Fail(164, {});
-    if (IsLob(bound->groupBy.back()->type.id))
-      Fail(402,
-           {TypeName(bound->groupBy.back()->type.id), TypeName(bound->groupBy.back()->type.id), "group by"});
+  Grouping grouping;
+  BindGroupBy(select, *bound, grouping);
+  scope.groupBy = &bound->groupBy;
+  if (!grouping.sets.empty()) {
+    scope.grouping = &grouping;
+    ++groupings_;
   }
   scope.aggregatesAllowed = true;
   scope.windowsAllowed = true;
   BindItems(select, *bound);
   scope.windowsAllowed = false;
+  grouping.error = 8121;
   if (select.having) bound->having = Bind(*select.having);
+  grouping.error = 8127;
   scope.windowsAllowed = true;
   BindOrder(orderBy, *bound, order);
   bound->windowed = scope.hasWindow;
   bound->grouped = scope.hasAggregate || !bound->groupBy.empty() || bound->having;
   if (bound->grouped) CheckGrouping(*bound, order);
-  if (select.into) InheritIdentity(select, *bound);
+  if (select.into && !isUnionInto_) InheritIdentity(select, *bound);
+  if (scope.grouping != nullptr) SplitGroups(*bound, grouping);
   scope_ = saved;
   return bound;
 }
@@ -261,6 +284,7 @@ void Binder::BindItems(const Select& select, BoundSelect& bound) {
 
 void Binder::BindIdentityItem(const SelectItem& item, const Select& select, const BoundSelect& bound) {
   if (!select.into) Fail(177, {});
+  if (isUnionInto_) Refuse("IDENTITY() in a SELECT INTO of a UNION, EXCEPT or INTERSECT");
   if (intoIdentity_) Fail(2744, {select.into->name});
   intoIdentity_.emplace();
   intoIdentity_->isGenerated = true;
@@ -310,6 +334,7 @@ void Binder::ExpandStar(const SelectItem& item, BoundSelect& bound) {
       BoundItem target;
       target.name = column.name;
       target.expr = MakeColumn(source, column);
+      if (groupings_ > 0) target.expr = TakeGrouped(std::move(target.expr));
       bound.items.push_back(std::move(target));
     }
   }

@@ -427,7 +427,7 @@ void Binder::CheckRecursive(const BoundQuery& member, const CommonInfo& common, 
   if (member.op != SetOp::None) Refuse(kSeveralMembers);
   if (member.select->distinct) Fail(460, {common.name});
   if (member.select->top) Fail(461, {common.name});
-  if (member.select->grouped) Fail(467, {common.name});
+  if (member.select->grouped || member.select->selectsGroups) Fail(467, {common.name});
   if (member.select->windowed) Refuse("A window function in a recursive member");
   OwnUses uses;
   CountOwnUses(member, common.id, false, uses);

@@ -64,7 +64,7 @@ const BoundSource* Binder::FindSource(const BoundSource& tree, int id) {
 TablePtr Binder::ChangedTable(const BoundQuery& query, const std::string& name, TriggerEvent event) {
   if (query.op != SetOp::None) Fail(4426, {name});
   const BoundSelect& select = *query.select;
-  if (select.distinct || select.grouped) Fail(4403, {name});
+  if (select.distinct || select.grouped || select.selectsGroups) Fail(4403, {name});
   const bool isJoin = select.from && select.from->kind == BoundSource::Kind::Join;
   if (isJoin && event == TriggerEvent::Delete) Fail(4405, {name});
   if (!select.from || select.from->kind != BoundSource::Kind::Table)

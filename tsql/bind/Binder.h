@@ -105,8 +105,21 @@ class Binder {
     TablePtr table;
     std::vector<ScopeColumn> columns;
   };
+  // What a query with grouping sets takes from its groups: they are made in a query of their own, whose
+  // columns stand in place of the expressions of GROUP BY and of the aggregates.
+  struct Grouping {
+    std::vector<ExprKind> kinds; // of the expressions of GROUP BY
+    std::vector<uint32_t> sets;
+    int rows = 0;                  // the source that is grouped
+    int groups = 0;                // the source that is made of it
+    int error = 8120;              // where a column is not grouped
+    std::vector<BoundItem> taken;  // what the aggregates compute with
+    std::vector<BoundItem> result; // aggregates, as columns of the groups behind the expressions
+  };
   struct Scope {
     Scope* outer = nullptr;
+    const std::vector<BoundExprPtr>* groupBy = nullptr;
+    Grouping* grouping = nullptr; // while what is bound sees groups
     std::vector<ScopeSource> sources;
     bool aggregatesAllowed = false;
     bool inAggregate = false;
@@ -213,6 +226,16 @@ class Binder {
   BoundExprPtr BindStringAggregate(const Expr& expr);
   void CountColumns(const BoundExpr& expr, int& own, int& outer) const;
   BoundExprPtr MakeAggregate(const Expr& expr, AggregateId aggregate, BoundExprPtr arg) const;
+  // (BindGroupingSets.cpp)
+  static std::span<const std::string_view> GroupingFunctions();
+  BoundExprPtr BindGrouping(const Expr& expr);
+  void BindGroupBy(const Select& select, BoundSelect& bound, Grouping& grouping);
+  // The column that stands for an expression of GROUP BY; null where it is none.
+  BoundExprPtr FindKey(const Expr& expr);
+  BoundExprPtr FindKey(const BoundExpr& expr, const Scope& scope) const;
+  BoundExprPtr TakeGrouped(BoundExprPtr node);
+  BoundExprPtr TakeResult(BoundExprPtr node) const;
+  void SplitGroups(BoundSelect& bound, Grouping& grouping);
   // (BindWindows.cpp)
   BoundExprPtr BindWindow(const Expr& expr);
   BoundExprPtr BindWindowFunction(const Expr& expr);
@@ -260,6 +283,7 @@ class Binder {
   // queries (BindQueries.cpp)
   BoundQueryPtr BindQuery(const Query& query, bool isInner);
   BoundQueryPtr BindSetOperation(const Query& query);
+  BoundQueryPtr LimitUnion(BoundQueryPtr query);
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
                                           std::vector<BoundOrder>& order);
   BoundExprPtr BindTop(const Expr& expr);
@@ -340,6 +364,7 @@ class Binder {
   TablePtr BindTarget(const ObjectName& name, TriggerEvent event, const TableSource* from, Scope& scope,
                       BoundSourcePtr& source, int& target);
   BoundExprPtr BindChangeTop(const ExprPtr& top);
+  void BindChangeLimit(const ExprPtr& top, bool isPercent, BoundChange& bound);
   // What BindTarget gives null for: a derived table, a common table expression or a view without triggers.
   // Makes the table that it selects from the target, and returns it.
   TablePtr BindThroughQuery(TriggerEvent event, const Scope& scope, std::vector<BoundCommon>& commons,
@@ -376,6 +401,7 @@ class Binder {
   int nextSource_ = 0;
   int nextCommon_ = 0;
   int viewDepth_ = 0;
+  int groupings_ = 0;                // how many scopes have grouping sets whose groups are seen
   int maxRecursion_ = kMaxRecursion; // of the statement
   // The query that an UPDATE or DELETE changes the rows of its table through: its columns, each with the
   // column of the table that it is, -1 for none.
@@ -386,6 +412,7 @@ class Binder {
   };
   std::optional<Through> through_;
   std::optional<IntoIdentity> intoIdentity_; // of the SELECT ... INTO that is being bound
+  bool isUnionInto_ = false;                 // a SELECT ... INTO of a UNION is bound
   bool wantsUpdateLock_ = false;
   const std::vector<TablePtr>* tableVariables_ = nullptr;
   Variables variablesAre_ = Variables::Declared;

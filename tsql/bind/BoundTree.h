@@ -212,6 +212,7 @@ struct BoundExpr {
     UserFunction, // of a user, by name
     Aggregate,
     Window,
+    Grouping, // which of the keys that the arguments number are left out, a bit for each
   };
   Kind kind = Kind::Constant;
   Type type;
@@ -308,6 +309,10 @@ struct BoundSelect {
   BoundSourcePtr from;
   BoundExprPtr where;
   std::vector<BoundExprPtr> groupBy;
+  // The rows are grouped once for each set, whose bits say by which of groupBy; the first items are those
+  // of groupBy. Empty for a plain GROUP BY.
+  std::vector<uint32_t> groupingSets;
+  bool selectsGroups = false; // from a query with grouping sets, which with this one was a single one
   BoundExprPtr having;
 };
 
@@ -357,7 +362,7 @@ struct BoundInsert {
   // Conversions of the query's columns when they cannot be made inside it: over source `wrapper`.
   std::vector<BoundExprPtr> conversions;
   int wrapper = -1;
-  BoundExprPtr limit; // of the query's rows, over the wrapper; null for none
+  BoundExprPtr limit; // of the rows, of a query over the wrapper; null for none
   std::unique_ptr<BoundOutput> output;
 };
 
@@ -374,27 +379,25 @@ std::string StagedNewName(size_t column);
 std::string StagedOldName(size_t column);
 std::string StagedOtherName(const TableInfo& table, size_t index);
 
-struct BoundUpdate {
-  std::vector<int> named; // the columns that the statement gives values
+// What an UPDATE and a DELETE have in common.
+struct BoundChange {
   std::vector<BoundCommon> commons;
   TablePtr table;
-  int target = 0; // the source's number
-  std::vector<std::pair<int, BoundExprPtr>> assignments;
-  std::vector<int> variables; // that the values assign, row by row
-  BoundSourcePtr from;        // with the target in it; null without FROM
+  int target = 0;      // the source's number
+  BoundSourcePtr from; // with the target in it; null without FROM
   BoundExprPtr where;
   BoundExprPtr top;
+  bool topPercent = false;
+  BoundExprPtr limit; // of SET ROWCOUNT, beside TOP PERCENT; else TOP has it
   std::unique_ptr<BoundOutput> output;
 };
 
-struct BoundDelete {
-  std::vector<BoundCommon> commons;
-  TablePtr table;
-  int target = 0;
-  BoundSourcePtr from;
-  BoundExprPtr where;
-  BoundExprPtr top;
-  std::unique_ptr<BoundOutput> output;
+struct BoundUpdate : BoundChange {
+  std::vector<int> named; // the columns that the statement gives values
+  std::vector<std::pair<int, BoundExprPtr>> assignments;
+  std::vector<int> variables; // that the values assign, row by row
 };
+
+struct BoundDelete : BoundChange {};
 
 } // namespace tsql

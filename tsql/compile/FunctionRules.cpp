@@ -85,7 +85,7 @@ void CheckStatement(const Statement& statement) {
   switch (statement.kind) {
   case StatementKind::Query: {
     const Query& query = *static_cast<const QueryStatement&>(statement).query;
-    if (query.select && query.select->into) Fail(443, {"SELECT INTO"}, statement.line);
+    if (IntoOf(query) != nullptr) Fail(443, {"SELECT INTO"}, statement.line);
     const bool assigns = query.select && !query.select->items.front().variable.empty();
     if (!assigns) Fail(444, {}, statement.line);
     break;

@@ -368,8 +368,8 @@ void Planner::CompileBody(const Statement& statement) {
   switch (statement.kind) {
   case StatementKind::Query: {
     const auto& query = static_cast<const QueryStatement&>(statement);
-    if (query.query->select && query.query->select->into) {
-      pending_.push_back(*query.query->select->into);
+    if (const ObjectName* into = IntoOf(*query.query)) {
+      pending_.push_back(*into);
     } else {
       QueryPlan(query);
     }

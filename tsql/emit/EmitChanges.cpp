@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "tsql/emit/Emitter.h"
+#include "tsql/functions/FunctionNames.h"
 #include "tsql/sqlite/Quotation.h"
 
 namespace tsql {
@@ -79,7 +80,7 @@ void Emitter::EmitInsertedValues(const BoundInsert& insert) {
     }
     return;
   }
-  Text("VALUES ");
+  Text(insert.limit ? "SELECT * FROM (VALUES " : "VALUES ");
   for (size_t row = 0; row < insert.rows.size(); ++row) {
     Text(row > 0 ? ", (" : "(");
     for (size_t i = 0; i < insert.rows[row].size(); ++i) {
@@ -88,6 +89,9 @@ void Emitter::EmitInsertedValues(const BoundInsert& insert) {
     }
     Text(")");
   }
+  if (!insert.limit) return;
+  Text(") LIMIT ");
+  Emit(*insert.limit);
 }
 
 void Emitter::EmitAssignments(const BoundUpdate& update) {
@@ -100,26 +104,56 @@ void Emitter::EmitAssignments(const BoundUpdate& update) {
   }
 }
 
-void Emitter::EmitTargetRows(int target, const BoundSource* from, const TableInfo& table,
-                             const BoundExpr* where, const BoundExpr* top) {
-  // TOP counts rows of the target, however often the join finds them.
-  Text(from != nullptr && top != nullptr ? "SELECT DISTINCT " : "SELECT ");
-  EmitAlias(target);
-  Text("._rowid_ FROM ");
-  if (from != nullptr) {
-    EmitSource(*from);
+// The sources of the change, and the condition of its rows.
+void Emitter::EmitChangedRows(const BoundChange& change) {
+  Text(" FROM ");
+  if (change.from) {
+    EmitSource(*change.from);
   } else {
-    Text(table.SqlName() + " AS ");
-    EmitAlias(target);
+    Text(change.table->SqlName() + " AS ");
+    EmitAlias(change.target);
   }
-  if (where != nullptr) {
+  if (change.where) {
     Text(" WHERE ");
-    Emit(*where);
+    Emit(*change.where);
   }
-  if (top != nullptr) {
-    Text(" LIMIT ");
-    Emit(*top);
+}
+
+// How many rows TOP allows; a share is one of the rows that the change would have without it.
+void Emitter::EmitChangeLimit(const BoundChange& change) {
+  Text(" LIMIT ");
+  if (!change.topPercent) {
+    Emit(*change.top);
+    return;
   }
+  if (change.limit) {
+    Text("min(");
+    Emit(*change.limit);
+    Text(", ");
+  }
+  Open(names::kPercentOf);
+  Emit(*change.top);
+  Text(", (SELECT count(");
+  if (change.table->isView) {
+    Text("*");
+  } else {
+    Text("DISTINCT ");
+    EmitAlias(change.target);
+    Text("._rowid_");
+  }
+  Text(")");
+  EmitChangedRows(change);
+  Text("))");
+  if (change.limit) Text(")");
+}
+
+void Emitter::EmitTargetRows(const BoundChange& change) {
+  // TOP counts rows of the target, however often the join finds them.
+  Text(change.from && change.top ? "SELECT DISTINCT " : "SELECT ");
+  EmitAlias(change.target);
+  Text("._rowid_");
+  EmitChangedRows(change);
+  if (change.top) EmitChangeLimit(change);
 }
 
 bool Emitter::EmitUpdateDirect(const BoundUpdate& update) {
@@ -140,7 +174,7 @@ bool Emitter::EmitUpdateDirect(const BoundUpdate& update) {
   }
   if (update.top) {
     Text(" WHERE _rowid_ IN (");
-    EmitTargetRows(update.target, nullptr, *update.table, update.where.get(), update.top.get());
+    EmitTargetRows(update);
     Text(")");
     return true;
   }
@@ -167,15 +201,10 @@ void Emitter::EmitUpdateFromTree(const BoundUpdate& update) {
     Emit(*update.assignments[i].second);
     Text(" AS v" + std::to_string(i));
   }
-  Text(" FROM ");
-  EmitSource(*update.from);
-  if (update.where) {
-    Text(" WHERE ");
-    Emit(*update.where);
-  }
+  EmitChangedRows(update);
   if (update.top) {
-    Text(" GROUP BY r LIMIT ");
-    Emit(*update.top);
+    Text(" GROUP BY r");
+    EmitChangeLimit(update);
   }
   Text(") AS q WHERE u._rowid_ = q.r");
 }
@@ -192,8 +221,7 @@ EmittedSql Emitter::EmitDelete(const BoundDelete& statement) {
   Text("DELETE FROM " + statement.table->SqlName());
   if (statement.from || statement.top) {
     Text(" WHERE _rowid_ IN (");
-    EmitTargetRows(statement.target, statement.from.get(), *statement.table, statement.where.get(),
-                   statement.top.get());
+    EmitTargetRows(statement);
     Text(")");
     return Finish();
   }

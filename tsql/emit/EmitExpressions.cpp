@@ -74,6 +74,7 @@ void Emitter::Emit(const BoundExpr& expr) {
   case BoundExpr::Kind::UserFunction: EmitUserCall(names::kCallFunction, expr.name, expr.args); break;
   case BoundExpr::Kind::Aggregate: EmitAggregate(expr); break;
   case BoundExpr::Kind::Window: EmitWindowFunction(expr); break;
+  case BoundExpr::Kind::Grouping: Text("0"); break; // a plain GROUP BY leaves no key out
   }
 }
 

@@ -128,24 +128,11 @@ EmittedSql Emitter::EmitRowsOf(const Change& change, const BoundUpdate* update) 
       Emit(*other);
     }
   }
-  Text(" FROM ");
-  if (change.from) {
-    EmitSource(*change.from);
-  } else {
-    Text(change.table->SqlName() + " AS ");
-    EmitAlias(change.target);
-  }
-  if (change.where) {
-    Text(" WHERE ");
-    Emit(*change.where);
-  }
+  EmitChangedRows(change);
   // A row that a join finds several times is changed once, and TOP counts it once. Those of a view have no
   // number, and are not joined.
   if (!isView) Text(" GROUP BY 1");
-  if (change.top) {
-    Text(" LIMIT ");
-    Emit(*change.top);
-  }
+  if (change.top) EmitChangeLimit(change);
   return Finish();
 }
 

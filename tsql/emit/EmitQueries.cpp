@@ -29,7 +29,7 @@ bool HasAggregate(const BoundExpr& expr) {
 // To SQLite a query without GROUP BY is grouped only if one of its items has an aggregate. To the server one
 // in HAVING or ORDER BY makes it grouped, and so does HAVING by itself.
 bool LacksAggregate(const BoundSelect& select) {
-  return select.grouped && select.groupBy.empty() &&
+  return select.grouped && (select.groupBy.empty() || !select.groupingSets.empty()) &&
          std::none_of(select.items.begin(), select.items.end(),
                       [](const BoundItem& item) { return HasAggregate(*item.expr); });
 }
@@ -188,7 +188,54 @@ void Emitter::EmitPlacedSelect(const BoundSelect& select, const std::vector<Boun
   Text(std::string(" ORDER BY ") + kPlace);
 }
 
+// A UNION of the groupings. SQLite allows a UNION only so many branches, so that many are a UNION of several.
+void Emitter::EmitGroupingSets(const BoundSelect& select) {
+  constexpr size_t kMostBranches = 64;
+  const std::vector<uint32_t>& sets = select.groupingSets;
+  const bool nests = sets.size() > kMostBranches;
+  for (size_t i = 0; i < sets.size(); ++i) {
+    const bool opens = nests && i % kMostBranches == 0;
+    if (opens && i > 0) Text(")");
+    if (i > 0) Text(" UNION ALL ");
+    if (opens) Text("SELECT * FROM (");
+    EmitGroupingSet(select, sets[i]);
+  }
+  if (nests) Text(")");
+}
+
+void Emitter::EmitGroupingSet(const BoundSelect& select, uint32_t set) {
+  const auto has = [set](size_t key) { return (set >> key & 1) != 0; };
+  // Without GROUP BY it needs an aggregate to be one group.
+  const bool completes = set == 0 && LacksAggregate(select);
+  for (size_t i = 0; i < select.items.size(); ++i) {
+    const BoundExpr& expr = *select.items[i].expr;
+    Text(i == 0 ? "SELECT " : ", ");
+    if (completes && i == 0) Text("CASE WHEN count(*) >= 0 THEN ");
+    if (i < select.groupBy.size() && !has(i)) {
+      Text("NULL");
+    } else if (expr.kind == BoundExpr::Kind::Grouping) {
+      int64_t leftOut = 0;
+      for (const BoundExprPtr& key : expr.args)
+        leftOut = leftOut * 2 + (has(static_cast<size_t>(key->constant.integer)) ? 0 : 1);
+      Number(leftOut);
+    } else {
+      EmitCollated(expr);
+    }
+    if (completes && i == 0) Text(" END");
+    Text(" AS " + ResultColumnName(i));
+  }
+  Text(" FROM ");
+  EmitSource(*select.from);
+  bool isFirst = true;
+  for (size_t i = 0; i < select.groupBy.size(); ++i) {
+    if (!has(i)) continue;
+    Text(std::exchange(isFirst, false) ? " GROUP BY " : ", ");
+    EmitCollated(*select.groupBy[i]);
+  }
+}
+
 void Emitter::EmitRows(const BoundSelect& select, const std::string& extra) {
+  if (!select.groupingSets.empty()) return EmitGroupingSets(select);
   Text(select.distinct ? "SELECT DISTINCT " : "SELECT ");
   const bool lacksAggregate = LacksAggregate(select);
   for (size_t i = 0; i < select.items.size(); ++i) {

@@ -134,6 +134,8 @@ class Emitter {
   void EmitPlacedSelect(const BoundSelect& select, const std::vector<BoundOrder>& order,
                         const std::string& extra);
   void EmitRows(const BoundSelect& select, const std::string& extra);
+  void EmitGroupingSets(const BoundSelect& select);
+  void EmitGroupingSet(const BoundSelect& select, uint32_t set);
   void EmitOrder(const std::vector<BoundOrder>& order);
   void EmitOffset(const BoundQuery& query);
   void EmitCommons(const std::vector<BoundCommon>& commons);
@@ -149,8 +151,9 @@ class Emitter {
   std::string EmitExtras(const std::vector<BoundExprPtr>& extras);
   bool EmitUpdateDirect(const BoundUpdate& update);
   void EmitUpdateFromTree(const BoundUpdate& update);
-  void EmitTargetRows(int target, const BoundSource* from, const TableInfo& table, const BoundExpr* where,
-                      const BoundExpr* top);
+  void EmitChangedRows(const BoundChange& change);
+  void EmitChangeLimit(const BoundChange& change);
+  void EmitTargetRows(const BoundChange& change);
   void EmitAssignments(const BoundUpdate& update);
   void EmitInsertion(const BoundInsert& insert);
   void EmitInsertedValues(const BoundInsert& insert);

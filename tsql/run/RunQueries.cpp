@@ -6,7 +6,7 @@
 namespace tsql {
 
 Interpreter::Flow Interpreter::RunQuery(const QueryStatement& statement) {
-  if (statement.query->select && statement.query->select->into) {
+  if (IntoOf(*statement.query) != nullptr) {
     RunSelectInto(statement);
   } else {
     Plan& plan = MakePlanner().QueryPlan(statement);
@@ -66,7 +66,7 @@ void Interpreter::AssignRows(Plan& plan) {
 }
 
 void Interpreter::RunSelectInto(const QueryStatement& statement) {
-  const ObjectName& name = *statement.query->select->into;
+  const ObjectName& name = *IntoOf(*statement.query);
   StatementScope scope(transaction_, PlaceOf(name));
   std::vector<Dependency> dependencies;
   BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit, dependencies);

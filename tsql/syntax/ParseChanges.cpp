@@ -50,7 +50,9 @@ OutputPtr Parser::ParseOutput() {
 StatementPtr Parser::ParseInsert() {
   auto statement = MakeStatement<InsertStatement>(at_);
   ExpectWord("insert");
-  if (IsWord("top")) RefuseHere("INSERT TOP");
+  bool isPercent = false;
+  statement->top = ParseChangeTop(isPercent);
+  if (isPercent) Refuse("INSERT TOP PERCENT", statement->line);
   TakeWord("into");
   statement->table = ParseTarget();
   TableSource hints;
@@ -66,7 +68,10 @@ StatementPtr Parser::ParseInsert() {
     ExpectSymbol(")");
   }
   statement->output = ParseOutput();
-  if (IsWord("exec") || IsWord("execute")) {
+  const bool isExecute = IsWord("exec") || IsWord("execute");
+  if (statement->top && (isExecute || IsWord("default")))
+    RefuseHere("INSERT TOP with EXEC or DEFAULT VALUES");
+  if (isExecute) {
     if (statement->output) Fail(483, {}, Current().line);
     return ParseInsertExecute(std::move(statement));
   }
@@ -175,7 +180,7 @@ Assignment Parser::ParseAssignment() {
 StatementPtr Parser::ParseUpdate() {
   auto statement = MakeStatement<UpdateStatement>(at_);
   ExpectWord("update");
-  statement->top = ParseChangeTop();
+  statement->top = ParseChangeTop(statement->topPercent);
   statement->target = ParseTarget();
   TableSource hints;
   ParseTableHints(hints);
@@ -206,7 +211,7 @@ ExprPtr Parser::ParseChangeCondition(CursorName& currentOf, int& maxRecursion) {
 StatementPtr Parser::ParseDelete() {
   auto statement = MakeStatement<DeleteStatement>(at_);
   ExpectWord("delete");
-  statement->top = ParseChangeTop();
+  statement->top = ParseChangeTop(statement->topPercent);
   TakeWord("from");
   statement->target = ParseTarget();
   TableSource hints;

@@ -43,17 +43,22 @@ bool IsBuiltInTableFunction(std::string_view word) {
 }
 
 // In a UNION only the first SELECT may have an INTO.
-void CheckInto(const Query& query, bool isFirst, int line) {
+void CheckInto(const Query& query, bool isFirst) {
   if (query.op != SetOp::None) {
-    CheckInto(*query.left, isFirst, line);
-    CheckInto(*query.right, false, line);
-  } else if (query.select->into) {
-    if (!isFirst) Fail(196, {}, query.select->line);
-    Refuse("SELECT INTO of a UNION, EXCEPT or INTERSECT", line);
+    CheckInto(*query.left, isFirst);
+    CheckInto(*query.right, false);
+  } else if (query.select->into && !isFirst) {
+    Fail(196, {}, query.select->line);
   }
 }
 
 } // namespace
+
+const ObjectName* IntoOf(const Query& query) {
+  const Query* first = &query;
+  while (first->op != SetOp::None) first = first->left.get();
+  return first->select->into ? &*first->select->into : nullptr;
+}
 
 size_t Parser::AfterParenthesis(size_t ahead) const {
   int depth = 0;
@@ -89,10 +94,9 @@ QueryPtr Parser::ParseQuery() {
   const bool isStatement = std::exchange(startsQueryStatement_, false);
   const bool outer = std::exchange(isQueryStatement_, isStatement);
   if (IsWord("with")) commonTables = ParseCommonTables();
-  const int line = Current().line;
   QueryPtr query = ParseSetOperations();
   isQueryStatement_ = outer;
-  if (query->op != SetOp::None) CheckInto(*query, true, line);
+  if (query->op != SetOp::None) CheckInto(*query, true);
   query->commonTables = std::move(commonTables);
   if (IsWord("order")) {
     query->orderBy = ParseOrderBy();
@@ -259,20 +263,7 @@ std::unique_ptr<Select> Parser::ParseSelect() {
   }
   if (TakeWord("from")) select->from = ParseFrom();
   if (TakeWord("where")) select->where = ParseCondition();
-  if (TakeWord("group")) {
-    ExpectWord("by");
-    if (IsWord("all")) RefuseHere("GROUP BY ALL");
-    do {
-      const bool isSet = AreWordsAt(0, "GROUPING SETS") || (IsSymbol("(") && IsSymbolAt(1, ")")) ||
-                         ((IsWord("rollup") || IsWord("cube")) && IsSymbolAt(1, "("));
-      if (isSet) RefuseHere("GROUP BY with GROUPING SETS, ROLLUP, CUBE or ()");
-      const size_t first = at_;
-      select->groupBy.push_back(ParseExpression());
-      RefuseSubqueries(first, 144);
-    } while (TakeSymbol(","));
-    if (AreWordsAt(0, "WITH ROLLUP") || AreWordsAt(0, "WITH CUBE"))
-      RefuseHere("GROUP BY WITH ROLLUP or CUBE");
-  }
+  if (IsWord("group")) ParseGroupBy(*select);
   if (TakeWord("having")) select->having = ParseCondition();
   return select;
 }
@@ -299,10 +290,10 @@ void Parser::ParseTop(Select& select) {
   select.topTies = true;
 }
 
-ExprPtr Parser::ParseChangeTop() {
+ExprPtr Parser::ParseChangeTop(bool& isPercent) {
   if (!IsWord("top")) return nullptr;
   ExprPtr count = ParseTopCount();
-  if (IsWord("percent")) RefuseHere("TOP PERCENT of a changing statement");
+  isPercent = TakeWord("percent");
   return count;
 }
 

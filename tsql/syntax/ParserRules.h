@@ -109,8 +109,17 @@ class Parser {
   QueryPtr ParseIntersections();
   QueryPtr ParseQueryTerm();
   std::unique_ptr<Select> ParseSelect();
+  // GROUP BY (ParseGrouping.cpp)
+  using GroupingSets = std::vector<std::vector<size_t>>;
+  void ParseGroupBy(Select& select);
+  GroupingSets ParseGroupingItem(Select& select);
+  GroupingSets ParseGroupingSets(Select& select);
+  GroupingSets ParseGroupingSet(Select& select);
+  std::vector<size_t> ParseGroupingElement(Select& select);
+  size_t ParseGroupingExpression(Select& select);
+  bool StartsGroupingConstruct() const;
   ExprPtr ParseTopCount();
-  ExprPtr ParseChangeTop();
+  ExprPtr ParseChangeTop(bool& isPercent);
   void ParseTop(Select& select);
   void ParseOffset(Query& query);
   SelectItem ParseSelectItem();

@@ -160,6 +160,8 @@ struct Select {
   TableSourcePtr from;
   ExprPtr where;
   std::vector<ExprPtr> groupBy;
+  // ROLLUP, CUBE and GROUPING SETS, multiplied out: each set has the places of its expressions in groupBy.
+  std::vector<std::vector<size_t>> groupingSets; // empty for a plain GROUP BY
   ExprPtr having;
 };
 
@@ -187,5 +189,8 @@ struct Query {
   int maxRecursion = kMaxRecursion;
 };
 using QueryPtr = std::unique_ptr<Query>;
+
+// The table that SELECT ... INTO makes, which the first SELECT of a UNION names; null for none.
+const ObjectName* IntoOf(const Query& query);
 
 } // namespace tsql

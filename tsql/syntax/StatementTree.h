@@ -78,6 +78,7 @@ using OutputPtr = std::unique_ptr<OutputClause>;
 
 struct InsertStatement : Statement {
   InsertStatement() : Statement(StatementKind::Insert) {}
+  ExprPtr top;
   ObjectName table;
   std::vector<std::string> columns;
   std::vector<std::vector<ExprPtr>> rows;
@@ -104,6 +105,7 @@ struct UpdateStatement : Statement {
   std::vector<CommonTable> commonTables;
   ObjectName target;
   ExprPtr top;
+  bool topPercent = false;
   std::vector<Assignment> assignments;
   TableSourcePtr from;
   ExprPtr where;
@@ -117,6 +119,7 @@ struct DeleteStatement : Statement {
   std::vector<CommonTable> commonTables;
   ObjectName target;
   ExprPtr top;
+  bool topPercent = false;
   TableSourcePtr from;
   ExprPtr where;
   int maxRecursion = kMaxRecursion;

@@ -476,6 +476,8 @@ constexpr ErrorText kErrors[] = {
     {8156, 16, 1, "The column '%1' was specified multiple times for '%2'."},
     {8158, 16, 1, "'%1' has more columns than were specified in the column list."},
     {8159, 16, 1, "'%1' has fewer columns than were specified in the column list."},
+    {8161, 16, 1,
+     "Argument %1 of the %2 function does not match any of the expressions in the GROUP BY clause."},
     {8164, 16, 1, "An INSERT EXEC statement cannot be nested."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
     {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
@@ -495,10 +497,17 @@ constexpr ErrorText kErrors[] = {
      "characters."},
     {9829, 16, 1,
      "STRING_AGG aggregation result exceeded the limit of 8000 bytes. Use LOB types to avoid result truncation."},
+    {10702, 15, 1,
+     "The WITH CUBE and WITH ROLLUP options are not permitted with a ROLLUP, CUBE, or GROUPING SETS "
+     "specification."},
+    {10703, 15, 1, "Too many grouping sets. The maximum number is %1."},
     {10704, 15, 1,
      "To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW statement "
      "inside a CATCH block, or add error parameters to the THROW statement."},
     {10705, 16, 1, "Subqueries are not allowed in the OUTPUT clause."},
+    {10706, 15, 1,
+     "Too many expressions are specified in the GROUP BY clause. The maximum number is %1 when grouping sets "
+     "are supplied."},
     {10709, 16, 1, "The number of columns for each row in a table value constructor must be the same."},
     {10734, 15, 1,
      "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "

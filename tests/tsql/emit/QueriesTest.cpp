@@ -326,5 +326,39 @@ TEST_F(QueryTest, UnsupportedIsRefusedByName) {
   EXPECT_EQ(ErrorText("SELECT foo(1)"), "195 1 'foo' is not a recognized built-in function name.");
 }
 
+TEST_F(QueryTest, IntoOfAUnion) {
+  Must("CREATE TABLE one (id INT IDENTITY(1,1) NOT NULL, name VARCHAR(5) NOT NULL) "
+       "INSERT INTO one VALUES ('a'), ('b')");
+  EXPECT_EQ(
+      Run("SELECT id, name INTO u FROM one UNION ALL SELECT 9, N'longer' UNION ALL SELECT NULL, 'c'").counts,
+      (std::vector<int64_t>{4}));
+  EXPECT_EQ(Rows("SELECT id, name FROM u ORDER BY name"), Lines({"1|a", "2|b", "NULL|c", "9|longer"}));
+  // The table has the columns of the UNION, and no identity column.
+  EXPECT_EQ(
+      Rows(
+          "SELECT COLUMN_NAME, DATA_TYPE, CHARACTER_MAXIMUM_LENGTH, IS_NULLABLE FROM INFORMATION_SCHEMA.COLUMNS "
+          "WHERE TABLE_NAME = 'u' ORDER BY ORDINAL_POSITION"),
+      Lines({"id|int|NULL|YES", "name|nvarchar|6|NO"}));
+  EXPECT_EQ(ErrorOf("INSERT INTO u (name) VALUES ('x')"), 0);
+  Must(
+      "SELECT a.name INTO #e FROM one a EXCEPT SELECT 'a' INTERSECT SELECT name FROM one ORDER BY name DESC");
+  EXPECT_EQ(Rows("SELECT name FROM #e"), Lines({"b"}));
+  Must("WITH x AS (SELECT id FROM one) SELECT id INTO #w FROM x UNION SELECT id + 1 FROM x");
+  EXPECT_EQ(Rows("SELECT id FROM #w ORDER BY id"), Lines({"1", "2", "3"}));
+  // The batch finds the table that it has made.
+  EXPECT_EQ(Rows("SELECT 1 AS n INTO #b UNION SELECT 2 SELECT SUM(n) FROM #b"), Lines({"3"}));
+  EXPECT_EQ(ErrorOf("SELECT id INTO u FROM one UNION SELECT 1"), 2714);
+  EXPECT_EQ(ErrorOf("SELECT id FROM one UNION SELECT 1 AS a INTO w"), 196);
+  EXPECT_EQ(ErrorOf("SELECT id + 1 INTO w FROM one UNION SELECT 1"), 1038);
+  EXPECT_EQ(ErrorOf("SELECT id INTO w FROM one UNION SELECT 1, 2"), 205);
+  EXPECT_EQ(Scalar("OBJECT_ID('w')"), "NULL");
+}
+
+TEST_F(QueryTest, IntoOfAUnionAndRowCount) {
+  EXPECT_EQ(Run("SET ROWCOUNT 2 SELECT 1 AS n INTO r UNION ALL SELECT 2 UNION ALL SELECT 3").counts,
+            (std::vector<int64_t>{2}));
+  EXPECT_EQ(Rows("SET ROWCOUNT 0 SELECT COUNT(*) FROM r"), Lines({"2"}));
+}
+
 } // namespace
 } // namespace tsql::test

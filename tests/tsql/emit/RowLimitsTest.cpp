@@ -84,5 +84,73 @@ TEST_F(RowLimitsTest, Ties) {
   EXPECT_EQ(Rows("SELECT a, d FROM m ORDER BY a"), Lines({"1|8", "2|8"}));
 }
 
+TEST_F(RowLimitsTest, ShareOfAChange) {
+  // A share of 5 rows is rounded up.
+  EXPECT_EQ(Run("UPDATE TOP (50) PERCENT n SET c = 'new'").counts, (std::vector<int64_t>{3}));
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM n WHERE c = 'new'"), Lines({"3"}));
+  // The share is one of the rows that the condition allows.
+  EXPECT_EQ(Run("UPDATE TOP (50) PERCENT n SET c = 'b' WHERE b = 20").counts, (std::vector<int64_t>{1}));
+  EXPECT_EQ(Run("DELETE TOP (0) PERCENT FROM n").counts, (std::vector<int64_t>{0}));
+  EXPECT_EQ(Run("DECLARE @p FLOAT SET @p = 20 DELETE TOP (@p) PERCENT n").counts, (std::vector<int64_t>{1}));
+  EXPECT_EQ(Run("DELETE TOP (100) PERCENT FROM n").counts, (std::vector<int64_t>{4}));
+  EXPECT_EQ(ErrorOf("DELETE TOP (101) PERCENT FROM n"), 1031);
+  EXPECT_EQ(ErrorOf("UPDATE TOP (-1) PERCENT n SET b = 1"), 1031);
+  EXPECT_EQ(ErrorOf("DELETE TOP (NULL) PERCENT FROM n"), 1060);
+}
+
+TEST_F(RowLimitsTest, ShareOfAChangeOfJoinedRows) {
+  // A row that the join finds several times is one.
+  Must("CREATE TABLE twice (a INT) INSERT INTO twice VALUES (1), (1), (2), (2), (3), (3), (4), (4)");
+  EXPECT_EQ(Run("UPDATE TOP (50) PERCENT x SET c = 'new' FROM n x JOIN twice t ON t.a = x.a").counts,
+            (std::vector<int64_t>{2}));
+  EXPECT_EQ(Run("UPDATE TOP (25) PERCENT x SET c = t.a FROM n x LEFT JOIN twice t ON t.a = x.a WHERE x.a < 5")
+                .counts,
+            (std::vector<int64_t>{1}));
+  EXPECT_EQ(
+      Run("DELETE TOP (50) PERCENT x OUTPUT deleted.a FROM n x JOIN twice t ON t.a = x.a").results[0].size(),
+      2U);
+  EXPECT_EQ(Rows("SELECT COUNT(*) FROM n"), Lines({"3"}));
+  EXPECT_EQ(Run("WITH d AS (SELECT a FROM n) DELETE TOP (50) PERCENT FROM d").counts,
+            (std::vector<int64_t>{2}));
+}
+
+TEST_F(RowLimitsTest, ShareOfAChangeAndRowCount) {
+  EXPECT_EQ(Run("SET ROWCOUNT 1 DELETE TOP (60) PERCENT FROM n").counts, (std::vector<int64_t>{1}));
+  EXPECT_EQ(Run("SET ROWCOUNT 3 DELETE TOP (50) PERCENT FROM n").counts, (std::vector<int64_t>{2}));
+}
+
+TEST_F(RowLimitsTest, ShareOfAChangeWithTriggers) {
+  Must("CREATE TABLE seen (count INT)");
+  Must("EXEC ('CREATE TRIGGER changed ON n AFTER DELETE AS INSERT INTO seen SELECT COUNT(*) FROM deleted')");
+  Must("DELETE TOP (40) PERCENT FROM n");
+  EXPECT_EQ(Rows("SELECT count FROM seen"), Lines({"2"}));
+  Must("EXEC ('CREATE VIEW v AS SELECT a FROM n')");
+  Must(
+      "EXEC ('CREATE TRIGGER instead ON v INSTEAD OF DELETE AS INSERT INTO seen SELECT COUNT(*) FROM deleted')");
+  Must("DELETE seen DELETE TOP (34) PERCENT FROM v");
+  EXPECT_EQ(Rows("SELECT count FROM seen"), Lines({"2"}));
+}
+
+TEST_F(RowLimitsTest, RowsOfAnInsert) {
+  Must("CREATE TABLE m (id INT IDENTITY(1,1), a INT NOT NULL, b VARCHAR(5) DEFAULT 'd')");
+  EXPECT_EQ(Run("INSERT TOP (2) INTO m (a) SELECT a FROM n").counts, (std::vector<int64_t>{2}));
+  EXPECT_EQ(Run("INSERT TOP (2) m (a) VALUES (7), (8), (9)").counts, (std::vector<int64_t>{2}));
+  EXPECT_EQ(Rows("SELECT id, b FROM m ORDER BY id"), Lines({"1|d", "2|d", "3|d", "4|d"}));
+  EXPECT_EQ(
+      Rows(
+          "DECLARE @n INT SET @n = 1 INSERT TOP (@n) INTO m (a) OUTPUT inserted.id SELECT a FROM n UNION SELECT 9"),
+      Lines({"5"}));
+  EXPECT_EQ(Run("INSERT TOP (9) INTO m (a) SELECT a FROM n").counts, (std::vector<int64_t>{5}));
+  EXPECT_EQ(Run("INSERT TOP (0) INTO m (a) SELECT NULL").counts, (std::vector<int64_t>{0}));
+  EXPECT_EQ(Run("SET ROWCOUNT 1 INSERT TOP (3) INTO m (a) SELECT a FROM n").counts,
+            (std::vector<int64_t>{1}));
+  EXPECT_EQ(
+      Run("SET ROWCOUNT 0; WITH x AS (SELECT a FROM n) INSERT TOP (4) INTO m (a) SELECT a FROM x").counts,
+      (std::vector<int64_t>{4}));
+  EXPECT_EQ(ErrorOf("INSERT TOP (-1) INTO m (a) SELECT 1"), 127);
+  EXPECT_EQ(ErrorOf("INSERT TOP (NULL) INTO m (a) SELECT 1"), 1060);
+  EXPECT_EQ(ErrorOf("INSERT TOP (1) INTO m (a) SELECT 1, 2"), 121);
+}
+
 } // namespace
 } // namespace tsql::test
