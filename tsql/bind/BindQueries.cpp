@@ -48,15 +48,17 @@ bool IsUpdateLockWanted(const TableSource& source) {
 
 BoundQueryPtr Binder::BindStatementQuery(const Query& query) {
   maxRecursion_ = query.maxRecursion;
-  isUnionInto_ = query.op != SetOp::None && IntoOf(query) != nullptr;
+  const bool isInto = IntoOf(query) != nullptr;
+  isUnionInto_ = isInto && query.op != SetOp::None;
   BoundQueryPtr bound = SortBeforeAssigning(BindQuery(query, false));
-  return isUnionInto_ && isLimited_ ? LimitUnion(std::move(bound)) : std::move(bound);
+  return isInto && isLimited_ ? LimitRows(std::move(bound)) : std::move(bound);
 }
 
-// The rows of a UNION up to the limit of SET ROWCOUNT.
-BoundQueryPtr Binder::LimitUnion(BoundQueryPtr query) {
+// The rows of a query up to the limit of SET ROWCOUNT.
+BoundQueryPtr Binder::LimitRows(BoundQueryPtr query) {
   auto outer = std::make_unique<BoundQuery>();
   outer->columns = query->columns;
+  outer->identity = std::exchange(query->identity, std::nullopt);
   outer->select = std::make_unique<BoundSelect>();
   outer->select->top = MakeGlobal(GlobalValue::RowLimit, MakeType(TypeId::BigInt));
   auto source = std::make_unique<BoundSource>();
@@ -178,8 +180,6 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->distinct = select.distinct;
   if (select.topPercent) {
     bound->top = BindTopPercent(*select.top);
-  } else if (select.into && !isUnionInto_) {
-    bound->top = BindChangeTop(select.top);
   } else if (select.top) {
     bound->top = BindTop(*select.top);
   }

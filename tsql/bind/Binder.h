@@ -283,7 +283,7 @@ class Binder {
   // queries (BindQueries.cpp)
   BoundQueryPtr BindQuery(const Query& query, bool isInner);
   BoundQueryPtr BindSetOperation(const Query& query);
-  BoundQueryPtr LimitUnion(BoundQueryPtr query);
+  BoundQueryPtr LimitRows(BoundQueryPtr query);
   std::unique_ptr<BoundSelect> BindSelect(const Select& select, const std::vector<OrderItem>& orderBy,
                                           std::vector<BoundOrder>& order);
   BoundExprPtr BindTop(const Expr& expr);

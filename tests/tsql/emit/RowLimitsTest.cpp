@@ -152,5 +152,15 @@ TEST_F(RowLimitsTest, RowsOfAnInsert) {
   EXPECT_EQ(ErrorOf("INSERT TOP (1) INTO m (a) SELECT 1, 2"), 121);
 }
 
+TEST_F(RowLimitsTest, TheRowLimitHoldsForWhateverIsSelectedInto) {
+  Must("CREATE TABLE source (id INT IDENTITY, a INT) INSERT source VALUES (1), (2), (3), (4)");
+  Must("SET ROWCOUNT 1 SELECT a INTO o FROM source ORDER BY a OFFSET 1 ROWS"
+       " SELECT TOP 50 PERCENT a, IDENTITY(INT, 5, 5) AS i INTO p FROM source ORDER BY a DESC"
+       " SELECT id, a INTO q FROM source SET ROWCOUNT 0 INSERT q VALUES (9)");
+  EXPECT_EQ(Rows("SELECT a FROM o"), Lines({"2"}));
+  EXPECT_EQ(Rows("SELECT a, i FROM p"), Lines({"4|5"}));
+  EXPECT_EQ(Rows("SELECT id, a FROM q ORDER BY id"), Lines({"1|1", "2|9"})) << "it has the identity too";
+}
+
 } // namespace
 } // namespace tsql::test
