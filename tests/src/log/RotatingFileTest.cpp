@@ -4,7 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <semaphore>
+#include <future>
 #include <set>
 #include <string>
 #include <thread>
@@ -99,17 +99,17 @@ template <class Work>
 void WhileAnotherHoldsTheMutex(const std::wstring& path, const Work& work) {
   auto* const mutex = CreateMutexW(nullptr, FALSE, RotatingFile::MutexName(path).c_str());
   ASSERT_NE(mutex, nullptr);
-  std::binary_semaphore held{0};
-  std::binary_semaphore over{0};
+  std::promise<void> held;
+  std::promise<void> over;
   std::thread other([&] {
     EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
-    held.release();
-    over.acquire();
+    held.set_value();
+    over.get_future().wait();
     ReleaseMutex(mutex);
   });
-  held.acquire();
+  held.get_future().wait();
   work();
-  over.release();
+  over.set_value();
   other.join();
   CloseHandle(mutex);
 }
