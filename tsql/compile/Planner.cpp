@@ -89,7 +89,7 @@ Binder Planner::MakeBinder() const {
   return binder;
 }
 
-Plan& Planner::QueryPlan(const QueryStatement& statement) {
+Plan& Planner::MakeQueryPlan(const QueryStatement& statement) {
   Plan& plan = PlanAt(statement.number);
   if (IsCurrent(plan)) return plan;
   plan = Plan();

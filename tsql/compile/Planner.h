@@ -24,7 +24,10 @@ class Planner {
   // Whether what was bound of the unit is what would be bound now.
   bool IsCurrent() const;
 
-  Plan& QueryPlan(const QueryStatement& statement);
+  Plan& QueryPlan(const QueryStatement& statement) {
+    Plan* const present = PresentPlan(statement.number);
+    return present != nullptr ? *present : MakeQueryPlan(statement);
+  }
   Plan& ChangePlan(const Statement& statement);
   // Of a changing statement with OUTPUT or triggers, or of an update.
   StagedPlan PlanStaged(const Statement& statement);
@@ -74,6 +77,7 @@ class Planner {
     Plan* const plan = unit_.plans[number].get();
     return plan != nullptr && plan->version == context_.catalog.Version() ? plan : nullptr;
   }
+  Plan& MakeQueryPlan(const QueryStatement& statement);
   Plan& MakeConditionPlan(const Expr& condition);
   Plan& MakeValuePlan(const Expr& value, const Type* type);
   Plan& MakeAssignmentPlan(const SetVariableStatement& statement);

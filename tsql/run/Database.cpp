@@ -82,7 +82,9 @@ Registry& Databases() {
   return registry;
 }
 
-constexpr int kLockTimeout = 5000; // milliseconds
+constexpr int kLockTimeout = 5000;   // milliseconds
+constexpr int kLookasideSize = 1200; // bytes, as SQLite's own
+constexpr int kLookasideCount = 100;
 
 } // namespace
 
@@ -117,6 +119,9 @@ void DatabaseImpl::FailOpening(const SqliteFailure& failure) const {
 
 Connection DatabaseImpl::Attach(const std::string& name, int flags) const {
   Connection connection(name, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | flags);
+  // The functions that a session registers take the small pieces of memory that SQLite sets aside for running
+  // statements, for as long as the connection is open. There are more than it would have of its own accord.
+  sqlite3_db_config(connection.Handle(), SQLITE_DBCONFIG_LOOKASIDE, nullptr, kLookasideSize, kLookasideCount);
   // Opening waits for others like any statement.
   sqlite3_busy_timeout(connection.Handle(), kLockTimeout);
   connection.Run("ATTACH 'file:/tsql-shared-temporary?vfs=memdb' AS global");

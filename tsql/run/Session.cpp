@@ -164,8 +164,6 @@ void SessionImpl::PublishSchema() {
 
 void SessionImpl::ReadArguments(std::span<const Parameter> parameters, const CompiledUnit& unit,
                                 RunningUnit& running) {
-  running.variables.reserve(unit.variables.size());
-  running.markers.reserve(unit.markers.size());
   for (const Parameter& parameter : parameters) {
     const bool isMarker = parameter.name.empty();
     std::vector<Datum>& values = isMarker ? running.markers : running.variables;

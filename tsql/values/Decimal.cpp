@@ -110,13 +110,6 @@ bool RescaleSmall(const Decimal& value, uint8_t scale, Rounding rounding, Decima
 
 } // namespace
 
-Decimal DecimalFromInteger(int64_t value) {
-  Decimal result;
-  result.negative = value < 0;
-  result.low = value < 0 ? ~static_cast<uint64_t>(value) + 1 : static_cast<uint64_t>(value);
-  return result;
-}
-
 std::optional<int64_t> DecimalToInteger(const Decimal& value) {
   const std::optional<Decimal> whole = Rescale(value, 0, Rounding::Truncate);
   constexpr uint64_t kLimit = uint64_t{1} << 63U;

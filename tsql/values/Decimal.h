@@ -12,7 +12,12 @@ constexpr int kMaxPrecision = 38;
 
 enum class Rounding : uint8_t { HalfAwayFromZero, Truncate };
 
-Decimal DecimalFromInteger(int64_t value);
+inline Decimal DecimalFromInteger(int64_t value) {
+  Decimal result;
+  result.negative = value < 0;
+  result.low = value < 0 ? ~static_cast<uint64_t>(value) + 1 : static_cast<uint64_t>(value);
+  return result;
+}
 std::optional<int64_t> DecimalToInteger(const Decimal& value); // without the fraction
 double DecimalToDouble(const Decimal& value);
 std::optional<Decimal> DecimalFromDouble(double value, uint8_t scale);

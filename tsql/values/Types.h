@@ -6,8 +6,7 @@
 //   decimal(> 18)             BLOB of 16 bytes whose byte order is the numeric order (Decimal.h)
 //   float, real               REAL
 //   character types, guid     TEXT in UTF-8; character columns carry the collation, char, varchar and text
-//   have
-//                             only characters of the code page (CodePage.h)
+//                             have only characters of the code page (CodePage.h)
 //   datetime types, date      INTEGER, 1/300 s ticks since 1900-01-01 (DateTime.h)
 //   time, datetime2           INTEGER, 100 ns since midnight and since 1900-01-01
 //   binary types              BLOB
