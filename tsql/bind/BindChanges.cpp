@@ -202,6 +202,10 @@ void Binder::BindInsertRows(const InsertStatement& statement, BoundInsert& bound
 void Binder::BindInsertQuery(const InsertStatement& statement, BoundInsert& bound) {
   maxRecursion_ = statement.query->maxRecursion;
   bound.query = BindQuery(*statement.query, false);
+  if (statement.role.merge != nullptr) {
+    BoundSelect& select = *bound.query->select;
+    select.where = BindAction(select.from->id, statement.role.action);
+  }
   const size_t given = bound.query->columns.size();
   if (given != bound.columns.size()) {
     if (statement.columns.empty()) Fail(213, {});
@@ -373,6 +377,8 @@ BoundUpdate Binder::BindUpdate(const UpdateStatement& statement) {
   BindAssignments(statement, bound);
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
+  if (statement.role.merge != nullptr)
+    bound.where = BindMergedRow(bound.target, *bound.from, statement.role.action);
   BindChangeLimit(statement.top, statement.topPercent, bound);
   scope_ = nullptr;
   if (statement.output && std::ranges::any_of(bound.table->columns, &ColumnInfo::IsComputed))
@@ -454,13 +460,22 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
     for (const auto& other : bound.assignments)
       if (other.first == column) Fail(264, {info.name});
     BoundExprPtr value = assignment.value->kind == ExprKind::Default ? BindDefault(*bound.table, column)
-                                                                     : Bind(*assignment.value);
+                                                                     : BindAssigned(assignment, bound);
     value = AssignColumn(std::move(value), *bound.table, column);
     if (!assignment.variable.empty()) value = AssignVariable(assignment.variable, std::move(value), bound);
     bound.assignments.emplace_back(column, std::move(value));
     bound.named.push_back(column);
   }
   if (!variables.empty()) JoinAssignments(std::move(variables), bound);
+}
+
+BoundExprPtr Binder::BindAssigned(const Assignment& assignment, const BoundUpdate& bound) {
+  if (!assignment.isCompound) return Bind(*assignment.value);
+  ownColumn_ = assignment.value->args.front().get();
+  ownSource_ = through_ ? through_->source : bound.target;
+  BoundExprPtr value = Bind(*assignment.value);
+  ownColumn_ = nullptr;
+  return value;
 }
 
 BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
@@ -476,6 +491,8 @@ BoundDelete Binder::BindDelete(const DeleteStatement& statement) {
   scope_ = &scope;
   if (statement.where) bound.where = Bind(*statement.where);
   if (!statement.currentOf.name.empty()) bound.where = BindCurrentOf(bound.target);
+  if (statement.role.merge != nullptr)
+    bound.where = BindMergedRow(bound.target, *bound.from, statement.role.action);
   BindChangeLimit(statement.top, statement.topPercent, bound);
   scope_ = nullptr;
   bound.output = BindOutput(statement.output.get(), statement.kind, bound.table, bound.target, scope);

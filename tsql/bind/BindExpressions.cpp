@@ -286,6 +286,13 @@ BoundExprPtr Binder::BindLiteral(const Expr& expr) const {
 }
 
 BoundExprPtr Binder::BindColumn(const Expr& expr) {
+  if (&expr == ownColumn_) {
+    for (const ScopeSource& source : scope_->sources) {
+      if (source.id != ownSource_) continue;
+      for (const ScopeColumn& column : source.columns)
+        if (EqualNames(column.name, expr.parts.back())) return MakeColumn(source, column);
+    }
+  }
   const Resolved found = Resolve(expr.parts);
   return MakeColumn(*found.source, *found.column);
 }

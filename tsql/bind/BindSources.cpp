@@ -98,6 +98,7 @@ BoundSourcePtr Binder::BindSource(const TableSource& source, Scope& scope) {
   case TableSource::Kind::Derived: return BindDerived(source, scope, scope.outer);
   case TableSource::Kind::Values: return BindValues(source, scope, scope.outer);
   case TableSource::Kind::Function: return BindFunctionSource(source, scope, scope.outer);
+  case TableSource::Kind::Merged: return BindMerged(source, scope);
   case TableSource::Kind::Named: break;
   }
   return BindNamed(source, scope);

@@ -48,6 +48,8 @@ class Binder {
   BoundInsert BindInsert(const InsertStatement& statement, bool identityInsert);
   BoundUpdate BindUpdate(const UpdateStatement& statement);
   BoundDelete BindDelete(const DeleteStatement& statement);
+  // The rows that a MERGE joins, for its actions (SetMerged). Its target becomes `target`.
+  BoundQueryPtr BindMerge(const MergeStatement& statement, TablePtr& target);
   // The query of a cursor. Behind its columns it has the number in SQLite of the row of each of `tables`,
   // which can be changed through the cursor.
   BoundQueryPtr BindCursorQuery(const Query& query, std::vector<TablePtr>& tables);
@@ -76,6 +78,8 @@ class Binder {
   // What is bound belongs to a trigger of the table or view, whose changed rows it sees as inserted and
   // deleted.
   void SetTrigger(const CreateTriggerStatement& trigger) { trigger_ = &trigger; }
+  // What is bound is an action of a MERGE; these are the columns of the rows that it joins.
+  void SetMerged(const std::vector<Column>& columns) { merged_ = &columns; }
   // The query of an inline function.
   BoundQueryPtr BindFunctionQuery(const CreateFunctionStatement& function);
   // Changes are limited to the rows of SET ROWCOUNT.
@@ -381,8 +385,14 @@ class Binder {
   static BoundExprPtr RowNumberOf(int source);
   static BoundExprPtr BindCurrentOf(int target);
   void BindAssignments(const UpdateStatement& statement, BoundUpdate& bound);
+  // The value that is assigned; column += value reads the target's column, whoever else has one of the name.
+  BoundExprPtr BindAssigned(const Assignment& assignment, const BoundUpdate& bound);
   BoundExprPtr AssignVariable(const std::string& name, BoundExprPtr value, BoundUpdate& bound) const;
   void JoinAssignments(std::vector<BoundExprPtr> variables, BoundUpdate& bound);
+  // (BindMerge.cpp)
+  BoundSourcePtr BindMerged(const TableSource& source, Scope& scope);
+  static BoundExprPtr BindAction(int rows, int action);
+  static BoundExprPtr BindMergedRow(int target, const BoundSource& from, int action);
   // (BindOutput.cpp)
   // `from` are the sources of the change, with the target in it.
   std::unique_ptr<BoundOutput> BindOutput(const OutputClause* clause, StatementKind kind,
@@ -411,6 +421,8 @@ class Binder {
     std::vector<std::pair<std::string, int>> columns;
   };
   std::optional<Through> through_;
+  const Expr* ownColumn_ = nullptr;          // of a compound assignment: the column itself
+  int ownSource_ = -1;                       // and whose it is
   std::optional<IntoIdentity> intoIdentity_; // of the SELECT ... INTO that is being bound
   bool isUnionInto_ = false;                 // a SELECT ... INTO of a UNION is bound
   bool wantsUpdateLock_ = false;
@@ -421,6 +433,7 @@ class Binder {
   bool inFunction_ = false;
   bool inCheck_ = false;
   const CreateTriggerStatement* trigger_ = nullptr;
+  const std::vector<Column>* merged_ = nullptr;   // of the MERGE whose action is bound
   const Inlined* inlined_ = nullptr;              // the inline function whose query is bound
   std::vector<std::unique_ptr<Batch>> functions_; // the trees of those that were met
 };

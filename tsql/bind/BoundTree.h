@@ -265,7 +265,19 @@ bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 std::string ResultColumnName(size_t index);
 
 struct BoundSource {
-  enum class Kind : uint8_t { Table, Query, Function, Split, Common, System, Values, Staged, Fired, Join };
+  enum class Kind : uint8_t {
+    Table,
+    Query,
+    Function,
+    Split,
+    Common,
+    System,
+    Values,
+    Staged,
+    Merged,
+    Fired,
+    Join
+  };
   Kind kind = Kind::Table;
   int id = 0;
   const SystemView* system = nullptr;

@@ -51,6 +51,8 @@ std::string SideEffect(const Statement& statement) {
     const auto& change = static_cast<const DeleteStatement&>(statement);
     return ChangesVariable(change.target, change.from.get()) ? "" : "DELETE";
   }
+  case StatementKind::Merge:
+    return static_cast<const MergeStatement&>(statement).target->name.variable ? "" : "MERGE";
   case StatementKind::InsertExecute: return "INSERT EXEC";
   case StatementKind::Execute:
     return static_cast<const ExecuteStatement&>(statement).text ? "EXECUTE STRING" : "";

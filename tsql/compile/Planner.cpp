@@ -29,6 +29,14 @@ const ObjectName& TargetOf(const Statement& statement) {
   }
 }
 
+const MergeRole& RoleOf(const Statement& statement) {
+  switch (statement.kind) {
+  case StatementKind::Insert: return static_cast<const InsertStatement&>(statement).role;
+  case StatementKind::Update: return static_cast<const UpdateStatement&>(statement).role;
+  default: return static_cast<const DeleteStatement&>(statement).role;
+  }
+}
+
 } // namespace
 
 Plan& Planner::PlanAt(uint32_t number) {
@@ -89,6 +97,16 @@ Binder Planner::MakeBinder() const {
   return binder;
 }
 
+Binder Planner::MakeChangeBinder(const Statement& change) {
+  Binder binder = MakeBinder();
+  if (const MergeStatement* merge = RoleOf(change).merge) {
+    binder.SetMerged(MergePlan(*merge).columns);
+  } else {
+    binder.SetLimited(context_.limitsChanges);
+  }
+  return binder;
+}
+
 Plan& Planner::MakeQueryPlan(const QueryStatement& statement) {
   Plan& plan = PlanAt(statement.number);
   if (IsCurrent(plan)) return plan;
@@ -132,12 +150,11 @@ Plan& Planner::ChangePlan(const Statement& statement) {
   const bool isSame =
       plan.identityInsert == identityInsert && plan.limited == context_.limitsChanges && plan.fires == fires;
   if (isSame && IsCurrent(plan)) return plan;
+  Binder binder = MakeChangeBinder(statement);
   plan = Plan();
   plan.identityInsert = identityInsert;
   plan.limited = context_.limitsChanges;
   plan.fires = fires;
-  Binder binder = MakeBinder();
-  binder.SetLimited(plan.limited);
   switch (statement.kind) {
   case StatementKind::Insert: {
     const BoundInsert insert =
@@ -168,8 +185,7 @@ Plan& Planner::ChangePlan(const Statement& statement) {
 }
 
 StagedPlan Planner::PlanStaged(const Statement& statement) {
-  Binder binder = MakeBinder();
-  binder.SetLimited(context_.limitsChanges);
+  Binder binder = MakeChangeBinder(statement);
   StagedPlan plan;
   const auto take = [&plan](const std::unique_ptr<BoundOutput>& output) {
     if (!output) return;
@@ -201,9 +217,8 @@ StagedPlan Planner::PlanStaged(const Statement& statement) {
   return plan;
 }
 
-Plan Planner::PlanInsertedRows(const InsertStatement& statement) const {
-  Binder binder = MakeBinder();
-  binder.SetLimited(context_.limitsChanges);
+Plan Planner::PlanInsertedRows(const InsertStatement& statement) {
+  Binder binder = MakeChangeBinder(statement);
   return PlanOnce(Emitter().EmitRowsOf(binder.BindInsert(statement, InsertsIdentity(statement.table))));
 }
 
@@ -226,6 +241,19 @@ Plan Planner::InsertedRowPlan(const InsertExecuteStatement& statement, const std
   case InsertForm::Returning: Finish(plan, binder, Emitter().EmitReturningInsert(insert)); break;
   case InsertForm::RowsOnly: Finish(plan, binder, Emitter().EmitRowsOf(insert)); break;
   }
+  return plan;
+}
+
+Plan& Planner::MergePlan(const MergeStatement& statement) {
+  Plan& plan = PlanAt(statement.number);
+  if (IsCurrent(plan)) return plan;
+  plan = Plan();
+  // The actions are bound to the columns.
+  for (const MergeAction& action : statement.actions) PlanAt(action.change->number) = Plan();
+  Binder binder = MakeBinder();
+  const BoundQueryPtr query = binder.BindMerge(statement, plan.target);
+  plan.columns = query->columns;
+  Finish(plan, binder, Emitter().EmitStatement(*query));
   return plan;
 }
 
@@ -381,6 +409,12 @@ void Planner::CompileBody(const Statement& statement) {
   case StatementKind::Insert:
   case StatementKind::Update:
   case StatementKind::Delete: ChangePlan(statement); break;
+  case StatementKind::Merge: {
+    const auto& merge = static_cast<const MergeStatement&>(statement);
+    MergePlan(merge);
+    for (const MergeAction& action : merge.actions) Compile(*action.change);
+    break;
+  }
   case StatementKind::Declare: {
     const auto& declare = static_cast<const DeclareStatement&>(statement);
     Declare(declare);

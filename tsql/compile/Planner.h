@@ -34,10 +34,12 @@ class Planner {
   // A statement that serves once.
   Plan PlanOnce(EmittedSql emitted) const;
   // The rows of an INSERT that triggers are run in place of.
-  Plan PlanInsertedRows(const InsertStatement& statement) const;
+  Plan PlanInsertedRows(const InsertStatement& statement);
   // Inserts one row of values of the types, which are its markers.
   Plan InsertedRowPlan(const InsertExecuteStatement& statement, const std::vector<Type>& types,
                        InsertForm form) const;
+  // Of the rows that it joins.
+  Plan& MergePlan(const MergeStatement& statement);
   Plan& CursorPlan(const DeclareCursorStatement& statement);
   // The variables that a FETCH assigns.
   Plan& FetchPlan(const FetchStatement& statement);
@@ -84,6 +86,7 @@ class Planner {
   void Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const;
   void FinishInteger(Plan& plan, BoundExprPtr integer) const;
   Binder MakeBinder() const;
+  Binder MakeChangeBinder(const Statement& change);
   Plan& PlanAt(uint32_t number);
 
   const CompileContext& context_;

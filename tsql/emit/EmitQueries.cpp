@@ -50,6 +50,11 @@ void Emitter::EmitLeaf(const BoundSource& source) {
   case BoundSource::Kind::Common: EmitCommonName(source.common); break;
   case BoundSource::Kind::Values: EmitValues(source.rows); break;
   case BoundSource::Kind::Staged: Text(kStagedRows); break;
+  case BoundSource::Kind::Merged:
+    EmitColumnsOf(source);
+    Text(kMergedRows);
+    Text(")");
+    break;
   case BoundSource::Kind::Fired:
     // It has as many columns as a table may have, and SQLite takes all of them into some joins.
     EmitColumnsOf(source);

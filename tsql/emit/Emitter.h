@@ -23,6 +23,7 @@ struct EmittedSql {
 
 // The table of the rows that a change has staged. In this schema no table of a user has such a name.
 inline constexpr const char* kStagedRows = "temp.t_staged_rows";
+inline constexpr const char* kMergedRows = "temp.t_merged";
 // What a trigger sees of them.
 inline constexpr const char* kInsertedRows = "temp.t_inserted";
 inline constexpr const char* kDeletedRows = "temp.t_deleted";

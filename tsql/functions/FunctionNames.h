@@ -30,6 +30,7 @@ inline constexpr const char* kStagedRows = "t_staged_rows"; // a table with colu
 // The same rows as a trigger sees them, with the columns of its table only.
 inline constexpr const char* kInsertedRows = "t_inserted";
 inline constexpr const char* kDeletedRows = "t_deleted";
+inline constexpr const char* kMergedRows = "t_merged"; // those that a MERGE has joined
 inline constexpr const char* kUpdated = "t_updated";
 inline constexpr const char* kSuspect = "t_suspect";
 inline constexpr const char* kRecursion = "t_recursion";

@@ -52,6 +52,7 @@ struct FunctionContext {
   const Catalog* catalog = nullptr;
   UserFunctions* userFunctions = nullptr;
   const StagedRows* staged = nullptr; // of the change that runs
+  const StagedRows* merged = nullptr; // of the MERGE that runs
   const FiredRows* fired = nullptr;   // of the trigger that runs
   IdentityCounter* counter = nullptr; // of the insert that runs
   std::vector<std::string> suspects;  // names of foreign keys that the statement may have broken
@@ -66,6 +67,20 @@ class StagedUse {
   StagedUse(const StagedUse&) = delete;
   StagedUse& operator=(const StagedUse&) = delete;
   ~StagedUse() { context_.staged = outer_; }
+
+ private:
+  FunctionContext& context_;
+  const StagedRows* outer_;
+};
+
+// The same for the rows that a MERGE has joined.
+class MergedUse {
+ public:
+  MergedUse(FunctionContext& context, const StagedRows& rows)
+      : context_(context), outer_(std::exchange(context.merged, &rows)) {}
+  MergedUse(const MergedUse&) = delete;
+  MergedUse& operator=(const MergedUse&) = delete;
+  ~MergedUse() { context_.merged = outer_; }
 
  private:
   FunctionContext& context_;

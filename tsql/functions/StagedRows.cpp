@@ -1,13 +1,13 @@
 // The rows that a change has staged, as a table that SQLite reads through a module of virtual tables. They
 // are kept outside of SQLite, so that a change within a change has rows of its own and no table has to be
-// made while a statement runs. A trigger sees those of the statement that fires it as two tables, of the new
-// and the old values.
+// made while a statement runs. So are those that a MERGE has joined. A trigger sees those of the statement
+// that fires it as two tables, of the new and the old values.
 #include "tsql/functions/FunctionCall.h"
 
 namespace tsql {
 namespace {
 
-enum class Image : uint8_t { Whole, New, Old };
+enum class Image : uint8_t { Whole, Merged, New, Old };
 
 struct StagedRowsTable {
   sqlite3_vtab base;
@@ -18,6 +18,7 @@ struct StagedRowsTable {
 // Null where there are none: an insert has no old values, a delete no new ones.
 const StagedRows* RowsOf(const FunctionContext& context, Image image) {
   if (image == Image::Whole) return context.staged;
+  if (image == Image::Merged) return context.merged;
   const TriggerEvent without = image == Image::New ? TriggerEvent::Delete : TriggerEvent::Insert;
   return context.fired == nullptr || context.fired->event == without ? nullptr : &context.fired->rows;
 }
@@ -25,7 +26,7 @@ const StagedRows* RowsOf(const FunctionContext& context, Image image) {
 // Where the values of a column are in a row.
 size_t PositionOf(int column, Image image) {
   const auto index = static_cast<size_t>(column);
-  return image == Image::Whole ? index : 2 * index + (image == Image::New ? 1 : 2);
+  return image == Image::Whole || image == Image::Merged ? index : 2 * index + (image == Image::New ? 1 : 2);
 }
 
 struct StagedCursor {
@@ -132,6 +133,7 @@ void RegisterImage(sqlite3* connection, FunctionContext& context, const char* na
 
 void RegisterStagedRows(sqlite3* connection, FunctionContext& context) {
   RegisterImage<Image::Whole>(connection, context, names::kStagedRows);
+  RegisterImage<Image::Merged>(connection, context, names::kMergedRows);
   RegisterImage<Image::New>(connection, context, names::kInsertedRows);
   RegisterImage<Image::Old>(connection, context, names::kDeletedRows);
 }

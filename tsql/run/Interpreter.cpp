@@ -117,7 +117,7 @@ void Interpreter::Report(const Error& error, ResultSink& sink) {
 }
 
 Error Interpreter::Translate(const SqliteFailure& failure) {
-  return TranslateFailure(failure, context_, catalog_, compiler_, target_, verb_);
+  return TranslateFailure(failure, context_, catalog_, compiler_, target_, Verb());
 }
 
 // ---- statements
@@ -154,6 +154,7 @@ void Interpreter::BeginStatement() {
   context_.error.reset();
   target_ = nullptr;
   verb_ = "";
+  isOfMerge_ = false;
 }
 
 Interpreter::Flow Interpreter::Run(const Statement& statement) {
@@ -207,6 +208,11 @@ Interpreter::Flow Interpreter::Dispatch(const Statement& statement) {
   case StatementKind::Update:
   case StatementKind::Delete: {
     const Flow flow = RunChange(statement);
+    if (flow != Flow::Next) return flow;
+    break;
+  }
+  case StatementKind::Merge: {
+    const Flow flow = RunMerge(static_cast<const MergeStatement&>(statement));
     if (flow != Flow::Next) return flow;
     break;
   }

@@ -85,6 +85,8 @@ class Interpreter : public UserFunctions {
 
   // changes (RunChanges.cpp)
   Flow RunChange(const Statement& statement);
+  // Makes the change of so many rows, and does not tell the client how many.
+  Flow Change(const Statement& statement, int64_t& count);
   // Makes a change under the foreign keys of its table and returns the number of rows.
   template <typename Change>
   int64_t MakeChange(const TableInfo& target, Change change) {
@@ -112,9 +114,15 @@ class Interpreter : public UserFunctions {
   // Makes several statements of SQLite one.
   void BeginScope(std::optional<StatementScope>& scope, const TableInfo& target, const TableInfo* into);
   static void ReadRows(Plan& plan, StagedRows& rows);
-  void GiveOutput(StagedPlan& staged, int64_t count);
+  void GiveOutput(StagedPlan& staged);
   void PutOutput(StagedPlan& staged); // into its table
   int64_t ReplaceRows(const Statement& statement, const TableInfo& table);
+
+  // MERGE (RunMerge.cpp)
+  // The word of the statement that changes rows, as messages have it.
+  std::string_view Verb() const { return isOfMerge_ ? "MERGE" : verb_; }
+  Flow RunMerge(const MergeStatement& statement);
+  StagedRows JoinRows(const MergeStatement& statement, Plan& plan);
 
   // identity columns (RunIdentities.cpp)
   // The rows of an INSERT get numbers that were never given before.
@@ -136,11 +144,10 @@ class Interpreter : public UserFunctions {
   void Reseed(const TablePtr& table, const std::optional<int64_t>& last, int64_t number);
 
   // changes of tables with triggers (RunTriggers.cpp)
-  class OwnTransaction;
   struct RunningTrigger;
   // Whether triggers wait for the change of the table.
   bool Fires(const TableInfo& target, StatementKind kind) const;
-  Flow RunFiring(const Statement& statement, Plan& plan, bool isOfCursor);
+  Flow RunFiring(const Statement& statement, Plan& plan, bool isOfCursor, int64_t& count);
   // What foreign keys change beside the rows of a statement, in the order in which it is done.
   struct CascadedRows {
     TablePtr table;
@@ -259,7 +266,8 @@ class Interpreter : public UserFunctions {
   std::optional<Error> caught_; // of the CATCH block that runs
   std::string caughtProcedure_;
   const TableInfo* target_ = nullptr; // of the change that runs
-  std::string_view verb_;             // and its word, as messages have it
+  std::string_view verb_;             // and its word
+  bool isOfMerge_ = false;            // it is an action of a MERGE
   Datum identity_;
   std::optional<int64_t> counted_; // the identity of the last row of the last change that was counted
   std::vector<Value> row_;         // that a result set is sent by; it keeps its memory

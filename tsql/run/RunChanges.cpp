@@ -11,11 +11,11 @@
 namespace tsql {
 namespace {
 
-bool HasOutput(const Statement& statement) {
+const OutputClause* OutputOf(const Statement& statement) {
   switch (statement.kind) {
-  case StatementKind::Insert: return static_cast<const InsertStatement&>(statement).output != nullptr;
-  case StatementKind::Update: return static_cast<const UpdateStatement&>(statement).output != nullptr;
-  default: return static_cast<const DeleteStatement&>(statement).output != nullptr;
+  case StatementKind::Insert: return static_cast<const InsertStatement&>(statement).output.get();
+  case StatementKind::Update: return static_cast<const UpdateStatement&>(statement).output.get();
+  default: return static_cast<const DeleteStatement&>(statement).output.get();
   }
 }
 
@@ -73,7 +73,7 @@ void Interpreter::CheckForeignKeys(const std::vector<ForeignKey>& foreignKeys, c
     if (!isSuspected || !IsViolated(connection_, *foreignKey.child, *foreignKey.key, *foreignKey.parent))
       continue;
     const bool isOfChild = !deletes && EqualNames(foreignKey.child->storageName, changed.storageName);
-    throw Error(ForeignKeyError(foreignKey, isOfChild, verb_, catalog_));
+    throw Error(ForeignKeyError(foreignKey, isOfChild, Verb(), catalog_));
   }
 }
 
@@ -95,7 +95,7 @@ int64_t Interpreter::RunStaged(const Statement& statement, Plan& plan, bool isOf
   });
   if (isOfCursor && count == 0) Fail(16947, {});
   if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*plan.target);
-  GiveOutput(staged, count);
+  GiveOutput(staged);
   if (scope) scope->Complete();
   return count;
 }
@@ -110,9 +110,22 @@ void Interpreter::FailChange(const SqliteFailure& failure, const TableInfo& targ
 }
 
 Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
+  int64_t count = 0;
+  const Flow flow = Change(statement, count);
+  if (flow != Flow::Next) return flow;
+  const OutputClause* const output = OutputOf(statement);
+  if (output != nullptr && !output->into) {
+    rowCount_ = count; // its rows have been counted for the client
+  } else {
+    SendRowCount(count);
+  }
+  return flow;
+}
+
+Interpreter::Flow Interpreter::Change(const Statement& statement, int64_t& count) {
   Plan& plan = MakePlanner().ChangePlan(statement);
   const TablePtr target = plan.target;
-  if (plan.identityInsert && LetsNumbersRepeat(target)) return RunChange(statement);
+  if (plan.identityInsert && LetsNumbersRepeat(target)) return Change(statement, count);
   const TargetUse use(target_, target.get());
   verb_ = VerbOf(statement.kind);
   const CursorName* const cursor = CursorOf(statement);
@@ -120,9 +133,8 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   if (!target->IsVariable()) transaction_.BeforeWrite(); // a rollback leaves those
   BindParameters(plan);
   if (Fires(*target, statement.kind) || Cascades(statement.kind, plan))
-    return RunFiring(statement, plan, cursor != nullptr);
-  const bool hasOutput = HasOutput(statement);
-  int64_t count = 0;
+    return RunFiring(statement, plan, cursor != nullptr, count);
+  const bool hasOutput = OutputOf(statement) != nullptr;
   try {
     count = hasOutput ? RunStaged(statement, plan, cursor != nullptr) : MakeChange(*target, [&] {
       std::vector<Datum> before; // of the variables, for a second run of the statement
@@ -143,7 +155,6 @@ Interpreter::Flow Interpreter::RunChange(const Statement& statement) {
   if (hasOutput) return Flow::Next;
   if (cursor != nullptr && count == 0) Fail(16947, {});
   if (statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
-  SendRowCount(count);
   return Flow::Next;
 }
 

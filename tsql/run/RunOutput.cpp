@@ -68,11 +68,8 @@ void Interpreter::ChangeStaged(const EmittedChange& change) const {
   }
 }
 
-void Interpreter::GiveOutput(StagedPlan& staged, int64_t count) {
-  if (staged.into) {
-    PutOutput(staged);
-    return SendRowCount(count);
-  }
+void Interpreter::GiveOutput(StagedPlan& staged) {
+  if (staged.into) return PutOutput(staged);
   Plan rows = MakePlanner().PlanOnce(staged.outputSql);
   rows.columns = staged.columns;
   BindParameters(rows);

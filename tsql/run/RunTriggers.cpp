@@ -31,33 +31,6 @@ std::vector<bool> UpdatedColumns(StatementKind kind, const Plan& plan) {
 
 } // namespace
 
-// Triggers always run within a transaction. Where none is open, the statement has one of its own, which ends
-// with it.
-class Interpreter::OwnTransaction {
- public:
-  explicit OwnTransaction(Transaction& transaction)
-      : transaction_(transaction), isLeft_(transaction.Count() == 0) {
-    if (isLeft_) transaction_.Begin();
-  }
-  OwnTransaction(const OwnTransaction&) = delete;
-  OwnTransaction& operator=(const OwnTransaction&) = delete;
-  ~OwnTransaction() {
-    if (!isLeft_) return;
-    try {
-      transaction_.RollbackIfOpen();
-    } catch (...) { // NOLINT(bugprone-empty-catch): the next statement recovers from what is left
-    }
-  }
-  void Commit() {
-    if (isLeft_ && transaction_.Count() > 0) transaction_.Commit();
-    isLeft_ = false;
-  }
-
- private:
-  Transaction& transaction_;
-  bool isLeft_;
-};
-
 // A trigger while it runs.
 struct Interpreter::RunningTrigger {
   RunningTrigger(Interpreter& interpreter, const TriggerInfo& info)
@@ -110,7 +83,8 @@ void Interpreter::ReadComputed(const TableInfo& target, StagedRows& rows) const 
   }
 }
 
-Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan, bool isOfCursor) {
+Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan, bool isOfCursor,
+                                         int64_t& count) {
   const TablePtr target = plan.target;
   StagedPlan staged = MakePlanner().PlanStaged(statement);
   const bool returnsRows = !staged.columns.empty();
@@ -121,8 +95,7 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
   const bool insteadOf = HasInsteadOf(*target, fired.event);
   if (target->isView && !insteadOf) Refuse("Changing a view"); // the trigger's own change of it
   std::deque<CascadedRows> cascaded;
-  int64_t count = 0;
-  const Flow flow = ChangeAndFire(*target, fired, insteadOf, cascaded, [&] {
+  return ChangeAndFire(*target, fired, insteadOf, cascaded, [&] {
     const StagedUse use(context_, fired.rows);
     if (insteadOf) {
       Plan rows = statement.kind == StatementKind::Insert
@@ -141,20 +114,9 @@ Interpreter::Flow Interpreter::RunFiring(const Statement& statement, Plan& plan,
     count = static_cast<int64_t>(fired.rows.size());
     if (isOfCursor && count == 0) Fail(16947, {});
     if (!insteadOf && statement.kind == StatementKind::Insert && count > 0) TakeIdentity(*target);
-    if (staged.into) {
-      PutOutput(staged);
-    } else if (returnsRows) {
-      GiveOutput(staged, count);
-    }
+    if (staged.into || returnsRows) GiveOutput(staged);
     return count;
   });
-  if (flow != Flow::Next) return flow;
-  if (returnsRows) {
-    rowCount_ = count;
-  } else {
-    SendRowCount(count);
-  }
-  return flow;
 }
 
 bool Interpreter::HasInsteadOf(const TableInfo& target, TriggerEvent event) const {
@@ -167,9 +129,11 @@ Interpreter::Flow Interpreter::ChangeAndFire(const TableInfo& target, const Fire
                                              const std::function<int64_t()>& change) {
   OwnTransaction transaction(transaction_);
   StatementScope scope(transaction_, Place::Main);
+  const bool isOfMerge = isOfMerge_;
   int64_t count = 0;
   try {
     count = change();
+    if (isOfMerge) count = static_cast<int64_t>(context_.merged->size()); // of all its actions
   } catch (const SqliteFailure& failure) {
     FailChange(failure, target);
   }

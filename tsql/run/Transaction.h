@@ -123,4 +123,31 @@ class StatementScope {
   bool done_ = false;
 };
 
+// For a statement whose triggers run: they always do within a transaction. Where none is open, the statement
+// has one of its own, which ends with it.
+class OwnTransaction {
+ public:
+  explicit OwnTransaction(Transaction& transaction)
+      : transaction_(transaction), isLeft_(transaction.Count() == 0) {
+    if (isLeft_) transaction_.Begin();
+  }
+  OwnTransaction(const OwnTransaction&) = delete;
+  OwnTransaction& operator=(const OwnTransaction&) = delete;
+  ~OwnTransaction() {
+    if (!isLeft_) return;
+    try {
+      transaction_.RollbackIfOpen();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the next statement recovers from what is left
+    }
+  }
+  void Commit() {
+    if (isLeft_ && transaction_.Count() > 0) transaction_.Commit();
+    isLeft_ = false;
+  }
+
+ private:
+  Transaction& transaction_;
+  bool isLeft_;
+};
+
 } // namespace tsql

@@ -15,6 +15,11 @@ StatementPtr Parser::ParseWith() {
     }
     return statement;
   }
+  if (IsWord("merge")) {
+    StatementPtr statement = ParseMerge();
+    static_cast<MergeStatement&>(*statement).commonTables = std::move(tables);
+    return statement;
+  }
   if (IsWord("insert")) {
     StatementPtr statement = ParseInsert();
     if (statement->kind == StatementKind::InsertExecute) SyntaxErrorAt(start);
@@ -173,8 +178,16 @@ Assignment Parser::ParseAssignment() {
     ++at_;
     return assignment;
   }
+  assignment.isCompound = !IsSymbol("=");
   assignment.value = CompoundValue(std::move(column));
   return assignment;
+}
+
+std::vector<Assignment> Parser::ParseAssignments() {
+  std::vector<Assignment> assignments;
+  do assignments.push_back(ParseAssignment());
+  while (TakeSymbol(","));
+  return assignments;
 }
 
 StatementPtr Parser::ParseUpdate() {
@@ -185,8 +198,7 @@ StatementPtr Parser::ParseUpdate() {
   TableSource hints;
   ParseTableHints(hints);
   ExpectWord("set");
-  do statement->assignments.push_back(ParseAssignment());
-  while (TakeSymbol(","));
+  statement->assignments = ParseAssignments();
   statement->output = ParseOutput();
   if (TakeWord("from")) statement->from = ParseFrom();
   statement->where = ParseChangeCondition(statement->currentOf, statement->maxRecursion);

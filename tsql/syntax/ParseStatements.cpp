@@ -22,11 +22,12 @@ StatementPtr Parser::ParseUnterminated() {
     std::string_view word;
     Rule rule;
   };
-  constexpr std::array<Entry, 36> kRules = {{{"select", &Parser::ParseQueryStatement},
+  constexpr std::array<Entry, 37> kRules = {{{"select", &Parser::ParseQueryStatement},
                                              {"with", &Parser::ParseWith},
                                              {"insert", &Parser::ParseInsert},
                                              {"update", &Parser::ParseUpdate},
                                              {"delete", &Parser::ParseDelete},
+                                             {"merge", &Parser::ParseMerge},
                                              {"declare", &Parser::ParseDeclare},
                                              {"set", &Parser::ParseSet},
                                              {"if", &Parser::ParseIf},

@@ -154,6 +154,7 @@ class Parser {
   StatementPtr ParseInsert();
   StatementPtr ParseInsertExecute(std::unique_ptr<InsertStatement> insert);
   StatementPtr ParseUpdate();
+  std::vector<Assignment> ParseAssignments();
   StatementPtr ParseDelete();
   ExprPtr ParseChangeCondition(CursorName& currentOf, int& maxRecursion);
   OutputPtr ParseOutput();
@@ -206,6 +207,15 @@ class Parser {
   ExecuteArgument ParseExecuteArgument();
   void ParseExecuteOption();
   StatementList ParseStatementsUntilEnd();
+  // MERGE (ParseMerge.cpp)
+  StatementPtr ParseMerge();
+  TableSourcePtr ParseMergeTarget();
+  TableSourcePtr ParseMergeSource();
+  void ParseMergeAction(MergeStatement& statement);
+  MergeMatch ParseMergeMatch();
+  StatementPtr ParseMergeChange(const MergeStatement& statement, MergeMatch match);
+  StatementPtr ParseMergeInsert(const MergeStatement& statement);
+
   template <typename Node>
   std::unique_ptr<Node> MakeStatement(size_t token);
 

@@ -97,7 +97,8 @@ bool IsPredicate(const Expr& expr);
 enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross, CrossApply, OuterApply };
 
 struct TableSource {
-  enum class Kind : uint8_t { Named, Derived, Values, Function, Join };
+  // Merged are the rows that a MERGE has joined, as its actions see them.
+  enum class Kind : uint8_t { Named, Derived, Values, Function, Merged, Join };
   Kind kind = Kind::Named;
   int line = 1;
   ObjectName name;

@@ -12,6 +12,7 @@ enum class StatementKind : uint8_t {
   InsertExecute,
   Update,
   Delete,
+  Merge,
   CreateTable,
   CreateIndex,
   Drop,
@@ -76,6 +77,14 @@ struct OutputClause {
 };
 using OutputPtr = std::unique_ptr<OutputClause>;
 
+struct MergeStatement;
+
+// Of a change that is an action of a MERGE: which one, from 1.
+struct MergeRole {
+  const MergeStatement* merge = nullptr;
+  int action = 0;
+};
+
 struct InsertStatement : Statement {
   InsertStatement() : Statement(StatementKind::Insert) {}
   ExprPtr top;
@@ -85,11 +94,13 @@ struct InsertStatement : Statement {
   QueryPtr query;
   bool defaultValues = false;
   OutputPtr output;
+  MergeRole role;
 };
 
 struct Assignment {
   std::string variable;            // SET @v = expr, SET @v = column = expr; empty for none
   std::vector<std::string> column; // none where only the variable is assigned
+  bool isCompound = false;         // the value begins with the column itself
   ExprPtr value;
 };
 
@@ -111,6 +122,7 @@ struct UpdateStatement : Statement {
   ExprPtr where;
   int maxRecursion = kMaxRecursion;
   OutputPtr output;
+  MergeRole role;
 };
 
 struct DeleteStatement : Statement {
@@ -124,6 +136,28 @@ struct DeleteStatement : Statement {
   ExprPtr where;
   int maxRecursion = kMaxRecursion;
   OutputPtr output;
+  MergeRole role;
+};
+
+// Which rows of the join of target and source an action of MERGE is for: those of both, of the source alone,
+// of the target alone.
+enum class MergeMatch : uint8_t { Both, Source, Target };
+
+struct MergeAction {
+  MergeMatch match = MergeMatch::Both;
+  ExprPtr condition; // of AND; null for none
+  // An INSERT, UPDATE or DELETE from the merged rows, which have the source's name and columns.
+  StatementPtr change;
+};
+
+struct MergeStatement : Statement {
+  MergeStatement() : Statement(StatementKind::Merge) {}
+  std::vector<CommonTable> commonTables;
+  TableSourcePtr target;
+  TableSourcePtr source; // a derived table; behind the source's columns it has one that is never null
+  ExprPtr on;
+  std::vector<MergeAction> actions;
+  int maxRecursion = kMaxRecursion;
 };
 
 struct ColumnDefinition {

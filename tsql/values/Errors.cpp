@@ -430,6 +430,9 @@ constexpr ErrorText kErrors[] = {
     {5309, 16, 1,
      "Windowed functions, aggregates and NEXT VALUE FOR functions do not support constants as ORDER BY "
      "clause expressions."},
+    {5324, 15, 1,
+     "In a MERGE statement, a '%1' clause with a search condition cannot appear after a '%1' clause with no "
+     "search condition."},
     {5703, 0, 1, "Changed language setting to %1."},
     {6401, 16, 1, "Cannot roll back %1. No transaction or savepoint of that name was found."},
     {7995, 0, 1, "Checking identity information: current identity value '%1'."},
@@ -487,6 +490,11 @@ constexpr ErrorText kErrors[] = {
      "Only UNIQUE or PRIMARY KEY constraints can be created on computed columns, while CHECK, FOREIGN KEY, and "
      "NOT NULL constraints require that computed columns be persisted."},
     {8649, 17, 1, "The query has been canceled because it takes more work than the session allows."},
+    {8672, 16, 1,
+     "The MERGE statement attempted to UPDATE or DELETE the same row more than once. This happens when a "
+     "target row matches more than one source row. A MERGE statement cannot UPDATE/DELETE the same row of the "
+     "target table multiple times. Refine the ON clause to ensure a target row matches at most one source "
+     "row, or use the GROUP BY clause to group the source rows."},
     {8730, 16, 1, "Offset parameter for Lag and Lead functions cannot be a negative value."},
     {8733, 16, 1, "Separator parameter for STRING_AGG must be a string literal or variable."},
     {9806, 16, 1, "The datepart %1 is not supported by date function %2."},
@@ -509,6 +517,10 @@ constexpr ErrorText kErrors[] = {
      "Too many expressions are specified in the GROUP BY clause. The maximum number is %1 when grouping sets "
      "are supplied."},
     {10709, 16, 1, "The number of columns for each row in a table value constructor must be the same."},
+    {10711, 15, 1, "An action of type '%1' is not allowed in the '%2' clause of a MERGE statement."},
+    {10713, 15, 1, "A MERGE statement must be terminated by a semi-colon (;)."},
+    {10714, 15, 1,
+     "An action of type '%1' cannot appear more than once in a '%2' clause of a MERGE statement."},
     {10734, 15, 1,
      "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
      "operator."},

@@ -321,7 +321,7 @@ TEST_F(QueryTest, ArgumentsOfAggregates) {
 }
 
 TEST_F(QueryTest, UnsupportedIsRefusedByName) {
-  EXPECT_EQ(ErrorText("MERGE g USING b ON 1 = 1"), "40510 1 MERGE is not supported.");
+  EXPECT_EQ(ErrorText("KILL 51"), "40510 1 KILL is not supported.");
   EXPECT_EQ(ErrorText("SELECT CHECKSUM(id) FROM g"), "40510 1 The function CHECKSUM is not supported.");
   EXPECT_EQ(ErrorText("SELECT foo(1)"), "195 1 'foo' is not a recognized built-in function name.");
 }

@@ -13,6 +13,19 @@ class AssignedVariablesTest : public EngineTest {
   Lines Table() { return Rows("SELECT id, a, s FROM t ORDER BY id"); }
 };
 
+TEST_F(AssignedVariablesTest, ACompoundAssignmentReadsTheColumnItself) {
+  Must("CREATE TABLE x (id INT, n INT) CREATE TABLE y (id INT, n INT)"
+       " INSERT INTO x VALUES (1, 10) INSERT INTO y VALUES (1, 5)");
+  EXPECT_EQ(Rows("SET NOCOUNT ON UPDATE x SET n += y.n FROM x JOIN y ON y.id = x.id SELECT n FROM x"),
+            Lines({"15"}));
+  EXPECT_EQ(Rows("SET NOCOUNT ON UPDATE z SET z.n -= y.n FROM x z JOIN y ON y.id = z.id SELECT n FROM x"),
+            Lines({"10"}));
+  EXPECT_EQ(Rows("SET NOCOUNT ON;WITH c AS (SELECT n AS m, id FROM x) UPDATE c SET m *= y.n FROM c"
+                 " JOIN (SELECT id, n, 3 AS m FROM y) y ON y.id = c.id SELECT n FROM x"),
+            Lines({"50"}));
+  EXPECT_EQ(ErrorOf("UPDATE x SET n = n + y.n FROM x JOIN y ON y.id = x.id"), 209);
+}
+
 TEST_F(AssignedVariablesTest, SelectHasCompoundAssignments) {
   EXPECT_EQ(Rows("DECLARE @n INT = 1 SELECT @n += id FROM t SELECT @n"), Lines({"7"}));
   EXPECT_EQ(Rows("DECLARE @n INT = 2 SELECT @n *= id FROM t SELECT @n"), Lines({"12"}));

@@ -49,7 +49,6 @@ TEST_F(RefusalsTest, StatementsAreRefusedByTheirWords) {
   ExpectRefused("IF 1 = 1 BEGIN END CONVERSATION @h END", "END CONVERSATION");
   ExpectRefused("BEGIN TRY WAITFOR (RECEIVE 1 FROM q) END TRY BEGIN CATCH END CATCH",
                 "WAITFOR of a statement");
-  ExpectRefused("WITH x AS (SELECT a FROM t) MERGE t USING x ON 1 = 1", "MERGE");
   ExpectRefused("CREATE PROCEDURE q AS RECONFIGURE", "RECONFIGURE");
 }
 
