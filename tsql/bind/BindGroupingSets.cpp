@@ -47,6 +47,7 @@ std::span<const std::string_view> Binder::GroupingFunctions() {
 }
 
 void Binder::BindGroupBy(const Select& select, BoundSelect& bound, Grouping& grouping) {
+  if (select.pivot == PivotKind::Pivot) return GroupByStar(select, bound);
   std::vector<size_t> keys; // of each expression of the list, in which one may stand repeatedly
   for (const ExprPtr& expr : select.groupBy) {
     BoundExprPtr key = Bind(*expr);

@@ -187,6 +187,7 @@ std::unique_ptr<BoundSelect> Binder::BindSelect(const Select& select, const std:
   bound->topTies = select.topTies;
   if (select.topTies && orderBy.empty()) Fail(1062, {});
   if (select.where) bound->where = Bind(*select.where);
+  if (select.pivot == PivotKind::Unpivot) CheckUnpivoted(select.items.front());
   Grouping grouping;
   BindGroupBy(select, *bound, grouping);
   scope.groupBy = &bound->groupBy;
@@ -331,6 +332,7 @@ void Binder::ExpandStar(const SelectItem& item, BoundSelect& bound) {
     }
     found = true;
     for (const ScopeColumn& column : source.columns) {
+      if (ContainsName(item.starWithout, column.name)) continue;
       BoundItem target;
       target.name = column.name;
       target.expr = MakeColumn(source, column);

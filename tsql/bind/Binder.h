@@ -234,6 +234,9 @@ class Binder {
   static std::span<const std::string_view> GroupingFunctions();
   BoundExprPtr BindGrouping(const Expr& expr);
   void BindGroupBy(const Select& select, BoundSelect& bound, Grouping& grouping);
+  // (BindPivot.cpp)
+  void GroupByStar(const Select& select, BoundSelect& bound) const;
+  void CheckUnpivoted(const SelectItem& star) const;
   // The column that stands for an expression of GROUP BY; null where it is none.
   BoundExprPtr FindKey(const Expr& expr);
   BoundExprPtr FindKey(const BoundExpr& expr, const Scope& scope) const;

@@ -85,7 +85,7 @@ TableSourcePtr Parser::ParseMergeTarget() {
 // SELECT *, 1 FROM source, so that the join tells where there is no row of the source.
 TableSourcePtr Parser::ParseMergeSource() {
   const int line = Current().line;
-  TableSourcePtr rows = ParseTablePrimary();
+  TableSourcePtr rows = ParsePivoted();
   if (rows->kind == TableSource::Kind::Join || TakeJoin()) RefuseHere("A join as the source of a MERGE");
   auto source = std::make_unique<TableSource>();
   source->line = line;

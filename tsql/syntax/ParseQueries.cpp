@@ -406,7 +406,7 @@ std::optional<JoinKind> Parser::TakeJoin() {
 
 TableSourcePtr Parser::ParseJoins() {
   const Level level(*this);
-  TableSourcePtr left = ParseTablePrimary();
+  TableSourcePtr left = ParsePivoted();
   while (true) {
     const int line = Current().line;
     const std::optional<JoinKind> kind = TakeJoin();
@@ -419,10 +419,11 @@ TableSourcePtr Parser::ParseJoins() {
     // In "a JOIN b JOIN c ON ... ON ..." the first ON belongs to the second join.
     const bool hasCondition =
         *kind != JoinKind::Cross && *kind != JoinKind::CrossApply && *kind != JoinKind::OuterApply;
-    node->right = hasCondition ? ParseJoins() : ParseTablePrimary();
+    node->right = hasCondition ? ParseJoins() : ParsePivoted();
     if (hasCondition) {
       ExpectWord("on");
       node->on = ParseCondition();
+      if (IsWord("pivot") || IsWord("unpivot")) RefuseHere("PIVOT and UNPIVOT of a join");
     }
     left = std::move(node);
   }
@@ -509,7 +510,6 @@ TableSourcePtr Parser::ParseParenthesizedSource() {
 }
 
 void Parser::RefuseAfterSource() const {
-  if (IsWord("pivot") || IsWord("unpivot")) RefuseHere("PIVOT and UNPIVOT");
   if (IsWord("tablesample")) RefuseHere("TABLESAMPLE");
   if (AreWordsAt(0, "FOR SYSTEM_TIME")) RefuseHere("FOR SYSTEM_TIME");
 }

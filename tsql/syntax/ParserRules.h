@@ -128,6 +128,12 @@ class Parser {
   TableSourcePtr ParseFrom();
   TableSourcePtr ParseJoins();
   TableSourcePtr ParseTablePrimary();
+  // (ParsePivot.cpp)
+  TableSourcePtr ParsePivoted();
+  std::unique_ptr<Select> ParsePivot(TableSourcePtr source);
+  std::unique_ptr<Select> ParseUnpivot(TableSourcePtr source);
+  ExprPtr MakeColumn(std::vector<std::string> parts);
+  ExprPtr MakeText(const std::string& text);
   TableSourcePtr ParseParenthesizedSource();
   TableSourcePtr ParseValuesSource();
   std::vector<std::vector<ExprPtr>> ParseRows();

@@ -129,6 +129,7 @@ struct SelectItem {
   std::string alias;
   std::string variable; // SELECT @v = expr
   std::vector<std::string> starPrefix;
+  std::vector<std::string> starWithout; // columns that the star leaves out
 };
 
 // Which rows around the current one a window function sees.
@@ -150,8 +151,13 @@ struct Window {
   Frame frame;
 };
 
+// Of a query that stands for PIVOT: it is grouped by what its star gives. Of one that stands for UNPIVOT: the
+// columns that its star leaves out have one type.
+enum class PivotKind : uint8_t { None, Pivot, Unpivot };
+
 struct Select {
   int line = 1;
+  PivotKind pivot = PivotKind::None;
   bool distinct = false;
   ExprPtr top;
   bool topPercent = false;

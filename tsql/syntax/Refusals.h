@@ -69,7 +69,7 @@ inline constexpr Refusal kRefusedConstructs[] = {
      "FROM sys.columns q, sys.columns r, sys.columns s) y"},
     {"APPLY beside a RIGHT or FULL JOIN",
      "SELECT x.a FROM t x RIGHT JOIN (t y CROSS APPLY (SELECT y.a AS b) z) ON x.a = y.a"},
-    {"PIVOT and UNPIVOT", "SELECT a FROM t PIVOT (SUM(a) FOR b IN ([x])) p"},
+    {"PIVOT and UNPIVOT of a join", "SELECT a FROM t JOIN t u ON t.a = u.a PIVOT (SUM(a) FOR b IN ([x])) p"},
     {"TABLESAMPLE", "SELECT a FROM t TABLESAMPLE (10 PERCENT)"},
     {"FOR SYSTEM_TIME", "SELECT a FROM t FOR SYSTEM_TIME ALL"},
     // changes

@@ -265,6 +265,10 @@ bool EqualNames(std::string_view left, std::string_view right) {
   return left == right || CompareText(left, right) == 0; // most are written alike
 }
 
+bool ContainsName(const std::vector<std::string>& names, std::string_view name) {
+  return std::ranges::any_of(names, [name](const std::string& other) { return EqualNames(other, name); });
+}
+
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks,
                CollationId collation) {
   switch (collation) {

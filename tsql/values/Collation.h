@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tsql {
 
@@ -28,6 +29,7 @@ std::string_view TrimTrailingBlanks(std::string_view text);
 // The order under the collation: negative, 0 or positive.
 int CompareText(std::string_view left, std::string_view right);
 bool EqualNames(std::string_view left, std::string_view right);
+bool ContainsName(const std::vector<std::string>& names, std::string_view name);
 
 // The collations that an expression may ask for beside the default one. They tell cases apart: in the first
 // one small letters come before their capitals, in the second one the code points decide.

@@ -126,6 +126,9 @@ constexpr ErrorText kErrors[] = {
      "column cannot be assigned more than one value in the same clause. Modify the clause to make sure that "
      "a column is updated only once. If this statement updates or inserts columns into a view, column "
      "aliasing can conceal the duplication in your code."},
+    {265, 16, 1,
+     "The column name \"%1\" specified in the PIVOT operator conflicts with the existing column name in the "
+     "PIVOT argument."},
     {270, 16, 1, "Object '%1' cannot be modified."},
     {271, 16, 1,
      "The column \"%1\" cannot be modified because it is either a computed column or is the result of a UNION "
@@ -482,6 +485,8 @@ constexpr ErrorText kErrors[] = {
     {8161, 16, 1,
      "Argument %1 of the %2 function does not match any of the expressions in the GROUP BY clause."},
     {8164, 16, 1, "An INSERT EXEC statement cannot be nested."},
+    {8167, 16, 1,
+     "The type of column \"%1\" conflicts with the type of other columns specified in the UNPIVOT list."},
     {8169, 16, 2, "Conversion failed when converting from a character string to uniqueidentifier."},
     {8170, 16, 2, "Insufficient result space to convert uniqueidentifier value to char."},
     {8178, 16, 1, "The parameterized query '(%1)%2' expects the parameter '%3', which was not supplied."},
