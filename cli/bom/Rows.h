@@ -1,4 +1,4 @@
-// The rows of a query, read many at a time: a call for each value would take longer than the query.
+// The rows of a query, with their values as the reports use them.
 #pragma once
 
 #include <functional>
