@@ -1,6 +1,5 @@
 // Benchmarks of whole calls: each beside the statements that it sends, run on a connection that is open, in a
-// file. Short calls on the factory's data, in a host and without one; calls for a BOM of 1,800 lines; and
-// calls for one BOM among 1,000 and among 470,000.
+// file. Short calls on the factory's data, in a host and without one; and calls for a BOM of 1,800 lines.
 //
 // calls_bench FACTORY [FOLDER]: FACTORY is the factory's database, of which a copy is used; the databases are
 // made in FOLDER, by default in build/bench.
@@ -10,6 +9,7 @@
 #include "bench/SideBySide.h"
 #include "bench/UnderCom.h"
 #include "bench/calls/Caller.h"
+#include "bench/calls/OneBom.h"
 #include "bench/view/BrowserData.h"
 #include "com/Text.h"
 
@@ -42,45 +42,6 @@ void ShortCalls(const std::wstring& factory, const std::wstring& folder) {
   };
   for (const Call& call : calls)
     for (const bool hosted : {true, false}) Compare(call, data, hosted);
-}
-
-// Takes away the BOMs with higher identifiers, which calls have made: the next one gets the same.
-std::wstring NoneAbove(int32_t bom) {
-  const std::wstring id = std::to_wstring(bom);
-  return L"DELETE FROM ICBOMChild WHERE FInterID > " + id + L" DELETE FROM ICBOM WHERE FInterID > " + id +
-         L" DELETE FROM ICMaxNum WHERE FTableName = 'ICBOM' INSERT INTO ICMaxNum (FTableName, FMaxNum) VALUES "
-         L"('ICBOM', " +
-         id + L")";
-}
-
-std::vector<Call> CallsOfOneBom(int32_t bom, const std::string& suffix, const Aim& aim) {
-  const std::wstring id = std::to_wstring(bom);
-  const Object source = Object::Create(L"ruvo10.Dictionary");
-  source.Put(L"Value", L"FInterID", bom);
-  source.Put(L"Value", L"FBOMNumber", L"COPY");
-  source.Put(L"Value", L"FParentID", 1);
-  source.Put(L"Value", L"FCheckID", 16401);
-  source.Put(L"Value", L"FOperatorID", 16401);
-  const std::wstring noCopy = NoneAbove(bom);
-  return {
-      {"GetBomEntryLdgInfo" + suffix,
-       L"BomView",
-       L"GetBomEntryLdgInfo",
-       {0, L"a.FInterID=" + id, L"a.FEntryID"},
-       L"",
-       1,
-       aim},
-      {"CopyBom" + suffix, L"CBomFunction", L"CopyBom", {source}, noCopy, 1, aim},
-      {"BomCheck" + suffix,
-       L"CBomCheck",
-       L"BomCheck",
-       {bom, L"LARGE", 16402, L""},
-       L"UPDATE ICBOM SET FStatus = 0, FCheckerID = NULL WHERE FInterID = " + id,
-       20,
-       aim},
-      {"GetBomDelInfo" + suffix, L"CBomCheck", L"GetBomDelInfo", {bom, L"LARGE", L""}, L"", 20, aim},
-      {"CheckBomUsed" + suffix, L"BomUpdate", L"CheckBomUsed", {bom, L""}, L"", 20, aim},
-  };
 }
 
 // Notice 1 changes the BOM: it adds a line, alters one and deletes one.
@@ -136,26 +97,6 @@ void LargeBom(const std::wstring& folder) {
   Compare(CopyOfCustomerBom(kBoms, kBoms + 1), data, true);
 }
 
-void AmongMany(const std::wstring& folder) {
-  constexpr int32_t kFew = 1000;
-  constexpr int32_t kMany = 470000;
-  const std::wstring fewFile = folder + L"\\few.db";
-  const std::wstring manyFile = folder + L"\\many.db";
-  Build(fewFile, {.boms = kFew, .largeBom = 1800});
-  Build(manyFile, {.boms = kMany, .largeBom = 1800});
-  const Data few(fewFile);
-  const Data many(manyFile);
-  const std::vector<Call> fewCalls = CallsOfOneBom(kFew + 1, "", {});
-  const std::vector<Call> manyCalls = CallsOfOneBom(kMany + 1, "", {});
-  for (size_t i = 0; i < fewCalls.size(); ++i) {
-    const Caller fewCaller(fewCalls[i], few, true);
-    const Caller manyCaller(manyCalls[i], many, true);
-    SideBySide(
-        {fewCalls[i].name + " among 470000 BOMs", "among 1000", {.ratio = 1.2}}, kTurns, 1,
-        [&] { return manyCaller.Seconds(); }, [&] { return fewCaller.Seconds(); });
-  }
-}
-
 } // namespace
 } // namespace bench
 
@@ -163,6 +104,5 @@ int main(int argc, char** argv) {
   return bench::UnderCom(argc, argv, 1, [&](const std::wstring& folder) {
     bench::ShortCalls(com::FromUtf8(argv[1]), folder);
     bench::LargeBom(folder);
-    bench::AmongMany(folder);
   });
 }

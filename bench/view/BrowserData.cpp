@@ -93,10 +93,16 @@ void Boms(Writer& writer, const Size& size) {
       L"FNote) SELECT i, 'BOM' + CONVERT(VARCHAR, 1000000 + i), 1072, '1.0', 1 + i % " +
       std::to_wstring(size.groups) + L", 1 + i % 1000, 1, 1, N'备注 Note ' + CONVERT(VARCHAR, i) FROM #n");
   writer.CountTo(size.linesPerBom);
-  writer.Run(
-      L"INSERT INTO ICBOMChild (FInterID, FEntryID, FItemID, FUnitID, FAuxQty, FQty, FOperSN, FOperID, "
-      L"FStockID, FNote) SELECT a.FInterID, n.i, 1 + (a.FInterID + n.i) % 1000, 1, n.i, n.i, 10, 40004, 801, "
-      L"N'行 Line' FROM ICBOM a, #n n");
+  // Millions of lines in one transaction would all lie in the log before they go into the file.
+  constexpr int32_t kBomsAtOnce = 10000;
+  for (int32_t begin = 0; begin < size.boms; begin += kBomsAtOnce) {
+    writer.Run(
+        L"INSERT INTO ICBOMChild (FInterID, FEntryID, FItemID, FUnitID, FAuxQty, FQty, FOperSN, FOperID, "
+        L"FStockID, FNote) SELECT a.FInterID, n.i, 1 + (a.FInterID + n.i) % 1000, 1, n.i, n.i, 10, 40004, 801, "
+        L"N'行 Line' FROM ICBOM a, #n n WHERE a.FInterID > " +
+        std::to_wstring(begin) + L" AND a.FInterID <= " + std::to_wstring(begin + kBomsAtOnce));
+    writer.Run(L"COMMIT TRAN BEGIN TRAN");
+  }
 }
 
 void LineFields(Writer& writer, int32_t fields) {

@@ -88,9 +88,9 @@ class Checker {
       if (line->endDay < line->beginDay) continue; // never valid
       if (longest && line->beginDay <= longest->endDay)
         Add(L"overlap", bom.number, line->entry,
-            ItemName(graph_, line->item) + L" from " + line->beginDay + L" to " + line->endDay +
-                L" is valid with line " + std::to_wstring(longest->entry) + L", from " + longest->beginDay +
-                L" to " + longest->endDay);
+            ItemName(graph_, line->item) + L" from " + DayText(line->beginDay) + L" to " +
+                DayText(line->endDay) + L" is valid with line " + std::to_wstring(longest->entry) +
+                L", from " + DayText(longest->beginDay) + L" to " + DayText(longest->endDay));
       if (!longest || longest->endDay < line->endDay) longest = line;
     }
   }

@@ -26,8 +26,8 @@ std::wstring ChangesIn(const Graph& graph, const Line& before, const Line& after
   compare(L"base quantity", before.quantity.Text(), after.quantity.Text());
   compare(L"operation", std::to_wstring(before.operation), std::to_wstring(after.operation));
   compare(L"scrap", before.scrap, after.scrap);
-  compare(L"from", before.beginDay, after.beginDay);
-  compare(L"to", before.endDay, after.endDay);
+  compare(L"from", DayText(before.beginDay), DayText(after.beginDay));
+  compare(L"to", DayText(before.endDay), DayText(after.endDay));
   compare(L"built from BOM", std::to_wstring(before.customBom), std::to_wstring(after.customBom));
   compare(L"note", L"\"" + before.note + L"\"", L"\"" + after.note + L"\"");
   return changes;

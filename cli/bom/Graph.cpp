@@ -41,9 +41,11 @@ void Graph::Add(Bom bom) {
 }
 
 void Graph::Finish() {
-  std::ranges::stable_sort(lines_, [](const Line& a, const Line& b) {
+  const auto before = [](const Line& a, const Line& b) {
     return a.bom != b.bom ? a.bom < b.bom : a.entry < b.entry;
-  });
+  };
+  // Queries mostly bring them in this order already.
+  if (!std::ranges::is_sorted(lines_, before)) std::ranges::stable_sort(lines_, before);
   linesOfBoms_.clear();
   linesWithItems_.clear();
   for (size_t i = 0; i < lines_.size(); ++i) {

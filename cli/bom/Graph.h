@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "cli/bom/Day.h"
 #include "cli/bom/Quantity.h"
 
 namespace bomcall::bom {
@@ -48,8 +49,8 @@ struct Line {
   Quantity quantity;       // in the item's base unit
   Quantity quantityInUnit; // in the line's unit
   std::wstring scrap;
-  std::wstring beginDay; // yyyy-mm-dd, so that texts compare as days do
-  std::wstring endDay;
+  Day beginDay;
+  Day endDay;
   int32_t operation = 0;
   Id property = 0;  // the item's auxiliary property
   Id customBom = 0; // the BOM that a customer's line is built from, or 0

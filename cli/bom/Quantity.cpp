@@ -31,6 +31,18 @@ std::optional<Quantity> Quantity::Parse(std::wstring_view text) {
   return Quantity(Number(numerator, boost::multiprecision::pow(Whole(10), decimals)));
 }
 
+Quantity Quantity::Scaled(uint64_t digits, unsigned decimals, bool negative) {
+  // Most quantities of a database are whole, with zeros behind the point.
+  while (decimals > 0 && digits % 10 == 0) {
+    digits /= 10;
+    --decimals;
+  }
+  Whole numerator(digits);
+  if (negative) numerator = -numerator;
+  if (decimals == 0) return Quantity(Number(numerator));
+  return Quantity(Number(numerator, boost::multiprecision::pow(Whole(10), decimals)));
+}
+
 std::wstring Quantity::Text() const {
   const Whole denominator = boost::multiprecision::denominator(number_);
   if (denominator == 1) {

@@ -5,6 +5,7 @@
 // so at length each time.
 #define BOOST_MP_DISABLE_DEPRECATE_03_WARNING
 #include <boost/multiprecision/cpp_int.hpp>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,8 @@ class Quantity {
   Quantity() = default;
   // A decimal number without an exponent, "2.5" or "-3". Nothing for any other text.
   static std::optional<Quantity> Parse(std::wstring_view text);
+  // digits / 10^decimals
+  static Quantity Scaled(uint64_t digits, unsigned decimals, bool negative);
   static Quantity One() { return Quantity(Number(1)); }
 
   Quantity operator*(const Quantity& other) const { return Quantity(Number(number_ * other.number_)); }

@@ -110,8 +110,8 @@ void Reader::ReadLines(const std::wstring& condition) {
     // The component computes the base quantity when a BOM is audited; before that it is zero.
     if (line.quantity.IsZero()) line.quantity = line.quantityInUnit * FactorIn(factors_, line.unit);
     line.scrap = row.Text(6);
-    line.beginDay = row.Text(7).substr(0, 10);
-    line.endDay = row.Text(8).substr(0, 10);
+    line.beginDay = row.DayAt(7);
+    line.endDay = row.DayAt(8);
     line.operation = row.Number(9);
     line.property = row.Number(10);
     line.note = row.Text(11);

@@ -4,39 +4,11 @@
 
 #include "cli/Number.h"
 #include "com/ComError.h"
+#include "com/RecordsetRows.h"
 #include "com/Text.h"
 #include "com/ValueText.h"
 
 namespace bomcall::bom {
-namespace {
-
-constexpr int32_t kRowsAtATime = 2000;
-
-// Lends the elements of an array while it lives.
-class ArrayElements {
- public:
-  explicit ArrayElements(const com::Variant& array) : array_(array.raw().parray) {
-    com::Check(SafeArrayAccessData(array_, reinterpret_cast<void**>(&first_)));
-  }
-  ~ArrayElements() { SafeArrayUnaccessData(array_); }
-  ArrayElements(const ArrayElements&) = delete;
-  ArrayElements& operator=(const ArrayElements&) = delete;
-  const VARIANT* first() const { return first_; }
-
- private:
-  SAFEARRAY* array_;
-  VARIANT* first_ = nullptr;
-};
-
-size_t LengthOf(SAFEARRAY* array, UINT dimension) {
-  LONG first = 0;
-  LONG last = -1;
-  com::Check(SafeArrayGetLBound(array, dimension, &first));
-  com::Check(SafeArrayGetUBound(array, dimension, &last));
-  return static_cast<size_t>(last - first) + 1;
-}
-
-} // namespace
 
 int32_t RowView::Number(size_t column) const {
   const VARIANT& value = values_[column];
@@ -52,22 +24,27 @@ std::wstring RowView::Text(size_t column) const {
 }
 
 Quantity RowView::Decimal(size_t column) const {
+  const VARIANT& value = values_[column];
+  // Nearly all of them fit into 64 bits, and making a number of digits out of a text takes much longer.
+  if (value.vt == VT_DECIMAL && value.decVal.Hi32 == 0)
+    return Quantity::Scaled(value.decVal.Lo64, value.decVal.scale, value.decVal.sign != 0);
   return Quantity::Parse(Text(column)).value_or(Quantity());
+}
+
+Day RowView::DayAt(size_t column) const {
+  if (IsNull(column)) return std::nullopt;
+  if (values_[column].vt == VT_DATE) return DayOf(values_[column].date);
+  // A driver that has no type for days hands out texts.
+  std::wstring text = Text(column).substr(0, 10);
+  DATE date = 0;
+  com::Check(VarDateFromStr(text.data(), LOCALE_INVARIANT, 0, &date));
+  return DayOf(date);
 }
 
 void ForEachRow(const com::Object& connection, const std::wstring& query,
                 const std::function<void(const RowView&)>& visit) {
   const com::Object recordset = connection.Call(L"Execute", query).AsObject();
-  while (!recordset.Get(L"EOF").AsBool()) {
-    const com::Variant block = recordset.Call(L"GetRows", kRowsAtATime);
-    SAFEARRAY* array = block.raw().parray;
-    if (block.type() != (VT_ARRAY | VT_VARIANT) || SafeArrayGetDim(array) != 2)
-      throw com::ComError::FromSystem(DISP_E_TYPEMISMATCH);
-    const size_t columns = LengthOf(array, 1);
-    const size_t rows = LengthOf(array, 2);
-    const ArrayElements elements(block);
-    for (size_t i = 0; i < rows; ++i) visit(RowView(elements.first() + i * columns));
-  }
+  com::ForEachRow(recordset, [&](const VARIANT* values) { visit(RowView(values)); });
   recordset.Call(L"Close");
 }
 

@@ -1,15 +1,16 @@
-// The rows of a query, read many at a time: a call for each value would take longer than the query.
+// The rows of a query, with their values as the reports use them.
 #pragma once
 
 #include <functional>
 #include <string>
 
+#include "cli/bom/Day.h"
 #include "cli/bom/Quantity.h"
 #include "com/Object.h"
 
 namespace bomcall::bom {
 
-// A row, by the place of the column in the query. A null is 0 or an empty text.
+// A row, by the place of the column in the query. A null is 0, an empty text or no day.
 class RowView {
  public:
   explicit RowView(const VARIANT* values) : values_(values) {}
@@ -17,6 +18,7 @@ class RowView {
   int32_t Number(size_t column) const;
   std::wstring Text(size_t column) const;
   Quantity Decimal(size_t column) const;
+  Day DayAt(size_t column) const;
   bool IsNull(size_t column) const { return values_[column].vt == VT_NULL; }
 
  private:

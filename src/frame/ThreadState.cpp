@@ -14,6 +14,8 @@ constinit thread_local Undestroyed<Object> t_factory;
 constinit thread_local Undestroyed<Object> t_foundation;
 constinit thread_local Undestroyed<ObjectClass> t_dictionaryClass;
 constinit thread_local Undestroyed<ObjectClass> t_vectorClass;
+constinit thread_local Undestroyed<ObjectClass> t_recordsetClass;
+constinit thread_local Undestroyed<ObjectClass> t_commandClass;
 constinit thread_local ProcedureLog t_log;
 
 const Object& OnFirstUse(Undestroyed<Object>& slot, const wchar_t* progId) {
@@ -50,6 +52,14 @@ const ObjectClass& DictionaryClass() {
 
 const ObjectClass& VectorClass() {
   return OnFirstUse(t_vectorClass, outside::vector::kProgId);
+}
+
+const ObjectClass& RecordsetClass() {
+  return OnFirstUse(t_recordsetClass, outside::ado::kRecordsetProgId);
+}
+
+const ObjectClass& CommandClass() {
+  return OnFirstUse(t_commandClass, outside::ado::kCommandProgId);
 }
 
 ProcedureLog& ThreadLog() {

@@ -19,10 +19,13 @@ const com::Object& ResourceLoader();
 const com::Object& ObjectFactory();
 // The foundation library's global object.
 const com::Object& FoundationGlobal();
-// The classes of the foundation's collections. Most calls make some of them, and to look a class up takes
-// longer than to fill a row.
+// The classes of the foundation's collections, and of ADO's objects that the component makes itself. Most
+// calls make some of them, and to look a class up takes longer than to fill a row or to run a short
+// statement.
 const com::ObjectClass& DictionaryClass();
 const com::ObjectClass& VectorClass();
+const com::ObjectClass& RecordsetClass();
+const com::ObjectClass& CommandClass();
 
 // A T in thread-local storage, which is made when it is asked for and whose destructor no thread's end runs.
 template <class T>

@@ -20,6 +20,11 @@ constexpr size_t kFirstBlock = 512; // most results are one row
 constexpr size_t kLargestBlock = 65536;
 constexpr size_t kAlignment = alignof(uint64_t);
 
+// In all digits: 1.0 is not 1.00.
+bool AreSame(const tsql::Decimal& a, const tsql::Decimal& b) {
+  return a.low == b.low && a.high == b.high && a.scale == b.scale && a.negative == b.negative;
+}
+
 } // namespace
 
 void* Arena::Allocate(size_t size) {
@@ -40,27 +45,31 @@ RowSet::RowSet(std::span<const tsql::Column> columns) {
     columns_.push_back({com::FromUtf8(column.name), column.type, column.nullable});
 }
 
-RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type) {
+RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, const Cell* above) {
   if (value.kind == Kind::DateTime && IsMomentText(type.id)) {
     const std::string text = ToDateText(value.datetime);
     tsql::Value shown;
     shown.kind = Kind::Text;
     shown.text = text;
-    return Store(shown, type);
+    return Store(shown, type, above);
   }
   Cell cell{};
   cell.kind = value.kind;
+  if (above && above->kind != value.kind) above = nullptr;
   switch (value.kind) {
   case Kind::Null: break;
   case Kind::Integer: cell.integer = value.integer; break;
   case Kind::Float: cell.real = value.real; break;
   case Kind::DateTime: cell.moment = value.datetime; break;
   case Kind::Decimal:
+    if (above && AreSame(*static_cast<const tsql::Decimal*>(above->data), value.decimal)) return *above;
     cell.data = new (arena_.Allocate(sizeof(tsql::Decimal))) tsql::Decimal(value.decimal);
     break;
   case Kind::Text: {
     const bool braces = type.id == TypeId::UniqueIdentifier;
     const std::wstring text = braces ? L'{' + com::FromUtf8(value.text) + L'}' : com::FromUtf8(value.text);
+    if (above && text == std::wstring_view(static_cast<const wchar_t*>(above->data), above->size))
+      return *above;
     void* place = arena_.Allocate(text.size() * sizeof(wchar_t));
     std::memcpy(place, text.data(), text.size() * sizeof(wchar_t));
     cell.data = place;
@@ -80,7 +89,10 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type) {
 }
 
 void RowSet::Append(std::span<const tsql::Value> row) {
-  for (size_t i = 0; i < columns_.size(); ++i) cells_.push_back(Store(row[i], columns_[i].type));
+  for (size_t i = 0; i < columns_.size(); ++i) {
+    const Cell* above = rowCount_ == 0 ? nullptr : &At(rowCount_ - 1, i);
+    cells_.push_back(Store(row[i], columns_[i].type, above));
+  }
   ++rowCount_;
 }
 

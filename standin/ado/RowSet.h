@@ -1,7 +1,8 @@
 // RowSet: the rows of one result, kept compactly and read in any order.
 //
-// A cell takes 16 bytes; texts, bytes and exact numbers lie in blocks of memory that only grow. The columns'
-// names are there once.
+// A cell takes 16 bytes; texts, bytes and exact numbers lie in blocks of memory that only grow. A text or an
+// exact number that the row above has as well, as what is joined often does, is there once, and so are the
+// columns' names.
 #pragma once
 
 #include <cstddef>
@@ -63,7 +64,8 @@ class RowSet {
     tsql::Value::Kind kind;
   };
 
-  Cell Store(const tsql::Value& value, const tsql::Type& type);
+  // `above` is the cell of the row before; null in the first one.
+  Cell Store(const tsql::Value& value, const tsql::Type& type, const Cell* above);
   const Cell& At(size_t row, size_t column) const { return cells_[row * columns_.size() + column]; }
 
   std::vector<RowColumn> columns_;

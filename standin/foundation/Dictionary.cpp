@@ -15,7 +15,8 @@ namespace {
 
 using com::Variant;
 
-constexpr size_t kFewestSlots = 16;
+// So few names are found one after another, and many dictionaries have no more: the value of a field is one.
+constexpr size_t kMostUnindexed = 4;
 
 wchar_t Upper(wchar_t c) {
   if (c < 0x80) return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - (L'a' - L'A')) : c;
@@ -62,7 +63,11 @@ class Key {
 } // namespace
 
 size_t Dictionary::Find(std::wstring_view key, uint32_t hash) const {
-  if (slots_.empty()) return kAbsent;
+  if (slots_.empty()) {
+    for (size_t i = 0; i < entries_.size(); ++i)
+      if (entries_[i].hash == hash && SameKey(entries_[i].key, key)) return i;
+    return kAbsent;
+  }
   const size_t mask = slots_.size() - 1;
   for (size_t slot = hash & mask; slots_[slot] != 0; slot = (slot + 1) & mask) {
     const Entry& entry = entries_[slots_[slot] - 1];
@@ -103,8 +108,9 @@ void Dictionary::PutValue(const Variant& key, const Variant& value) {
     return;
   }
   entries_.push_back({std::wstring(wanted.text()), wanted.hash(), value});
+  if (slots_.empty() && entries_.size() <= kMostUnindexed) return;
   if (entries_.size() * 2 > slots_.size())
-    Reindex(std::bit_ceil(std::max(entries_.size() * 2 + 1, kFewestSlots)));
+    Reindex(std::bit_ceil(entries_.size() * 2 + 1));
   else
     Index(entries_.size() - 1);
 }
@@ -131,7 +137,7 @@ void Dictionary::Remove(const Variant& key) {
   const size_t entry = Find(wanted.text(), wanted.hash());
   if (entry == kAbsent) return;
   entries_.erase(entries_.begin() + static_cast<ptrdiff_t>(entry));
-  Reindex(slots_.size());
+  if (!slots_.empty()) Reindex(slots_.size());
 }
 
 void Dictionary::Clear() {

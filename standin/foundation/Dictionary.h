@@ -41,7 +41,8 @@ class Dictionary {
   std::vector<com::Variant> KeyTexts() const;
 
   std::vector<Entry> entries_;
-  // Open addressing: the number of an entry plus one, 0 where the slot is free. At most half full.
+  // Open addressing: the number of an entry plus one, 0 where the slot is free. At most half full; empty
+  // while there are few entries.
   std::vector<uint32_t> slots_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
+#include "com/RecordsetRows.h"
 #include "com/ValueText.h"
 #include "standin/ado/Connection.h"
 #include "standin/foundation/Dictionary.h"
@@ -70,7 +71,8 @@ const BillPackage::BillKind& BillPackage::KindOf(int32_t billTranType) {
 // Inside of a unit of work the unit's connection, else one of its own that stays for the next bill.
 Object BillPackage::Connect(const std::wstring& dsn) {
   if (!UnitOfWork::Current() && connection_ && dsn == dsn_) return connection_;
-  return DataSource(dsn).Connect();
+  if (!source_ || source_->descriptor() != dsn) source_.emplace(dsn);
+  return source_->Connect();
 }
 
 // Whether the data is what it was when the loaded bill was asked for. A server that cannot tell has changed
@@ -170,23 +172,23 @@ BillPackage::Bill& BillPackage::LoadedWithLines() {
   std::unordered_map<int32_t, size_t> positions;
   const Object ids = Rows(std::wstring(L"SELECT FEntryID FROM ") + KindOf(billTranType_).lines +
                           L" WHERE FInterID = " + id + L" ORDER BY FEntryID");
-  for (const RowOf row(ids); !ids.Get(L"EOF").AsBool(); ids.Call(L"MoveNext")) {
+  com::ForEachRow(ids, [&](const VARIANT* row) {
     const auto line = com::Make<Dictionary>();
-    const Variant entryId = row[L"FEntryID"];
+    const Variant entryId(row[0]);
     line->object().PutValue(L"FEntryID", entryId);
     positions[entryId.AsLong()] = bill.lines.size();
     bill.lines.emplace_back();
     entries->object().Add(com::ToObject(line));
-  }
+  });
   const Object values =
       Rows(L"SELECT FEntryID, FFieldName, FID, FName FROM ICUserDefinedValue WHERE "
            L"FTranType = " +
            std::to_wstring(billTranType_) + L" AND FInterID = " + id + L" AND FEntryID <> 0");
-  for (const RowOf row(values); !values.Get(L"EOF").AsBool(); values.Call(L"MoveNext")) {
-    const auto position = positions.find(row[L"FEntryID"].AsLong());
+  com::ForEachRow(values, [&](const VARIANT* row) {
+    const auto position = positions.find(Variant(row[0]).AsLong());
     if (position != positions.end())
-      bill.lines[position->second].push_back({row[L"FFieldName"], row[L"FID"], row[L"FName"]});
-  }
+      bill.lines[position->second].push_back({Variant(row[1]), Variant(row[2]), Variant(row[3])});
+  });
   linesKept_ += bill.lines.size();
   bill.entries = com::ToObject(entries);
   return bill;

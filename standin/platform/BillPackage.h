@@ -18,6 +18,7 @@
 
 #include "com/Object.h"
 #include "standin/ado/Session.h"
+#include "standin/platform/DataSource.h"
 
 namespace standin {
 
@@ -63,6 +64,7 @@ class BillPackage {
   Bill& LoadedWithLines();
   com::Object Structure(const wchar_t* table, const wchar_t* caption, const wchar_t* position) const;
 
+  std::optional<DataSource> source_; // of the last descriptor: a client hands in the same one at each line
   std::wstring dsn_;
   int32_t billTranType_ = 0;
   int32_t billId_ = 0;

@@ -12,6 +12,8 @@ class DataSource {
  public:
   explicit DataSource(const std::wstring& descriptor) : descriptor_(descriptor) {}
 
+  const std::wstring& descriptor() const { return descriptor_.text(); }
+
   // The current user's id; "0" without one.
   std::wstring UserId() const;
 

@@ -134,8 +134,11 @@ Connection DatabaseImpl::Connect() const {
                               : Attach("file:/tsql-" + EncodeUri(name_) + "?vfs=memdb", SQLITE_OPEN_CREATE);
   if (isFile_ && !storage::IsMarked(connection)) Fail(4060, {path_});
   // Pages of a database in memory are copied from there whenever the cache has them no more: a large cache
-  // would only keep them twice.
-  if (isFile_) connection.Run("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
+  // would only keep them twice. The log grows to the size of the cache before it goes into the file: at
+  // SQLite's 1,000 pages a change of a few thousand rows that lie apart would empty it each time.
+  if (isFile_)
+    connection.Run(
+        "PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768; PRAGMA wal_autocheckpoint = 8192");
   return connection;
 }
 

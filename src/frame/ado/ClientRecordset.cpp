@@ -1,20 +1,19 @@
 #include "src/frame/ado/ClientRecordset.h"
 
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ThreadState.h"
 #include "src/frame/ado/Constants.h"
 #include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
 
-using com::Object;
 namespace ado = outside::ado;
 
 } // namespace
 
 ClientRecordset::ClientRecordset(const Connection& connection, Cursor cursor, Lock lock, OnLeave onLeave)
-    : Recordset(Object::Create(ado::kRecordsetProgId), connection.keeper(), onLeave),
-      connection_(connection) {
+    : Recordset(RecordsetClass().Create(), connection.keeper(), onLeave), connection_(connection) {
   object().Put(ado::kActiveConnection, connection.object());
   object().Put(ado::kCursorLocation, ad::kUseClient);
   if (cursor != Cursor::Unspecified) object().Put(ado::kCursorType, static_cast<int32_t>(cursor));

@@ -1,20 +1,20 @@
 #include "src/frame/ado/Command.h"
 
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ThreadState.h"
 #include "src/frame/ado/Constants.h"
 #include "src/log/DiagnosticLog.h"
 
 namespace mbom {
 namespace {
 
-using com::Object;
 using com::Variant;
 namespace ado = outside::ado;
 
 } // namespace
 
 Command::Command(const Connection& connection, const std::wstring& text)
-    : object_(Object::Create(ado::kCommandProgId)), keeper_(connection.keeper()), text_(text) {
+    : object_(CommandClass().Create()), keeper_(connection.keeper()), text_(text) {
   object_.Put(ado::kActiveConnection, connection.object());
   object_.Put(ado::kCommandType, ad::kCmdText);
   object_.Put(ado::kCommandText, text);

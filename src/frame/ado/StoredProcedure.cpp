@@ -1,6 +1,7 @@
 #include "src/frame/ado/StoredProcedure.h"
 
 #include "src/frame/OutsideNames.h"
+#include "src/frame/ThreadState.h"
 #include "src/frame/ado/Constants.h"
 #include "src/log/DiagnosticLog.h"
 
@@ -13,8 +14,7 @@ namespace ado = outside::ado;
 
 } // namespace
 
-StoredProcedure::StoredProcedure(const std::wstring& name)
-    : object_(Object::Create(ado::kCommandProgId)), name_(name) {
+StoredProcedure::StoredProcedure(const std::wstring& name) : object_(CommandClass().Create()), name_(name) {
   object_.Put(ado::kCommandType, ad::kCmdStoredProc);
   object_.Put(ado::kCommandText, name);
 }
@@ -54,7 +54,7 @@ void StoredProcedure::Execute() const {
 
 Recordset StoredProcedure::OpenDetached(const Connection& connection) const {
   object_.Put(ado::kActiveConnection, connection.object());
-  Recordset rows(Object::Create(ado::kRecordsetProgId), connection.keeper());
+  Recordset rows(RecordsetClass().Create(), connection.keeper());
   rows.object().Put(ado::kCursorLocation, ad::kUseClient);
   LoggedStep logged(L"statement", name_);
   rows.object().Call(ado::kOpen, object_, Variant::Missing(), ad::kUnspecified, ad::kUnspecified,

@@ -9,6 +9,10 @@ inline Quantity Of(const wchar_t* text) {
   return *Quantity::Parse(text);
 }
 
+inline Day On(std::chrono::year_month_day day) {
+  return std::chrono::sys_days(day);
+}
+
 inline Item MakeItem(Id id) {
   return {id, L"I" + std::to_wstring(id), L"name " + std::to_wstring(id), 1};
 }
@@ -32,8 +36,8 @@ inline Line MakeLine(Id bom, int32_t entry, Id item, const wchar_t* quantity = L
   line.unit = 1;
   line.quantity = line.quantityInUnit = Of(quantity);
   line.scrap = L"0";
-  line.beginDay = L"1900-01-01";
-  line.endDay = L"2100-01-01";
+  line.beginDay = On(std::chrono::year(1900) / 1 / 1);
+  line.endDay = On(std::chrono::year(2100) / 1 / 1);
   return line;
 }
 

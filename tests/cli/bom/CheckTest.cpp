@@ -71,23 +71,23 @@ TEST(BomCheck, FindsWhatIsNotThere) {
 }
 
 TEST(BomCheck, FindsLinesOfOneItemThatAreValidOnTheSameDay) {
+  using namespace std::chrono_literals;
   Graph graph = Sound(3);
   graph.Add(MakeBom(1));
-  const auto add = [&](int32_t entry, Id item, const wchar_t* from, const wchar_t* to,
-                       int32_t operation = 0) {
+  const auto add = [&](int32_t entry, Id item, Day from, Day to, int32_t operation = 0) {
     Line line = MakeLine(1, entry, item);
     line.beginDay = from;
     line.endDay = to;
     line.operation = operation;
     graph.Add(line);
   };
-  add(1, 2, L"2026-01-01", L"2026-12-31");
-  add(2, 2, L"2026-03-01", L"2026-03-31");
-  add(3, 2, L"2026-12-31", L"2027-01-31");
-  add(4, 2, L"2027-02-01", L"2027-02-28");
-  add(5, 2, L"2026-01-01", L"2026-12-31", 10); // another operation
-  add(6, 3, L"2026-06-01", L"2026-01-01");     // never valid
-  add(7, 3, L"2026-01-01", L"2026-12-31");
+  add(1, 2, On(2026y / 1 / 1), On(2026y / 12 / 31));
+  add(2, 2, On(2026y / 3 / 1), On(2026y / 3 / 31));
+  add(3, 2, On(2026y / 12 / 31), On(2027y / 1 / 31));
+  add(4, 2, On(2027y / 2 / 1), On(2027y / 2 / 28));
+  add(5, 2, On(2026y / 1 / 1), On(2026y / 12 / 31), 10); // another operation
+  add(6, 3, On(2026y / 6 / 1), On(2026y / 1 / 1));       // never valid
+  add(7, 3, On(2026y / 1 / 1), On(2026y / 12 / 31));
   EXPECT_EQ(
       Found(graph),
       (Findings{

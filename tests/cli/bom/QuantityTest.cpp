@@ -20,6 +20,15 @@ TEST(Quantity, ReadsDecimalNumbers) {
     EXPECT_EQ(ReadBack(text), L"(none)") << text;
 }
 
+TEST(Quantity, IsReadFromDigitsAndAScale) {
+  EXPECT_EQ(Quantity::Scaled(0, 10, false).Text(), L"0");
+  EXPECT_EQ(Quantity::Scaled(0, 0, true).Text(), L"0");
+  EXPECT_EQ(Quantity::Scaled(10000000000, 10, false).Text(), L"1");
+  EXPECT_EQ(Quantity::Scaled(333333333, 10, true).Text(), L"-0.0333333333");
+  EXPECT_EQ(Quantity::Scaled(18446744073709551615u, 10, false).Text(), L"1844674407.3709551615");
+  EXPECT_EQ(Quantity::Scaled(25, 1, false), *Quantity::Parse(L"2.5"));
+}
+
 TEST(Quantity, StaysExact) {
   const Quantity third = Quantity::One() / *Quantity::Parse(L"3");
   EXPECT_EQ((third * *Quantity::Parse(L"3")).Text(), L"1");

@@ -57,6 +57,34 @@ TEST(RowSet, GivesWholeNumbersInTheirColumnsType) {
   EXPECT_EQ(big.raw().llVal, 9007199254740993);
 }
 
+TEST(RowSet, TellsWhatRepeatsFromWhatDoesNot) {
+  const std::array columns{tsql::Column{"t", {.id = TypeId::NVarChar}, true},
+                           tsql::Column{"d", {.id = TypeId::Decimal, .precision = 10, .scale = 2}, true}};
+  const tsql::Value null;
+  const std::vector<std::array<tsql::Value, 2>> values{
+      {Text("a"), Exact(150, 0, 2, false)},
+      {Text("a"), Exact(150, 0, 2, false)},
+      {Text("ab"), Exact(150, 0, 2, true)},
+      {Text("A"), Exact(151, 0, 2, true)},
+      {null, null},
+      {Text("A"), Exact(151, 0, 2, true)},
+      {Text(""), Exact(0, 1, 2, false)},
+      {Text("b"), Exact(0, 0, 2, false)},
+  };
+  RowSet rows(columns);
+  for (const auto& row : values) rows.Append(row);
+  const std::array texts{L"a", L"a", L"ab", L"A", L"", L"A", L"", L"b"};
+  const std::array decimals{L"1.5", L"1.5", L"-1.5", L"-1.51", L"", L"-1.51", L"184467440737095516.16", L"0"};
+  for (size_t i = 0; i < values.size(); ++i) {
+    const bool isNull = i == 4;
+    EXPECT_EQ(rows.Value(i, 0).IsNull(), isNull) << i;
+    EXPECT_EQ(rows.Value(i, 1).IsNull(), isNull) << i;
+    if (isNull) continue;
+    EXPECT_EQ(rows.Value(i, 0), Variant(texts[i])) << i;
+    EXPECT_EQ(rows.Value(i, 1).AsText(), decimals[i]) << i;
+  }
+}
+
 TEST(RowSet, GivesNullForEveryType) {
   EXPECT_TRUE(Convert({.id = TypeId::Int}, {}).IsNull());
   EXPECT_TRUE(Convert({.id = TypeId::NVarChar, .length = 10}, {}).IsNull());

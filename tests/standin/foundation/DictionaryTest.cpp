@@ -68,6 +68,27 @@ TEST(Dictionary, TakesNamesOfOtherTypesAsText) {
   EXPECT_EQ(dictionary.Call(L"Exists", L"1.5"), Variant(true));
 }
 
+TEST(Dictionary, FindsEveryNameWhileItGrowsAndShrinks) {
+  constexpr int kNames = 12;
+  const Object dictionary = NewDictionary();
+  const auto nameOf = [](int number) { return L"n" + std::to_wstring(number); };
+  for (int count = 1; count <= kNames; ++count) {
+    dictionary.Put(L"Value", nameOf(count), count);
+    for (int number = 1; number <= kNames; ++number)
+      EXPECT_EQ(dictionary.Call(L"Exists", nameOf(number)), Variant(number <= count))
+          << number << " of " << count;
+  }
+  for (int count = kNames; count > 0; --count) {
+    dictionary.Call(L"Remove", nameOf(count));
+    dictionary.Put(L"Value", L"new", count);
+    EXPECT_EQ(dictionary.Get(L"Value", L"new"), Variant(count));
+    for (int number = 1; number < count; ++number)
+      EXPECT_EQ(dictionary.Get(L"Value", nameOf(number)), Variant(number)) << number << " of " << count;
+    dictionary.Call(L"Remove", L"new");
+  }
+  EXPECT_EQ(dictionary.Get(L"Count"), Variant(0));
+}
+
 TEST(Dictionary, KeepsTheOrderOverRemovalAndReinsertion) {
   const Object dictionary = NewDictionary();
   for (const wchar_t* key : {L"c", L"a", L"b", L"d"}) dictionary.Put(L"Value", key, key);
