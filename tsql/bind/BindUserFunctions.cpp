@@ -181,8 +181,8 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
       Fail(aliases.size() < columns.size() ? 8158 : 8159, {entry.exposed});
     for (size_t i = 0; i < columns.size(); ++i) {
       node->columns.push_back({columns[i].name, columns[i].type, true});
-      entry.columns.push_back(
-          {aliases.empty() ? columns[i].name : aliases[i], ResultColumnName(i), columns[i].type, true});
+      entry.columns.push_back({aliases.empty() ? columns[i].name : aliases[i], ResultColumnName(i),
+                               columns[i].type, true, columns[i].collation.value_or(NamedCollation())});
     }
   }
   MarkApplied(*node, entry.columns.size(), scope, visible);

@@ -137,7 +137,8 @@ struct ColumnDefinition {
   std::string defaultName;  // of its constraint; empty where none was given
   std::string computedText; // source of a computed column's expression
   bool isPersisted = false;
-  bool withValues = false; // rows that are there get the default
+  bool withValues = false;                 // rows that are there get the default
+  std::optional<NamedCollation> collation; // where one is given
   int line = 1;
 };
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,11 +30,23 @@ std::string_view TrimTrailingBlanks(std::string_view text);
 int CompareText(std::string_view left, std::string_view right);
 bool EqualNames(std::string_view left, std::string_view right);
 
-// The collations that an expression may ask for beside the default one. They tell cases apart: in the first
-// one small letters come before their capitals, in the second one the code points decide.
+// What a collation may mean. All but the default one tell cases apart: in the first of them small letters
+// come before their capitals, in the second one the code points decide.
 enum class CollationId : uint8_t { Default, CaseSensitive, Binary };
 int CompareCased(std::string_view left, std::string_view right);
 int ComparePoints(std::string_view left, std::string_view right);
+
+// A collation by its name, of which many mean the same. That of the database has none here.
+struct NamedCollation {
+  CollationId id = CollationId::Default;
+  std::string name;
+  bool operator==(const NamedCollation&) const = default;
+};
+inline constexpr std::string_view kDatabaseCollation = "Chinese_PRC_CI_AS";
+// None where no collation that the engine knows has the name.
+std::optional<NamedCollation> FindCollation(std::string_view name);
+// As messages and system views have it.
+std::string_view CollationName(std::string_view name);
 
 enum class TrailingBlanks : uint8_t { Kept, Ignored };
 
@@ -42,8 +55,9 @@ enum class TrailingBlanks : uint8_t { Kept, Ignored };
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape,
                TrailingBlanks blanks = TrailingBlanks::Kept, CollationId collation = CollationId::Default);
 
-// The byte position of `needle` in `text` from `start` on, without regard to case; npos when it is not there.
-// `length` receives the byte length of what matched.
-size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length);
+// The byte position of `needle` in `text` from `start` on; npos when it is not there. `length` receives the
+// byte length of what matched.
+size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length,
+                CollationId collation = CollationId::Default);
 
 } // namespace tsql

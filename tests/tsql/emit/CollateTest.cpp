@@ -76,7 +76,7 @@ TEST_F(CollateTest, Errors) {
   EXPECT_EQ(ErrorText("SELECT 'a' COLLATE nothing"), "448 1 Invalid collation 'nothing'.");
   EXPECT_EQ(
       ErrorText("SELECT id FROM w WHERE a COLLATE Latin1_General_BIN = n COLLATE Latin1_General_CS_AS"),
-      "468 1 Cannot resolve the collation conflict between \"Latin1_General_BIN\" and \"Latin1_General_CS_AS\" in "
+      "468 1 Cannot resolve the collation conflict between \"Latin1_General_CS_AS\" and \"Latin1_General_BIN\" in "
       "the equal to operation.");
   EXPECT_EQ(ErrorOf("SELECT a COLLATE Latin1_General_BIN + n COLLATE Latin1_General_CI_AS FROM w"), 468);
   EXPECT_EQ(ErrorOf("SELECT a FROM w GROUP BY a COLLATE Latin1_General_BIN"), 8120);
