@@ -7,6 +7,7 @@
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
 #include "tsql/values/DateText.h"
@@ -87,6 +88,12 @@ bool GivesCollation(const BoundExpr& expr, size_t arg) {
   }
   default: return true;
   }
+}
+
+// Whether it is an aggregate that compares the values of the rows.
+bool ComparesRows(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Aggregate &&
+         (expr.distinct || expr.aggregate == AggregateId::Min || expr.aggregate == AggregateId::Max);
 }
 
 bool IsSameCollation(const BoundExpr& left, const BoundExpr& right) {
@@ -187,8 +194,7 @@ BoundExprPtr Binder::Bind(const Expr& expr) {
 void Binder::InheritCollation(BoundExpr& expr) {
   if (expr.strength != CollationStrength::Coercible || expr.args.empty()) return;
   if (IsSearching(expr)) UnifyCollations(Pointers(expr.args), OperationOf(expr));
-  const bool isAggregate = expr.kind == BoundExpr::Kind::Aggregate;
-  if (isAggregate) RequireCollation(*expr.args[0], OperationOf(expr));
+  if (ComparesRows(expr)) RequireCollation(*expr.args[0], OperationOf(expr));
   if (!IsText(expr.type)) return;
   for (size_t i = 0; i < expr.args.size(); ++i)
     if (expr.args[i]->strength != CollationStrength::Coercible && GivesCollation(expr, i))
@@ -199,14 +205,22 @@ void Binder::InheritCollation(BoundExpr& expr) {
 std::string_view Binder::OperationOf(const BoundExpr& expr) {
   switch (expr.kind) {
   case BoundExpr::Kind::Arithmetic: return OperatorName(expr.arithmetic);
-  case BoundExpr::Kind::Case: return "CASE";
-  case BoundExpr::Kind::Aggregate: return expr.aggregate == AggregateId::Min ? "min" : "max";
+  case BoundExpr::Kind::Aggregate:
+    return expr.aggregate == AggregateId::Min ? "min" : expr.aggregate == AggregateId::Max ? "max" : "count";
+  case BoundExpr::Kind::Window:
+    for (const WindowEntry& entry : WindowTable())
+      if (entry.window == expr.window) return entry.name;
+    break;
+  case BoundExpr::Kind::Function:
+    // These are cases of CASE to the server.
+    if (expr.function == FunctionId::Coalesce) break;
+    if (expr.function == FunctionId::NullIf) return OperatorName(CompareOp::Equal);
+    for (const FunctionEntry& entry : FunctionTable())
+      if (entry.function == expr.function) return entry.name;
+    break;
   default: break;
   }
-  if (expr.function == FunctionId::Coalesce) return "CASE";
-  for (const FunctionEntry& entry : FunctionTable())
-    if (entry.function == expr.function) return entry.name;
-  return "function";
+  return "CASE";
 }
 
 void Binder::CombineCollations(BoundExpr& expr, const BoundExpr& other, std::string_view operation) {

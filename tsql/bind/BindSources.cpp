@@ -5,6 +5,7 @@
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {

@@ -142,7 +142,13 @@ BoundSourcePtr Binder::BindSplit(const TableSource& source, Scope& scope, Scope*
   entry.exposed = entry.isAlias ? source.alias : kName;
   if (aliases.size() > 1) Fail(8159, {entry.exposed});
   node->columns.push_back({kColumn, type, false});
-  entry.columns.push_back({aliases.empty() ? kColumn : aliases[0], ResultColumnName(0), type, false});
+  // The separator is found whatever its collation, but that of the text is its parts' too.
+  RequireCollation(*node->args[0], kName);
+  entry.columns.push_back({aliases.empty() ? kColumn : aliases[0],
+                           ResultColumnName(0),
+                           type,
+                           false,
+                           {node->args[0]->collation, node->args[0]->collationName}});
   MarkApplied(*node, entry.columns.size(), scope, visible);
   node->id = nextSource_++;
   entry.id = node->id;

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "tsql/values/CollationNames.h"
+
 namespace tsql {
 namespace {
 

@@ -7,6 +7,7 @@
 #include "tsql/functions/ServerTypes.h"
 #include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameText.h"
 

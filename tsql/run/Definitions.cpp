@@ -7,6 +7,7 @@
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {

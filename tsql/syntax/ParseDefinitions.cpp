@@ -189,9 +189,7 @@ NamedCollation Parser::ParseCollation() {
   const int line = Current().line;
   const std::string name = TakeName();
   if (std::optional<NamedCollation> known = FindCollation(name)) return std::move(*known);
-  const std::string lower = ToLower(name);
-  const auto has = [&lower](std::string_view part) { return lower.find(part) != std::string::npos; };
-  if (has("_ci_ai") || has("_cs_ai")) Refuse("A collation that ignores accents", line);
+  if (IgnoresAccents(name)) Refuse("A collation that ignores accents", line);
   Fail(448, {name}, line);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tsql/syntax/QueryTree.h"
+#include "tsql/values/CollationNames.h"
 
 namespace tsql {
 

@@ -265,22 +265,6 @@ bool EqualNames(std::string_view left, std::string_view right) {
   return left == right || CompareText(left, right) == 0; // most are written alike
 }
 
-// Whether a collation tells widths and kinds of kana apart makes no difference here.
-std::optional<NamedCollation> FindCollation(std::string_view name) {
-  const std::string lower = ToLower(name);
-  const auto has = [&lower](std::string_view part) { return lower.find(part) != std::string::npos; };
-  if (lower == "database_default" || EqualNames(name, kDatabaseCollation)) return NamedCollation();
-  if (has("_ci_as")) return NamedCollation{CollationId::Default, std::string(name)};
-  if (has("_cs_as")) return NamedCollation{CollationId::CaseSensitive, std::string(name)};
-  if (lower.ends_with("_bin") || lower.ends_with("_bin2"))
-    return NamedCollation{CollationId::Binary, std::string(name)};
-  return std::nullopt;
-}
-
-std::string_view CollationName(std::string_view name) {
-  return name.empty() ? kDatabaseCollation : name;
-}
-
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape, TrailingBlanks blanks,
                CollationId collation) {
   switch (collation) {

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,18 +34,6 @@ bool EqualNames(std::string_view left, std::string_view right);
 enum class CollationId : uint8_t { Default, CaseSensitive, Binary };
 int CompareCased(std::string_view left, std::string_view right);
 int ComparePoints(std::string_view left, std::string_view right);
-
-// A collation by its name, of which many mean the same. That of the database has none here.
-struct NamedCollation {
-  CollationId id = CollationId::Default;
-  std::string name;
-  bool operator==(const NamedCollation&) const = default;
-};
-inline constexpr std::string_view kDatabaseCollation = "Chinese_PRC_CI_AS";
-// None where no collation that the engine knows has the name.
-std::optional<NamedCollation> FindCollation(std::string_view name);
-// As messages and system views have it.
-std::string_view CollationName(std::string_view name);
 
 enum class TrailingBlanks : uint8_t { Kept, Ignored };
 

@@ -127,6 +127,7 @@ TEST_F(ColumnCollationsTest, Precedence) {
         "REPLACE(ci, cs, '') = ''", "LEFT(cs, 1) = ci", "LTRIM(cs) + 'x' = ci", "CAST(cs AS CHAR(3)) = ci",
         "ISNULL(cs, '') = ci"})
     EXPECT_EQ(ErrorOf("SELECT id FROM t WHERE " + condition), 468) << condition;
+  EXPECT_EQ(Where("NULLIF(ci, UPPER(cs) COLLATE Chinese_PRC_BIN) IS NULL"), "23");
   // Names decide, and not what they mean.
   Must(
       "CREATE TABLE other (c VARCHAR(10) COLLATE Latin1_General_CI_AS, d VARCHAR(10) COLLATE database_default)");
@@ -165,6 +166,13 @@ TEST_F(ColumnCollationsTest, WhatHasNoCollation) {
       "value is unresolved due to a collation conflict between \"Chinese_PRC_CI_AS\" and \"Chinese_PRC_CS_AS\" "
       "in add operator.");
   EXPECT_EQ(ErrorOf("UPDATE t SET ci = cs + ci"), 457);
+  EXPECT_EQ(ErrorOf("DECLARE @v VARCHAR(9) UPDATE t SET @v = cs + ci"), 457);
+  EXPECT_EQ(
+      ErrorText("SELECT LAG(cs, 1, ci) OVER (ORDER BY id) FROM t"),
+      "451 1 Cannot resolve collation conflict between \"Chinese_PRC_CI_AS\" and \"Chinese_PRC_CS_AS\" in lag "
+      "operator occurring in SELECT statement column 1.");
+  EXPECT_EQ(ErrorOf("SELECT COUNT(DISTINCT cs + ci) FROM t"), 446);
+  EXPECT_EQ(Rows("SELECT COUNT(cs + ci) FROM t"), Lines({"4"}));
   // What does not depend on a collation may have none, and COLLATE gives one.
   EXPECT_EQ(Where("LEN(cs + ci) > 2"), "");
   EXPECT_EQ(Rows("SELECT (cs + ci) COLLATE DATABASE_DEFAULT FROM t WHERE id = 1"), Lines({"bb"}));
@@ -300,6 +308,9 @@ TEST_F(ColumnCollationsTest, OtherKindsOfTables) {
        " INSERT @r VALUES (@x), (UPPER(@x)) RETURN END");
   EXPECT_EQ(Rows("SELECT a FROM f('q') WHERE a = 'Q'"), Lines({"Q"}));
   EXPECT_EQ(ErrorOf("SELECT 1 FROM f('q') JOIN t ON a = ci"), 468);
+  EXPECT_EQ(
+      Rows("SELECT value FROM t CROSS APPLY STRING_SPLIT(cs + ',Q', ',') WHERE value = 'q' OR value = 'B'"),
+      Lines({"B"}));
   Must("CREATE FUNCTION g (@x VARCHAR(5)) RETURNS TABLE AS RETURN SELECT id, cs FROM t WHERE cs = @x");
   EXPECT_EQ(Rows("SELECT id FROM g('B') WHERE cs <> 'b'"), Lines({"3"}));
   // What a scalar function returns is like a variable.
