@@ -187,7 +187,8 @@ BoundExprPtr Binder::Bind(const Expr& expr) {
   if (groupings_ > 0)
     if (BoundExprPtr key = FindKey(expr)) return key;
   BoundExprPtr node = BindKind(expr);
-  InheritCollation(*node);
+  // A variable may stand for an argument of an inline function, whose collation it has not.
+  if (expr.kind != ExprKind::Variable) InheritCollation(*node);
   return groupings_ > 0 ? TakeGrouped(std::move(node)) : std::move(node);
 }
 

@@ -93,6 +93,10 @@ BoundExprPtr Binder::BindInlinedParameter(const Expr& expr) {
     inlined_ = &inlined;
     std::swap(commons_, *inlined.commons);
     scope_ = savedScope;
+    // The parameter is like a variable, whatever it stands for.
+    value->strength = CollationStrength::Coercible;
+    value->collation = CollationId::Default;
+    value->collationName.clear();
     return value;
   }
   Fail(137, {expr.text});

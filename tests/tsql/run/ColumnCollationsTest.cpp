@@ -313,6 +313,13 @@ TEST_F(ColumnCollationsTest, OtherKindsOfTables) {
       Lines({"B"}));
   Must("CREATE FUNCTION g (@x VARCHAR(5)) RETURNS TABLE AS RETURN SELECT id, cs FROM t WHERE cs = @x");
   EXPECT_EQ(Rows("SELECT id FROM g('B') WHERE cs <> 'b'"), Lines({"3"}));
+  // A parameter is like a variable, whatever stands for it.
+  EXPECT_EQ(Rows("SELECT x.id FROM t x CROSS APPLY g(x.ci) y WHERE x.id = y.id"),
+            Lines({"1", "2", "3", "4"}));
+  Must(
+      "CREATE FUNCTION k (@x VARCHAR(5)) RETURNS TABLE AS RETURN SELECT id FROM t WHERE ci = @x AND @x = 'B'");
+  EXPECT_EQ(Rows("SELECT x.id, y.id FROM t x CROSS APPLY k(x.cs) y ORDER BY 1, 2"),
+            Lines({"1|1", "1|3", "3|1", "3|3"}));
   // What a scalar function returns is like a variable.
   Must("CREATE FUNCTION h (@x VARCHAR(5)) RETURNS VARCHAR(5) AS BEGIN RETURN @x END");
   EXPECT_EQ(Where("dbo.h(cs) = ci"), "1234");
