@@ -295,13 +295,15 @@ TEST_F(ColumnCollationsTest, OtherKindsOfTables) {
                  " INSERT @v VALUES ('a'), ('A') SELECT a FROM @v WHERE a = 'A'"),
             Lines({"A"}));
   for (const std::string name : {"#temp", "##global"}) {
-    Must("CREATE TABLE " + name + " (a VARCHAR(5) COLLATE Chinese_PRC_BIN UNIQUE, b VARCHAR(5))");
-    EXPECT_EQ(
-        Rows("INSERT " + name + " VALUES ('a', 'a'), ('A', 'A') SELECT a FROM " + name + " WHERE a = 'a'"),
-        Lines({"a"}));
+    const std::string create = "CREATE TABLE " + name;
+    const std::string insert = "INSERT " + name + " VALUES ('a', 'a'), ('A', 'A')";
+    Must(create + " (a VARCHAR(5) COLLATE Chinese_PRC_BIN UNIQUE, b VARCHAR(5))");
+    Must(insert);
+    EXPECT_EQ(Rows("SELECT a FROM " + name + " WHERE a = 'a'"), Lines({"a"}));
     // A table of the same name that is made anew has its own collation.
-    Must("DROP TABLE " + name + " CREATE TABLE " + name + " (a VARCHAR(5) UNIQUE, b VARCHAR(5))");
-    EXPECT_EQ(ErrorOf("INSERT " + name + " VALUES ('a', 'a'), ('A', 'A')"), 2627);
+    Must("DROP TABLE " + name);
+    Must(create + " (a VARCHAR(5) UNIQUE, b VARCHAR(5))");
+    EXPECT_EQ(ErrorOf(insert), 2627);
     Must("DROP TABLE " + name);
   }
   Must("CREATE FUNCTION f (@x VARCHAR(5)) RETURNS @r TABLE (a VARCHAR(5) COLLATE Chinese_PRC_CS_AS) AS BEGIN"
