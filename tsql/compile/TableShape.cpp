@@ -93,6 +93,9 @@ void TableShape::BindComputed(TableInfo& table, size_t first) const {
     const BoundExprPtr bound = Binder(catalog_, noVariables, noMarkers).BindComputed(*expr, table);
     if (column.isPersisted && AsksClock(*bound)) Fail(4936, {column.name, table.name});
     column.type = bound->type;
+    if (bound->strength == CollationStrength::Unresolved)
+      Fail(451, {bound->conflict->first, bound->conflict->second, bound->conflict->operation, "CREATE TABLE",
+                 std::to_string(i + 1)});
     column.collation = {bound->collation, bound->collationName};
     if (FamilyOf(column.type.id) == Family::Integer) column.type.precision = 0; // a constant's digits
     // What is computed may be out of range, and is null then under other settings.

@@ -247,6 +247,8 @@ TEST_F(ColumnCollationsTest, ChecksAndComputedColumns) {
   EXPECT_EQ(Rows("SELECT a FROM c WHERE d = 'x!'"), Lines({"x"}));
   EXPECT_EQ(Rows("SELECT a FROM c WHERE e = 'q' OR e = 'R'"), Lines({"Y"}));
   EXPECT_EQ(ErrorOf("SELECT 1 FROM c WHERE d = b"), 468);
+  EXPECT_EQ(ErrorOf("ALTER TABLE c ADD f AS a + b"), 451);
+  EXPECT_EQ(ErrorOf("ALTER TABLE c ADD CHECK (a <> b)"), 468);
   Must("CREATE UNIQUE INDEX ix ON c (e)");
   EXPECT_EQ(Rows("SELECT e FROM c ORDER BY e DESC"), Lines({"R", "Q"}));
 }
