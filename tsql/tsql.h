@@ -119,6 +119,7 @@ struct Column {
   std::string name; // empty where the query gives none
   Type type;
   bool nullable = true;
+  std::string collation = {}; // of a text; empty for the database's
 };
 
 // Receives a batch's output in order. What a call hands over is valid during that call only. A sink may

@@ -28,7 +28,8 @@ void TakeFromRows(BoundExprPtr& expr, int source, std::vector<BoundItem>& taken)
       std::ranges::find_if(taken, [&](const BoundItem& item) { return SameExpr(*item.expr, *expr); });
   BoundExprPtr column = MakeNode(BoundExpr::Kind::Column, expr->type);
   column->nullable = expr->nullable;
-  column->collation = expr->collation;
+  TakeCollation(*column, *expr);
+  column->ownCollation = expr->collation;
   column->source = source;
   column->name = ResultColumnName(static_cast<size_t>(found - taken.begin()));
   if (found == taken.end()) {
@@ -69,7 +70,8 @@ BoundQueryPtr Binder::SortBeforeAssigning(BoundQueryPtr query) {
     if (!isTaken) {
       BoundExprPtr column = MakeNode(BoundExpr::Kind::Column, expr->type);
       column->nullable = expr->nullable;
-      column->collation = expr->collation;
+      TakeCollation(*column, *expr);
+      column->ownCollation = expr->collation;
       column->source = source->id;
       column->name = ResultColumnName(taken.size());
       BoundItem item;

@@ -440,7 +440,10 @@ void Binder::BindAssignments(const UpdateStatement& statement, BoundUpdate& boun
     if (assignment.column.empty()) {
       const int index = FindVariable(variables_, assignment.variable);
       if (index < 0) Fail(137, {assignment.variable});
-      BoundExprPtr value = Convert(Bind(*assignment.value), variables_[static_cast<size_t>(index)].type);
+      const Type& to = variables_[static_cast<size_t>(index)].type;
+      BoundExprPtr value = Bind(*assignment.value);
+      RequireCollation(*value, to);
+      value = Convert(std::move(value), to);
       variables.push_back(AssignVariable(assignment.variable, std::move(value), bound));
       continue;
     }

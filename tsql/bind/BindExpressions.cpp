@@ -7,6 +7,7 @@
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/CodePage.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Conversion.h"
 #include "tsql/values/ConversionRules.h"
 #include "tsql/values/DateText.h"
@@ -74,10 +75,29 @@ std::vector<BoundExpr*> Pointers(const std::vector<BoundExprPtr>& exprs) {
   return pointers;
 }
 
-bool HasCollation(const BoundExpr& expr) {
-  return expr.collation != CollationId::Default ||
-         std::any_of(expr.args.begin(), expr.args.end(),
-                     [](const BoundExprPtr& arg) { return HasCollation(*arg); });
+// Whether the text that the expression makes has the collation of the argument.
+bool GivesCollation(const BoundExpr& expr, size_t arg) {
+  switch (expr.kind) {
+  case BoundExpr::Kind::UserFunction: return false;
+  case BoundExpr::Kind::Aggregate: return arg == 0;
+  case BoundExpr::Kind::Window: return arg < OwnArguments(expr);
+  case BoundExpr::Kind::Case: {
+    const size_t first = expr.hasOperand ? 1 : 0;
+    const bool isElse = expr.hasElse && arg + 1 == expr.args.size();
+    return isElse || (arg >= first && (arg - first) % 2 == 1);
+  }
+  default: return true;
+  }
+}
+
+// Whether it is an aggregate that compares the values of the rows.
+bool ComparesRows(const BoundExpr& expr) {
+  return expr.kind == BoundExpr::Kind::Aggregate &&
+         (expr.distinct || expr.aggregate == AggregateId::Min || expr.aggregate == AggregateId::Max);
+}
+
+bool IsSameCollation(const BoundExpr& left, const BoundExpr& right) {
+  return left.collation == right.collation && EqualNames(left.collationName, right.collationName);
 }
 
 bool IsLaterMoment(TypeId id) {
@@ -142,8 +162,6 @@ BoundExprPtr Binder::BindOverTable(const Expr& expr, const TableInfo& table) {
   inCheck_ = false;
   scope_ = nullptr;
   if (HasGlobal(*bound)) Refuse("A value of the session in a CHECK constraint or computed column");
-  if (HasCollation(*bound))
-    Refuse("A collation that tells cases apart in a CHECK constraint or computed column");
   return bound;
 }
 
@@ -169,33 +187,84 @@ BoundExprPtr Binder::Bind(const Expr& expr) {
   if (groupings_ > 0)
     if (BoundExprPtr key = FindKey(expr)) return key;
   BoundExprPtr node = BindKind(expr);
-  InheritCollation(*node);
+  // A variable may stand for an argument of an inline function, whose collation it has not.
+  if (expr.kind != ExprKind::Variable) InheritCollation(*node);
   return groupings_ > 0 ? TakeGrouped(std::move(node)) : std::move(node);
 }
 
 void Binder::InheritCollation(BoundExpr& expr) {
-  if (expr.collated) return;
-  const bool isSearching = IsSearching(expr);
-  for (const BoundExprPtr& arg : expr.args) {
-    if (!arg->collated) continue;
-    if (isSearching && arg->collation != CollationId::Default)
-      Refuse("A collation that tells cases apart in a function that searches texts");
-    if (!IsText(expr.type)) continue;
-    if (expr.collated && expr.collation != arg->collation)
-      Fail(468, {expr.collationName, arg->collationName, "concat"});
-    TakeCollation(expr, *arg);
-  }
+  if (expr.strength != CollationStrength::Coercible || expr.args.empty()) return;
+  if (IsSearching(expr)) UnifyCollations(Pointers(expr.args), OperationOf(expr));
+  if (ComparesRows(expr)) RequireCollation(*expr.args[0], OperationOf(expr));
+  if (!IsText(expr.type)) return;
+  for (size_t i = 0; i < expr.args.size(); ++i)
+    if (expr.args[i]->strength != CollationStrength::Coercible && GivesCollation(expr, i))
+      CombineCollations(expr, *expr.args[i], OperationOf(expr));
 }
 
-void Binder::UnifyCollations(const std::vector<BoundExpr*>& operands, const char* operation) {
-  const BoundExpr* named = nullptr;
-  for (const BoundExpr* operand : operands) {
-    if (!operand->collated) continue;
-    if (named != nullptr && named->collation != operand->collation)
-      Fail(468, {named->collationName, operand->collationName, operation});
-    named = operand;
+// As messages about collations have it.
+std::string_view Binder::OperationOf(const BoundExpr& expr) {
+  switch (expr.kind) {
+  case BoundExpr::Kind::Arithmetic: return OperatorName(expr.arithmetic);
+  case BoundExpr::Kind::Aggregate:
+    return expr.aggregate == AggregateId::Min ? "min" : expr.aggregate == AggregateId::Max ? "max" : "count";
+  case BoundExpr::Kind::Window:
+    for (const WindowEntry& entry : WindowTable())
+      if (entry.window == expr.window) return entry.name;
+    break;
+  case BoundExpr::Kind::Function:
+    // These are cases of CASE to the server.
+    if (expr.function == FunctionId::Coalesce) break;
+    if (expr.function == FunctionId::NullIf) return OperatorName(CompareOp::Equal);
+    for (const FunctionEntry& entry : FunctionTable())
+      if (entry.function == expr.function) return entry.name;
+    break;
+  default: break;
   }
-  if (named != nullptr && named != operands.front()) TakeCollation(*operands.front(), *named);
+  return "CASE";
+}
+
+void Binder::CombineCollations(BoundExpr& expr, const BoundExpr& other, std::string_view operation) {
+  if (expr.strength < other.strength) return TakeCollation(expr, other);
+  const bool isDecided = other.strength == CollationStrength::Coercible || expr.strength > other.strength ||
+                         expr.strength == CollationStrength::Unresolved;
+  if (isDecided || IsSameCollation(expr, other)) return;
+  const std::string_view first = CollationName(other.collationName);
+  const std::string_view second = CollationName(expr.collationName);
+  if (expr.strength == CollationStrength::Explicit) Fail(468, {first, second, operation});
+  expr.strength = CollationStrength::Unresolved;
+  expr.conflict = std::make_shared<const CollationConflict>(
+      CollationConflict{std::string(first), std::string(second), std::string(operation)});
+}
+
+void Binder::UnifyCollations(const std::vector<BoundExpr*>& operands, std::string_view operation) {
+  const BoundExpr& named = **std::ranges::max_element(operands, {}, [](const BoundExpr* operand) {
+    return operand->strength; // the first one of the strongest
+  });
+  if (named.strength == CollationStrength::Coercible) return;
+  RequireCollation(named, operation);
+  for (const BoundExpr* operand : operands)
+    if (operand->strength == named.strength && !IsSameCollation(*operand, named))
+      Fail(468, {CollationName(operand->collationName), CollationName(named.collationName), operation});
+  if (&named != operands.front()) TakeCollation(*operands.front(), named);
+}
+
+void Binder::RequireCollation(const BoundExpr& expr, std::string_view operation) {
+  if (expr.strength != CollationStrength::Unresolved) return;
+  const CollationConflict& conflict = *expr.conflict;
+  Fail(446, {conflict.first, conflict.second, conflict.operation, operation});
+}
+
+void Binder::RequireCollation(const BoundExpr& expr, const Type& to) {
+  if (expr.strength != CollationStrength::Unresolved) return;
+  const CollationConflict& conflict = *expr.conflict;
+  Fail(457, {TypeName(expr.type.id), TypeName(to.id), conflict.first, conflict.second, conflict.operation});
+}
+
+void Binder::RequireCollation(const BoundExpr& expr, const char* clause, size_t position) {
+  if (expr.strength != CollationStrength::Unresolved) return;
+  const CollationConflict& conflict = *expr.conflict;
+  Fail(451, {conflict.first, conflict.second, conflict.operation, clause, std::to_string(position)});
 }
 
 BoundExprPtr Binder::BindCollate(const Expr& expr) {
@@ -203,7 +272,7 @@ BoundExprPtr Binder::BindCollate(const Expr& expr) {
   if (IsNullConstant(*operand)) operand->type = MakeType(TypeId::VarChar, 1);
   if (!IsText(operand->type)) Fail(447, {TypeName(operand->type.id)});
   BoundExpr named;
-  named.collated = true;
+  named.strength = CollationStrength::Explicit;
   named.collation = expr.collation;
   named.collationName = expr.text;
   TakeCollation(*operand, named);
@@ -521,10 +590,12 @@ BoundExprPtr Binder::BindInQuery(const Expr& expr) {
   BoundExpr item;
   item.kind = BoundExpr::Kind::Column;
   item.type = node->query->columns[0].type;
+  TakeCollation(item, FirstItem(*node->query, 0));
   CheckComparable(*left, item, "equal to");
   const Type common = CommonTypeOf({left.get(), &item});
   if (!IsText(common) || !IsText(left->type)) left = Convert(std::move(left), common);
   if (!IsText(common) || !IsText(item.type)) ConvertColumns(*node->query, {common});
+  if (IsText(common)) UnifyCollations({left.get(), &item}, "equal to");
   node->args.push_back(std::move(left));
   return node;
 }
@@ -540,11 +611,14 @@ BoundExprPtr Binder::BindQuantified(const Expr& expr) {
   BoundExprPtr item = MakeNode(BoundExpr::Kind::Column, node->query->columns[0].type);
   item->source = node->source;
   item->name = ResultColumnName(0);
+  TakeCollation(*item, FirstItem(*node->query, 0));
+  item->ownCollation = item->collation;
   CheckComparable(*left, *item, OperatorName(expr.compare));
   const Type common = CommonTypeOf({left.get(), item.get()});
   const bool isText = IsText(common) && IsText(left->type) && IsText(item->type);
   node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
   node->args.push_back(isText ? std::move(item) : Convert(std::move(item), common));
+  UnifyCollations(Pointers(node->args), OperatorName(expr.compare));
   return node;
 }
 
@@ -556,6 +630,7 @@ BoundExprPtr Binder::BindSubquery(const Expr& expr) {
   if (isExists) return node;
   if (node->query->columns.size() != 1) Fail(116, {});
   node->type = node->query->columns[0].type;
+  TakeCollation(*node, FirstItem(*node->query, 0));
   return node;
 }
 

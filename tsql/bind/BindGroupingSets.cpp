@@ -16,9 +16,8 @@ constexpr size_t kMostKeys = 32;
 BoundExprPtr ColumnOf(int source, size_t column, const BoundExpr& value) {
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Column, value.type);
   node->nullable = value.nullable;
-  node->collated = value.collated;
-  node->collation = value.collation;
-  node->collationName = value.collationName;
+  TakeCollation(*node, value);
+  node->ownCollation = value.collation;
   node->display = value.display;
   node->source = source;
   node->name = ResultColumnName(column);
@@ -55,6 +54,7 @@ void Binder::BindGroupBy(const Select& select, BoundSelect& bound, Grouping& gro
     int outer = 0;
     CountColumns(*key, own, outer);
     if (own == 0) Fail(164, {});
+    RequireCollation(*key, "GROUP BY", keys.size() + 1);
     if (IsLob(key->type.id)) Fail(402, {TypeName(key->type.id), TypeName(key->type.id), "group by"});
     const auto found = std::ranges::find_if(
         bound.groupBy, [&](const BoundExprPtr& other) { return SameExpr(*other, *key); });

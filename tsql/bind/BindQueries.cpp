@@ -32,11 +32,13 @@ bool HasVariable(const BoundExpr& expr) {
                      [](const BoundExprPtr& arg) { return HasVariable(*arg); });
 }
 
-// What uses the columns of an inner query knows nothing of their collations.
-void RefuseCollations(const BoundSelect& select) {
-  for (const BoundItem& item : select.items)
-    if (item.expr->collation != CollationId::Default)
-      Refuse("A collation that tells cases apart in a column of an inner query");
+const char* OperationName(SetOp op) {
+  switch (op) {
+  case SetOp::UnionAll: return "UNION ALL";
+  case SetOp::Except: return "EXCEPT";
+  case SetOp::Intersect: return "INTERSECT";
+  default: return "UNION";
+  }
 }
 
 bool IsUpdateLockWanted(const TableSource& source) {
@@ -69,6 +71,8 @@ BoundQueryPtr Binder::LimitRows(BoundQueryPtr query) {
     column->nullable = query->columns[i].nullable;
     column->source = source->id;
     column->name = ResultColumnName(i);
+    TakeCollation(*column, FirstItem(*query, i));
+    column->ownCollation = column->collation;
     outer->select->items.emplace_back().expr = std::move(column);
   }
   source->query = std::move(query);
@@ -88,6 +92,8 @@ void Binder::RefreshColumns(BoundQuery& query) {
     column.type = item.expr->type;
     if (FamilyOf(column.type.id) == Family::Integer) column.type.precision = 0;
     column.nullable = item.expr->nullable;
+    if (item.variable < 0) RequireCollation(*item.expr, "SELECT", query.columns.size() + 1);
+    column.collation = item.expr->collationName;
     query.columns.push_back(std::move(column));
   }
 }
@@ -103,7 +109,6 @@ BoundQueryPtr Binder::BindQuery(const Query& query, bool isInner) {
   if (query.op == SetOp::None) {
     bound = std::make_unique<BoundQuery>();
     bound->select = BindSelect(*query.select, query.orderBy, bound->orderBy);
-    if (isInner || query.select->into) RefuseCollations(*bound->select);
     if (query.select->into) bound->identity = std::exchange(intoIdentity_, std::nullopt);
     RefreshColumns(*bound);
   } else {
@@ -125,7 +130,6 @@ BoundQueryPtr Binder::BindSetOperation(const Query& query) {
   for (const BoundQuery* branch : {bound->left.get(), bound->right.get()}) {
     if (branch->op != SetOp::None) continue;
     if (branch->select->items.front().variable >= 0) Fail(10734, {});
-    RefuseCollations(*branch->select);
   }
   const std::vector<Column>& left = bound->left->columns;
   const std::vector<Column>& right = bound->right->columns;
@@ -142,9 +146,27 @@ BoundQueryPtr Binder::BindSetOperation(const Query& query) {
   }
   ConvertColumns(*bound->left, types);
   ConvertColumns(*bound->right, types);
+  UnifyColumns(*bound->left, *bound->right, query.op);
   for (size_t i = 0; i < left.size(); ++i)
-    bound->columns.push_back({left[i].name, types[i], left[i].nullable || right[i].nullable});
+    bound->columns.push_back(
+        {left[i].name, types[i], left[i].nullable || right[i].nullable, left[i].collation});
   return bound;
+}
+
+// The collations of the columns of both go to those of the first one.
+void Binder::UnifyColumns(BoundQuery& left, BoundQuery& right, SetOp op) {
+  for (size_t i = 0; i < left.columns.size(); ++i) {
+    if (!IsText(left.columns[i].type)) continue;
+    BoundExpr& item = FirstItem(left, i);
+    // UNION ALL compares nothing, so that the column is in want of a collation only where it is used.
+    if (op == SetOp::UnionAll) {
+      CombineCollations(item, FirstItem(right, i), OperationName(op));
+      RequireCollation(item, "SELECT", i + 1);
+    } else {
+      UnifyCollations({&item, &FirstItem(right, i)}, OperationName(op));
+    }
+    left.columns[i].collation = item.collationName;
+  }
 }
 
 void Binder::ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const {
@@ -318,7 +340,9 @@ void Binder::BindAssignmentItem(const SelectItem& item, BoundSelect& bound) {
   if (index < 0) Fail(137, {item.variable});
   BoundItem target;
   target.variable = index;
-  target.expr = Convert(Bind(*item.expr), variables_[static_cast<size_t>(index)].type);
+  target.expr = Bind(*item.expr);
+  RequireCollation(*target.expr, variables_[static_cast<size_t>(index)].type);
+  target.expr = Convert(std::move(target.expr), variables_[static_cast<size_t>(index)].type);
   bound.items.push_back(std::move(target));
 }
 
@@ -371,6 +395,7 @@ BoundOrder Binder::BindOrderItem(const OrderItem& item, size_t position, const B
     if (order.ordinal >= 0) return order;
   }
   order.expr = Bind(expr);
+  RequireCollation(*order.expr, "ORDER BY", position);
   if (IsConstant(*order.expr)) Fail(HasVariable(*order.expr) ? 1008 : 408, {std::to_string(position)});
   for (size_t i = 0; i < select.items.size() && order.ordinal < 0; ++i)
     if (SameExpr(*order.expr, *select.items[i].expr)) order.ordinal = static_cast<int>(i);

@@ -5,6 +5,7 @@
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -61,7 +62,7 @@ bool HasApplied(const BoundSource& source) {
 std::vector<Binder::ScopeColumn> Binder::ColumnsOf(const TableInfo& table) {
   std::vector<ScopeColumn> columns;
   for (const ColumnInfo& column : table.columns)
-    columns.push_back({column.name, column.name, column.type, column.nullable});
+    columns.push_back({column.name, column.name, column.type, column.nullable, column.collation});
   return columns;
 }
 
@@ -78,6 +79,7 @@ std::vector<Binder::ScopeColumn> Binder::ColumnsOf(const BoundQuery& query,
     for (const ScopeColumn& other : columns)
       if (EqualNames(other.name, columnName)) Fail(8156, {columnName, name});
     columns.push_back({columnName, ResultColumnName(i), column.type, column.nullable});
+    if (!column.collation.empty()) columns.back().collation = FindCollation(column.collation).value();
   }
   return columns;
 }
@@ -238,6 +240,7 @@ TablePtr Binder::ViewTable(const ModuleInfo& view) {
     ColumnInfo& info = table.columns.emplace_back();
     info.name = column.name;
     info.type = column.type;
+    info.collation = column.collation;
   }
   return std::make_shared<const TableInfo>(std::move(table));
 }
@@ -334,7 +337,11 @@ Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& 
     // Texts of different lengths need no conversion.
     const bool isAlike = IsText(value->type) && IsText(type) && !IsFixedLength(type.id);
     if (!isAlike) value = Convert(std::move(value), type);
+    if (IsText(type)) CombineCollations(*rows.front()[column], *value, "UNION ALL");
   }
+  const BoundExpr& first = *rows.front()[column];
+  RequireCollation(first, "SELECT", column + 1);
+  result.collation = {first.collation, first.collationName};
   return result;
 }
 
@@ -409,7 +416,10 @@ bool Binder::BindRecursive(const CommonTable& table, BoundCommon& bound) {
   std::vector<Type> types;
   for (const Column& column : anchor->columns) {
     const size_t index = types.size();
-    if (!(member->columns[index].type == column.type))
+    const BoundExpr& item = FirstItem(*member, index);
+    const bool isCollated =
+        item.strength == CollationStrength::Coercible || EqualNames(item.collationName, column.collation);
+    if (!(member->columns[index].type == column.type) || !isCollated)
       Fail(240, {commons_.back().columns[index].name, table.name});
     types.push_back(column.type);
   }

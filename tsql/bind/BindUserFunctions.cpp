@@ -93,6 +93,10 @@ BoundExprPtr Binder::BindInlinedParameter(const Expr& expr) {
     inlined_ = &inlined;
     std::swap(commons_, *inlined.commons);
     scope_ = savedScope;
+    // The parameter is like a variable, whatever it stands for.
+    value->strength = CollationStrength::Coercible;
+    value->collation = CollationId::Default;
+    value->collationName.clear();
     return value;
   }
   Fail(137, {expr.text});
@@ -142,7 +146,13 @@ BoundSourcePtr Binder::BindSplit(const TableSource& source, Scope& scope, Scope*
   entry.exposed = entry.isAlias ? source.alias : kName;
   if (aliases.size() > 1) Fail(8159, {entry.exposed});
   node->columns.push_back({kColumn, type, false});
-  entry.columns.push_back({aliases.empty() ? kColumn : aliases[0], ResultColumnName(0), type, false});
+  // The separator is found whatever its collation, but that of the text is its parts' too.
+  RequireCollation(*node->args[0], kName);
+  entry.columns.push_back({aliases.empty() ? kColumn : aliases[0],
+                           ResultColumnName(0),
+                           type,
+                           false,
+                           {node->args[0]->collation, node->args[0]->collationName}});
   MarkApplied(*node, entry.columns.size(), scope, visible);
   node->id = nextSource_++;
   entry.id = node->id;
@@ -181,8 +191,8 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
       Fail(aliases.size() < columns.size() ? 8158 : 8159, {entry.exposed});
     for (size_t i = 0; i < columns.size(); ++i) {
       node->columns.push_back({columns[i].name, columns[i].type, true});
-      entry.columns.push_back(
-          {aliases.empty() ? columns[i].name : aliases[i], ResultColumnName(i), columns[i].type, true});
+      entry.columns.push_back({aliases.empty() ? columns[i].name : aliases[i], ResultColumnName(i),
+                               columns[i].type, true, columns[i].collation.value_or(NamedCollation())});
     }
   }
   MarkApplied(*node, entry.columns.size(), scope, visible);

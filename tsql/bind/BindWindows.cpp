@@ -117,11 +117,15 @@ void Binder::BindOver(const Expr& expr, BoundExpr& node) {
   node.over = std::make_unique<BoundWindow>();
   node.over->partitions = window.partitionBy.size();
   node.over->frame = window.frame;
-  for (const ExprPtr& each : window.partitionBy) node.args.push_back(Bind(*each));
+  for (const ExprPtr& each : window.partitionBy) {
+    node.args.push_back(Bind(*each));
+    RequireCollation(*node.args.back(), "PARTITION BY");
+  }
   for (const OrderItem& item : window.orderBy) {
     if (item.expr->kind == ExprKind::Literal)
       Fail(item.expr->literal == TokenKind::Integer ? 5308 : 5309, {});
     node.args.push_back(Bind(*item.expr));
+    RequireCollation(*node.args.back(), "ORDER BY");
     node.over->descending.push_back(item.descending);
   }
   CheckFrame(window.frame, !window.orderBy.empty());

@@ -61,6 +61,7 @@ BoundExprPtr Binder::ConvertText(BoundExprPtr expr) const {
 }
 
 BoundExprPtr Binder::Assign(BoundExprPtr expr, const Type& to) const {
+  RequireCollation(*expr, to);
   if (expr->type == to) return expr;
   const Family family = FamilyOf(to.id);
   const bool isString = family == Family::Text || family == Family::Binary;
@@ -160,7 +161,12 @@ BoundExprPtr Binder::MakeColumn(const ScopeSource& source, const ScopeColumn& co
   node->nullable = column.nullable;
   node->source = source.id;
   node->name = column.sqlName;
-  node->baseColumn = source.isTable;
+  if (IsText(column.type)) {
+    node->strength = CollationStrength::Implicit;
+    node->collation = node->ownCollation = column.collation.id;
+    node->collationName = column.collation.name;
+  }
+  node->baseColumn = source.isTable && node->collation == CollationId::Default;
   node->display = source.exposed.empty() ? column.name : source.exposed + "." + column.name;
   return node;
 }

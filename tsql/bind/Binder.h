@@ -96,6 +96,7 @@ class Binder {
     std::string sqlName;
     Type type;
     bool nullable = true;
+    NamedCollation collation = {};
   };
   struct ScopeSource {
     int id = 0;
@@ -162,9 +163,17 @@ class Binder {
   BoundExprPtr BindKind(const Expr& expr);
   BoundExprPtr BindOverTable(const Expr& expr, const TableInfo& table);
   BoundExprPtr BindCollate(const Expr& expr);
-  // The collation that the operands are compared under goes to the first of them; 468 where two are named.
-  static void UnifyCollations(const std::vector<BoundExpr*>& operands, const char* operation);
+  // The collation that the operands are compared under goes to the first of them; 468 where there are two.
+  static void UnifyCollations(const std::vector<BoundExpr*>& operands, std::string_view operation);
+  // The collation of what the operation makes of the first and the other goes to the first.
+  static void CombineCollations(BoundExpr& expr, const BoundExpr& other, std::string_view operation);
   static void InheritCollation(BoundExpr& expr);
+  static std::string_view OperationOf(const BoundExpr& expr);
+  // The error for a text without a collation where one is needed: by an operation, for a value of another
+  // type, in a column of a clause.
+  static void RequireCollation(const BoundExpr& expr, std::string_view operation);
+  static void RequireCollation(const BoundExpr& expr, const Type& to);
+  static void RequireCollation(const BoundExpr& expr, const char* clause, size_t position);
   BoundExprPtr BindLiteral(const Expr& expr) const;
   BoundExprPtr BindColumn(const Expr& expr);
   BoundExprPtr BindVariable(const Expr& expr);
@@ -311,6 +320,7 @@ class Binder {
   void CheckGrouping(const BoundSelect& select, const std::vector<BoundOrder>& order) const;
   void CheckGrouped(const BoundExpr& expr, const BoundSelect& select, int error) const;
   void ConvertColumns(BoundQuery& query, const std::vector<Type>& types) const;
+  static void UnifyColumns(BoundQuery& left, BoundQuery& right, SetOp op);
   static void RefreshColumns(BoundQuery& query);
 
   // functions of users (BindUserFunctions.cpp)

@@ -41,12 +41,18 @@ bool HasFineType(const BoundExpr& expr) {
 }
 
 void TakeCollation(BoundExpr& expr, const BoundExpr& from) {
-  if (!from.collated) return;
-  expr.collated = true;
+  if (from.strength == CollationStrength::Coercible) return;
+  expr.strength = from.strength;
   expr.collation = from.collation;
   expr.collationName = from.collationName;
+  expr.conflict = from.conflict;
   // For another collation an index of the column does not serve.
   if (expr.collation != CollationId::Default) expr.baseColumn = false;
+}
+
+bool HasCollation(const BoundExpr& expr) {
+  return expr.collation != CollationId::Default || expr.ownCollation != CollationId::Default ||
+         std::ranges::any_of(expr.args, [](const BoundExprPtr& arg) { return HasCollation(*arg); });
 }
 
 bool AsksClock(const BoundExpr& expr) {
@@ -77,6 +83,12 @@ size_t OwnArguments(const BoundExpr& expr) {
 
 std::string ResultColumnName(size_t index) {
   return "c" + std::to_string(index);
+}
+
+BoundExpr& FirstItem(BoundQuery& query, size_t column) {
+  BoundQuery* first = &query;
+  while (first->op != SetOp::None) first = first->left.get();
+  return *first->select->items[column].expr;
 }
 
 std::string StagedRowName() {

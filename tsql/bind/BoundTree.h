@@ -182,6 +182,18 @@ struct BoundWindow {
   bool operator==(const BoundWindow&) const = default;
 };
 
+// How much a text's collation counts against that of another text. Literals and variables take the other
+// one's, and a column has its own. What is made of columns whose collations differ has none, and COLLATE
+// decides over all of them.
+enum class CollationStrength : uint8_t { Coercible, Implicit, Unresolved, Explicit };
+
+// The two collations of which a text that is made of both has none.
+struct CollationConflict {
+  std::string first;
+  std::string second;
+  std::string operation;
+};
+
 struct BoundExpr {
   enum class Kind : uint8_t {
     Constant,
@@ -221,9 +233,10 @@ struct BoundExpr {
   bool distinct = false;
   bool hasOperand = false;
   bool hasElse = false;
-  bool collated = false; // COLLATE is in it
+  CollationStrength strength = CollationStrength::Coercible;
   CollationId collation = CollationId::Default;
-  bool baseColumn = false; // a column of a table, for which SQLite knows the collation
+  CollationId ownCollation = CollationId::Default; // of a column, whatever COLLATE makes of it
+  bool baseColumn = false; // a column of a table with the database's collation, which SQLite knows
   ArithmeticOp arithmetic = ArithmeticOp::Add;
   CompareOp compare = CompareOp::Equal;
   FunctionId function = FunctionId::IsNull;
@@ -233,9 +246,10 @@ struct BoundExpr {
   int index = 0; // of a variable, marker or global value
   int style = 0; // of a cast
   Datum constant;
-  std::string name;    // of a column within its source
-  std::string display; // the column as messages name it
-  std::string collationName;
+  std::string name;                                  // of a column within its source
+  std::string display;                               // the column as messages name it
+  std::string collationName;                         // empty for the database's
+  std::shared_ptr<const CollationConflict> conflict; // of an unresolved collation
   std::vector<std::unique_ptr<BoundExpr>> args;
   std::unique_ptr<BoundQuery> query;
   std::unique_ptr<BoundWindow> over;
@@ -252,8 +266,10 @@ BoundExprPtr MakeGlobal(GlobalValue value, const Type& type);
 // Whether a time or datetime2 is in it, which only newer files may keep.
 bool HasFineType(const BoundExpr& expr);
 bool IsNullConstant(const BoundExpr& expr);
-// Gives a text the collation that COLLATE gave to the other.
+// Gives a text the collation of the other, if that has one.
 void TakeCollation(BoundExpr& expr, const BoundExpr& from);
+// Whether a collation other than the default one is somewhere in it.
+bool HasCollation(const BoundExpr& expr);
 // Whether its value depends on when it is computed.
 bool AsksClock(const BoundExpr& expr);
 // How many of its arguments are those of the function itself.
@@ -360,6 +376,8 @@ struct BoundQuery {
   std::optional<IntoIdentity> identity; // of SELECT ... INTO
 };
 using BoundQueryPtr = std::unique_ptr<BoundQuery>;
+// The column in the first SELECT of the query. Its collation is that of the query's column.
+BoundExpr& FirstItem(BoundQuery& query, size_t column);
 
 struct BoundOutput;
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "tsql/values/CollationNames.h"
+
 namespace tsql {
 namespace {
 
@@ -176,6 +178,7 @@ std::vector<TableInfo> DefinitionStore::ReadTables(Place place) const {
     tables.emplace(table.name, std::move(table));
   }
   ReadColumns(place, tables);
+  ReadCollations(place, tables);
   ReadKeys(place, tables);
   std::vector<TableInfo> list;
   list.reserve(tables.size());
@@ -214,6 +217,32 @@ void DefinitionStore::ReadColumns(Place place, TablesByName& tables) const {
     RequireIntact(!isCounted || table.CountsIdentity());
     table.columns.push_back(std::move(column));
   }
+}
+
+void DefinitionStore::ReadCollations(Place place, TablesByName& tables) const {
+  if (!storage::HasCollations(connection_, place)) return;
+  PreparedStatement rows =
+      connection_.Prepare("SELECT table_name, ordinal, name FROM " + Qualified(place, storage::kCollations));
+  while (rows.Step()) {
+    TableInfo& table = TableOf(tables, rows.ColumnText(0));
+    const int64_t ordinal = rows.ColumnInteger(1);
+    RequireIntact(ordinal >= 0 && std::cmp_less(ordinal, table.columns.size()));
+    std::optional<NamedCollation> collation = FindCollation(rows.ColumnText(2));
+    RequireIntact(collation.has_value());
+    table.columns[static_cast<size_t>(ordinal)].collation = std::move(*collation);
+  }
+}
+
+void DefinitionStore::WriteCollations(const TableInfo& table) const {
+  const auto isDefault = [](const ColumnInfo& column) { return column.collation.name.empty(); };
+  if (std::ranges::all_of(table.columns, isDefault)) return;
+  storage::CreateCollations(connection_, table.place);
+  for (size_t i = 0; i < table.columns.size(); ++i)
+    if (!isDefault(table.columns[i]))
+      RunWith(connection_,
+              "INSERT INTO " + Qualified(table.place, storage::kCollations) + " VALUES (?, ?, ?)",
+              {Text(table.storageName), Datum::OfInteger(static_cast<int64_t>(i)),
+               Text(table.columns[i].collation.name)});
 }
 
 void DefinitionStore::ReadKeys(Place place, TablesByName& tables) const {
@@ -275,6 +304,7 @@ void DefinitionStore::WriteTable(const TableInfo& table) const {
             {Text(table.storageName), Datum::OfInteger(ordinal++), Text(column.name),
              Datum::OfInteger(EncodeType(column.type)), Datum::OfInteger(column.nullable ? 1 : 0),
              Datum::OfInteger(static_cast<int64_t>(ValueOf(table, column))), Text(TextOf(table, column))});
+  WriteCollations(table);
   for (const KeyInfo& key : table.keys)
     RunWith(connection_, insert(storage::kKeys, "(?, ?, ?, ?, ?)"),
             {Text(table.storageName), Text(key.name), Datum::OfInteger(EncodeKind(key)),
@@ -290,6 +320,7 @@ void DefinitionStore::EraseTable(const TableInfo& table) const {
   erase(storage::kTables, "name");
   erase(storage::kColumns, "table_name");
   erase(storage::kKeys, "table_name");
+  if (storage::HasCollations(connection_, table.place)) erase(storage::kCollations, "table_name");
 }
 
 void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) const {

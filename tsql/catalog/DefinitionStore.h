@@ -38,6 +38,8 @@ class DefinitionStore {
  private:
   using TablesByName = std::map<std::string, TableInfo, NameLess>;
   void ReadColumns(Place place, TablesByName& tables) const;
+  void ReadCollations(Place place, TablesByName& tables) const;
+  void WriteCollations(const TableInfo& table) const;
   void ReadKeys(Place place, TablesByName& tables) const;
 
   const Connection& connection_;

@@ -1,10 +1,10 @@
 #include "tsql/catalog/Storage.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <iterator>
 
-#include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -41,7 +41,8 @@ bool IsOwnName(std::string_view name) {
   if (SplitKey(name)) return true;
   constexpr std::string_view kSqlite = "sqlite_";
   if (EqualNames(name.substr(0, kSqlite.size()), kSqlite) || EqualNames(name, kRebuilt)) return true;
-  constexpr std::string_view kOwn[] = {kTables, kColumns, kKeys, kModules, kSchemas, kIdentities};
+  constexpr std::string_view kOwn[] = {kTables,  kColumns,    kKeys,      kModules,
+                                       kSchemas, kIdentities, kCollations};
   return std::any_of(std::begin(kOwn), std::end(kOwn), [name](std::string_view quoted) {
     return EqualNames(name, quoted.substr(1, quoted.size() - 2));
   });
@@ -57,6 +58,11 @@ std::string NullSafeIndexName(std::string_view table, std::string_view key) {
 
 std::string TriggerName(std::string_view key, ForeignKeyEvent event) {
   return "~" + std::string(key) + "~" + static_cast<char>(event);
+}
+
+const char* CollationOf(CollationId id) {
+  constexpr std::array<const char*, 3> kNames = {kCollation, kCasedCollation, kBinaryCollation};
+  return kNames[static_cast<size_t>(id)];
 }
 
 bool IsMarked(const Connection& connection) {
@@ -92,6 +98,19 @@ bool HasSchemas(const Connection& connection) {
 void CreateSchemas(const Connection& connection) {
   RequireVersion(connection, kSchemaVersion);
   connection.Run(std::string("CREATE TABLE main.") + kSchemas + "(id INTEGER PRIMARY KEY, name TEXT)");
+}
+
+bool HasCollations(const Connection& connection, Place place) {
+  if (place == Place::Main && ReadPragma(connection, "user_version") < kCollationVersion) return false;
+  PreparedStatement table = connection.Prepare(std::string("SELECT 1 FROM ") + PlaceName(place) +
+                                               ".sqlite_schema WHERE name = '~collations'");
+  return table.Step();
+}
+
+void CreateCollations(const Connection& connection, Place place) {
+  if (place == Place::Main) RequireVersion(connection, kCollationVersion);
+  connection.Run(std::string("CREATE TABLE IF NOT EXISTS ") + PlaceName(place) + "." + kCollations +
+                 "(table_name TEXT, ordinal INTEGER, name TEXT, PRIMARY KEY(table_name, ordinal))");
 }
 
 void CreateTables(const Connection& connection, Place place) {

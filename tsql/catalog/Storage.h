@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "tsql/sqlite/Connection.h"
+#include "tsql/values/Collation.h"
 
 namespace tsql {
 
@@ -42,7 +43,7 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 6;
+constexpr int64_t kVersion = 7;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
@@ -53,6 +54,8 @@ constexpr int64_t kSchemaVersion = 5;  // schemas other than dbo
 // Identity columns that are not SQLite's rowid.
 constexpr int64_t kIdentityVersion = 6;
 constexpr int64_t kActionVersion = 6; // foreign keys with referential actions
+// Columns, CHECK conditions and computed columns with other collations than the database's.
+constexpr int64_t kCollationVersion = 7;
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -79,6 +82,7 @@ inline constexpr const char* kModules = "\"~modules\"";
 inline constexpr const char* kSchemas = "\"~schemas\""; // since version 5, where there is or was a schema
 inline constexpr const char* kIdentities =
     "\"~identities\""; // since version 6, where there is or was such a column
+inline constexpr const char* kCollations = "\"~collations\""; // since version 7, in the same way
 // What a table is called while it is rebuilt, unquoted. Outside a transaction there is none of the name.
 inline constexpr const char* kRebuilt = "~rebuilt";
 
@@ -96,11 +100,11 @@ std::optional<KeyParts> SplitKey(std::string_view key);
 // one that SQLite keeps for itself.
 bool IsOwnName(std::string_view name);
 
-// The name of the server's collation. It must be registered with SQLite before a table is used.
+// The names of the collations in SQLite. They must be registered with it before a table is used.
 inline constexpr const char* kCollation = "tsql";
-// Those that only expressions ask for. No file has them.
-inline constexpr const char* kCasedCollation = "tsql_cased";
+inline constexpr const char* kCasedCollation = "tsql_cased"; // in files since version 7, as the next one
 inline constexpr const char* kBinaryCollation = "tsql_binary";
+const char* CollationOf(CollationId id);
 
 // The index of a key, and the second one that refuses duplicates where the key's columns may be null.
 std::string IndexName(std::string_view table, std::string_view key);
@@ -128,6 +132,9 @@ void RequireVersion(const Connection& connection, int64_t version);
 // The table of schemas, which a file has from its first schema on.
 bool HasSchemas(const Connection& connection);
 void CreateSchemas(const Connection& connection);
+// The table of the collations of columns, which there is from the first such column on.
+bool HasCollations(const Connection& connection, Place place);
+void CreateCollations(const Connection& connection, Place place);
 // Makes the engine's own tables where they are missing.
 void CreateTables(const Connection& connection, Place place);
 

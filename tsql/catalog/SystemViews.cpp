@@ -250,7 +250,8 @@ const std::vector<SystemView>& Views() {
         {"COLUMN_DEFAULT", kLongText, true},
         {"IS_NULLABLE", kShort, false},
         {"DATA_TYPE", kName, false},
-        {"CHARACTER_MAXIMUM_LENGTH", kInt, true}}}};
+        {"CHARACTER_MAXIMUM_LENGTH", kInt, true},
+        {"COLLATION_NAME", kName, true}}}};
   return views;
 }
 

@@ -19,6 +19,7 @@ struct ColumnInfo {
   std::string defaultText;  // the source of the DEFAULT expression; empty for none
   std::string computedText; // the source of a computed column's expression; empty for others
   bool isPersisted = false; // the computed values are kept
+  NamedCollation collation; // of a text
   bool IsComputed() const { return !computedText.empty(); }
   bool operator==(const ColumnInfo&) const = default;
 };

@@ -314,6 +314,8 @@ std::string Compiler::CompileCheck(const TableInfo& table, const std::string& te
   const BoundExprPtr check = binder.BindCheck(*expr, table);
   if (table.place == Place::Main && HasFineType(*check))
     storage::RequireVersion(context_.connection, storage::kFineVersion);
+  if (table.place == Place::Main && HasCollation(*check))
+    storage::RequireVersion(context_.connection, storage::kCollationVersion);
   return Emitter().EmitExpression(*check);
 }
 
@@ -328,7 +330,10 @@ std::vector<int> Compiler::ColumnsOfCheck(const TableInfo& table, const std::str
 std::string Compiler::CompileComputed(const TableInfo& table, const ColumnInfo& column) const {
   const ExprPtr expr = ParseDefault(column.computedText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
-  return Emitter().EmitExpression(*binder.BindComputed(*expr, table));
+  const BoundExprPtr computed = binder.BindComputed(*expr, table);
+  if (table.place == Place::Main && HasCollation(*computed))
+    storage::RequireVersion(context_.connection, storage::kCollationVersion);
+  return Emitter().EmitExpression(*computed);
 }
 
 std::vector<int> Compiler::ColumnsOfComputed(const TableInfo& table, const ColumnInfo& column) const {

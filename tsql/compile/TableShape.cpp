@@ -49,6 +49,7 @@ void TableShape::AddColumn(TableInfo& table, const ColumnDefinition& definition)
   column.defaultText = definition.defaultText;
   column.computedText = definition.computedText;
   column.isPersisted = definition.isPersisted;
+  SetCollation(column, definition);
   if (definition.identity) {
     if (table.identityColumn >= 0) Fail(2744, {table.name});
     if (!definition.defaultText.empty()) Fail(1754, {table.name, column.name});
@@ -75,6 +76,11 @@ void TableShape::AddColumn(TableInfo& table, const ColumnDefinition& definition)
   AddDefault(table, named);
 }
 
+void TableShape::SetCollation(ColumnInfo& column, const ColumnDefinition& definition) {
+  if (definition.collation && !IsText(definition.type)) Fail(447, {TypeName(definition.type.id)});
+  column.collation = definition.collation.value_or(NamedCollation());
+}
+
 void TableShape::BindComputed(TableInfo& table, size_t first) const {
   if (std::ranges::all_of(table.columns, &ColumnInfo::IsComputed))
     Refuse("A table of computed columns alone");
@@ -87,6 +93,10 @@ void TableShape::BindComputed(TableInfo& table, size_t first) const {
     const BoundExprPtr bound = Binder(catalog_, noVariables, noMarkers).BindComputed(*expr, table);
     if (column.isPersisted && AsksClock(*bound)) Fail(4936, {column.name, table.name});
     column.type = bound->type;
+    if (bound->strength == CollationStrength::Unresolved)
+      Fail(451, {bound->conflict->first, bound->conflict->second, bound->conflict->operation, "CREATE TABLE",
+                 std::to_string(i + 1)});
+    column.collation = {bound->collation, bound->collationName};
     if (FamilyOf(column.type.id) == Family::Integer) column.type.precision = 0; // a constant's digits
     // What is computed may be out of range, and is null then under other settings.
     const bool replacesNull =
@@ -228,6 +238,8 @@ void TableShape::AddForeignKey(TableInfo& table, const ConstraintDefinition& def
     const ColumnInfo& own = table.columns[static_cast<size_t>(key.columns[i])];
     const bool isSame = IsText(own.type) ? own.type.id == other.type.id : own.type == other.type;
     if (!isSame) Fail(1778, {parent->name, other.name, table.name, own.name, key.name});
+    if (!EqualNames(own.collation.name, other.collation.name))
+      Fail(1757, {parent->name, other.name, table.name, own.name, key.name});
     key.referencedColumns.push_back(other.name);
   }
   key.onDelete = definition.onDelete;

@@ -21,6 +21,8 @@ class TableShape {
   void BindComputed(TableInfo& table, size_t first) const;
   // Refuses a column that no index can have.
   void CheckIndexed(const TableInfo& table, int column) const;
+  // The collation of the definition, or the database's. 447 for what is no text.
+  static void SetCollation(ColumnInfo& column, const ColumnDefinition& definition);
   void AddConstraint(TableInfo& table, const ConstraintDefinition& definition) const;
   // Refuses what an identity column cannot be.
   static void CheckIdentity(const ColumnInfo& column);

@@ -53,7 +53,7 @@ void Emitter::Emit(const BoundExpr& expr) {
   case BoundExpr::Kind::Between:
     Text("(");
     EmitComparable(*expr.args[0]);
-    EmitCollationOf(*expr.args[0]);
+    EmitCollationBeside(expr);
     Text(expr.negated ? " NOT BETWEEN " : " BETWEEN ");
     EmitComparable(*expr.args[1]);
     Text(" AND ");
@@ -89,9 +89,9 @@ void Emitter::EmitComparison(const BoundExpr& expr) {
   const BoundExpr& right = *expr.args[1];
   Text("(");
   EmitComparable(left);
-  const bool isNamed = left.collation != CollationId::Default;
-  if (IsText(left.type) && (isNamed || (!left.baseColumn && !right.baseColumn)))
-    EmitCollation(left.collation);
+  // Where SQLite knows the collation of a column, it must not find another one.
+  const bool isKnown = (left.baseColumn || right.baseColumn) && !HasCollation(left) && !HasCollation(right);
+  if (IsText(left.type) && !isKnown) EmitCollation(left.collation);
   Text(CompareSymbol(expr.compare));
   EmitComparable(right);
   Text(")");
@@ -190,8 +190,8 @@ void Emitter::EmitCase(const BoundExpr& expr) {
   size_t at = 0;
   if (expr.hasOperand) {
     Text(" ");
-    EmitComparable(*expr.args[at]);
-    EmitCollationOf(*expr.args[at++]);
+    EmitComparable(*expr.args[at++]);
+    EmitCollationBeside(expr);
   }
   const size_t pairsEnd = expr.args.size() - (expr.hasElse ? 1 : 0);
   for (; at < pairsEnd; at += 2) {

@@ -133,6 +133,20 @@ constexpr bool IsInOrder() {
 }
 static_assert(IsInOrder());
 
+// What is asked for under a collation that tells cases apart.
+const char* NameOf(const Form& form, CollationId collation) {
+  if (collation == CollationId::Default) return form.name;
+  switch (form.function) {
+  case FunctionId::PatIndex:
+    return collation == CollationId::Binary ? names::kPatIndexBinary : names::kPatIndexCased;
+  case FunctionId::CharIndex: return names::kCharIndexExactly;
+  case FunctionId::Replace: return names::kReplaceExactly;
+  case FunctionId::TrimCharacters: return names::kTrimExactly;
+  case FunctionId::Translate: return names::kTranslateExactly;
+  default: return form.name;
+  }
+}
+
 bool IsConstantFrom(const BoundExpr& expr, int64_t least) {
   return expr.kind == BoundExpr::Kind::Constant && expr.constant.kind == Datum::Kind::Integer &&
          expr.constant.integer >= least;
@@ -160,7 +174,7 @@ bool Emitter::EmitSubstring(const BoundExpr& expr) {
 void Emitter::EmitFunction(const BoundExpr& expr) {
   if (EmitSubstring(expr)) return;
   const Form& form = kForms[static_cast<size_t>(expr.function)];
-  Open(form.name);
+  Open(expr.args.empty() ? form.name : NameOf(form, expr.args[0]->collation));
   const auto code = [this](const Type& type) {
     Text(", ");
     TypeCode(type);

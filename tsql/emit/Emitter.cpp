@@ -68,10 +68,8 @@ std::string Emitter::AliasOf(int source) {
 }
 
 void Emitter::EmitCollation(CollationId collation) {
-  constexpr std::array<const char*, 3> kNames = {storage::kCollation, storage::kCasedCollation,
-                                                 storage::kBinaryCollation};
   Text(" COLLATE ");
-  Text(kNames[static_cast<size_t>(collation)]);
+  Text(storage::CollationOf(collation));
 }
 
 void Emitter::EmitParameter(const BoundExpr& expr) {
@@ -133,6 +131,16 @@ void Emitter::EmitConstant(const Datum& value) {
 void Emitter::EmitCollated(const BoundExpr& expr) {
   Emit(expr);
   EmitCollationOf(expr);
+}
+
+// The collation of the first argument, which is compared with others. SQLite takes a collation from within
+// those, even from what they only compare by themselves, before it takes that of a column.
+void Emitter::EmitCollationBeside(const BoundExpr& expr) {
+  const BoundExpr& first = *expr.args[0];
+  const bool isMisled = first.baseColumn && IsText(first.type) &&
+                        std::any_of(expr.args.begin() + 1, expr.args.end(),
+                                    [](const BoundExprPtr& arg) { return HasCollation(*arg); });
+  return isMisled ? EmitCollation(first.collation) : EmitCollationOf(first);
 }
 
 void Emitter::EmitCollationOf(const BoundExpr& expr) {

@@ -71,6 +71,7 @@ class Emitter {
 
   void EmitCollated(const BoundExpr& expr);
   void EmitCollationOf(const BoundExpr& expr);
+  void EmitCollationBeside(const BoundExpr& expr);
   void EmitCollation(CollationId collation);
   void EmitConstant(const Datum& value);
   void EmitParameter(const BoundExpr& expr);

@@ -59,6 +59,7 @@ std::string SystemViewSql(const SystemView& view) {
   const std::string schema = Call(names::kKeySchema, "name");
   const std::string tableId = Call(names::kKeyId, "table_name");
   const std::string length = Call(names::kKeyColLength, "table_name, name");
+  const std::string collation = Call(names::kColumnCollation, "table_name, name");
   // A trigger belongs to its table or view, other objects to none.
   const std::string parent =
       "ifnull(" + Call(names::kKeyId, Call(names::kTriggerTable, "name").c_str()) + ", 0)";
@@ -80,8 +81,7 @@ std::string SystemViewSql(const SystemView& view) {
     return "SELECT name, " + tableId + " AS object_id, ordinal + 1 AS column_id, " +
            Call(names::kTypeId, "type") + " AS system_type_id, " + Call(names::kTypeId, "type") +
            " AS user_type_id, " + length + " AS max_length, " + Call(names::kTypePrecision, "type") +
-           " AS \"precision\", " + Call(names::kTypeScale, "type") + " AS scale, " +
-           Call(names::kTypeCollation, "type") +
+           " AS \"precision\", " + Call(names::kTypeScale, "type") + " AS scale, " + collation +
            " AS collation_name, nullable AS is_nullable, identity IN (1, 4) AS is_identity, identity IN (2, 3) AS is_computed "
            "FROM " +
            Main(storage::kColumns);
@@ -103,7 +103,8 @@ std::string SystemViewSql(const SystemView& view) {
            "ORDINAL_POSITION, iif(identity > 1, NULL, nullif(default_text, '')) AS COLUMN_DEFAULT, "
            "iif(nullable, 'YES', 'NO') AS IS_NULLABLE, " +
            Call(names::kTypeName, "type") + " AS DATA_TYPE, " + Call(names::kCharLength, "type") +
-           " AS CHARACTER_MAXIMUM_LENGTH FROM " + Main(storage::kColumns);
+           " AS CHARACTER_MAXIMUM_LENGTH, " + collation + " AS COLLATION_NAME FROM " +
+           Main(storage::kColumns);
   default: return RowsOf(view);
   }
 }

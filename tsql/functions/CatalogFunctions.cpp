@@ -7,14 +7,12 @@
 #include "tsql/functions/ServerTypes.h"
 #include "tsql/functions/SystemRows.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameText.h"
 
 namespace tsql {
 namespace {
-
-// The collation of the database, and so of all columns of texts.
-constexpr std::string_view kCollationName = "Chinese_PRC_CI_AS";
 
 void NewId(const FunctionCall& call) {
   static thread_local std::mt19937_64 generator{std::random_device{}()};
@@ -142,9 +140,14 @@ void TypeFact(const FunctionCall& call) {
   call.ReturnInteger(ServerTypeOf(call.TypeAt(0)).*Fact);
 }
 
-void TypeCollation(const FunctionCall& call) {
-  if (!IsText(call.TypeAt(0))) return call.ReturnNull();
-  call.ReturnText(kCollationName);
+// t_column_collation(key, column): null where it has none, being no text.
+void ColumnCollation(const FunctionCall& call) {
+  const TablePtr table = call.Context().catalog->TableOfKey(call.Text(0));
+  const int position = table ? table->FindColumn(call.Text(1)) : -1;
+  if (position < 0) return call.ReturnNull();
+  const ColumnInfo& column = table->columns[static_cast<size_t>(position)];
+  if (!IsText(column.type)) return call.ReturnNull();
+  call.ReturnText(CollationName(column.collation.name));
 }
 
 void CharLengthOf(const FunctionCall& call) {
@@ -220,7 +223,7 @@ void RegisterCatalogFunctions(sqlite3* connection, FunctionContext& context) {
   Register<TypeFact<&ServerType::id>>(connection, context, names::kTypeId, 1);
   Register<TypeFact<&ServerType::precision>>(connection, context, names::kTypePrecision, 1);
   Register<TypeFact<&ServerType::scale>>(connection, context, names::kTypeScale, 1);
-  Register<TypeCollation>(connection, context, names::kTypeCollation, 1);
+  Register<ColumnCollation>(connection, context, names::kColumnCollation, 2, Purity::Volatile);
   Register<CharLengthOf>(connection, context, names::kCharLength, 1);
   Register<ColLength>(connection, context, names::kColLength, 2, Purity::Volatile);
 }

@@ -161,14 +161,21 @@ std::vector<char32_t> CharactersOf(std::string_view text) {
   return characters;
 }
 
-// t_trim(text, characters): without these at either end, in any case.
+// All collations that tell cases apart take the same characters for equal.
+template <CollationId Collation>
+char32_t Comparable(char32_t character) {
+  return Collation == CollationId::Default ? FoldChar(character) : character;
+}
+
+// t_trim(text, characters): without these at either end.
+template <CollationId Collation = CollationId::Default>
 void TrimCharacters(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   std::vector<char32_t> cut = CharactersOf(call.Text(1));
-  std::transform(cut.begin(), cut.end(), cut.begin(), FoldChar);
+  std::transform(cut.begin(), cut.end(), cut.begin(), Comparable<Collation>);
   const std::vector<char32_t> text = CharactersOf(call.Text(0));
   const auto stays = [&cut](char32_t each) {
-    return std::find(cut.begin(), cut.end(), FoldChar(each)) == cut.end();
+    return std::find(cut.begin(), cut.end(), Comparable<Collation>(each)) == cut.end();
   };
   const auto begin = std::find_if(text.begin(), text.end(), stays);
   const auto end = std::find_if(text.rbegin(), std::make_reverse_iterator(begin), stays).base();
@@ -178,15 +185,16 @@ void TrimCharacters(const FunctionCall& call) {
 }
 
 // t_translate(text, from, to): each character of the second text becomes the one at its place in the third.
+template <CollationId Collation = CollationId::Default>
 void Translate(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   std::vector<char32_t> from = CharactersOf(call.Text(1));
   const std::vector<char32_t> to = CharactersOf(call.Text(2));
   if (from.size() != to.size()) Fail(9828, {});
-  std::transform(from.begin(), from.end(), from.begin(), FoldChar);
+  std::transform(from.begin(), from.end(), from.begin(), Comparable<Collation>);
   std::string result;
   for (const char32_t character : CharactersOf(call.Text(0))) {
-    const auto found = std::find(from.begin(), from.end(), FoldChar(character));
+    const auto found = std::find(from.begin(), from.end(), Comparable<Collation>(character));
     AppendChar(result, found == from.end() ? character : to[static_cast<size_t>(found - from.begin())]);
   }
   call.ReturnText(result);
@@ -205,6 +213,7 @@ void ParseNamePart(const FunctionCall& call) {
   call.ReturnText(part);
 }
 
+template <CollationId Collation = CollationId::Default>
 void Replace(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const std::string_view text = call.Text(0);
@@ -214,7 +223,7 @@ void Replace(const FunctionCall& call) {
   size_t start = 0;
   while (true) {
     size_t length = 0;
-    const size_t found = FindText(text, pattern, start, length);
+    const size_t found = FindText(text, pattern, start, length, Collation);
     if (found == std::string_view::npos) break;
     result += text.substr(start, found - start);
     result += call.Text(2);
@@ -224,12 +233,14 @@ void Replace(const FunctionCall& call) {
   call.ReturnText(result);
 }
 
+template <CollationId Collation = CollationId::Default>
 void CharIndex(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const std::string_view text = call.Text(1);
   const int64_t start = call.Count() > 2 ? std::max<int64_t>(call.Integer(2), 1) : 1;
   size_t length = 0;
-  const size_t found = FindText(text, call.Text(0), CharOffset(text, static_cast<size_t>(start - 1)), length);
+  const size_t begin = CharOffset(text, static_cast<size_t>(start - 1));
+  const size_t found = FindText(text, call.Text(0), begin, length, Collation);
   if (found == std::string_view::npos) return call.ReturnInteger(0);
   call.ReturnInteger(static_cast<int64_t>(CharCount(text.substr(0, found))) + 1);
 }
@@ -299,15 +310,19 @@ void BinaryKey(const FunctionCall& call) {
 }
 
 // t_patindex(pattern, text): where a LIKE pattern matches first.
+template <CollationId Collation = CollationId::Default>
 void PatIndex(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   std::string_view pattern = call.Text(0);
   const std::string_view text = call.Text(1);
-  if (!pattern.starts_with('%')) return call.ReturnInteger(MatchLike(text, pattern, 0) ? 1 : 0);
+  const auto matches = [&pattern](std::string_view rest) {
+    return MatchLike(rest, pattern, 0, TrailingBlanks::Kept, Collation);
+  };
+  if (!pattern.starts_with('%')) return call.ReturnInteger(matches(text) ? 1 : 0);
   while (pattern.starts_with('%')) pattern.remove_prefix(1);
   int64_t position = 1;
   for (size_t at = 0; at < text.size() || position == 1; ++position) {
-    if (MatchLike(text.substr(at), pattern, 0)) return call.ReturnInteger(position);
+    if (matches(text.substr(at))) return call.ReturnInteger(position);
     if (at < text.size()) NextChar(text, at);
   }
   call.ReturnInteger(0);
@@ -406,11 +421,16 @@ void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<Substring>(connection, context, names::kSubstring, 3);
   Register<Concat>(connection, context, names::kConcat, -1);
   Register<ConcatWithSeparator>(connection, context, names::kConcatWithSeparator, -1);
-  Register<TrimCharacters>(connection, context, names::kTrimCharacters, 2);
-  Register<Translate>(connection, context, names::kTranslate, 3);
+  constexpr CollationId kExact = CollationId::Binary;
+  Register<TrimCharacters<>>(connection, context, names::kTrimCharacters, 2);
+  Register<TrimCharacters<kExact>>(connection, context, names::kTrimExactly, 2);
+  Register<Translate<>>(connection, context, names::kTranslate, 3);
+  Register<Translate<kExact>>(connection, context, names::kTranslateExactly, 3);
   Register<ParseNamePart>(connection, context, names::kParseName, 2);
-  Register<Replace>(connection, context, names::kReplace, 3);
-  Register<CharIndex>(connection, context, names::kCharIndex, -1);
+  Register<Replace<>>(connection, context, names::kReplace, 3);
+  Register<Replace<kExact>>(connection, context, names::kReplaceExactly, 3);
+  Register<CharIndex<>>(connection, context, names::kCharIndex, -1);
+  Register<CharIndex<kExact>>(connection, context, names::kCharIndexExactly, -1);
   Register<Replicate>(connection, context, names::kReplicate, -1);
   Register<Space>(connection, context, names::kSpace, 1);
   Register<Stuff>(connection, context, names::kStuff, 4);
@@ -418,7 +438,9 @@ void RegisterTextFunctions(sqlite3* connection, FunctionContext& context) {
   Register<BinaryKey>(connection, context, names::kBinaryKey, 1);
   Register<Ascii>(connection, context, names::kAscii, 1);
   Register<Unicode>(connection, context, names::kUnicode, 1);
-  Register<PatIndex>(connection, context, names::kPatIndex, 2);
+  Register<PatIndex<>>(connection, context, names::kPatIndex, 2);
+  Register<PatIndex<CollationId::CaseSensitive>>(connection, context, names::kPatIndexCased, 2);
+  Register<PatIndex<CollationId::Binary>>(connection, context, names::kPatIndexBinary, 2);
   Register<QuoteNameText>(connection, context, names::kQuoteName, -1);
   Register<Str>(connection, context, names::kStr, -1);
   Register<IsNumericText>(connection, context, names::kIsNumeric, 1);

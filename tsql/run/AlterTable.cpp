@@ -133,11 +133,16 @@ void TableAlteration::AlterColumn(const ColumnDefinition& definition) {
                       (old.id == TypeId::NText && definition.type.id == TypeId::NVarChar) ||
                       (old.id == TypeId::Image && definition.type.id == TypeId::VarBinary);
   if (IsLob(old.id) && !(widens && definition.type.length == -1)) Fail(4928, {column.name, TypeName(old.id)});
-  FailDependent("ALTER", index, DependentsOf(index, definition.type));
+  ColumnInfo altered = column;
+  TableShape::SetCollation(altered, definition);
+  const bool isCollated = IsText(column.type) && IsText(definition.type);
+  const bool changesOrder = isCollated && !EqualNames(altered.collation.name, column.collation.name);
+  FailDependent("ALTER", index, DependentsOf(index, definition.type, changesOrder));
   const bool becomesNull = column.identity && definition.nullable.value_or(false);
   if (becomesNull) Fail(8147, {column.name, after_.name});
   values_[static_cast<size_t>(index)] = compiler_.CompileConversion(column, definition.type);
   column.type = definition.type;
+  column.collation = altered.collation;
   column.nullable = !column.identity && definition.nullable.value_or(true);
   if (column.identity) TableShape::CheckIdentity(column);
   rebuilds_ = true;
@@ -297,11 +302,12 @@ std::vector<TableAlteration::Dependent> TableAlteration::DependentsOf(int column
   return dependents;
 }
 
-std::vector<TableAlteration::Dependent> TableAlteration::DependentsOf(int column, const Type& type) const {
+std::vector<TableAlteration::Dependent> TableAlteration::DependentsOf(int column, const Type& type,
+                                                                      bool changesOrder) const {
   const auto index = static_cast<size_t>(column);
   const Type& old = after_.columns[index].type;
   const bool isSame = old.id == type.id;
-  const bool isLength = isSame && IsVariableLength(old);
+  const bool isLength = isSame && IsVariableLength(old) && !changesOrder;
   const auto allows = [&](const KeyInfo& key) {
     switch (key.kind) {
     case KeyKind::PrimaryKey:

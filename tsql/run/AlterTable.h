@@ -41,7 +41,7 @@ class TableAlteration {
   bool Uses(const KeyInfo& key, int column) const;
   std::vector<Dependent> DependentsOf(int column) const;
   // Those that do not allow the column to become one of the type.
-  std::vector<Dependent> DependentsOf(int column, const Type& type) const;
+  std::vector<Dependent> DependentsOf(int column, const Type& type, bool changesOrder) const;
   void AddReferrers(int index, std::vector<Dependent>& dependents) const;
   void FailDependent(const char* verb, int column, const std::vector<Dependent>& dependents) const;
 

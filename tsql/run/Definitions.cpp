@@ -7,6 +7,7 @@
 #include "tsql/run/ForeignKeys.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
+#include "tsql/values/CollationNames.h"
 #include "tsql/values/Errors.h"
 
 namespace tsql {
@@ -40,12 +41,14 @@ void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>&
   CheckNew(name);
   TableInfo table = shape_.MakeEmpty(name);
   if (table.place == Place::Temp) table.storageName = catalog_.TempStorageName(table.name);
-  const auto add = [&](const std::string& columnName, const Type& type, bool nullable) {
+  const auto add = [&](const std::string& columnName, const Type& type, bool nullable,
+                       const std::string& collation = {}) {
     if (columnName.empty()) Fail(1038, {});
     ColumnDefinition definition;
     definition.name = columnName;
     definition.type = type;
     definition.nullable = nullable;
+    if (!collation.empty()) definition.collation = FindCollation(collation);
     if (identity && table.columns.size() == identity->column) {
       definition.identity = true;
       definition.nullable = false;
@@ -60,7 +63,7 @@ void Definitions::CreateTable(const ObjectName& name, const std::vector<Column>&
   };
   for (const Column& column : columns) {
     addGenerated();
-    add(column.name, column.type, column.nullable);
+    add(column.name, column.type, column.nullable, column.collation);
   }
   addGenerated();
   if (identity && !identity->mayRepeat) TableShape::ChooseRowid(table);

@@ -9,13 +9,14 @@
 namespace tsql {
 namespace {
 
-std::string StorageType(const Type& type) {
+std::string StorageType(const ColumnInfo& column) {
+  const Type& type = column.type;
   switch (FamilyOf(type.id)) {
   case Family::Integer:
   case Family::DateTime: return "INTEGER";
   case Family::Decimal: return IsWide(type) ? "BLOB" : "INTEGER";
   case Family::Float: return "REAL";
-  case Family::Text: return std::string("TEXT COLLATE ") + storage::kCollation;
+  case Family::Text: return std::string("TEXT COLLATE ") + storage::CollationOf(column.collation.id);
   case Family::Guid: return "TEXT";
   case Family::Binary: break;
   }
@@ -28,7 +29,7 @@ std::string NullSafeKey(const ColumnInfo& column) {
   const bool isBlob = FamilyOf(column.type.id) == Family::Binary || IsWide(column.type);
   std::string key = "ifnull(" + QuoteName(column.name);
   key += isBlob ? ", '')" : ", x'')";
-  if (IsText(column.type)) key.append(" COLLATE ").append(storage::kCollation);
+  if (IsText(column.type)) key.append(" COLLATE ").append(storage::CollationOf(column.collation.id));
   return key;
 }
 
@@ -52,7 +53,7 @@ class UncheckedRows {
 
 std::string TableBuilder::ColumnSql(const TableInfo& table, size_t column) const {
   const ColumnInfo& info = table.columns[column];
-  std::string sql = QuoteName(info.name) + " " + StorageType(info.type);
+  std::string sql = QuoteName(info.name) + " " + StorageType(info);
   if (static_cast<int>(column) == table.rowidColumn) {
     sql += " PRIMARY KEY";
     if (info.identity) sql += " AUTOINCREMENT"; // the number of a deleted row is not used again

@@ -184,18 +184,13 @@ void Parser::ParseComputedColumn(ColumnDefinition& column, std::vector<Constrain
   }
 }
 
-// Whether a collation tells widths and kinds of kana apart makes no difference here.
-CollationId Parser::ParseCollation(std::string& written) {
+NamedCollation Parser::ParseCollation() {
   ExpectWord("collate");
   const int line = Current().line;
-  written = TakeName();
-  const std::string name = ToLower(written);
-  const auto has = [&name](std::string_view part) { return name.find(part) != std::string::npos; };
-  if (name == "database_default" || has("_ci_as")) return CollationId::Default;
-  if (has("_cs_as")) return CollationId::CaseSensitive;
-  if (name.ends_with("_bin") || name.ends_with("_bin2")) return CollationId::Binary;
-  if (has("_ci_ai") || has("_cs_ai")) Refuse("A collation that ignores accents", line);
-  Fail(448, {written}, line);
+  const std::string name = TakeName();
+  if (std::optional<NamedCollation> known = FindCollation(name)) return std::move(*known);
+  if (IgnoresAccents(name)) Refuse("A collation that ignores accents", line);
+  Fail(448, {name}, line);
 }
 
 // There is no replication here that it would make an exception for.
@@ -215,10 +210,7 @@ void Parser::RefuseColumnProperty() const {
 bool Parser::ParseColumnProperty(ColumnDefinition& column, std::vector<ConstraintDefinition>& constraints) {
   RefuseColumnProperty();
   if (IsWord("collate")) {
-    const int line = Current().line;
-    std::string name;
-    if (ParseCollation(name) != CollationId::Default)
-      Refuse("A column with a collation that tells cases apart", line);
+    column.collation = ParseCollation();
     return true;
   }
   if (TakeWord("null")) {

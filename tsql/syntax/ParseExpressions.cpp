@@ -252,7 +252,9 @@ ExprPtr Parser::ParsePrimary() {
   ExprPtr operand = ParseOperand();
   if (IsWord("collate")) {
     ExprPtr node = MakeExpr(ExprKind::Collate);
-    node->collation = ParseCollation(node->text);
+    NamedCollation collation = ParseCollation();
+    node->collation = collation.id;
+    node->text = std::move(collation.name);
     node->args.push_back(RequireScalar(std::move(operand)));
     operand = Measured(std::move(node));
   }

@@ -285,7 +285,7 @@ class Parser {
   static void RefuseColumns(const Expr& expr);
   void SkipNotForReplication();
   void RefuseColumnProperty() const;
-  CollationId ParseCollation(std::string& name);
+  NamedCollation ParseCollation();
 
   std::string_view text_;
   std::optional<std::string> schema_; // of the module that is parsed, where its text does not count

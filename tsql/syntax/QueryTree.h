@@ -77,7 +77,7 @@ struct Expr {
   bool attempt = false;  // TRY_CAST and TRY_CONVERT: what cannot be converted is null
   bool hasOperand = false;
   bool hasElse = false;
-  CollationId collation = CollationId::Default; // of Collate, whose name is the text
+  CollationId collation = CollationId::Default; // of Collate, whose name is the text as in NamedCollation
   int marker = 0;                               // 0-based
   int depth = 1;                                // of the tree below, subqueries included
   std::string text;                             // a literal's text, a function's or variable's name

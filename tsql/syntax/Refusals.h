@@ -19,12 +19,6 @@ struct Refusal {
 inline constexpr Refusal kRefusedConstructs[] = {
     // expressions
     {"A collation that ignores accents", "SELECT 'a' COLLATE Latin1_General_CI_AI"},
-    {"A collation that tells cases apart in a function that searches texts",
-     "SELECT REPLACE('a' COLLATE Latin1_General_BIN, 'A', 'b')"},
-    {"A collation that tells cases apart in a column of an inner query",
-     "SELECT x FROM (SELECT b COLLATE Latin1_General_BIN AS x FROM t) y"},
-    {"A collation that tells cases apart in a CHECK constraint or computed column",
-     "CREATE TABLE x (a VARCHAR(5) CHECK (a COLLATE Latin1_General_BIN > 'a'))"},
     {"AT TIME ZONE", "SELECT GETDATE() AT TIME ZONE 'UTC'"},
     {"NEXT VALUE FOR", "SELECT NEXT VALUE FOR s"},
     {"CHAR of a part of a character of the code page", "SELECT CHAR(200)"},
@@ -122,8 +116,6 @@ inline constexpr Refusal kRefusedConstructs[] = {
      "CREATE TABLE fired (a INT) EXEC ('CREATE TRIGGER tr ON fired FOR INSERT AS SELECT 1') EXEC sp_rename 'fired', 'f'"},
     {"sp_helptext of a column", "EXEC sp_helptext 'v', 'a'"},
     {"A name that the storage has for itself", "CREATE TABLE sqlite_x (a INT)"},
-    {"A column with a collation that tells cases apart",
-     "CREATE TABLE x (a VARCHAR(5) COLLATE Latin1_General_BIN)"},
     {"A table of computed columns alone", "CREATE TABLE x (a AS 1)"},
     {"A property of a column such as SPARSE or ROWGUIDCOL", "CREATE TABLE x (a INT SPARSE)"},
     {"An identity column of more than 18 digits", "CREATE TABLE x (a DECIMAL(38,0) IDENTITY(1,1))"},

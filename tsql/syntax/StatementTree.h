@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tsql/syntax/QueryTree.h"
+#include "tsql/values/CollationNames.h"
 
 namespace tsql {
 
@@ -171,7 +172,8 @@ struct ColumnDefinition {
   std::string defaultName;  // of its constraint; empty where none was given
   std::string computedText; // source of a computed column's expression
   bool isPersisted = false;
-  bool withValues = false; // rows that are there get the default
+  bool withValues = false;                 // rows that are there get the default
+  std::optional<NamedCollation> collation; // where one is given
   int line = 1;
 };
 

@@ -279,7 +279,12 @@ bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape,
   return MatchLikeBy<OrderFolded>(text, pattern, escape, blanks);
 }
 
-size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length) {
+size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length,
+                CollationId collation) {
+  if (collation != CollationId::Default) {
+    length = needle.size();
+    return needle.empty() ? std::string_view::npos : text.find(needle, start);
+  }
   for (size_t at = start; at < text.size();) {
     size_t i = at;
     size_t j = 0;

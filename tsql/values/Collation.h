@@ -31,8 +31,8 @@ int CompareText(std::string_view left, std::string_view right);
 bool EqualNames(std::string_view left, std::string_view right);
 bool ContainsName(const std::vector<std::string>& names, std::string_view name);
 
-// The collations that an expression may ask for beside the default one. They tell cases apart: in the first
-// one small letters come before their capitals, in the second one the code points decide.
+// What a collation may mean. All but the default one tell cases apart: in the first of them small letters
+// come before their capitals, in the second one the code points decide.
 enum class CollationId : uint8_t { Default, CaseSensitive, Binary };
 int CompareCased(std::string_view left, std::string_view right);
 int ComparePoints(std::string_view left, std::string_view right);
@@ -44,8 +44,9 @@ enum class TrailingBlanks : uint8_t { Kept, Ignored };
 bool MatchLike(std::string_view text, std::string_view pattern, char32_t escape,
                TrailingBlanks blanks = TrailingBlanks::Kept, CollationId collation = CollationId::Default);
 
-// The byte position of `needle` in `text` from `start` on, without regard to case; npos when it is not there.
-// `length` receives the byte length of what matched.
-size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length);
+// The byte position of `needle` in `text` from `start` on; npos when it is not there. `length` receives the
+// byte length of what matched.
+size_t FindText(std::string_view text, std::string_view needle, size_t start, size_t& length,
+                CollationId collation = CollationId::Default);
 
 } // namespace tsql

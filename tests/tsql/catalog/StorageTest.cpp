@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 7");
+  Ask("PRAGMA user_version = 8");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,10 +94,44 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 7. This server supports version 6 "
+                    "' cannot be opened because it is version 8. This server supports version 7 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"8"}));
+}
+
+TEST_F(StorageTest, ACollationMakesTheFileOneOfTheSeventhVersion) {
+  Must("CREATE TABLE t (a VARCHAR(5) COLLATE Chinese_PRC_CI_AS, b NCHAR(5) COLLATE database_default)"
+       " CREATE TABLE #t (a VARCHAR(5) COLLATE Chinese_PRC_BIN) DROP TABLE #t");
+  Must("BEGIN TRAN CREATE TABLE u (a VARCHAR(5) COLLATE Chinese_PRC_BIN) ROLLBACK");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  EXPECT_EQ(Ask("SELECT COUNT(*) FROM sqlite_schema WHERE name = '~collations'"), Lines({"0"}));
+  Must(
+      "CREATE TABLE u (a INT, b VARCHAR(5) COLLATE Chinese_PRC_BIN, c VARCHAR(5) COLLATE Latin1_General_CI_AS,"
+      " d VARCHAR(5) COLLATE Chinese_PRC_CS_AS UNIQUE)");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
+  EXPECT_EQ(Ask("SELECT * FROM \"~collations\" ORDER BY ordinal"),
+            Lines({"u|1|Chinese_PRC_BIN", "u|2|Latin1_General_CI_AS", "u|3|Chinese_PRC_CS_AS"}));
+  EXPECT_EQ(
+      Ask("SELECT sql FROM sqlite_schema WHERE name = 'u'"),
+      Lines({"CREATE TABLE \"u\"(\"a\" INTEGER, \"b\" TEXT COLLATE tsql_binary, \"c\" TEXT COLLATE tsql, "
+             "\"d\" TEXT COLLATE tsql_cased)"}));
+  // Another session finds the columns as they were made.
+  Must(
+      "INSERT u (b, d) VALUES ('a', 'a'), ('A', 'A') IF (SELECT COUNT(*) FROM u WHERE b = 'a' AND d = 'a') <> 1"
+      " RAISERROR('told apart no longer', 16, 1)");
+  Must("EXEC sp_rename 'u', 'v' ALTER TABLE v DROP COLUMN a");
+  EXPECT_EQ(Ask("SELECT * FROM \"~collations\" ORDER BY ordinal"),
+            Lines({"v|0|Chinese_PRC_BIN", "v|1|Latin1_General_CI_AS", "v|2|Chinese_PRC_CS_AS"}));
+  Must("DROP TABLE v");
+  EXPECT_EQ(Ask("SELECT COUNT(*) FROM \"~collations\""), Lines({"0"}));
+}
+
+TEST_F(StorageTest, ACollationInAConditionMakesTheFileOneOfTheSeventhVersion) {
+  Must("CREATE TABLE t (a VARCHAR(5) CHECK (a COLLATE Chinese_PRC_CI_AS > 'a'))");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("CREATE TABLE u (a VARCHAR(5) CHECK (a COLLATE Chinese_PRC_BIN > 'a'))");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
 }
 

@@ -70,13 +70,27 @@ TEST_F(CollateTest, Patterns) {
   EXPECT_EQ(Scalar("CASE WHEN N'a ' COLLATE Latin1_General_BIN LIKE N'a' THEN 1 ELSE 0 END"), "0");
 }
 
+// Messages have names in the server's spelling.
+TEST_F(CollateTest, Names) {
+  EXPECT_EQ(
+      ErrorText("SELECT id FROM w WHERE a COLLATE latin1_general_cs_as = n COLLATE greek_ci_as"),
+      "468 1 Cannot resolve the collation conflict between \"Greek_CI_AS\" and \"Latin1_General_CS_AS\" in the "
+      "equal to operation.");
+  EXPECT_EQ(Rows("SELECT id FROM w WHERE a COLLATE sql_latin1_general_cp1_CS_as = 'A'"), Lines({"2"}));
+  EXPECT_EQ(Rows("SELECT id FROM w WHERE a COLLATE Chinese_PRC_Stroke_90_CS_AS_KS_WS = 'A'"), Lines({"2"}));
+  for (const std::string name :
+       {"Latin_General_CS_AS", "Latin1_General_CS", "Latin1_General_BIN3", "x_BIN", "Chinese_PRC_CI_AS_XS",
+        "Chinese_PRC_80_CI_AS", "SQL_Latin1_General_CI_AS", "Greek_AS", "Greek", "_BIN"})
+    EXPECT_EQ(ErrorText("SELECT 'a' COLLATE " + name), "448 1 Invalid collation '" + name + "'.");
+}
+
 TEST_F(CollateTest, Errors) {
   EXPECT_EQ(ErrorText("SELECT id COLLATE DATABASE_DEFAULT FROM w"),
             "447 1 Expression type int is invalid for COLLATE clause.");
   EXPECT_EQ(ErrorText("SELECT 'a' COLLATE nothing"), "448 1 Invalid collation 'nothing'.");
   EXPECT_EQ(
       ErrorText("SELECT id FROM w WHERE a COLLATE Latin1_General_BIN = n COLLATE Latin1_General_CS_AS"),
-      "468 1 Cannot resolve the collation conflict between \"Latin1_General_BIN\" and \"Latin1_General_CS_AS\" in "
+      "468 1 Cannot resolve the collation conflict between \"Latin1_General_CS_AS\" and \"Latin1_General_BIN\" in "
       "the equal to operation.");
   EXPECT_EQ(ErrorOf("SELECT a COLLATE Latin1_General_BIN + n COLLATE Latin1_General_CI_AS FROM w"), 468);
   EXPECT_EQ(ErrorOf("SELECT a FROM w GROUP BY a COLLATE Latin1_General_BIN"), 8120);

@@ -14,8 +14,12 @@ class ExpressionGenerator {
       Table table{"t" + std::to_string(t), {}};
       const int count = Upto(6);
       for (int i = 0; i < count; ++i) {
-        Row row{Num(i), Maybe(Num(Upto(4) - 1)), Maybe(Num(Upto(3))), Maybe(Txt(AnyText())),
-                Maybe(Num(Upto(8) * 50 - 100))};
+        Row row{Num(i),
+                Maybe(Num(Upto(4) - 1)),
+                Maybe(Num(Upto(3))),
+                Maybe(Txt(AnyText())),
+                Maybe(Num(Upto(8) * 50 - 100)),
+                Maybe(Txt(AnyText()))};
         table.rows.push_back(std::move(row));
       }
       tables_.push_back(std::move(table));
@@ -25,15 +29,16 @@ class ExpressionGenerator {
   std::string Setup() const {
     std::string sql;
     for (const Table& table : tables_) {
-      sql +=
-          "CREATE TABLE " + table.name +
-          " (id INT NOT NULL PRIMARY KEY, a INT NULL, b INT NULL, s VARCHAR(6) NULL, d DECIMAL(6,2) NULL)\n";
+      sql += "CREATE TABLE " + table.name +
+             " (id INT NOT NULL PRIMARY KEY, a INT NULL, b INT NULL, s VARCHAR(6) NULL, d DECIMAL(6,2) NULL,"
+             " c VARCHAR(6) COLLATE Latin1_General_BIN NULL)\n";
       if (table.name == "t1") sql += "CREATE INDEX i1 ON t1 (a, s)\n";
+      if (table.name == "t2") sql += "CREATE INDEX i2 ON t2 (c, a)\n";
       for (const Row& row : table.rows) {
         sql += "INSERT INTO " + table.name + " VALUES (";
         for (size_t i = 0; i < row.size(); ++i)
           sql += (i > 0 ? ", " : "") +
-                 (row[i].null || kKinds[i] != Kind::Text ? Show(row[i], kKinds[i]) : "'" + row[i].text + "'");
+                 (row[i].null || !IsOfText(kKinds[i]) ? Show(row[i], kKinds[i]) : "'" + row[i].text + "'");
         sql += ")\n";
       }
     }
@@ -49,15 +54,17 @@ class ExpressionGenerator {
     constexpr std::array kTexts{"", "a", "A", "ab", "AB ", "b  ", "B", "ba"};
     return kTexts[static_cast<size_t>(Upto(static_cast<int>(kTexts.size()) - 1))];
   }
-  Kind AnyKind() { return kKinds[static_cast<size_t>(Upto(4))]; }
+  Kind AnyKind() { return kKinds[static_cast<size_t>(Upto(kKinds.size() - 1))]; }
 
   // ---- expressions
 
   Expr Literal(Kind kind) {
-    V value = kind == Kind::Text  ? Txt(AnyText())
+    V value = IsOfText(kind)      ? Txt(AnyText())
               : kind == Kind::Int ? Num(Upto(6) - 2)
                                   : Num(Upto(8) * 50 - 150);
-    std::string sql = kind == Kind::Text ? "'" + value.text + "'" : Show(value, kind);
+    std::string sql = IsOfText(kind) ? "'" + value.text + "'" : Show(value, kind);
+    // Beside a column a literal takes its collation, but not beside another literal.
+    if (kind == Kind::Cased) sql += " COLLATE Latin1_General_BIN";
     if (sql[0] == '-') sql = "(" + sql + ")";
     // A literal's own type is as narrow as its digits; columns and results are wider.
     if (kind == Kind::Dec) sql = "CAST(" + sql + " AS DECIMAL(6,2))";
@@ -92,7 +99,7 @@ class ExpressionGenerator {
       const Expr first = MakeExpr(kind, cols, depth - 1);
       const Expr second = MakeExpr(kind, cols, depth - 1);
       // ISNULL takes the type of its first argument, which would cut a longer text.
-      const std::string name = kind == Kind::Text || Chance(50) ? "COALESCE(" : "ISNULL(";
+      const std::string name = IsOfText(kind) || Chance(50) ? "COALESCE(" : "ISNULL(";
       return {name + first.sql + ", " + second.sql + ")", kind, [=](const Env& env) {
                 const V value = first.eval(env);
                 return value.null ? second.eval(env) : value;
@@ -114,13 +121,13 @@ class ExpressionGenerator {
   }
 
   Expr Arithmetic(Kind kind, const std::vector<Col>& cols, int depth) {
-    if (kind == Kind::Text) {
+    if (IsOfText(kind)) {
       const Expr left = Leaf(kind, cols);
       const Expr right = Leaf(kind, cols);
       return {"(RTRIM(" + left.sql + ") + RTRIM(" + right.sql + "))", kind, [=](const Env& env) {
                 const V a = left.eval(env);
                 const V b = right.eval(env);
-                return a.null || b.null ? V() : Txt(Plain(a.text) + Plain(b.text));
+                return a.null || b.null ? V() : Txt(Plain(a.text, kind) + Plain(b.text, kind));
               }};
     }
     const int op = Upto(kind == Kind::Int ? 4 : 1);
@@ -260,7 +267,8 @@ class ExpressionGenerator {
   }
 
   Cond Like(const std::vector<Col>& cols) {
-    const Expr value = Leaf(Kind::Text, cols);
+    const Kind kind = Chance(50) ? Kind::Text : Kind::Cased;
+    const Expr value = Leaf(kind, cols);
     const std::string part = Chance(50) ? "a" : "B";
     const int form = Upto(2);
     const std::string pattern = form == 0 ? part + "%" : form == 1 ? "%" + part : "%" + part + "%";
@@ -269,8 +277,8 @@ class ExpressionGenerator {
             [=](const Env& env) {
               const V v = value.eval(env);
               if (v.null) return Truth::Unknown;
-              const std::string text = Plain(v.text);
-              const std::string want = Plain(part);
+              const std::string text = Plain(v.text, kind);
+              const std::string want = Plain(part, kind);
               const bool matches = form == 0   ? text.starts_with(want)
                                    : form == 1 ? text.ends_with(want)
                                                : text.find(want) != std::string::npos;

@@ -1,9 +1,10 @@
 // Queries that are evaluated as plainly as possible: nested loops over vectors, three-valued logic, and no
-// types but integers, decimals of two places and texts. Each is a text of T-SQL together with a closure that
-// evaluates it.
+// types but integers, decimals of two places, texts, and texts under a collation that tells cases apart. Each
+// is a text of T-SQL together with a closure that evaluates it.
 //
 // The dialect leaves it open which of two texts that differ only in case or trailing blanks stands for a
-// group. Texts are therefore compared without either, and computed with trimmed only.
+// group, and of trailing blanks alone where cases are told apart. Texts are therefore compared without these,
+// and computed with trimmed only.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +17,11 @@
 
 namespace tsql::test::plain {
 
-enum class Kind : uint8_t { Int, Dec, Text };
+enum class Kind : uint8_t { Int, Dec, Text, Cased };
+
+inline bool IsOfText(Kind kind) {
+  return kind == Kind::Text || kind == Kind::Cased;
+}
 
 struct V {
   bool null = true;
@@ -33,10 +38,10 @@ inline V Txt(std::string text) {
   return {false, 0, std::move(text)};
 }
 
-inline std::string Plain(std::string text) {
+inline std::string Plain(std::string text, Kind kind) {
   text.erase(text.find_last_not_of(' ') + 1);
   for (char& c : text)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    if (kind == Kind::Text && c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
   return text;
 }
 
@@ -46,8 +51,8 @@ inline V Checked(int64_t number) {
 }
 
 inline int Order(const V& a, const V& b, Kind kind) {
-  if (kind == Kind::Text) {
-    const int order = Plain(a.text).compare(Plain(b.text));
+  if (IsOfText(kind)) {
+    const int order = Plain(a.text, kind).compare(Plain(b.text, kind));
     return order < 0 ? -1 : order > 0 ? 1 : 0;
   }
   return a.number < b.number ? -1 : a.number > b.number ? 1 : 0;
@@ -60,7 +65,7 @@ inline int NullsFirst(const V& a, const V& b, Kind kind) {
 
 inline std::string Show(const V& value, Kind kind) {
   if (value.null) return "NULL";
-  if (kind == Kind::Text) return "'" + Plain(value.text) + "'";
+  if (IsOfText(kind)) return "'" + Plain(value.text, kind) + "'";
   if (kind == Kind::Int) return std::to_string(value.number);
   std::string digits = std::to_string(std::abs(value.number));
   if (digits.size() < 3) digits.insert(0, 3 - digits.size(), '0');
@@ -120,8 +125,8 @@ struct Table {
   std::vector<Row> rows;
 };
 
-constexpr std::array kColumns{"id", "a", "b", "s", "d"};
-constexpr std::array kKinds{Kind::Int, Kind::Int, Kind::Int, Kind::Text, Kind::Dec};
+constexpr std::array kColumns{"id", "a", "b", "s", "d", "c"};
+constexpr std::array kKinds{Kind::Int, Kind::Int, Kind::Int, Kind::Text, Kind::Dec, Kind::Cased};
 
 inline bool SameRow(const Row& a, const Row& b, const std::vector<Kind>& kinds) {
   for (size_t i = 0; i < kinds.size(); ++i)

@@ -23,15 +23,18 @@ Lines Shown(const std::vector<Row>& rows, const std::vector<Kind>& kinds) {
 
 // The engine's rows as this test shows them.
 struct Answer : Output {
+  explicit Answer(const std::vector<Kind>& ofColumns) : kinds(ofColumns) {}
   void Row(std::span<const Value> values) override {
     std::string line;
     for (size_t i = 0; i < values.size(); ++i) {
       line += i > 0 ? "|" : "";
-      line += values[i].kind == Value::Kind::Text ? "'" + Plain(std::string(values[i].text)) + "'"
+      line += values[i].kind == Value::Kind::Text ? "'" + Plain(std::string(values[i].text), kinds[i]) + "'"
                                                   : ToText(values[i]);
     }
     results.back().push_back(std::move(line));
   }
+
+  const std::vector<Kind>& kinds;
 };
 
 uint64_t FromEnvironment(const char* name, uint64_t otherwise) {
@@ -81,7 +84,7 @@ TEST(PropertyTest, QueriesAnswerAsPlainlyEvaluated) {
     const auto session = Session::Open(Database::Open(UniqueMemoryName(), OpenMode::Create));
     Output setup;
     ASSERT_TRUE(session->Execute(generator.Setup(), {}, setup));
-    Answer answer;
+    Answer answer(query.kinds);
     session->Execute(sql, {}, answer);
     Lines expected = Shown(rows, query.kinds);
     const std::string context = "seed " + std::to_string(seed) + "\n" + generator.Setup() + sql;

@@ -136,10 +136,10 @@ class QueryGenerator : public ExpressionGenerator {
   }
 
   Expr Aggregate(Kind kind, const std::vector<Col>& cols) {
-    Expr value = kind == Kind::Text ? Leaf(kind, cols) : MakeExpr(kind, cols, 1);
+    Expr value = IsOfText(kind) ? Leaf(kind, cols) : MakeExpr(kind, cols, 1);
     // The argument of an aggregate has no subquery.
     while (value.sql.find("SELECT") != std::string::npos) value = MakeExpr(kind, cols, 1);
-    const int what = kind == Kind::Text ? 3 + Upto(1) : kind == Kind::Dec ? 2 + Upto(2) : Upto(6);
+    const int what = IsOfText(kind) ? 3 + Upto(1) : kind == Kind::Dec ? 2 + Upto(2) : Upto(6);
     // COUNT(*), COUNT, SUM, MIN, MAX, AVG, COUNT(DISTINCT)
     constexpr std::array kNames{"COUNT(*", "COUNT(", "SUM(", "MIN(", "MAX(", "AVG(", "COUNT(DISTINCT "};
     const std::string name = kNames[static_cast<size_t>(what)];

@@ -4,7 +4,7 @@
 namespace tsql::test {
 
 inline constexpr const char* kFuzzSchema = R"(
-CREATE TABLE ICBOM (FBrNo varchar(10) NOT NULL DEFAULT '0', FInterID int NOT NULL PRIMARY KEY,
+CREATE TABLE ICBOM (FBrNo varchar(10) COLLATE Chinese_PRC_CS_AS NOT NULL DEFAULT '0', FInterID int NOT NULL PRIMARY KEY,
   FBOMNumber varchar(300) NOT NULL DEFAULT '', FUseStatus int NOT NULL DEFAULT 1073, FParentID int NULL,
   FItemID int NOT NULL, FQty decimal(28,10) NOT NULL DEFAULT 1, FStatus int NOT NULL DEFAULT 0,
   FBomType int NOT NULL DEFAULT 0, FCustID int NULL, FCheckerID int NULL, FEnterTime datetime NULL, FNote nvarchar(100) NULL)

@@ -170,7 +170,8 @@ TEST_F(KillTest, OpenTransactionIsUndone) {
 
 TEST_F(KillTest, DefinitionsAreWholeOrGone) {
   const std::string batch =
-      "WHILE 1 = 1 BEGIN CREATE TABLE made (a INT NOT NULL PRIMARY KEY, b VARCHAR(9) UNIQUE)"
+      "WHILE 1 = 1 BEGIN CREATE TABLE made (a INT NOT NULL PRIMARY KEY, b VARCHAR(9) COLLATE Chinese_PRC_CS_AS "
+      "UNIQUE)"
       " INSERT INTO made VALUES (1, 'x') CREATE INDEX i ON made (b, a) PRINT 'there'"
       " DROP TABLE made PRINT 'gone' END";
   for (const int steps : {1, 2, 3, 10, 41, 62}) {
@@ -178,7 +179,7 @@ TEST_F(KillTest, DefinitionsAreWholeOrGone) {
     if (HasFatalFailure()) return;
     const Lines exists = Rows("SELECT ISNULL(OBJECT_ID('made', 'U'), 0)");
     if (exists == Lines({"0"})) continue;
-    Must("DELETE FROM made INSERT INTO made VALUES (2, 'y') SELECT * FROM made DROP TABLE made");
+    Must("DELETE FROM made INSERT INTO made VALUES (2, 'y'), (3, 'Y') SELECT * FROM made DROP TABLE made");
   }
   EXPECT_EQ(Run("DROP TABLE made").errors.at(0).number, 3701);
 }

@@ -28,7 +28,7 @@ class StorageFaultsTest : public FileTest {
         RunOn(
             *session,
             "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount INT NOT NULL)"
-            " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) NOT NULL)"
+            " CREATE TABLE journal (n INT NOT NULL, text VARCHAR(8000) COLLATE Chinese_PRC_CS_AS NOT NULL)"
             " CREATE TABLE changes (step INT IDENTITY(5,5), by_how_much INT NOT NULL, text VARCHAR(8000) NOT NULL)"
             " CREATE TABLE share (id INT NULL REFERENCES account ON UPDATE CASCADE)"
             " INSERT INTO account VALUES (1, 0), (2, 0) INSERT INTO journal VALUES (0, 'x')"
