@@ -3,6 +3,7 @@
 
 #include "tsql/bind/Binder.h"
 #include "tsql/syntax/Refusals.h"
+#include "tsql/values/CollationNames.h"
 
 namespace tsql {
 namespace {
@@ -110,6 +111,7 @@ BoundSourcePtr Binder::BindMerged(const TableSource& source, Scope& scope) {
   for (size_t i = kFirstOfSource; i < merged_->size(); ++i) {
     const Column& column = (*merged_)[i];
     entry.columns.push_back({column.name, ResultColumnName(i), column.type, true});
+    if (!column.collation.empty()) entry.columns.back().collation = FindCollation(column.collation).value();
   }
   AddSource(scope, std::move(entry));
   return node;

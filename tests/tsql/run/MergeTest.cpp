@@ -135,6 +135,14 @@ TEST_F(MergeTest, TheSourceMayChangeBetweenRuns) {
   EXPECT_EQ(Rows("SELECT id, name FROM t WHERE id > 4"), Lines({"8|77"}));
 }
 
+TEST_F(MergeTest, CollationsOfTheSource) {
+  Must("CREATE TABLE cased (k VARCHAR(5) COLLATE Latin1_General_CS_AS) INSERT INTO cased VALUES ('a'), ('A')"
+       " CREATE TABLE u (k VARCHAR(5) COLLATE Latin1_General_CS_AS, n INT) INSERT INTO u VALUES ('a', 0)"
+       " MERGE u USING cased AS c ON c.k = u.k WHEN MATCHED AND c.k = 'a' THEN UPDATE SET n += 1"
+       " WHEN NOT MATCHED THEN INSERT VALUES (c.k, CASE c.k WHEN 'a' THEN 7 ELSE 8 END);");
+  EXPECT_EQ(Rows("SELECT k, n FROM u ORDER BY n"), Lines({"a|1", "A|8"}));
+}
+
 TEST_F(MergeTest, WhatIsWrittenWrongly) {
   EXPECT_EQ(ErrorText("MERGE t USING s ON t.id = s.id WHEN MATCHED THEN DELETE"),
             "10713 1 A MERGE statement must be terminated by a semi-colon (;).");
