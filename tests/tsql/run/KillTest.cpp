@@ -109,6 +109,20 @@ TEST_F(KillTest, TransactionsAreWholeOrGone) {
   EXPECT_GE(std::stoi(Rows("SELECT COUNT(*) FROM journal").at(0)), 1098);
 }
 
+TEST_F(KillTest, AMergeIsWholeOrGone) {
+  // Each one moves 1 and adds an account.
+  const std::string batch =
+      "WHILE 1 = 1 MERGE account AS a USING (SELECT 1 AS id, -1 AS n UNION SELECT 2, 1 UNION"
+      " SELECT MAX(id) + 1, 0 FROM account) AS s ON a.id = s.id WHEN MATCHED THEN UPDATE SET amount += n"
+      " WHEN NOT MATCHED THEN INSERT VALUES (s.id, n);";
+  for (const int steps : {1, 2, 50, 151}) {
+    RunAndKill(batch, steps);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(Rows("SELECT SUM(amount), MAX(amount) - COUNT(*) FROM account"), Lines({"0|-2"}));
+    Must("UPDATE account SET amount = amount"); // nobody holds the lock
+  }
+}
+
 TEST_F(KillTest, TransactionsWithCursorsFunctionsAndTableVariablesAreWholeOrGone) {
   Must("CREATE FUNCTION one () RETURNS INT AS BEGIN DECLARE @x TABLE (a INT) INSERT @x VALUES (1)"
        " RETURN (SELECT a FROM @x) END");

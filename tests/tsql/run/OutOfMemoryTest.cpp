@@ -22,7 +22,8 @@ int64_t Every(int64_t usual) {
 
 // Something of everything that the engine does: functions of text, dates and decimals, a subquery, an
 // aggregate, a temporary table, an error that is caught, variables, a procedure, a function, a table
-// variable, a cursor, a change with OUTPUT, a trigger, a key that others follow, a collation and a schema.
+// variable, a MERGE, a PIVOT, a cursor, a change with OUTPUT, a trigger, a key that others follow, a
+// collation and a schema.
 constexpr char kTables[] =
     "CREATE TABLE account (id INT NOT NULL PRIMARY KEY, amount DECIMAL(28,10) NOT NULL CHECK (amount < 99999999))"
     " CREATE TABLE journal (n INT IDENTITY PRIMARY KEY, text NVARCHAR(2000) NOT NULL)"
@@ -48,6 +49,9 @@ constexpr char kWork[] =
     " UPDATE a SET a.amount = a.amount - (SELECT COUNT(*) FROM #t WHERE a = 1) FROM account a"
     " JOIN #t b ON a.id = b.a WHERE a.id = 1"
     " DECLARE @v TABLE (a INT NOT NULL PRIMARY KEY) INSERT @v SELECT id FROM account WHERE id = 2"
+    " MERGE @v AS v USING (SELECT a, COUNT(*) AS n FROM #t GROUP BY a) AS s ON v.a = s.a"
+    " WHEN MATCHED AND n > 5 THEN DELETE WHEN NOT MATCHED THEN INSERT VALUES (s.a + 100);"
+    " SELECT @before = @before + [1] - 1 FROM (SELECT a, a AS k FROM #t) s PIVOT (COUNT(a) FOR k IN ([1])) p"
     " DECLARE c CURSOR LOCAL FOR SELECT id FROM account ORDER BY id DESC DECLARE @id INT OPEN c FETCH c INTO @id"
     " DECLARE @o TABLE (id INT) UPDATE account SET amount = dbo.Plus(amount) OUTPUT inserted.id INTO @o"
     " WHERE id = (SELECT a FROM @v WHERE a = @id)"
