@@ -241,7 +241,10 @@ void Serve(const std::wstring& dsn) {
   const auto growsNoMore = [&](auto left) { EXPECT_LE(left(*after) + left(*atFirst), 2 * left(*before)); };
   growsNoMore([](const Left& left) { return left.heap.blocks; });
   growsNoMore([](const Left& left) { return left.heap.bytes; });
-  growsNoMore([](const Left& left) { return left.handle; });
+  // A mutex has an event of its own from the first time on that a thread waits for it: a few may come late.
+  // What an apartment or a call leaves is more.
+  constexpr uintptr_t kNextHandle = 4;
+  EXPECT_LT(after->handle, before->handle + (kWriters + kReaders) * kNextHandle);
 }
 
 void Fill(const TestDatabase& database) {
