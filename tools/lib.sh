@@ -87,14 +87,11 @@ have_wine32() { [[ -x /usr/lib/wine/wine ]]; }
 # Either starts programs of the other width too, but by way of a third program: that takes half a second more, and now
 # and then it ends with 1 and has started nothing.
 loader() {
-  local file
   if [[ $1 == x86 ]] && have_wine32; then
     echo /usr/lib/wine/wine
-    return
+  elif [[ -x /usr/lib/wine/wine64 ]] || command -v wine64 wine >/dev/null; then
+    echo "$ROOT/tools/wine64"
   fi
-  for file in /usr/lib/wine/wine64 "$(command -v wine64 || true)" "$(command -v wine || true)"; do
-    if [[ -x $file ]]; then echo "$file" && return; fi
-  done
 }
 
 # Ends with exit code 77, which test runners know as "skipped", if this machine cannot run the build's programs.
