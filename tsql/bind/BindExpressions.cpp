@@ -467,6 +467,19 @@ BoundExprPtr Binder::BindConcatenation(BoundExprPtr left, BoundExprPtr right) {
   return node;
 }
 
+// A text, or the empty one in place of null.
+BoundExprPtr Binder::TextOrEmpty(BoundExprPtr text) const {
+  const Type type = text->type;
+  const BoundExpr& own = *text;
+  std::vector<BoundExprPtr> args;
+  args.push_back(std::move(text));
+  args.push_back(MakeConstant(Datum::OfText(""), type));
+  BoundExprPtr node = MakeFunction(FunctionId::IsNull, type, std::move(args));
+  TakeCollation(*node, own);
+  node->nullable = false;
+  return node;
+}
+
 BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
   const ArithmeticOp op = expr.arithmetic;
   BoundExprPtr left = Bind(*expr.args[0]);
@@ -500,6 +513,9 @@ BoundExprPtr Binder::BindArithmetic(const Expr& expr) {
     const Type rightType = AsDecimal(right->type);
     left = Convert(std::move(left), leftType);
     right = Convert(std::move(right), rightType);
+  } else if (bothText && !options_.concatNull) {
+    left = TextOrEmpty(std::move(left));
+    right = TextOrEmpty(std::move(right));
   } else if (!bothText) {
     left = Convert(std::move(left), common);
     right = Convert(std::move(right), common);
@@ -517,18 +533,36 @@ void Binder::CheckComparable(const BoundExpr& expr, const BoundExpr& other, cons
     Fail(402, {TypeName(expr.type.id), TypeName(other.type.id), op});
 }
 
+// Whether what is compared with it may meet null as its equal: a variable or NULL itself, with ANSI_NULLS
+// off.
+bool Binder::MeetsNulls(const Expr& expr) const {
+  return !options_.ansiNulls &&
+         (expr.kind == ExprKind::Null || expr.kind == ExprKind::Variable || expr.kind == ExprKind::Marker);
+}
+
 BoundExprPtr Binder::BindComparison(const Expr& expr) {
-  BoundExprPtr left = Bind(*expr.args[0]);
-  BoundExprPtr right = Bind(*expr.args[1]);
-  CheckComparable(*left, *right, OperatorName(expr.compare));
+  BoundExprPtr node = Compare(Bind(*expr.args[0]), Bind(*expr.args[1]), expr.compare);
+  const bool isEquality = expr.compare == CompareOp::Equal || expr.compare == CompareOp::NotEqual;
+  node->nullsEqual = isEquality && (MeetsNulls(*expr.args[0]) || MeetsNulls(*expr.args[1]));
+  return node;
+}
+
+BoundExprPtr Binder::BindEquality(const Expr& left, const Expr& right) {
+  BoundExprPtr node = Compare(Bind(left), Bind(right), CompareOp::Equal);
+  node->nullsEqual = MeetsNulls(left) || MeetsNulls(right);
+  return node;
+}
+
+BoundExprPtr Binder::Compare(BoundExprPtr left, BoundExprPtr right, CompareOp op) {
+  CheckComparable(*left, *right, OperatorName(op));
   const Type common = CommonTypeOf({left.get(), right.get()});
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Compare, MakeType(TypeId::Bit));
-  node->compare = expr.compare;
+  node->compare = op;
   // Texts of different lengths can be compared without conversion.
   const bool isText = IsText(common) && IsText(left->type) && IsText(right->type);
   node->args.push_back(isText ? std::move(left) : Convert(std::move(left), common));
   node->args.push_back(isText ? std::move(right) : Convert(std::move(right), common));
-  UnifyCollations({node->args[0].get(), node->args[1].get()}, OperatorName(expr.compare));
+  UnifyCollations({node->args[0].get(), node->args[1].get()}, OperatorName(op));
   return node;
 }
 
@@ -564,7 +598,33 @@ BoundExprPtr Binder::BindBetween(const Expr& expr) {
   return node;
 }
 
+// a IN (b, c) as a = b OR a = c.
+BoundExprPtr Binder::BindNullableList(const Expr& expr) {
+  std::vector<BoundExprPtr> list;
+  for (size_t i = 1; i < expr.args.size(); ++i) list.push_back(BindEquality(*expr.args[0], *expr.args[i]));
+  // Joined by twos, so that a long list does not become a deep expression.
+  while (list.size() > 1) {
+    std::vector<BoundExprPtr> halves;
+    for (size_t i = 0; i < list.size(); i += 2) {
+      if (i + 1 == list.size()) {
+        halves.push_back(std::move(list[i]));
+        break;
+      }
+      halves.push_back(MakeNode(BoundExpr::Kind::Or, MakeType(TypeId::Bit)));
+      halves.back()->args.push_back(std::move(list[i]));
+      halves.back()->args.push_back(std::move(list[i + 1]));
+    }
+    list = std::move(halves);
+  }
+  if (!expr.negated) return std::move(list.front());
+  BoundExprPtr none = MakeNode(BoundExpr::Kind::Not, MakeType(TypeId::Bit));
+  none->args.push_back(std::move(list.front()));
+  return none;
+}
+
 BoundExprPtr Binder::BindInList(const Expr& expr) {
+  if (std::ranges::any_of(expr.args, [&](const ExprPtr& arg) { return MeetsNulls(*arg); }))
+    return BindNullableList(expr);
   BoundExprPtr node = MakeNode(BoundExpr::Kind::In, MakeType(TypeId::Bit));
   node->negated = expr.negated;
   std::vector<const BoundExpr*> operands;
@@ -636,16 +696,29 @@ BoundExprPtr Binder::BindSubquery(const Expr& expr) {
 
 BoundExprPtr Binder::BindCase(const Expr& expr) {
   BoundExprPtr node = MakeNode(BoundExpr::Kind::Case, {});
-  node->hasOperand = expr.hasOperand;
   node->hasElse = expr.hasElse;
-  for (const ExprPtr& arg : expr.args) node->args.push_back(Bind(*arg));
+  const size_t expressions = expr.args.size() - (expr.hasElse ? 1 : 0);
+  bool meetsNulls = expr.hasOperand && MeetsNulls(*expr.args[0]);
+  for (size_t i = 1; expr.hasOperand && i < expressions; i += 2)
+    meetsNulls = meetsNulls || MeetsNulls(*expr.args[i]);
+  if (meetsNulls) {
+    // CASE a WHEN b as CASE WHEN a = b.
+    for (size_t i = 1; i < expressions; i += 2) {
+      node->args.push_back(BindEquality(*expr.args[0], *expr.args[i]));
+      node->args.push_back(Bind(*expr.args[i + 1]));
+    }
+    if (expr.hasElse) node->args.push_back(Bind(*expr.args.back()));
+  } else {
+    node->hasOperand = expr.hasOperand;
+    for (const ExprPtr& arg : expr.args) node->args.push_back(Bind(*arg));
+  }
   std::vector<size_t> results;
   std::vector<size_t> tested;
-  const size_t first = expr.hasOperand ? 1 : 0;
-  if (expr.hasOperand) tested.push_back(0);
+  const size_t first = node->hasOperand ? 1 : 0;
+  if (node->hasOperand) tested.push_back(0);
   const size_t pairsEnd = node->args.size() - (expr.hasElse ? 1 : 0);
   for (size_t i = first; i < pairsEnd; i += 2) {
-    if (expr.hasOperand) tested.push_back(i);
+    if (node->hasOperand) tested.push_back(i);
     results.push_back(i + 1);
   }
   if (expr.hasElse) results.push_back(node->args.size() - 1);
@@ -657,7 +730,7 @@ BoundExprPtr Binder::BindCase(const Expr& expr) {
     for (const size_t i : indexes) node->args[i] = Convert(std::move(node->args[i]), common);
     return common;
   };
-  if (expr.hasOperand) {
+  if (node->hasOperand) {
     unify(tested);
     std::vector<BoundExpr*> operands;
     operands.reserve(tested.size());

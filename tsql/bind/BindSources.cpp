@@ -348,13 +348,15 @@ Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& 
 BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
   if (++viewDepth_ > kMaxViewDepth) Fail(217, {});
   std::vector<std::string> columns;
-  const QueryPtr query = ParseView(view.text, view.schema, view.name, columns);
+  const QueryPtr query = ParseView(view.text, view.schema, view.name, view.options.quotedIdentifier, columns);
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
   // A view does not see the statement that uses it.
   Scope* savedScope = std::exchange(scope_, nullptr);
   std::vector<CommonInfo> savedCommons = std::exchange(commons_, {});
+  const bool savedNulls = std::exchange(options_.ansiNulls, view.options.ansiNulls);
   node->query = BindQuery(*query, true);
+  options_.ansiNulls = savedNulls;
   commons_ = std::move(savedCommons);
   scope_ = savedScope;
   --viewDepth_;

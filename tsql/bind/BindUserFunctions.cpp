@@ -29,7 +29,8 @@ struct Binder::Inlined {
 
 const CreateFunctionStatement& Binder::ParsedFunction(const ModulePtr& module, const ObjectName& name) {
   dependencies_.push_back({name, nullptr, nullptr, module});
-  functions_.push_back(ParseModule(module->text, module->schema, module->name));
+  functions_.push_back(
+      ParseModule(module->text, module->schema, module->name, module->options.quotedIdentifier));
   return static_cast<const CreateFunctionStatement&>(*functions_.back()->statements.front());
 }
 
@@ -176,7 +177,9 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
   if (function.function == FunctionKind::Inline) {
     if (++viewDepth_ > kMaxDepth) Fail(217, {});
     node->kind = BoundSource::Kind::Query;
+    const bool savedNulls = std::exchange(options_.ansiNulls, module->options.ansiNulls);
     node->query = BindInlined(function, source, visible);
+    options_.ansiNulls = savedNulls;
     --viewDepth_;
     entry.columns = ColumnsOf(*node->query, source.columnAliases, module->name, true);
   } else {

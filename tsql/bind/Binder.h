@@ -28,6 +28,13 @@ struct Dependency {
   ModulePtr function = nullptr;
 };
 
+// The SET options that decide what an expression means.
+struct BindOptions {
+  bool ansiNulls = true;
+  bool concatNull = true; // CONCAT_NULL_YIELDS_NULL
+  bool operator==(const BindOptions& other) const = default;
+};
+
 // Binds one statement or expression.
 class Binder {
  public:
@@ -82,6 +89,7 @@ class Binder {
   void SetMerged(const std::vector<Column>& columns) { merged_ = &columns; }
   // The query of an inline function.
   BoundQueryPtr BindFunctionQuery(const CreateFunctionStatement& function);
+  void SetOptions(const BindOptions& options) { options_ = options; }
   // Changes are limited to the rows of SET ROWCOUNT.
   void SetLimited(bool isLimited) { isLimited_ = isLimited; }
   // Whether something was bound to a table variable that is not there yet.
@@ -184,6 +192,11 @@ class Binder {
   BoundExprPtr BindDateArithmetic(ArithmeticOp op, BoundExprPtr left, BoundExprPtr right) const;
   BoundExprPtr BindNegation(const Expr& expr);
   BoundExprPtr BindComparison(const Expr& expr);
+  BoundExprPtr Compare(BoundExprPtr left, BoundExprPtr right, CompareOp op);
+  bool MeetsNulls(const Expr& expr) const;
+  BoundExprPtr BindEquality(const Expr& left, const Expr& right);
+  BoundExprPtr BindNullableList(const Expr& expr);
+  BoundExprPtr TextOrEmpty(BoundExprPtr text) const;
   BoundExprPtr BindLogical(const Expr& expr, BoundExpr::Kind kind);
   BoundExprPtr BindLike(const Expr& expr);
   BoundExprPtr BindBetween(const Expr& expr);
@@ -442,6 +455,7 @@ class Binder {
   const std::vector<TablePtr>* tableVariables_ = nullptr;
   Variables variablesAre_ = Variables::Declared;
   bool isAhead_ = false;
+  BindOptions options_;
   bool isLimited_ = false;
   bool inFunction_ = false;
   bool inCheck_ = false;

@@ -233,6 +233,7 @@ struct BoundExpr {
   bool distinct = false;
   bool hasOperand = false;
   bool hasElse = false;
+  bool nullsEqual = false; // of a comparison by = or <>: it is never unknown, as with ANSI_NULLS off
   CollationStrength strength = CollationStrength::Coercible;
   CollationId collation = CollationId::Default;
   CollationId ownCollation = CollationId::Default; // of a column, whatever COLLATE makes of it

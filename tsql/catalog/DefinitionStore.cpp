@@ -76,6 +76,12 @@ bool HasThirdVersion(const TableInfo& table) {
          std::ranges::any_of(table.columns, &ColumnInfo::IsComputed);
 }
 
+int64_t EncodeKind(ModuleKind kind, const ModuleInfo& module) {
+  return static_cast<int64_t>(kind) + (module.disabled ? storage::kDisabled : 0) +
+         (module.options.ansiNulls ? 0 : storage::kAnsiNullsOff) +
+         (module.options.quotedIdentifier ? 0 : storage::kQuotedIdentifierOff);
+}
+
 // The kind of a key and what goes with it, as one number.
 int64_t EncodeKind(const KeyInfo& key) {
   return static_cast<int64_t>(key.kind) + (key.disabled ? storage::kDisabled : 0) +
@@ -269,9 +275,11 @@ std::vector<DefinitionStore::Module> DefinitionStore::ReadModules(Place place) c
   while (rows.Step()) {
     Module module;
     const int64_t kind = rows.ColumnInteger(1);
-    RequireIntact(kind >= 0 && kind < 2 * storage::kDisabled);
+    RequireIntact(kind >= 0 && kind < 2 * storage::kQuotedIdentifierOff);
     module.kind = static_cast<ModuleKind>(kind % storage::kDisabled);
-    module.info.disabled = kind >= storage::kDisabled;
+    module.info.disabled = (kind & storage::kDisabled) != 0;
+    module.info.options.ansiNulls = (kind & storage::kAnsiNullsOff) == 0;
+    module.info.options.quotedIdentifier = (kind & storage::kQuotedIdentifierOff) == 0;
     RequireIntact(module.kind >= ModuleKind::View && module.kind <= ModuleKind::Trigger);
     RequireIntact(!module.info.disabled || module.kind == ModuleKind::Trigger);
     module.info.kind = module.kind;
@@ -326,13 +334,12 @@ void DefinitionStore::EraseTable(const TableInfo& table) const {
 void DefinitionStore::WriteModule(ModuleKind kind, const ModuleInfo& module) const {
   if (kind > ModuleKind::Procedure) storage::RequireVersion(connection_, storage::kFunctionVersion);
   if (kind == ModuleKind::Trigger) storage::RequireVersion(connection_, storage::kTriggerVersion);
+  if (module.options != ModuleOptions()) storage::RequireVersion(connection_, storage::kOptionVersion);
   // What is altered keeps its row: the order of the rows is that in which triggers fire.
   RunWith(connection_,
           "INSERT INTO " + Qualified(Place::Main, storage::kModules) +
               " VALUES (?, ?, ?) ON CONFLICT(name) DO UPDATE SET kind = excluded.kind, text = excluded.text",
-          {Text(module.key),
-           Datum::OfInteger(static_cast<int64_t>(kind) + (module.disabled ? storage::kDisabled : 0)),
-           Text(module.text)});
+          {Text(module.key), Datum::OfInteger(EncodeKind(kind, module)), Text(module.text)});
 }
 
 void DefinitionStore::RenameModule(const std::string& from, const std::string& to) const {

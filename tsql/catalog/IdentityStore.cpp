@@ -1,6 +1,6 @@
 #include "tsql/catalog/IdentityStore.h"
 
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

@@ -43,7 +43,7 @@ constexpr int64_t kApplicationId = 0x7453514C;
 // SQLite's user_version: the version of the format. Files from before it was written have 0 there and are the
 // same as version 1. A file is of the lowest version that has all that is in it, so that older engines read
 // what they can.
-constexpr int64_t kVersion = 7;
+constexpr int64_t kVersion = 8;
 constexpr int64_t kFirstVersion = 1;
 constexpr int64_t kFunctionVersion = 2; // functions of users
 constexpr int64_t kFineVersion = 2;     // the types time and datetime2
@@ -56,6 +56,7 @@ constexpr int64_t kIdentityVersion = 6;
 constexpr int64_t kActionVersion = 6; // foreign keys with referential actions
 // Columns, CHECK conditions and computed columns with other collations than the database's.
 constexpr int64_t kCollationVersion = 7;
+constexpr int64_t kOptionVersion = 8; // modules made with SET options that are off
 
 // What the value of a column is. Files keep the numbers.
 enum class ColumnValue : int64_t {
@@ -68,6 +69,9 @@ enum class ColumnValue : int64_t {
 
 // Added to the kind of what is switched off: of a constraint since version 3, of a trigger since version 4.
 constexpr int64_t kDisabled = 16;
+// Added to the kind of a module that was made with the option off. Since version 8.
+constexpr int64_t kAnsiNullsOff = 32;
+constexpr int64_t kQuotedIdentifierOff = 64;
 // The number of a foreign key's referential action on DELETE is added to its kind so many times, and that on
 // UPDATE. Since version 6.
 constexpr int64_t kOnDelete = 32;

@@ -1,10 +1,10 @@
 #include "tsql/catalog/TableInfo.h"
 
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Hexadecimal.h"
 #include "tsql/values/NameHash.h"
 #include "tsql/values/PowersOfTen.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 
@@ -70,7 +70,8 @@ IdentityRange IdentityRangeOf(const Type& type) {
 }
 
 bool IsSameModule(const ModuleInfo& left, const ModuleInfo& right) {
-  return left.text == right.text && left.key == right.key && left.schema == right.schema;
+  return left.text == right.text && left.key == right.key && left.schema == right.schema &&
+         left.options == right.options;
 }
 
 std::string TableInfo::SqlName() const {

@@ -86,6 +86,13 @@ struct TableInfo {
 };
 using TablePtr = std::shared_ptr<const TableInfo>;
 
+// The SET options that a module is read with, wherever it runs: those of the session that made it.
+struct ModuleOptions {
+  bool quotedIdentifier = true;
+  bool ansiNulls = true;
+  bool operator==(const ModuleOptions& other) const = default;
+};
+
 // A view, a procedure, a function or a trigger.
 struct ModuleInfo {
   std::string name;
@@ -94,6 +101,7 @@ struct ModuleInfo {
   std::string text;
   ModuleKind kind = ModuleKind::View;
   bool disabled = false; // a trigger that does not fire
+  ModuleOptions options;
 };
 using ModulePtr = std::shared_ptr<const ModuleInfo>;
 // Whether the one means what the other does.

@@ -15,6 +15,7 @@ inline constexpr int kMaxNesting = 32;
 // One statement or expression as SQLite runs it.
 struct Plan {
   uint64_t version = 0; // of the catalog when it was bound; 0 for never
+  BindOptions options;  // with which it was bound
   bool identityInsert = false;
   bool limited = false; // to the rows of SET ROWCOUNT
   bool fires = false;   // a change that triggers wait for
@@ -63,7 +64,8 @@ struct CompiledUnit : std::enable_shared_from_this<CompiledUnit> {
   bool isDeferred = false;
   // By the number of the statement or expression. The planner makes them when they are first needed.
   std::vector<std::unique_ptr<Plan>> plans;
-  ModulePtr module; // the procedure's text that this was compiled from
+  ModulePtr module;                     // the procedure's text that this was compiled from
+  std::optional<ModuleOptions> options; // of a module, which it has whatever the session sets
 };
 
 // Whether the dependency is a function that is called while a statement runs. An inline one is a part of it.

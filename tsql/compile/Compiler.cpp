@@ -16,6 +16,8 @@ namespace tsql {
 namespace {
 
 constexpr size_t kMaxCachedBatches = 512;
+// In the key of a batch that was read with QUOTED_IDENTIFIER off.
+constexpr std::string_view kTextsInQuotes("\0\"", 2);
 
 const std::vector<VariableInfo> kNoVariables;
 const std::vector<Type> kNoMarkers;
@@ -45,6 +47,17 @@ bool IsKey(std::string_view key, std::string_view text, std::span<const Paramete
   return key.empty();
 }
 
+bool ComparesNull(const BoundExpr& expr) {
+  return expr.nullsEqual ||
+         std::ranges::any_of(expr.args, [](const BoundExprPtr& arg) { return ComparesNull(*arg); });
+}
+
+// The catalog keeps no options with an expression.
+void RefuseNullComparison(const BoundExpr& expr) {
+  if (ComparesNull(expr))
+    Refuse("A comparison with NULL in a CHECK constraint or computed column with ANSI_NULLS off");
+}
+
 void CollectColumns(const BoundExpr& expr, const TableInfo& table, std::vector<int>& columns) {
   for (const BoundExprPtr& arg : expr.args) CollectColumns(*arg, table, columns);
   if (expr.kind != BoundExpr::Kind::Column) return;
@@ -60,13 +73,14 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
   if (lastBatch_ != nullptr && IsKey(lastBatch_->first, text, parameters)) return lastBatch_->second;
   key_.assign(text);
   for (const Parameter& parameter : parameters) AppendParameter(key_, parameter);
+  if (!context_.options.quotedIdentifier) key_ += kTextsInQuotes;
   const auto found = batches_.find(key_);
   if (found != batches_.end()) {
     lastBatch_ = &*found;
     return found->second;
   }
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(std::string(text));
+  unit->batch = ParseBatch(std::string(text), context_.options.quotedIdentifier);
   unit->body = &unit->batch->statements;
   for (const Parameter& parameter : parameters) {
     const Type type = CompleteType(parameter.type);
@@ -91,13 +105,15 @@ std::shared_ptr<CompiledUnit> Compiler::CompileSystemProcedure(const ObjectName&
   if (found != systemProcedures_.end()) return found->second;
   std::unique_ptr<Batch> batch = MakeSystemProcedure(name);
   if (!batch) return nullptr;
-  std::shared_ptr<CompiledUnit> unit = MakeProcedure(std::move(batch));
+  std::shared_ptr<CompiledUnit> unit = MakeProcedure(std::move(batch), {});
   systemProcedures_.emplace(name.name, unit);
   return unit;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeProcedure(std::unique_ptr<Batch> batch) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeProcedure(std::unique_ptr<Batch> batch,
+                                                      const ModuleOptions& options) const {
   auto unit = std::make_shared<CompiledUnit>();
+  unit->options = options;
   unit->batch = std::move(batch);
   unit->procedure = static_cast<const CreateProcedureStatement*>(unit->batch->statements.front().get());
   unit->body = &unit->procedure->body;
@@ -118,14 +134,18 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   }
   std::shared_ptr<CompiledUnit>& cached = procedures_[module->key];
   if (cached && IsSameModule(*cached->module, *module)) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeProcedure(ParseModule(module->text, module->schema, module->name));
+  std::shared_ptr<CompiledUnit> unit =
+      MakeProcedure(ParseModule(module->text, module->schema, module->name, module->options.quotedIdentifier),
+                    module->options);
   unit->module = module;
   cached = unit;
   return unit;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch,
+                                                    const ModuleOptions& options) const {
   auto unit = std::make_shared<CompiledUnit>();
+  unit->options = options;
   unit->batch = std::move(batch);
   unit->trigger = static_cast<const CreateTriggerStatement*>(unit->batch->statements.front().get());
   unit->procedure = unit->trigger;
@@ -135,21 +155,25 @@ std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch
 }
 
 void Compiler::CheckTrigger(const CreateTriggerStatement& statement) const {
-  MakeTrigger(ParseBatch(statement.text));
+  const CompileOptions& options = context_.options;
+  MakeTrigger(ParseBatch(statement.text, options.quotedIdentifier), options.OfModule());
 }
 
 std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
   const ModuleInfo& module = *trigger.module;
   std::shared_ptr<CompiledUnit>& cached = triggers_[module.key];
   if (cached && IsSameModule(*cached->module, module)) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeTrigger(ParseModule(module.text, module.schema, module.name));
+  std::shared_ptr<CompiledUnit> unit = MakeTrigger(
+      ParseModule(module.text, module.schema, module.name, module.options.quotedIdentifier), module.options);
   unit->module = trigger.module;
   cached = std::move(unit);
   return cached;
 }
 
-std::shared_ptr<CompiledUnit> Compiler::MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const {
+std::shared_ptr<CompiledUnit> Compiler::MakeFunction(std::unique_ptr<Batch> batch, uint32_t number,
+                                                     const ModuleOptions& options) const {
   auto unit = std::make_shared<CompiledUnit>();
+  unit->options = options;
   unit->number = number;
   unit->batch = std::move(batch);
   unit->function = static_cast<const CreateFunctionStatement*>(unit->batch->statements.front().get());
@@ -185,7 +209,8 @@ Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view key) {
 void Compiler::MakeUnit(FunctionUnits& units) {
   const ModuleInfo& module = *units.module;
   const std::shared_ptr<CompiledUnit> unit =
-      MakeFunction(ParseModule(module.text, module.schema, module.name), ++lastUnit_);
+      MakeFunction(ParseModule(module.text, module.schema, module.name, module.options.quotedIdentifier),
+                   ++lastUnit_, module.options);
   unit->module = units.module;
   if (units.made == 0) {
     for (const std::unique_ptr<Plan>& plan : unit->plans)
@@ -251,10 +276,12 @@ bool Compiler::IsFunctionTable(const TablePtr& table) const {
 void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
   if (statement.function != FunctionKind::Inline) {
     CheckFunctionBody(statement.body);
-    MakeFunction(ParseBatch(statement.text), 0);
+    const CompileOptions& options = context_.options;
+    MakeFunction(ParseBatch(statement.text, options.quotedIdentifier), 0, options.OfModule());
     return;
   }
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.SetOptions(context_.options.bind);
   binder.SetInFunction(true);
   const std::vector<Column> columns = binder.BindFunctionQuery(statement)->columns;
   for (size_t i = 0; i < columns.size(); ++i) {
@@ -267,6 +294,7 @@ void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
 BoundQueryPtr Compiler::BindInto(const QueryStatement& statement, const CompiledUnit& unit,
                                  std::vector<Dependency>& dependencies) const {
   Binder binder(context_.catalog, unit.variables, unit.markers);
+  binder.SetOptions(Planner::OptionsOf(context_, unit));
   binder.SetTableVariables(unit.tables, Binder::Variables::InCatalog);
   binder.SetLimited(context_.limitsChanges);
   BoundQueryPtr query = binder.BindStatementQuery(*statement.query);
@@ -294,6 +322,7 @@ Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table,
 
 void Compiler::CheckView(const CreateViewStatement& statement) const {
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.SetOptions(context_.options.bind);
   const std::vector<Column> columns = binder.BindViewQuery(*statement.query)->columns;
   for (const Dependency& dependency : binder.Dependencies())
     if (dependency.table && dependency.table->place != Place::Main) Fail(4508, {});
@@ -311,7 +340,9 @@ void Compiler::CheckView(const CreateViewStatement& statement) const {
 std::string Compiler::CompileCheck(const TableInfo& table, const std::string& text) const {
   const ExprPtr expr = ParseCheck(text);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.SetOptions({.ansiNulls = context_.options.bind.ansiNulls});
   const BoundExprPtr check = binder.BindCheck(*expr, table);
+  RefuseNullComparison(*check);
   if (table.place == Place::Main && HasFineType(*check))
     storage::RequireVersion(context_.connection, storage::kFineVersion);
   if (table.place == Place::Main && HasCollation(*check))
@@ -330,7 +361,9 @@ std::vector<int> Compiler::ColumnsOfCheck(const TableInfo& table, const std::str
 std::string Compiler::CompileComputed(const TableInfo& table, const ColumnInfo& column) const {
   const ExprPtr expr = ParseDefault(column.computedText);
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  binder.SetOptions({.ansiNulls = context_.options.bind.ansiNulls});
   const BoundExprPtr computed = binder.BindComputed(*expr, table);
+  RefuseNullComparison(*computed);
   if (table.place == Place::Main && HasCollation(*computed))
     storage::RequireVersion(context_.connection, storage::kCollationVersion);
   return Emitter().EmitExpression(*computed);

@@ -13,7 +13,8 @@ namespace tsql {
 
 class Compiler {
  public:
-  Compiler(const Connection& connection, const Catalog& catalog) : context_{connection, catalog, {}, false} {}
+  Compiler(const Connection& connection, const Catalog& catalog)
+      : context_{connection, catalog, {}, false, {}} {}
 
   // The names and types of the parameters are part of what a batch means. Those with a name are the first of
   // the unit's variables, those without are its markers, both in their order.
@@ -67,6 +68,8 @@ class Compiler {
   void SetIdentityInsert(TablePtr table) { context_.identityInsertTable = std::move(table); }
   // Changes are limited to the rows of SET ROWCOUNT.
   void SetLimitsChanges(bool limits) { context_.limitsChanges = limits; }
+  const CompileOptions& Options() const { return context_.options; }
+  void SetOptions(const CompileOptions& options) { context_.options = options; }
 
  private:
   struct FunctionUnits {
@@ -81,9 +84,11 @@ class Compiler {
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
   std::shared_ptr<CompiledUnit> CompileSystemProcedure(const ObjectName& name);
-  std::shared_ptr<CompiledUnit> MakeProcedure(std::unique_ptr<Batch> batch) const;
-  std::shared_ptr<CompiledUnit> MakeFunction(std::unique_ptr<Batch> batch, uint32_t number) const;
-  std::shared_ptr<CompiledUnit> MakeTrigger(std::unique_ptr<Batch> batch) const;
+  std::shared_ptr<CompiledUnit> MakeProcedure(std::unique_ptr<Batch> batch,
+                                              const ModuleOptions& options) const;
+  std::shared_ptr<CompiledUnit> MakeFunction(std::unique_ptr<Batch> batch, uint32_t number,
+                                             const ModuleOptions& options) const;
+  std::shared_ptr<CompiledUnit> MakeTrigger(std::unique_ptr<Batch> batch, const ModuleOptions& options) const;
   FunctionUnits& UnitsOf(std::string_view key);
   void MakeUnit(FunctionUnits& units);
   void CollectCalls(const std::vector<Dependency>& dependencies, std::vector<FunctionUnits*>& found);

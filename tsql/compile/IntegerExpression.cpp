@@ -143,7 +143,7 @@ Integer ComputeInteger(const BoundExpr& expr, const IntegerOperands& operands) {
 
 bool IsIntegerCondition(const BoundExpr& expr) {
   switch (expr.kind) {
-  case BoundExpr::Kind::Compare: return AreIntegerExpressions(expr.args);
+  case BoundExpr::Kind::Compare: return !expr.nullsEqual && AreIntegerExpressions(expr.args);
   case BoundExpr::Kind::IsNull: return IsLeaf(*expr.args[0]) || IsIntegerExpression(*expr.args[0]);
   case BoundExpr::Kind::And:
   case BoundExpr::Kind::Or:

@@ -63,7 +63,7 @@ bool Planner::AreCurrent(const std::vector<Dependency>& dependencies) const {
 }
 
 bool Planner::IsCurrent(Plan& plan) const {
-  if (plan.version == 0) return false;
+  if (plan.version == 0 || plan.options != options_) return false;
   if (plan.version == context_.catalog.Version()) return true;
   const bool same = AreCurrent(plan.dependencies);
   if (same) plan.version = context_.catalog.Version();
@@ -78,15 +78,18 @@ void Planner::Finish(Plan& plan, const Binder& binder, EmittedSql emitted) const
   plan.parameters = std::move(emitted.parameters);
   plan.wantsLock = binder.WantsUpdateLock();
   plan.version = context_.catalog.Version();
+  plan.options = options_;
 }
 
 void Planner::FinishInteger(Plan& plan, BoundExprPtr integer) const {
   plan.integer = std::move(integer);
   plan.version = context_.catalog.Version(); // it depends on nothing there
+  plan.options = options_;
 }
 
 Binder Planner::MakeBinder() const {
   Binder binder(context_.catalog, unit_.variables, unit_.markers);
+  binder.SetOptions(options_);
   binder.SetPending(pending_);
   const bool inFunction = unit_.function != nullptr;
   binder.SetTableVariables(unit_.tables, isAhead_     ? Binder::Variables::Declared

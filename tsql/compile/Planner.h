@@ -6,17 +6,33 @@
 
 namespace tsql {
 
+// The SET options of the session that compiling depends on.
+struct CompileOptions {
+  bool quotedIdentifier = true;
+  BindOptions bind;
+  // Those of a module that is made now.
+  ModuleOptions OfModule() const { return {quotedIdentifier, bind.ansiNulls}; }
+};
+
 // What compiling depends on beside the text.
 struct CompileContext {
   const Connection& connection;
   const Catalog& catalog;
   TablePtr identityInsertTable; // of SET IDENTITY_INSERT; null for none
   bool limitsChanges = false;   // SET ROWCOUNT is on
+  CompileOptions options;
 };
 
 class Planner {
  public:
-  Planner(const CompileContext& context, CompiledUnit& unit) : context_(context), unit_(unit) {}
+  Planner(const CompileContext& context, CompiledUnit& unit)
+      : context_(context), unit_(unit), options_(OptionsOf(context, unit)) {}
+  // A module has the options of its own where there are such.
+  static BindOptions OptionsOf(const CompileContext& context, const CompiledUnit& unit) {
+    BindOptions options = context.options.bind;
+    if (unit.options) options.ansiNulls = unit.options->ansiNulls;
+    return options;
+  }
 
   // Declares the variables and binds what can be bound before anything runs. A statement on a table that does
   // not exist yet waits until it runs.
@@ -73,11 +89,13 @@ class Planner {
   bool Fires(const Statement& statement) const;
   bool AreCurrent(const std::vector<Dependency>& dependencies) const;
   bool IsCurrent(Plan& plan) const;
-  // The plan of the number if the catalog has not changed since it was last current; else null.
+  // The plan of the number if neither catalog nor options have changed since it was last current; else null.
   Plan* PresentPlan(uint32_t number) const {
     if (number >= unit_.plans.size()) return nullptr;
     Plan* const plan = unit_.plans[number].get();
-    return plan != nullptr && plan->version == context_.catalog.Version() ? plan : nullptr;
+    const bool isCurrent =
+        plan != nullptr && plan->version == context_.catalog.Version() && plan->options == options_;
+    return isCurrent ? plan : nullptr;
   }
   Plan& MakeQueryPlan(const QueryStatement& statement);
   Plan& MakeConditionPlan(const Expr& condition);
@@ -91,6 +109,7 @@ class Planner {
 
   const CompileContext& context_;
   CompiledUnit& unit_;
+  BindOptions options_;
   void DeclareTable(const TableVariable& variable);
   bool isAhead_ = false;            // of execution
   std::vector<ObjectName> pending_; // tables that the unit creates, while compiling ahead

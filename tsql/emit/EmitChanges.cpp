@@ -3,7 +3,7 @@
 
 #include "tsql/emit/Emitter.h"
 #include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

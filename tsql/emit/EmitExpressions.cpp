@@ -2,7 +2,7 @@
 
 #include "tsql/emit/Emitter.h"
 #include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {
@@ -92,7 +92,11 @@ void Emitter::EmitComparison(const BoundExpr& expr) {
   // Where SQLite knows the collation of a column, it must not find another one.
   const bool isKnown = (left.baseColumn || right.baseColumn) && !HasCollation(left) && !HasCollation(right);
   if (IsText(left.type) && !isKnown) EmitCollation(left.collation);
-  Text(CompareSymbol(expr.compare));
+  if (expr.nullsEqual) {
+    Text(expr.compare == CompareOp::Equal ? " IS " : " IS NOT ");
+  } else {
+    Text(CompareSymbol(expr.compare));
+  }
   EmitComparable(right);
   Text(")");
 }

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "tsql/emit/Emitter.h"
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

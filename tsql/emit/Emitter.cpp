@@ -5,8 +5,8 @@
 #include <cstdio>
 
 #include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Hexadecimal.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 

@@ -3,7 +3,7 @@
 #include "tsql/catalog/Storage.h"
 #include "tsql/emit/Emitter.h"
 #include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {
@@ -87,10 +87,11 @@ std::string SystemViewSql(const SystemView& view) {
            Main(storage::kColumns);
   case Id::Triggers:
     return "SELECT " + name + ", " + id + " AS object_id, " + parent +
-           " AS parent_id, 'TR' AS type, 'SQL_TRIGGER' AS type_desc, kind > " +
-           std::to_string(storage::kDisabled) + " AS is_disabled, " + Call(names::kIsInsteadOf, "name") +
-           " AS is_instead_of_trigger FROM " + Main(storage::kModules) + " WHERE kind % " +
-           std::to_string(storage::kDisabled) + " = " + std::to_string(static_cast<int>(ModuleKind::Trigger));
+           " AS parent_id, 'TR' AS type, 'SQL_TRIGGER' AS type_desc, (kind & " +
+           std::to_string(storage::kDisabled) + ") != 0 AS is_disabled, " +
+           Call(names::kIsInsteadOf, "name") + " AS is_instead_of_trigger FROM " + Main(storage::kModules) +
+           " WHERE kind % " + std::to_string(storage::kDisabled) + " = " +
+           std::to_string(static_cast<int>(ModuleKind::Trigger));
   case Id::SchemaTables:
     return "SELECT " + Call(names::kSchemaName, schema.c_str()) + " AS TABLE_SCHEMA, " +
            Call(names::kKeyName, "name") +

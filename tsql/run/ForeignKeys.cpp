@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "tsql/functions/FunctionNames.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

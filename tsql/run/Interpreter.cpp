@@ -60,6 +60,8 @@ void Interpreter::Reset() {
   locksReads_ = false;
   xactAbort_ = false;
   LimitRows(0);
+  compiler_.SetOptions({});
+  ansiPadding_ = true;
   context_.firstDay = kUsualFirstDay;
   cursors_.clear();
   cursorRows_ = 0;
@@ -98,6 +100,7 @@ bool Interpreter::RunBatch(CompiledUnit& unit, RunningUnit& running, ResultSink&
   running.unit = &unit;
   running.variables.resize(unit.variables.size());
   failed_ = false;
+  TakeQuotedIdentifier(unit);
   const BatchScope scope(*this, unit);
   RunList(*unit.body);
   return !failed_;

@@ -188,6 +188,8 @@ class Interpreter : public UserFunctions {
   Flow RunReturn(const ReturnStatement& statement);
   int64_t OptionNumber(const SetOptionStatement& statement) const;
   void SetFirstDay(const SetOptionStatement& statement);
+  void SetCompileOption(const SetOptionStatement& statement);
+  void TakeQuotedIdentifier(const CompiledUnit& unit);
   void SetRowLimit(const SetOptionStatement& statement);
   void LimitRows(int64_t limit);
   void RunPrint(const PrintStatement& statement);
@@ -234,6 +236,7 @@ class Interpreter : public UserFunctions {
   void RunSwitchTriggers(const SwitchTriggersStatement& statement);
   void RunCreateFunction(const CreateFunctionStatement& statement);
   ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;
+  void CheckPadding(const Type& type) const;
   void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, DefinitionForm form);
   void DropModule(const DropStatement& statement, const ObjectName& name);
   void RunTruncate(const TruncateStatement& statement);
@@ -286,6 +289,7 @@ class Interpreter : public UserFunctions {
   bool noCount_ = false;
   bool locksReads_ = false; // what a transaction reads stays as it is until its end
   bool xactAbort_ = false;
+  bool ansiPadding_ = true;
   bool failed_ = false;
   std::vector<std::shared_ptr<Cursor>> cursors_; // the global ones
   Datum currentRow_;                             // of WHERE CURRENT OF

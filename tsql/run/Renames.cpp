@@ -3,10 +3,10 @@
 
 #include "tsql/run/Definitions.h"
 #include "tsql/run/ForeignKeys.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

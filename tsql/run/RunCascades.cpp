@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/values/Conversion.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

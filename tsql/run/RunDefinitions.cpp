@@ -54,6 +54,7 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   }
   module.text = text;
   module.kind = kind;
+  module.options = compiler_.Options().OfModule();
   catalog_.AddModule(kind, module);
   scope.Complete();
   MarkSchemaChange(Place::Main);
@@ -181,10 +182,19 @@ void Interpreter::RunTruncate(const TruncateStatement& statement) {
   scope.Complete();
 }
 
+// Values of such a column would be cut of their trailing blanks or zeros.
+void Interpreter::CheckPadding(const Type& type) const {
+  const bool isPadded = type.id == TypeId::Char || type.id == TypeId::VarChar || type.id == TypeId::Binary ||
+                        type.id == TypeId::VarBinary;
+  if (isPadded && !ansiPadding_)
+    Refuse("A column of char, varchar, binary or varbinary with ANSI_PADDING off");
+}
+
 void Interpreter::RunDefinition(const Statement& statement) {
   switch (statement.kind) {
   case StatementKind::CreateTable: {
     const auto& create = static_cast<const CreateTableStatement&>(statement);
+    for (const ColumnDefinition& column : create.columns) CheckPadding(column.type);
     StatementScope scope(transaction_, PlaceOf(create.table));
     definitions_.CreateTable(create);
     scope.Complete();
@@ -201,6 +211,7 @@ void Interpreter::RunDefinition(const Statement& statement) {
   }
   case StatementKind::AlterTable: {
     const auto& alter = static_cast<const AlterTableStatement&>(statement);
+    for (const ColumnDefinition& column : alter.columns) CheckPadding(column.type);
     StatementScope scope(transaction_, PlaceOf(alter.table));
     if (catalog_.FindTable(alter.table)) {
       for (const ColumnDefinition& column : alter.columns) {

@@ -16,6 +16,10 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
     noCount_ = on;
   } else if (statement.option == "xact_abort") {
     xactAbort_ = on;
+  } else if (statement.option == "ansi_padding") {
+    ansiPadding_ = on;
+  } else if (statement.option == "ansi_nulls" || statement.option == "concat_null_yields_null") {
+    SetCompileOption(statement);
   } else if (statement.option == "identity_insert") {
     SetIdentityInsert(statement.table, on);
   } else if (statement.option == "lock_timeout") {
@@ -33,6 +37,26 @@ void Interpreter::RunSetOption(const SetOptionStatement& statement) {
     context_.firstDay = kUsualFirstDay;
   }
   rowCount_ = 0;
+}
+
+// A module has the ANSI_NULLS that it was made with, whatever it sets.
+void Interpreter::SetCompileOption(const SetOptionStatement& statement) {
+  const bool on = statement.value == "ON";
+  CompileOptions options = compiler_.Options();
+  if (statement.option == "concat_null_yields_null") {
+    options.bind.concatNull = on;
+  } else if (!running_->unit->options) {
+    options.bind.ansiNulls = on;
+  }
+  compiler_.SetOptions(options);
+}
+
+// What a batch or dynamic text sets of QUOTED_IDENTIFIER holds from its beginning on, for it was read so.
+void Interpreter::TakeQuotedIdentifier(const CompiledUnit& unit) {
+  if (unit.options || !unit.batch->quotedIdentifier) return;
+  CompileOptions options = compiler_.Options();
+  options.quotedIdentifier = *unit.batch->quotedIdentifier;
+  compiler_.SetOptions(options);
 }
 
 // A session has one database.
@@ -89,12 +113,18 @@ void Interpreter::LimitRows(int64_t limit) {
 }
 
 int64_t Interpreter::OptionBits() const {
-  // ANSI_WARNINGS, ANSI_PADDING, ANSI_NULLS, ARITHABORT, QUOTED_IDENTIFIER, ANSI_NULL_DFLT_ON,
-  // CONCAT_NULL_YIELDS_NULL
-  constexpr int64_t kAlwaysOn = 8 + 16 + 32 + 64 + 256 + 1024 + 4096;
+  // ANSI_WARNINGS, ARITHABORT, ANSI_NULL_DFLT_ON
+  constexpr int64_t kAlwaysOn = 8 + 64 + 1024;
+  constexpr int64_t kAnsiPadding = 16;
+  constexpr int64_t kAnsiNulls = 32;
+  constexpr int64_t kQuotedIdentifier = 256;
   constexpr int64_t kNoCount = 512;
+  constexpr int64_t kConcatNull = 4096;
   constexpr int64_t kXactAbort = 16384;
-  return kAlwaysOn + (noCount_ ? kNoCount : 0) + (xactAbort_ ? kXactAbort : 0);
+  const CompileOptions& options = compiler_.Options();
+  return kAlwaysOn + (ansiPadding_ ? kAnsiPadding : 0) + (options.bind.ansiNulls ? kAnsiNulls : 0) +
+         (options.quotedIdentifier ? kQuotedIdentifier : 0) + (noCount_ ? kNoCount : 0) +
+         (options.bind.concatNull ? kConcatNull : 0) + (xactAbort_ ? kXactAbort : 0);
 }
 
 } // namespace tsql

@@ -33,8 +33,11 @@ struct Interpreter::ProcedureScope {
   ProcedureScope(Interpreter& interpreter, RunningUnit& running)
       : owner(interpreter), savedUnit(std::exchange(interpreter.running_, &running)), noCount(owner.noCount_),
         locksReads(owner.locksReads_), xactAbort(owner.xactAbort_), lockTimeout(owner.limits_.LockTimeout()),
-        rowLimit(owner.rowLimit_), firstDay(owner.context_.firstDay),
-        identityInsert(owner.compiler_.IdentityInsert()) {
+        rowLimit(owner.rowLimit_), firstDay(owner.context_.firstDay), options(owner.compiler_.Options()),
+        ansiPadding(owner.ansiPadding_), identityInsert(owner.compiler_.IdentityInsert()) {
+    const std::optional<ModuleOptions>& own = running.unit->options;
+    if (own) owner.compiler_.SetOptions({own->quotedIdentifier, {own->ansiNulls, options.bind.concatNull}});
+    owner.TakeQuotedIdentifier(*running.unit);
     owner.catalog_.EnterScope();
     ++owner.nesting_;
   }
@@ -47,6 +50,8 @@ struct Interpreter::ProcedureScope {
     owner.locksReads_ = locksReads;
     owner.xactAbort_ = xactAbort;
     owner.LimitRows(rowLimit);
+    owner.compiler_.SetOptions(options);
+    owner.ansiPadding_ = ansiPadding;
     owner.context_.firstDay = firstDay;
     if (lockTimeout != owner.limits_.LockTimeout()) owner.limits_.SetLockTimeout(lockTimeout);
     owner.compiler_.SetIdentityInsert(std::move(identityInsert));
@@ -64,6 +69,8 @@ struct Interpreter::ProcedureScope {
   int lockTimeout;
   int64_t rowLimit;
   int firstDay;
+  CompileOptions options;
+  bool ansiPadding;
   TablePtr identityInsert;
 };
 

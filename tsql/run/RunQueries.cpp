@@ -70,6 +70,7 @@ void Interpreter::RunSelectInto(const QueryStatement& statement) {
   StatementScope scope(transaction_, PlaceOf(name));
   std::vector<Dependency> dependencies;
   BoundQueryPtr query = compiler_.BindInto(statement, *running_->unit, dependencies);
+  for (const Column& column : query->columns) CheckPadding(column.type);
   const bool isNumbered = query->identity && query->identity->isGenerated;
   definitions_.CreateTable(name, query->columns, query->identity);
   const TablePtr table = catalog_.FindTable(name);

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "tsql/run/Interpreter.h"
-#include "tsql/sqlite/Quotation.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 namespace {

@@ -271,6 +271,11 @@ void Parser::ParseOptionValue(SetOptionStatement& statement, const Token& name) 
   if (!IsWord("on") && !IsWord("off")) SyntaxError();
   statement.value = ToUpper(tokens_[at_++].text);
   RefuseIfListed(RefusedKind::Option, what + " " + statement.value, name.line);
+  // A module is read as the session has it that makes it.
+  if (option == "quoted_identifier" && !inModule_) {
+    quotedIdentifier_ = statement.value == "ON";
+    SetQuotedIdentifier(*quotedIdentifier_);
+  }
 }
 
 // An option whose value is no switch and that has one value here.

@@ -5,6 +5,7 @@
 #include "tsql/syntax/ParserRules.h"
 #include "tsql/values/Collation.h"
 #include "tsql/values/Errors.h"
+#include "tsql/values/Quotation.h"
 
 namespace tsql {
 
@@ -75,10 +76,23 @@ std::string Parser::TakeAlias() {
   return TakeName();
 }
 
+void Parser::SetQuotedIdentifier(bool on) {
+  for (size_t i = at_; i < tokens_.size(); ++i)
+    if (tokens_[i].source.starts_with('"')) tokens_[i].kind = on ? TokenKind::QuotedName : TokenKind::Text;
+}
+
+// The catalog keeps a source without the options that it was read with, so texts come between single marks.
 std::string Parser::SourceFrom(size_t firstToken) const {
-  const char* begin = tokens_[firstToken].source.data();
-  const std::string_view last = tokens_[at_ - 1].source;
-  return {begin, static_cast<size_t>(last.data() + last.size() - begin)};
+  std::string source;
+  const char* written = tokens_[firstToken].source.data();
+  for (size_t i = firstToken; i < at_; ++i) {
+    const Token& token = tokens_[i];
+    source.append(written, token.source.data());
+    const bool isText = token.kind == TokenKind::Text && token.source.starts_with('"');
+    source += isText ? QuoteText(token.text) : std::string(token.source);
+    written = token.source.data() + token.source.size();
+  }
+  return source;
 }
 
 void Parser::SyntaxError() const {
@@ -141,19 +155,24 @@ void Parser::ParseAll(Batch& batch) {
   if (lexicalError_) throw Error(*lexicalError_);
   ResolveLabels();
   batch.markers = markers_;
+  batch.quotedIdentifier = quotedIdentifier_;
 }
 
-std::unique_ptr<Batch> ParseBatch(std::string text) {
-  auto batch = std::make_unique<Batch>();
-  batch->text = std::move(text);
-  Parser(batch->text).ParseAll(*batch);
-  return batch;
-}
-
-std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name) {
+std::unique_ptr<Batch> ParseBatch(std::string text, bool quotedIdentifier) {
   auto batch = std::make_unique<Batch>();
   batch->text = std::move(text);
   Parser parser(batch->text);
+  if (!quotedIdentifier) parser.SetQuotedIdentifier(false);
+  parser.ParseAll(*batch);
+  return batch;
+}
+
+std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name,
+                                   bool quotedIdentifier) {
+  auto batch = std::make_unique<Batch>();
+  batch->text = std::move(text);
+  Parser parser(batch->text);
+  if (!quotedIdentifier) parser.SetQuotedIdentifier(false);
   parser.SetModule(schema, name);
   parser.ParseAll(*batch);
   return batch;
@@ -172,8 +191,8 @@ std::vector<ProcedureParameter> ParseParameters(const std::string& text) {
 }
 
 QueryPtr ParseView(const std::string& text, const std::string& schema, const std::string& name,
-                   std::vector<std::string>& columns) {
-  const std::unique_ptr<Batch> batch = ParseModule(text, schema, name);
+                   bool quotedIdentifier, std::vector<std::string>& columns) {
+  const std::unique_ptr<Batch> batch = ParseModule(text, schema, name, quotedIdentifier);
   auto& view = static_cast<CreateViewStatement&>(*batch->statements.front());
   columns = std::move(view.columns);
   return std::move(view.query);

@@ -6,15 +6,18 @@
 
 namespace tsql {
 
-std::unique_ptr<Batch> ParseBatch(std::string text);
+// QUOTED_IDENTIFIER says what double quotation marks enclose, names or texts. A batch may set it; what
+// follows is read so.
+std::unique_ptr<Batch> ParseBatch(std::string text, bool quotedIdentifier);
 // The text of a module that has the schema (empty for dbo) and name now, whatever the text says.
-std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name);
+std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name,
+                                   bool quotedIdentifier);
 // The source of a DEFAULT, a CHECK and a view, as the catalog keeps it.
 ExprPtr ParseDefault(const std::string& text);
 ExprPtr ParseCheck(const std::string& text);
 // The declarations of the parameters of sp_executesql.
 std::vector<ProcedureParameter> ParseParameters(const std::string& text);
 QueryPtr ParseView(const std::string& text, const std::string& schema, const std::string& name,
-                   std::vector<std::string>& columns);
+                   bool quotedIdentifier, std::vector<std::string>& columns);
 
 } // namespace tsql

@@ -12,6 +12,9 @@ class Parser {
  public:
   explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
+  // What stands between double quotation marks is a name from here on if it is on, else a text.
+  void SetQuotedIdentifier(bool on);
+
   // What is parsed is a module of this schema and name, whatever its text says.
   void SetModule(const std::string& schema, const std::string& name) {
     schema_ = schema;
@@ -293,6 +296,7 @@ class Parser {
   std::string home_;                  // of the names in it; empty for dbo
   std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;
+  std::optional<bool> quotedIdentifier_; // what the batch has set
   size_t at_ = 0;
   uint32_t nodes_ = 0; // expressions and statements so far
   int markers_ = 0;

@@ -515,7 +515,8 @@ struct InsertExecuteStatement : Statement {
 struct Batch {
   std::string text;
   StatementList statements;
-  int markers = 0; // parameters that are written as "?"
+  int markers = 0;                      // parameters that are written as "?"
+  std::optional<bool> quotedIdentifier; // the last value that it sets by itself
 };
 
 } // namespace tsql

@@ -84,7 +84,7 @@ TEST_F(StorageTest, AConditionWithADateTime2MakesTheFileOneOfTheSecondVersion) {
 
 TEST_F(StorageTest, NewerFilesAreRefused) {
   Must("CREATE TABLE t (a INT)");
-  Ask("PRAGMA user_version = 8");
+  Ask("PRAGMA user_version = 9");
   for (const OpenMode mode : {OpenMode::Existing, OpenMode::Create}) {
     try {
       Database::Open(path_, mode);
@@ -94,11 +94,11 @@ TEST_F(StorageTest, NewerFilesAreRefused) {
       const std::string name = std::filesystem::path(path_).stem().string();
       EXPECT_EQ(error.what(),
                 "The database '" + name +
-                    "' cannot be opened because it is version 8. This server supports version 7 "
+                    "' cannot be opened because it is version 9. This server supports version 8 "
                     "and earlier. A downgrade path is not supported.");
     }
   }
-  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"8"}));
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"9"}));
 }
 
 TEST_F(StorageTest, ACollationMakesTheFileOneOfTheSeventhVersion) {
@@ -133,6 +133,17 @@ TEST_F(StorageTest, ACollationInAConditionMakesTheFileOneOfTheSeventhVersion) {
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
   Must("CREATE TABLE u (a VARCHAR(5) CHECK (a COLLATE Chinese_PRC_BIN > 'a'))");
   EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"7"}));
+}
+
+TEST_F(StorageTest, AModuleMadeWithAnOptionOffMakesTheFileOneOfTheEighthVersion) {
+  Must("CREATE PROCEDURE p AS SELECT 1");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"1"}));
+  Must("SET ANSI_NULLS OFF EXEC ('CREATE VIEW v AS SELECT 1 AS a')");
+  EXPECT_EQ(Ask("PRAGMA user_version"), Lines({"8"}));
+  Must("SET QUOTED_IDENTIFIER OFF EXEC ('CREATE PROCEDURE q AS RAISERROR (\"text\", 0, 1)')");
+  EXPECT_EQ(Ask("SELECT name, kind FROM \"~modules\" ORDER BY name"),
+            Lines({"p|2", "q|" + std::to_string(2 + 64), "v|" + std::to_string(1 + 32)}));
+  Must("EXEC q"); // another session reads it as it was made
 }
 
 TEST_F(StorageTest, AReferentialActionMakesTheFileOneOfTheSixthVersion) {

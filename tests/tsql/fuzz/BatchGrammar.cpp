@@ -144,6 +144,12 @@ const std::vector<Rule>& Rules() {
         "SET XACT_ABORT ON",
         "SET LOCK_TIMEOUT 0",
         "SET ANSI_NULLS ON",
+        "SET ANSI_NULLS OFF <query>",
+        "SET ANSI_NULLS OFF SELECT a FROM plain WHERE a = NULL OR b IN (<num>, @i) OR CASE a WHEN NULL THEN 1 END = 1",
+        "SET QUOTED_IDENTIFIER OFF SELECT \"text\"\"\" + <text>",
+        "SET QUOTED_IDENTIFIER OFF <definition> SET QUOTED_IDENTIFIER ON <query>",
+        "SET CONCAT_NULL_YIELDS_NULL OFF SELECT <text> + NULL + <text>",
+        "SET ANSI_PADDING OFF <definition>",
         "SET IDENTITY_INSERT ICBOMGroup ON INSERT INTO ICBOMGroup (FInterID, FNumber) VALUES (<num>, <text>) "
         "SET IDENTITY_INSERT ICBOMGroup OFF",
         "SET TRANSACTION ISOLATION LEVEL READ UNCOMMITTED",

@@ -1,4 +1,4 @@
-// Names and texts as SQLite reads them: between quotation marks, those within doubled.
+// Names and texts as SQL has them: between quotation marks, those within doubled.
 #pragma once
 
 #include <string>
