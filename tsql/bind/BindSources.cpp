@@ -348,7 +348,8 @@ Binder::ScopeColumn Binder::UnifyValues(std::vector<std::vector<BoundExprPtr>>& 
 BoundSourcePtr Binder::BindView(const ModuleInfo& view, const TableSource& source, Scope& scope) {
   if (++viewDepth_ > kMaxViewDepth) Fail(217, {});
   std::vector<std::string> columns;
-  const QueryPtr query = ParseView(view.text, view.schema, view.name, view.options.quotedIdentifier, columns);
+  const QueryPtr query = ParseView(view.text, view.schema, view.name,
+                                   {view.options.quotedIdentifier, catalog_.DatabaseName()}, columns);
   auto node = std::make_unique<BoundSource>();
   node->kind = BoundSource::Kind::Query;
   // A view does not see the statement that uses it.

@@ -29,8 +29,8 @@ struct Binder::Inlined {
 
 const CreateFunctionStatement& Binder::ParsedFunction(const ModulePtr& module, const ObjectName& name) {
   dependencies_.push_back({name, nullptr, nullptr, module});
-  functions_.push_back(
-      ParseModule(module->text, module->schema, module->name, module->options.quotedIdentifier));
+  functions_.push_back(ParseModule(module->text, module->schema, module->name,
+                                   {module->options.quotedIdentifier, catalog_.DatabaseName()}));
   return static_cast<const CreateFunctionStatement&>(*functions_.back()->statements.front());
 }
 

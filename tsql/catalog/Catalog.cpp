@@ -27,7 +27,7 @@ std::string KeyBeside(const ModuleInfo& module, const std::string& name) {
 TriggerPtr ReadTrigger(ModulePtr module) {
   try {
     const std::unique_ptr<Batch> batch =
-        ParseModule(module->text, module->schema, module->name, module->options.quotedIdentifier);
+        ParseModule(module->text, module->schema, module->name, {module->options.quotedIdentifier});
     const bool isTrigger =
         !batch->statements.empty() && batch->statements.front()->kind == StatementKind::CreateTrigger;
     if (!isTrigger) throw SqliteFailure(SQLITE_CORRUPT, "database disk image is malformed: a trigger's text");

@@ -80,7 +80,8 @@ std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
     return found->second;
   }
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch = ParseBatch(std::string(text), context_.options.quotedIdentifier);
+  unit->batch =
+      ParseBatch(std::string(text), {context_.options.quotedIdentifier, context_.catalog.DatabaseName()});
   unit->body = &unit->batch->statements;
   for (const Parameter& parameter : parameters) {
     const Type type = CompleteType(parameter.type);
@@ -135,7 +136,8 @@ std::shared_ptr<CompiledUnit> Compiler::CompileProcedure(const ObjectName& name)
   std::shared_ptr<CompiledUnit>& cached = procedures_[module->key];
   if (cached && IsSameModule(*cached->module, *module)) return cached;
   std::shared_ptr<CompiledUnit> unit =
-      MakeProcedure(ParseModule(module->text, module->schema, module->name, module->options.quotedIdentifier),
+      MakeProcedure(ParseModule(module->text, module->schema, module->name,
+                                {module->options.quotedIdentifier, context_.catalog.DatabaseName()}),
                     module->options);
   unit->module = module;
   cached = unit;
@@ -156,15 +158,18 @@ std::shared_ptr<CompiledUnit> Compiler::MakeTrigger(std::unique_ptr<Batch> batch
 
 void Compiler::CheckTrigger(const CreateTriggerStatement& statement) const {
   const CompileOptions& options = context_.options;
-  MakeTrigger(ParseBatch(statement.text, options.quotedIdentifier), options.OfModule());
+  MakeTrigger(ParseBatch(statement.text, {options.quotedIdentifier, context_.catalog.DatabaseName()}),
+              options.OfModule());
 }
 
 std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigger) {
   const ModuleInfo& module = *trigger.module;
   std::shared_ptr<CompiledUnit>& cached = triggers_[module.key];
   if (cached && IsSameModule(*cached->module, module)) return cached;
-  std::shared_ptr<CompiledUnit> unit = MakeTrigger(
-      ParseModule(module.text, module.schema, module.name, module.options.quotedIdentifier), module.options);
+  std::shared_ptr<CompiledUnit> unit =
+      MakeTrigger(ParseModule(module.text, module.schema, module.name,
+                              {module.options.quotedIdentifier, context_.catalog.DatabaseName()}),
+                  module.options);
   unit->module = trigger.module;
   cached = std::move(unit);
   return cached;
@@ -209,7 +214,8 @@ Compiler::FunctionUnits& Compiler::UnitsOf(std::string_view key) {
 void Compiler::MakeUnit(FunctionUnits& units) {
   const ModuleInfo& module = *units.module;
   const std::shared_ptr<CompiledUnit> unit =
-      MakeFunction(ParseModule(module.text, module.schema, module.name, module.options.quotedIdentifier),
+      MakeFunction(ParseModule(module.text, module.schema, module.name,
+                               {module.options.quotedIdentifier, context_.catalog.DatabaseName()}),
                    ++lastUnit_, module.options);
   unit->module = units.module;
   if (units.made == 0) {
@@ -277,7 +283,8 @@ void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
   if (statement.function != FunctionKind::Inline) {
     CheckFunctionBody(statement.body);
     const CompileOptions& options = context_.options;
-    MakeFunction(ParseBatch(statement.text, options.quotedIdentifier), 0, options.OfModule());
+    MakeFunction(ParseBatch(statement.text, {options.quotedIdentifier, context_.catalog.DatabaseName()}), 0,
+                 options.OfModule());
     return;
   }
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);

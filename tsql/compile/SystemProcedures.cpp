@@ -26,7 +26,7 @@ std::unique_ptr<Batch> MakeSystemProcedure(const ObjectName& name) {
   if (!schema.empty() && !EqualNames(schema, "dbo") && !EqualNames(schema, "sys")) return nullptr;
   for (const Known& known : kProcedures) {
     if (!EqualNames(known.name, name.name)) continue;
-    std::unique_ptr<Batch> batch = ParseBatch(known.text, true);
+    std::unique_ptr<Batch> batch = ParseBatch(known.text, {});
     auto& definition = static_cast<CreateProcedureStatement&>(*batch->statements.front());
     auto work = std::make_unique<SystemStatement>(known.procedure);
     definition.body.insert(definition.body.begin(), std::move(work));

@@ -31,20 +31,29 @@ void NewId(const FunctionCall& call) {
 }
 
 // The name and schema in a text such as "dbo.[T]". A schema that is missing counts as dbo; what is no name is
-// no object's.
-ObjectName NameIn(std::string_view text) {
+// no object's, nor is the name of another database's.
+ObjectName NameIn(const Catalog& catalog, std::string_view text) {
   const std::optional<std::vector<std::string>> parts = NameParts(text);
   ObjectName name;
   if (!parts) return name;
+  const std::string& own = catalog.DatabaseName();
+  const std::string& database = parts->size() > 2 ? (*parts)[parts->size() - 3] : own;
+  if (!EqualNames(database, parts->back().starts_with('#') ? "tempdb" : own)) return name;
   name.name = parts->back();
   if (parts->size() > 1) name.schema = (*parts)[parts->size() - 2];
   return name;
 }
 
+// The table that the first argument names, or null.
+TablePtr TableIn(const FunctionCall& call) {
+  const Catalog& catalog = *call.Context().catalog;
+  return catalog.FindTable(NameIn(catalog, call.Text(0)));
+}
+
 void ObjectId(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
   const Catalog& catalog = *call.Context().catalog;
-  const ObjectName name = NameIn(call.Text(0));
+  const ObjectName name = NameIn(catalog, call.Text(0));
   const std::string_view kind = call.Count() > 1 ? TrimTrailingBlanks(call.Text(1)) : std::string_view();
   const auto isWanted = [kind](std::string_view own) { return kind.empty() || EqualNames(kind, own); };
   const auto give = [&call](std::string_view key) { call.ReturnInteger(NumberOfKey(key)); };
@@ -79,7 +88,7 @@ void ReturnColLength(const FunctionCall& call, const TablePtr& table) {
 
 void ColLength(const FunctionCall& call) {
   if (call.AnyNull()) return call.ReturnNull();
-  ReturnColLength(call, call.Context().catalog->FindTable(NameIn(call.Text(0))));
+  ReturnColLength(call, TableIn(call));
 }
 
 void KeyColLength(const FunctionCall& call) {
@@ -94,7 +103,7 @@ void CursorStatusOf(const FunctionCall& call) {
 // IDENT_SEED, IDENT_INCR and IDENT_CURRENT of the table of that name; null where it has no identity column.
 template <typename NumberOf>
 void AnswerIdentity(const FunctionCall& call, NumberOf numberOf) {
-  const TablePtr table = call.AnyNull() ? nullptr : call.Context().catalog->FindTable(NameIn(call.Text(0)));
+  const TablePtr table = call.AnyNull() ? nullptr : TableIn(call);
   if (!table || table->identityColumn < 0) return call.ReturnNull();
   call.Return(Convert(Datum::OfInteger(numberOf(*table)), MakeType(TypeId::BigInt),
                       MakeDecimal(kMaxPrecision, 0), ConvertMode::Cast));

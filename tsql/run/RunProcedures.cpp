@@ -159,11 +159,14 @@ ObjectName Interpreter::ProcedureName(const ExecuteStatement& statement) const {
   const std::string written(TrimTrailingBlanks(text.text));
   const std::optional<std::vector<std::string>> parts = NameParts(written);
   if (!parts) Fail(2812, {written});
-  if (parts->size() > 2) Refuse("A name with a database part");
+  const size_t count = parts->size();
+  const bool isHere = count < 3 || (count == 3 && EqualNames(parts->front(), catalog_.DatabaseName()));
+  if (!isHere) Refuse("A name with the part of another database");
   ObjectName name = statement.procedure;
   name.name = parts->back();
-  if (parts->size() > 1) name.schema = parts->front();
-  if (!name.schema.empty()) name.home.clear();
+  if (count > 2) name.database = parts->front();
+  if (count > 1) name.schema = (*parts)[count - 2];
+  if (count > 1) name.home.clear();
   return name;
 }
 

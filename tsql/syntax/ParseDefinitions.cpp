@@ -396,7 +396,7 @@ StatementPtr Parser::ParseCreateView(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateViewStatement>(start);
   statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseModuleName();
+  statement->name = ParseModuleName("VIEW");
   if (IsSymbol("(")) statement->columns = ParseNameList();
   if (AreWordsAt(0, "WITH SCHEMABINDING") || AreWordsAt(0, "WITH ENCRYPTION") ||
       AreWordsAt(0, "WITH VIEW_METADATA"))
@@ -435,7 +435,7 @@ StatementPtr Parser::ParseCreateProcedure(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateProcedureStatement>(start);
   statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseModuleName();
+  statement->name = ParseModuleName("PROCEDURE");
   if (IsSymbol(";") && Next().kind == TokenKind::Integer) RefuseHere("A procedure with a number");
   const bool parenthesized = TakeSymbol("(");
   if (Current().kind == TokenKind::Variable) {
@@ -477,7 +477,7 @@ StatementPtr Parser::ParseCreateFunction(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateFunctionStatement>(start);
   statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseModuleName();
+  statement->name = ParseModuleName("FUNCTION");
   ExpectSymbol("(");
   if (!IsSymbol(")")) {
     do {
@@ -553,6 +553,7 @@ StatementPtr Parser::ParseDrop() {
   auto statement = MakeStatement<DropStatement>(at_);
   ExpectWord("drop");
   RefuseWords(RefusedKind::Drop);
+  const std::string kind = IsWord("proc") ? "PROCEDURE" : ToUpper(Current().text);
   if (TakeWord("table")) {
     statement->object = ObjectKind::Table;
   } else if (TakeWord("view")) {
@@ -579,6 +580,8 @@ StatementPtr Parser::ParseDrop() {
       ParseDroppedIndex(*statement);
     } else {
       statement->names.push_back(ParseDefinedName());
+      const bool isModule = statement->object != ObjectKind::Table;
+      if (isModule && !statement->names.back().database.empty()) Fail(166, {"DROP " + kind}, statement->line);
     }
   } while (TakeSymbol(","));
   if (statement->object == ObjectKind::Index) SkipStorageOptions();

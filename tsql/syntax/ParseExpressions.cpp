@@ -526,11 +526,14 @@ FrameEdge Parser::ParseFrameEdge(int64_t& rows) {
 ExprPtr Parser::ParseColumn() {
   ExprPtr node = MakeExpr(ExprKind::Column);
   node->parts.push_back(TakeName());
-  while (IsSymbol(".") && IsNameAt(1)) {
+  while (IsSymbol(".") && (IsNameAt(1) || (node->parts.size() == 1 && IsSymbolAt(1, ".") && IsNameAt(2)))) {
     ++at_;
-    node->parts.push_back(TakeName());
+    node->parts.push_back(IsSymbol(".") ? "dbo" : TakeName());
   }
   if (IsSymbol("::")) RefuseHere("A static method of a type");
+  const size_t ownParts = IsSymbol("(") ? 2 : 3; // a schema and a function; a schema, a table and a column
+  if (node->parts.size() == ownParts + 1 && IsOwnDatabase(node->parts[0]))
+    node->parts.erase(node->parts.begin());
   if (!IsSymbol("(") || node->parts.size() == 1) return node;
   if (EqualNames(node->parts[0], "sys")) RefuseHere("A function of the schema sys");
   if (node->parts.size() > 2) {

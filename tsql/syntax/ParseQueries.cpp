@@ -573,7 +573,7 @@ ObjectName Parser::ParseTarget() {
 // What a statement reads, changes or calls. In a module it is looked for in the module's schema first.
 ObjectName Parser::ParseObjectName() {
   ObjectName name = ParseDefinedName();
-  if (name.schema.empty()) name.home = home_;
+  if (name.schema.empty() && name.database.empty()) name.home = home_;
   return name;
 }
 
@@ -586,14 +586,19 @@ ObjectName Parser::ParseDefinedName() {
   while (TakeSymbol(".")) parts.push_back(IsSymbol(".") ? std::string() : TakeName());
   name.name = parts.back();
   if (parts.size() > 1) name.schema = parts[parts.size() - 2];
-  const bool isTempdb = parts.size() == 3 && EqualNames(parts[0], "tempdb") && name.name[0] == '#';
-  if (parts.size() > 2 && !isTempdb) Refuse("A name with a database part", line);
+  if (parts.size() < 3) return name;
+  const bool isTempdb = EqualNames(parts[0], "tempdb") && name.name[0] == '#';
+  const bool isHere = parts.size() == 3 && (isTempdb || IsOwnDatabase(parts[0]));
+  if (!isHere) Refuse("A name with the part of another database", line);
+  if (!isTempdb) name.database = parts[0];
   return name;
 }
 
 // The name of the module that is parsed.
-ObjectName Parser::ParseModuleName() {
+ObjectName Parser::ParseModuleName(const char* kind) {
+  const int line = Current().line;
   ObjectName name = ParseDefinedName();
+  if (!name.database.empty()) Fail(166, {std::string("CREATE/ALTER ") + kind}, line);
   if (schema_) name.name = moduleName_;
   if (schema_) name.schema = schema_->empty() && !name.schema.empty() ? "dbo" : *schema_;
   home_ = EqualNames(name.schema, "dbo") ? std::string() : name.schema;

@@ -9,7 +9,7 @@ StatementPtr Parser::ParseCreateTrigger(size_t start, DefinitionForm form) {
   auto statement = MakeStatement<CreateTriggerStatement>(start);
   statement->form = form;
   if (start != 0) SyntaxErrorAt(start + 1);
-  statement->name = ParseModuleName();
+  statement->name = ParseModuleName("TRIGGER");
   ExpectWord("on");
   RefuseTriggerOfServer();
   statement->table = ParseDefinedName();

@@ -76,6 +76,15 @@ std::string Parser::TakeAlias() {
   return TakeName();
 }
 
+void Parser::SetOptions(const ParseOptions& options) {
+  database_ = options.database;
+  if (!options.quotedIdentifier) SetQuotedIdentifier(false);
+}
+
+bool Parser::IsOwnDatabase(const std::string& name) const {
+  return !database_ || EqualNames(*database_, name);
+}
+
 void Parser::SetQuotedIdentifier(bool on) {
   for (size_t i = at_; i < tokens_.size(); ++i)
     if (tokens_[i].source.starts_with('"')) tokens_[i].kind = on ? TokenKind::QuotedName : TokenKind::Text;
@@ -158,21 +167,21 @@ void Parser::ParseAll(Batch& batch) {
   batch.quotedIdentifier = quotedIdentifier_;
 }
 
-std::unique_ptr<Batch> ParseBatch(std::string text, bool quotedIdentifier) {
+std::unique_ptr<Batch> ParseBatch(std::string text, const ParseOptions& options) {
   auto batch = std::make_unique<Batch>();
   batch->text = std::move(text);
   Parser parser(batch->text);
-  if (!quotedIdentifier) parser.SetQuotedIdentifier(false);
+  parser.SetOptions(options);
   parser.ParseAll(*batch);
   return batch;
 }
 
 std::unique_ptr<Batch> ParseModule(std::string text, const std::string& schema, const std::string& name,
-                                   bool quotedIdentifier) {
+                                   const ParseOptions& options) {
   auto batch = std::make_unique<Batch>();
   batch->text = std::move(text);
   Parser parser(batch->text);
-  if (!quotedIdentifier) parser.SetQuotedIdentifier(false);
+  parser.SetOptions(options);
   parser.SetModule(schema, name);
   parser.ParseAll(*batch);
   return batch;
@@ -191,8 +200,8 @@ std::vector<ProcedureParameter> ParseParameters(const std::string& text) {
 }
 
 QueryPtr ParseView(const std::string& text, const std::string& schema, const std::string& name,
-                   bool quotedIdentifier, std::vector<std::string>& columns) {
-  const std::unique_ptr<Batch> batch = ParseModule(text, schema, name, quotedIdentifier);
+                   const ParseOptions& options, std::vector<std::string>& columns) {
+  const std::unique_ptr<Batch> batch = ParseModule(text, schema, name, options);
   auto& view = static_cast<CreateViewStatement&>(*batch->statements.front());
   columns = std::move(view.columns);
   return std::move(view.query);

@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 
+#include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/syntax/StatementTree.h"
 
@@ -12,8 +13,7 @@ class Parser {
  public:
   explicit Parser(std::string_view text) : text_(text), tokens_(Tokenize(text, lexicalError_)) {}
 
-  // What stands between double quotation marks is a name from here on if it is on, else a text.
-  void SetQuotedIdentifier(bool on);
+  void SetOptions(const ParseOptions& options);
 
   // What is parsed is a module of this schema and name, whatever its text says.
   void SetModule(const std::string& schema, const std::string& name) {
@@ -48,6 +48,9 @@ class Parser {
   std::string TakeVariable();
   std::string TakeAlias();
   std::string SourceFrom(size_t firstToken) const;
+  // What stands between double quotation marks is a name from here on if it is on, else a text.
+  void SetQuotedIdentifier(bool on);
+  bool IsOwnDatabase(const std::string& name) const;
   [[noreturn]] void SyntaxError() const;
   [[noreturn]] void SyntaxErrorAt(size_t token) const;
   bool AreWordsAt(size_t ahead, std::string_view words) const; // in capitals, with blanks between them
@@ -151,7 +154,7 @@ class Parser {
   ObjectName ParseTarget();
   ObjectName ParseObjectName();
   ObjectName ParseDefinedName();
-  ObjectName ParseModuleName();
+  ObjectName ParseModuleName(const char* kind);
   std::vector<std::string> ParseNameList();
   // With `endsHere` it counts only if the parentheses around it hold nothing else.
   bool StartsQuery(bool endsHere = false) const;
@@ -296,7 +299,8 @@ class Parser {
   std::string home_;                  // of the names in it; empty for dbo
   std::optional<Error> lexicalError_; // behind the last token
   std::vector<Token> tokens_;
-  std::optional<bool> quotedIdentifier_; // what the batch has set
+  std::optional<bool> quotedIdentifier_;     // what the batch has set
+  std::optional<std::string_view> database_; // as in ParseOptions
   size_t at_ = 0;
   uint32_t nodes_ = 0; // expressions and statements so far
   int markers_ = 0;

@@ -15,13 +15,17 @@ struct Window;
 // ---- expressions
 
 struct ObjectName {
-  std::string schema; // empty where none was written
+  std::string database; // the session's own, where it was written
+  std::string schema;   // empty where none was written
   std::string name;
   bool variable = false; // a table variable's, with its @
   // Within a module of a schema other than dbo: that schema, where a name without a schema is looked for
   // before dbo.
   std::string home;
-  std::string Written() const { return schema.empty() ? name : schema + "." + name; }
+  std::string Written() const {
+    if (!database.empty()) return database + "." + schema + "." + name;
+    return schema.empty() ? name : schema + "." + name;
+  }
 };
 
 enum class ExprKind : uint8_t {

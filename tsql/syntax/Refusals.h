@@ -55,7 +55,7 @@ inline constexpr Refusal kRefusedConstructs[] = {
     {"A common table expression with several recursive members",
      "WITH n(c) AS (SELECT 1 UNION ALL SELECT c FROM n UNION ALL SELECT c FROM n) SELECT c FROM n"},
     // sources
-    {"A name with a database part", "SELECT a FROM other.dbo.t"},
+    {"A name with the part of another database", "SELECT a FROM other.dbo.t"},
     {"A function in place of a table", "SELECT value FROM OPENJSON('[1]')"},
     {"A changing statement in FROM", "SELECT a FROM (DELETE FROM t OUTPUT deleted.a) x"},
     {"APPLY of more than 256 columns",

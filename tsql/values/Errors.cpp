@@ -80,6 +80,7 @@ constexpr ErrorText kErrors[] = {
     {157, 15, 1, "An aggregate may not appear in the set list of an UPDATE statement."},
     {158, 15, 1, "An aggregate may not appear in the OUTPUT clause."},
     {164, 15, 1, "Each GROUP BY expression must contain at least one column that is not an outer reference."},
+    {166, 15, 1, "'%1' does not allow specifying the database name as a prefix to the object name."},
     {174, 15, 1, "The %1 function requires %2 argument(s)."},
     {177, 15, 1, "The IDENTITY function can only be used when the SELECT statement has an INTO clause."},
     {178, 15, 1, "A RETURN statement with a return value cannot be used in this context."},

@@ -47,7 +47,7 @@ TEST(BatchGrammarTest, SaysEveryStatementAndMostAreParsed) {
   int parsed = 0;
   for (uint32_t seed = 0; seed < kBatches; ++seed) {
     try {
-      AddKinds(ParseBatch(BatchGrammar(seed).Next(), true)->statements, kinds);
+      AddKinds(ParseBatch(BatchGrammar(seed).Next(), {})->statements, kinds);
       ++parsed;
     } catch (const Error&) { // NOLINT(bugprone-empty-catch): some batches are wrong on purpose
     }

@@ -49,10 +49,11 @@ TEST_F(SavepointsTest, WithoutATransaction) {
 }
 
 TEST_F(SavepointsTest, DefinitionsAndTableVariables) {
-  EXPECT_EQ(Rows("SET NOCOUNT ON DECLARE @v TABLE (a INT) BEGIN TRAN CREATE TABLE u (a INT) SAVE TRAN s"
-                 " CREATE TABLE w (a INT) CREATE TABLE #x (a INT) INSERT @v VALUES (9) ROLLBACK TRAN s"
-                 " SELECT OBJECT_ID('w'), OBJECT_ID('#x'), (SELECT COUNT(*) FROM u), a FROM @v COMMIT"),
-            Lines({"NULL|NULL|0|9"}));
+  EXPECT_EQ(
+      Rows("SET NOCOUNT ON DECLARE @v TABLE (a INT) BEGIN TRAN CREATE TABLE u (a INT) SAVE TRAN s"
+           " CREATE TABLE w (a INT) CREATE TABLE #x (a INT) INSERT @v VALUES (9) ROLLBACK TRAN s"
+           " SELECT OBJECT_ID('w'), OBJECT_ID('tempdb..#x'), (SELECT COUNT(*) FROM u), a FROM @v COMMIT"),
+      Lines({"NULL|NULL|0|9"}));
 }
 
 TEST_F(SavepointsTest, XactState) {
