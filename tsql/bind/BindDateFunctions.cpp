@@ -146,6 +146,10 @@ BoundExprPtr Binder::BindDateDiff(const Expr& expr, FunctionId function) {
   args.push_back(PartConstant(part));
   for (size_t i = 1; i < expr.args.size(); ++i) {
     args.push_back(Bind(*expr.args[i]));
+    // A number is one of days, which a datetime2 does not take.
+    const Type& given = args.back()->type;
+    if (!IsText(given) && FamilyOf(given.id) != Family::DateTime)
+      args.back() = Convert(std::move(args.back()), MomentType());
     // A date counts from midnight, but a time has no day.
     if (args.back()->type.id == TypeId::Time) CheckPart(part, args.back()->type, expr);
   }

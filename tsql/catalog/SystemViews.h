@@ -29,6 +29,8 @@ struct SystemView {
     SchemaViews,        // INFORMATION_SCHEMA.VIEWS
     SysIndexes,         // sysindexes
     SysComments,        // syscomments
+    SysTypes,           // systypes
+    SqlModules,         // sys.sql_modules
     Columns,            // sys.columns
     Triggers,           // sys.triggers
     SchemaTables,       // INFORMATION_SCHEMA.TABLES

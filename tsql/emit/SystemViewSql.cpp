@@ -68,9 +68,14 @@ std::string SystemViewSql(const SystemView& view) {
     return "SELECT " + name + ", " + id + " AS id, xtype, " + schema + " AS uid, xtype AS type FROM " +
            Objects();
   case Id::SysColumns:
-    return "SELECT name, " + tableId + " AS id, ordinal + 1 AS colid, " + length +
-           " AS length, nullable AS isnullable, identity IN (2, 3) AS iscomputed FROM " +
-           Main(storage::kColumns);
+    return "SELECT name, id, xtype, xtype AS xusertype, length, colid, colid AS colorder, "
+           "CASE WHEN digits > 0 THEN digits WHEN length > 0 AND xtype IN (231, 239) THEN length / 2 ELSE length "
+           "END AS prec, iif(digits > 0, scale, NULL) AS scale, iscomputed, isnullable FROM (SELECT name, " +
+           tableId + " AS id, " + Call(names::kTypeId, "type") + " AS xtype, " + length +
+           " AS length, ordinal + 1 AS colid, " + Call(names::kTypePrecision, "type") + " AS digits, " +
+           Call(names::kTypeScale, "type") +
+           " AS scale, identity IN (2, 3) AS iscomputed, nullable AS isnullable FROM " +
+           Main(storage::kColumns) + ")";
   case Id::Objects:
     return "SELECT " + name + ", " + id + " AS object_id, " + schema + " AS schema_id, iif(xtype = 'TR', " +
            parent + ", 0) AS parent_object_id, xtype AS type, description AS type_desc FROM " + Objects();

@@ -80,6 +80,17 @@ Rows TypeRows() {
   return rows;
 }
 
+Rows SysTypeRows() {
+  Rows rows;
+  for (const ServerType& type : ServerTypes()) {
+    const bool isNumber = type.precision > 0;
+    rows.push_back({NameValue(type.name), Datum::OfInteger(type.id), Datum::OfInteger(type.id),
+                    Datum::OfInteger(type.length), Datum::OfInteger(isNumber ? type.precision : type.length),
+                    isNumber ? Datum::OfInteger(type.scale) : Datum(), Flag(true)});
+  }
+  return rows;
+}
+
 // ---- tables and what belongs to them
 
 Datum ColumnId(const TableInfo& table, std::string_view name) {
@@ -310,6 +321,14 @@ Rows CommentRows(const Catalog& catalog) {
   return rows;
 }
 
+Rows SqlModuleRows(const Catalog& catalog) {
+  Rows rows;
+  for (const ModulePtr& module : catalog.AllModules())
+    rows.push_back({IdOf(module->key), NameValue(module->text), Flag(module->options.ansiNulls),
+                    Flag(module->options.quotedIdentifier)});
+  return rows;
+}
+
 } // namespace
 
 Rows SystemRows(const Catalog& catalog, SystemView::Id view) {
@@ -333,6 +352,8 @@ Rows SystemRows(const Catalog& catalog, SystemView::Id view) {
   case Id::SchemaViews: return ViewRows(catalog);
   case Id::SysIndexes: return SysIndexRows(catalog);
   case Id::SysComments: return CommentRows(catalog);
+  case Id::SysTypes: return SysTypeRows();
+  case Id::SqlModules: return SqlModuleRows(catalog);
   default: return {};
   }
 }

@@ -25,7 +25,7 @@ constexpr std::string_view kReserved[] = {
     "index", "inner", "insert", "intersect", "into", "is", "join", "key", "kill", "left", "like", "lineno",
     "load", "merge", "national", "nocheck", "nonclustered", "not", "null", "nullif", "of", "off", "offsets",
     "on", "open", "opendatasource", "openquery", "openrowset", "openxml", "option", "or", "order", "outer",
-    "over", "percent", "pivot", "plan", "precision", "primary", "print", "proc", "procedure", "public",
+    "over", "percent", "pivot", "plan", "primary", "print", "proc", "procedure", "public",
     "raiserror", "read", "readtext", "reconfigure", "references", "replication", "restore", "restrict",
     "return", "revert", "revoke", "right", "rollback", "rowcount", "rowguidcol", "rule", "save", "schema",
     "securityaudit", "select", "semantickeyphrasetable", "semanticsimilaritydetailstable",

@@ -154,7 +154,7 @@ constexpr std::string_view kSystemViews =
     "sys.routes, sys.securable_classes, sys.sequences, "
     "sys.server_permissions, sys.server_principals, sys.server_role_members, sys.servers, "
     "sys.service_queues, sys.services, sys.spatial_indexes, sys.sql_dependencies, "
-    "sys.sql_expression_dependencies, sys.sql_logins, sys.sql_modules, sys.stats, sys.stats_columns, "
+    "sys.sql_expression_dependencies, sys.sql_logins, sys.stats, sys.stats_columns, "
     "sys.symmetric_keys, sys.synonyms, sys.syscharsets, sys.syscolumns, sys.syscomments, "
     "sys.sysconfigures, sys.sysconstraints, sys.sysdatabases, sys.sysdepends, sys.sysfilegroups, "
     "sys.sysfiles, sys.sysforeignkeys, sys.sysindexes, sys.sysindexkeys, sys.syslanguages, "
@@ -166,7 +166,7 @@ constexpr std::string_view kSystemViews =
     "sys.xml_schema_collections, syscharsets, sysconfigures, sysconstraints, "
     "sysdatabases, sysdepends, sysfilegroups, sysfiles, sysforeignkeys, sysindexkeys, "
     "syslanguages, syslockinfo, syslogins, sysmembers, sysmessages, syspermissions, sysprocesses, "
-    "sysprotects, sysreferences, sysservers, systypes, sysusers";
+    "sysprotects, sysreferences, sysservers, sysusers";
 
 constexpr std::string_view kSystemColumns =
     "information_schema.routines.character_maximum_length, information_schema.routines.created, "

@@ -161,6 +161,9 @@ TEST_F(FunctionsTest, DatesOfParts) {
   EXPECT_EQ(ErrorText("SELECT EOMONTH(5)"),
             "8116 1 Argument data type int is invalid for argument 1 of eomonth function.");
   EXPECT_EQ(Scalar("DATEDIFF_BIG(millisecond, '1900-01-01', '2020-01-01')"), "3786825600000");
+  EXPECT_EQ(Scalar("DATEDIFF(dd, 0, '2020-05-05 12:00')"), "43954") << "a number is one of days";
+  EXPECT_EQ(Scalar("DATEDIFF(dd, CAST('1900-01-02' AS DATETIME2), 2.5)"), "1");
+  EXPECT_EQ(Scalar("DATEADD(dd, DATEDIFF(dd, 0, '2020-05-05 12:00'), 0)"), "43954:0");
   EXPECT_EQ(Scalar("CASE WHEN ABS(DATEDIFF(hour, GETDATE(), GETUTCDATE())) <= 14 THEN 1 END"), "1");
 }
 

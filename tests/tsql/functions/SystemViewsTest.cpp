@@ -49,6 +49,29 @@ TEST_F(SystemViewsTest, ColumnsHaveTheTypesOfTheServer) {
              "m|money|60|8|19|4|NULL|0|0", "b|varbinary|165|-1|0|0|NULL|0|0", "c|int|56|4|10|0|NULL|0|1"}));
 }
 
+TEST_F(SystemViewsTest, ColumnsAsOldServersTellThem) {
+  Must(
+      "CREATE TABLE old (i INT NOT NULL, d DECIMAL(9,2), n NVARCHAR(30), v VARCHAR(MAX), t DATETIME, c AS i + 1)");
+  EXPECT_EQ(
+      Rows("SELECT c.name, t.name, c.length, c.colid, c.colorder, c.prec, c.scale, c.isnullable, c.iscomputed"
+           " FROM syscolumns c JOIN systypes t ON t.xusertype = c.xusertype"
+           " WHERE c.id = OBJECT_ID('old') ORDER BY c.colid"),
+      Lines({"i|int|4|1|1|10|0|0|0", "d|decimal|5|2|2|9|2|1|0", "n|nvarchar|60|3|3|30|NULL|1|0",
+             "v|varchar|-1|4|4|-1|NULL|1|0", "t|datetime|8|5|5|23|3|1|0", "c|int|4|6|6|10|0|1|1"}));
+  EXPECT_EQ(
+      Rows(
+          "SELECT name, xtype, length, prec, scale FROM systypes WHERE name IN ('money', 'char') ORDER BY 1"),
+      Lines({"char|175|8000|8000|NULL", "money|60|8|19|4"}));
+}
+
+TEST_F(SystemViewsTest, SqlModules) {
+  Must("SET ANSI_NULLS OFF");
+  Must("CREATE PROCEDURE told AS SELECT 'it'");
+  EXPECT_EQ(Rows("SELECT definition, uses_ansi_nulls, uses_quoted_identifier FROM sys.sql_modules"
+                 " WHERE object_id = OBJECT_ID('told')"),
+            Lines({"CREATE PROCEDURE told AS SELECT 'it'|0|1"}));
+}
+
 TEST_F(SystemViewsTest, Indexes) {
   EXPECT_EQ(
       Rows("SELECT OBJECT_NAME(object_id), name, index_id, is_unique, is_primary_key, is_unique_constraint"

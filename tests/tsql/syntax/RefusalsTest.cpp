@@ -169,8 +169,8 @@ TEST_F(RefusalsTest, WhatTheServerDoesNotKnowIsItsOwnError) {
 }
 
 TEST_F(RefusalsTest, WordsOfTheServerAreReserved) {
-  for (const char* word : {"checkpoint", "double", "file", "identitycol", "lineno", "precision", "rowcount",
-                           "rule", "schema", "statistics", "varying"})
+  for (const char* word : {"checkpoint", "double", "file", "identitycol", "lineno", "rowcount", "rule",
+                           "schema", "statistics", "varying"})
     EXPECT_EQ(ErrorOf("CREATE TABLE x (" + std::string(word) + " INT)"), 156) << word;
   Must("CREATE TABLE x ([file] INT, value INT, level INT, type INT)");
 }
