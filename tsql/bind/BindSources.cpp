@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "tsql/bind/Binder.h"
+#include "tsql/catalog/SchemaBinding.h"
 #include "tsql/syntax/Parser.h"
 #include "tsql/syntax/Refusals.h"
 #include "tsql/values/Collation.h"
@@ -183,6 +184,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     return BindFired(source, scope);
   } else if (TablePtr table = FindTable(source.name)) {
     dependencies_.push_back({source.name, table, nullptr});
+    if (!source.name.variable) CheckSchemaBound(source.name, nullptr);
     node->table = table;
     entry.table = table;
     entry.schema = table->schema;
@@ -190,6 +192,7 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
     entry.columns = ColumnsOf(*table);
   } else if (const ModulePtr view = catalog_.FindView(source.name)) {
     dependencies_.push_back({source.name, nullptr, view});
+    CheckSchemaBound(source.name, view.get());
     return BindView(*view, source, scope);
   } else if (const SystemView* system = FindSystemView(source.name)) {
     node->kind = BoundSource::Kind::System;
@@ -206,6 +209,12 @@ BoundSourcePtr Binder::BindNamed(const TableSource& source, Scope& scope) {
   entry.id = node->id;
   AddSource(scope, std::move(entry));
   return node;
+}
+
+void Binder::CheckSchemaBound(const ObjectName& name, const ModuleInfo* module) const {
+  if (boundKind_ == nullptr || viewDepth_ > 0) return;
+  if (name.schema.empty() || !name.database.empty()) Fail(4512, {boundKind_, boundName_, name.Written()});
+  if (module != nullptr && !IsSchemaBound(*module)) Fail(4513, {boundKind_, boundName_, name.Written()});
 }
 
 bool Binder::IsFired(const ObjectName& name) const {

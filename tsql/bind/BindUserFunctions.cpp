@@ -67,6 +67,7 @@ BoundExprPtr Binder::BindUserCall(const Expr& expr) {
   const ModulePtr module = catalog_.FindFunction(name);
   if (!module || module->kind != ModuleKind::ScalarFunction)
     Fail(4121, {expr.parts[0], JoinParts(expr.parts)});
+  CheckSchemaBound(name, module.get());
   const CreateFunctionStatement& function = ParsedFunction(module, name);
   BoundExprPtr node = MakeNode(BoundExpr::Kind::UserFunction, function.returns);
   node->name = module->key;
@@ -167,6 +168,7 @@ BoundSourcePtr Binder::BindFunctionSource(const TableSource& source, Scope& scop
   constexpr int kMaxDepth = 32;
   const ModulePtr module = catalog_.FindFunction(source.name);
   if (!module || module->kind == ModuleKind::ScalarFunction) Fail(208, {source.name.Written()});
+  CheckSchemaBound(source.name, module.get());
   const CreateFunctionStatement& function = ParsedFunction(module, source.name);
   CheckArgumentCount(function, source.args.size());
   auto node = std::make_unique<BoundSource>();

@@ -85,6 +85,11 @@ class Binder {
   // What is bound belongs to a trigger of the table or view, whose changed rows it sees as inserted and
   // deleted.
   void SetTrigger(const CreateTriggerStatement& trigger) { trigger_ = &trigger; }
+  // What is bound belongs to a view or function (`kind`) of the name WITH SCHEMABINDING, which is made now.
+  void SetSchemaBound(const char* kind, const std::string& name) {
+    boundKind_ = kind;
+    boundName_ = name;
+  }
   // What is bound is an action of a MERGE; these are the columns of the rows that it joins.
   void SetMerged(const std::vector<Column>& columns) { merged_ = &columns; }
   // The query of an inline function.
@@ -456,6 +461,9 @@ class Binder {
   Variables variablesAre_ = Variables::Declared;
   bool isAhead_ = false;
   BindOptions options_;
+  void CheckSchemaBound(const ObjectName& name, const ModuleInfo* module) const;
+  const char* boundKind_ = nullptr;
+  std::string boundName_;
   bool isLimited_ = false;
   bool inFunction_ = false;
   bool inCheck_ = false;

@@ -64,6 +64,7 @@ struct CompiledUnit : std::enable_shared_from_this<CompiledUnit> {
   bool isDeferred = false;
   // By the number of the statement or expression. The planner makes them when they are first needed.
   std::vector<std::unique_ptr<Plan>> plans;
+  bool isNew = false;                   // it is checked, before it is made
   ModulePtr module;                     // the procedure's text that this was compiled from
   std::optional<ModuleOptions> options; // of a module, which it has whatever the session sets
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tsql/catalog/SchemaBinding.h"
 #include "tsql/compile/FunctionRules.h"
 #include "tsql/compile/Preparation.h"
 #include "tsql/compile/SystemProcedures.h"
@@ -176,9 +177,10 @@ std::shared_ptr<CompiledUnit> Compiler::CompileTrigger(const TriggerInfo& trigge
 }
 
 std::shared_ptr<CompiledUnit> Compiler::MakeFunction(std::unique_ptr<Batch> batch, uint32_t number,
-                                                     const ModuleOptions& options) const {
+                                                     const ModuleOptions& options, bool isNew) const {
   auto unit = std::make_shared<CompiledUnit>();
   unit->options = options;
+  unit->isNew = isNew;
   unit->number = number;
   unit->batch = std::move(batch);
   unit->function = static_cast<const CreateFunctionStatement*>(unit->batch->statements.front().get());
@@ -216,7 +218,7 @@ void Compiler::MakeUnit(FunctionUnits& units) {
   const std::shared_ptr<CompiledUnit> unit =
       MakeFunction(ParseModule(module.text, module.schema, module.name,
                                {module.options.quotedIdentifier, context_.catalog.DatabaseName()}),
-                   ++lastUnit_, module.options);
+                   ++lastUnit_, module.options, false);
   unit->module = units.module;
   if (units.made == 0) {
     for (const std::unique_ptr<Plan>& plan : unit->plans)
@@ -284,18 +286,63 @@ void Compiler::CheckFunction(const CreateFunctionStatement& statement) const {
     CheckFunctionBody(statement.body);
     const CompileOptions& options = context_.options;
     MakeFunction(ParseBatch(statement.text, {options.quotedIdentifier, context_.catalog.DatabaseName()}), 0,
-                 options.OfModule());
+                 options.OfModule(), true);
     return;
   }
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
   binder.SetOptions(context_.options.bind);
   binder.SetInFunction(true);
+  if (statement.schemaBound) binder.SetSchemaBound("function", statement.name.name);
   const std::vector<Column> columns = binder.BindFunctionQuery(statement)->columns;
   for (size_t i = 0; i < columns.size(); ++i) {
     if (columns[i].name.empty()) Fail(4514, {std::to_string(i + 1)});
     for (size_t j = 0; j < i; ++j)
       if (EqualNames(columns[i].name, columns[j].name)) Fail(4506, {columns[i].name, statement.name.name});
   }
+}
+
+std::vector<Dependency> Compiler::DependenciesOf(const ModuleInfo& module) const {
+  std::unique_ptr<Batch> batch =
+      ParseModule(module.text, module.schema, module.name,
+                  {module.options.quotedIdentifier, context_.catalog.DatabaseName()});
+  const Statement& statement = *batch->statements.front();
+  Binder binder(context_.catalog, kNoVariables, kNoMarkers);
+  if (module.kind == ModuleKind::View) {
+    binder.BindViewQuery(*static_cast<const CreateViewStatement&>(statement).query);
+    return binder.Dependencies();
+  }
+  if (module.kind == ModuleKind::InlineFunction) {
+    binder.SetInFunction(true);
+    binder.BindFunctionQuery(static_cast<const CreateFunctionStatement&>(statement));
+    return binder.Dependencies();
+  }
+  std::vector<Dependency> dependencies;
+  const std::shared_ptr<CompiledUnit> unit = MakeFunction(std::move(batch), 0, module.options, false);
+  for (const std::unique_ptr<Plan>& plan : unit->plans)
+    if (plan) std::ranges::copy(plan->dependencies, std::back_inserter(dependencies));
+  return dependencies;
+}
+
+std::vector<std::string> Compiler::SchemaBoundUsers(std::string_view key, const std::string* column) const {
+  const auto isUsed = [&](const Dependency& dependency) {
+    const std::string& used = dependency.table  ? dependency.table->storageName
+                              : dependency.view ? dependency.view->key
+                                                : dependency.function->key;
+    return EqualNames(used, key);
+  };
+  std::vector<std::string> users;
+  for (const ModulePtr& module : context_.catalog.AllModules()) {
+    if (EqualNames(module->key, key) || !IsSchemaBound(*module)) continue;
+    const std::vector<Dependency> dependencies = DependenciesOf(*module);
+    if (std::ranges::none_of(dependencies, isUsed) || (column && !Names(*module, *column))) continue;
+    const auto hasColumn = [&](const Dependency& other) {
+      return !isUsed(other) && other.table && other.table->FindColumn(*column) >= 0;
+    };
+    if (column && std::ranges::any_of(dependencies, hasColumn))
+      Refuse("Changing a column where a schema-bound module uses several tables with one of its name");
+    users.push_back(module->name);
+  }
+  return users;
 }
 
 BoundQueryPtr Compiler::BindInto(const QueryStatement& statement, const CompiledUnit& unit,
@@ -330,6 +377,7 @@ Plan Compiler::PlanInto(BoundQueryPtr query, const TablePtr& table,
 void Compiler::CheckView(const CreateViewStatement& statement) const {
   Binder binder(context_.catalog, kNoVariables, kNoMarkers);
   binder.SetOptions(context_.options.bind);
+  if (statement.schemaBound) binder.SetSchemaBound("view", statement.name.name);
   const std::vector<Column> columns = binder.BindViewQuery(*statement.query)->columns;
   for (const Dependency& dependency : binder.Dependencies())
     if (dependency.table && dependency.table->place != Place::Main) Fail(4508, {});

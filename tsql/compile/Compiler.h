@@ -45,6 +45,10 @@ class Compiler {
                          std::vector<Dependency>& dependencies) const;
   Plan PlanInto(BoundQueryPtr query, const TablePtr& table, std::vector<Dependency> dependencies) const;
 
+  // The names of the modules WITH SCHEMABINDING that use the table, view or function of the key, or that
+  // column of the table.
+  std::vector<std::string> SchemaBoundUsers(std::string_view key, const std::string* column = nullptr) const;
+
   // Throws what is wrong with a view's query.
   void CheckView(const CreateViewStatement& statement) const;
 
@@ -87,8 +91,9 @@ class Compiler {
   std::shared_ptr<CompiledUnit> MakeProcedure(std::unique_ptr<Batch> batch,
                                               const ModuleOptions& options) const;
   std::shared_ptr<CompiledUnit> MakeFunction(std::unique_ptr<Batch> batch, uint32_t number,
-                                             const ModuleOptions& options) const;
+                                             const ModuleOptions& options, bool isNew) const;
   std::shared_ptr<CompiledUnit> MakeTrigger(std::unique_ptr<Batch> batch, const ModuleOptions& options) const;
+  std::vector<Dependency> DependenciesOf(const ModuleInfo& module) const;
   FunctionUnits& UnitsOf(std::string_view key);
   void MakeUnit(FunctionUnits& units);
   void CollectCalls(const std::vector<Dependency>& dependencies, std::vector<FunctionUnits*>& found);

@@ -96,6 +96,8 @@ Binder Planner::MakeBinder() const {
                                          : inFunction ? Binder::Variables::OfUnit
                                                       : Binder::Variables::InCatalog);
   binder.SetInFunction(inFunction);
+  if (inFunction && unit_.isNew && unit_.function->schemaBound)
+    binder.SetSchemaBound("function", unit_.function->name.name);
   if (unit_.trigger != nullptr) binder.SetTrigger(*unit_.trigger);
   return binder;
 }

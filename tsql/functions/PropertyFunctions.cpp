@@ -1,6 +1,7 @@
 // What scripts ask of an object or a column by the name of a property.
 #include <algorithm>
 
+#include "tsql/catalog/SchemaBinding.h"
 #include "tsql/functions/FunctionCall.h"
 #include "tsql/functions/ObjectNumbers.h"
 #include "tsql/values/Collation.h"
@@ -93,7 +94,7 @@ constexpr ObjectProperty kObjectProperties[] = {
     {"IsDefault", &Never},
     {"IsRule", &Never},
     {"IsEncrypted", &Never},
-    {"IsSchemaBound", &Never},
+    {"IsSchemaBound", [](const Asked& asked) { return asked.module && IsSchemaBound(*asked.module); }},
     {"IsSystemTable", &Never},
     {"IsMSShipped", &Never},
     {"IsReplProc", &Never},

@@ -279,6 +279,8 @@ void TableAlteration::AddReferrers(int index, std::vector<Dependent>& dependents
     if (other.IsComputed() && std::ranges::count(compiler_.ColumnsOfComputed(after_, other), index) > 0)
       dependents.push_back({"column", other.name});
   const std::string& name = after_.columns[static_cast<size_t>(index)].name;
+  for (const std::string& user : compiler_.SchemaBoundUsers(after_.storageName, &name))
+    dependents.push_back({"object", user});
   for (const ForeignKey& foreignKey : Referrers()) {
     const std::string& key = foreignKey.key->name;
     // One within the table may be there already.

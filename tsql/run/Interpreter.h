@@ -237,6 +237,7 @@ class Interpreter : public UserFunctions {
   void RunCreateFunction(const CreateFunctionStatement& statement);
   ModulePtr FindModule(const ObjectName& name, ModuleKind kind) const;
   void CheckPadding(const Type& type) const;
+  void CheckNoSchemaBoundUser(const char* verb, std::string_view key, const ObjectName& name) const;
   void RunModule(const ObjectName& name, ModuleKind kind, const std::string& text, DefinitionForm form);
   void DropModule(const DropStatement& statement, const ObjectName& name);
   void RunTruncate(const TruncateStatement& statement);

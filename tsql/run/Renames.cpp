@@ -29,6 +29,7 @@ void Definitions::RenameObject(const ObjectName& name, const std::string& newNam
   if (catalog_.Exists(target) && !EqualNames(name.name, newName)) Fail(15335, {newName, "object"});
   const Catalog::NewObject to = catalog_.PlaceNew(target);
   const std::string key = table ? table->storageName : module->key;
+  if (!compiler_.SchemaBoundUsers(key).empty()) Fail(15336, {name.Written()});
   if (HasTriggers(catalog_, key)) Refuse("sp_rename of a table or view with triggers");
   if (table) {
     TableInfo renamed = *table;
@@ -64,6 +65,7 @@ void Definitions::RenameColumn(const TableInfo& table, const std::string& name, 
   for (const KeyInfo& key : table.keys)
     if (key.kind == KeyKind::Check && uses(compiler_.ColumnsOfCheck(table, key.checkText)))
       Fail(15336, {written});
+  if (!compiler_.SchemaBoundUsers(table.storageName, &column.name).empty()) Fail(15336, {written});
   for (const ColumnInfo& other : table.columns)
     if (other.IsComputed() && uses(compiler_.ColumnsOfComputed(table, other))) Fail(15336, {written});
   for (const ForeignKey& foreignKey : ForeignKeysOf(table, catalog_))

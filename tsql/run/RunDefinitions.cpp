@@ -42,6 +42,7 @@ void Interpreter::RunModule(const ObjectName& name, ModuleKind kind, const std::
   if (alters && !existing) Fail(208, {name.Written()});
   // A function stays what it is.
   if (alters && existing->kind != kind) Fail(2010, {name.name});
+  if (alters) CheckNoSchemaBoundUser("ALTER", existing->key, name);
   ModuleInfo module;
   if (existing) {
     module = *existing;
@@ -146,7 +147,9 @@ void Interpreter::RunDrop(const DropStatement& statement) {
     case ObjectKind::Table: {
       const TablePtr table = catalog_.FindTable(name);
       if (!table && !statement.ifExists) Fail(3701, {"table", name.Written()});
-      if (table) definitions_.DropTable(*table);
+      if (!table) break;
+      CheckNoSchemaBoundUser("DROP TABLE", table->storageName, name);
+      definitions_.DropTable(*table);
       break;
     }
     case ObjectKind::Index: definitions_.DropIndex(statement.tables[i], name.name, statement.ifExists); break;
@@ -170,6 +173,7 @@ void Interpreter::DropModule(const DropStatement& statement, const ObjectName& n
   const ModulePtr module = FindModule(name, kind);
   if (!module && !statement.ifExists) Fail(3701, {word, name.Written()});
   if (!module) return;
+  CheckNoSchemaBoundUser(kind == ModuleKind::View ? "DROP VIEW" : "DROP FUNCTION", module->key, name);
   if (kind == ModuleKind::View) definitions_.DropTriggers(module->key);
   catalog_.RemoveModule(std::string(module->key));
 }
@@ -180,6 +184,12 @@ void Interpreter::RunTruncate(const TruncateStatement& statement) {
   StatementScope scope(transaction_, table->place);
   definitions_.TruncateTable(*table);
   scope.Complete();
+}
+
+void Interpreter::CheckNoSchemaBoundUser(const char* verb, std::string_view key,
+                                         const ObjectName& name) const {
+  const std::vector<std::string> users = compiler_.SchemaBoundUsers(key);
+  if (!users.empty()) Fail(3729, {verb, name.Written(), users.front()});
 }
 
 // Values of such a column would be cut of their trailing blanks or zeros.

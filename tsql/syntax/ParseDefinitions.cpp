@@ -398,10 +398,15 @@ StatementPtr Parser::ParseCreateView(size_t start, DefinitionForm form) {
   if (start != 0) SyntaxErrorAt(start + 1);
   statement->name = ParseModuleName("VIEW");
   if (IsSymbol("(")) statement->columns = ParseNameList();
-  if (AreWordsAt(0, "WITH SCHEMABINDING") || AreWordsAt(0, "WITH ENCRYPTION") ||
-      AreWordsAt(0, "WITH VIEW_METADATA"))
-    RefuseHere("A view WITH SCHEMABINDING, ENCRYPTION or VIEW_METADATA");
+  if (TakeWord("with")) {
+    do {
+      if (IsWord("encryption")) RefuseHere("A view WITH ENCRYPTION");
+      statement->schemaBound = statement->schemaBound || IsWord("schemabinding");
+      if (!TakeWord("schemabinding")) ExpectWord("view_metadata");
+    } while (TakeSymbol(","));
+  }
   ExpectWord("as");
+  schemaBound_ = statement->schemaBound;
   statement->query = ParseQuery();
   if (AreWordsAt(0, "WITH CHECK OPTION")) RefuseHere("A view WITH CHECK OPTION");
   TakeSymbol(";");
@@ -516,8 +521,10 @@ void Parser::ParseFunctionOptions(CreateFunctionStatement& function) {
       at_ += function.isNullOfNull ? 5 : 4;
       continue;
     }
+    function.schemaBound = function.schemaBound || IsWord("schemabinding");
     if (!TakeWord("schemabinding")) ExpectWord("encryption");
   } while (TakeSymbol(","));
+  schemaBound_ = function.schemaBound;
 }
 
 void Parser::ParseFunctionBody(CreateFunctionStatement& function) {

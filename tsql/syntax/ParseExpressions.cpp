@@ -90,7 +90,9 @@ ExprPtr Parser::ParsePredicate() {
     ExprPtr node = MakeExpr(ExprKind::Exists);
     TakeWord("exists");
     ExpectSymbol("(");
+    const bool wasInExists = std::exchange(inExists_, true);
     node->query = ParseSubquery(*node);
+    inExists_ = wasInExists;
     ExpectSymbol(")");
     return node;
   }

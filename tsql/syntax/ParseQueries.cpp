@@ -310,7 +310,12 @@ std::optional<SelectItem> Parser::ParseStar() {
 }
 
 SelectItem Parser::ParseSelectItem() {
-  if (std::optional<SelectItem> star = ParseStar()) return std::move(*star);
+  const int line = Current().line;
+  if (std::optional<SelectItem> star = ParseStar()) {
+    // A file may have a module from before this was checked.
+    if (schemaBound_ && !schema_ && !inExists_) Fail(1054, {"*"}, line);
+    return std::move(*star);
+  }
   SelectItem item;
   if (Current().kind == TokenKind::Variable && IsAssignmentAt(1)) {
     ExprPtr variable = MakeExpr(ExprKind::Variable);

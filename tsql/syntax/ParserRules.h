@@ -312,7 +312,9 @@ class Parser {
   bool startsQueryStatement_ = false; // the next query is a statement
   bool isQueryStatement_ = false;     // the query that is parsed is a statement
   bool inProcedure_ = false;
-  bool inModule_ = false; // a procedure or trigger
+  bool inModule_ = false;    // a procedure or trigger
+  bool schemaBound_ = false; // a view or function WITH SCHEMABINDING
+  bool inExists_ = false;
   bool inTableVariable_ = false;
   std::optional<FunctionKind> function_; // that is parsed
   // Labels and the jumps to them, each with the TRY and CATCH blocks that it stands in.

@@ -282,6 +282,7 @@ struct CreateViewStatement : Statement {
   QueryPtr query;
   std::string text;
   DefinitionForm form = DefinitionForm::Create;
+  bool schemaBound = false; // WITH SCHEMABINDING
 };
 
 struct ProcedureParameter {
@@ -321,6 +322,7 @@ struct CreateFunctionStatement : CreateProcedureStatement {
   FunctionKind function = FunctionKind::Scalar;
   Type returns;              // of a scalar function
   bool isNullOfNull = false; // RETURNS NULL ON NULL INPUT
+  bool schemaBound = false;  // WITH SCHEMABINDING
   QueryPtr query;            // of an inline function
   TableVariable result;      // of a function that fills a table
 };

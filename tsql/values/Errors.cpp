@@ -231,6 +231,7 @@ constexpr ErrorText kErrors[] = {
      "to a valid name."},
     {1046, 15, 1, "Subqueries are not allowed in this context. Only scalar expressions are allowed."},
     {1048, 15, 1, "Conflicting cursor options %1 and %2."},
+    {1054, 15, 1, "Syntax '%1' is not allowed in schema-bound objects."},
     {1056, 15, 1,
      "The number of elements in the select list exceeds the maximum allowed number of 4096 elements."},
     {1060, 15, 1,
@@ -414,6 +415,10 @@ constexpr ErrorText kErrors[] = {
      "Views or functions are not allowed on temporary tables. Table names that begin with '#' denote "
      "temporary tables."},
     {4511, 16, 1, "Create View or Function failed because no column name was specified for column %1."},
+    {4512, 16, 3,
+     "Cannot schema bind %1 '%2' because name '%3' is invalid for schema binding. Names must be in two-part "
+     "format and an object cannot reference itself."},
+    {4513, 16, 2, "Cannot schema bind %1 '%2'. '%3' is not schema bound."},
     {4514, 16, 1, "CREATE FUNCTION failed because a column name is not specified for column %1."},
     {4701, 16, 1, "Cannot find the object \"%1\" because it does not exist or you do not have permissions."},
     {4712, 16, 1, "Cannot truncate table '%1' because it is being referenced by a FOREIGN KEY constraint."},

@@ -145,6 +145,8 @@ const std::vector<Rule>& Rules() {
         "SET LOCK_TIMEOUT 0",
         "SET ANSI_NULLS ON",
         "SET ANSI_NULLS OFF <query>",
+        "EXEC ('CREATE VIEW bound WITH SCHEMABINDING AS SELECT a, b FROM dbo.plain') DROP TABLE plain",
+        "ALTER TABLE plain DROP COLUMN b",
         "SET ANSI_NULLS OFF SELECT a FROM plain WHERE a = NULL OR b IN (<num>, @i) OR CASE a WHEN NULL THEN 1 END = 1",
         "SET QUOTED_IDENTIFIER OFF SELECT \"text\"\"\" + <text>",
         "SET QUOTED_IDENTIFIER OFF <definition> SET QUOTED_IDENTIFIER ON <query>",
