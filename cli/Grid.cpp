@@ -1,6 +1,7 @@
 #include "cli/Grid.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -17,22 +18,23 @@ using com::Variant;
 
 Grid RecordsetGrid(const Object& recordset) {
   const RecordsetReader reader(recordset);
-  Grid grid{DistinctNames(reader.names()), {}};
+  Grid grid(DistinctNames(reader.names()));
+  std::vector<Cell> row(grid.columns().size());
   for (; reader.HasRow(); reader.Next()) {
-    std::vector<Cell>& row = grid.rows.emplace_back();
-    row.reserve(grid.columns.size());
-    for (size_t i = 0; i < grid.columns.size(); ++i) row.push_back(CellOf(reader.Value(i)));
+    for (size_t i = 0; i < row.size(); ++i) row[i] = CellOf(reader.Value(i));
+    grid.AddRow(row);
   }
   return grid;
 }
 
 // Dictionaries have the keys of all of them as columns; anything else stands in a column "item".
 Grid VectorGrid(const Object& vector) {
-  Grid grid;
+  std::vector<std::wstring> columns;
+  std::vector<std::vector<Cell>> rows;
   std::unordered_map<std::wstring, size_t> places;
   const auto placeOf = [&](const std::wstring& name) {
-    const auto [known, isNew] = places.try_emplace(com::Lower(name), grid.columns.size());
-    if (isNew) grid.columns.push_back(name);
+    const auto [known, isNew] = places.try_emplace(com::Lower(name), columns.size());
+    if (isNew) columns.push_back(name);
     return known->second;
   };
   const auto put = [](std::vector<Cell>& row, size_t place, Cell cell) {
@@ -42,7 +44,7 @@ Grid VectorGrid(const Object& vector) {
   const int32_t count = vector.Get(L"Count").AsLong();
   for (int32_t i = 1; i <= count; ++i) {
     const Variant item = vector.Get(L"Item", i);
-    std::vector<Cell>& row = grid.rows.emplace_back();
+    std::vector<Cell>& row = rows.emplace_back();
     if (!item.IsObject() || KindOf(item.AsObject()) != Kind::Dictionary) {
       put(row, placeOf(L"item"), CellOf(item));
       continue;
@@ -51,14 +53,19 @@ Grid VectorGrid(const Object& vector) {
     for (const std::wstring& key : KeysOf(dictionary))
       put(row, placeOf(key), CellOf(dictionary.Get(L"Value", key)));
   }
-  for (std::vector<Cell>& row : grid.rows) row.resize(grid.columns.size(), Cell::Text({}));
+  Grid grid(std::move(columns));
+  grid.Reserve(rows.size());
+  for (std::vector<Cell>& row : rows) {
+    row.resize(grid.columns().size(), Cell::Text({}));
+    grid.AddRow(row);
+  }
   return grid;
 }
 
 Grid DictionaryGrid(const Object& dictionary) {
-  Grid grid{{L"key", L"value"}, {}};
+  Grid grid({L"key", L"value"});
   for (const std::wstring& key : KeysOf(dictionary))
-    grid.rows.push_back({Cell::Text(key), CellOf(dictionary.Get(L"Value", key))});
+    grid.Add(Cell::Text(key), CellOf(dictionary.Get(L"Value", key)));
   return grid;
 }
 
@@ -74,11 +81,16 @@ void AppendCsvField(std::wstring& out, const std::wstring& text) {
 
 [[noreturn]] void RaiseNoColumn(const Grid& grid, const std::wstring& column) {
   std::wstring known;
-  for (const std::wstring& name : grid.columns) known.append(known.empty() ? L"" : L", ").append(name);
+  for (const std::wstring& name : grid.columns()) known.append(known.empty() ? L"" : L", ").append(name);
   throw UsageError(L"there is no column " + column + L"; there are " + known);
 }
 
 } // namespace
+
+void Grid::AddRow(std::span<Cell> cells) {
+  std::ranges::move(cells, std::back_inserter(cells_));
+  ++rowCount_;
+}
 
 std::vector<std::wstring> DistinctNames(std::vector<std::wstring> names) {
   std::unordered_set<std::wstring> taken;
@@ -112,32 +124,36 @@ std::optional<Grid> GridOf(const Variant& value) {
 
 Grid WithColumns(const Grid& grid, const std::vector<std::wstring>& columns) {
   std::vector<size_t> places;
-  Grid result;
+  std::vector<std::wstring> picked;
   for (const std::wstring& column : columns) {
     const auto found = std::ranges::find_if(
-        grid.columns, [&](const std::wstring& name) { return com::EqualsNoCase(name, column); });
-    if (found == grid.columns.end()) RaiseNoColumn(grid, column);
-    places.push_back(static_cast<size_t>(found - grid.columns.begin()));
-    result.columns.push_back(*found);
+        grid.columns(), [&](const std::wstring& name) { return com::EqualsNoCase(name, column); });
+    if (found == grid.columns().end()) RaiseNoColumn(grid, column);
+    places.push_back(static_cast<size_t>(found - grid.columns().begin()));
+    picked.push_back(*found);
   }
-  for (const std::vector<Cell>& row : grid.rows) {
-    std::vector<Cell>& picked = result.rows.emplace_back();
-    for (const size_t place : places) picked.push_back(row[place]);
+  Grid result(std::move(picked));
+  result.Reserve(grid.rowCount());
+  std::vector<Cell> cells(places.size());
+  for (size_t i = 0; i < grid.rowCount(); ++i) {
+    std::ranges::transform(places, cells.begin(), [row = grid.Row(i)](size_t place) { return row[place]; });
+    result.AddRow(cells);
   }
   return result;
 }
 
 std::wstring CsvOf(const Grid& grid) {
   std::wstring out;
-  for (size_t i = 0; i < grid.columns.size(); ++i) {
+  for (size_t i = 0; i < grid.columns().size(); ++i) {
     if (i > 0) out += L',';
-    AppendCsvField(out, grid.columns[i]);
+    AppendCsvField(out, grid.columns()[i]);
   }
   out += L"\r\n";
-  for (const std::vector<Cell>& row : grid.rows) {
-    for (size_t i = 0; i < row.size(); ++i) {
-      if (i > 0) out += L',';
-      AppendCsvField(out, row[i].text);
+  for (size_t i = 0; i < grid.rowCount(); ++i) {
+    const std::span<const Cell> row = grid.Row(i);
+    for (size_t j = 0; j < row.size(); ++j) {
+      if (j > 0) out += L',';
+      AppendCsvField(out, row[j].text);
     }
     out += L"\r\n";
   }
@@ -145,28 +161,30 @@ std::wstring CsvOf(const Grid& grid) {
 }
 
 std::wstring VerticalOf(const Grid& grid) {
-  if (grid.rows.empty()) return L"(no rows)\n";
+  if (grid.rowCount() == 0) return L"(no rows)\n";
   size_t width = 0;
-  for (const std::wstring& column : grid.columns) width = std::max(width, DisplayWidth(column));
+  for (const std::wstring& column : grid.columns()) width = std::max(width, DisplayWidth(column));
   std::wstring out;
-  for (size_t i = 0; i < grid.rows.size(); ++i) {
+  for (size_t i = 0; i < grid.rowCount(); ++i) {
     out += L"-- row " + std::to_wstring(i + 1) + L"\n";
-    for (size_t j = 0; j < grid.columns.size(); ++j)
-      out += grid.columns[j] + L":" + std::wstring(width - DisplayWidth(grid.columns[j]) + 1, L' ') +
-             ReadableText(grid.rows[i][j]) + L"\n";
+    for (size_t j = 0; j < grid.columns().size(); ++j) {
+      const std::wstring& column = grid.columns()[j];
+      out += column + L":" + std::wstring(width - DisplayWidth(column) + 1, L' ') +
+             ReadableText(grid.Row(i)[j]) + L"\n";
+    }
   }
   return out;
 }
 
 std::wstring TableOf(const Grid& grid, size_t width, bool coloured) {
-  if (grid.columns.empty()) return L"(no rows)\n";
+  if (grid.columns().empty()) return L"(no rows)\n";
   std::vector<Row> rows;
-  rows.reserve(grid.rows.size());
-  for (const std::vector<Cell>& cells : grid.rows) {
+  rows.reserve(grid.rowCount());
+  for (size_t i = 0; i < grid.rowCount(); ++i) {
     Row& row = rows.emplace_back();
-    for (const Cell& cell : cells) row.push_back(ReadableText(cell));
+    for (const Cell& cell : grid.Row(i)) row.push_back(ReadableText(cell));
   }
-  return FormatTable(grid.columns, rows, width, coloured);
+  return FormatTable(grid.columns(), rows, width, coloured);
 }
 
 } // namespace bomcall

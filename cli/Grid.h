@@ -2,7 +2,9 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/Cell.h"
@@ -10,9 +12,33 @@
 
 namespace bomcall {
 
-struct Grid {
-  std::vector<std::wstring> columns;
-  std::vector<std::vector<Cell>> rows;
+// The cells of all rows lie in one piece: a report has a hundred thousand rows, and a piece of memory for
+// each takes longer than what is in it.
+class Grid {
+ public:
+  explicit Grid(std::vector<std::wstring> columns) : columns_(std::move(columns)) {}
+
+  // For as many rows as will be added, where that is known.
+  void Reserve(size_t rows) { cells_.reserve(rows * columns_.size()); }
+  // A row: a cell for each column.
+  template <class... Cells>
+  void Add(Cells... cells) {
+    (cells_.push_back(std::move(cells)), ...);
+    ++rowCount_;
+  }
+  // The same, and leaves empty cells behind.
+  void AddRow(std::span<Cell> cells);
+
+  const std::vector<std::wstring>& columns() const { return columns_; }
+  size_t rowCount() const { return rowCount_; }
+  std::span<const Cell> Row(size_t row) const {
+    return std::span(cells_).subspan(row * columns_.size(), columns_.size());
+  }
+
+ private:
+  std::vector<std::wstring> columns_;
+  std::vector<Cell> cells_;
+  size_t rowCount_ = 0;
 };
 
 // The names, with "_2" and so on behind those that have come before and "columnN" for those that are empty.

@@ -37,9 +37,9 @@ bool AllThere(const std::vector<TriedClass>& classes) {
 }
 
 Grid GridOf(const std::vector<TriedClass>& classes) {
-  Grid grid{{L"ProgID", L"State"}, {}};
+  Grid grid({L"ProgID", L"State"});
   for (const TriedClass& tried : classes)
-    grid.rows.push_back({Cell::Text(tried.progId), Cell::Text(tried.error.empty() ? L"ok" : tried.error)});
+    grid.Add(Cell::Text(tried.progId), Cell::Text(tried.error.empty() ? L"ok" : tried.error));
   return grid;
 }
 

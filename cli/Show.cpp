@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <iterator>
+#include <span>
 
 #include "cli/Json.h"
 #include "cli/JsonWriter.h"
@@ -35,7 +36,7 @@ std::wstring ShowTitled(const std::wstring& name, const Variant& value, const St
   if (value.IsObject() && KindOf(value.AsObject()) == Kind::Nothing) return name + L": Nothing\n";
   const auto grid = GridOf(value);
   if (!grid) return name + L": " + ReadableText(CellOf(value)) + L"\n";
-  const bool isEmptyList = grid->rows.empty() && KindOf(value.AsObject()) == Kind::Vector;
+  const bool isEmptyList = grid->rowCount() == 0 && KindOf(value.AsObject()) == Kind::Vector;
   return name + L":\n" + (isEmptyList ? L"(no rows)\n" : TableOf(*grid, style.width, style.coloured));
 }
 
@@ -46,23 +47,27 @@ Grid MainGrid(const Outcome& outcome) {
     if (auto grid = GridOf(outcome.result)) return *grid;
   for (const NamedValue& changed : outcome.changed)
     if (auto grid = GridOf(changed.value)) return *grid;
-  Grid single{{}, {{}}};
+  std::vector<std::wstring> names;
+  std::vector<Cell> cells;
   const auto add = [&](const std::wstring& name, const Variant& value) {
-    single.columns.push_back(name);
-    single.rows[0].push_back(CellOf(value));
+    names.push_back(name);
+    cells.push_back(CellOf(value));
   };
   if (outcome.hasResult) add(L"Result", outcome.result);
   for (const NamedValue& changed : outcome.changed) add(changed.name, changed.value);
+  Grid single(std::move(names));
+  single.AddRow(cells);
   return single;
 }
 
 void WriteGrid(JsonWriter& writer, const Grid& grid) {
   writer.BeginArray();
-  for (const std::vector<Cell>& row : grid.rows) {
+  for (size_t i = 0; i < grid.rowCount(); ++i) {
+    const std::span<const Cell> row = grid.Row(i);
     writer.BeginObject();
-    for (size_t i = 0; i < row.size(); ++i) {
-      writer.Key(grid.columns[i]);
-      WriteCell(writer, row[i]);
+    for (size_t j = 0; j < row.size(); ++j) {
+      writer.Key(grid.columns()[j]);
+      WriteCell(writer, row[j]);
     }
     writer.EndObject();
   }

@@ -1,6 +1,7 @@
 #include "cli/bom/Graph.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "com/Text.h"
 
@@ -41,17 +42,21 @@ void Graph::Add(Bom bom) {
 }
 
 void Graph::Finish() {
-  const auto before = [](const Line& a, const Line& b) {
-    return a.bom != b.bom ? a.bom < b.bom : a.entry < b.entry;
-  };
-  // Queries mostly bring them in this order already.
-  if (!std::ranges::is_sorted(lines_, before)) std::ranges::stable_sort(lines_, before);
-  linesOfBoms_.clear();
-  linesWithItems_.clear();
-  for (size_t i = 0; i < lines_.size(); ++i) {
-    linesOfBoms_.try_emplace(lines_[i].bom, i, i).first->second.second = i + 1;
-    linesWithItems_[lines_[i].item].push_back(&lines_[i]);
+  const auto placeOf = [](const Line& line) { return std::pair(line.bom, line.entry); };
+  // Queries mostly bring them in this order already. Where they do not, a line is moved once only: it is
+  // large.
+  if (!std::ranges::is_sorted(lines_, {}, placeOf)) {
+    std::vector<Line*> order;
+    order.reserve(lines_.size());
+    for (Line& line : lines_) order.push_back(&line);
+    std::ranges::stable_sort(order, {}, [&](const Line* line) { return placeOf(*line); });
+    std::vector<Line> sorted;
+    sorted.reserve(lines_.size());
+    for (Line* line : order) sorted.push_back(std::move(*line));
+    lines_ = std::move(sorted);
   }
+  linesWithItems_.clear();
+  for (const Line& line : lines_) linesWithItems_[line.item].push_back(&line);
 }
 
 const Item* Graph::ItemOf(Id item) const {
@@ -89,9 +94,7 @@ const Bom* Graph::BomBelow(const Line& line) const {
 }
 
 std::span<const Line> Graph::LinesOfId(Id bom) const {
-  const auto* range = FindIn(linesOfBoms_, bom);
-  return range ? std::span(lines_).subspan(range->first, range->second - range->first)
-               : std::span<const Line>();
+  return std::ranges::equal_range(lines_, bom, {}, &Line::bom);
 }
 
 const std::vector<const Line*>& Graph::LinesWith(Id item) const {

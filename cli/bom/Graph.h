@@ -96,7 +96,6 @@ class Graph {
   std::unordered_map<Id, const Bom*> bomsById_;
   std::unordered_map<Id, const Bom*> bomsByItem_;
   std::vector<Line> lines_; // by BOM and entry
-  std::unordered_map<Id, std::pair<size_t, size_t>> linesOfBoms_;
   std::unordered_map<Id, std::vector<const Line*>> linesWithItems_;
 };
 

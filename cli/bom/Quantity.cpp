@@ -1,5 +1,8 @@
 #include "cli/bom/Quantity.h"
 
+#include <limits>
+#include <string>
+
 namespace bomcall::bom {
 namespace {
 
@@ -46,8 +49,11 @@ Quantity Quantity::Scaled(uint64_t digits, unsigned decimals, bool negative) {
 std::wstring Quantity::Text() const {
   const Whole denominator = boost::multiprecision::denominator(number_);
   if (denominator == 1) {
-    const std::string whole = boost::multiprecision::numerator(number_).str();
-    return {whole.begin(), whole.end()};
+    const Whole whole = boost::multiprecision::numerator(number_);
+    // Nearly all of them fit, and the library divides in its own type for each digit.
+    const bool fits = boost::multiprecision::abs(whole) <= std::numeric_limits<int64_t>::max();
+    const std::string digits = fits ? std::to_string(static_cast<int64_t>(whole)) : whole.str();
+    return {digits.begin(), digits.end()};
   }
   const Whole numerator = boost::multiprecision::abs(boost::multiprecision::numerator(number_));
   const Whole scaled = numerator * boost::multiprecision::pow(Whole(10), kMostDecimals);

@@ -21,16 +21,22 @@ class Quantity {
   static Quantity Scaled(uint64_t digits, unsigned decimals, bool negative);
   static Quantity One() { return Quantity(Number(1)); }
 
-  Quantity operator*(const Quantity& other) const { return Quantity(Number(number_ * other.number_)); }
+  // Most quantities are for one, and a product or quotient is brought to lowest terms each time.
+  Quantity operator*(const Quantity& other) const {
+    if (other.IsOne()) return *this;
+    return IsOne() ? other : Quantity(Number(number_ * other.number_));
+  }
   // By anything but zero.
-  Quantity operator/(const Quantity& other) const { return Quantity(Number(number_ / other.number_)); }
+  Quantity operator/(const Quantity& other) const {
+    return other.IsOne() ? *this : Quantity(Number(number_ / other.number_));
+  }
   Quantity operator+(const Quantity& other) const { return Quantity(Number(number_ + other.number_)); }
   Quantity& operator+=(const Quantity& other) {
     number_ += other.number_;
     return *this;
   }
   bool operator==(const Quantity& other) const { return number_ == other.number_; }
-  bool IsZero() const { return number_ == 0; }
+  bool IsZero() const { return number_.is_zero(); }
 
   // As a decimal number: with all digits if they are 20 behind the point at most, else rounded to 20, halves
   // away from zero.
@@ -39,6 +45,10 @@ class Quantity {
  private:
   using Number = boost::multiprecision::cpp_rational;
   explicit Quantity(Number number) : number_(std::move(number)) {}
+  // Without `number_ == 1`, for which the library divides.
+  bool IsOne() const {
+    return boost::multiprecision::numerator(number_) == 1 && boost::multiprecision::denominator(number_) == 1;
+  }
 
   Number number_;
 };

@@ -39,20 +39,13 @@ std::wstring UnitOf(const Graph& graph, Id unit) {
 }
 
 Cell Count(int64_t number) {
-  return Cell::Number(std::to_wstring(number));
+  // std::to_wstring would read a format each time.
+  const std::string digits = std::to_string(number);
+  return Cell::Number({digits.begin(), digits.end()});
 }
 
 Cell Count(const Quantity& quantity) {
   return Cell::Number(quantity.Text());
-}
-
-// The cells as they are: an initializer list would copy each of them.
-template <class... Cells>
-std::vector<Cell> Row(Cells... cells) {
-  std::vector<Cell> row;
-  row.reserve(sizeof...(cells));
-  (row.push_back(std::move(cells)), ...);
-  return row;
 }
 
 const wchar_t* StateOf(const Bom* bom) {
@@ -71,80 +64,80 @@ Quantity QuantityFrom(const BomRequest& request) {
 } // namespace
 
 Grid TreeGrid(const Graph& graph, const Bom& bom, const Quantity& quantity, int depth, bool indented) {
-  Grid grid{{L"level", L"item", L"name", L"quantity", L"unit", L"bom", L"remark"}, {}};
+  Grid grid({L"level", L"item", L"name", L"quantity", L"unit", L"bom", L"remark"});
+  grid.Reserve(graph.lines().size() + 1); // mostly each of them once, below the BOM itself
   Explode(graph, bom, quantity, depth, [&](const Node& node) {
     const std::wstring indent(indented ? static_cast<size_t>(std::min(node.level, kDeepestIndent)) * 2 : 0,
                               L' ');
-    grid.rows.push_back(Row(Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
-                            Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
-                            Cell::Text(BaseUnitOf(graph, node.item)),
-                            Cell::Text(node.bom ? node.bom->number : std::wstring()),
-                            Cell::Text(node.cycle ? L"cycle: it is above already" : L"")));
+    grid.Add(Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
+             Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
+             Cell::Text(BaseUnitOf(graph, node.item)),
+             Cell::Text(node.bom ? node.bom->number : std::wstring()),
+             Cell::Text(node.cycle ? L"cycle: it is above already" : L""));
   });
   return grid;
 }
 
 Grid WhereUsedGrid(const Graph& graph, const Item& item, bool top) {
-  Grid grid{
-      {L"level", L"bom", L"version", L"state", L"item", L"name", L"line", L"uses", L"quantity", L"unit"}, {}};
-  const std::vector<Use> uses = UsesOf(graph, item.id);
-  for (const Use& use : top ? TopsOf(graph, uses) : uses) {
+  Grid grid(
+      {L"level", L"bom", L"version", L"state", L"item", L"name", L"line", L"uses", L"quantity", L"unit"});
+  std::vector<Use> uses = UsesOf(graph, item.id);
+  if (top) uses = TopsOf(graph, uses);
+  grid.Reserve(uses.size());
+  for (const Use& use : uses) {
     const Bom* bom = use.bom;
-    grid.rows.push_back(Row(Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
-                            Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
-                            Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
-                            Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()),
-                            Count(use.line->entry), Cell::Text(NumberOf(graph, use.line->item)),
-                            Count(use.line->quantityInUnit), Cell::Text(UnitOf(graph, use.line->unit))));
+    grid.Add(Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
+             Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
+             Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
+             Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()), Count(use.line->entry),
+             Cell::Text(NumberOf(graph, use.line->item)), Count(use.line->quantityInUnit),
+             Cell::Text(UnitOf(graph, use.line->unit)));
   }
   return grid;
 }
 
 Grid DifferenceGrid(const Graph& graph, const Bom& before, const Bom& after) {
-  Grid grid{{L"change", L"item", L"name", L"line", L"quantity", L"unit", L"what"}, {}};
+  Grid grid({L"change", L"item", L"name", L"line", L"quantity", L"unit", L"what"});
   for (const Difference& difference : DifferencesOf(graph, before, after)) {
     const Line& line = difference.after ? *difference.after : *difference.before;
     const wchar_t* change = !difference.before ? L"added" : !difference.after ? L"removed" : L"changed";
-    grid.rows.push_back(Row(Cell::Text(change), Cell::Text(NumberOf(graph, line.item)),
-                            Cell::Text(NameOf(graph, line.item)), Count(line.entry),
-                            Count(line.quantityInUnit), Cell::Text(UnitOf(graph, line.unit)),
-                            Cell::Text(difference.what)));
+    grid.Add(Cell::Text(change), Cell::Text(NumberOf(graph, line.item)), Cell::Text(NameOf(graph, line.item)),
+             Count(line.entry), Count(line.quantityInUnit), Cell::Text(UnitOf(graph, line.unit)),
+             Cell::Text(difference.what));
   }
   return grid;
 }
 
 Grid CheckGrid(const Graph& graph) {
-  Grid grid{{L"finding", L"bom", L"line", L"what"}, {}};
+  Grid grid({L"finding", L"bom", L"line", L"what"});
   for (const Finding& finding : Check(graph))
-    grid.rows.push_back(Row(Cell::Text(finding.kind), Cell::Text(finding.bom),
-                            finding.entry == 0 ? Cell::Text({}) : Count(finding.entry),
-                            Cell::Text(finding.what)));
+    grid.Add(Cell::Text(finding.kind), Cell::Text(finding.bom),
+             finding.entry == 0 ? Cell::Text({}) : Count(finding.entry), Cell::Text(finding.what));
   return grid;
 }
 
 Grid BoughtGrid(const Graph& graph, const Bom& bom, const Quantity& quantity) {
-  Grid grid{{L"bom", L"item", L"name", L"quantity", L"unit", L"remark"}, {}};
+  Grid grid({L"bom", L"item", L"name", L"quantity", L"unit", L"remark"});
   const Totals totals = TotalsOf(graph, bom, quantity);
   for (const Total& total : totals.bought)
-    grid.rows.push_back(Row(Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
-                            Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
-                            Cell::Text(BaseUnitOf(graph, total.item)),
-                            Cell::Text(totals.cycle ? L"without what a cycle would add" : L"")));
+    grid.Add(Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
+             Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
+             Cell::Text(BaseUnitOf(graph, total.item)),
+             Cell::Text(totals.cycle ? L"without what a cycle would add" : L""));
   return grid;
 }
 
 Grid CostLinesGrid(const Graph& graph) {
-  Grid grid{
-      {L"bom", L"version", L"product", L"line", L"item", L"name", L"quantity", L"unit", L"scrap", L"made"},
-      {}};
+  Grid grid(
+      {L"bom", L"version", L"product", L"line", L"item", L"name", L"quantity", L"unit", L"scrap", L"made"});
   for (const Bom& bom : graph.boms()) {
     if (!bom.inUse) continue;
     for (const Line& line : graph.LinesOf(bom))
-      grid.rows.push_back(Row(
-          Cell::Text(bom.number), Cell::Text(bom.version), Cell::Text(NumberOf(graph, bom.item)),
-          Count(line.entry), Cell::Text(NumberOf(graph, line.item)), Cell::Text(NameOf(graph, line.item)),
-          Count(line.quantity / bom.quantity), Cell::Text(BaseUnitOf(graph, line.item)),
-          Cell::Number(line.scrap), Cell{Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"}));
+      grid.Add(Cell::Text(bom.number), Cell::Text(bom.version), Cell::Text(NumberOf(graph, bom.item)),
+               Count(line.entry), Cell::Text(NumberOf(graph, line.item)),
+               Cell::Text(NameOf(graph, line.item)), Count(line.quantity / bom.quantity),
+               Cell::Text(BaseUnitOf(graph, line.item)), Cell::Number(line.scrap),
+               Cell{Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"});
   }
   return grid;
 }
@@ -156,8 +149,9 @@ ReportResult MakeReport(const CommandLine& line, const std::wstring& descriptor,
   Reader reader(descriptor);
   ReportResult result;
   const auto show = [&](const Grid& grid) {
-    result.text = ShowGrid(line.columns.empty() ? grid : WithColumns(grid, line.columns), line.format,
-                           {width, coloured});
+    const Style style{width, coloured};
+    result.text = line.columns.empty() ? ShowGrid(grid, line.format, style)
+                                       : ShowGrid(WithColumns(grid, line.columns), line.format, style);
   };
   switch (request.report) {
   case BomRequest::Report::Tree: {
@@ -183,7 +177,7 @@ ReportResult MakeReport(const CommandLine& line, const std::wstring& descriptor,
   }
   case BomRequest::Report::Check: {
     const Grid grid = CheckGrid(reader.ReadAll());
-    result.clean = grid.rows.empty();
+    result.clean = grid.rowCount() == 0;
     show(grid);
     break;
   }

@@ -18,7 +18,6 @@ using Kind = tsql::Value::Kind;
 
 constexpr size_t kFirstBlock = 512; // most results are one row
 constexpr size_t kLargestBlock = 65536;
-constexpr size_t kAlignment = alignof(uint64_t);
 
 // In all digits: 1.0 is not 1.00.
 bool AreSame(const tsql::Decimal& a, const tsql::Decimal& b) {
@@ -27,8 +26,8 @@ bool AreSame(const tsql::Decimal& a, const tsql::Decimal& b) {
 
 } // namespace
 
-void* Arena::Allocate(size_t size) {
-  size = (size + kAlignment - 1) / kAlignment * kAlignment;
+void* Arena::Allocate(size_t size, size_t alignment) {
+  used_ = (used_ + alignment - 1) / alignment * alignment;
   if (blocks_.empty() || used_ + size > blockSize_) {
     blockSize_ = std::max(size, std::clamp(blockSize_ * 2, kFirstBlock, kLargestBlock));
     blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(blockSize_));
@@ -63,14 +62,15 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, con
   case Kind::DateTime: cell.moment = value.datetime; break;
   case Kind::Decimal:
     if (above && AreSame(*static_cast<const tsql::Decimal*>(above->data), value.decimal)) return *above;
-    cell.data = new (arena_.Allocate(sizeof(tsql::Decimal))) tsql::Decimal(value.decimal);
+    cell.data =
+        new (arena_.Allocate(sizeof(tsql::Decimal), alignof(tsql::Decimal))) tsql::Decimal(value.decimal);
     break;
   case Kind::Text: {
     const bool braces = type.id == TypeId::UniqueIdentifier;
     const std::wstring text = braces ? L'{' + com::FromUtf8(value.text) + L'}' : com::FromUtf8(value.text);
     if (above && text == std::wstring_view(static_cast<const wchar_t*>(above->data), above->size))
       return *above;
-    void* place = arena_.Allocate(text.size() * sizeof(wchar_t));
+    void* place = arena_.Allocate(text.size() * sizeof(wchar_t), alignof(wchar_t));
     std::memcpy(place, text.data(), text.size() * sizeof(wchar_t));
     cell.data = place;
     cell.size = static_cast<uint32_t>(text.size());
@@ -78,7 +78,7 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, con
   }
   case Kind::Bytes: {
     // Of no bytes there may be no address, which memcpy may not have.
-    void* place = arena_.Allocate(value.text.size());
+    void* place = arena_.Allocate(value.text.size(), 1);
     std::ranges::copy(value.text, static_cast<char*>(place));
     cell.data = place;
     cell.size = static_cast<uint32_t>(value.text.size());
@@ -89,9 +89,10 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, con
 }
 
 void RowSet::Append(std::span<const tsql::Value> row) {
+  if (rowCount_ % kRowsInBlock == 0) blocks_.emplace_back().reserve(kRowsInBlock * columns_.size());
   for (size_t i = 0; i < columns_.size(); ++i) {
     const Cell* above = rowCount_ == 0 ? nullptr : &At(rowCount_ - 1, i);
-    cells_.push_back(Store(row[i], columns_[i].type, above));
+    blocks_.back().push_back(Store(row[i], columns_[i].type, above));
   }
   ++rowCount_;
 }

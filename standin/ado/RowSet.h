@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <span>
 #include <string>
@@ -22,8 +21,8 @@ namespace standin::ado {
 // Memory that is handed out piece by piece and freed as a whole.
 class Arena {
  public:
-  // Aligned for any value.
-  void* Allocate(size_t size);
+  // `alignment` is a power of two that divides what an address of new memory is a multiple of.
+  void* Allocate(size_t size, size_t alignment);
 
  private:
   std::vector<std::unique_ptr<std::byte[]>> blocks_;
@@ -66,10 +65,15 @@ class RowSet {
 
   // `above` is the cell of the row before; null in the first one.
   Cell Store(const tsql::Value& value, const tsql::Type& type, const Cell* above);
-  const Cell& At(size_t row, size_t column) const { return cells_[row * columns_.size() + column]; }
+  const Cell& At(size_t row, size_t column) const {
+    return blocks_[row / kRowsInBlock][row % kRowsInBlock * columns_.size() + column];
+  }
+
+  // Few enough for a result of one row, and enough that a block is much larger than what the heap adds to it.
+  static constexpr size_t kRowsInBlock = 8;
 
   std::vector<RowColumn> columns_;
-  std::deque<Cell> cells_;
+  std::vector<std::vector<Cell>> blocks_;
   size_t rowCount_ = 0;
   Arena arena_;
 };

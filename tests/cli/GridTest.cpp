@@ -47,7 +47,7 @@ TEST(Grid, QuotesWhatCsvWouldNotTellApart) {
 TEST(Grid, ShowsALineForEachValue) {
   const auto grid = GridOf(ReadJson(R"([{"名": 1, "long": null}, {"名": "x"}])"));
   EXPECT_EQ(VerticalOf(*grid), L"-- row 1\n名:   1\nlong: NULL\n-- row 2\n名:   x\nlong: \n");
-  EXPECT_EQ(VerticalOf({{L"a"}, {}}), L"(no rows)\n");
+  EXPECT_EQ(VerticalOf(Grid({L"a"})), L"(no rows)\n");
 }
 
 } // namespace

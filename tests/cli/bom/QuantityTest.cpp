@@ -41,6 +41,25 @@ TEST(Quantity, StaysExact) {
   EXPECT_EQ(product, Quantity::One());
 }
 
+TEST(Quantity, TimesOneAndByOneIsTheSame) {
+  const Quantity third = Quantity::One() / *Quantity::Parse(L"3");
+  EXPECT_EQ(third * Quantity::One(), third);
+  EXPECT_EQ(Quantity::One() * third, third);
+  EXPECT_EQ(third / Quantity::One(), third);
+  const Quantity minusOne = *Quantity::Parse(L"-1");
+  EXPECT_EQ((third * minusOne).Text(), L"-0.33333333333333333333");
+  EXPECT_EQ((third / minusOne).Text(), L"-0.33333333333333333333");
+  EXPECT_TRUE((third * Quantity()).IsZero());
+  EXPECT_FALSE(third.IsZero());
+}
+
+TEST(Quantity, ShowsWholeNumbersOfAnySize) {
+  for (const wchar_t* text :
+       {L"9223372036854775807", L"-9223372036854775807", L"9223372036854775808", L"-9223372036854775808",
+        L"18446744073709551616", L"-100000000000000000000000000000"})
+    EXPECT_EQ(ReadBack(text), text);
+}
+
 TEST(Quantity, RoundsOnlyWhatIsShown) {
   EXPECT_EQ((Quantity::One() / *Quantity::Parse(L"200000000000000000000")).Text(), L"0.00000000000000000001");
   EXPECT_EQ((Quantity::One() / *Quantity::Parse(L"300000000000000000000")).Text(), L"0");

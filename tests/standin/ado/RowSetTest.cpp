@@ -57,6 +57,25 @@ TEST(RowSet, GivesWholeNumbersInTheirColumnsType) {
   EXPECT_EQ(big.raw().llVal, 9007199254740993);
 }
 
+// Texts of odd lengths before numbers that have to be aligned, in more rows than lie in one block.
+TEST(RowSet, KeepsManyRowsOfAllLengths) {
+  const std::array columns{tsql::Column{"t", {.id = TypeId::NVarChar}, true},
+                           tsql::Column{"d", {.id = TypeId::Decimal, .precision = 10}, true}};
+  constexpr size_t kRows = 1000;
+  const auto textOf = [](size_t i) { return std::string(i % 7, static_cast<char>('a' + i % 26)); };
+  RowSet rows(columns);
+  for (size_t i = 0; i < kRows; ++i) {
+    const std::string text = textOf(i);
+    rows.Append(std::array{Text(text), Exact(i, 0, 0, false)});
+  }
+  ASSERT_EQ(rows.rowCount(), kRows);
+  for (size_t i = 0; i < kRows; ++i) {
+    const std::string text = textOf(i);
+    EXPECT_EQ(rows.Value(i, 0), Variant(std::wstring(text.begin(), text.end()))) << i;
+    EXPECT_EQ(rows.Value(i, 1).AsLong(), static_cast<int32_t>(i));
+  }
+}
+
 TEST(RowSet, TellsWhatRepeatsFromWhatDoesNot) {
   const std::array columns{tsql::Column{"t", {.id = TypeId::NVarChar}, true},
                            tsql::Column{"d", {.id = TypeId::Decimal, .precision = 10, .scale = 2}, true}};
