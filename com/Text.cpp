@@ -52,6 +52,8 @@ std::wstring Lower(std::wstring_view text) {
 }
 
 bool EqualsNoCase(std::wstring_view a, std::wstring_view b) {
+  // Letters of either case are of one length, and most names that are not the same differ in theirs.
+  if (a.size() != b.size()) return false;
   return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
                               TRUE) == CSTR_EQUAL;
 }

@@ -21,6 +21,11 @@ void CreateOnce(ProcedureLog& log) {
   }
 }
 
+// Whether the thread logs nothing, now and later: then nothing is called, and no error has to be kept.
+bool IsSilent(ProcedureLog& log) {
+  return log.initialised && !log.object.Get();
+}
+
 // Null when nothing is logged.
 Object* EnabledLog(ProcedureLog& log) {
   Object* const object = log.object.Get();
@@ -31,10 +36,11 @@ Object* EnabledLog(ProcedureLog& log) {
 
 } // namespace
 
-int32_t LogStart(const std::wstring& procedure) {
+int32_t LogStart(std::wstring_view procedure) {
+  ProcedureLog& log = ThreadLog();
+  if (IsSilent(log)) return 0;
   const com::PendingError pending;
   try {
-    ProcedureLog& log = ThreadLog();
     CreateOnce(log);
     Object* const object = EnabledLog(log);
     if (!object) return 0;
@@ -46,9 +52,11 @@ int32_t LogStart(const std::wstring& procedure) {
 }
 
 void LogEnd(int32_t handle, int32_t value) {
+  ProcedureLog& log = ThreadLog();
+  if (IsSilent(log)) return;
   const com::PendingError pending;
   try {
-    Object* const object = EnabledLog(ThreadLog());
+    Object* const object = EnabledLog(log);
     if (!object) return;
     Variant first(handle);
     Variant second(value);

@@ -6,12 +6,12 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 namespace mbom {
 
 // `procedure` is the full name, library.class.procedure. The handle for LogEnd; 0 when nothing is logged.
-int32_t LogStart(const std::wstring& procedure);
+int32_t LogStart(std::wstring_view procedure);
 void LogEnd(int32_t handle, int32_t value);
 
 // The stretch of a procedure in the log, however it is left.

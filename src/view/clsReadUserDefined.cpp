@@ -41,13 +41,14 @@ class clsReadUserDefined::Rows {
   const Object& vector() const { return vector_.object(); }
   size_t count() const { return rows_.size(); }
   int32_t BillIdOf(size_t row) const { return value_->Get(rows_[row], interId_).AsLong(); }
-  // Puts a value into the rows with its ids.
-  void Merge(const Value& value) {
+  // Puts values into the rows with these ids, one value after another.
+  void Merge(int32_t interId, int32_t entryId, const std::vector<Value>& values) {
+    if (values.empty()) return;
     if (!indexed_) BuildIndex();
-    const auto found =
-        positions_.find({static_cast<double>(value.interId), static_cast<double>(value.entryId)});
+    const auto found = positions_.find({static_cast<double>(interId), static_cast<double>(entryId)});
     if (found == positions_.end()) return;
-    for (const size_t row : found->second) value_->Put(rows_[row], *value.field, value.value);
+    for (const Value& value : values)
+      for (const size_t row : found->second) value_->Put(rows_[row], *value.field, value.value);
   }
 
  private:
@@ -65,6 +66,7 @@ class clsReadUserDefined::Rows {
 
   void BuildIndex() {
     indexed_ = true;
+    positions_.reserve(rows_.size());
     const Variant entryIdName(L"FEntryID");
     for (size_t row = 0; row < rows_.size(); ++row) {
       const std::optional<double> interId = NumberIn(value_->Get(rows_[row], interId_));
@@ -114,7 +116,7 @@ Object clsReadUserDefined::ReadHeadUserDefined(const std::wstring& sDsn, const s
     const int32_t billId = rows.BillIdOf(i);
     GetBillPackage(sDsn, Variant(pBillTranType).AsLong(), kMode, billId);
     if (i == 0) fields = UserDefinedFields(true);
-    if (const auto values = GetBillItemValue(fields, true, billId, 0, 0)) MergeVect(rows, *values);
+    if (const auto values = GetBillItemValue(fields, true, 0)) MergeVect(rows, billId, 0, *values);
   }
   return rows.vector();
 }
@@ -132,8 +134,8 @@ Object clsReadUserDefined::ReadEntryUserDefined(const std::wstring& sDsn, const 
     const int32_t lineIndex = ++linesSeen[billId];
     const Dictionary line(package_.Get(package::kBillDataEntrysValue, lineIndex).AsObject());
     const int32_t entryId = line.GetValue(L"FEntryID", 0).AsLong();
-    if (const auto values = GetBillItemValue(fields, false, billId, entryId, lineIndex))
-      MergeVect(rows, *values);
+    if (const auto values = GetBillItemValue(fields, false, lineIndex))
+      MergeVect(rows, billId, entryId, *values);
   }
   return rows.vector();
 }
@@ -168,8 +170,8 @@ std::vector<clsReadUserDefined::Field> clsReadUserDefined::UserDefinedFields(boo
 }
 
 std::optional<std::vector<clsReadUserDefined::Value>>
-clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBillHead, int32_t billId,
-                                     int32_t entryId, int32_t lineIndex) const {
+clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBillHead,
+                                     int32_t lineIndex) const {
   const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.GetBillItemValue");
   Variant line(lineIndex);
   const Object valueSet =
@@ -180,19 +182,21 @@ clsReadUserDefined::GetBillItemValue(const std::vector<Field>& fields, bool isBi
   const com::BoundMember exists(valueSet, outside::dictionary::kExists);
   const com::BoundMember value(valueSet, outside::dictionary::kValue);
   std::vector<Value> values;
+  values.reserve(fields.size());
   for (const Field& field : fields) {
     if (!exists.Get(valueSet, field.key).AsBool()) continue;
     // The items are the package's own: each may be of another kind.
     const Object item = value.Get(valueSet, field.key).AsObject();
     const com::BoundMember getValue(item, outside::dictionary::kGetValue);
-    values.push_back({billId, entryId, &field.name, getValue.Get(item, field.readProperty, Variant())});
+    values.push_back({&field.name, getValue.Get(item, field.readProperty, Variant())});
   }
   return values;
 }
 
-void clsReadUserDefined::MergeVect(Rows& rows, const std::vector<Value>& values) {
+void clsReadUserDefined::MergeVect(Rows& rows, int32_t billId, int32_t entryId,
+                                   const std::vector<Value>& values) {
   const LoggedProcedure log(L"QorvaneMBomBill.clsReadUserDefined.MergeVect");
-  for (const Value& value : values) rows.Merge(value);
+  rows.Merge(billId, entryId, values);
 }
 
 } // namespace mbom

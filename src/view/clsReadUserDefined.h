@@ -38,10 +38,8 @@ class clsReadUserDefined {
     com::Variant key;
     com::Variant readProperty;
   };
-  // A field's value in the header of a bill or in one of its lines (entryId 0 for the header).
+  // A field's value in the header of a bill or in one of its lines.
   struct Value {
-    int32_t interId;
-    int32_t entryId;
     const com::Variant* field;
     com::Variant value;
   };
@@ -58,9 +56,9 @@ class clsReadUserDefined {
   // The values of the loaded bill's header, or of the line at lineIndex (from 1); none at all when the
   // package has no value set.
   std::optional<std::vector<Value>> GetBillItemValue(const std::vector<Field>& fields, bool isBillHead,
-                                                     int32_t billId, int32_t entryId,
                                                      int32_t lineIndex) const;
-  static void MergeVect(Rows& rows, const std::vector<Value>& values);
+  // Puts the values of a header (entryId 0) or a line into its rows.
+  static void MergeVect(Rows& rows, int32_t billId, int32_t entryId, const std::vector<Value>& values);
 
   Frame frame_;
   com::Object package_;

@@ -107,6 +107,7 @@ void Dictionary::PutValue(const Variant& key, const Variant& value) {
     entries_[entry].value = value;
     return;
   }
+  if (entries_.empty()) entries_.reserve(kMostUnindexed);
   entries_.push_back({std::wstring(wanted.text()), wanted.hash(), value});
   if (slots_.empty() && entries_.size() <= kMostUnindexed) return;
   if (entries_.size() * 2 > slots_.size())

@@ -36,13 +36,22 @@ class RowOf {
 // More lines than this are not kept.
 constexpr size_t kMostLines = 50000;
 
-void AddValue(Dictionary& values, const wchar_t* prefix, const Variant& field, const Variant& id,
-              const Variant& name) {
-  const auto item = com::Make<Dictionary>();
-  item->object().PutValue(L"FID", id);
-  item->object().PutValue(L"FName", name);
-  values.PutValue(prefix + field.AsText(), com::ToObject(item));
-}
+// A value set that is being filled. The names in its items are made once for all of them.
+class ValueSet {
+ public:
+  void Add(const Variant& key, const Variant& id, const Variant& name) {
+    const auto item = com::Make<Dictionary>();
+    item->object().PutValue(idName_, id);
+    item->object().PutValue(nameName_, name);
+    values_->object().PutValue(key, com::ToObject(item));
+  }
+  Object object() const { return com::ToObject(values_); }
+
+ private:
+  const Variant idName_{L"FID"};
+  const Variant nameName_{L"FName"};
+  const com::Ptr<com::DispatchObject<Dictionary>> values_ = com::Make<Dictionary>();
+};
 
 } // namespace
 
@@ -156,11 +165,11 @@ Object BillPackage::BillDataHeadValue() {
   bill.headRead = true;
   ++linesKept_;
   if (rows.Get(L"EOF").AsBool()) return {};
-  const auto values = com::Make<Dictionary>();
+  ValueSet values;
   for (const RowOf row(rows); !rows.Get(L"EOF").AsBool(); rows.Call(L"MoveNext"))
     if (const Variant field = row[L"FFieldName"]; !field.IsNull())
-      AddValue(values->object(), L"P0_", field, row[L"FID"], row[L"FName"]);
-  return bill.headValue = com::ToObject(values);
+      values.Add(L"P0_" + field.AsText(), row[L"FID"], row[L"FName"]);
+  return bill.headValue = values.object();
 }
 
 BillPackage::Bill& BillPackage::LoadedWithLines() {
@@ -187,7 +196,8 @@ BillPackage::Bill& BillPackage::LoadedWithLines() {
   com::ForEachRow(values, [&](const VARIANT* row) {
     const auto position = positions.find(Variant(row[0]).AsLong());
     if (position != positions.end())
-      bill.lines[position->second].push_back({Variant(row[1]), Variant(row[2]), Variant(row[3])});
+      bill.lines[position->second].push_back(
+          {L"P1_" + Variant(row[1]).AsText(), Variant(row[2]), Variant(row[3])});
   });
   linesKept_ += bill.lines.size();
   bill.entries = com::ToObject(entries);
@@ -202,10 +212,10 @@ Object BillPackage::BillDataEntryValue(int32_t line) {
   const Bill& bill = LoadedWithLines();
   if (line < 1 || static_cast<size_t>(line) > bill.lines.size())
     com::Raise(com::RuntimeError::SubscriptOutOfRange, L"QorvaneBillDataAccess");
-  const auto values = com::Make<Dictionary>();
+  ValueSet values;
   for (const StoredValue& value : bill.lines[static_cast<size_t>(line) - 1])
-    AddValue(values->object(), L"P1_", value.field, value.id, value.name);
-  return com::ToObject(values);
+    values.Add(value.key, value.id, value.name);
+  return values.object();
 }
 
 } // namespace standin

@@ -45,7 +45,7 @@ class BillPackage {
   static const BillKind& KindOf(int32_t billTranType);
 
   struct StoredValue {
-    com::Variant field;
+    com::Variant key; // in the value set
     com::Variant id;
     com::Variant name;
   };
