@@ -361,6 +361,7 @@ class Binder {
   BoundSourcePtr BindNamed(const TableSource& source, Scope& scope);
   // Whether the name means inserted or deleted here.
   bool IsFired(const ObjectName& name) const;
+  void CheckSchemaBound(const ObjectName& name, const ModuleInfo* module) const;
   TablePtr TriggerTable();
   BoundSourcePtr BindFired(const TableSource& source, Scope& scope);
   BoundSourcePtr BindDerived(const TableSource& source, Scope& scope, Scope* visible);
@@ -461,8 +462,7 @@ class Binder {
   Variables variablesAre_ = Variables::Declared;
   bool isAhead_ = false;
   BindOptions options_;
-  void CheckSchemaBound(const ObjectName& name, const ModuleInfo* module) const;
-  const char* boundKind_ = nullptr;
+  const char* boundKind_ = nullptr; // of what SetSchemaBound has told
   std::string boundName_;
   bool isLimited_ = false;
   bool inFunction_ = false;

@@ -81,6 +81,13 @@ size_t OwnArguments(const BoundExpr& expr) {
   return expr.args.size() - (expr.over ? expr.over->partitions + expr.over->descending.size() : 0);
 }
 
+std::vector<BoundExpr*> Pointers(const std::vector<BoundExprPtr>& exprs) {
+  std::vector<BoundExpr*> pointers;
+  pointers.reserve(exprs.size());
+  for (const BoundExprPtr& expr : exprs) pointers.push_back(expr.get());
+  return pointers;
+}
+
 std::string ResultColumnName(size_t index) {
   return "c" + std::to_string(index);
 }

@@ -275,6 +275,7 @@ bool HasCollation(const BoundExpr& expr);
 bool AsksClock(const BoundExpr& expr);
 // How many of its arguments are those of the function itself.
 size_t OwnArguments(const BoundExpr& expr);
+std::vector<BoundExpr*> Pointers(const std::vector<BoundExprPtr>& exprs);
 // Whether both are the same expression. Subqueries always count as different.
 bool SameExpr(const BoundExpr& left, const BoundExpr& right);
 
