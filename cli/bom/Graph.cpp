@@ -94,7 +94,8 @@ const Bom* Graph::BomBelow(const Line& line) const {
 }
 
 std::span<const Line> Graph::LinesOfId(Id bom) const {
-  return std::ranges::equal_range(lines_, bom, {}, &Line::bom);
+  return {std::ranges::lower_bound(lines_, bom, {}, &Line::bom),
+          std::ranges::upper_bound(lines_, bom, {}, &Line::bom)};
 }
 
 const std::vector<const Line*>& Graph::LinesWith(Id item) const {
