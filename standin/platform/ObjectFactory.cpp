@@ -8,9 +8,19 @@ namespace standin {
 using com::Object;
 using com::Variant;
 
-Object ObjectFactory::CreateServerObject(const std::wstring& progId, const Variant& /*server*/) const {
+Object ObjectFactory::CreateServerObject(const std::wstring& progId, const Variant& /*server*/) {
   Event(EventKind::CreateServerObject, progId);
-  return Object::Create(progId.c_str());
+  auto known = classes_.find(progId);
+  if (known == classes_.end()) known = classes_.emplace(progId, com::ObjectClass(progId.c_str())).first;
+  // A class of its own: another call may come in while a server in another process is waited for.
+  const com::ObjectClass wanted = known->second;
+  try {
+    return wanted.Create();
+  } catch (...) {
+    // Its server may have gone: the next call looks for it again.
+    classes_.erase(progId);
+    throw;
+  }
 }
 
 } // namespace standin

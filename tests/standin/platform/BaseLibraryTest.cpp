@@ -1,4 +1,25 @@
 #include "tests/standin/Worker.h"
+#include "tests/support/Replacement.h"
+
+namespace standin::test {
+namespace {
+
+using mbom::test::Replacement;
+
+// In place of a vector: a class whose objects cannot be made.
+class Unmakeable {
+ public:
+  Unmakeable() { com::Raise(com::RuntimeError::InvalidCall, L"test"); }
+};
+
+} // namespace
+} // namespace standin::test
+
+template <>
+const com::DispatchTable& com::TableOf<standin::test::Unmakeable>() {
+  static const DispatchTable table(IID_NULL, {});
+  return table;
+}
 
 namespace standin::test {
 namespace {
@@ -10,6 +31,36 @@ TEST(ObjectFactory, CreatesAnObjectByItsProgId) {
   EXPECT_EQ(factory.Call(L"CreateServerObject", L"ruvo10.Vector", L"server").AsObject().Get(L"Count"),
             Variant(0));
   EXPECT_TRUE(FAILED(RaisedBy([&] { factory.Call(L"CreateServerObject", L"No.SuchClass"); }).code));
+}
+
+TEST(ObjectFactory, CreatesObjectsOfTheirOwn) {
+  const Object factory = New(L"QorvaneWoskBase.ObjectFactory");
+  const Object first = factory.Call(L"CreateServerObject", L"ruvo10.Vector").AsObject();
+  first.Call(L"Add", 1);
+  const Object second = factory.Call(L"CreateServerObject", L"ruvo10.Vector").AsObject();
+  EXPECT_EQ(first.Get(L"Count"), Variant(1));
+  EXPECT_EQ(second.Get(L"Count"), Variant(0));
+}
+
+TEST(ObjectFactory, KeepsAClassThatIsRegisteredAnew) {
+  const Object factory = New(L"QorvaneWoskBase.ObjectFactory");
+  factory.Call(L"CreateServerObject", L"ruvo10.Vector");
+  const Replacement<Worker> anew(L"ruvo10.Vector");
+  EXPECT_EQ(factory.Call(L"CreateServerObject", L"ruvo10.Vector").AsObject().Get(L"Count"), Variant(0));
+  EXPECT_EQ(New(L"QorvaneWoskBase.ObjectFactory")
+                .Call(L"CreateServerObject", L"ruvo10.Vector")
+                .AsObject()
+                .Get(L"Seven"),
+            Variant(7));
+}
+
+TEST(ObjectFactory, LooksAClassUpAgainWhoseObjectsCannotBeMade) {
+  const Object factory = New(L"QorvaneWoskBase.ObjectFactory");
+  {
+    const Replacement<Unmakeable> unmakeable(L"ruvo10.Vector");
+    EXPECT_TRUE(FAILED(RaisedBy([&] { factory.Call(L"CreateServerObject", L"ruvo10.Vector"); }).code));
+  }
+  EXPECT_EQ(factory.Call(L"CreateServerObject", L"ruvo10.Vector").AsObject().Get(L"Count"), Variant(0));
 }
 
 TEST(SecurityInfo, RefusesAKeyThatNamesNoUser) {
