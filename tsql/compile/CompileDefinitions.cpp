@@ -94,7 +94,8 @@ std::vector<std::string> Compiler::SchemaBoundUsers(std::string_view key, const 
   };
   std::vector<std::string> users;
   for (const ModulePtr& module : context_.catalog.AllModules()) {
-    if (EqualNames(module->key, key) || !IsSchemaBound(*module)) continue;
+    const bool mayBeBound = module->kind != ModuleKind::Procedure && module->kind != ModuleKind::Trigger;
+    if (!mayBeBound || EqualNames(module->key, key) || !IsSchemaBound(*module)) continue;
     const std::vector<Dependency> dependencies = DependenciesOf(*module);
     if (std::ranges::none_of(dependencies, isUsed) || (column && !Names(*module, *column))) continue;
     const auto hasColumn = [&](const Dependency& other) {

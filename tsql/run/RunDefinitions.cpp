@@ -148,7 +148,7 @@ void Interpreter::RunDrop(const DropStatement& statement) {
       const TablePtr table = catalog_.FindTable(name);
       if (!table && !statement.ifExists) Fail(3701, {"table", name.Written()});
       if (!table) break;
-      CheckNoSchemaBoundUser("DROP TABLE", table->storageName, name);
+      if (table->place == Place::Main) CheckNoSchemaBoundUser("DROP TABLE", table->storageName, name);
       definitions_.DropTable(*table);
       break;
     }
