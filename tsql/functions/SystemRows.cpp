@@ -84,8 +84,10 @@ Rows SysTypeRows() {
   Rows rows;
   for (const ServerType& type : ServerTypes()) {
     const bool isNumber = type.precision > 0;
+    const bool isUnicode = type.name == "nchar" || type.name == "nvarchar"; // of two bytes a character
+    const int digits = isNumber ? type.precision : isUnicode ? type.length / 2 : type.length;
     rows.push_back({NameValue(type.name), Datum::OfInteger(type.id), Datum::OfInteger(type.id),
-                    Datum::OfInteger(type.length), Datum::OfInteger(isNumber ? type.precision : type.length),
+                    Datum::OfInteger(type.length), Datum::OfInteger(digits),
                     isNumber ? Datum::OfInteger(type.scale) : Datum(), Flag(true)});
   }
   return rows;

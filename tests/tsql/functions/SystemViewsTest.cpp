@@ -60,8 +60,8 @@ TEST_F(SystemViewsTest, ColumnsAsOldServersTellThem) {
              "v|varchar|-1|4|4|-1|NULL|1|0", "t|datetime|8|5|5|23|3|1|0", "c|int|4|6|6|10|0|1|1"}));
   EXPECT_EQ(
       Rows(
-          "SELECT name, xtype, length, prec, scale FROM systypes WHERE name IN ('money', 'char') ORDER BY 1"),
-      Lines({"char|175|8000|8000|NULL", "money|60|8|19|4"}));
+          "SELECT name, xtype, length, prec, scale FROM systypes WHERE name IN ('money', 'char', 'nvarchar') ORDER BY 1"),
+      Lines({"char|175|8000|8000|NULL", "money|60|8|19|4", "nvarchar|231|8000|4000|NULL"}));
 }
 
 TEST_F(SystemViewsTest, SqlModules) {
