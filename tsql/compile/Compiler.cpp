@@ -1,6 +1,7 @@
 #include "tsql/compile/Compiler.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "tsql/compile/Preparation.h"
@@ -26,21 +27,24 @@ void AppendParameter(std::string& key, const Parameter& parameter) {
   key.append(reinterpret_cast<const char*>(&code), sizeof code);
 }
 
+// Takes the part off the front of the key; false when the key does not begin with it.
+bool TakePart(std::string_view& key, const void* part, size_t size) {
+  if (key.size() < size || std::memcmp(key.data(), part, size) != 0) return false;
+  key.remove_prefix(size);
+  return true;
+}
+
 // Whether the key is what the parameters make of the text, which is quicker to see than to make another one.
-bool IsKey(std::string_view key, std::string_view text, std::span<const Parameter> parameters) {
-  const auto takes = [&key](std::string_view part) {
-    if (!key.starts_with(part)) return false;
-    key.remove_prefix(part.size());
-    return true;
-  };
-  if (!takes(text)) return false;
+bool IsKey(std::string_view key, std::string_view text, std::span<const Parameter> parameters,
+           bool quotedIdentifier) {
+  if (!TakePart(key, text.data(), text.size())) return false;
   for (const Parameter& parameter : parameters) {
     const TypeCode code = EncodeType(parameter.type);
-    if (!takes({"\0", 1}) || !takes(parameter.name) || !takes(" ") ||
-        !takes({reinterpret_cast<const char*>(&code), sizeof code}))
+    if (!TakePart(key, "\0", 1) || !TakePart(key, parameter.name.data(), parameter.name.size()) ||
+        !TakePart(key, " ", 1) || !TakePart(key, &code, sizeof code))
       return false;
   }
-  return key.empty();
+  return quotedIdentifier ? key.empty() : key == kTextsInQuotes;
 }
 
 } // namespace
@@ -48,18 +52,19 @@ bool IsKey(std::string_view key, std::string_view text, std::span<const Paramete
 std::shared_ptr<CompiledUnit> Compiler::CompileBatch(std::string_view text,
                                                      std::span<const Parameter> parameters) {
   // The same batch again and again is the usual case.
-  if (lastBatch_ != nullptr && IsKey(lastBatch_->first, text, parameters)) return lastBatch_->second;
+  const bool quotedIdentifier = context_.options.quotedIdentifier;
+  if (lastBatch_ != nullptr && IsKey(lastBatch_->first, text, parameters, quotedIdentifier))
+    return lastBatch_->second;
   key_.assign(text);
   for (const Parameter& parameter : parameters) AppendParameter(key_, parameter);
-  if (!context_.options.quotedIdentifier) key_ += kTextsInQuotes;
+  if (!quotedIdentifier) key_ += kTextsInQuotes;
   const auto found = batches_.find(key_);
   if (found != batches_.end()) {
     lastBatch_ = &*found;
     return found->second;
   }
   auto unit = std::make_shared<CompiledUnit>();
-  unit->batch =
-      ParseBatch(std::string(text), {context_.options.quotedIdentifier, context_.catalog.DatabaseName()});
+  unit->batch = ParseBatch(std::string(text), {quotedIdentifier, context_.catalog.DatabaseName()});
   unit->body = &unit->batch->statements;
   for (const Parameter& parameter : parameters) {
     const Type type = CompleteType(parameter.type);

@@ -116,6 +116,15 @@ TEST_F(OldOptionsTest, DoubleQuotationMarksEncloseTexts) {
   EXPECT_EQ(ErrorOf("SELECT \"text\""), 207) << "a batch that is not read sets nothing";
 }
 
+TEST_F(OldOptionsTest, ABatchThatRunsAgainIsReadByTheOptionOfNow) {
+  const char* const batch = "SELECT \"a\" FROM t WHERE a = 1";
+  for (int run = 0; run < 3; ++run) EXPECT_EQ(Only(batch), "1");
+  Must("SET QUOTED_IDENTIFIER OFF");
+  for (int run = 0; run < 3; ++run) EXPECT_EQ(Only(batch), "a");
+  Must("SET QUOTED_IDENTIFIER ON");
+  EXPECT_EQ(Only(batch), "1");
+}
+
 TEST_F(OldOptionsTest, NullIsNothingToATextThatIsJoinedToIt) {
   EXPECT_EQ(Only("SELECT 'a' + NULL + 'b'"), "NULL");
   Must("SET CONCAT_NULL_YIELDS_NULL OFF");
