@@ -90,11 +90,11 @@ void Planner::FinishInteger(Plan& plan, BoundExprPtr integer) const {
 Binder Planner::MakeBinder() const {
   Binder binder(context_.catalog, unit_.variables, unit_.markers);
   binder.SetOptions(options_);
-  binder.SetPending(pending_);
+  if (pending_ != nullptr) binder.SetPending(*pending_);
   const bool inFunction = unit_.function != nullptr;
-  binder.SetTableVariables(unit_.tables, isAhead_     ? Binder::Variables::Declared
-                                         : inFunction ? Binder::Variables::OfUnit
-                                                      : Binder::Variables::InCatalog);
+  binder.SetTableVariables(unit_.tables, pending_ != nullptr ? Binder::Variables::Declared
+                                         : inFunction        ? Binder::Variables::OfUnit
+                                                             : Binder::Variables::InCatalog);
   binder.SetInFunction(inFunction);
   if (inFunction && unit_.isNew && unit_.function->schemaBound)
     binder.SetSchemaBound("function", unit_.function->name.name);
@@ -358,10 +358,12 @@ void Planner::DeclareTable(const TableVariable& variable) {
 }
 
 void Planner::CompileAll() {
-  isAhead_ = true;
+  std::vector<ObjectName> pending;
+  pending_ = &pending;
   if (unit_.function != nullptr && unit_.function->function == FunctionKind::Table)
     DeclareTable(unit_.function->result);
   CompileList(*unit_.body);
+  pending_ = nullptr;
 }
 
 void Planner::CompileList(const StatementList& statements) {
@@ -402,14 +404,14 @@ void Planner::CompileBody(const Statement& statement) {
   case StatementKind::Query: {
     const auto& query = static_cast<const QueryStatement&>(statement);
     if (const ObjectName* into = IntoOf(*query.query)) {
-      pending_.push_back(*into);
+      pending_->push_back(*into);
     } else {
       QueryPlan(query);
     }
     break;
   }
   case StatementKind::CreateTable:
-    pending_.push_back(static_cast<const CreateTableStatement&>(statement).table);
+    pending_->push_back(static_cast<const CreateTableStatement&>(statement).table);
     break;
   case StatementKind::Insert:
   case StatementKind::Update:

@@ -84,6 +84,7 @@ class Planner {
   void CompileBody(const Statement& statement);
   void CompileCondition(const Expr& condition);
   void Declare(const DeclareStatement& statement);
+  void DeclareTable(const TableVariable& variable);
   void CompileExecute(const ExecuteStatement& statement);
   int RequireVariable(const std::string& name) const;
   bool Fires(const Statement& statement) const;
@@ -110,9 +111,8 @@ class Planner {
   const CompileContext& context_;
   CompiledUnit& unit_;
   BindOptions options_;
-  void DeclareTable(const TableVariable& variable);
-  bool isAhead_ = false;            // of execution
-  std::vector<ObjectName> pending_; // tables that the unit creates, while compiling ahead
+  // The tables that the unit creates, while it is compiled ahead of execution; null when it runs.
+  std::vector<ObjectName>* pending_ = nullptr;
 };
 
 } // namespace tsql

@@ -33,11 +33,10 @@ void Interpreter::ReturnRows(Plan& plan) {
   bool hasRow = plan.statement.Step();
   sink_->BeginRows(plan.columns);
   row_.resize(plan.columns.size());
-  texts_.resize(row_.size());
+  texts_.resize(plan.columns.size());
   int64_t count = 0;
   for (; hasRow; hasRow = plan.statement.Step()) {
-    for (size_t i = 0; i < row_.size(); ++i)
-      ReadColumn(plan.statement, static_cast<int>(i), plan.columns[i].type, row_[i], texts_[i]);
+    ReadRow(plan.statement, plan.columns, row_, texts_);
     sink_->Row(row_);
     if (++count == rowLimit_) break;
   }
@@ -57,9 +56,9 @@ void Interpreter::AssignRows(Plan& plan) {
   }
   int64_t count = 0;
   while (plan.statement.Step()) {
-    for (size_t i = 0; i < plan.assigned.size(); ++i)
-      running_->variables[static_cast<size_t>(plan.assigned[i])] =
-          plan.statement.ColumnDatum(static_cast<int>(i));
+    int column = 0;
+    for (const int variable : plan.assigned)
+      ReadDatum(plan.statement.Column(column++), running_->variables[static_cast<size_t>(variable)]);
     if (++count == rowLimit_) break;
   }
   rowCount_ = count;

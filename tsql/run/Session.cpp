@@ -168,7 +168,7 @@ void SessionImpl::ReadArguments(std::span<const Parameter> parameters, const Com
     const bool isMarker = parameter.name.empty();
     std::vector<Datum>& values = isMarker ? running.markers : running.variables;
     const Type& type = isMarker ? unit.markers[values.size()] : unit.variables[values.size()].type;
-    values.push_back(DatumOfValue(parameter.value, type));
+    SetDatum(values.emplace_back(), parameter.value, type);
   }
 }
 

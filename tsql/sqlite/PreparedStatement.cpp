@@ -6,10 +6,6 @@ void ThrowFailure(sqlite3* connection) {
   throw SqliteFailure(sqlite3_extended_errcode(connection), sqlite3_errmsg(connection));
 }
 
-void PreparedStatement::Bind(int index, const Datum& value) {
-  Bind(index, value, SQLITE_STATIC);
-}
-
 void PreparedStatement::Bind(int index, const Datum& value, sqlite3_destructor_type lifetime) {
   sqlite3_stmt* statement = statement_.get();
   const auto size = static_cast<sqlite3_uint64>(value.text.size());

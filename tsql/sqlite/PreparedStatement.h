@@ -24,7 +24,8 @@ class PreparedStatement {
   explicit PreparedStatement(sqlite3_stmt* statement) : statement_(statement) {}
   explicit operator bool() const { return statement_ != nullptr; }
 
-  void Bind(int index, const Datum& value); // from 1; the caller keeps the text until Reset
+  // From 1; the caller keeps the text until Reset.
+  void Bind(int index, const Datum& value) { Bind(index, value, SQLITE_STATIC); }
   void BindCopy(int index, const Datum& value) { Bind(index, value, SQLITE_TRANSIENT); }
   bool Step(); // true on a row
   void Reset() { sqlite3_reset(statement_.get()); }

@@ -9,12 +9,34 @@ std::string_view BytesOf(sqlite3_value* value) {
 }
 
 Datum DatumOf(sqlite3_value* value) {
+  Datum datum;
+  ReadDatum(value, datum);
+  return datum;
+}
+
+void ReadDatum(sqlite3_value* value, Datum& datum) {
+  datum.kind = Datum::Kind::Null;
+  datum.integer = 0;
+  datum.real = 0;
+  datum.text.clear();
   switch (sqlite3_value_type(value)) {
-  case SQLITE_INTEGER: return Datum::OfInteger(sqlite3_value_int64(value));
-  case SQLITE_FLOAT: return Datum::OfReal(sqlite3_value_double(value));
-  case SQLITE_TEXT: return Datum::OfText(std::string(BytesOf(value)));
-  case SQLITE_BLOB: return Datum::OfBlob(std::string(BytesOf(value)));
-  default: return {};
+  case SQLITE_INTEGER:
+    datum.kind = Datum::Kind::Integer;
+    datum.integer = sqlite3_value_int64(value);
+    break;
+  case SQLITE_FLOAT:
+    datum.kind = Datum::Kind::Real;
+    datum.real = sqlite3_value_double(value);
+    break;
+  case SQLITE_TEXT:
+    datum.text = BytesOf(value);
+    datum.kind = Datum::Kind::Text;
+    break;
+  case SQLITE_BLOB:
+    datum.text = BytesOf(value);
+    datum.kind = Datum::Kind::Blob;
+    break;
+  default: break;
   }
 }
 

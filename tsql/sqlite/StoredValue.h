@@ -12,6 +12,8 @@ namespace tsql {
 // A text or blob; it lasts as long as the value.
 std::string_view BytesOf(sqlite3_value* value);
 Datum DatumOf(sqlite3_value* value);
+// The same into a datum that is there, which keeps the memory of its text.
+void ReadDatum(sqlite3_value* value, Datum& datum);
 // The number that a value which is not null is in storage form. The type is a decimal or an integer.
 Decimal DecimalOf(sqlite3_value* value, const Type& type);
 

@@ -1,5 +1,7 @@
 #include "tsql/sqlite/Values.h"
 
+#include <cassert>
+
 #include "tsql/values/Conversion.h"
 #include "tsql/values/DateText.h"
 
@@ -46,16 +48,49 @@ void SetDecimal(Value& value, const Decimal& decimal) {
   value.decimal = decimal;
 }
 
+void SetValue(Value& value, sqlite3_value* stored, const Type& type, std::string& storage) {
+  value = {};
+  if (sqlite3_value_type(stored) == SQLITE_NULL) return;
+  switch (FamilyOf(type.id)) {
+  case Family::Integer:
+    value.kind = Value::Kind::Integer;
+    value.integer = sqlite3_value_int64(stored);
+    break;
+  case Family::Decimal: SetDecimal(value, DecimalOf(stored, type)); break;
+  case Family::Float:
+    value.kind = Value::Kind::Float;
+    value.real = sqlite3_value_double(stored);
+    break;
+  case Family::DateTime: SetMoment(value, sqlite3_value_int64(stored), type, storage); break;
+  case Family::Binary:
+    value.kind = Value::Kind::Bytes;
+    value.text = BytesOf(stored);
+    break;
+  case Family::Text:
+  case Family::Guid:
+    value.kind = Value::Kind::Text;
+    value.text = BytesOf(stored);
+    break;
+  }
+}
+
 } // namespace
 
 Datum DatumOfValue(const Value& value, const Type& type) {
   if (value.kind == Value::Kind::Null) return {};
-  if (value.kind == Value::Kind::Integer && type.id == TypeId::Int &&
-      value.integer == static_cast<int32_t>(value.integer))
-    return Datum::OfInteger(value.integer); // the usual parameter
   Type natural;
-  const Datum datum = NaturalDatum(value, natural);
+  Datum datum = NaturalDatum(value, natural);
   return natural == type ? datum : Convert(datum, natural, type, ConvertMode::Cast);
+}
+
+void SetDatum(Datum& datum, const Value& value, const Type& type) {
+  if (value.kind == Value::Kind::Integer && type.id == TypeId::Int &&
+      value.integer == static_cast<int32_t>(value.integer)) { // the usual parameter
+    datum.kind = Datum::Kind::Integer;
+    datum.integer = value.integer;
+  } else {
+    datum = DatumOfValue(value, type);
+  }
 }
 
 Value ValueOfDatum(const Datum& datum, const Type& type, std::string& storage) {
@@ -85,32 +120,11 @@ Value ValueOfDatum(const Datum& datum, const Type& type, std::string& storage) {
   return value;
 }
 
-void ReadColumn(const PreparedStatement& statement, int index, const Type& type, Value& value,
-                std::string& storage) {
-  value = {};
-  sqlite3_value* const stored = statement.Column(index);
-  if (sqlite3_value_type(stored) == SQLITE_NULL) return;
-  switch (FamilyOf(type.id)) {
-  case Family::Integer:
-    value.kind = Value::Kind::Integer;
-    value.integer = sqlite3_value_int64(stored);
-    break;
-  case Family::Decimal: SetDecimal(value, DecimalOf(stored, type)); break;
-  case Family::Float:
-    value.kind = Value::Kind::Float;
-    value.real = sqlite3_value_double(stored);
-    break;
-  case Family::DateTime: SetMoment(value, sqlite3_value_int64(stored), type, storage); break;
-  case Family::Binary:
-    value.kind = Value::Kind::Bytes;
-    value.text = BytesOf(stored);
-    break;
-  case Family::Text:
-  case Family::Guid:
-    value.kind = Value::Kind::Text;
-    value.text = BytesOf(stored);
-    break;
-  }
+void ReadRow(const PreparedStatement& statement, std::span<const Column> columns, std::span<Value> values,
+             std::span<std::string> storage) {
+  assert(values.size() == columns.size() && storage.size() == columns.size());
+  for (size_t i = 0; i < columns.size(); ++i)
+    SetValue(values[i], statement.Column(static_cast<int>(i)), columns[i].type, storage[i]);
 }
 
 Type CompleteType(const Type& type) {

@@ -15,36 +15,35 @@ struct TypeEntry {
   int digits; // of the decimal that holds every value
   int scale;
   TypeId id;
-  Family family;
 };
 
 // In the order of TypeId.
 constexpr TypeEntry kTypes[] = {
-    {"tinyint", 9, 3, 0, TypeId::TinyInt, Family::Integer},
-    {"smallint", 10, 5, 0, TypeId::SmallInt, Family::Integer},
-    {"int", 11, 10, 0, TypeId::Int, Family::Integer},
-    {"bigint", 12, 19, 0, TypeId::BigInt, Family::Integer},
-    {"bit", 8, 1, 0, TypeId::Bit, Family::Integer},
-    {"numeric", 15, 0, 0, TypeId::Decimal, Family::Decimal},
-    {"money", 14, 19, 4, TypeId::Money, Family::Decimal},
-    {"smallmoney", 13, 10, 4, TypeId::SmallMoney, Family::Decimal},
-    {"float", 17, 0, 0, TypeId::Float, Family::Float},
-    {"real", 16, 0, 0, TypeId::Real, Family::Float},
-    {"char", 2, 0, 0, TypeId::Char, Family::Text},
-    {"varchar", 3, 0, 0, TypeId::VarChar, Family::Text},
-    {"text", 6, 0, 0, TypeId::Text, Family::Text},
-    {"nchar", 4, 0, 0, TypeId::NChar, Family::Text},
-    {"nvarchar", 5, 0, 0, TypeId::NVarChar, Family::Text},
-    {"ntext", 7, 0, 0, TypeId::NText, Family::Text},
-    {"datetime", 21, 0, 0, TypeId::DateTime, Family::DateTime},
-    {"smalldatetime", 20, 0, 0, TypeId::SmallDateTime, Family::DateTime},
-    {"date", 19, 0, 0, TypeId::Date, Family::DateTime},
-    {"binary", 0, 0, 0, TypeId::Binary, Family::Binary},
-    {"varbinary", 1, 0, 0, TypeId::VarBinary, Family::Binary},
-    {"image", 1, 0, 0, TypeId::Image, Family::Binary},
-    {"uniqueidentifier", 6, 0, 0, TypeId::UniqueIdentifier, Family::Guid},
-    {"time", 18, 0, 0, TypeId::Time, Family::DateTime},
-    {"datetime2", 22, 0, 0, TypeId::DateTime2, Family::DateTime},
+    {"tinyint", 9, 3, 0, TypeId::TinyInt},
+    {"smallint", 10, 5, 0, TypeId::SmallInt},
+    {"int", 11, 10, 0, TypeId::Int},
+    {"bigint", 12, 19, 0, TypeId::BigInt},
+    {"bit", 8, 1, 0, TypeId::Bit},
+    {"numeric", 15, 0, 0, TypeId::Decimal},
+    {"money", 14, 19, 4, TypeId::Money},
+    {"smallmoney", 13, 10, 4, TypeId::SmallMoney},
+    {"float", 17, 0, 0, TypeId::Float},
+    {"real", 16, 0, 0, TypeId::Real},
+    {"char", 2, 0, 0, TypeId::Char},
+    {"varchar", 3, 0, 0, TypeId::VarChar},
+    {"text", 6, 0, 0, TypeId::Text},
+    {"nchar", 4, 0, 0, TypeId::NChar},
+    {"nvarchar", 5, 0, 0, TypeId::NVarChar},
+    {"ntext", 7, 0, 0, TypeId::NText},
+    {"datetime", 21, 0, 0, TypeId::DateTime},
+    {"smalldatetime", 20, 0, 0, TypeId::SmallDateTime},
+    {"date", 19, 0, 0, TypeId::Date},
+    {"binary", 0, 0, 0, TypeId::Binary},
+    {"varbinary", 1, 0, 0, TypeId::VarBinary},
+    {"image", 1, 0, 0, TypeId::Image},
+    {"uniqueidentifier", 6, 0, 0, TypeId::UniqueIdentifier},
+    {"time", 18, 0, 0, TypeId::Time},
+    {"datetime2", 22, 0, 0, TypeId::DateTime2},
 };
 
 const TypeEntry& EntryOf(TypeId id) {
@@ -111,10 +110,6 @@ Type DecimalResult(ArithmeticOp op, const Type& left, const Type& right) {
 
 } // namespace
 
-Family FamilyOf(TypeId id) {
-  return EntryOf(id).family;
-}
-
 bool IsUnicode(TypeId id) {
   return id == TypeId::NChar || id == TypeId::NVarChar || id == TypeId::NText;
 }
@@ -174,7 +169,8 @@ Type AsDecimal(const Type& type) {
   if (type.id == TypeId::Decimal) return type;
   const TypeEntry& entry = EntryOf(type.id);
   // An integer constant carries the digits that it has.
-  const int digits = type.precision != 0 && entry.family == Family::Integer ? type.precision : entry.digits;
+  const int digits =
+      type.precision != 0 && FamilyOf(type.id) == Family::Integer ? type.precision : entry.digits;
   return MakeDecimal(digits, entry.scale);
 }
 

@@ -30,7 +30,37 @@ enum class ArithmeticOp : uint8_t {
   BitXor = 7,
 };
 
-Family FamilyOf(TypeId id);
+// Each value that is read or bound asks for it.
+constexpr Family FamilyOf(TypeId id) {
+  switch (id) {
+  case TypeId::TinyInt:
+  case TypeId::SmallInt:
+  case TypeId::Int:
+  case TypeId::BigInt:
+  case TypeId::Bit: return Family::Integer;
+  case TypeId::Decimal:
+  case TypeId::Money:
+  case TypeId::SmallMoney: return Family::Decimal;
+  case TypeId::Float:
+  case TypeId::Real: return Family::Float;
+  case TypeId::Char:
+  case TypeId::VarChar:
+  case TypeId::Text:
+  case TypeId::NChar:
+  case TypeId::NVarChar:
+  case TypeId::NText: return Family::Text;
+  case TypeId::DateTime:
+  case TypeId::SmallDateTime:
+  case TypeId::Date:
+  case TypeId::Time:
+  case TypeId::DateTime2: return Family::DateTime;
+  case TypeId::Binary:
+  case TypeId::VarBinary:
+  case TypeId::Image: return Family::Binary;
+  case TypeId::UniqueIdentifier: break;
+  }
+  return Family::Guid;
+}
 inline bool IsText(const Type& type) {
   return FamilyOf(type.id) == Family::Text;
 }
