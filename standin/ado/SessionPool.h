@@ -9,11 +9,11 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "standin/ado/FileIdentity.h"
 #include "tsql/tsql.h"
 
 namespace standin::ado {
@@ -22,7 +22,7 @@ namespace standin::ado {
 struct SessionOfThread {
   std::unique_ptr<tsql::Session> session;
   std::string path; // the full one; empty when the session is not for the pool
-  uint64_t fileId = 0;
+  FileIdentity file;
   DWORD thread = 0;
 };
 
