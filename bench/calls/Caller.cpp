@@ -60,6 +60,11 @@ Variant Caller::Make() const {
   return object_.CallWith(call_.method.c_str(), arguments);
 }
 
+Variant Caller::MakeAnew() const {
+  if (!call_.reset.empty()) data_.Run(call_.reset);
+  return Make();
+}
+
 double Caller::Seconds() const {
   double all = 0;
   for (int i = 0; i < call_.pieces; ++i) {
@@ -70,8 +75,7 @@ double Caller::Seconds() const {
 }
 
 std::vector<std::wstring> Caller::Statements() const {
-  if (!call_.reset.empty()) data_.Run(call_.reset);
-  return StatementsOf([&] { Make(); });
+  return StatementsOf([&] { MakeAnew(); });
 }
 
 namespace {

@@ -55,6 +55,8 @@ class Caller {
   Caller(const Call& call, const Data& data, bool hosted);
 
   com::Variant Make() const;
+  // The same after the reset.
+  com::Variant MakeAnew() const;
   // Of one call, on the average of a turn.
   double Seconds() const;
   std::vector<std::wstring> Statements() const;

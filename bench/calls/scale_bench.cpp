@@ -3,11 +3,13 @@
 // scale_bench LINES [FOLDER]: every other BOM has so many lines; 43 make 20 million of them, and a file of
 // several gigabytes. The databases are made in FOLDER, by default in build/bench.
 #include <cstdlib>
+#include <stdexcept>
 #include <vector>
 
 #include "bench/UnderCom.h"
 #include "bench/calls/OneBom.h"
 #include "bench/view/BrowserData.h"
+#include "com/ComError.h"
 
 namespace bench {
 namespace {
@@ -53,6 +55,33 @@ std::vector<Call> AllCalls(int32_t bom) {
   return calls;
 }
 
+// How many rows a recordset or a Vector has.
+int32_t RowsIn(const Object& rows) {
+  try {
+    int32_t count = 0;
+    for (; !rows.Get(L"EOF").AsBool(); rows.Call(L"MoveNext")) ++count;
+    return count;
+  } catch (const com::ComError&) {
+    return rows.Get(L"Count").AsLong();
+  }
+}
+
+// What can be said of a call's result whatever the number of its BOM is.
+std::string ShapeOf(const com::Variant& result, int32_t bom) {
+  if (result.IsObject()) return std::to_string(RowsIn(result.AsObject())) + " rows";
+  const int32_t number = result.AsLong();
+  return number > bom ? "the BOM's number and " + std::to_string(number - bom) : std::to_string(number);
+}
+
+// A call that fails, or that finds nothing in one of the databases, would measure nothing.
+void RequireAlike(const Call& call, const com::Variant& few, const com::Variant& many) {
+  const std::string amongFew = ShapeOf(few, kFew + 1);
+  const std::string amongMany = ShapeOf(many, kMany + 1);
+  if (amongFew != amongMany)
+    throw std::runtime_error(call.name + " answers " + amongFew + " among few and " + amongMany +
+                             " among many");
+}
+
 void RunAll(const std::wstring& folder, int32_t lines) {
   const std::wstring fewFile = folder + L"\\few.db";
   const std::wstring manyFile = folder + L"\\many.db";
@@ -71,6 +100,7 @@ void RunAll(const std::wstring& folder, int32_t lines) {
   for (size_t i = 0; i < fewCalls.size(); ++i) {
     const Caller fewCaller(fewCalls[i], fewData, true);
     const Caller manyCaller(manyCalls[i], manyData, true);
+    RequireAlike(fewCalls[i], fewCaller.MakeAnew(), manyCaller.MakeAnew());
     SideBySide(
         {fewCalls[i].name + " among " + many, "among " + std::to_string(kFew), {.ratio = 1.2}}, kTurns, 1,
         [&] { return manyCaller.Seconds(); }, [&] { return fewCaller.Seconds(); });
