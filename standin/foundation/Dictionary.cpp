@@ -88,6 +88,12 @@ void Dictionary::Reindex(size_t slots) {
   for (size_t i = 0; i < entries_.size(); ++i) Index(i);
 }
 
+void Dictionary::Reserve(size_t names) {
+  entries_.reserve(names);
+  const size_t slots = std::bit_ceil(names * 2 + 1);
+  if (names > kMostUnindexed && slots > slots_.size()) Reindex(slots);
+}
+
 Variant Dictionary::GetValue(const Variant& key) const {
   const Key wanted(key);
   const size_t entry = Find(wanted.text(), wanted.hash());
@@ -107,7 +113,7 @@ void Dictionary::PutValue(const Variant& key, const Variant& value) {
     entries_[entry].value = value;
     return;
   }
-  if (entries_.empty()) entries_.reserve(kMostUnindexed);
+  if (entries_.capacity() == 0) entries_.reserve(kMostUnindexed);
   entries_.push_back({std::wstring(wanted.text()), wanted.hash(), value});
   if (slots_.empty() && entries_.size() <= kMostUnindexed) return;
   if (entries_.size() * 2 > slots_.size())

@@ -16,6 +16,8 @@ namespace standin {
 
 class Dictionary {
  public:
+  // Makes room for so many names.
+  void Reserve(size_t names);
   com::Variant GetValue(const com::Variant& key) const;
   // The value; `fallback` for a name that is not there (Empty if it is omitted).
   com::Variant GetValueOr(const com::Variant& key, const com::Variant& fallback) const;

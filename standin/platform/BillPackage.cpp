@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
+#include <span>
 
 #include "com/ComError.h"
 #include "com/DispatchObject.h"
@@ -39,6 +39,9 @@ constexpr size_t kMostLines = 50000;
 // A value set that is being filled. The names in its items are made once for all of them.
 class ValueSet {
  public:
+  ValueSet() = default;
+  // It will have so many values.
+  explicit ValueSet(size_t count) { values_->object().Reserve(count); }
   void Add(const Variant& key, const Variant& id, const Variant& name) {
     const auto item = com::Make<Dictionary>();
     item->object().PutValue(idName_, id);
@@ -175,33 +178,41 @@ Object BillPackage::BillDataHeadValue() {
 BillPackage::Bill& BillPackage::LoadedWithLines() {
   Bill& bill = Loaded();
   if (bill.entries) return bill;
-  bill.lines.clear(); // a failure may have left some
-  const std::wstring id = std::to_wstring(billId_);
+  bill.values.clear(); // a failure may have left some
+  bill.firstValues.clear();
   const auto entries = com::Make<Vector>();
-  std::unordered_map<int32_t, size_t> positions;
-  const Object ids = Rows(std::wstring(L"SELECT FEntryID FROM ") + KindOf(billTranType_).lines +
-                          L" WHERE FInterID = " + id + L" ORDER BY FEntryID");
-  com::ForEachRow(ids, [&](const VARIANT* row) {
-    const auto line = com::Make<Dictionary>();
+  const Variant entryIdName(L"FEntryID");
+  // A row for each value of a line, and one with nulls for a line that has none.
+  const Object rows = Rows(
+      std::wstring(L"SELECT l.FEntryID, v.FFieldName, v.FID, v.FName FROM ") + KindOf(billTranType_).lines +
+      L" l LEFT JOIN ICUserDefinedValue v ON v.FInterID = l.FInterID AND v.FEntryID = l.FEntryID AND "
+      L"v.FEntryID <> 0 AND v.FTranType = " +
+      std::to_wstring(billTranType_) + L" WHERE l.FInterID = " + std::to_wstring(billId_) +
+      L" ORDER BY l.FEntryID");
+  int32_t last = 0;
+  com::ForEachRow(rows, [&](const VARIANT* row) {
     const Variant entryId(row[0]);
-    line->object().PutValue(L"FEntryID", entryId);
-    positions[entryId.AsLong()] = bill.lines.size();
-    bill.lines.emplace_back();
-    entries->object().Add(com::ToObject(line));
+    if (bill.firstValues.empty() || entryId.AsLong() != last) {
+      last = entryId.AsLong();
+      const auto line = com::Make<Dictionary>();
+      line->object().PutValue(entryIdName, entryId);
+      entries->object().Add(com::ToObject(line));
+      bill.firstValues.push_back(bill.values.size());
+    }
+    if (row[1].vt != VT_BSTR) return;
+    const std::wstring_view field(row[1].bstrVal, SysStringLen(row[1].bstrVal));
+    bill.values.push_back({&EntryKeyOf(field), Variant(row[2]), Variant(row[3])});
   });
-  const Object values =
-      Rows(L"SELECT FEntryID, FFieldName, FID, FName FROM ICUserDefinedValue WHERE "
-           L"FTranType = " +
-           std::to_wstring(billTranType_) + L" AND FInterID = " + id + L" AND FEntryID <> 0");
-  com::ForEachRow(values, [&](const VARIANT* row) {
-    const auto position = positions.find(Variant(row[0]).AsLong());
-    if (position != positions.end())
-      bill.lines[position->second].push_back(
-          {L"P1_" + Variant(row[1]).AsText(), Variant(row[2]), Variant(row[3])});
-  });
-  linesKept_ += bill.lines.size();
+  linesKept_ += bill.firstValues.size();
+  bill.firstValues.push_back(bill.values.size());
   bill.entries = com::ToObject(entries);
   return bill;
+}
+
+const Variant& BillPackage::EntryKeyOf(std::wstring_view field) {
+  auto found = entryKeys_.find(field);
+  if (found == entryKeys_.end()) found = entryKeys_.emplace(field, L"P1_" + std::wstring(field)).first;
+  return found->second;
 }
 
 Object BillPackage::BillDataEntrysValue() {
@@ -210,11 +221,13 @@ Object BillPackage::BillDataEntrysValue() {
 
 Object BillPackage::BillDataEntryValue(int32_t line) {
   const Bill& bill = LoadedWithLines();
-  if (line < 1 || static_cast<size_t>(line) > bill.lines.size())
+  const auto position = static_cast<size_t>(line);
+  if (line < 1 || position >= bill.firstValues.size())
     com::Raise(com::RuntimeError::SubscriptOutOfRange, L"QorvaneBillDataAccess");
-  ValueSet values;
-  for (const StoredValue& value : bill.lines[static_cast<size_t>(line) - 1])
-    values.Add(value.key, value.id, value.name);
+  const std::span<const StoredValue> own(bill.values.begin() + bill.firstValues[position - 1],
+                                         bill.values.begin() + bill.firstValues[position]);
+  ValueSet values(own.size());
+  for (const StoredValue& value : own) values.Add(*value.key, value.id, value.name);
   return values.object();
 }
 

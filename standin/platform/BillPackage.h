@@ -10,9 +10,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -45,7 +48,7 @@ class BillPackage {
   static const BillKind& KindOf(int32_t billTranType);
 
   struct StoredValue {
-    com::Variant key; // in the value set
+    const com::Variant* key; // in the value set
     com::Variant id;
     com::Variant name;
   };
@@ -53,8 +56,9 @@ class BillPackage {
   struct Bill {
     bool headRead = false;
     com::Object headValue;
-    com::Object entries; // null as long as the lines are not read
-    std::vector<std::vector<StoredValue>> lines;
+    com::Object entries;             // null as long as the lines are not read
+    std::vector<StoredValue> values; // of the lines, those of one line together
+    std::vector<size_t> firstValues; // where those of each line begin, and where the last line's end
   };
 
   com::Object Connect(const std::wstring& dsn);
@@ -62,6 +66,7 @@ class BillPackage {
   com::Object Rows(const std::wstring& query) const;
   Bill& Loaded();
   Bill& LoadedWithLines();
+  const com::Variant& EntryKeyOf(std::wstring_view field);
   com::Object Structure(const wchar_t* table, const wchar_t* caption, const wchar_t* position) const;
 
   std::optional<DataSource> source_; // of the last descriptor: a client hands in the same one at each line
@@ -75,6 +80,7 @@ class BillPackage {
   com::Object headStruct_;
   com::Object entryStruct_;
   std::unordered_map<int32_t, Bill> bills_;
+  std::map<std::wstring, com::Variant, std::less<>> entryKeys_; // by the field; they are few, and stay
   size_t linesKept_ = 0;
 };
 

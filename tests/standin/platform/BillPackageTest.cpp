@@ -81,6 +81,28 @@ TEST_F(BillPackageTest, HasTheLinesById) {
   EXPECT_EQ(RaisedBy([&] { package_.Get(L"BillDataEntryValue", 3); }).code, Numbered(9));
 }
 
+TEST_F(BillPackageTest, GivesEachLineItsOwnValues) {
+  database_.Execute(L"INSERT INTO ICBOMChild (FInterID, FEntryID) VALUES (7, 25), (7, 40)");
+  database_.Execute(
+      L"INSERT INTO ICUserDefinedValue VALUES (50, 7, 40, 'FF', 'f40', NULL), (50, 7, 10, 'FA', 'a10', NULL), "
+      L"(50, 7, 10, 'FB', 'b', NULL), (50, 7, 10, 'FC', 'c', NULL), (50, 7, 10, 'FD', 'd', NULL), "
+      L"(50, 7, 10, 'FE', 'e', NULL), (50, 7, 15, 'FA', 'of a line that has gone', NULL), "
+      L"(50, 7, 50, 'FA', 'of another one', NULL), (50, 7, 40, 'FA', 'a40', NULL)");
+  Load(7);
+  const auto valuesOf = [&](int32_t line) { return package_.Get(L"BillDataEntryValue", line).AsObject(); };
+  const Object first = valuesOf(1);
+  EXPECT_EQ(first.Get(L"Count"), Variant(5));
+  EXPECT_EQ(In(first, L"P1_FA", L"FID"), Variant(L"a10"));
+  EXPECT_EQ(In(first, L"P1_FE", L"FID"), Variant(L"e"));
+  EXPECT_EQ(valuesOf(2).Get(L"Count"), Variant(1)) << "it had one before";
+  EXPECT_EQ(valuesOf(3).Get(L"Count"), Variant(0));
+  EXPECT_EQ(valuesOf(4).Get(L"Count"), Variant(2));
+  EXPECT_EQ(In(valuesOf(4), L"P1_FA", L"FID"), Variant(L"a40"));
+  EXPECT_EQ(In(valuesOf(4), L"P1_FF", L"FID"), Variant(L"f40"));
+  EXPECT_EQ(RaisedBy([&] { valuesOf(5); }).code, Numbered(9));
+  EXPECT_EQ(RaisedBy([&] { valuesOf(0); }).code, Numbered(9));
+}
+
 TEST_F(BillPackageTest, HoldsOneBillOfATypeAtATime) {
   Load(7, 53);
   EXPECT_EQ(In(package_.Get(L"BillDataHeadValue").AsObject(), L"P0_FOther", L"FID"), Variant(L"o"));
