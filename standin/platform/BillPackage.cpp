@@ -224,8 +224,9 @@ Object BillPackage::BillDataEntryValue(int32_t line) {
   const auto position = static_cast<size_t>(line);
   if (line < 1 || position >= bill.firstValues.size())
     com::Raise(com::RuntimeError::SubscriptOutOfRange, L"QorvaneBillDataAccess");
-  const std::span<const StoredValue> own(bill.values.begin() + bill.firstValues[position - 1],
-                                         bill.values.begin() + bill.firstValues[position]);
+  const size_t first = bill.firstValues[position - 1];
+  const std::span<const StoredValue> own =
+      std::span(bill.values).subspan(first, bill.firstValues[position] - first);
   ValueSet values(own.size());
   for (const StoredValue& value : own) values.Add(*value.key, value.id, value.name);
   return values.object();

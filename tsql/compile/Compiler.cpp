@@ -1,7 +1,6 @@
 #include "tsql/compile/Compiler.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 #include "tsql/compile/Preparation.h"
@@ -28,20 +27,21 @@ void AppendParameter(std::string& key, const Parameter& parameter) {
 }
 
 // Takes the part off the front of the key; false when the key does not begin with it.
-bool TakePart(std::string_view& key, const void* part, size_t size) {
-  if (key.size() < size || std::memcmp(key.data(), part, size) != 0) return false;
-  key.remove_prefix(size);
+bool TakePart(std::string_view& key, std::string_view part) {
+  using Bytes = std::char_traits<char>;
+  if (key.size() < part.size() || Bytes::compare(key.data(), part.data(), part.size()) != 0) return false;
+  key.remove_prefix(part.size());
   return true;
 }
 
 // Whether the key is what the parameters make of the text, which is quicker to see than to make another one.
 bool IsKey(std::string_view key, std::string_view text, std::span<const Parameter> parameters,
            bool quotedIdentifier) {
-  if (!TakePart(key, text.data(), text.size())) return false;
+  if (!TakePart(key, text)) return false;
   for (const Parameter& parameter : parameters) {
     const TypeCode code = EncodeType(parameter.type);
-    if (!TakePart(key, "\0", 1) || !TakePart(key, parameter.name.data(), parameter.name.size()) ||
-        !TakePart(key, " ", 1) || !TakePart(key, &code, sizeof code))
+    if (!TakePart(key, {"\0", 1}) || !TakePart(key, parameter.name) || !TakePart(key, " ") ||
+        !TakePart(key, {reinterpret_cast<const char*>(&code), sizeof code}))
       return false;
   }
   return quotedIdentifier ? key.empty() : key == kTextsInQuotes;

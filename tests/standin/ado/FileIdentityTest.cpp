@@ -20,8 +20,8 @@ class FileIdentityTest : public testing::Test {
   }
   static void SetTimes(const std::wstring& path) {
     const FILETIME time{0, 0x01D00000};
-    const HANDLE file = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE file = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                              nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_NE(SetFileTime(file, &time, &time, &time), FALSE);
     CloseHandle(file);
   }

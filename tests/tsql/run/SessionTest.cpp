@@ -170,6 +170,12 @@ TEST_F(FileTest, SchemaChangesReachOtherSessions) {
   EXPECT_TRUE(RunOn(*second, "SELECT a FROM v").errors.empty());
 }
 
+TEST_F(SessionTest, AnEmptyBatchDoesNothing) {
+  Output output;
+  for (int run = 0; run < 3; ++run) EXPECT_TRUE(session_->Execute(std::string_view(), {}, output));
+  EXPECT_TRUE(output.results.empty());
+}
+
 TEST_F(SessionTest, ResetMakesItNew) {
   Must("CREATE TABLE t (a INT IDENTITY(1,1), b INT) INSERT INTO t (b) VALUES (7)");
   session_->SetTimeLimit(std::chrono::milliseconds(50));
