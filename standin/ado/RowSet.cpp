@@ -89,7 +89,8 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, con
 }
 
 void RowSet::Append(std::span<const tsql::Value> row) {
-  if (rowCount_ % kRowsInBlock == 0) blocks_.emplace_back().reserve(kRowsInBlock * columns_.size());
+  if (rowCount_ % kRowsInBlock == 0)
+    blocks_.emplace_back().reserve((rowCount_ == 0 ? kRowsAtFirst : kRowsInBlock) * columns_.size());
   for (size_t i = 0; i < columns_.size(); ++i) {
     const Cell* above = rowCount_ == 0 ? nullptr : &At(rowCount_ - 1, i);
     blocks_.back().push_back(Store(row[i], columns_[i].type, above));

@@ -69,8 +69,10 @@ class RowSet {
     return blocks_[row / kRowsInBlock][row % kRowsInBlock * columns_.size() + column];
   }
 
-  // Few enough for a result of one row, and enough that a block is much larger than what the heap adds to it.
-  static constexpr size_t kRowsInBlock = 8;
+  // The first block grows to this size, for most results have few rows; each further one has it at once. They
+  // are large because a heap that has many free pieces of middling sizes searches them at each request.
+  static constexpr size_t kRowsInBlock = 128;
+  static constexpr size_t kRowsAtFirst = 8;
 
   std::vector<RowColumn> columns_;
   std::vector<std::vector<Cell>> blocks_;
