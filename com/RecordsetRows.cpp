@@ -8,7 +8,8 @@
 namespace com {
 namespace {
 
-constexpr int32_t kRowsAtATime = 2000;
+// Few enough for a block to stay in the processor's cache, and enough for the call to cost little.
+constexpr int32_t kRowsAtATime = 100;
 
 // Lends the elements of an array while it lives.
 class ArrayElements {

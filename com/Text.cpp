@@ -25,11 +25,12 @@ BSTR NewBstr(std::wstring_view text) {
 }
 
 std::wstring FromUtf8(std::string_view text) {
+  // A character never takes more units in UTF-16 than bytes in UTF-8: the length need not be asked for.
+  std::wstring result(text.size(), L'\0');
   const int size = static_cast<int>(text.size());
-  std::wstring result(
-      static_cast<size_t>(size ? MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0) : 0), L'\0');
-  if (!result.empty())
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(), static_cast<int>(result.size()));
+  if (size > 0)
+    result.resize(
+        static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(), size)));
   return result;
 }
 
