@@ -32,10 +32,10 @@ class Checker {
     }
     for (const auto& [item, boms] : inUse)
       if (boms.size() > 1) SeveralInUse(item, boms);
-    for (const Line& line : graph_.lines())
-      if (!knownBoms.contains(line.bom))
-        Add(L"missing parent", std::to_wstring(line.bom), line.entry,
-            L"there is no BOM " + std::to_wstring(line.bom) + L" that the line belongs to");
+    for (const Line* line : graph_.lines())
+      if (!knownBoms.contains(line->bom))
+        Add(L"missing parent", std::to_wstring(line->bom), line->entry,
+            L"there is no BOM " + std::to_wstring(line->bom) + L" that the line belongs to");
     return std::move(findings_);
   }
 
@@ -66,16 +66,16 @@ class Checker {
 
   void Lines(const Bom& bom) {
     std::map<std::tuple<Id, int32_t, Id>, std::vector<const Line*>> alike;
-    for (const Line& line : graph_.LinesOf(bom)) {
-      if (!graph_.ItemOf(line.item))
-        Add(L"missing item", bom.number, line.entry, L"there is no item " + std::to_wstring(line.item));
+    for (const Line* line : graph_.LinesOf(bom)) {
+      if (!graph_.ItemOf(line->item))
+        Add(L"missing item", bom.number, line->entry, L"there is no item " + std::to_wstring(line->item));
       // Its own item, where another BOM than this one is in use: that is no cycle yet.
-      const Bom* below = graph_.BomBelow(line);
-      if (line.item == bom.item && below != &bom)
-        Add(L"cycle", bom.number, line.entry,
-            L"the line is the BOM's own item, " + ItemName(graph_, line.item));
-      Unit(bom, line.entry, line.unit);
-      alike[{line.item, line.operation, line.property}].push_back(&line);
+      const Bom* below = graph_.BomBelow(*line);
+      if (line->item == bom.item && below != &bom)
+        Add(L"cycle", bom.number, line->entry,
+            L"the line is the BOM's own item, " + ItemName(graph_, line->item));
+      Unit(bom, line->entry, line->unit);
+      alike[{line->item, line->operation, line->property}].push_back(line);
     }
     for (auto& [key, lines] : alike) Overlaps(bom, lines);
   }

@@ -25,26 +25,26 @@ class Components {
   };
   struct Walk {
     const Bom* bom;
-    size_t next;
+    std::span<const Line* const> left;
   };
 
   void Enter(const Bom& bom) {
     const size_t index = marks_.size();
     marks_[bom.id] = {index, index, true};
     open_.push_back(&bom);
-    walks_.push_back({&bom, 0});
+    walks_.push_back({&bom, graph_.LinesOf(bom)});
   }
 
   void WalkFrom(const Bom& first) {
     Enter(first);
     while (!walks_.empty()) {
       Walk& walk = walks_.back();
-      const std::span<const Line> lines = graph_.LinesOf(*walk.bom);
-      if (walk.next == lines.size()) {
+      if (walk.left.empty()) {
         Leave(*walk.bom);
         continue;
       }
-      const Bom* below = graph_.BomBelow(lines[walk.next++]);
+      const Bom* below = graph_.BomBelow(*walk.left.front());
+      walk.left = walk.left.subspan(1);
       if (!below || below->cancelled) continue;
       const auto known = marks_.find(below->id);
       if (known == marks_.end())
@@ -89,8 +89,8 @@ std::vector<const Bom*> WayRound(const Graph& graph, const std::vector<const Bom
   while (!ahead.empty()) {
     const Bom* bom = ahead.front();
     ahead.pop_front();
-    for (const Line& line : graph.LinesOf(*bom)) {
-      const Bom* below = graph.BomBelow(line);
+    for (const Line* line : graph.LinesOf(*bom)) {
+      const Bom* below = graph.BomBelow(*line);
       if (!below || !inside.contains(below)) continue;
       if (below == start) {
         std::vector<const Bom*> way{start};

@@ -36,16 +36,16 @@ std::wstring ChangesIn(const Graph& graph, const Line& before, const Line& after
 // Matches each line of the one BOM that has no match yet with the first one of the other that has none either
 // and the same key.
 template <class Key>
-void Match(std::span<const Line> before, std::span<const Line> after, const Key& keyOf,
+void Match(std::span<const Line* const> before, std::span<const Line* const> after, const Key& keyOf,
            std::unordered_map<const Line*, const Line*>& matches, std::unordered_set<const Line*>& matched) {
-  std::map<decltype(keyOf(before[0])), std::deque<const Line*>> left;
-  for (const Line& line : after)
-    if (!matched.contains(&line)) left[keyOf(line)].push_back(&line);
-  for (const Line& line : before) {
-    if (matches.contains(&line)) continue;
-    const auto same = left.find(keyOf(line));
+  std::map<decltype(keyOf(*before[0])), std::deque<const Line*>> left;
+  for (const Line* line : after)
+    if (!matched.contains(line)) left[keyOf(*line)].push_back(line);
+  for (const Line* line : before) {
+    if (matches.contains(line)) continue;
+    const auto same = left.find(keyOf(*line));
     if (same == left.end() || same->second.empty()) continue;
-    matches[&line] = same->second.front();
+    matches[line] = same->second.front();
     matched.insert(same->second.front());
     same->second.pop_front();
   }
@@ -54,8 +54,8 @@ void Match(std::span<const Line> before, std::span<const Line> after, const Key&
 } // namespace
 
 std::vector<Difference> DifferencesOf(const Graph& graph, const Bom& before, const Bom& after) {
-  const std::span<const Line> olds = graph.LinesOf(before);
-  const std::span<const Line> news = graph.LinesOf(after);
+  const std::span<const Line* const> olds = graph.LinesOf(before);
+  const std::span<const Line* const> news = graph.LinesOf(after);
   std::unordered_map<const Line*, const Line*> matches;
   std::unordered_set<const Line*> matched;
   Match(
@@ -65,17 +65,17 @@ std::vector<Difference> DifferencesOf(const Graph& graph, const Bom& before, con
       olds, news, [](const Line& line) { return std::tuple(line.item, line.property); }, matches, matched);
 
   std::vector<Difference> differences;
-  for (const Line& line : olds) {
-    const auto match = matches.find(&line);
+  for (const Line* line : olds) {
+    const auto match = matches.find(line);
     if (match == matches.end()) {
-      differences.push_back({&line, nullptr, {}});
+      differences.push_back({line, nullptr, {}});
       continue;
     }
-    const std::wstring changes = ChangesIn(graph, line, *match->second);
-    if (!changes.empty()) differences.push_back({&line, match->second, changes});
+    const std::wstring changes = ChangesIn(graph, *line, *match->second);
+    if (!changes.empty()) differences.push_back({line, match->second, changes});
   }
-  for (const Line& line : news)
-    if (!matched.contains(&line)) differences.push_back({nullptr, &line, {}});
+  for (const Line* line : news)
+    if (!matched.contains(line)) differences.push_back({nullptr, line, {}});
   return differences;
 }
 

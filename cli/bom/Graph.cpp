@@ -8,6 +8,8 @@
 namespace bomcall::bom {
 namespace {
 
+constexpr size_t kLinesInBlock = 256;
+
 template <class Map>
 auto* FindIn(Map& map, Id id) {
   const auto found = map.find(id);
@@ -41,22 +43,18 @@ void Graph::Add(Bom bom) {
   if (!made || made->id < added.id) made = &added;
 }
 
+void Graph::Add(Line line) {
+  if (lineBlocks_.empty() || lineBlocks_.back().size() == kLinesInBlock)
+    lineBlocks_.emplace_back().reserve(kLinesInBlock);
+  lines_.push_back(&lineBlocks_.back().emplace_back(std::move(line)));
+}
+
 void Graph::Finish() {
-  const auto placeOf = [](const Line& line) { return std::pair(line.bom, line.entry); };
-  // Queries mostly bring them in this order already. Where they do not, a line is moved once only: it is
-  // large.
-  if (!std::ranges::is_sorted(lines_, {}, placeOf)) {
-    std::vector<Line*> order;
-    order.reserve(lines_.size());
-    for (Line& line : lines_) order.push_back(&line);
-    std::ranges::stable_sort(order, {}, [&](const Line* line) { return placeOf(*line); });
-    std::vector<Line> sorted;
-    sorted.reserve(lines_.size());
-    for (Line* line : order) sorted.push_back(std::move(*line));
-    lines_ = std::move(sorted);
-  }
+  const auto placeOf = [](const Line* line) { return std::pair(line->bom, line->entry); };
+  // Queries mostly bring them in this order already.
+  if (!std::ranges::is_sorted(lines_, {}, placeOf)) std::ranges::stable_sort(lines_, {}, placeOf);
   linesWithItems_.clear();
-  for (const Line& line : lines_) linesWithItems_[line.item].push_back(&line);
+  for (const Line* line : lines_) linesWithItems_[line->item].push_back(line);
 }
 
 const Item* Graph::ItemOf(Id item) const {
@@ -93,9 +91,9 @@ const Bom* Graph::BomBelow(const Line& line) const {
   return BomThatMakes(line.item);
 }
 
-std::span<const Line> Graph::LinesOfId(Id bom) const {
-  return {std::ranges::lower_bound(lines_, bom, {}, &Line::bom),
-          std::ranges::upper_bound(lines_, bom, {}, &Line::bom)};
+std::span<const Line* const> Graph::LinesOf(const Bom& bom) const {
+  const auto first = std::ranges::lower_bound(lines_, bom.id, {}, &Line::bom);
+  return {first, std::ranges::upper_bound(first, lines_.end(), bom.id, {}, &Line::bom)};
 }
 
 const std::vector<const Line*>& Graph::LinesWith(Id item) const {

@@ -63,7 +63,7 @@ class Graph {
   void Add(Unit unit);
   // The first one of an identifier stays.
   void Add(Bom bom);
-  void Add(Line line) { lines_.push_back(std::move(line)); }
+  void Add(Line line);
   // After the last Add and before any question about lines.
   void Finish();
 
@@ -80,22 +80,21 @@ class Graph {
   const Bom* BomBelow(const Line& line) const;
 
   // Its lines in their order.
-  std::span<const Line> LinesOf(const Bom& bom) const { return LinesOfId(bom.id); }
+  std::span<const Line* const> LinesOf(const Bom& bom) const;
   // The lines that use the item.
   const std::vector<const Line*>& LinesWith(Id item) const;
 
   const std::deque<Bom>& boms() const { return boms_; }
-  const std::vector<Line>& lines() const { return lines_; }
+  const std::vector<const Line*>& lines() const { return lines_; }
 
  private:
-  std::span<const Line> LinesOfId(Id bom) const;
-
   std::unordered_map<Id, Item> items_;
   std::unordered_map<Id, Unit> units_;
   std::deque<Bom> boms_; // it never moves a BOM
   std::unordered_map<Id, const Bom*> bomsById_;
   std::unordered_map<Id, const Bom*> bomsByItem_;
-  std::vector<Line> lines_; // by BOM and entry
+  std::vector<std::vector<Line>> lineBlocks_; // as they came; no line is ever moved, for it is large
+  std::vector<const Line*> lines_;            // by BOM and entry
   std::unordered_map<Id, std::vector<const Line*>> linesWithItems_;
 };
 

@@ -85,12 +85,12 @@ std::wstring DotOf(const Graph& graph, const Bom& bom, int depth) {
     const Step step = ahead.front();
     ahead.pop_front();
     if (depth > 0 && step.level > depth) continue;
-    for (const Line& line : graph.LinesOf(*step.bom)) {
-      node(line.item);
-      out += L"  i" + std::to_wstring(step.bom->item) + L" -> i" + std::to_wstring(line.item) + L" [label=" +
-             DotText((line.quantity / step.bom->quantity).Text() + L" " + UnitText(graph, line.item)) +
+    for (const Line* line : graph.LinesOf(*step.bom)) {
+      node(line->item);
+      out += L"  i" + std::to_wstring(step.bom->item) + L" -> i" + std::to_wstring(line->item) + L" [label=" +
+             DotText((line->quantity / step.bom->quantity).Text() + L" " + UnitText(graph, line->item)) +
              L"];\n";
-      const Bom* below = graph.BomBelow(line);
+      const Bom* below = graph.BomBelow(*line);
       if (below && met.insert(below->id).second) ahead.push_back({below, step.level + 1});
     }
   }

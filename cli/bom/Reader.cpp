@@ -4,7 +4,6 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Objects.h"
-#include "cli/bom/Rows.h"
 #include "com/ComError.h"
 #include "com/Passwords.h"
 
@@ -14,6 +13,10 @@ namespace {
 using com::Object;
 
 constexpr int32_t kUsed = 1072; // FUseStatus
+
+constexpr wchar_t kLineColumns[] =
+    L"SELECT FInterID, FEntryID, FItemID, FUnitID, FQty, FAuxQty, FScrap, FBeginDay,"
+    L" FEndDay, FOperSN, FAuxPropID, FNote, ";
 
 std::wstring Quoted(const std::wstring& text) {
   std::wstring quoted = L"'";
@@ -95,33 +98,36 @@ Reader::Ids Reader::ReadBoms(const std::wstring& condition) {
   return added;
 }
 
+void Reader::AddLine(const RowView& row) {
+  Line line;
+  line.bom = row.Number(0);
+  line.entry = row.Number(1);
+  line.item = row.Number(2);
+  line.unit = row.Number(3);
+  line.quantity = row.Decimal(4);
+  line.quantityInUnit = row.Decimal(5);
+  // The component computes the base quantity when a BOM is audited; before that it is zero.
+  if (line.quantity.IsZero()) line.quantity = line.quantityInUnit * FactorIn(factors_, line.unit);
+  line.scrap = row.Text(6);
+  line.beginDay = row.DayAt(7);
+  line.endDay = row.DayAt(8);
+  line.operation = row.Number(9);
+  line.property = row.Number(10);
+  line.note = row.Text(11);
+  line.customBom = row.Number(12);
+  met_.emplace_back(line.bom, line.item);
+  if (line.customBom != 0) customBoms_.push_back(line.customBom);
+  graph_.Add(std::move(line));
+}
+
 void Reader::ReadLines(const std::wstring& condition) {
-  const std::wstring columns =
-      L"SELECT FInterID, FEntryID, FItemID, FUnitID, FQty, FAuxQty, FScrap, FBeginDay,"
-      L" FEndDay, FOperSN, FAuxPropID, FNote, ";
-  const auto add = [&](const RowView& row) {
-    Line line;
-    line.bom = row.Number(0);
-    line.entry = row.Number(1);
-    line.item = row.Number(2);
-    line.unit = row.Number(3);
-    line.quantity = row.Decimal(4);
-    line.quantityInUnit = row.Decimal(5);
-    // The component computes the base quantity when a BOM is audited; before that it is zero.
-    if (line.quantity.IsZero()) line.quantity = line.quantityInUnit * FactorIn(factors_, line.unit);
-    line.scrap = row.Text(6);
-    line.beginDay = row.DayAt(7);
-    line.endDay = row.DayAt(8);
-    line.operation = row.Number(9);
-    line.property = row.Number(10);
-    line.note = row.Text(11);
-    line.customBom = row.Number(12);
-    met_.emplace_back(line.bom, line.item);
-    if (line.customBom != 0) customBoms_.push_back(line.customBom);
-    graph_.Add(std::move(line));
-  };
-  ForEachRow(connection_, columns + L"0 FROM ICBOMChild" + condition, add);
-  ForEachRow(connection_, columns + L"FCustBOMCode FROM ICCustBOMChild" + condition, add);
+  ForEachRow(connection_, kLineColumns + (L"0 FROM ICBOMChild" + condition),
+             [this](const RowView& row) { AddLine(row); });
+}
+
+void Reader::ReadCustomLines(const std::wstring& condition) {
+  ForEachRow(connection_, kLineColumns + (L"FCustBOMCode FROM ICCustBOMChild" + condition),
+             [this](const RowView& row) { AddLine(row); });
 }
 
 void Reader::ReadItems(const std::wstring& condition) {
@@ -143,6 +149,7 @@ Graph Reader::ReadAll() {
   ReadItems({});
   ReadBoms({});
   ReadLines({});
+  ReadCustomLines({});
   graph_.Finish();
   return std::move(graph_);
 }
@@ -161,7 +168,11 @@ Graph Reader::ReadBelow(const std::vector<std::wstring>& numbers, int depth) {
   for (int number = 1; !level.empty() && (depth == 0 || number <= depth); ++number) {
     met_.clear();
     customBoms_.clear();
-    InPortions(L"FInterID", level, [this](const std::wstring& condition) { ReadLines(condition); });
+    Ids ordinary;
+    Ids custom;
+    for (const Id bom : level) (graph_.BomOf(bom)->type == kCustomerBom ? custom : ordinary).push_back(bom);
+    InPortions(L"FInterID", ordinary, [this](const std::wstring& condition) { ReadLines(condition); });
+    InPortions(L"FInterID", custom, [this](const std::wstring& condition) { ReadCustomLines(condition); });
     Ids used;
     Ids unknown;
     for (const auto& [bom, item] : met_) {
@@ -192,7 +203,10 @@ Graph Reader::ReadAbove(const std::wstring& itemNumber) {
   Ids level{item->id};
   while (!level.empty()) {
     met_.clear();
-    InPortions(L"FItemID", level, [this](const std::wstring& condition) { ReadLines(condition); });
+    InPortions(L"FItemID", level, [this](const std::wstring& condition) {
+      ReadLines(condition);
+      ReadCustomLines(condition);
+    });
     Ids above;
     std::unordered_set<Id> seen;
     for (const auto& [bom, used] : met_)

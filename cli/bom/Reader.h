@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/bom/Graph.h"
+#include "cli/bom/Rows.h"
 #include "com/Object.h"
 
 namespace bomcall::bom {
@@ -28,7 +29,10 @@ class Reader {
 
   // The condition is the end of a query, or empty. What was read for the first time is returned.
   Ids ReadBoms(const std::wstring& condition);
+  // Customers' BOMs have a table of their own for their lines.
   void ReadLines(const std::wstring& condition);
+  void ReadCustomLines(const std::wstring& condition);
+  void AddLine(const RowView& row);
   void ReadItems(const std::wstring& condition);
   void ReadUnits();
   void ReadItemsOnce(const Ids& items);

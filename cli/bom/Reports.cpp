@@ -16,22 +16,24 @@ namespace {
 // The level itself has a column: deeper ones only would make the table wide.
 constexpr int kDeepestIndent = 40;
 
-std::wstring NumberOf(const Graph& graph, Id item) {
-  const Item* known = graph.ItemOf(item);
-  return known ? known->number : L"item " + std::to_wstring(item);
-}
+// An item as it is shown, also one that the database has not.
+class ShownItem {
+ public:
+  ShownItem(const Graph& graph, Id id) : graph_(graph), id_(id), item_(graph.ItemOf(id)) {}
 
-std::wstring NameOf(const Graph& graph, Id item) {
-  const Item* known = graph.ItemOf(item);
-  return known ? known->name : std::wstring();
-}
+  std::wstring Number() const { return item_ ? item_->number : L"item " + std::to_wstring(id_); }
+  std::wstring Name() const { return item_ ? item_->name : std::wstring(); }
+  // The unit in which it is counted.
+  std::wstring BaseUnit() const {
+    const Unit* unit = item_ ? graph_.UnitOf(item_->unit) : nullptr;
+    return unit ? unit->name : std::wstring();
+  }
 
-// The unit in which the item is counted.
-std::wstring BaseUnitOf(const Graph& graph, Id item) {
-  const Item* known = graph.ItemOf(item);
-  const Unit* unit = known ? graph.UnitOf(known->unit) : nullptr;
-  return unit ? unit->name : std::wstring();
-}
+ private:
+  const Graph& graph_;
+  Id id_;
+  const Item* item_;
+};
 
 std::wstring UnitOf(const Graph& graph, Id unit) {
   const Unit* known = graph.UnitOf(unit);
@@ -67,12 +69,11 @@ Grid TreeGrid(const Graph& graph, const Bom& bom, const Quantity& quantity, int 
   Grid grid({L"level", L"item", L"name", L"quantity", L"unit", L"bom", L"remark"});
   grid.Reserve(graph.lines().size() + 1); // mostly each of them once, below the BOM itself
   Explode(graph, bom, quantity, depth, [&](const Node& node) {
-    const std::wstring indent(indented ? static_cast<size_t>(std::min(node.level, kDeepestIndent)) * 2 : 0,
-                              L' ');
-    grid.Add(Count(node.level), Cell::Text(indent + NumberOf(graph, node.item)),
-             Cell::Text(NameOf(graph, node.item)), Count(node.quantity),
-             Cell::Text(BaseUnitOf(graph, node.item)),
-             Cell::Text(node.bom ? node.bom->number : std::wstring()),
+    const ShownItem item(graph, node.item);
+    std::wstring number = item.Number();
+    if (indented) number.insert(0, static_cast<size_t>(std::min(node.level, kDeepestIndent)) * 2, L' ');
+    grid.Add(Count(node.level), Cell::Text(std::move(number)), Cell::Text(item.Name()), Count(node.quantity),
+             Cell::Text(item.BaseUnit()), Cell::Text(node.bom ? node.bom->number : std::wstring()),
              Cell::Text(node.cycle ? L"cycle: it is above already" : L""));
   });
   return grid;
@@ -86,11 +87,12 @@ Grid WhereUsedGrid(const Graph& graph, const Item& item, bool top) {
   grid.Reserve(uses.size());
   for (const Use& use : uses) {
     const Bom* bom = use.bom;
+    const ShownItem product(graph, bom ? bom->item : 0);
     grid.Add(Count(use.level), Cell::Text(bom ? bom->number : std::to_wstring(use.line->bom)),
              Cell::Text(bom ? bom->version : std::wstring()), Cell::Text(StateOf(bom)),
-             Cell::Text(bom ? NumberOf(graph, bom->item) : std::wstring()),
-             Cell::Text(bom ? NameOf(graph, bom->item) : std::wstring()), Count(use.line->entry),
-             Cell::Text(NumberOf(graph, use.line->item)), Count(use.line->quantityInUnit),
+             Cell::Text(bom ? product.Number() : std::wstring()),
+             Cell::Text(bom ? product.Name() : std::wstring()), Count(use.line->entry),
+             Cell::Text(ShownItem(graph, use.line->item).Number()), Count(use.line->quantityInUnit),
              Cell::Text(UnitOf(graph, use.line->unit)));
   }
   return grid;
@@ -101,9 +103,9 @@ Grid DifferenceGrid(const Graph& graph, const Bom& before, const Bom& after) {
   for (const Difference& difference : DifferencesOf(graph, before, after)) {
     const Line& line = difference.after ? *difference.after : *difference.before;
     const wchar_t* change = !difference.before ? L"added" : !difference.after ? L"removed" : L"changed";
-    grid.Add(Cell::Text(change), Cell::Text(NumberOf(graph, line.item)), Cell::Text(NameOf(graph, line.item)),
-             Count(line.entry), Count(line.quantityInUnit), Cell::Text(UnitOf(graph, line.unit)),
-             Cell::Text(difference.what));
+    const ShownItem item(graph, line.item);
+    grid.Add(Cell::Text(change), Cell::Text(item.Number()), Cell::Text(item.Name()), Count(line.entry),
+             Count(line.quantityInUnit), Cell::Text(UnitOf(graph, line.unit)), Cell::Text(difference.what));
   }
   return grid;
 }
@@ -119,11 +121,12 @@ Grid CheckGrid(const Graph& graph) {
 Grid BoughtGrid(const Graph& graph, const Bom& bom, const Quantity& quantity) {
   Grid grid({L"bom", L"item", L"name", L"quantity", L"unit", L"remark"});
   const Totals totals = TotalsOf(graph, bom, quantity);
-  for (const Total& total : totals.bought)
-    grid.Add(Cell::Text(bom.number), Cell::Text(NumberOf(graph, total.item)),
-             Cell::Text(NameOf(graph, total.item)), Count(total.quantity),
-             Cell::Text(BaseUnitOf(graph, total.item)),
+  for (const Total& total : totals.bought) {
+    const ShownItem item(graph, total.item);
+    grid.Add(Cell::Text(bom.number), Cell::Text(item.Number()), Cell::Text(item.Name()),
+             Count(total.quantity), Cell::Text(item.BaseUnit()),
              Cell::Text(totals.cycle ? L"without what a cycle would add" : L""));
+  }
   return grid;
 }
 
@@ -132,12 +135,14 @@ Grid CostLinesGrid(const Graph& graph) {
       {L"bom", L"version", L"product", L"line", L"item", L"name", L"quantity", L"unit", L"scrap", L"made"});
   for (const Bom& bom : graph.boms()) {
     if (!bom.inUse) continue;
-    for (const Line& line : graph.LinesOf(bom))
-      grid.Add(Cell::Text(bom.number), Cell::Text(bom.version), Cell::Text(NumberOf(graph, bom.item)),
-               Count(line.entry), Cell::Text(NumberOf(graph, line.item)),
-               Cell::Text(NameOf(graph, line.item)), Count(line.quantity / bom.quantity),
-               Cell::Text(BaseUnitOf(graph, line.item)), Cell::Number(line.scrap),
-               Cell{Cell::Kind::Boolean, graph.BomBelow(line) ? L"True" : L"False"});
+    const ShownItem product(graph, bom.item);
+    for (const Line* line : graph.LinesOf(bom)) {
+      const ShownItem item(graph, line->item);
+      grid.Add(Cell::Text(bom.number), Cell::Text(bom.version), Cell::Text(product.Number()),
+               Count(line->entry), Cell::Text(item.Number()), Cell::Text(item.Name()),
+               Count(line->quantity / bom.quantity), Cell::Text(item.BaseUnit()), Cell::Number(line->scrap),
+               Cell{Cell::Kind::Boolean, graph.BomBelow(*line) ? L"True" : L"False"});
+    }
   }
   return grid;
 }

@@ -63,6 +63,9 @@ expect "what it kept" "$(bomcall --batch "$database.json" 2>&1 >/dev/null </dev/
 expect "a condition in a batch" "$(status_of bomcall --batch "$database.json" --fail-if Result=3006)" 3
 expect "a check with findings" "$(status_of bomcall bom check)" 3
 expect "a report" "$(bomcall --csv bom where-used 03.001 --top --columns bom </dev/null | tr -d '\r')" $'bom\nPLN000001'
+# Its own lines, those of the customer BOM that its first line is built from, and an ordinary BOM's.
+expect "a customer's tree" "$(bomcall --csv bom tree KH0001 --depth 2 --columns level,item,bom </dev/null | tr -d '\r' | head -n 7)" \
+  $'level,item,bom\n0,01.003,KH0001\n1,02.001,KH0002\n2,04.001,\n2,05.002,\n1,02.002,BOM000005\n2,03.005,'
 expect "help on reports" "$(bomcall bom tree --help </dev/null | head -n 1 | cut -c 1-19)" "bomcall bom reports"
 
 # On a terminal: what the tests of the console cannot see without one, and the code page that it had before.
