@@ -199,6 +199,11 @@ std::optional<Decimal> Rescale(const Decimal& value, uint8_t scale, Rounding rou
 }
 
 int DigitCount(const Decimal& value) {
+  if (value.high == 0) {
+    int digits = 0;
+    for (uint64_t rest = value.low; rest > 0; rest /= 10) ++digits;
+    return digits;
+  }
   BigNumber big = FromMagnitude(value);
   int digits = 0;
   while (big.Length() > 0) {

@@ -53,6 +53,18 @@ TEST_F(TypesTest, OverflowOfASingleValue) {
       Lines({"2147483647|NULL"}));
 }
 
+TEST_F(TypesTest, ALiteralHasAsManyDigitsAsItIsWrittenWith) {
+  EXPECT_EQ(TypeOf("0.0"), DecimalType(1, 1));
+  EXPECT_EQ(TypeOf("9."), DecimalType(1, 0));
+  EXPECT_EQ(TypeOf("10."), DecimalType(2, 0));
+  EXPECT_EQ(TypeOf("0.012"), DecimalType(3, 3));
+  EXPECT_EQ(TypeOf("2147483648"), DecimalType(10, 0));
+  // The last number of 64 bits and the first beyond them.
+  EXPECT_EQ(TypeOf("18446744073709551615"), DecimalType(20, 0));
+  EXPECT_EQ(TypeOf("18446744073709551616"), DecimalType(20, 0));
+  EXPECT_EQ(TypeOf("99999999999999999999999999999999999999"), DecimalType(38, 0));
+}
+
 TEST_F(TypesTest, DecimalArithmetic) {
   EXPECT_EQ(Scalar("1.5 + 2.25"), "3.75");
   EXPECT_EQ(TypeOf("1.5 + 2.25"), DecimalType(4, 2));
