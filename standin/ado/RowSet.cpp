@@ -24,6 +24,10 @@ bool AreSame(const tsql::Decimal& a, const tsql::Decimal& b) {
   return a.low == b.low && a.high == b.high && a.scale == b.scale && a.negative == b.negative;
 }
 
+std::wstring_view TextOf(const uint32_t* pieces) {
+  return {reinterpret_cast<const wchar_t*>(pieces + 1), *pieces};
+}
+
 } // namespace
 
 void* Arena::Allocate(size_t size, size_t alignment) {
@@ -44,7 +48,16 @@ RowSet::RowSet(std::span<const tsql::Column> columns) {
     columns_.push_back({com::FromUtf8(column.name), column.type, column.nullable});
 }
 
-RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, const Cell* above) {
+const uint32_t* RowSet::StorePieces(const void* pieces, size_t count, size_t sizeOfOne) {
+  auto* place =
+      static_cast<uint32_t*>(arena_.Allocate(sizeof(uint32_t) + count * sizeOfOne, alignof(uint32_t)));
+  *place = static_cast<uint32_t>(count);
+  // Of none there may be no address, which memcpy may not have.
+  if (count > 0) std::memcpy(place + 1, pieces, count * sizeOfOne);
+  return place;
+}
+
+RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, const Cell& above) {
   if (value.kind == Kind::DateTime && IsMomentText(type.id)) {
     const std::string text = ToDateText(value.datetime);
     tsql::Value shown;
@@ -52,48 +65,41 @@ RowSet::Cell RowSet::Store(const tsql::Value& value, const tsql::Type& type, con
     shown.text = text;
     return Store(shown, type, above);
   }
-  Cell cell{};
-  cell.kind = value.kind;
-  if (above && above->kind != value.kind) above = nullptr;
+  const bool sameKind = above.kind == value.kind;
   switch (value.kind) {
   case Kind::Null: break;
-  case Kind::Integer: cell.integer = value.integer; break;
-  case Kind::Float: cell.real = value.real; break;
-  case Kind::DateTime: cell.moment = value.datetime; break;
+  case Kind::Integer: return {value.kind, {.integer = value.integer}};
+  case Kind::Float: return {value.kind, {.real = value.real}};
+  case Kind::DateTime: return {value.kind, {.moment = value.datetime}};
   case Kind::Decimal:
-    if (above && AreSame(*static_cast<const tsql::Decimal*>(above->data), value.decimal)) return *above;
-    cell.data =
-        new (arena_.Allocate(sizeof(tsql::Decimal), alignof(tsql::Decimal))) tsql::Decimal(value.decimal);
-    break;
+    if (sameKind && AreSame(*above.content.decimal, value.decimal)) return above;
+    return {value.kind,
+            {.decimal = new (arena_.Allocate(sizeof(tsql::Decimal), alignof(tsql::Decimal)))
+                 tsql::Decimal(value.decimal)}};
   case Kind::Text: {
     const bool braces = type.id == TypeId::UniqueIdentifier;
     const std::wstring text = braces ? L'{' + com::FromUtf8(value.text) + L'}' : com::FromUtf8(value.text);
-    if (above && text == std::wstring_view(static_cast<const wchar_t*>(above->data), above->size))
-      return *above;
-    void* place = arena_.Allocate(text.size() * sizeof(wchar_t), alignof(wchar_t));
-    std::memcpy(place, text.data(), text.size() * sizeof(wchar_t));
-    cell.data = place;
-    cell.size = static_cast<uint32_t>(text.size());
-    break;
+    if (sameKind && text == TextOf(above.content.pieces)) return above;
+    return {value.kind, {.pieces = StorePieces(text.data(), text.size(), sizeof(wchar_t))}};
   }
-  case Kind::Bytes: {
-    // Of no bytes there may be no address, which memcpy may not have.
-    void* place = arena_.Allocate(value.text.size(), 1);
-    std::ranges::copy(value.text, static_cast<char*>(place));
-    cell.data = place;
-    cell.size = static_cast<uint32_t>(value.text.size());
-    break;
+  case Kind::Bytes: return {value.kind, {.pieces = StorePieces(value.text.data(), value.text.size(), 1)}};
   }
-  }
-  return cell;
+  return {Kind::Null, {}};
 }
 
 void RowSet::Append(std::span<const tsql::Value> row) {
-  if (rowCount_ % kRowsInBlock == 0)
-    blocks_.emplace_back().reserve((rowCount_ == 0 ? kRowsAtFirst : kRowsInBlock) * columns_.size());
+  if (rowCount_ % kRowsInBlock == 0) {
+    const size_t cells = (rowCount_ == 0 ? kRowsAtFirst : kRowsInBlock) * columns_.size();
+    Block& block = blocks_.emplace_back();
+    block.kinds.reserve(cells);
+    block.contents.reserve(cells);
+  }
+  Block& block = blocks_.back();
   for (size_t i = 0; i < columns_.size(); ++i) {
-    const Cell* above = rowCount_ == 0 ? nullptr : &At(rowCount_ - 1, i);
-    blocks_.back().push_back(Store(row[i], columns_[i].type, above));
+    const Cell cell =
+        Store(row[i], columns_[i].type, rowCount_ == 0 ? Cell{Kind::Null, {}} : At(rowCount_ - 1, i));
+    block.kinds.push_back(cell.kind);
+    block.contents.push_back(cell.content);
   }
   ++rowCount_;
 }
@@ -106,36 +112,36 @@ size_t RowSet::FindColumn(std::wstring_view name) const {
 }
 
 Variant RowSet::Value(size_t row, size_t column) const {
-  const Cell& cell = At(row, column);
+  const auto [kind, content] = At(row, column);
   const TypeId type = columns_[column].type.id;
-  switch (cell.kind) {
+  switch (kind) {
   case Kind::Null: return Variant::Null();
-  case Kind::Integer: return FromInteger(cell.integer, type);
+  case Kind::Integer: return FromInteger(content.integer, type);
   case Kind::Float: {
-    if (type != TypeId::Real) return {cell.real};
+    if (type != TypeId::Real) return {content.real};
     Variant single;
     single.raw().vt = VT_R4;
-    single.raw().fltVal = static_cast<float>(cell.real);
+    single.raw().fltVal = static_cast<float>(content.real);
     return single;
   }
-  case Kind::Decimal: return FromDecimal(*static_cast<const tsql::Decimal*>(cell.data), type);
-  case Kind::Text: return {std::wstring_view(static_cast<const wchar_t*>(cell.data), cell.size)};
-  case Kind::Bytes: return FromBytes(cell.data, cell.size);
-  case Kind::DateTime: return Variant::Date(ToDate(cell.moment));
+  case Kind::Decimal: return FromDecimal(*content.decimal, type);
+  case Kind::Text: return {TextOf(content.pieces)};
+  case Kind::Bytes: return FromBytes(content.pieces + 1, *content.pieces);
+  case Kind::DateTime: return Variant::Date(ToDate(content.moment));
   }
   return {};
 }
 
 int32_t RowSet::ActualSize(size_t row, size_t column) const {
-  const Cell& cell = At(row, column);
+  const auto [kind, content] = At(row, column);
   const TypeId type = columns_[column].type.id;
-  const auto size = static_cast<int32_t>(cell.size);
-  switch (cell.kind) {
+  switch (kind) {
   case Kind::Null: return 0;
-  case Kind::Bytes: return size;
+  case Kind::Bytes: return static_cast<int32_t>(*content.pieces);
   case Kind::Text:
     if (type == TypeId::UniqueIdentifier) break;
-    return IsWideText(type) || IsMomentText(type) ? size * static_cast<int32_t>(sizeof(wchar_t)) : size;
+    return static_cast<int32_t>(*content.pieces *
+                                (IsWideText(type) || IsMomentText(type) ? sizeof(wchar_t) : 1));
   default: break;
   }
   return FieldTypeOf(columns_[column].type).definedSize;

@@ -1,6 +1,6 @@
 // RowSet: the rows of one result, kept compactly and read in any order.
 //
-// A cell takes 16 bytes; texts, bytes and exact numbers lie in blocks of memory that only grow. A text or an
+// A cell takes 9 bytes; texts, bytes and exact numbers lie in blocks of memory that only grow. A text or an
 // exact number that the row above has as well, as what is joined often does, is there once, and so are the
 // columns' names.
 #pragma once
@@ -52,21 +52,29 @@ class RowSet {
   int32_t ActualSize(size_t row, size_t column) const;
 
  private:
+  union Content {
+    int64_t integer;
+    double real;
+    tsql::DateTime moment;
+    const tsql::Decimal* decimal;
+    const uint32_t* pieces; // how many characters or bytes there are, and behind that they themselves
+  };
   struct Cell {
-    union {
-      int64_t integer;
-      double real;
-      tsql::DateTime moment;
-      const void* data;
-    };
-    uint32_t size; // characters or bytes
     tsql::Value::Kind kind;
+    Content content;
+  };
+  struct Block {
+    std::vector<tsql::Value::Kind> kinds;
+    std::vector<Content> contents;
   };
 
-  // `above` is the cell of the row before; null in the first one.
-  Cell Store(const tsql::Value& value, const tsql::Type& type, const Cell* above);
-  const Cell& At(size_t row, size_t column) const {
-    return blocks_[row / kRowsInBlock][row % kRowsInBlock * columns_.size() + column];
+  // `above` is the cell of the row before, a null in the first one.
+  Cell Store(const tsql::Value& value, const tsql::Type& type, const Cell& above);
+  const uint32_t* StorePieces(const void* pieces, size_t count, size_t sizeOfOne);
+  Cell At(size_t row, size_t column) const {
+    const Block& block = blocks_[row / kRowsInBlock];
+    const size_t place = row % kRowsInBlock * columns_.size() + column;
+    return {block.kinds[place], block.contents[place]};
   }
 
   // The first block grows to this size, for most results have few rows; each further one has it at once. They
@@ -75,7 +83,7 @@ class RowSet {
   static constexpr size_t kRowsAtFirst = 8;
 
   std::vector<RowColumn> columns_;
-  std::vector<std::vector<Cell>> blocks_;
+  std::vector<Block> blocks_;
   size_t rowCount_ = 0;
   Arena arena_;
 };
